@@ -1,0 +1,83 @@
+#include "data/samples.h"
+
+#include <sys/mman.h>
+
+namespace {
+
+constexpr qint64 cacheLine = 64;
+constexpr qint64 hugePage = qint64(2) << 20;
+constexpr qint64 floatsPerLine = cacheLine / qint64(sizeof(float));
+
+// Rows begin on a cache line, and their distance is an odd number of lines: rows whose
+// length is a large power of two would otherwise share one cache set and evict each other
+// while a block of points is spread over all of them.
+qint64 rowStrideFor(int npoints)
+{
+    const qint64 lines = (npoints + floatsPerLine - 1) / floatsPerLine;
+    return (lines | 1) * floatsPerLine;
+}
+
+} // namespace
+
+qint64 SampleBlock::bytesNeeded(int modules, int channels, int rays, int npoints)
+{
+    if (modules < 1 || channels < 1 || rays < 1 || npoints < 1)
+        return -1;
+    qint64 bytes = rowStrideFor(npoints) * qint64(sizeof(float));
+    for (const int count : {modules, channels, rays}) {
+        if (__builtin_mul_overflow(bytes, qint64(count), &bytes))
+            return -1;
+    }
+    return bytes;
+}
+
+std::shared_ptr<SampleBlock> SampleBlock::allocate(int modules, int channels, int rays, int npoints)
+{
+    const qint64 bytes = bytesNeeded(modules, channels, rays, npoints);
+    if (bytes < 0)
+        return nullptr;
+    // One huge page more than needed, so that the rows can begin on a huge page.
+    const std::size_t mapped = std::size_t(bytes + hugePage);
+    void *const mapping = mmap(nullptr, mapped, PROT_READ | PROT_WRITE,
+                               MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (mapping == MAP_FAILED)
+        return nullptr;
+
+    const std::shared_ptr<SampleBlock> block(new SampleBlock);
+    block->mapping = mapping;
+    block->mappedBytes = mapped;
+    block->stride = rowStrideFor(npoints);
+    block->channels = channels;
+    block->rays = rays;
+
+    const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(mapping);
+    const std::uintptr_t aligned = (address + hugePage - 1) / hugePage * hugePage;
+    float *const first = reinterpret_cast<float *>(aligned);
+    madvise(first, std::size_t(bytes), MADV_HUGEPAGE);
+
+    const std::size_t rows = std::size_t(modules) * std::size_t(channels) * std::size_t(rays);
+    block->rayPointers.resize(rows);
+    for (std::size_t row = 0; row < rows; ++row)
+        block->rayPointers[row] = first + qint64(row) * block->stride;
+    block->channelPointers.resize(rows / std::size_t(rays));
+    for (std::size_t i = 0; i < block->channelPointers.size(); ++i)
+        block->channelPointers[i] = block->rayPointers.data() + i * std::size_t(rays);
+    block->modulePointers.resize(std::size_t(modules));
+    for (std::size_t i = 0; i < block->modulePointers.size(); ++i)
+        block->modulePointers[i] = block->channelPointers.data() + i * std::size_t(channels);
+    return block;
+}
+
+SampleBlock::~SampleBlock()
+{
+    if (mapping)
+        munmap(mapping, mappedBytes);
+}
+
+float *SampleBlock::ray(int module, int channel, int ray) const
+{
+    const std::size_t row =
+        (std::size_t(module) * std::size_t(channels) + std::size_t(channel)) * std::size_t(rays) +
+        std::size_t(ray);
+    return const_cast<float *>(rayPointers[row]);
+}

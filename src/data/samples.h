@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QtGlobal>
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+/// The memory of one recording's samples: every ray an array of `npoints` floats, all rays
+/// in one block, and the pointer tree over them. Fresh memory reads as zeros and takes up
+/// room only where it is written. Whoever makes a block may write it; once handed to
+/// `Samples` it is only read.
+class SampleBlock {
+public:
+    /// @return null when a count is below 1, the size overflows 63 bits or the system
+    ///         refuses the memory
+    static std::shared_ptr<SampleBlock> allocate(int modules, int channels, int rays, int npoints);
+
+    /// Bytes that `allocate` takes for these counts; -1 when a count is below 1 or the size
+    /// overflows 63 bits.
+    static qint64 bytesNeeded(int modules, int channels, int rays, int npoints);
+
+    ~SampleBlock();
+    SampleBlock(const SampleBlock &) = delete;
+    SampleBlock &operator=(const SampleBlock &) = delete;
+
+    /// Array of `npoints` floats of one ray; indices from 0.
+    float *ray(int module, int channel, int ray) const;
+    /// Distance in floats from one row to the next; rows are in the order module, channel, ray.
+    qint64 rowStride() const { return stride; }
+
+private:
+    friend class Samples;
+    SampleBlock() = default;
+
+    void *mapping = nullptr;
+    std::size_t mappedBytes = 0;
+    qint64 stride = 0;
+    int channels = 0;
+    int rays = 0;
+    std::vector<const float *> rayPointers;
+    std::vector<const float *const *> channelPointers;
+    std::vector<const float *const *const *> modulePointers;
+};
+
+/// Samples of a recording as every analysis reads them: samples[module][channel][ray][point],
+/// indices from 0. Copies share the memory and the last one frees it; an empty object (only
+/// the passport was read) compares equal to nullptr.
+class Samples {
+public:
+    Samples() = default;
+    explicit Samples(std::shared_ptr<const SampleBlock> sampleBlock)
+        : block(std::move(sampleBlock)), modules(block ? block->modulePointers.data() : nullptr)
+    {}
+
+    const float *const *const *operator[](int module) const { return modules[module]; }
+    explicit operator bool() const { return modules != nullptr; }
+    bool operator==(std::nullptr_t) const { return modules == nullptr; }
+
+private:
+    std::shared_ptr<const SampleBlock> block;
+    const float *const *const *const *modules = nullptr;
+};
