@@ -1,0 +1,31 @@
+#include "app/centralwidget.h"
+
+#include "app/settings.h"
+
+#include <QHBoxLayout>
+#include <QLayoutItem>
+
+void emptyCentralWidget()
+{
+    QWidget *const centralwidget = Settings::instance()->ui().centralwidget;
+    QLayout *const layout = centralwidget->layout();
+    if (!layout)
+        return;
+    while (QLayoutItem *const item = layout->takeAt(0)) {
+        delete item->widget();
+        delete item;
+    }
+    delete layout;
+}
+
+void fillCentralWidget(QWidget *form, QWidget *plot, QWidget *panel)
+{
+    auto *const layout = new QHBoxLayout;
+    layout->setContentsMargins(10, 10, 10, 10);
+    layout->addWidget(form, 0, Qt::AlignLeft);
+    if (plot)
+        layout->addWidget(plot, 1);
+    if (panel)
+        layout->addWidget(panel, 0);
+    Settings::instance()->ui().centralwidget->setLayout(layout);
+}

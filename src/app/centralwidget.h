@@ -1,0 +1,12 @@
+#pragma once
+
+class QHBoxLayout;
+class QWidget;
+
+/// Empties the main window's central widget: the form that stands there is destroyed with
+/// its plot and panels, and the layout with them.
+void emptyCentralWidget();
+
+/// Shows a form in the emptied central widget: the form at its own width, the plot taking
+/// the room, the panel at its own width. The layout owns all three from here on.
+void fillCentralWidget(QWidget *form, QWidget *plot, QWidget *panel);

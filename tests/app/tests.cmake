@@ -1,0 +1,1 @@
+zrt_add_test(app/shell gui zrt_shell)

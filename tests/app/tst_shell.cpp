@@ -1,0 +1,193 @@
+#include "app/busyguard.h"
+#include "app/clicklable.h"
+#include "app/directoryof.h"
+#include "app/popupwindow.h"
+#include "app/settings.h"
+#include "support/testmain.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QLabel>
+#include <QProcess>
+#include <QProgressBar>
+#include <QScrollArea>
+
+class TestShell : public QObject {
+    Q_OBJECT
+
+private slots:
+    void directory_data();
+    void directory();
+    void linkColours_data();
+    void linkColours();
+    void linkPress();
+    void popupHoldsItsText();
+    void storedValues();
+    void progressBar();
+    void progressDots();
+    void guardStopsMenusAndClosing();
+};
+
+void TestShell::directory_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("directory");
+    QTest::newRow("file") << "/data/run1/x.pnt"
+                          << "/data/run1";
+    QTest::newRow("chosen directory gives its parent") << "/data/run1"
+                                                       << "/data";
+    QTest::newRow("backslash") << "C:\\data\\x.pnt"
+                               << "C:\\data";
+    QTest::newRow("last of mixed separators") << "/data\\x/y"
+                                              << "/data\\x";
+    QTest::newRow("at the root") << "/x"
+                                 << "";
+    QTest::newRow("no separator") << "x.pnt" << QDir::homePath();
+    QTest::newRow("one character") << "/" << QDir::homePath();
+    QTest::newRow("empty") << "" << QDir::homePath();
+}
+
+void TestShell::directory()
+{
+    QFETCH(QString, path);
+    QTEST(directoryOf(path), "directory");
+}
+
+void TestShell::linkColours_data()
+{
+    QTest::addColumn<QString>("style");
+    QTest::addColumn<QString>("hovered");
+    QTest::newRow("ordinary link") << "color: black"
+                                   << "color: blue";
+    QTest::newRow("marked link") << "color: red"
+                                 << "color: darkMagenta";
+    QTest::newRow("other colours stay") << "color: green"
+                                        << "color: green";
+    QTest::newRow("texts are compared exactly") << "color:black"
+                                                << "color:black";
+}
+
+void TestShell::linkColours()
+{
+    QFETCH(QString, style);
+    ClickLable label("link");
+    label.setStyleSheet(style);
+    QEnterEvent enter(QPointF(1, 1), QPointF(1, 1), QPointF(1, 1));
+    QApplication::sendEvent(&label, &enter);
+    QTEST(label.styleSheet(), "hovered");
+    QCOMPARE(label.cursor().shape(), Qt::PointingHandCursor);
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(&label, &leave);
+    QCOMPARE(label.styleSheet(), style);
+}
+
+void TestShell::linkPress()
+{
+    ClickLable label("link");
+    QSignalSpy clicked(&label, &ClickLable::clicked);
+    QTest::mousePress(&label, Qt::LeftButton);
+    QCOMPARE(clicked.size(), 1);
+}
+
+void TestShell::popupHoldsItsText()
+{
+    const QPointer<PopupWindow> window = new PopupWindow("many\nlines");
+    const QScrollArea *const area = window->findChild<QScrollArea *>();
+    QVERIFY(area);
+    QCOMPARE(area->verticalScrollBarPolicy(), Qt::ScrollBarAlwaysOn);
+    const QLabel *const label = area->widget()->findChild<QLabel *>();
+    QVERIFY(label);
+    QCOMPARE(label->text(), QString("many\nlines"));
+    window->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(!window);
+}
+
+void TestShell::storedValues()
+{
+    Settings *const settings = Settings::instance();
+    QWidget window;
+    window.setGeometry(20, 30, 640, 480);
+    settings->setLastOpenPath("/data/run1");
+    settings->setLastOpenPath("");
+    QCOMPARE(settings->lastOpenPath(), QString("/data/run1"));
+    settings->graphWidth = "800";
+    settings->save(&window);
+
+    QSettings store(QSettings::NativeFormat, QSettings::UserScope, "zrt", "ZRT-Analytics-2_visual");
+    QCOMPARE(store.value("lastOpenPath").toString(), QString("/data/run1"));
+    QVERIFY2(!store.contains("lastSavePath"), "an empty path is not written");
+    QVERIFY(store.contains("graphHeight"));
+
+    store.setValue("lastOpenPath", "/elsewhere");
+    store.setValue("graphWidth", "900");
+    store.sync();
+    QWidget restored;
+    settings->restore(&restored);
+    QCOMPARE(settings->lastOpenPath(), QString("/elsewhere"));
+    QCOMPARE(settings->graphWidth, QString("900"));
+    QCOMPARE(restored.size(), QSize(640, 480));
+
+    restored.resize(100, 100);
+    restored.setWindowState(Qt::WindowMaximized);
+    settings->save(&restored);
+    QWidget again;
+    settings->restore(&again);
+    QCOMPARE(again.size(), QSize(640, 480));
+}
+
+void TestShell::progressBar()
+{
+    Settings *const settings = Settings::instance();
+    QProgressBar bar;
+    settings->setProgressBar(&bar);
+    settings->setProgress(5);
+    QVERIFY(bar.isVisible());
+    QCOMPARE(bar.value(), 5);
+    settings->setProgress(100);
+    QVERIFY(!bar.isVisible());
+    settings->setProgressBar(nullptr);
+}
+
+void TestShell::progressDots()
+{
+    // A second run of this program prints the dots, so that they can be caught.
+    if (qEnvironmentVariableIsSet("ZRT_PRINT_DOTS")) {
+        for (const int value : {5, 5, 6, 100, 100})
+            Settings::instance()->setProgress(value);
+        return;
+    }
+    QProcess child;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("ZRT_PRINT_DOTS", "1");
+    child.setProcessEnvironment(environment);
+    child.start(QCoreApplication::applicationFilePath(), {"-silent", "progressDots"});
+    QVERIFY(child.waitForFinished());
+    QVERIFY2(child.readAllStandardOutput().contains("...\n"), "one dot for each new value");
+}
+
+void TestShell::guardStopsMenusAndClosing()
+{
+    QMainWindow window;
+    Ui::MainWindow ui;
+    ui.setupUi(&window);
+    Settings::instance()->setUi(ui);
+    window.show();
+    {
+        BusyGuard guard;
+        QSignalSpy cancelled(&guard, &BusyGuard::cancelRequested);
+        QVERIFY(!ui.menubar->isEnabled());
+        QTest::keyClick(&window, Qt::Key_Escape);
+        QCOMPARE(cancelled.size(), 1);
+        window.close();
+        QCOMPARE(cancelled.size(), 2);
+        QVERIFY2(window.isVisible(), "the loop's form must not go while the loop runs");
+    }
+    QVERIFY(ui.menubar->isEnabled());
+    QTRY_VERIFY(!window.isVisible());
+    QTest::keyClick(&window, Qt::Key_Escape);
+    Settings::instance()->setUi({});
+}
+
+ZRT_GUI_TEST_MAIN(TestShell)
+#include "tst_shell.moc"
