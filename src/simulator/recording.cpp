@@ -1,0 +1,149 @@
+#include "simulator/recording.h"
+
+#include "simulator/samplesource.h"
+
+#include <QDir>
+#include <QLocale>
+#include <QSaveFile>
+#include <QStringList>
+#include <QtEndian>
+#include <algorithm>
+#include <cmath>
+
+namespace Simulator {
+
+namespace {
+
+constexpr double eastLongitude = 2.508666666666667; // h, of the telescope
+constexpr qint64 floatsPerBlock = qint64(1) << 18;
+
+int pointsPerBlock(const Simulation &simulation)
+{
+    return int(std::max<qint64>(1, floatsPerBlock / floatsPerPoint(simulation)));
+}
+
+// Shortest text that reads back as the same number.
+QString exactText(double value)
+{
+    return QString::number(value, 'g', QLocale::FloatingPointShortest);
+}
+
+} // namespace
+
+// Greenwich at 0h UT: 24110.54841 s + 8640184.812866 T + 0.093104 T^2, T in Julian centuries
+// from 2000 January 1, 12h UT; sidereal seconds since then: 1.002737909 per second of UT.
+QString siderealTime(const QDateTime &utc)
+{
+    constexpr double daySeconds = 86400;
+    const double days = double(utc.date().toJulianDay() - 2451545) - 0.5;
+    const double t = days / 36525;
+    const double seconds = 24110.54841 + 8640184.812866 * t + 0.093104 * t * t +
+                           QTime(0, 0).secsTo(utc.time()) * 1.002737909 + eastLongitude * 3600;
+    const int whole = int(seconds - daySeconds * std::floor(seconds / daySeconds));
+    return QString("%1:%2:%3").arg(whole / 3600).arg(whole / 60 % 60).arg(whole % 60);
+}
+
+QByteArray passport(const Simulation &s)
+{
+    QStringList bands;
+    for (const double frequency : s.fbands)
+        bands << exactText(frequency);
+    QStringList modules;
+    for (int module = 1; module <= s.modules; ++module)
+        modules << QString::number(module);
+    const QDateTime begin = s.beginTime;
+    const QDateTime end = begin.addMSecs(qint64(s.npoints * s.msPerPoint));
+
+    const QStringList lines = {
+        "npoints " + QString::number(s.npoints),
+        "nbands " + QString::number(s.fbands.size()),
+        "fbands " + bands.join(' '),
+        "modulus " + modules.join(' '),
+        "rays " + QString::number(s.rays),
+        "tresolution " + exactText(s.msPerPoint),
+        "date_begin " + begin.toString("dd.MM.yyyy"),
+        "time_begin " + begin.toString("h:mm:ss") + " UTC",
+        "date_end " + end.toString("dd.MM.yyyy"),
+        "time_end " + end.toString("h:mm:ss") + " UTC",
+        "star_time " + siderealTime(begin),
+        "source simulated, seed " + QString::number(s.seed),
+    };
+    const QString text = QString("numpar %1\n").arg(lines.size() + 1) + lines.join('\n') + '\n';
+    return text.toLatin1();
+}
+
+QString writeRecording(const Simulation &simulation, const QString &path,
+                       const std::function<void(int)> &progress)
+{
+    if (QString text = refusal(simulation); !text.isEmpty())
+        return text;
+    QSaveFile file(path);
+    const auto failure = [&] {
+        return QString("Cannot write \"%1\": %2.")
+            .arg(QDir::toNativeSeparators(path), file.errorString());
+    };
+    if (!file.open(QIODevice::WriteOnly))
+        return failure();
+    const QByteArray header = passport(simulation);
+    if (file.write(header) != header.size())
+        return failure();
+
+    SampleSource source(simulation);
+    const int blockPoints = pointsPerBlock(simulation);
+    const qint64 stride = floatsPerPoint(simulation);
+    std::vector<float> block(std::size_t(blockPoints * stride));
+    int percent = -1;
+    for (int point = 0; point < simulation.npoints;) {
+        const int count = std::min(blockPoints, simulation.npoints - point);
+        const qint64 bytes = count * stride * qint64(sizeof(float));
+        source.read(block.data(), count);
+        qToLittleEndian<quint32>(block.data(), count * stride, block.data());
+        if (file.write(reinterpret_cast<const char *>(block.data()), bytes) != bytes)
+            return failure();
+        point += count;
+        const int reached = int(qint64(point) * 100 / simulation.npoints);
+        if (progress && reached != percent)
+            progress(percent = reached);
+    }
+    return file.commit() ? QString() : failure();
+}
+
+ObservationData makeRecording(const Simulation &simulation)
+{
+    ObservationData data;
+    if (!refusal(simulation).isEmpty())
+        return data;
+    const int channels = int(simulation.fbands.size()) + 1;
+    const auto samples =
+        SampleBlock::allocate(simulation.modules, channels, simulation.rays, simulation.npoints);
+    if (!samples)
+        return data;
+    data.npoints = simulation.npoints;
+    data.modules = simulation.modules;
+    data.channels = channels;
+    data.rays = simulation.rays;
+    data.tresolution = simulation.msPerPoint / 1000.0;
+    data.sampleFactor = 0.89;
+    data.sampleMarker = -1.0;
+    data.beginTime = simulation.beginTime;
+    data.starTime = siderealTime(simulation.beginTime);
+    data.fbands = simulation.fbands;
+
+    SampleSource source(simulation);
+    const int blockPoints = pointsPerBlock(simulation);
+    std::vector<float> block(std::size_t(blockPoints * floatsPerPoint(simulation)));
+    for (int point = 0; point < simulation.npoints;) {
+        const int count = std::min(blockPoints, simulation.npoints - point);
+        source.read(block.data(), count);
+        const float *value = block.data();
+        for (const int end = point + count; point < end; ++point)
+            for (int module = 0; module < data.modules; ++module)
+                for (int ray = 0; ray < data.rays; ++ray)
+                    for (int channel = 0; channel < channels; ++channel)
+                        samples->ray(module, channel, ray)[point] = *value++;
+    }
+    data.samples = Samples(samples);
+    return data;
+}
+
+} // namespace Simulator

@@ -1,0 +1,104 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+#include <vector>
+
+namespace Simulator {
+
+/// A pulsar: one Gaussian pulse per period through the whole recording. Modules and rays
+/// count from 1.
+struct PulseTrain {
+    int module = 1;
+    int ray = 1;
+    double period = 1;     ///< s, at least two steps
+    double width = 0.05;   ///< s, full width at half maximum, at most one period
+    double dispersion = 0; ///< pc/cm^3
+    double strength = 1;   ///< peak height in units of the noise sigma of one band
+    double phase = 0;      ///< part of a period from the begin to a peak in the last band
+};
+
+/// One Gaussian pulse.
+struct SinglePulse {
+    int module = 1;
+    int ray = 1;
+    double time = 0;       ///< s from the begin to the peak in the last band
+    double width = 0.05;   ///< s, full width at half maximum
+    double dispersion = 0; ///< pc/cm^3
+    double strength = 1;   ///< peak height in units of the noise sigma of one band
+};
+
+/// A transmitter in one band: the level is raised between two times.
+struct NarrowBandLine {
+    int module = 1;
+    int ray = 1;
+    int band = 1;        ///< from 1
+    double strength = 1; ///< units of the noise sigma
+    double begin = 0;    ///< s
+    double end = 1e9;    ///< s
+};
+
+/// Lightning, sparks: points at random times raised in all bands at once.
+struct Impulses {
+    int module = 1;
+    int ray = 1;
+    int count = 0;
+    double strength = 1; ///< units of the noise sigma
+};
+
+/// From one point on, everything the ray receives is multiplied.
+struct GainStep {
+    int module = 1;
+    int ray = 1;
+    int point = 0; ///< from 0
+    double factor = 1;
+};
+
+/// `count` band centres in MHz from `first` on, `spacing` apart; empty for a count below 1
+/// or above 100000.
+std::vector<double> evenBands(double first, double spacing, int count);
+
+/// Everything that determines a simulated recording. The same values give the same bytes on
+/// every machine.
+///
+/// A band of frequency f receives a pulse 4148.8 DM (1/f^2 - 1/fref^2) seconds after the
+/// last band, of frequency fref; nothing is rounded to whole points. A sample is the mean
+/// over one step around its time, which is point x step after the begin: a pulse much
+/// narrower than the step stays lower than its strength.
+struct Simulation {
+    int npoints = 40000;
+    int modules = 1;
+    int rays = 8;
+    double msPerPoint = 12.4928;
+    std::vector<double> fbands = evenBands(120.0, 0.078125, 32);   ///< MHz
+    QDateTime beginTime{QDate(2015, 4, 1), QTime(12, 0), Qt::UTC}; ///< whole seconds
+    quint32 seed = 1;
+
+    double level = 100;     ///< mean of the receiver noise, units of the file
+    double sigma = 1;       ///< standard deviation of one sample, units of the file
+    bool noise = true;      ///< false: level, drift and sources only
+    double drift = 0;       ///< largest deviation of a ray's level, units of sigma
+    double driftTime = 100; ///< s in which the level turns, at least 100 steps
+
+    std::vector<PulseTrain> pulseTrains;
+    std::vector<SinglePulse> pulses;
+    std::vector<NarrowBandLine> lines;
+    std::vector<Impulses> impulses;
+    std::vector<GainStep> gainSteps;
+};
+
+/// What is wrong with a simulation, in plain words for its author; empty when it can be made.
+QString refusal(const Simulation &simulation);
+
+/// Seconds by which a band receives a pulse after the last band.
+double lag(const Simulation &simulation, int band, double dispersion);
+
+/// Floats of one point: modules x rays x (bands + 1). Only of a simulation not refused.
+qint64 floatsPerPoint(const Simulation &simulation);
+
+/// The demonstration recording: 17 minutes of 8 rays, begun at 11:58:47 UTC. Ray 7 holds a
+/// pulsar of period 3.032 s and dispersion 26.2 pc/cm^3, ray 3 a weaker one of 1.274 s and
+/// 15.5 pc/cm^3, ray 5 mild interference; the level of every ray drifts.
+Simulation demonstration();
+
+} // namespace Simulator

@@ -1,0 +1,238 @@
+#include "simulator/simulationoptions.h"
+
+#include <QStringList>
+#include <initializer_list>
+#include <variant>
+
+namespace Simulator {
+
+namespace {
+
+using Target = std::variant<int *, quint32 *, double *>;
+
+bool readNumber(const QString &text, Target target)
+{
+    bool good = false;
+    if (int **const number = std::get_if<int *>(&target))
+        **number = text.toInt(&good);
+    else if (quint32 **const natural = std::get_if<quint32 *>(&target))
+        **natural = text.toUInt(&good);
+    else
+        *std::get<double *>(target) = text.toDouble(&good);
+    return good;
+}
+
+// An option with one number; left alone when it was not given.
+QString readOption(const QCommandLineParser &parser, const QString &name, Target target)
+{
+    if (!parser.isSet(name) || readNumber(parser.value(name), target))
+        return {};
+    return QString("--%1: \"%2\" is not a number it can take.").arg(name, parser.value(name));
+}
+
+struct Field {
+    const char *key;
+    Target target;
+};
+
+// "key=number,key=number"; keys that do not occur leave their fields alone.
+QString readFields(const QString &option, const QString &text, std::initializer_list<Field> fields)
+{
+    QStringList keys;
+    for (const Field &field : fields)
+        keys << field.key;
+    for (const QString &item : text.split(',', Qt::SkipEmptyParts)) {
+        const QString key = item.section('=', 0, 0).trimmed();
+        const QString value = item.section('=', 1).trimmed();
+        const int index = int(keys.indexOf(key));
+        if (index < 0)
+            return QString("--%1: \"%2\" is unknown; it takes %3.")
+                .arg(option, key, keys.join(", "));
+        if (!readNumber(value, (fields.begin() + index)->target))
+            return QString("--%1: %2=\"%3\" is not a number it can take.").arg(option, key, value);
+    }
+    return {};
+}
+
+// The fields of one source, in the words of the command line.
+QString readSource(const QString &text, PulseTrain &train)
+{
+    return readFields("pulsar", text,
+                      {{"module", &train.module},
+                       {"ray", &train.ray},
+                       {"period", &train.period},
+                       {"width", &train.width},
+                       {"dm", &train.dispersion},
+                       {"strength", &train.strength},
+                       {"phase", &train.phase}});
+}
+
+QString readSource(const QString &text, SinglePulse &pulse)
+{
+    return readFields("pulse", text,
+                      {{"module", &pulse.module},
+                       {"ray", &pulse.ray},
+                       {"time", &pulse.time},
+                       {"width", &pulse.width},
+                       {"dm", &pulse.dispersion},
+                       {"strength", &pulse.strength}});
+}
+
+QString readSource(const QString &text, NarrowBandLine &line)
+{
+    return readFields("line", text,
+                      {{"module", &line.module},
+                       {"ray", &line.ray},
+                       {"band", &line.band},
+                       {"strength", &line.strength},
+                       {"begin", &line.begin},
+                       {"end", &line.end}});
+}
+
+QString readSource(const QString &text, Impulses &impulses)
+{
+    return readFields("impulses", text,
+                      {{"module", &impulses.module},
+                       {"ray", &impulses.ray},
+                       {"count", &impulses.count},
+                       {"strength", &impulses.strength}});
+}
+
+QString readSource(const QString &text, GainStep &step)
+{
+    return readFields("gain-step", text,
+                      {{"module", &step.module},
+                       {"ray", &step.ray},
+                       {"point", &step.point},
+                       {"factor", &step.factor}});
+}
+
+template <typename Source>
+QString readSources(const QStringList &texts, std::vector<Source> &sources)
+{
+    for (const QString &text : texts) {
+        Source source;
+        if (QString error = readSource(text, source); !error.isEmpty())
+            return error;
+        sources.push_back(source);
+    }
+    return {};
+}
+
+QString readBands(const QCommandLineParser &parser, Simulation &simulation)
+{
+    if (parser.isSet("band-list")) {
+        std::vector<double> bands;
+        for (const QString &item : parser.value("band-list").split(' ', Qt::SkipEmptyParts)) {
+            double frequency = 0;
+            if (!readNumber(item, &frequency))
+                return QString("--band-list: \"%1\" is not a frequency.").arg(item);
+            bands.push_back(frequency);
+        }
+        simulation.fbands = bands;
+        return {};
+    }
+    if (!parser.isSet("bands") && !parser.isSet("first-band") && !parser.isSet("band-spacing"))
+        return {};
+    int count = 32;
+    double first = 120.0;
+    double spacing = 0.078125;
+    for (const QString &error :
+         {readOption(parser, "bands", &count), readOption(parser, "first-band", &first),
+          readOption(parser, "band-spacing", &spacing)}) {
+        if (!error.isEmpty())
+            return error;
+    }
+    simulation.fbands = evenBands(first, spacing, count);
+    return {};
+}
+
+QString readBegin(const QCommandLineParser &parser, Simulation &simulation)
+{
+    if (!parser.isSet("begin"))
+        return {};
+    QDateTime begin = QDateTime::fromString(parser.value("begin"), "yyyy-MM-ddTHH:mm:ss");
+    begin.setTimeSpec(Qt::UTC);
+    if (!begin.isValid())
+        return QString("--begin: \"%1\" is not a time like 2015-04-01T11:58:47.")
+            .arg(parser.value("begin"));
+    simulation.beginTime = begin;
+    return {};
+}
+
+} // namespace
+
+void addOptions(QCommandLineParser &parser)
+{
+    parser.addOptions({
+        {"points", "Samples per channel (40000).", "number"},
+        {"modules", "Receiver modules (1).", "number"},
+        {"rays", "Rays per module (8).", "number"},
+        {"bands", "Frequency bands (32).", "number"},
+        {"first-band", "Centre of the first band (120).", "MHz"},
+        {"band-spacing", "From one band to the next (0.078125); negative: descending.", "MHz"},
+        {"band-list", "Centres of all bands, blanks between; instead of the three above.", "MHz"},
+        {"step", "From one sample to the next (12.4928).", "ms"},
+        {"begin", "Time of the first sample, UTC (2015-04-01T12:00:00).", "time"},
+        {"seed", "Another number gives other noise, drift and impulses (1).", "number"},
+        {"level", "Mean of the receiver noise, in units of the file (100).", "value"},
+        {"sigma",
+         "Standard deviation of one sample of one band (1). All strengths are "
+         "multiples of it.",
+         "value"},
+        {"no-noise", "Leave out the receiver noise: level, drift and sources only."},
+        {"drift", "Largest deviation of a ray's level, in sigmas (0).", "sigmas"},
+        {"drift-time", "Time in which the level turns (100).", "s"},
+        {"pulsar",
+         "A pulsar: period (1 s), width (full width at half maximum, 0.05 s), dm (0 "
+         "pc/cm^3), strength (peak height, 1 sigma), phase (part of a period from the "
+         "begin to a peak in the last band, 0), module (1), ray (1). May be repeated.",
+         "key=number,..."},
+        {"pulse",
+         "A single pulse: time (s from the begin to the peak in the last band, 0), width "
+         "(0.05 s), dm (0), strength (1), module, ray. May be repeated.",
+         "key=number,..."},
+        {"line",
+         "A narrow-band transmitter: band (from 1), strength (1), begin and end (s; the "
+         "whole recording), module, ray. May be repeated.",
+         "key=number,..."},
+        {"impulses",
+         "Single samples at random times raised in all bands: count (0), strength "
+         "(1), module, ray. May be repeated.",
+         "key=number,..."},
+        {"gain-step",
+         "Everything from a point on is multiplied: point (from 0), factor (1), "
+         "module, ray. May be repeated.",
+         "key=number,..."},
+    });
+}
+
+QString readOptions(const QCommandLineParser &parser, Simulation &s)
+{
+    if (parser.isSet("no-noise"))
+        s.noise = false;
+    for (const QString &error : {
+             readOption(parser, "points", &s.npoints),
+             readOption(parser, "modules", &s.modules),
+             readOption(parser, "rays", &s.rays),
+             readBands(parser, s),
+             readOption(parser, "step", &s.msPerPoint),
+             readBegin(parser, s),
+             readOption(parser, "seed", &s.seed),
+             readOption(parser, "level", &s.level),
+             readOption(parser, "sigma", &s.sigma),
+             readOption(parser, "drift", &s.drift),
+             readOption(parser, "drift-time", &s.driftTime),
+             readSources(parser.values("pulsar"), s.pulseTrains),
+             readSources(parser.values("pulse"), s.pulses),
+             readSources(parser.values("line"), s.lines),
+             readSources(parser.values("impulses"), s.impulses),
+             readSources(parser.values("gain-step"), s.gainSteps),
+         }) {
+        if (!error.isEmpty())
+            return error;
+    }
+    return {};
+}
+
+} // namespace Simulator

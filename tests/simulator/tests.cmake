@@ -1,0 +1,1 @@
+zrt_add_test(simulator/simulator unit zrt_simulator)
