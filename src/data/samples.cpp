@@ -23,21 +23,23 @@ qint64 SampleBlock::bytesNeeded(int modules, int channels, int rays, int npoints
 {
     if (modules < 1 || channels < 1 || rays < 1 || npoints < 1)
         return -1;
-    qint64 bytes = rowStrideFor(npoints) * qint64(sizeof(float));
+    // Up to three pointers lead to a row; they count where the rows are short.
+    qint64 bytes = rowStrideFor(npoints) * qint64(sizeof(float)) + 3 * qint64(sizeof(void *));
     for (const int count : {modules, channels, rays}) {
         if (__builtin_mul_overflow(bytes, qint64(count), &bytes))
             return -1;
     }
-    return bytes;
+    return __builtin_add_overflow(bytes, hugePage, &bytes) ? -1 : bytes;
 }
 
 std::shared_ptr<SampleBlock> SampleBlock::allocate(int modules, int channels, int rays, int npoints)
 {
-    const qint64 bytes = bytesNeeded(modules, channels, rays, npoints);
-    if (bytes < 0)
+    if (bytesNeeded(modules, channels, rays, npoints) < 0)
         return nullptr;
+    const std::size_t rows = std::size_t(modules) * std::size_t(channels) * std::size_t(rays);
+    const std::size_t rowBytes = std::size_t(rowStrideFor(npoints)) * rows * sizeof(float);
     // One huge page more than needed, so that the rows can begin on a huge page.
-    const std::size_t mapped = std::size_t(bytes + hugePage);
+    const std::size_t mapped = rowBytes + std::size_t(hugePage);
     void *const mapping = mmap(nullptr, mapped, PROT_READ | PROT_WRITE,
                                MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (mapping == MAP_FAILED)
@@ -53,9 +55,8 @@ std::shared_ptr<SampleBlock> SampleBlock::allocate(int modules, int channels, in
     const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(mapping);
     const std::uintptr_t aligned = (address + hugePage - 1) / hugePage * hugePage;
     float *const first = reinterpret_cast<float *>(aligned);
-    madvise(first, std::size_t(bytes), MADV_HUGEPAGE);
+    madvise(first, rowBytes, MADV_HUGEPAGE);
 
-    const std::size_t rows = std::size_t(modules) * std::size_t(channels) * std::size_t(rays);
     block->rayPointers.resize(rows);
     for (std::size_t row = 0; row < rows; ++row)
         block->rayPointers[row] = first + qint64(row) * block->stride;

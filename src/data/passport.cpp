@@ -1,0 +1,243 @@
+#include "data/passport.h"
+
+#include "base/debugline.h"
+
+#include <QFileInfo>
+#include <QIODevice>
+#include <QRegularExpression>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace {
+
+constexpr qint64 firstRead = 4096;
+constexpr qint64 moscowOffset = 3 * 3600; // s; clock times without "UTC" are UTC+3
+constexpr double farthestShift = 1e12;    // s; a date that far away is no date
+
+// Takes the line that begins at `position`, without its end, and moves to the next one.
+// Returns false where the bytes end before the line does; the line is then their rest.
+bool takeLine(const QByteArray &bytes, qint64 &position, QByteArray &line)
+{
+    const int begin = int(position);
+    const int end = bytes.indexOf('\n', begin);
+    position = end < 0 ? bytes.size() : end + 1;
+    line = bytes.mid(begin, end < 0 ? -1 : end - begin);
+    if (line.endsWith('\r'))
+        line.chop(1);
+    return end >= 0;
+}
+
+// Splits before decoding: a broken character can then never swallow the blank after a key.
+void addEntry(QByteArray line, QMap<QString, QString> &entries)
+{
+    line.replace('\t', ' ');
+    const int blank = line.indexOf(' ');
+    const int keyEnd = blank < 0 ? line.size() : blank;
+    int valueBegin = keyEnd;
+    while (valueBegin < line.size() && line[valueBegin] == ' ')
+        ++valueBegin;
+    entries.insert(QString::fromUtf8(line.left(keyEnd)), QString::fromUtf8(line.mid(valueBegin)));
+}
+
+QStringList items(const QString &list)
+{
+    return list.split(' ', Qt::SkipEmptyParts);
+}
+
+// Whole numbers of the passport; remembers the first that is none.
+class WholeNumbers {
+public:
+    explicit WholeNumbers(const Passport &source) : passport(source) {}
+
+    bool has(const QString &key) const { return passport.entries.contains(key); }
+
+    int read(const QString &key)
+    {
+        bool ok = false;
+        const QString text = passport.entries.value(key).trimmed();
+        const int number = text.toInt(&ok);
+        if (!ok)
+            refuse(key, text);
+        return number;
+    }
+
+    void refuse(const QString &key, const QString &text)
+    {
+        if (!firstProblem.isEmpty())
+            return;
+        firstProblem =
+            has(key) || !text.isEmpty()
+                ? QString("\"%1\" is \"%2\", which is not a usable count").arg(key, text.left(40))
+                : QString("the passport has no \"%1\"").arg(key);
+    }
+
+    const QString &problem() const { return firstProblem; }
+
+private:
+    const Passport &passport;
+    QString firstProblem;
+};
+
+// Channels are the bands and one more; 0 when the key that counts is unusable.
+int channelCount(const Passport &passport, WholeNumbers &numbers)
+{
+    if (numbers.has("nbands")) {
+        const int bands = numbers.read("nbands");
+        if (bands == std::numeric_limits<int>::max())
+            numbers.refuse("nbands", QString::number(bands));
+        return numbers.problem().isEmpty() ? bands + 1 : 0;
+    }
+    if (numbers.has("fbands"))
+        return items(passport.entries["fbands"]).size() + 1;
+    return numbers.read("channels");
+}
+
+void readModules(const Passport &passport, ObservationData &data)
+{
+    for (const char *const key : {"modulus", "modules"}) {
+        if (passport.entries.contains(key)) {
+            const QStringList numbers = items(passport.entries[key]);
+            data.modules = numbers.size();
+            if (!numbers.isEmpty())
+                data.firstModule = numbers.first().toInt();
+            break;
+        }
+    }
+    if (passport.entries.contains("module")) {
+        data.module = passport.entries["module"].trimmed().toInt();
+        data.modules = 1;
+        data.firstModule = data.module;
+    }
+}
+
+QDateTime beginOfClock(const Passport &passport)
+{
+    const QString dateText = passport.entries.value("date_begin").trimmed().right(10);
+    const QString clockText = passport.entries.value("time_begin");
+    const QDate date = QDate::fromString(dateText, "dd.MM.yyyy");
+    const QTime time = QTime::fromString(clockText.left(8).remove(' '), "h:mm:ss");
+    if (!date.isValid() || !time.isValid())
+        return {};
+    const QDateTime begin(date, time, Qt::UTC);
+    return clockText.contains("UTC") ? begin : begin.addSecs(-moscowOffset);
+}
+
+QString starTime(const QString &text)
+{
+    static const QRegularExpression pattern("^(\\d{1,2}):(\\d{1,2}):(\\d{1,2})(\\.\\d+)?$");
+    const QRegularExpressionMatch match = pattern.match(text);
+    if (!match.hasMatch())
+        return text;
+    return QStringList{match.captured(1), match.captured(2), match.captured(3)}.join(':');
+}
+
+// The stretch of a derived file begins `point` samples after its parent; whole seconds.
+QDateTime advanced(const QDateTime &begin, int point, double tresolution)
+{
+    const double seconds = double(point) * tresolution;
+    if (!(std::abs(seconds) < farthestShift))
+        return {};
+    return begin.addSecs(qint64(seconds));
+}
+
+} // namespace
+
+Passport parsePassport(const QByteArray &bytes)
+{
+    Passport passport;
+    QByteArray line;
+    passport.complete = takeLine(bytes, passport.size, line);
+    const qint64 lineCount = line.mid(line.lastIndexOf(' ') + 1).toLongLong();
+    for (qint64 number = 2; number <= lineCount && passport.complete; ++number) {
+        if (passport.size == bytes.size()) {
+            passport.complete = false;
+            break;
+        }
+        passport.complete = takeLine(bytes, passport.size, line);
+        addEntry(line, passport.entries);
+    }
+    return passport;
+}
+
+Passport readPassport(QIODevice &device)
+{
+    QByteArray bytes;
+    Passport passport;
+    for (qint64 size = firstRead; size <= passportSizeLimit && !passport.complete; size *= 2) {
+        const QByteArray more = device.read(size - bytes.size());
+        if (more.isEmpty())
+            break;
+        bytes += more;
+        passport = parsePassport(bytes);
+    }
+    device.seek(passport.size);
+    return passport;
+}
+
+RecordingHeader recordingHeader(const Passport &passport, const QString &path)
+{
+    RecordingHeader header;
+    ObservationData &data = header.data;
+    const QMap<QString, QString> &entries = passport.entries;
+    WholeNumbers numbers(passport);
+
+    data.filePath = path;
+    data.fileName = QFileInfo(path).fileName();
+    data.nativeName = data.fileName;
+
+    if (!numbers.has("nbands") && !numbers.has("fbands") && !numbers.has("channels")) {
+        debugLine("Error! No channels in file!");
+        data.npoints = -1;
+        header.problem = "the passport does not say how many channels there are "
+                         "(no \"nbands\", \"fbands\" or \"channels\")";
+        return header;
+    }
+    data.channels = channelCount(passport, numbers);
+
+    readModules(passport, data);
+    if (data.modules == -1) {
+        debugLine("Error! No modules in file!");
+        data.npoints = -1;
+        header.problem = "the passport does not say which modules were recorded "
+                         "(no \"modulus\", \"modules\" or \"module\")";
+        return header;
+    }
+
+    data.npoints = numbers.read("npoints");
+    data.rays = 8;
+    if (numbers.has("ray")) {
+        data.ray = entries["ray"].trimmed().toInt();
+        data.rays = 1;
+    } else if (numbers.has("rays")) {
+        data.rays = numbers.read("rays");
+    }
+    for (const auto &[key, count] :
+         {std::pair("npoints", data.npoints), std::pair("channels", data.channels),
+          std::pair("rays", data.rays)}) {
+        if (count < 1)
+            numbers.refuse(key, QString::number(count));
+    }
+    header.problem = numbers.problem();
+    if (!header.problem.isEmpty())
+        data.npoints = 0;
+
+    data.dispersion = entries.value("dispersion").trimmed().toInt();
+    const double step = entries.value("tresolution").trimmed().toDouble() / 1000.0;
+    data.tresolution = std::isfinite(step) ? step : 0;
+    for (const QString &frequency : items(entries.value("fbands")))
+        data.fbands.push_back(frequency.toDouble());
+
+    data.beginTime = beginOfClock(passport);
+    data.starTime = starTime(entries.value("star_time"));
+    if (entries.contains("stairs_names"))
+        data.beginTime = {};
+    if (!entries.value("native_datetime").isEmpty())
+        data.nativeName = entries["native_datetime"];
+    if (entries.contains("native_datetime") && !entries.value("file_path").isEmpty())
+        data.filePath = entries["file_path"];
+    data.point = entries.value("point").trimmed().toInt();
+    if (data.point != 0 && data.beginTime.isValid())
+        data.beginTime = advanced(data.beginTime, data.point, data.tresolution);
+    return header;
+}

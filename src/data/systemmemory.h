@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QtGlobal>
+
+/// Bytes of memory that this machine can give to one more user without swapping, what the
+/// file cache would make room for included.
+///
+/// @return 0 when the system does not say
+qint64 availableMemory();

@@ -1,0 +1,85 @@
+#include "data/turnpoints.h"
+
+#include <algorithm>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace {
+
+// Values turned together: a square of 4 x 4 floats fits into four vector registers.
+constexpr qint64 tileValues = 4;
+
+// Values that turnPlain() goes through before it starts with the first ray again: half of a
+// usual first cache level, so that every line of the source is fetched once for all rays.
+constexpr qint64 plainValues = 4096;
+
+void turnPlain(const float *points, qint64 stride, qint64 values, float *const *rays,
+               qint64 firstPoint, qint64 count)
+{
+    const qint64 step = std::max(qint64(pointsPerLine), plainValues / stride);
+    for (qint64 begin = 0; begin < count; begin += step) {
+        const qint64 end = std::min(begin + step, count);
+        for (qint64 v = 0; v < values; ++v) {
+            float *const ray = rays[v] + firstPoint;
+            for (qint64 p = begin; p < end; ++p)
+                ray[p] = points[p * stride + v];
+        }
+    }
+}
+
+#ifdef __SSE2__
+// One line of points of four rays. Each ray's line is written whole and past the caches:
+// thousands of rays are written in turn, so that a cached line would first have to be
+// fetched and would be evicted again before anybody reads it.
+void turnTile(const float *points, qint64 stride, float *const *rays, qint64 firstPoint)
+{
+    __m128 lines[tileValues][4];
+    for (int quarter = 0; quarter < 4; ++quarter) {
+        const float *const first = points + 4 * quarter * stride;
+        __m128 a = _mm_loadu_ps(first);
+        __m128 b = _mm_loadu_ps(first + stride);
+        __m128 c = _mm_loadu_ps(first + 2 * stride);
+        __m128 d = _mm_loadu_ps(first + 3 * stride);
+        _MM_TRANSPOSE4_PS(a, b, c, d);
+        lines[0][quarter] = a;
+        lines[1][quarter] = b;
+        lines[2][quarter] = c;
+        lines[3][quarter] = d;
+    }
+    for (int v = 0; v < tileValues; ++v)
+        for (int quarter = 0; quarter < 4; ++quarter)
+            _mm_stream_ps(rays[v] + firstPoint + 4 * quarter, lines[v][quarter]);
+}
+
+// Whole lines of points; returns how many points that were.
+qint64 turnTiles(const float *points, qint64 stride, qint64 values, float *const *rays,
+                 qint64 firstPoint, qint64 count)
+{
+    const qint64 whole = count - count % pointsPerLine;
+    const qint64 lastTile = values - tileValues;
+    for (qint64 p = 0; p < whole; p += pointsPerLine) {
+        const float *const line = points + p * stride;
+        for (qint64 v = 0; v < lastTile; v += tileValues)
+            turnTile(line + v, stride, rays + v, firstPoint + p);
+        // The last tile overlaps the one before where the values are no multiple of it.
+        turnTile(line + lastTile, stride, rays + lastTile, firstPoint + p);
+    }
+    _mm_sfence();
+    return whole;
+}
+#endif
+
+} // namespace
+
+void turnPoints(const float *points, qint64 stride, qint64 values, float *const *rays,
+                qint64 firstPoint, qint64 count)
+{
+    qint64 done = 0;
+#ifdef __SSE2__
+    if (values >= tileValues)
+        done = turnTiles(points, stride, values, rays, firstPoint, count);
+#endif
+    turnPlain(points + done * stride, stride, values, rays, firstPoint + done, count - done);
+}

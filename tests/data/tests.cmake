@@ -1,0 +1,3 @@
+zrt_add_test(data/passport unit zrt_data)
+zrt_add_test(data/samplereader unit zrt_data)
+zrt_add_test(data/reader gui zrt_reader zrt_test_support_gui)

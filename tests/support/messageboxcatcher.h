@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QMessageBox>
+#include <QObject>
+#include <QString>
+#include <QVector>
+
+namespace TestSupport {
+
+/// While it lives, every message box closes as soon as it is shown; what it said stays here.
+class MessageBoxCatcher : public QObject {
+public:
+    struct Box {
+        QString title;
+        QString text;
+        QMessageBox::Icon icon;
+        QMessageBox::StandardButtons buttons;
+    };
+
+    MessageBoxCatcher();
+
+    /// All boxes so far, in the order they were shown.
+    const QVector<Box> &boxes() const { return caught; }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    QVector<Box> caught;
+};
+
+} // namespace TestSupport
