@@ -1,5 +1,6 @@
 #include "data/samples.h"
 
+#include <cstdint>
 #include <sys/mman.h>
 
 namespace {
@@ -45,15 +46,15 @@ std::shared_ptr<SampleBlock> SampleBlock::allocate(int modules, int channels, in
     if (mapping == MAP_FAILED)
         return nullptr;
 
-    const std::shared_ptr<SampleBlock> block(new SampleBlock);
+    std::shared_ptr<SampleBlock> block(new SampleBlock);
     block->mapping = mapping;
     block->mappedBytes = mapped;
     block->stride = rowStrideFor(npoints);
     block->channels = channels;
     block->rays = rays;
 
-    const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(mapping);
-    const std::uintptr_t aligned = (address + hugePage - 1) / hugePage * hugePage;
+    const qint64 beyondHugePage = qint64(reinterpret_cast<std::uintptr_t>(mapping) % hugePage);
+    char *const aligned = static_cast<char *>(mapping) + (hugePage - beyondHugePage) % hugePage;
     float *const first = reinterpret_cast<float *>(aligned);
     madvise(first, rowBytes, MADV_HUGEPAGE);
 

@@ -285,6 +285,5 @@ void TestPassport::readingGivesUpOnEndlessText()
     QVERIFY(passport.size <= passportSizeLimit);
 }
 
-Q_DECLARE_METATYPE(Lines)
 ZRT_UNIT_TEST_MAIN(TestPassport)
 #include "tst_passport.moc"

@@ -105,7 +105,7 @@ private slots:
 private:
     QString write(const QByteArray &bytes, const QString &name = "a.pnt")
     {
-        const QString path = folder.filePath(name);
+        QString path = folder.filePath(name);
         QFile file(path);
         file.open(QIODevice::WriteOnly);
         file.write(bytes);

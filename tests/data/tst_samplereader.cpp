@@ -8,6 +8,8 @@
 
 using TestSupport::ShortDevice;
 
+Q_DECLARE_METATYPE(SampleShape)
+
 namespace {
 
 qint64 valuesOf(const SampleShape &shape)
@@ -40,7 +42,9 @@ QString firstDifference(const QByteArray &bytes, const SampleShape &shape, const
                     quint32 expected = 0;
                     if (i < known)
                         std::memcpy(&expected, bytes.constData() + i * 4, 4);
-                    if (std::memcmp(&block.ray(m, c, r)[p], &expected, 4) != 0)
+                    quint32 stored = 0;
+                    std::memcpy(&stored, &block.ray(m, c, r)[p], 4);
+                    if (stored != expected)
                         return QString("point %1 module %2 ray %3 channel %4")
                             .arg(p)
                             .arg(m)
@@ -323,6 +327,5 @@ void TestSampleReader::memoryToReadLimits()
     QVERIFY2(bytes >= atLeast && bytes <= atMost, qPrintable(QString::number(bytes)));
 }
 
-Q_DECLARE_METATYPE(SampleShape)
 ZRT_UNIT_TEST_MAIN(TestSampleReader)
 #include "tst_samplereader.moc"

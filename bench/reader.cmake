@@ -1,0 +1,1 @@
+zrt_add_bench(reader zrt_reader)
