@@ -1,0 +1,1 @@
+zrt_add_test(calc/channelsum unit zrt_calc)
