@@ -1,2 +1,12 @@
 zrt_add_test(calc/channelsum unit zrt_calc)
 zrt_add_test(calc/approximation unit zrt_calc)
+zrt_add_test(calc/fourier unit zrt_calc)
+
+find_package(PkgConfig)
+if(PkgConfig_FOUND)
+    pkg_check_modules(FFTW IMPORTED_TARGET fftw3)
+endif()
+if(FFTW_FOUND)
+    target_link_libraries(tst_calc_fourier PRIVATE PkgConfig::FFTW)
+    target_compile_definitions(tst_calc_fourier PRIVATE ZRT_TEST_FFTW)
+endif()
