@@ -51,15 +51,20 @@ public:
     /// @param forward     false applies the delays with the opposite sign
     /// @return false, after a debug line, on a stretch that does not end before the
     ///         recording's last point, a bad module, ray or first point, fewer than 33
-    ///         channels, a missing frequency or a delay beyond an int
+    ///         channels, a missing frequency or a delay beyond an int; without a line on a
+    ///         dispersion that is negative or not a number
     bool sumChannels(double *dataOut, int count, double dispersion, bool forward);
 
-    /// Bands that the last sumChannels() added completely: 32 unless the recording ended.
+    /// Bands that the last sumChannels() added completely: 32 unless the recording ended, 0
+    /// after a refusal. After sumWithoutNoise() it speaks of the sum, not of the back sum.
     int bandsSummed() const { return completeBands; }
 
     /// Sum of the bands less the chosen baseline, normalised where that is asked for.
+    /// Baselines: "polinom5", the polynomial of degree 5; "median", the line through medians of
+    /// 256 points; "backSum", the line through means of 128 points of the sum with opposite
+    /// delays, in which no dispersed pulse adds up.
     ///
-    /// @param dataOut  count doubles
+    /// @param dataOut  count doubles; untouched on refusal
     /// @return false, after a debug line, when the sum or the baseline is refused
     bool sumWithoutNoise(double *dataOut, int count, double dispersion);
 
@@ -67,13 +72,16 @@ public:
     ///
     /// @param countIn   power of two, at least 128
     /// @param countOut  countIn / 2
-    /// @return false, after a debug line, on other counts; dataOut is then untouched
+    /// @return false, after a debug line, on other counts or without an array; dataOut is then
+    ///         untouched
     static bool getFourier(const double *dataIn, double *dataOut, int countIn, int countOut);
 
 signals:
     void progress(int percent);
 
 private:
+    bool subtractBaseline(const std::vector<double> &sum, double dispersion, double *dataOut);
+
     ObservationData data;
     PulsarParameters parameters;
     int completeBands = 0;
