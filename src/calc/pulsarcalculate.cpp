@@ -77,12 +77,10 @@ bool PulsarCalculate::sumChannels(double *dataOut, int count, double dispersion,
         !findShifts(data, dispersion, forward, shifts))
         return false;
 
-    const float *const *const *const channels = data.samples[parameters.module - 1];
-    const int ray = parameters.ray - 1;
-    std::copy_n(channels[referenceBand][ray] + firstPoint, count, dataOut);
+    std::copy_n(bandSamples(referenceBand) + firstPoint, count, dataOut);
     completeBands = 1;
     for (int k = referenceBand - 1; k >= 0; --k) {
-        const float *const samples = channels[k][ray];
+        const float *const samples = bandSamples(k);
         const qint64 first = qint64(firstPoint) + shifts[std::size_t(k)]; // for point 0
         const int begin = int(std::clamp<qint64>(-first, 0, count));
         const int end = int(std::clamp<qint64>(data.npoints - first, 0, count));
@@ -111,34 +109,33 @@ bool PulsarCalculate::sumWithoutNoise(double *dataOut, int count, double dispers
         debugLine("ERROR: sumChannels return false!");
         return false;
     }
-    const int bandsOfSum = completeBands;
-    const bool subtracted = subtractBaseline(sum, dispersion, dataOut);
-    completeBands = bandsOfSum;
-    if (!subtracted)
+    std::vector<double> baseline(sum.size());
+    if (!noiseBaseline(sum, dispersion, baseline.data()) ||
+        !Tools::deduct(sum.data(), baseline.data(), dataOut, count))
         return false;
     return !parameters.normalise || Tools::normalise(dataOut, count);
 }
 
-bool PulsarCalculate::subtractBaseline(const std::vector<double> &sum, double dispersion,
-                                       double *dataOut)
+// The chosen baseline of a sum, sum.size() values; zeros where none is chosen. For "backSum"
+// the sum with opposite delays goes to `backSum`, where that is wanted.
+bool PulsarCalculate::noiseBaseline(const std::vector<double> &sum, double dispersion,
+                                    double *baseline, std::vector<double> *backSum)
 {
     const int count = int(sum.size());
-    std::vector<double> baseline(sum.size());
-    if (parameters.noise == "polinom5") {
-        if (!Approximation(sum.data(), baseline.data(), count).polynomial(polynomialDegree, false))
-            return false;
-    } else if (parameters.noise == "median") {
-        if (!Approximation(sum.data(), baseline.data(), count).medianLine(medianBlock))
-            return false;
-    } else if (parameters.noise == "backSum") {
-        if (!sumChannels(baseline.data(), count, dispersion, false) ||
-            !Approximation(baseline.data(), baseline.data(), count).linearLine(backSumBlock))
-            return false;
-    } else {
-        std::copy(sum.begin(), sum.end(), dataOut);
-        return true;
+    if (parameters.noise == "polinom5")
+        return Approximation(sum.data(), baseline, count).polynomial(polynomialDegree, false);
+    if (parameters.noise == "median")
+        return Approximation(sum.data(), baseline, count).medianLine(medianBlock);
+    if (parameters.noise == "backSum") {
+        const int bandsOfSum = completeBands;
+        const bool summed = sumChannels(baseline, count, dispersion, false);
+        completeBands = bandsOfSum;
+        if (summed && backSum)
+            backSum->assign(baseline, baseline + count);
+        return summed && Approximation(baseline, baseline, count).linearLine(backSumBlock);
     }
-    return Tools::deduct(sum.data(), baseline.data(), dataOut, count);
+    std::fill_n(baseline, count, 0.0);
+    return true;
 }
 
 bool PulsarCalculate::getFourier(const double *dataIn, double *dataOut, int countIn, int countOut)

@@ -1,33 +1,15 @@
 #pragma once
 
+#include "calc/levelsteps.h"
+#include "calc/pulsarresult.h"
 #include "data/observationdata.h"
 
 #include <QObject>
 #include <QString>
-#include <array>
+#include <memory>
 #include <vector>
 
-/// What the pulsar form asks for, as typed.
-struct PulsarParameters {
-    int module = 1;        ///< from 1
-    int ray = 1;           ///< from 1
-    int channel = 1;       ///< from 1
-    double dispersion = 0; ///< pc/cm^3
-    double period = 0;     ///< s
-    int firstPoint = 0;    ///< first sample of the stretch, from 0
-    int points = 16384;    ///< length of the stretch, for the actions that do not fix it
-    int averageCount = 0;  ///< halvings before the transform
-    bool withNull = false; ///< zero padding to double length
-    int harmonicNum = 0;   ///< index of the spectrum value reported as first harmonic
-    int sigmaMultiple = 6; ///< threshold for listing harmonics
-    std::array<double, 4> dispersions = {}; ///< pc/cm^3, compared by "sum4Dispersions"
-    QString noise = "polinom5"; ///< "polinom5", "median", "backSum"; anything else: no baseline
-    bool normalise = false;     ///< divide by sigma after the baseline is removed
-    bool deductNoise = false;   ///< "sumChannelsDemoNoise": show the sum less its baseline
-};
-
-/// Runs one analysis action on one recording and keeps what the pulsar form shows of it:
-/// curves with names and visibility, the number of X values and a description.
+/// Runs one analysis action of the pulsar form on one recording and keeps its result.
 class PulsarCalculate : public QObject {
     Q_OBJECT
 
@@ -39,6 +21,28 @@ public:
 
     PulsarCalculate(const ObservationData &data, const PulsarParameters &parameters,
                     QObject *parent = nullptr);
+
+    /// Runs the action of that name.
+    ///
+    /// @return false when the action is unknown, refused or cancelled; failure() then says
+    ///         why, and the result stays as far as it was built
+    bool run(const QString &action);
+
+    const PulsarResult &result() const { return outcome; }
+    /// Why the last action was refused, with the allowed range; empty after a success and
+    /// when it was cancelled.
+    const QString &failure() const { return refusal; }
+    /// Field of PulsarParameters that the refusal concerns; empty where there is none.
+    const QString &failedParameter() const { return refusedParameter; }
+    bool wasCancelled() const { return cancelled; }
+
+    /// Spectrum of the baseline-free sum: sum, averaging, transform.
+    ///
+    /// @param out    averagedLength(count, averageCount, withNull) / 2 doubles
+    /// @param count  points of the sum
+    /// @return false, after a debug line, when a step is refused
+    bool getFourierOfSum(double *out, int count, double dispersion, int averageCount,
+                         bool withNull);
 
     /// Sums the first 32 bands of the selected module and ray over the stretch that begins
     /// at the first point, each band shifted by its delay against band 32. No wrap-around:
@@ -79,10 +83,69 @@ public:
 signals:
     void progress(int percent);
 
+public slots:
+    /// Ends the running action at its next progress.
+    void cancel() { cancelled = true; }
+
 private:
-    bool subtractBaseline(const std::vector<double> &sum, double dispersion, double *dataOut);
+    // The actions, in pulsaractions.cpp, pulsarnative.cpp and pulsarscans.cpp.
+    bool showNative();
+    bool sumPeriod();
+    bool sumChannelsAction();
+    bool sumChannelsAndAverage();
+    bool sumChannelsAndFourier();
+    bool sum4Dispersions();
+    bool sumAllDispersions();
+    bool sumMultiDispersions();
+    bool sumTimeDispersions();
+
+    bool refuse(const QString &reason, const QString &parameter = {});
+    bool goOn(int percent);
+
+    bool acceptChannelSelection();
+    bool acceptSelection();
+    bool acceptDispersion(double dispersion);
+    bool acceptSpectrum(int length);
+    bool acceptHarmonic(int spectrumLength);
+    int lastFullStart(double dispersion) const;
+    int longestShift(double dispersion) const;
+
+    struct Scan;
+    bool scanDispersions(int firstPoint, int averageCount, int progressFrom, int progressTo,
+                         Scan &scan);
+    bool acceptScan(int averageCount);
+    std::vector<double> trialDispersions() const;
+    QString describeScan(const Scan &scan);
+    void addScan(const Scan &scan, const QString &name);
+
+    const float *bandSamples(int channel) const;
+    void deleteSteps(int begin, int end, int firstChannel, int lastChannel);
+    void deleteStepsForSums(double largestDispersion);
+    void markSteps();
+
+    bool noiseBaseline(const std::vector<double> &sum, double dispersion, double *baseline,
+                       std::vector<double> *backSum = nullptr);
+    bool channelBaseline(const std::vector<double> &samples, double *baseline) const;
+    void removeBaseline(std::vector<double> &samples, const std::vector<double> &baseline) const;
+
+    void addCurve(const std::vector<double> &values, const QString &name);
+    void setSpectrumAxis(int averageCount);
+    QString startText() const;
+    void remarkOnBands();
+    void remarkOnTimes();
 
     ObservationData data;
     PulsarParameters parameters;
     int completeBands = 0;
+    int fewestBands = sumBands;   // over all sums of the running action
+    double largestDispersion = 0; // of the running action
+
+    std::shared_ptr<SampleBlock> workingCopy; // one module, one ray; null: the record itself
+    std::vector<int> stepPoints;              // indices within the recording
+    int stepCount = 0;
+
+    PulsarResult outcome;
+    QString refusal;
+    QString refusedParameter;
+    bool cancelled = false;
 };

@@ -1,0 +1,176 @@
+#include "calc/levelsteps.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+namespace Tools {
+
+namespace {
+
+constexpr int levelLength = 512;  // samples whose median is a level
+constexpr int gridStep = 32;      // distance of the points that are tried at first
+constexpr int edgeLength = 32;    // samples beside the jump that must show it already
+constexpr double threshold = 8;   // robust sigmas
+constexpr double edgeShare = 0.5; // of the height, seen in the edge samples
+constexpr double clipSigmas = 3;  // impulses must not decide where a step lies
+
+float medianOf(const float *samples, int count, std::vector<float> &scratch)
+{
+    scratch.assign(samples, samples + count);
+    const auto middle = scratch.begin() + count / 2;
+    std::nth_element(scratch.begin(), middle, scratch.end());
+    return *middle;
+}
+
+// The point that splits the samples around `guess` best into two levels (least squares,
+// values clipped to the neighbourhood of the levels).
+int refinedPoint(const std::vector<float> &series, int guess, double before, double after,
+                 double sigma)
+{
+    const int begin = std::max(0, guess - levelLength / 2);
+    const int end = std::min(int(series.size()), guess + levelLength / 2);
+    const double low = std::min(before, after) - clipSigmas * sigma;
+    const double high = std::max(before, after) + clipSigmas * sigma;
+    const double middle = (before + after) / 2;
+    const double sign = after > before ? 1 : -1;
+    // With both levels known the best split is where the clipped samples, counted from the
+    // middle of the levels, have fallen short of it the most.
+    double sum = 0;
+    double lowest = 0;
+    int best = begin;
+    for (int i = begin; i < end; ++i) {
+        sum += sign * (std::clamp(double(series[std::size_t(i)]), low, high) - middle);
+        if (sum < lowest) {
+            lowest = sum;
+            best = i + 1;
+        }
+    }
+    return best;
+}
+
+// Medians of the windows that begin at every multiple of the grid step.
+class LevelGrid {
+public:
+    explicit LevelGrid(std::vector<float> &searched) : series(searched)
+    {
+        const int windows = (int(series.size()) - levelLength) / gridStep + 1;
+        medians.resize(std::size_t(std::max(windows, 0)));
+        for (std::size_t i = 0; i < medians.size(); ++i)
+            medians[i] = medianOf(series.data() + int(i) * gridStep, levelLength, scratch);
+    }
+
+    // Grid point, a multiple of the grid step, with the largest jump not yet refused; 0 when
+    // no jump exceeds the limit.
+    int largestJump(double limit, const std::vector<bool> &refused) const
+    {
+        constexpr std::size_t windowsBetween = levelLength / gridStep;
+        double largest = limit;
+        int point = 0;
+        for (std::size_t i = windowsBetween; i < medians.size(); ++i) {
+            const double jump = std::abs(double(medians[i]) - medians[i - windowsBetween]);
+            if (jump > largest && !refused[i]) {
+                largest = jump;
+                point = int(i) * gridStep;
+            }
+        }
+        return point;
+    }
+
+    // Takes a step out of the series and of the medians: windows behind it move as a whole,
+    // only those across it are computed again.
+    void remove(const LevelStep &step)
+    {
+        for (std::size_t i = std::size_t(step.point); i < series.size(); ++i)
+            series[i] = float(series[i] - step.height);
+        for (std::size_t i = 0; i < medians.size(); ++i) {
+            const int begin = int(i) * gridStep;
+            if (begin >= step.point)
+                medians[i] = float(medians[i] - step.height);
+            else if (begin + levelLength > step.point)
+                medians[i] = medianOf(series.data() + begin, levelLength, scratch);
+        }
+    }
+
+    double median(int begin, int length)
+    {
+        return medianOf(series.data() + begin, length, scratch);
+    }
+
+private:
+    std::vector<float> &series;
+    std::vector<float> medians;
+    std::vector<float> scratch;
+};
+
+} // namespace
+
+double robustSigma(const float *samples, int count)
+{
+    if (count < 2)
+        return 0;
+    std::vector<float> differences;
+    differences.reserve(std::size_t(count - 1));
+    for (int i = 1; i < count; ++i) {
+        const float difference = std::abs(samples[i] - samples[i - 1]);
+        if (std::isfinite(difference))
+            differences.push_back(difference);
+    }
+    if (differences.empty())
+        return 0;
+    const auto middle = differences.begin() + std::ptrdiff_t(differences.size() / 2);
+    std::nth_element(differences.begin(), middle, differences.end());
+    constexpr double sigmaPerMad = 1.4826; // of a normal distribution
+    return *middle * sigmaPerMad / std::sqrt(2.0);
+}
+
+std::vector<LevelStep> findLevelSteps(const float *samples, int count)
+{
+    std::vector<LevelStep> steps;
+    if (count < 2 * levelLength)
+        return steps;
+    const double sigma = robustSigma(samples, count);
+    const double limit = threshold * sigma;
+    if (!(limit > 0) || std::isinf(limit))
+        return steps;
+
+    // Medians need numbers that can be ordered.
+    std::vector<float> series(samples, samples + count);
+    std::replace_if(
+        series.begin(), series.end(), [](float value) { return !std::isfinite(value); }, 0.0f);
+    LevelGrid grid(series);
+    std::vector<bool> refused(std::size_t(count / gridStep + 1), false);
+    while (const int guess = grid.largestJump(limit, refused)) {
+        // Whatever comes of it, this grid point is not tried again, so the loop ends.
+        refused[std::size_t(guess / gridStep)] = true;
+        const double before = grid.median(guess - levelLength, levelLength);
+        const double after = grid.median(guess, levelLength);
+        const int point = refinedPoint(series, guess, before, after, sigma);
+        if (point < levelLength || point > count - levelLength)
+            continue;
+        const double height =
+            grid.median(point, levelLength) - grid.median(point - levelLength, levelLength);
+        const double edge =
+            grid.median(point, edgeLength) - grid.median(point - edgeLength, edgeLength);
+        if (std::abs(height) <= limit || edge / height < edgeShare)
+            continue;
+        grid.remove({point, height});
+        steps.push_back({point, height});
+    }
+    std::sort(steps.begin(), steps.end(),
+              [](const LevelStep &a, const LevelStep &b) { return a.point < b.point; });
+    return steps;
+}
+
+void removeLevelSteps(float *samples, int count, const std::vector<LevelStep> &steps)
+{
+    double shift = 0;
+    auto next = steps.begin();
+    for (int i = 0; i < count; ++i) {
+        for (; next != steps.end() && next->point == i; ++next)
+            shift += next->height;
+        samples[i] = float(samples[i] - shift);
+    }
+}
+
+} // namespace Tools

@@ -1,0 +1,437 @@
+#include "calc/approximation.h"
+#include "calc/channelsum.h"
+#include "calc/fourier.h"
+#include "calc/pulsarcalculate.h"
+#include "calc/pulsartext.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+// Dispatch, checks and the channel sums with their spectra. Each action checks the selection,
+// fills the result and returns; the arithmetic is that of the operations it calls.
+
+namespace {
+
+constexpr int maxListedHarmonics = 15;
+constexpr double spectrumRaise = 0.05; // distance between neighbouring spectra of four
+constexpr int shortestSpectrum = 128;  // points that getFourier takes at least
+
+// Values that noise alone puts above `multiple` sigma among `count` amplitudes. Amplitudes of
+// Gaussian noise are Rayleigh distributed: with the scale s their standard deviation is
+// s sqrt(2 - pi/2), and a share of exp(-t^2 / (2 s^2)) exceeds t.
+double expectedAbove(int count, int multiple)
+{
+    return count * std::exp(-multiple * double(multiple) * (2 - M_PI / 2) / 2);
+}
+
+QString baselineText(const QString &noise)
+{
+    if (noise == "polinom5")
+        return "\nApproximation with polinom 5";
+    if (noise == "median")
+        return "\nApproximation with median line 256";
+    if (noise == "backSum")
+        return "\nLinear approximation of back sum";
+    return "\nWithow deduct noise base line";
+}
+
+} // namespace
+
+bool PulsarCalculate::run(const QString &action)
+{
+    outcome = {};
+    outcome.points = fixedPoints;
+    outcome.stretch = fixedPoints;
+    outcome.axis.first = parameters.firstPoint;
+    refusal = "";
+    refusedParameter = "";
+    cancelled = false;
+    fewestBands = sumBands;
+    largestDispersion = 0;
+    workingCopy.reset();
+    stepPoints.clear();
+    stepCount = 0;
+
+    using Action = bool (PulsarCalculate::*)();
+    static const std::vector<std::pair<QString, Action>> actions = {
+        {"showNative", &PulsarCalculate::showNative},
+        {"sumPeriod", &PulsarCalculate::sumPeriod},
+        {"sumChannels", &PulsarCalculate::sumChannelsAction},
+        {"sumChannelsDemoNoise", &PulsarCalculate::sumChannelsAction},
+        {"sumChannelsAndAverage", &PulsarCalculate::sumChannelsAndAverage},
+        {"sumChannelsAndFourier", &PulsarCalculate::sumChannelsAndFourier},
+        {"sum4Dispersions", &PulsarCalculate::sum4Dispersions},
+        {"sumAllDispersions", &PulsarCalculate::sumAllDispersions},
+        {"sumMultiDispersions", &PulsarCalculate::sumMultiDispersions},
+        {"sumTimeDispersions", &PulsarCalculate::sumTimeDispersions},
+    };
+    for (const auto &[name, function] : actions) {
+        if (action == name)
+            return (this->*function)() && !cancelled;
+    }
+    return refuse("There is no action \"" + action + "\".");
+}
+
+bool PulsarCalculate::sumChannelsAction()
+{
+    if (!acceptSelection() || !acceptDispersion(parameters.dispersion))
+        return false;
+    deleteStepsForSums(parameters.dispersion);
+    outcome.description =
+        "One summation of channels\nDispersion = " + PulsarText::general(parameters.dispersion) +
+        "\nNumber of points is fixed - 16384";
+
+    std::vector<double> sum(fixedPoints);
+    if (!sumChannels(sum.data(), fixedPoints, parameters.dispersion, true))
+        return refuse("The channels cannot be summed.");
+    fewestBands = completeBands;
+    std::vector<double> baseline(fixedPoints);
+    std::vector<double> backSum;
+    if (!noiseBaseline(sum, parameters.dispersion, baseline.data(), &backSum))
+        return refuse("The noise base line cannot be computed.");
+
+    if (parameters.deductNoise) {
+        removeBaseline(sum, baseline);
+        addCurve(sum, "minus noise base line");
+    } else {
+        addCurve(sum, "sum on canals");
+        if (parameters.noise == "polinom5")
+            addCurve(baseline, "polinom5 approximation");
+        else if (parameters.noise == "median")
+            addCurve(baseline, "median line approximation");
+        else if (parameters.noise == "backSum") {
+            addCurve(backSum, "back sum on canals");
+            addCurve(baseline, "noise approximation");
+        }
+    }
+    outcome.description += baselineText(parameters.noise);
+    if (parameters.normalise && !parameters.deductNoise)
+        outcome.remarks << "Normalization applies to the sum less its base line only.";
+    markSteps();
+    remarkOnBands();
+    remarkOnTimes();
+    return true;
+}
+
+bool PulsarCalculate::sumChannelsAndAverage()
+{
+    const int n = parameters.averageCount;
+    if (!acceptSelection() || !acceptDispersion(parameters.dispersion))
+        return false;
+    deleteStepsForSums(parameters.dispersion);
+    std::vector<double> sum(fixedPoints);
+    if (!sumWithoutNoise(sum.data(), fixedPoints, parameters.dispersion))
+        return refuse("The channels cannot be summed.");
+    fewestBands = completeBands;
+    std::vector<double> averaged(fixedPoints);
+    if (!Tools::averagePairs(sum.data(), averaged.data(), fixedPoints, n, false))
+        return refuse("The sum cannot be averaged.");
+    // Zeros that pad a transform are no part of the series.
+    const int length = Tools::averagedLength(fixedPoints, n, false);
+    averaged.resize(std::size_t(length));
+    addCurve(averaged, "Sum channels and average");
+
+    const double factor = Tools::averagedStepFactor(n, false);
+    outcome.points = length;
+    outcome.axis.step = factor;
+    outcome.description =
+        QString("Sum channels and average\nDispersion = %1\nNumber of points is "
+                "fixed - 16384%2\nAveraging number = %3\nStep = %4 ms, length = "
+                "%5 points, %6 s")
+            .arg(PulsarText::general(parameters.dispersion), baselineText(parameters.noise))
+            .arg(n)
+            .arg(factor * data.tresolution * 1000)
+            .arg(length)
+            .arg(fixedPoints * data.tresolution);
+    markSteps();
+    remarkOnBands();
+    remarkOnTimes();
+    return true;
+}
+
+bool PulsarCalculate::getFourierOfSum(double *out, int count, double dispersion, int averageCount,
+                                      bool withNull)
+{
+    auto sum = std::vector<double>(std::size_t(std::max(count, 0)));
+    if (!sumWithoutNoise(sum.data(), count, dispersion))
+        return false;
+    fewestBands = std::min(fewestBands, completeBands);
+    std::vector<double> averaged(2 * sum.size());
+    if (!Tools::averagePairs(sum.data(), averaged.data(), count, averageCount, withNull))
+        return false;
+    const int length = Tools::averagedLength(count, averageCount, withNull);
+    return getFourier(averaged.data(), out, length, length / 2);
+}
+
+bool PulsarCalculate::sumChannelsAndFourier()
+{
+    const int count = Tools::powerOfTwoFloor(fixedPoints);
+    const int length = Tools::averagedLength(count, parameters.averageCount, parameters.withNull);
+    const int n = length / 2;
+    if (!acceptSelection() || !acceptDispersion(parameters.dispersion) || !acceptSpectrum(length) ||
+        !acceptHarmonic(n))
+        return false;
+    deleteStepsForSums(parameters.dispersion);
+
+    auto spectrum = std::vector<double>(std::size_t(n));
+    if (!getFourierOfSum(spectrum.data(), count, parameters.dispersion, parameters.averageCount,
+                         parameters.withNull))
+        return refuse("The spectrum of the sum cannot be computed.");
+
+    const int multiple = parameters.sigmaMultiple;
+    const double sigma = Tools::sigma(spectrum.data(), n);
+    const double threshold = multiple * sigma;
+    QString &text = outcome.description;
+    text = "Sigma = " + PulsarText::general(sigma) + "\n" + QString::number(multiple) +
+           " sigma = " + PulsarText::general(threshold) +
+           "\n\nHarmonics >= " + QString::number(multiple) + " sigma:\n\n";
+    int above = 0;
+    for (int i = 0; i < n; ++i) {
+        const double value = spectrum[std::size_t(i)];
+        if (!(value > threshold))
+            continue;
+        if (above < maxListedHarmonics)
+            text += QString::number(i) + ": " + PulsarText::general(value) + "\n";
+        ++above;
+    }
+    text += "\nFirst harmonic:\nnum = " + QString::number(parameters.harmonicNum) +
+            "\nvalue = " + PulsarText::general(spectrum[std::size_t(parameters.harmonicNum)]) +
+            "\n";
+
+    addCurve(spectrum, "fourier of sum channels");
+    addCurve(std::vector<double>(std::size_t(n), sigma), "1 sigma of fourier");
+    addCurve(std::vector<double>(std::size_t(n), threshold),
+             QString::number(multiple) + " sigma of fourier");
+    outcome.points = n;
+    setSpectrumAxis(parameters.averageCount);
+
+    outcome.remarks << QString("%1 of %2 values lie above %3 sigma%4; noise alone (Rayleigh "
+                               "distributed amplitudes) would put about %5 there.")
+                           .arg(above)
+                           .arg(n)
+                           .arg(multiple)
+                           .arg(above > maxListedHarmonics
+                                    ? QString(", the first %1 are listed").arg(maxListedHarmonics)
+                                    : QString())
+                           .arg(PulsarText::count(expectedAbove(n, multiple)));
+    if (parameters.period > 0)
+        outcome.remarks << QString("The typed period of %1 s belongs to harmonic number %2.")
+                               .arg(PulsarText::general(parameters.period))
+                               .arg(1 / (parameters.period * outcome.axis.step), 0, 'f', 2);
+    markSteps();
+    remarkOnBands();
+    return true;
+}
+
+bool PulsarCalculate::sum4Dispersions()
+{
+    const int count = Tools::powerOfTwoFloor(fixedPoints);
+    const int length = Tools::averagedLength(count, parameters.averageCount, parameters.withNull);
+    const int n = length / 2;
+    if (!acceptSelection() || !acceptSpectrum(length))
+        return false;
+    for (const double dispersion : parameters.dispersions) {
+        if (!acceptDispersion(dispersion))
+            return false;
+    }
+    deleteStepsForSums(largestDispersion);
+
+    const int harmonic = parameters.harmonicNum;
+    QString harmonicText;
+    auto spectrum = std::vector<double>(std::size_t(n));
+    for (int k = 0; k < 4; ++k) {
+        const double dispersion = parameters.dispersions[std::size_t(k)];
+        if (!getFourierOfSum(spectrum.data(), count, dispersion, parameters.averageCount,
+                             parameters.withNull))
+            return refuse(QString("The spectrum at dispersion %1 cannot be computed.")
+                              .arg(PulsarText::general(dispersion)));
+        if (harmonic > 0 && harmonic < n)
+            harmonicText += QString("\ndisp%1 = %2 value = %3")
+                                .arg(k + 1)
+                                .arg(dispersion, 0, 'f', 1)
+                                .arg(spectrum[std::size_t(harmonic)], 0, 'f', 5);
+        const double raise = (3 - k) * spectrumRaise;
+        for (double &value : spectrum)
+            value += raise;
+        addCurve(spectrum, QString("dispersion %1").arg(k + 1));
+        if (!goOn(25 * (k + 1)))
+            return false;
+    }
+    outcome.description = "Sum of channels and fourier\nFixed number of points = 16384";
+    if (!harmonicText.isEmpty())
+        outcome.description +=
+            "\n\nFirst harmonic:\n\nHarmonic number = " + QString::number(harmonic) + harmonicText;
+    else
+        outcome.remarks << QString("Harmonic number %1 is outside 1 to %2: no value is reported.")
+                               .arg(harmonic)
+                               .arg(n - 1);
+    outcome.remarks << "The first three spectra are raised by 0.15, 0.10 and 0.05.";
+    outcome.points = n;
+    setSpectrumAxis(parameters.averageCount);
+    markSteps();
+    remarkOnBands();
+    return true;
+}
+
+bool PulsarCalculate::refuse(const QString &reason, const QString &parameter)
+{
+    refusal = reason;
+    refusedParameter = parameter;
+    return false;
+}
+
+// Module, ray, channels, step and first point against the recording.
+bool PulsarCalculate::acceptSelection()
+{
+    if (parameters.module < 1 || parameters.module > data.modules)
+        return refuse(QString("Module %1 is not in the recording.\nAllowed: 1 to %2.")
+                          .arg(parameters.module)
+                          .arg(data.modules),
+                      "module");
+    if (parameters.ray < 1 || parameters.ray > data.rays)
+        return refuse(QString("Ray %1 is not in the recording.\nAllowed: 1 to %2.")
+                          .arg(parameters.ray)
+                          .arg(data.rays),
+                      "ray");
+    if (data.channels < sumBands + 1 || int(data.fbands.size()) < sumBands)
+        return refuse(QString("The recording has %1 frequency bands with a known frequency; "
+                              "sums need at least %2.")
+                          .arg(std::min(data.channels - 1, int(data.fbands.size())))
+                          .arg(sumBands));
+    if (!(data.tresolution > 0) || std::isinf(data.tresolution))
+        return refuse(QString("The passport gives a step of %1 ms (tresolution): delays and "
+                              "frequencies cannot be computed.")
+                          .arg(PulsarText::general(data.tresolution * 1000)));
+    const int last = data.npoints - fixedPoints - 1;
+    if (last < 0)
+        return refuse(QString("The recording has %1 points; sums need more than %2.")
+                          .arg(data.npoints)
+                          .arg(fixedPoints));
+    if (parameters.firstPoint < 0 || parameters.firstPoint > last)
+        return refuse(QString("First point %1 leaves no %2 points before the end of the "
+                              "recording.\nAllowed: 0 to %3; up to %4 every band is summed whole.")
+                          .arg(parameters.firstPoint)
+                          .arg(fixedPoints)
+                          .arg(last)
+                          .arg(lastFullStart(parameters.dispersion)),
+                      "firstPoint");
+    return true;
+}
+
+// Longest delay of a band against the reference, in whole samples; limited to the recording.
+int PulsarCalculate::longestShift(double dispersion) const
+{
+    double longest = 0;
+    for (int band = 0; band < sumBands - 1; ++band)
+        longest = std::max(longest, std::abs(Tools::dispersionDelay(data.fbands[std::size_t(band)],
+                                                                    data.fbands[sumBands - 1],
+                                                                    dispersion, data.tresolution)));
+    return int(std::min(std::ceil(longest), double(data.npoints)));
+}
+
+// Last first point whose sum at this dispersion has every sample of every band.
+int PulsarCalculate::lastFullStart(double dispersion) const
+{
+    const int last = data.npoints - fixedPoints - std::max(1, longestShift(dispersion));
+    return std::max(0, last);
+}
+
+bool PulsarCalculate::acceptDispersion(double dispersion)
+{
+    if (!(dispersion >= 0) || std::isinf(dispersion))
+        return refuse(QString("Dispersion %1 is not possible.\nAllowed: 0 pc/cm^3 and more.")
+                          .arg(PulsarText::general(dispersion)),
+                      "dispersion");
+    largestDispersion = std::max(largestDispersion, dispersion);
+    for (int band = 0; band < sumBands - 1; ++band) {
+        const double delay =
+            Tools::dispersionDelay(data.fbands[std::size_t(band)], data.fbands[sumBands - 1],
+                                   dispersion, data.tresolution);
+        if (!(std::abs(delay) < std::numeric_limits<int>::max()))
+            return refuse(QString("Dispersion %1 delays band %2 (%3 MHz) beyond all bounds.\n"
+                                  "Check the dispersion and the frequencies of the passport.")
+                              .arg(PulsarText::general(dispersion))
+                              .arg(band + 1)
+                              .arg(data.fbands[std::size_t(band)]),
+                          "dispersion");
+    }
+    return true;
+}
+
+bool PulsarCalculate::acceptSpectrum(int length)
+{
+    if (length >= shortestSpectrum)
+        return true;
+    return refuse(QString("Averaging %1 leaves %2 points, too few for a spectrum (at least %3).\n"
+                          "Allowed: 0 to %4, or 0 to %5 with null.")
+                      .arg(parameters.averageCount)
+                      .arg(length)
+                      .arg(shortestSpectrum)
+                      .arg(7)
+                      .arg(8),
+                  "averageCount");
+}
+
+bool PulsarCalculate::acceptHarmonic(int spectrumLength)
+{
+    if (parameters.harmonicNum >= 0 && parameters.harmonicNum < spectrumLength)
+        return true;
+    return refuse(QString("Harmonic number %1 is outside the spectrum.\nAllowed: 0 to %2.")
+                      .arg(parameters.harmonicNum)
+                      .arg(spectrumLength - 1),
+                  "harmonicNum");
+}
+
+// Reports the progress; false when the user wants to stop.
+bool PulsarCalculate::goOn(int percent)
+{
+    emit progress(percent);
+    return !cancelled;
+}
+
+void PulsarCalculate::addCurve(const std::vector<double> &values, const QString &name)
+{
+    outcome.curves.emplace_back(values.begin(), values.end());
+    outcome.visible.push_back(true);
+    outcome.names << name;
+}
+
+// Padding with zeros lengthens the transform but not the sampling step.
+void PulsarCalculate::setSpectrumAxis(int averageCount)
+{
+    const double step = data.tresolution * Tools::averagedStepFactor(averageCount, false);
+    outcome.axis = {PulsarAxis::Kind::Frequency, 0, 1 / (2 * outcome.points * step), 0};
+}
+
+// Subtracts a baseline, and normalises where that is asked for.
+void PulsarCalculate::removeBaseline(std::vector<double> &samples,
+                                     const std::vector<double> &baseline) const
+{
+    const int count = int(samples.size());
+    Tools::deduct(samples.data(), baseline.data(), samples.data(), count);
+    if (parameters.normalise)
+        Tools::normalise(samples.data(), count);
+}
+
+void PulsarCalculate::remarkOnBands()
+{
+    const int bands = data.channels - 1;
+    if (bands > sumBands)
+        outcome.remarks << QString("bands 1-%1 of %2 used").arg(sumBands).arg(bands);
+    if (fewestBands < sumBands)
+        outcome.remarks << QString("The recording ends before the delayed samples of every band: "
+                                   "the sum holds %1 of the %2 bands whole. Up to first point %3 "
+                                   "it holds all of them.")
+                               .arg(fewestBands)
+                               .arg(sumBands)
+                               .arg(lastFullStart(largestDispersion));
+}
+
+// A sum shows every pulse at the time of its arrival in the reference band.
+void PulsarCalculate::remarkOnTimes()
+{
+    outcome.remarks << QString("Times are topocentric, at %1 MHz (band %2).")
+                           .arg(data.fbands[sumBands - 1])
+                           .arg(sumBands);
+}

@@ -1,0 +1,331 @@
+#include "calc/approximation.h"
+#include "calc/channelsum.h"
+#include "calc/dispersionpeak.h"
+#include "calc/fourier.h"
+#include "calc/pulsarcalculate.h"
+#include "calc/pulsartext.h"
+
+#include <algorithm>
+#include <cmath>
+
+// The scans: one harmonic of the sum's spectrum over trial dispersions.
+
+namespace {
+
+constexpr int trials = 201;
+constexpr double smallestTop = 20; // pc/cm^3: a scan reaches at least this far
+constexpr int maxStarts = 8;
+constexpr int movedBands = PulsarCalculate::sumBands - 1;
+
+using Shifts = std::array<int, movedBands>;
+
+// One value of the amplitude spectrum of a series, without the others.
+class HarmonicAmplitude {
+public:
+    // @param used    samples of the series
+    // @param length  of the transform; the samples beyond `used` are zeros
+    HarmonicAmplitude(int used, int length, int harmonic)
+        : cosines(std::size_t(used)), sines(std::size_t(used)), scale(2.0 / length)
+    {
+        for (int i = 0; i < used; ++i) {
+            // The phase is taken modulo whole turns in integers, so that it stays exact.
+            const double turn = double(qint64(i) * harmonic % length) / length;
+            cosines[std::size_t(i)] = std::cos(2 * M_PI * turn);
+            sines[std::size_t(i)] = std::sin(2 * M_PI * turn);
+        }
+    }
+
+    double of(const double *series) const
+    {
+        // Eight sums side by side, so that the additions do not wait for each other.
+        constexpr std::size_t lanes = 8;
+        std::array<double, lanes> re = {};
+        std::array<double, lanes> im = {};
+        for (std::size_t i = 0; i + lanes <= cosines.size(); i += lanes) {
+            for (std::size_t lane = 0; lane < lanes; ++lane) {
+                re[lane] += series[i + lane] * cosines[i + lane];
+                im[lane] += series[i + lane] * sines[i + lane];
+            }
+        }
+        double real = 0;
+        double imaginary = 0;
+        for (std::size_t lane = 0; lane < lanes; ++lane) {
+            real += re[lane];
+            imaginary += im[lane];
+        }
+        return scale * std::hypot(real, imaginary);
+    }
+
+private:
+    std::vector<double> cosines;
+    std::vector<double> sines;
+    double scale;
+};
+
+Shifts shiftsAt(const ObservationData &data, double dispersion)
+{
+    Shifts shifts;
+    for (int band = 0; band < movedBands; ++band)
+        shifts[std::size_t(band)] = Tools::stretchShift(Tools::dispersionDelay(
+            data.fbands[std::size_t(band)], data.fbands[movedBands], dispersion, data.tresolution));
+    return shifts;
+}
+
+// Error of a dispersion whose delays are rounded to whole samples: errors uniform over one
+// sample, seen through the least-squares slope over the bands.
+double roundingError(const ObservationData &data)
+{
+    std::array<double, PulsarCalculate::sumBands> delays = {};
+    double mean = 0;
+    for (std::size_t band = 0; band < delays.size(); ++band) {
+        delays[band] =
+            Tools::dispersionDelay(data.fbands[band], data.fbands[movedBands], 1, data.tresolution);
+        mean += delays[band] / double(delays.size());
+    }
+    double spread = 0;
+    for (const double delay : delays)
+        spread += (delay - mean) * (delay - mean);
+    return std::sqrt(1 / 12.0) / std::sqrt(spread);
+}
+
+} // namespace
+
+struct PulsarCalculate::Scan {
+    std::vector<double> dispersions; // pc/cm^3
+    std::vector<double> values;      // of the harmonic
+    std::vector<double> cubic;       // fit of degree 3
+    Approximation::Extrema extrema;  // of the fit, positions in trials
+    Tools::DispersionPeak peak;
+};
+
+std::vector<double> PulsarCalculate::trialDispersions() const
+{
+    const double top = std::max(2 * parameters.dispersion, smallestTop);
+    std::vector<double> dispersions(trials);
+    for (int i = 0; i < trials; ++i)
+        dispersions[std::size_t(i)] = top * i / (trials - 1);
+    return dispersions;
+}
+
+// False when the user stopped it or, with a refusal, when a sum cannot be computed.
+bool PulsarCalculate::scanDispersions(int firstPoint, int averageCount, int progressFrom,
+                                      int progressTo, Scan &scan)
+{
+    parameters.firstPoint = firstPoint;
+    const int length = Tools::averagedLength(fixedPoints, averageCount, parameters.withNull);
+    const int used = Tools::averagedLength(fixedPoints, averageCount, false);
+    const HarmonicAmplitude amplitude(used, length, parameters.harmonicNum);
+
+    scan.dispersions = trialDispersions();
+    std::vector<double> sum(fixedPoints);
+    std::vector<double> baseline(fixedPoints);
+    std::vector<double> rest;
+    std::vector<double> averaged(fixedPoints);
+    Shifts shifts = {};
+    bool sumIsWhole = false;
+    for (int trial = 0; trial < trials; ++trial) {
+        const double dispersion = scan.dispersions[std::size_t(trial)];
+        const Shifts next = shiftsAt(data, dispersion);
+        if (trial > 0 && next == shifts) {
+            scan.values.push_back(scan.values.back());
+            continue;
+        }
+        const auto inside = [&](int shift) {
+            const qint64 begin = qint64(firstPoint) + shift;
+            return begin >= 0 && begin + fixedPoints <= data.npoints;
+        };
+        // From one trial to the next few bands move by a sample: exchanging those is a
+        // fraction of a new sum. The samples are floats, so that the sums stay as exact.
+        if (sumIsWhole && std::all_of(next.begin(), next.end(), inside)) {
+            for (int band = 0; band < movedBands; ++band) {
+                const int from = shifts[std::size_t(band)];
+                const int to = next[std::size_t(band)];
+                if (from == to)
+                    continue;
+                const float *const oldSamples = bandSamples(band) + firstPoint + from;
+                const float *const newSamples = bandSamples(band) + firstPoint + to;
+                for (std::size_t i = 0; i < sum.size(); ++i)
+                    sum[i] += double(newSamples[i]) - double(oldSamples[i]);
+            }
+        } else {
+            if (!sumChannels(sum.data(), fixedPoints, dispersion, true))
+                return refuse(QString("The channels cannot be summed at dispersion %1.")
+                                  .arg(PulsarText::general(dispersion)));
+            fewestBands = std::min(fewestBands, completeBands);
+            sumIsWhole = std::all_of(next.begin(), next.end(), inside);
+        }
+        shifts = next;
+        if (!noiseBaseline(sum, dispersion, baseline.data()))
+            return refuse("The noise base line cannot be computed.");
+        rest = sum;
+        removeBaseline(rest, baseline);
+        Tools::averagePairs(rest.data(), averaged.data(), fixedPoints, averageCount, false);
+        scan.values.push_back(amplitude.of(averaged.data()));
+        if (!goOn(progressFrom + (progressTo - progressFrom) * trial / trials))
+            return false;
+    }
+
+    scan.cubic.resize(scan.values.size());
+    Approximation fit(scan.values.data(), scan.cubic.data(), trials);
+    if (!fit.polynomial(3, true))
+        return refuse("The approximation by polinom 3 cannot be computed.");
+    scan.extrema = fit.extrema();
+
+    const auto top = std::max_element(scan.values.begin(), scan.values.end());
+    auto spectrum = std::vector<double>(std::size_t(length / 2));
+    if (!getFourierOfSum(spectrum.data(), fixedPoints,
+                         scan.dispersions[std::size_t(top - scan.values.begin())], averageCount,
+                         parameters.withNull))
+        return refuse("The spectrum of the sum cannot be computed.");
+    Tools::HarmonicScale scale;
+    scale.period = length * Tools::averagedStepFactor(averageCount, false) * data.tresolution /
+                   parameters.harmonicNum;
+    scale.bandDelay = std::abs(Tools::dispersionDelay(data.fbands[0], data.fbands[movedBands], 1,
+                                                      data.tresolution)) *
+                      data.tresolution;
+    scale.noise = Tools::noiseScaleAround(spectrum, parameters.harmonicNum);
+    scale.rounding = roundingError(data);
+    scan.peak = Tools::findDispersionPeak(scan.dispersions, scan.values, scale);
+    return true;
+}
+
+QString PulsarCalculate::describeScan(const Scan &scan)
+{
+    const double step = scan.dispersions[1] - scan.dispersions[0];
+    QString text = "Polinom extremums:\n";
+    const auto addExtremum = [&](double position, double value, double other) {
+        if (position > 0 && position < trials - 1)
+            text += QString("disp = %1 value = %2 (%3)\n")
+                        .arg(position * step, 0, 'f', 2)
+                        .arg(PulsarText::general(value), value > other ? "maximum" : "minimum");
+    };
+    const Approximation::Extrema &extrema = scan.extrema;
+    addExtremum(extrema.firstPosition, extrema.firstValue, extrema.secondValue);
+    addExtremum(extrema.secondPosition, extrema.secondValue, extrema.firstValue);
+    if (!extrema.inside)
+        text += "none within the scan\n";
+
+    const auto top = std::max_element(scan.values.begin(), scan.values.end());
+    text += QString("\nMaximum:\ndisp = %1 value = %2\n")
+                .arg(scan.dispersions[std::size_t(top - scan.values.begin())], 0, 'f', 2)
+                .arg(PulsarText::general(*top));
+    if (scan.peak.unconstrained.isEmpty())
+        text += QString("\nDM = %1 pc/cm^3\n")
+                    .arg(PulsarText::withError(scan.peak.dispersion, scan.peak.error));
+    else
+        text += QString("\nHarmonic %1 does not tell the dispersion: %2.\n")
+                    .arg(parameters.harmonicNum)
+                    .arg(scan.peak.unconstrained);
+    return text;
+}
+
+// One curve of several, and what is shown of it alone.
+void PulsarCalculate::addScan(const Scan &scan, const QString &name)
+{
+    addCurve(scan.values, name);
+    PulsarMultiResult single;
+    single.name = name;
+    single.description = name + "\n\n" + describeScan(scan);
+    single.curves.emplace_back(scan.values.begin(), scan.values.end());
+    single.curves.emplace_back(scan.cubic.begin(), scan.cubic.end());
+    single.names << name << "approximation by polinom 3";
+    outcome.multi.push_back(single);
+    outcome.description += single.description + "\n";
+}
+
+bool PulsarCalculate::acceptScan(int averageCount)
+{
+    const int length = Tools::averagedLength(fixedPoints, averageCount, parameters.withNull);
+    const std::vector<double> dispersions = trialDispersions();
+    if (!acceptSelection() || !acceptDispersion(parameters.dispersion) ||
+        !acceptDispersion(dispersions.back()) || !acceptSpectrum(length))
+        return false;
+    if (parameters.harmonicNum < 1 || parameters.harmonicNum >= length / 2)
+        return refuse(QString("Harmonic number %1 cannot be scanned.\nAllowed: 1 to %2.")
+                          .arg(parameters.harmonicNum)
+                          .arg(length / 2 - 1),
+                      "harmonicNum");
+    outcome.points = trials;
+    outcome.axis = {PulsarAxis::Kind::Dispersion, 0, dispersions[1], 0};
+    outcome.description =
+        QString("Harmonic number = %1, period = %2 s\nDispersions = 0 - %3, step = %4\n"
+                "Number of points is fixed - 16384\n")
+            .arg(parameters.harmonicNum)
+            .arg(PulsarText::general(length * Tools::averagedStepFactor(averageCount, false) *
+                                     data.tresolution / parameters.harmonicNum),
+                 PulsarText::general(dispersions.back()), PulsarText::general(dispersions[1]));
+    return true;
+}
+
+bool PulsarCalculate::sumAllDispersions()
+{
+    if (!acceptScan(parameters.averageCount))
+        return false;
+    deleteStepsForSums(largestDispersion);
+    Scan scan;
+    if (!scanDispersions(parameters.firstPoint, parameters.averageCount, 0, 100, scan))
+        return false;
+    addCurve(scan.values, QString("value of harmonic %1").arg(parameters.harmonicNum));
+    addCurve(scan.cubic, "approximation by polinom 3");
+    outcome.description += "\n" + describeScan(scan);
+    markSteps();
+    remarkOnBands();
+    return true;
+}
+
+bool PulsarCalculate::sumMultiDispersions()
+{
+    // Averaging does not move a harmonic; it only shortens the spectrum.
+    if (!acceptScan(parameters.averageCount))
+        return false;
+    deleteStepsForSums(largestDispersion);
+    outcome.description += "\nChange: averages (see colors)\n\n";
+    const int curves = parameters.averageCount + 1;
+    for (int n = 0; n < curves; ++n) {
+        Scan scan;
+        if (!scanDispersions(parameters.firstPoint, n, 100 * n / curves, 100 * (n + 1) / curves,
+                             scan))
+            return false;
+        addScan(scan, QString("averaging number %1").arg(n));
+    }
+    markSteps();
+    remarkOnBands();
+    return true;
+}
+
+bool PulsarCalculate::sumTimeDispersions()
+{
+    if (!acceptScan(parameters.averageCount))
+        return false;
+    const int delta = parameters.startDelta > 0
+                          ? int(std::min(std::round(parameters.startDelta), double(data.npoints)))
+                          : data.npoints / 16;
+    if (parameters.startDelta < 0 || delta < 1)
+        return refuse("The delta between the first points must be one point or more, or be left "
+                      "empty for a sixteenth of the recording.",
+                      "firstPointDelta");
+    std::vector<int> starts;
+    for (qint64 start = parameters.firstPoint;
+         start + fixedPoints < data.npoints && int(starts.size()) < maxStarts; start += delta)
+        starts.push_back(int(start));
+
+    const int reach = longestShift(largestDispersion);
+    const qint64 end = qint64(starts.back()) + fixedPoints + reach;
+    deleteSteps(std::max(0, starts.front() - reach), int(std::min<qint64>(end, data.npoints)), 0,
+                sumBands);
+    outcome.description +=
+        QString("Delta = %1 points, %2 s\n\nChange: first point (see colors)\n\n")
+            .arg(delta)
+            .arg(PulsarText::general(delta * data.tresolution));
+    const int curves = int(starts.size());
+    for (int k = 0; k < curves; ++k) {
+        Scan scan;
+        if (!scanDispersions(starts[std::size_t(k)], parameters.averageCount, 100 * k / curves,
+                             100 * (k + 1) / curves, scan))
+            return false;
+        addScan(scan, QString("first point %1").arg(starts[std::size_t(k)]));
+    }
+    markSteps();
+    remarkOnBands();
+    return true;
+}
