@@ -1,0 +1,35 @@
+#pragma once
+
+#include "plot/plotgeometry.h"
+
+#include <QImage>
+#include <QLine>
+#include <QVector>
+#include <vector>
+
+namespace Plot {
+
+/// The pixels of a curve that has more points than the plot has columns: one vertical run per
+/// column, and the few segments that are not part of one.
+struct ColumnRuns {
+    std::vector<int> top;    ///< first row of the run in column marginLeft + i
+    std::vector<int> bottom; ///< its last row; above `top` where there is no run
+    QVector<QLine> lines;    ///< left to QPainter: at NaN samples and beyond the picture
+};
+
+/// Whether columnRuns() may be used: the plot has an area and more points than columns.
+bool isDense(const View &view);
+
+/// Reduces a curve to runs. Runs and lines together are the pixels that QPainter gives for one
+/// line of a cosmetic or one pixel wide pen per pair of neighbouring points; pairs with a NaN
+/// have none. Samples beyond view.points are not read.
+///
+/// @param view  dense, see above
+ColumnRuns columnRuns(const View &view, const std::vector<float> &curve);
+
+/// Writes the runs, not the lines, into a picture.
+///
+/// @param picture  of the view's size, 32 bits per pixel
+void fillRuns(QImage &picture, const ColumnRuns &runs, QRgb colour);
+
+} // namespace Plot

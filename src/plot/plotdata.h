@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+#include <QVector>
+#include <vector>
+
+/// Everything a plot shows: equally spaced curves against their point index, up to three rows
+/// of texts along the X axis, markers, the vertical range, or a message instead of all that.
+struct PlotData {
+    std::vector<std::vector<float>> graphs;      ///< sample i of a curve stands at X index i
+    std::vector<std::vector<float>> multiGraphs; ///< drawn under graphs; when there are any, the
+                                                 ///< vertical range comes from them alone
+    QVector<QString> colours;  ///< names, one per curve of either set; missing: plotColours()
+    std::vector<bool> visible; ///< one per curve of either set; missing: drawn
+
+    QVector<QString> labelsX1; ///< lowest row, one text per point; empty: the point's number
+    QVector<QString> labelsX2; ///< middle row, one text per point; empty: no row
+    QVector<QString> labelsX3; ///< upper row, one text per point; empty: no row
+    int labelEvery1 = 1;       ///< spacing of the texts, in 150 pixels; below 1 counts as 1
+    int labelEvery2 = 1;
+    int labelEvery3 = 1;
+    std::vector<int> markers; ///< point indices with a vertical line; any marker hides the grid
+
+    int numPoints = 100; ///< X positions across the plot; 0: the length of the longest curve
+    double yMax = 100.0;
+    double yMin = 0.0;
+    int yPrecision = 3; ///< decimals of the Y labels
+    int xOffset = 0;    ///< number, in the recording, of the point at index 0
+
+    QDateTime beginTime;   ///< time of the point at index 0
+    double msPerPoint = 0; ///< milliseconds
+
+    bool messageMode = false; ///< true: the message is shown in place of the curves
+    QString message;
+};
+
+/// Colours of the curves that bring none of their own, in order and then again from the first.
+inline const QVector<QString> &plotColours()
+{
+    static const QVector<QString> colours = {"#0000FF", "#009900", "#FF0000", "#FF8C00", "#9400D3",
+                                             "#00A0B0", "#8B4513", "#FF1493", "#808000", "#606060"};
+    return colours;
+}

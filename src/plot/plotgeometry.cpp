@@ -1,0 +1,285 @@
+#include "plot/plotgeometry.h"
+
+#include "plot/extremes.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Plot {
+
+namespace {
+
+constexpr float rangeFloor = -100000.0F;
+constexpr float rangeCeiling = 100000.0F;
+constexpr double farAway = 1e9; // pixels, with room to spare below the largest int
+constexpr int yLabelSpacing = 50;
+constexpr int xLabelSpacing = 150;
+// A label whose baseline is further than this outside the widget leaves no pixel inside.
+constexpr int labelReach = 20;
+
+int truncated(double pixel)
+{
+    if (std::isnan(pixel))
+        return 0;
+    return int(std::clamp(pixel, -farAway, farAway));
+}
+
+// Widens the range by the finite samples; only blocks with others are looked through one by one.
+void widen(const std::vector<float> &curve, float &min, float &max)
+{
+    constexpr size_t blockSize = 4096;
+    for (size_t begin = 0; begin < curve.size(); begin += blockSize) {
+        const size_t end = std::min(curve.size(), begin + blockSize);
+        const Extremes block = extremes(&curve[begin], end - begin);
+        if (block.finite()) {
+            min = std::min(min, block.low);
+            max = std::max(max, block.high);
+            continue;
+        }
+        for (size_t i = begin; i < end; ++i)
+            if (std::isfinite(curve[i])) {
+                min = std::min(min, curve[i]);
+                max = std::max(max, curve[i]);
+            }
+    }
+}
+
+// The labels and the mouse need a finite range of some extent.
+Range shownRange(double min, double max)
+{
+    constexpr double limit = 1e300; // differences of two such values are still finite
+    min = std::isnan(min) ? 0 : std::clamp(min, -limit, limit);
+    max = std::isnan(max) ? 0 : std::clamp(max, -limit, limit);
+    if (min != max)
+        return {min, max};
+    const double extent = std::max(1.0, std::abs(min) / 1000);
+    return {min - extent, max + extent};
+}
+
+int longestCurve(const PlotData &data)
+{
+    size_t longest = 0;
+    for (const auto *set : {&data.graphs, &data.multiGraphs})
+        for (const auto &curve : *set)
+            longest = std::max(longest, curve.size());
+    return int(longest);
+}
+
+double heightOfValue(const View &view, double value)
+{
+    return marginBottom + (value - view.y.min) * view.plotHeight() / (view.y.max - view.y.min);
+}
+
+double valueAtHeight(const View &view, double height)
+{
+    return (height - marginBottom) * (view.y.max - view.y.min) / view.plotHeight() + view.y.min;
+}
+
+Label yLabel(const View &view, double height, int precision)
+{
+    QString text = QString::number(valueAtHeight(view, height), 'f', std::clamp(precision, 0, 20));
+    // Longer texts keep their sign: it says on which side of zero the value lies.
+    if (text == "-0" || text == "-0.0" || text == "-0.00")
+        text = "0";
+    return {QPoint(14, view.height - int(std::lround(height)) + 4), text};
+}
+
+int indexAtOffset(const View &view, int offset)
+{
+    return truncated(std::round(offset / view.step()));
+}
+
+// One row whose texts belong to points.
+std::vector<Label> pointLabels(const View &view, const QVector<QString> &texts, int every,
+                               int height)
+{
+    std::vector<Label> labels;
+    if (texts.isEmpty())
+        return labels;
+    for (const int offset : labelOffsets(view, every)) {
+        const int index = indexAtOffset(view, offset);
+        if (index < texts.size())
+            labels.push_back({QPoint(marginLeft + offset, view.height - height), texts[index]});
+    }
+    return labels;
+}
+
+} // namespace
+
+bool isPainted(const QSize &size)
+{
+    return size.width() - 1 > 99 || size.height() - 1 > 99;
+}
+
+Range verticalRange(const PlotData &data)
+{
+    const auto &active = data.multiGraphs.empty() ? data.graphs : data.multiGraphs;
+    if (active.empty())
+        return {0, 0};
+    float min = rangeCeiling;
+    float max = rangeFloor;
+    for (const auto &curve : active)
+        widen(curve, min, max);
+    return {min, max};
+}
+
+View viewOf(const PlotData &data, const QSize &size)
+{
+    View view;
+    view.width = size.width();
+    view.height = size.height();
+    view.points = std::max(1, data.numPoints > 0 ? data.numPoints : longestCurve(data));
+    view.y = shownRange(data.yMin, data.yMax);
+    const auto &first = data.graphs.empty() ? data.multiGraphs : data.graphs;
+    if (!first.empty())
+        view.lastIndex = std::max(0, int(first.front().size()) - 1);
+    return view;
+}
+
+int xPixel(const View &view, int index)
+{
+    return truncated(marginLeft + index * view.step());
+}
+
+int yPixel(const View &view, double value)
+{
+    return truncated(view.height - heightOfValue(view, value));
+}
+
+QPoint wholePixel(const QPointF &position)
+{
+    return {truncated(std::round(position.x())), truncated(std::round(position.y()))};
+}
+
+QPointF dataAt(const View &view, const QPoint &pixel)
+{
+    double x = 0;
+    if (pixel.x() > view.width - marginRight)
+        x = view.lastIndex;
+    else if (pixel.x() >= marginLeft && view.plotWidth() > 0)
+        x = double(pixel.x() - marginLeft) * view.points / view.plotWidth();
+
+    double y = 0;
+    const double height = double(view.height) - pixel.y();
+    if (height >= marginBottom && height <= view.height - marginTop && view.plotHeight() > 0)
+        y = valueAtHeight(view, height);
+    return {x, y};
+}
+
+QPointF dataPerPixel(const View &view)
+{
+    return {double(view.points) / std::max(1, view.plotWidth()),
+            std::abs(view.y.max - view.y.min) / std::max(1, view.plotHeight())};
+}
+
+std::vector<Label> yLabels(const View &view, int precision)
+{
+    std::vector<Label> labels;
+    if (view.plotHeight() <= 0)
+        return labels;
+    const double top = view.height - marginTop;
+    const double zero = view.y.min <= 0 ? heightOfValue(view, 0) : marginBottom;
+
+    double height = zero;
+    const double lowest = -labelReach;
+    if (height < lowest) // a reversed range: go on from the first label in sight
+        height = lowest + yLabelSpacing - std::fmod(lowest - height, yLabelSpacing);
+    while (height <= top) {
+        labels.push_back(yLabel(view, height, precision));
+        height += yLabelSpacing;
+    }
+    if (view.y.min > 0)
+        return labels;
+
+    height = zero - yLabelSpacing;
+    const double highest = view.height + labelReach;
+    if (height > highest) // a narrow range far below 0: the same from above
+        height = highest - yLabelSpacing + std::fmod(height - highest, yLabelSpacing);
+    while (height > marginBottom + 10) {
+        labels.push_back(yLabel(view, height, precision));
+        height -= yLabelSpacing;
+    }
+    return labels;
+}
+
+std::vector<int> labelOffsets(const View &view, int every)
+{
+    std::vector<int> offsets;
+    const qint64 spacing = qint64(std::max(1, every)) * xLabelSpacing;
+    for (qint64 offset = 0; offset < view.plotWidth(); offset += spacing)
+        offsets.push_back(int(offset));
+    return offsets;
+}
+
+std::vector<Label> xLabels1(const View &view, const PlotData &data)
+{
+    if (!data.labelsX1.isEmpty())
+        return pointLabels(view, data.labelsX1, data.labelEvery1, 10);
+    std::vector<Label> labels;
+    for (const int offset : labelOffsets(view, data.labelEvery1))
+        labels.push_back({QPoint(marginLeft + offset, view.height - 15),
+                          QString::number(indexAtOffset(view, offset))});
+    return labels;
+}
+
+std::vector<Label> xLabels2(const View &view, const PlotData &data)
+{
+    auto labels = pointLabels(view, data.labelsX2, data.labelEvery2, 30);
+    for (Label &label : labels)
+        if (label.text.size() > 8 && label.text[2] == ':') // a time, shown to whole seconds
+            label.text.truncate(8);
+    return labels;
+}
+
+std::vector<Label> xLabels3(const View &view, const PlotData &data)
+{
+    return pointLabels(view, data.labelsX3, data.labelEvery3, 45);
+}
+
+QVector<QString> labelsAt(const PlotData &data, double x)
+{
+    const int index = truncated(x);
+    QVector<QString> texts;
+    const auto add = [&](const QVector<QString> &row, int first) {
+        if (!row.isEmpty())
+            texts.append(index >= first && index < row.size() ? row[index] : QString("-"));
+    };
+    add(data.labelsX1, 0);
+    add(data.labelsX2, 0);
+    add(data.labelsX3, 1);
+    return texts;
+}
+
+QString timeText(const PlotData &data, int index)
+{
+    if (!data.beginTime.isValid())
+        return {};
+    const double milliseconds = std::floor(index * data.msPerPoint);
+    constexpr double limit = 1e15; // some 30000 years
+    if (!(std::abs(milliseconds) < limit))
+        return {};
+    return data.beginTime.addMSecs(qint64(milliseconds)).toString("hh:mm:ss");
+}
+
+QString coordinateText(double value, double perPixel)
+{
+    const int decimals = perPixel > 0 ? int(std::ceil(-std::log10(perPixel))) : 0;
+    if (decimals <= 6 && std::abs(value) < 1e7)
+        return QString::number(value, 'f', std::max(0, decimals));
+    const int wholeDigits = value == 0 ? 1 : int(std::floor(std::log10(std::abs(value)))) + 1;
+    return QString::number(value, 'g', std::clamp(wholeDigits + decimals, 1, 12));
+}
+
+QString colourOf(const PlotData &data, int curve)
+{
+    if (curve < data.colours.size())
+        return data.colours[curve];
+    return plotColours()[curve % plotColours().size()];
+}
+
+bool isVisible(const PlotData &data, int curve)
+{
+    return size_t(curve) >= data.visible.size() || data.visible[size_t(curve)];
+}
+
+} // namespace Plot

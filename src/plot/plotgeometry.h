@@ -1,0 +1,103 @@
+#pragma once
+
+#include "plot/plotdata.h"
+
+#include <QPoint>
+#include <QPointF>
+#include <QSize>
+#include <vector>
+
+/// Where things stand in a plot. Pixels are counted from the left upper corner of the widget
+/// unless a name says "height": a height is counted in pixels from the widget's bottom edge.
+namespace Plot {
+
+// Space around the curves, pixels.
+constexpr int marginBottom = 70;
+constexpr int marginTop = 30;
+constexpr int marginLeft = 60;
+constexpr int marginRight = 30;
+
+struct Range {
+    double min = 0;
+    double max = 0;
+};
+
+/// What the conversions between data and pixels depend on.
+struct View {
+    int width = 0;     ///< of the widget, pixels
+    int height = 0;    ///< of the widget, pixels
+    int points = 1;    ///< X positions across the plot, at least 1
+    Range y;           ///< never of zero extent, always finite
+    int lastIndex = 0; ///< last index of the first curve
+
+    int plotWidth() const { return width - marginLeft - marginRight; }
+    int plotHeight() const { return height - marginBottom - marginTop; }
+    /// Pixels from one point to the next.
+    double step() const { return double(plotWidth()) / points; }
+};
+
+/// A text and the left end of its baseline.
+struct Label {
+    QPoint position;
+    QString text;
+};
+
+/// Whether a widget of this size shows anything: it is more than 100 pixels wide or high.
+bool isPainted(const QSize &size);
+
+/// Smallest and largest sample of the active set (multiGraphs, or graphs where there are none).
+/// The largest is at least -100000 and the smallest at most 100000: data that lie wholly beyond
+/// keep that bound on the far side. NaN and infinite samples do not count; both are 0 when there
+/// are no curves.
+Range verticalRange(const PlotData &data);
+
+/// The view of the data in a widget of the given size. numPoints 0 becomes the length of the
+/// longest curve. A range of no extent, as a constant curve has, is widened to both sides by 1
+/// or a thousandth of the value, so that the curve runs through the middle.
+View viewOf(const PlotData &data, const QSize &size);
+
+/// Column of a point: marginLeft + index * step, truncated. Values beyond 1e9 pixels stop there.
+int xPixel(const View &view, int index);
+
+/// Row of a value, truncated. Values beyond 1e9 pixels, infinite ones too, stop there.
+int yPixel(const View &view, double value);
+
+/// Mouse position as a whole pixel, halves away from zero.
+QPoint wholePixel(const QPointF &position);
+
+/// Point index (with fraction) and value at a pixel of the widget. Left of the plot the index is
+/// 0, right of it the last index of the first curve; above and below it the value is 0.
+QPointF dataAt(const View &view, const QPoint &pixel);
+
+/// Point indices and values from one pixel to the next.
+QPointF dataPerPixel(const View &view);
+
+/// Labels of the Y axis, every 50 pixels up and down from the value 0, or up from the lower end
+/// when all is above 0. Those that would lie outside the widget are left out.
+std::vector<Label> yLabels(const View &view, int precision);
+
+/// Distances from the left margin, in pixels, at which a row has its labels.
+std::vector<int> labelOffsets(const View &view, int every);
+
+/// The rows of texts along the X axis, lowest first. Points without a text are left out.
+std::vector<Label> xLabels1(const View &view, const PlotData &data);
+std::vector<Label> xLabels2(const View &view, const PlotData &data);
+std::vector<Label> xLabels3(const View &view, const PlotData &data);
+
+/// Texts of the point at `x`, as dataAt() gives it, from each row that has labels, "-" where the
+/// row has none for that point. The third row reads "-" at index 0.
+QVector<QString> labelsAt(const PlotData &data, double x);
+
+/// Time of a point, "hh:mm:ss"; empty when beginTime is invalid.
+QString timeText(const PlotData &data, int index);
+
+/// A coordinate with the digits that one pixel can tell apart.
+///
+/// @param perPixel  change of the coordinate from one pixel to the next
+QString coordinateText(double value, double perPixel);
+
+/// Colour name and visibility of a curve, from the data or else from the defaults.
+QString colourOf(const PlotData &data, int curve);
+bool isVisible(const PlotData &data, int curve);
+
+} // namespace Plot
