@@ -36,7 +36,7 @@ void paintPlot(benchmark::State &state)
     QImage straight(frameSize, QImage::Format_RGB32);
     TestSupport::paintStraight(data, {}, straight);
     QImage picture(frameSize, QImage::Format_RGB32);
-    for (auto frame : state)
+    while (state.KeepRunning())
         Plot::paintPlot(data, {}, picture);
     if (picture != straight)
         state.SkipWithError("pixels differ from the straight drawing");
@@ -46,7 +46,7 @@ void paintStraight(benchmark::State &state)
 {
     const PlotData data = noisePlot(int(state.range(0)));
     QImage picture(frameSize, QImage::Format_RGB32);
-    for (auto frame : state)
+    while (state.KeepRunning())
         TestSupport::paintStraight(data, {}, picture);
 }
 
@@ -67,7 +67,7 @@ void customPlot(benchmark::State &state, Paint paint)
     plot.graph(0)->setPen(QPen(QColor("#0000FF")));
     plot.graph(0)->setData(x, y, true);
     plot.rescaleAxes();
-    for (auto frame : state)
+    while (state.KeepRunning())
         paint(plot);
 }
 
@@ -87,7 +87,7 @@ void customPlotPixmap(benchmark::State &state)
 void findRange(benchmark::State &state)
 {
     const PlotData data = noisePlot(int(state.range(0)));
-    for (auto run : state)
+    while (state.KeepRunning())
         benchmark::DoNotOptimize(Plot::verticalRange(data));
 }
 

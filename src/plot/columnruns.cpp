@@ -34,7 +34,6 @@ public:
 
     ColumnRuns build()
     {
-        bool previousBroken = false;
         int begin = 0;
         for (int column = 0; column < view.plotWidth() && begin < count; ++column) {
             const int end = firstIndexFrom(view, marginLeft + column + 1, count);
@@ -44,8 +43,7 @@ public:
             else if (end - begin > 1)
                 addRun(column, yPixel(view, found.low), yPixel(view, found.high));
             if (column > 0)
-                addCrossing(column - 1, begin, previousBroken || found.hasNan);
-            previousBroken = found.hasNan;
+                addCrossing(column - 1, begin, found.hasNan);
             begin = end;
         }
         return std::move(runs);
@@ -81,8 +79,9 @@ private:
         }
     }
 
-    // The segment from the last point of a column to the first point, `index`, of the next.
-    void addCrossing(int column, int index, bool broken)
+    // The segment from the last point of a column to the first point, `index`, of the next. It
+    // must not join what the next column leaves apart when that is broken.
+    void addCrossing(int column, int index, bool nextIsBroken)
     {
         const float before = curve[size_t(index) - 1];
         const float after = curve[size_t(index)];
@@ -90,7 +89,7 @@ private:
             return;
         const int from = yPixel(view, before);
         const int to = yPixel(view, after);
-        if (broken || !inPicture(from) || !inPicture(to)) {
+        if (nextIsBroken || !inPicture(from) || !inPicture(to)) {
             const int x = marginLeft + column;
             runs.lines.append(QLine(x, from, x + 1, to));
             return;
@@ -145,7 +144,7 @@ ColumnRuns columnRuns(const View &view, const std::vector<float> &curve)
     return Builder(view, curve).build();
 }
 
-void fillRuns(QImage &picture, const ColumnRuns &runs, QRgb colour)
+void fillRuns(QImage &picture, const ColumnRuns &runs, QRgb colour, const Rows &rows)
 {
     constexpr size_t blockColumns = 64; // few enough to follow a smooth curve closely
     const qsizetype stride = picture.bytesPerLine() / qsizetype(sizeof(QRgb));
@@ -154,9 +153,8 @@ void fillRuns(QImage &picture, const ColumnRuns &runs, QRgb colour)
         const size_t columns = std::min(blockColumns, runs.top.size() - first);
         const int *top = &runs.top[first];
         const int *bottom = &runs.bottom[first];
-        const int firstRow = std::max(0, *std::min_element(top, top + columns));
-        const int lastRow =
-            std::min(picture.height() - 1, *std::max_element(bottom, bottom + columns));
+        const int firstRow = std::max(rows.first, *std::min_element(top, top + columns));
+        const int lastRow = std::min(rows.last, *std::max_element(bottom, bottom + columns));
         fillBlock(pixels + first, stride, top, bottom, int(columns), firstRow, lastRow, colour);
     }
 }

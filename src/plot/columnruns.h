@@ -27,9 +27,16 @@ bool isDense(const View &view);
 /// @param view  dense, see above
 ColumnRuns columnRuns(const View &view, const std::vector<float> &curve);
 
-/// Writes the runs, not the lines, into a picture.
+/// Rows of a picture, the last one included.
+struct Rows {
+    int first;
+    int last;
+};
+
+/// Writes the part of the runs, not of the lines, that lies in the given rows into a picture.
 ///
 /// @param picture  of the view's size, 32 bits per pixel
-void fillRuns(QImage &picture, const ColumnRuns &runs, QRgb colour);
+/// @param rows     within the picture
+void fillRuns(QImage &picture, const ColumnRuns &runs, QRgb colour, const Rows &rows);
 
 } // namespace Plot

@@ -16,15 +16,18 @@ namespace {
 constexpr int gridSpacing = 50; // pixels
 constexpr int tickLength = 6;   // pixels
 
-void paintFrame(QPainter &painter, const QSize &size)
+// White with a black edge.
+void fillGround(QImage &picture, const Rows &rows)
 {
-    const int right = size.width() - 1;
-    const int bottom = size.height() - 1;
-    painter.setPen(QColor("black"));
-    painter.drawLine(0, 0, right, 0);
-    painter.drawLine(0, bottom, right, bottom);
-    painter.drawLine(0, 0, 0, bottom);
-    painter.drawLine(right, 0, right, bottom);
+    const QRgb white = QColor("white").rgb();
+    const QRgb black = QColor("black").rgb();
+    const int width = picture.width();
+    const int lastRow = picture.height() - 1;
+    for (int row = rows.first; row <= rows.last; ++row) {
+        auto *line = reinterpret_cast<QRgb *>(picture.scanLine(row));
+        std::fill_n(line, width, row == 0 || row == lastRow ? black : white);
+        line[0] = line[width - 1] = black;
+    }
 }
 
 QVector<QLine> segments(const View &view, const std::vector<float> &curve)
@@ -42,26 +45,50 @@ QVector<QLine> segments(const View &view, const std::vector<float> &curve)
     return lines;
 }
 
-void paintCurve(QPainter &painter, QImage &picture, const View &view,
-                const std::vector<float> &curve, const QColor &colour)
+struct Curve {
+    const std::vector<float> *samples;
+    QColor colour;
+};
+
+std::vector<Curve> visibleCurves(const PlotData &data, const std::vector<std::vector<float>> &set)
 {
-    painter.setPen(colour);
-    // Where segments overlap a translucent pen darkens, so each has to be drawn.
-    if (!isDense(view) || colour.alpha() != 255) {
-        painter.drawLines(segments(view, curve));
+    std::vector<Curve> curves;
+    for (int i = 0; i < int(set.size()); ++i)
+        if (isVisible(data, i))
+            curves.push_back({&set[size_t(i)], QColor(colourOf(data, i))});
+    return curves;
+}
+
+// Where segments overlap a translucent pen darkens, so there each has to be drawn.
+bool hasRuns(const View &view, const Curve &curve)
+{
+    return isDense(view) && curve.colour.alpha() == 255;
+}
+
+void paintCurve(QPainter &painter, QImage &picture, const View &view, const Curve &curve)
+{
+    painter.setPen(curve.colour);
+    if (!hasRuns(view, curve)) {
+        painter.drawLines(segments(view, *curve.samples));
         return;
     }
-    const ColumnRuns runs = columnRuns(view, curve);
-    fillRuns(picture, runs, colour.rgb());
+    const ColumnRuns runs = columnRuns(view, *curve.samples);
+    fillRuns(picture, runs, curve.colour.rgb(), {0, picture.height() - 1});
     painter.drawLines(runs.lines);
 }
 
-void paintSet(QPainter &painter, QImage &picture, const View &view, const PlotData &data,
-              const std::vector<std::vector<float>> &set)
+// The runs of the first curve follow the ground while its rows are still in the processor's
+// cache: a large picture is bound by the memory, and so passes through it once, not twice.
+QVector<QLine> fillGroundAndRuns(QImage &picture, const View &view, const Curve &curve)
 {
-    for (int curve = 0; curve < int(set.size()); ++curve)
-        if (isVisible(data, curve))
-            paintCurve(painter, picture, view, set[size_t(curve)], QColor(colourOf(data, curve)));
+    constexpr int bandRows = 16;
+    const ColumnRuns runs = columnRuns(view, *curve.samples);
+    for (int first = 0; first < picture.height(); first += bandRows) {
+        const Rows band{first, std::min(first + bandRows, picture.height()) - 1};
+        fillGround(picture, band);
+        fillRuns(picture, runs, curve.colour.rgb(), band);
+    }
+    return runs.lines;
 }
 
 void paintZeroLine(QPainter &painter, const View &view, const char *colour)
@@ -132,18 +159,38 @@ void paintPlot(const PlotData &data, const QRect &selection, QImage &picture)
 
 void paintCurves(const PlotData &data, QImage &picture)
 {
-    picture.fill(QColor("white"));
-    QPainter painter(&picture);
-    paintFrame(painter, picture.size());
-    if (data.messageMode)
+    const Rows allRows{0, picture.height() - 1};
+    if (data.messageMode) {
+        fillGround(picture, allRows);
         return;
-
+    }
     const View view = viewOf(data, picture.size());
+    const std::vector<Curve> lower = visibleCurves(data, data.multiGraphs);
+    const std::vector<Curve> upper = visibleCurves(data, data.graphs);
+
+    const std::vector<Curve> &lowest = lower.empty() ? upper : lower;
+    const bool lowestHasRuns = !lowest.empty() && hasRuns(view, lowest.front());
+    QVector<QLine> lowestLines;
+    if (lowestHasRuns)
+        lowestLines = fillGroundAndRuns(picture, view, lowest.front());
+    else
+        fillGround(picture, allRows);
+
+    QPainter painter(&picture);
+    const auto paintSet = [&](const std::vector<Curve> &curves) {
+        for (const Curve &curve : curves)
+            if (lowestHasRuns && &curve == &lowest.front()) {
+                painter.setPen(curve.colour);
+                painter.drawLines(lowestLines);
+            } else {
+                paintCurve(painter, picture, view, curve);
+            }
+    };
     if (!data.multiGraphs.empty()) {
-        paintSet(painter, picture, view, data, data.multiGraphs);
+        paintSet(lower);
         paintZeroLine(painter, view, "lightGray");
     }
-    paintSet(painter, picture, view, data, data.graphs);
+    paintSet(upper);
     paintZeroLine(painter, view, "black");
 
     painter.setPen(QColor("green"));
@@ -178,7 +225,7 @@ void paintSelection(QPainter &painter, const QRect &selection)
         return;
     painter.setPen(QColor("black"));
     painter.setBrush(QColor(0, 50, 200, 100));
-    painter.drawRect(selection.normalized());
+    painter.drawRect(selection);
 }
 
 } // namespace Plot

@@ -30,8 +30,8 @@ void paintCurves(const PlotData &data, QImage &picture);
 /// @param size  of the plot, in the painter's units
 void paintLabels(QPainter &painter, const PlotData &data, const QSize &size);
 
-/// The translucent rectangle between its corner and the point `size` away from it; a rectangle
-/// without width and height is not drawn.
+/// The translucent rectangle from its left upper corner to the point its size away from there;
+/// one without width and height is not drawn.
 void paintSelection(QPainter &painter, const QRect &selection);
 
 } // namespace Plot

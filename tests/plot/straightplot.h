@@ -46,10 +46,7 @@ inline void drawStraightZero(QPainter &painter, const Plot::View &view, const QC
 /// What Plot::paintPlot() paints, with every curve drawn the plain way.
 inline void paintStraight(const PlotData &data, const QRect &selection, QImage &picture)
 {
-    PlotData bare = data; // ground and frame, without curves
-    bare.graphs.clear();
-    bare.multiGraphs.clear();
-    bare.markers.clear();
+    PlotData bare; // ground and frame alone
     bare.messageMode = true;
     Plot::paintCurves(bare, picture);
 

@@ -81,6 +81,10 @@ private slots:
     void sameAsStraight_data();
     void sameAsStraight();
     void everyStepBetweenColumns();
+    void layers();
+    void zeroLines();
+    void labelOnTranslucentBox();
+    void messageAlone();
 };
 
 void TestPlotPainter::sameAsStraight_data()
@@ -89,7 +93,7 @@ void TestPlotPainter::sameAsStraight_data()
     QTest::addColumn<QSize>("size");
 
     const QSize usual(640, 400);
-    for (const int count : {2, 100, 549, 550, 551, 552, 800, 1099, 1101, 3001, 16384, 70001})
+    for (const int count : {2, 100, 300, 549, 550, 551, 552, 800, 1099, 1101, 3001, 16384, 70001})
         QTest::addRow("noise of %d points", count)
             << dataOf({noise(count, unsigned(count))}, count, -100, 100) << usual;
     for (const QSize &size : {QSize(101, 101), QSize(101, 50), QSize(91, 400), QSize(80, 400),
@@ -130,7 +134,7 @@ void TestPlotPainter::sameAsStraight_data()
     QTest::newRow("infinite range")
         << dataOf({samples}, 5000, -double(infinity), double(infinity)) << usual;
 
-    PlotData sets = dataOf({noise(2000, 5), noise(900, 6), {}}, 2000, -100, 100);
+    PlotData sets = dataOf({noise(2000, 5), noise(900, 6), noise(2000, 11)}, 2000, -100, 100);
     sets.multiGraphs = {noise(2000, 7), noise(2000, 8), noise(1, 9), noise(500, 10)};
     sets.visible = {true, false};
     sets.colours = {"red", "no such colour", "#80FF0000"};
@@ -142,7 +146,7 @@ void TestPlotPainter::sameAsStraight()
 {
     QFETCH(PlotData, data);
     QFETCH(QSize, size);
-    const QRect selection(100, 120, -30, 40);
+    const QRect selection(100, 120, 30, 40);
     QImage straight = emptyPicture(size);
     TestSupport::paintStraight(data, selection, straight);
     QCOMPARE(difference(painted(data, size, selection), straight), QString());
@@ -167,9 +171,116 @@ void TestPlotPainter::everyStepBetweenColumns()
         fast.fill(Qt::white);
         const Plot::ColumnRuns runs = Plot::columnRuns(view, curve);
         QVERIFY(runs.lines.isEmpty());
-        Plot::fillRuns(fast, runs, qRgb(0, 0, 255));
+        Plot::fillRuns(fast, runs, qRgb(0, 0, 255), {0, size.height() - 1});
         QCOMPARE(difference(fast, straight), QString());
     }
+}
+
+// One pixel of each thing and of what lies over it, in a plot of 600 x 300 pixels.
+void TestPlotPainter::layers()
+{
+    const QSize size(690, 400);
+    PlotData data = dataOf({{50, 50, 50, 50}, {25, 25}}, 4, 0, 100); // 150 pixels a point
+    const QRgb white = qRgb(255, 255, 255);
+    const QRgb black = qRgb(0, 0, 0);
+    const QRgb grid = qRgb(238, 238, 238);
+    QImage picture = painted(data, size, QRect(500, 300, 50, 50));
+    for (const QPoint &frame :
+         {QPoint(0, 0), QPoint(689, 399), QPoint(345, 0), QPoint(0, 200), QPoint(689, 200)})
+        QCOMPARE(picture.pixel(frame), black);
+    QCOMPARE(picture.pixel(1, 1), white);
+    QCOMPARE(picture.pixel(61, 180), qRgb(0, 0, 255));  // 50 of 100
+    QCOMPARE(picture.pixel(509, 180), qRgb(0, 0, 255)); // up to the last point
+    QCOMPARE(picture.pixel(511, 180), white);
+    QCOMPARE(picture.pixel(61, 255), qRgb(0, 0x99, 0)); // 25 of 100
+    QCOMPARE(picture.pixel(211, 255), white);
+    QCOMPARE(picture.pixel(110, 180), grid); // over the curves
+    QCOMPARE(picture.pixel(110, 30), grid);
+    QCOMPARE(picture.pixel(110, 330), grid);
+    QCOMPARE(picture.pixel(110, 29), white);
+    QCOMPARE(picture.pixel(110, 331), white);
+    for (const int tick : {60, 210, 360, 510}) {
+        QCOMPARE(picture.pixel(tick, 5), black);
+        QCOMPARE(picture.pixel(tick, 6), white);
+        QCOMPARE(picture.pixel(tick, 394), black);
+        QCOMPARE(picture.pixel(tick, 393), white);
+    }
+    QCOMPARE(picture.pixel(500, 300), black); // outline through both corners
+    QCOMPARE(picture.pixel(550, 350), black);
+    QCOMPARE(picture.pixel(551, 351), white);
+    const QColor inside = picture.pixelColor(520, 345); // 100 / 255 of (0, 50, 200)
+    QVERIFY(std::abs(inside.red() - 155) <= 1 && std::abs(inside.green() - 175) <= 1 &&
+            std::abs(inside.blue() - 233) <= 1);
+
+    data.markers = {1};
+    picture = painted(data, size);
+    QCOMPARE(picture.pixel(210, 30), qRgb(0, 128, 0));
+    QCOMPARE(picture.pixel(210, 330), qRgb(0, 128, 0));
+    QCOMPARE(picture.pixel(210, 29), white);
+    QCOMPARE(picture.pixel(210, 331), white);
+    QCOMPARE(picture.pixel(110, 100), white); // no grid
+}
+
+void TestPlotPainter::zeroLines()
+{
+    const QSize size(690, 400);
+    PlotData data = dataOf({}, 4, -100, 200); // one pixel per unit, 150 per point
+    data.multiGraphs = {{0, 0, 0, 0}};
+    data.graphs = {{}, {0, 0, -100}};
+    // black lies on top of both sets
+    for (const int x : {61, 300, 509})
+        QCOMPARE(painted(data, size).pixel(x, 230), qRgb(0, 0, 0));
+    QCOMPARE(painted(data, size).pixel(511, 230), qRgb(255, 255, 255));
+    data.yMin = 0;
+    QCOMPARE(painted(data, size).pixel(61, 330), qRgb(0, 0, 0));
+    data.yMin = 0.001;
+    QCOMPARE(painted(data, size).pixel(61, 330), qRgb(0, 0x99, 0)); // graphs over multiGraphs
+}
+
+void TestPlotPainter::labelOnTranslucentBox()
+{
+    const QSize size(690, 400);
+    PlotData data = dataOf({}, 4, 1, 2);
+    data.markers = {0, 1}; // lines at 60 and 210, from the text row upwards
+    data.labelsX3 = {"", "i"};
+    QImage ground(size, QImage::Format_RGB32);
+    ground.fill(Qt::black);
+    QPainter painter(&ground);
+    Plot::paintLabels(painter, data, size);
+    painter.end();
+    // baseline at 355: rows 344 to 355, from column 210 on
+    const QRgb box = qRgb(200, 200, 200);
+    QCOMPARE(ground.pixel(210, 344), box);
+    QCOMPARE(ground.pixel(210, 355), box);
+    QCOMPARE(ground.pixel(210, 343), qRgb(0, 0, 0));
+    QCOMPARE(ground.pixel(210, 356), qRgb(0, 0, 0));
+    QCOMPARE(ground.pixel(209, 350), qRgb(0, 0, 0));
+    QCOMPARE(ground.pixel(60, 350), qRgb(0, 0, 0)); // no box for no text
+}
+
+void TestPlotPainter::messageAlone()
+{
+    const QSize size(690, 400);
+    PlotData data = dataOf({noise(5000, 1)}, 5000, -100, 100);
+    data.messageMode = true;
+    const QRect selection(100, 120, 30, 40);
+    PlotData empty;
+    empty.messageMode = true;
+    QCOMPARE(painted(data, size, selection), painted(empty, size));
+    const QImage blank = painted(data, size);
+    for (int y = 1; y < 399; ++y)
+        for (int x = 1; x < 689; ++x)
+            QCOMPARE(blank.pixel(x, y), qRgb(255, 255, 255));
+
+    data.message = "Message";
+    const QImage picture = painted(data, size);
+    QRect changed;
+    for (int y = 0; y < 400; ++y)
+        for (int x = 0; x < 690; ++x)
+            if (picture.pixel(x, y) != blank.pixel(x, y))
+                changed |= QRect(x, y, 1, 1);
+    QVERIFY(changed.left() >= 30 && changed.left() <= 33);
+    QVERIFY(changed.top() >= 44 && changed.bottom() >= 59 && changed.bottom() <= 65);
 }
 
 ZRT_GUI_TEST_MAIN(TestPlotPainter)
