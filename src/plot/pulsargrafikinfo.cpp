@@ -1,0 +1,178 @@
+#include "plot/pulsargrafikinfo.h"
+
+#include "plot/plotgeometry.h"
+#include "plot/pulsargrafik.h"
+#include "ui_pulsargrafikinfo.h"
+
+#include <QAbstractItemView>
+#include <QKeyEvent>
+#include <QScrollBar>
+#include <cmath>
+
+namespace {
+
+constexpr int coordsLines = 4; // index and value, and one for each row of labels
+
+} // namespace
+
+PulsarGrafikInfo::PulsarGrafikInfo(PulsarGrafik *grafik, QWidget *parent)
+    : QWidget(parent), ui(std::make_unique<Ui::PulsarGrafikInfo>()), plot(grafik)
+{
+    ui->setupUi(this);
+    reserveCoordsHeight();
+
+    connect(ui->changePointsButton, &QPushButton::clicked, this, &PulsarGrafikInfo::changePoints);
+    connect(ui->resetPointsButton, &QPushButton::clicked, this, &PulsarGrafikInfo::resetPoints);
+    connect(ui->redrawMaxSigmaButton, &QPushButton::clicked, this,
+            [this] { emit changeMaxSigma(maxSigma()); });
+    connect(ui->changeDispersionsButton, &QPushButton::clicked, this,
+            &PulsarGrafikInfo::readDispersions);
+    connect(ui->showOneButton, &QPushButton::clicked, this,
+            [this] { emit showMultiResult(ui->multiResult->currentIndex()); });
+    connect(ui->showAllButton, &QPushButton::clicked, this, &PulsarGrafikInfo::returnMultiGrafiks);
+    if (plot != nullptr)
+        connect(plot, &PulsarGrafik::coordsChanged, this, &PulsarGrafikInfo::setCoords);
+}
+
+PulsarGrafikInfo::~PulsarGrafikInfo() = default;
+
+int PulsarGrafikInfo::maxSigma() const
+{
+    return ui->maxSigma->value();
+}
+
+void PulsarGrafikInfo::setPoints(int points)
+{
+    ui->points->setValue(points);
+}
+
+void PulsarGrafikInfo::setDispersions(const std::array<double, 4> &dispersions)
+{
+    const auto fields = dispersionFields();
+    for (size_t i = 0; i < fields.size(); ++i) {
+        fields[i]->setText(QString::number(dispersions[i], 'g', QLocale::FloatingPointShortest));
+        fields[i]->setStyleSheet(QString());
+    }
+}
+
+void PulsarGrafikInfo::setMultiResults(const QVector<QString> &names)
+{
+    ui->multiResult->clear();
+    for (const QString &name : names)
+        ui->multiResult->addItem(name);
+    // the list shows whole names though the field is narrow
+    QAbstractItemView *list = ui->multiResult->view();
+    list->setMinimumWidth(list->sizeHintForColumn(0));
+    ui->groupBox_multiResults->setVisible(!names.isEmpty());
+}
+
+void PulsarGrafikInfo::setTexts(const QString &calculation, const QString &grafik)
+{
+    ui->texts->setPlainText("Calculation:\n" + calculation + "\n\nGrafik:\n\n" + grafik);
+}
+
+void PulsarGrafikInfo::setFourierControls(bool enabled)
+{
+    ui->groupBox_fourier->setEnabled(enabled);
+}
+
+void PulsarGrafikInfo::setDispersionControls(bool enabled)
+{
+    ui->groupBox_dispersions->setEnabled(enabled);
+}
+
+// Wide enough for the controls beside a scroll bar: the panel scrolls down, never sideways.
+QSize PulsarGrafikInfo::sizeHint() const
+{
+    return {minimumSizeHint().width(), ui->contents->sizeHint().height()};
+}
+
+QSize PulsarGrafikInfo::minimumSizeHint() const
+{
+    const int width = ui->contents->minimumSizeHint().width() +
+                      ui->scrollArea->verticalScrollBar()->sizeHint().width();
+    return {width, QWidget::minimumSizeHint().height()};
+}
+
+void PulsarGrafikInfo::changePoints()
+{
+    emit pointsRequested(ui->points->value());
+}
+
+void PulsarGrafikInfo::resetPoints()
+{
+    emit pointsRequested(0);
+}
+
+void PulsarGrafikInfo::setCoords(QPointF coords, const QVector<QString> &labels)
+{
+    // Where a pixel holds several points the index is shown as it selects the labels, truncated.
+    const QPointF perPixel = plot != nullptr ? plot->dataPerPixel() : QPointF(1, 1);
+    const double x = perPixel.x() < 1 ? coords.x() : std::trunc(coords.x());
+    QString text = QString("X: %1   Y: %2\n")
+                       .arg(Plot::coordinateText(x, perPixel.x()),
+                            Plot::coordinateText(coords.y(), perPixel.y()));
+    for (const QString &label : labels)
+        text += label + "\n";
+    text.chop(1);
+    ui->coords->setText(text);
+}
+
+void PulsarGrafikInfo::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter) {
+        QWidget::keyPressEvent(event);
+        return;
+    }
+    if (auto *button = qobject_cast<QPushButton *>(focusWidget())) {
+        button->click();
+        return;
+    }
+    const std::pair<QWidget *, QPushButton *> buttonOfGroup[] = {
+        {ui->groupBox_points, ui->changePointsButton},
+        {ui->groupBox_fourier, ui->redrawMaxSigmaButton},
+        {ui->groupBox_dispersions, ui->changeDispersionsButton},
+        {ui->groupBox_multiResults, ui->showOneButton},
+    };
+    for (const auto &[group, button] : buttonOfGroup)
+        if (group->isAncestorOf(focusWidget()))
+            button->click();
+}
+
+void PulsarGrafikInfo::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        reserveCoordsHeight();
+}
+
+std::array<QLineEdit *, 4> PulsarGrafikInfo::dispersionFields() const
+{
+    return {ui->dispersion1, ui->dispersion2, ui->dispersion3, ui->dispersion4};
+}
+
+void PulsarGrafikInfo::readDispersions()
+{
+    QVector<double> dispersions;
+    QLineEdit *firstBad = nullptr;
+    for (QLineEdit *field : dispersionFields()) {
+        bool isNumber = false;
+        const double dispersion = field->text().trimmed().toDouble(&isNumber);
+        isNumber = isNumber && std::isfinite(dispersion);
+        field->setStyleSheet(isNumber ? QString() : QString("background-color: #f4cccc;"));
+        if (!isNumber && firstBad == nullptr)
+            firstBad = field;
+        dispersions.append(dispersion);
+    }
+    if (firstBad != nullptr)
+        firstBad->setFocus();
+    else
+        emit changeDispersions(dispersions);
+}
+
+// The text grows and shrinks under the moving pointer; what stands below must not.
+void PulsarGrafikInfo::reserveCoordsHeight()
+{
+    const QString lines = QString("X\n").repeated(coordsLines - 1) + "X";
+    ui->coords->setMinimumHeight(ui->coords->fontMetrics().size(0, lines).height());
+}
