@@ -35,10 +35,25 @@ struct PlotData {
     QString message;
 };
 
+/// A colour and what a legend calls it.
+struct PlotColour {
+    QString code;
+    QString name;
+};
+
 /// Colours of the curves that bring none of their own, in order and then again from the first.
-inline const QVector<QString> &plotColours()
+inline const QVector<PlotColour> &plotColours()
 {
-    static const QVector<QString> colours = {"#0000FF", "#009900", "#FF0000", "#FF8C00", "#9400D3",
-                                             "#00A0B0", "#8B4513", "#FF1493", "#808000", "#606060"};
+    static const QVector<PlotColour> colours = {{"#0000FF", "blue"},   {"#009900", "green"},
+                                                {"#FF0000", "red"},    {"#FF8C00", "orange"},
+                                                {"#9400D3", "violet"}, {"#00A0B0", "turquoise"},
+                                                {"#8B4513", "brown"},  {"#FF1493", "pink"},
+                                                {"#808000", "olive"},  {"#606060", "grey"}};
     return colours;
+}
+
+/// The colour of the curve at that index.
+inline const PlotColour &plotColour(int index)
+{
+    return plotColours()[index % plotColours().size()];
 }

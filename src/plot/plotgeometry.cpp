@@ -274,7 +274,7 @@ QString colourOf(const PlotData &data, int curve)
 {
     if (curve < data.colours.size())
         return data.colours[curve];
-    return plotColours()[curve % plotColours().size()];
+    return plotColour(curve).code;
 }
 
 bool isVisible(const PlotData &data, int curve)

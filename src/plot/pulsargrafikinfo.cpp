@@ -6,7 +6,6 @@
 
 #include <QAbstractItemView>
 #include <QKeyEvent>
-#include <QScrollBar>
 #include <cmath>
 
 namespace {
@@ -79,19 +78,6 @@ void PulsarGrafikInfo::setFourierControls(bool enabled)
 void PulsarGrafikInfo::setDispersionControls(bool enabled)
 {
     ui->groupBox_dispersions->setEnabled(enabled);
-}
-
-// Wide enough for the controls beside a scroll bar: the panel scrolls down, never sideways.
-QSize PulsarGrafikInfo::sizeHint() const
-{
-    return {minimumSizeHint().width(), ui->contents->sizeHint().height()};
-}
-
-QSize PulsarGrafikInfo::minimumSizeHint() const
-{
-    const int width = ui->contents->minimumSizeHint().width() +
-                      ui->scrollArea->verticalScrollBar()->sizeHint().width();
-    return {width, QWidget::minimumSizeHint().height()};
 }
 
 void PulsarGrafikInfo::changePoints()

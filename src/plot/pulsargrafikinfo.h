@@ -39,9 +39,6 @@ public:
     void setFourierControls(bool enabled);
     void setDispersionControls(bool enabled);
 
-    QSize sizeHint() const override;
-    QSize minimumSizeHint() const override;
-
 signals:
     /// Redraw with this threshold, in sigmas.
     void changeMaxSigma(int sigma);
