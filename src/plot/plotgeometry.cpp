@@ -72,7 +72,11 @@ double heightOfValue(const View &view, double value)
 
 double valueAtHeight(const View &view, double height)
 {
-    return (height - marginBottom) * (view.y.max - view.y.min) / view.plotHeight() + view.y.min;
+    const double extent = view.y.max - view.y.min;
+    const double value = (height - marginBottom) * extent / view.plotHeight() + view.y.min;
+    // At the height of 0 rounding may leave a trace, which would be shown as "-0.000".
+    constexpr double trace = 1e-12;
+    return std::abs(value) < trace * std::abs(extent) ? 0 : value;
 }
 
 Label yLabel(const View &view, double height, int precision)

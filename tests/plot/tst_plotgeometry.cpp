@@ -63,6 +63,7 @@ private slots:
     void wholePixels();
     void yLabels_data();
     void yLabels();
+    void labelOfZeroHasNoSign();
     void yLabelsStayFewInNarrowRanges_data();
     void yLabelsStayFewInNarrowRanges();
     void xLabels();
@@ -258,6 +259,14 @@ void TestPlotGeometry::yLabels()
     QFETCH(PlotData, data);
     QFETCH(int, precision);
     QTEST(described(Plot::yLabels(Plot::viewOf(data, usualSize), precision)), "labels");
+}
+
+void TestPlotGeometry::labelOfZeroHasNoSign()
+{
+    for (int i = 1; i < 100; ++i) {
+        const auto labels = Plot::yLabels(Plot::viewOf(ranged(-0.01 * i, 0.7), usualSize), 3);
+        QCOMPARE(labels.front().text, QString("0.000"));
+    }
 }
 
 void TestPlotGeometry::yLabelsStayFewInNarrowRanges_data()
