@@ -5,17 +5,41 @@
 #include <QApplication>
 #include <QKeyEvent>
 
+namespace {
+
+bool isInput(QEvent::Type type)
+{
+    switch (type) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::Wheel:
+    case QEvent::KeyPress:
+    case QEvent::KeyRelease:
+    case QEvent::ShortcutOverride:
+    case QEvent::Shortcut:
+    case QEvent::Drop:
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
 BusyGuard::BusyGuard()
     : window(Settings::instance()->ui().centralwidget->window()),
       menubar(Settings::instance()->ui().menubar)
 {
     menubar->setEnabled(false);
+    QApplication::setOverrideCursor(Qt::BusyCursor);
     qApp->installEventFilter(this);
 }
 
 BusyGuard::~BusyGuard()
 {
     qApp->removeEventFilter(this);
+    QApplication::restoreOverrideCursor();
     if (menubar)
         menubar->setEnabled(true);
     if (closeWanted && window)
@@ -34,9 +58,7 @@ bool BusyGuard::eventFilter(QObject *watched, QEvent *event)
         return true;
     }
     if (event->type() == QEvent::KeyPress &&
-        static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
+        static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape)
         emit cancelRequested();
-        return true;
-    }
-    return false;
+    return isInput(event->type());
 }

@@ -1,0 +1,89 @@
+#include "app/mainwindow.h"
+#include "app/settings.h"
+#include "forms/pulsar/pulsarform.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QGroupBox>
+#include <QRadioButton>
+#include <QSettings>
+#include <QSpinBox>
+#include <QTemporaryDir>
+#include <QTextStream>
+
+// Pictures of the workbench for a machine without a display: opens the pulsar form on a
+// recording, runs each action that is built, and saves the window after each.
+
+namespace {
+
+constexpr QSize windowSize(1280, 800);
+
+QTextStream &errors()
+{
+    static QTextStream stream(stderr);
+    return stream;
+}
+
+bool savePicture(QWidget &window, const QString &path)
+{
+    QApplication::processEvents();
+    if (window.grab().save(path)) {
+        QTextStream(stdout) << path << "\n";
+        return true;
+    }
+    errors() << "Cannot write " << path << ".\n";
+    return false;
+}
+
+bool pictureEachAction(MainWindow &window, PulsarForm &form, const QDir &folder)
+{
+    // A harmonic high enough to tell the dispersion of the demonstration's pulsar.
+    form.findChild<QSpinBox *>("harmonicNum")->setValue(1080);
+    form.findChild<QSpinBox *>("averageCount")->setValue(1);
+    const QGroupBox *const actions = form.findChild<QGroupBox *>("groupBox_action");
+    for (QRadioButton *action : actions->findChildren<QRadioButton *>()) {
+        if (!action->isEnabled())
+            continue;
+        action->click();
+        if (!savePicture(window, folder.filePath("pulsar-" + action->objectName() + ".png")))
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    // The pictures neither read nor change the user's own settings.
+    const QTemporaryDir settings;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
+    QApplication application(argc, argv);
+    const QStringList arguments = QApplication::arguments();
+    if (arguments.size() != 3) {
+        errors() << "Usage: zrt-demo RECORDING FOLDER\n"
+                    "Saves pictures of the pulsar form on the recording into the folder.\n";
+        return 64;
+    }
+    if (!QFile::exists(arguments[1])) {
+        errors() << "No recording " << arguments[1] << ".\n";
+        return 66;
+    }
+    const QDir folder(arguments[2]);
+    if (!folder.mkpath(".")) {
+        errors() << "Cannot make the folder " << arguments[2] << ".\n";
+        return 73;
+    }
+
+    QFile styles(":/styles/styles.qss");
+    if (styles.open(QIODevice::ReadOnly))
+        application.setStyleSheet(QString::fromUtf8(styles.readAll()));
+    MainWindow window;
+    window.setWindowTitle("ZRT-Analytics-2");
+    window.resize(windowSize);
+    window.show();
+    auto *const form = new PulsarForm(arguments[1], &window);
+    return pictureEachAction(window, *form, folder) ? 0 : 74;
+}

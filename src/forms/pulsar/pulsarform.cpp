@@ -1,0 +1,368 @@
+#include "forms/pulsar/pulsarform.h"
+
+#include "app/busyguard.h"
+#include "app/centralwidget.h"
+#include "app/errorbox.h"
+#include "app/settings.h"
+#include "data/reader.h"
+#include "forms/pulsar/pulsartexts.h"
+#include "plot/plotgeometry.h"
+#include "plot/pulsargrafik.h"
+#include "plot/pulsargrafikinfo.h"
+#include "ui_pulsarform.h"
+
+#include <QKeyEvent>
+#include <QProgressBar>
+#include <QScopedValueRollback>
+#include <algorithm>
+
+namespace {
+
+constexpr char failingStyle[] = "background-color: #f4cccc;";
+
+QString checkedButton(const QWidget *group)
+{
+    const QList<QRadioButton *> buttons = group->findChildren<QRadioButton *>();
+    for (const QRadioButton *button : buttons) {
+        if (button->isChecked())
+            return button->objectName();
+    }
+    return {};
+}
+
+// Actions that work on as many points as are wanted.
+bool takesPoints(const QString &action)
+{
+    return action == "showNative" || action == "sumPeriod";
+}
+
+// Noise methods by the names of their buttons.
+const QMap<QString, QString> noiseMethods = {
+    {"noisePolinom5", "polinom5"},
+    {"noiseMedian", "median"},
+    {"noiseBack", "backSum"},
+    {"noiseWithout", "without"},
+};
+
+} // namespace
+
+PulsarForm::PulsarForm(const QString &path, QWidget *parent)
+    : QWidget(parent), ui(new Ui::PulsarForm)
+{
+    ui->setupUi(this);
+    ui->filePath->setText(PulsarTexts::fileLabel(path));
+    emptyCentralWidget();
+    progressBar = Settings::instance()->progressBar();
+    if (!readRecording(path)) {
+        deleteLater();
+        return;
+    }
+    grafik = new PulsarGrafik(this);
+    info = new PulsarGrafikInfo(grafik, this);
+    grafik->setObjectName("grafik");
+    info->setObjectName("info");
+    grafik->showMessage("Choose an action");
+    fillCentralWidget(this, grafik, info);
+    connectInputs();
+    ui->sumChannelsAndFourier->setFocus();
+}
+
+PulsarForm::~PulsarForm() = default;
+
+// False, after a box unless the user stopped it, when the form cannot work on the file.
+bool PulsarForm::readRecording(const QString &path)
+{
+    Reader reader;
+    {
+        BusyGuard guard;
+        connect(&reader, &Reader::progress, progressBar, &QProgressBar::setValue);
+        connect(&guard, &BusyGuard::cancelRequested, &reader, &Reader::cancel);
+        progressBar->setValue(0);
+        progressBar->show();
+        data = Reader::readDataFile(&reader, path, false);
+        progressBar->hide();
+    }
+    if (reader.outcome() == ReadOutcome::Cancelled)
+        return false;
+    if (data.npoints < 1 || data.samples == nullptr) {
+        showError(parentWidget(), "Bad file!\nFile without data", reader.reason());
+        return false;
+    }
+    if (data.npoints < shortestRecording) {
+        showError(parentWidget(), "Bad file!\nFile with short data, must be long data",
+                  QString("%1 has %2 points; this form needs at least %3.")
+                      .arg(path)
+                      .arg(data.npoints)
+                      .arg(shortestRecording));
+        return false;
+    }
+    return true;
+}
+
+void PulsarForm::connectInputs()
+{
+    QList<QAbstractButton *> buttons = {ui->isFirstPoint, ui->isZrtUtc, ui->withNormalization,
+                                        ui->showDeductNoise, ui->pushButton};
+    for (const QGroupBox *group : {ui->groupBox_action, ui->groupBox_method})
+        for (QRadioButton *button : group->findChildren<QRadioButton *>())
+            buttons << button;
+    for (const QAbstractButton *button : std::as_const(buttons))
+        connect(button, &QAbstractButton::clicked, this, &PulsarForm::redraw);
+
+    connect(info, &PulsarGrafikInfo::changeMaxSigma, this, &PulsarForm::redraw);
+    connect(info, &PulsarGrafikInfo::changeDispersions, this, &PulsarForm::changeDispersions);
+    connect(info, &PulsarGrafikInfo::showMultiResult, this, &PulsarForm::showMultiResult);
+    connect(info, &PulsarGrafikInfo::returnMultiGrafiks, this, &PulsarForm::showResult);
+    connect(info, &PulsarGrafikInfo::pointsRequested, this, &PulsarForm::changePoints);
+}
+
+void PulsarForm::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        redraw();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+void PulsarForm::redraw()
+{
+    if (running)
+        return;
+    const QString action = checkedButton(ui->groupBox_action);
+    if (action.isEmpty()) {
+        showError(this, "Check Action!");
+        return;
+    }
+    if (action != shownAction)
+        wantedPoints = 0;
+    clearMarks();
+    const std::optional<PulsarParameters> parameters = readParameters();
+    if (!parameters)
+        return;
+
+    auto next = std::make_unique<PulsarCalculate>(data, *parameters);
+    if (!runShowingProgress(*next, action)) {
+        if (!next->wasCancelled())
+            reportFailure(*next);
+        return;
+    }
+    calculate = std::move(next);
+    shownParameters = *parameters;
+    shownAction = action;
+    shownUnreadable = unreadableFields;
+    showResult();
+}
+
+// Lets events through at every progress, so that the window lives and Esc stops the action.
+bool PulsarForm::runShowingProgress(PulsarCalculate &calculation, const QString &action)
+{
+    const QScopedValueRollback<bool> isRunning(running, true);
+    const QMutexLocker pressesIgnored(&grafik->busyMutex());
+    BusyGuard guard;
+    connect(&guard, &BusyGuard::cancelRequested, &calculation, &PulsarCalculate::cancel);
+    connect(&calculation, &PulsarCalculate::progress, progressBar, [this](int percent) {
+        progressBar->setValue(percent);
+        QCoreApplication::processEvents();
+    });
+    progressBar->setValue(0);
+    progressBar->show();
+    const bool done = calculation.run(action);
+    progressBar->hide();
+    return done;
+}
+
+// Nothing, after a box, when there is no start point of that time.
+std::optional<PulsarParameters> PulsarForm::readParameters()
+{
+    PulsarParameters parameters;
+    parameters.module = ui->module->value();
+    parameters.ray = ui->ray->value();
+    parameters.channel = ui->channel->value();
+    parameters.period = readNumber(ui->period);
+    readDispersions(parameters);
+    if (!readStart(parameters))
+        return std::nullopt;
+    parameters.points = wantedPoints;
+    parameters.deleteStep = ui->checkDeleteStep->isChecked();
+    parameters.averageCount = ui->averageCount->value();
+    parameters.withNull = ui->averageWithNull->isChecked();
+    parameters.harmonicNum = ui->harmonicNum->value();
+    parameters.sigmaMultiple = info->maxSigma();
+    parameters.noise = noiseMethods.value(checkedButton(ui->groupBox_method));
+    parameters.normalise = ui->withNormalization->isChecked();
+    parameters.deductNoise = ui->showDeductNoise->isChecked();
+    return parameters;
+}
+
+// A text that is no number counts as 0; its field is marked and named in the report.
+double PulsarForm::readNumber(QLineEdit *field)
+{
+    const std::vector<double> numbers = PulsarTexts::numbers(field->text());
+    if (numbers.size() == 1)
+        return numbers[0];
+    markFailing(field);
+    unreadableFields << field->objectName();
+    return 0;
+}
+
+void PulsarForm::readDispersions(PulsarParameters &parameters)
+{
+    const std::vector<double> numbers = PulsarTexts::numbers(ui->dispersion->text());
+    if (numbers.size() == 4) {
+        parameters.dispersion = numbers[0];
+        std::copy(numbers.begin(), numbers.end(), parameters.dispersions.begin());
+    } else {
+        const double dm = readNumber(ui->dispersion);
+        parameters.dispersion = dm;
+        parameters.dispersions = chosenDispersions.value_or(std::array{0.0, dm / 2, dm, 2 * dm});
+    }
+    info->setDispersions(parameters.dispersions);
+}
+
+// The start by point or by time with its delta; false after a box.
+bool PulsarForm::readStart(PulsarParameters &parameters)
+{
+    const bool byPoint = ui->isFirstPoint->isChecked();
+    QLineEdit *const delta = byPoint ? ui->firstPointDelta : ui->zrtUtcDelta;
+    const double typed = delta->text().isEmpty() ? 0 : readNumber(delta);
+    parameters.startDelta = byPoint ? typed : typed / data.tresolution;
+    if (byPoint) {
+        // Far beyond every recording, so that the action names the allowed range.
+        constexpr double limit = 2e9;
+        parameters.firstPoint = int(std::clamp(readNumber(ui->firstPoint), -limit, limit));
+        return true;
+    }
+    const PulsarTexts::StartPoint start = PulsarTexts::pointAtUtc(data, ui->zrtUtc->text());
+    if (start.error.isEmpty()) {
+        parameters.firstPoint = start.point;
+        parameters.startTime = ui->zrtUtc->text();
+        return true;
+    }
+    markFailing(ui->zrtUtc);
+    showError(this, start.error);
+    ui->zrtUtc->setFocus();
+    return false;
+}
+
+void PulsarForm::markFailing(QWidget *field)
+{
+    field->setStyleSheet(failingStyle);
+}
+
+void PulsarForm::clearMarks()
+{
+    unreadableFields.clear();
+    for (QWidget *field : findChildren<QWidget *>()) {
+        if (field->styleSheet() == failingStyle)
+            field->setStyleSheet({});
+    }
+}
+
+void PulsarForm::reportFailure(const PulsarCalculate &failed)
+{
+    QString name = failed.failedParameter();
+    if (ui->isZrtUtc->isChecked())
+        name.replace("firstPoint", "zrtUtc");
+    QWidget *const field = name.isEmpty() ? nullptr : findChild<QWidget *>(name);
+    if (field)
+        markFailing(field);
+    showError(this, failed.failure());
+    if (field)
+        field->setFocus();
+}
+
+void PulsarForm::changeDispersions(const QVector<double> &dispersions)
+{
+    chosenDispersions.emplace();
+    std::copy_n(dispersions.begin(), 4, chosenDispersions->begin());
+    redraw();
+}
+
+// Actions that take the number of points compute again; the others show more or fewer points
+// of what they gave.
+void PulsarForm::changePoints(int points)
+{
+    wantedPoints = points;
+    if (!calculate)
+        return;
+    if (takesPoints(shownAction)) {
+        // "Reset points" goes back to all of the recording.
+        if (wantedPoints == 0)
+            wantedPoints = data.npoints;
+        redraw();
+    } else {
+        showResult();
+    }
+}
+
+void PulsarForm::showResult()
+{
+    const PulsarResult &result = calculate->result();
+    QVector<QString> multiNames;
+    for (const PulsarMultiResult &multi : result.multi)
+        multiNames << multi.name;
+    info->setMultiResults(multiNames);
+    info->setFourierControls(shownAction == "sumChannelsAndFourier");
+    info->setDispersionControls(shownAction == "sum4Dispersions");
+    showCurves(result.curves, 0);
+    showTexts(result.description, result.names, 0);
+}
+
+void PulsarForm::showMultiResult(int index)
+{
+    const PulsarMultiResult &multi = calculate->result().multi[std::size_t(index)];
+    showCurves(multi.curves, index);
+    showTexts(multi.description, multi.names, index);
+}
+
+// Shows curves over the X values of the result; their colours begin with that of the given
+// curve of all.
+void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, int firstColour)
+{
+    const PulsarResult &result = calculate->result();
+    const bool isCut = wantedPoints > 0 && !takesPoints(shownAction);
+    const int count = isCut ? std::min(wantedPoints, result.points) : result.points;
+    PlotData plot;
+    for (const std::vector<float> &curve : curves) {
+        plot.graphs.emplace_back(curve.begin(), curve.begin() + count);
+        plot.colours << plotColour(firstColour + int(plot.colours.size())).code;
+    }
+    const PulsarTexts::AxisLabels labels = PulsarTexts::axisLabels(result.axis, count, data);
+    plot.labelsX1 = labels.row1;
+    plot.labelsX2 = labels.row2;
+    for (const int marker : result.markers) {
+        if (marker < count)
+            plot.markers.push_back(marker);
+    }
+    plot.numPoints = count;
+    if (result.axis.kind == PulsarAxis::Kind::Points)
+        plot.xOffset = int(result.axis.first);
+    plot.beginTime = data.beginTime;
+    plot.msPerPoint = data.tresolution * 1000;
+    const Plot::Range range = Plot::verticalRange(plot);
+    plot.yPrecision = PulsarTexts::labelDecimals(range.max - range.min);
+    grafik->setData(std::move(plot));
+    grafik->recomputeRange();
+    info->setPoints(takesPoints(shownAction) ? result.stretch : count);
+}
+
+void PulsarForm::showTexts(const QString &description, const QStringList &names, int firstColour)
+{
+    const PulsarResult &result = calculate->result();
+    QStringList report = {PulsarTexts::selection(shownAction, data, shownParameters, result.points),
+                          description};
+    report << result.remarks;
+    for (const QString &field : std::as_const(shownUnreadable))
+        report << "\"" + field + "\" is no number and counts as 0.";
+
+    const PulsarTexts::AxisTitles titles = PulsarTexts::axisTitles(result.axis);
+    QStringList legend;
+    for (int i = 0; i < names.size(); ++i)
+        legend << plotColour(firstColour + i).name + ": " + names[i];
+    if (!result.markers.empty())
+        legend << "green vertical lines: deleted steps";
+    legend << "X, lower row: " + titles.row1;
+    if (!titles.row2.isEmpty())
+        legend << "X, upper row: " + titles.row2;
+    info->setTexts(report.join("\n\n"), legend.join("\n"));
+}

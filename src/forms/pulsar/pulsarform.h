@@ -1,0 +1,80 @@
+#pragma once
+
+#include "calc/pulsarcalculate.h"
+#include "data/observationdata.h"
+
+#include <QStringList>
+#include <QWidget>
+#include <memory>
+#include <optional>
+
+class PulsarGrafik;
+class PulsarGrafikInfo;
+class QLineEdit;
+class QProgressBar;
+namespace Ui {
+class PulsarForm;
+}
+
+/// The analysis of one long recording: the parameters on the left, the plot in the middle,
+/// the information panel on the right. Choosing an action, a start mode or a noise method
+/// computes at once.
+///
+/// Construction empties the central widget, reads the file and installs the form. A file
+/// that cannot be used is reported in a box; the central widget then stays empty and the
+/// form deletes itself. The same, without a box, when the user stops the reading.
+class PulsarForm : public QWidget {
+    Q_OBJECT
+
+public:
+    /// Recordings of fewer points are refused.
+    static constexpr int shortestRecording = 40000;
+
+    /// @param path    full path of a recording
+    /// @param parent  the main window
+    PulsarForm(const QString &path, QWidget *parent);
+    ~PulsarForm() override;
+
+public slots:
+    /// Runs the chosen action on the chosen parameters. A refused action is reported in a
+    /// box and leaves the picture as it was.
+    void redraw();
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    bool readRecording(const QString &path);
+    void connectInputs();
+    bool runShowingProgress(PulsarCalculate &calculation, const QString &action);
+    std::optional<PulsarParameters> readParameters();
+    double readNumber(QLineEdit *field);
+    void readDispersions(PulsarParameters &parameters);
+    bool readStart(PulsarParameters &parameters);
+    void markFailing(QWidget *field);
+    void clearMarks();
+    void reportFailure(const PulsarCalculate &calculate);
+    void changeDispersions(const QVector<double> &dispersions);
+    void changePoints(int points);
+    void showResult();
+    void showMultiResult(int index);
+    void showCurves(const std::vector<std::vector<float>> &curves, int firstColour);
+    void showTexts(const QString &description, const QStringList &names, int firstColour);
+
+    const std::unique_ptr<Ui::PulsarForm> ui;
+    QProgressBar *progressBar = nullptr;
+    PulsarGrafik *grafik = nullptr;
+    PulsarGrafikInfo *info = nullptr;
+    ObservationData data;
+
+    bool running = false;
+    QStringList unreadableFields;
+    std::optional<std::array<double, 4>> chosenDispersions;
+    int wantedPoints = 0; // 0: what the action gives
+
+    // The last successful calculation, what it was made with, and its fields without a number.
+    std::unique_ptr<PulsarCalculate> calculate;
+    PulsarParameters shownParameters;
+    QString shownAction;
+    QStringList shownUnreadable;
+};

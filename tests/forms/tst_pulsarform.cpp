@@ -1,0 +1,383 @@
+#include "app/mainwindow.h"
+#include "app/settings.h"
+#include "forms/pulsar/pulsarform.h"
+#include "plot/pulsargrafik.h"
+#include "plot/pulsargrafikinfo.h"
+#include "support/messageboxcatcher.h"
+#include "support/recordings.h"
+#include "support/testmain.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QTimer>
+#include <cmath>
+
+using TestSupport::MessageBoxCatcher;
+using TestSupport::Shape;
+
+namespace {
+
+constexpr char failing[] = "background-color: #f4cccc;";
+constexpr Shape longShape = {40000, 1, 33, 1};
+
+// Every band holds the same sine of amplitude 1 in bin 100 of 16384 points and a level.
+float sineSample(int point, int, int, int)
+{
+    return float(10 + std::sin(2 * M_PI * 100 * point / 16384));
+}
+
+} // namespace
+
+class TestPulsarForm : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void refusedFiles_data();
+    void refusedFiles();
+    void pathWithBlanks();
+    void actionIsNeeded();
+    void spectrum();
+    void everyMethodRecomputes();
+    void fourDispersions();
+    void refusals_data();
+    void refusals();
+    void refusalKeepsThePicture();
+    void badNumberCountsAsZero();
+    void stopsAtTheEnd();
+    void changedPoints();
+    void maxSigma();
+    void escapeStopsReading();
+    void closingStopsReading();
+
+private:
+    QString file(const QByteArray &bytes);
+    /// Opens the form on a recording of sines, with ray 1 and first point 0.
+    PulsarForm *openForm();
+    template <typename Widget>
+    Widget *find(const char *name) const
+    {
+        Widget *const widget = window->findChild<Widget *>(name);
+        if (!widget)
+            qFatal("no widget %s", name);
+        return widget;
+    }
+    /// A recording that takes longer to read than one look at the pending events.
+    QByteArray longReading() const;
+    void type(const char *field, const QString &text);
+    QString report() const { return find<QPlainTextEdit>("texts")->toPlainText(); }
+
+    QByteArray sines; // a recording of sines
+    std::unique_ptr<QTemporaryDir> folder;
+    std::unique_ptr<MainWindow> window;
+};
+
+void TestPulsarForm::initTestCase()
+{
+    sines = TestSupport::recordingBytes(longShape, sineSample);
+}
+
+void TestPulsarForm::init()
+{
+    folder = std::make_unique<QTemporaryDir>();
+    window = std::make_unique<MainWindow>();
+    window->show();
+}
+
+void TestPulsarForm::cleanup()
+{
+    window.reset();
+    folder.reset();
+}
+
+QString TestPulsarForm::file(const QByteArray &bytes)
+{
+    QFile out(folder->filePath("x.pnt"));
+    if (!out.open(QIODevice::WriteOnly) || out.write(bytes) != bytes.size())
+        qFatal("cannot write %s", qPrintable(out.fileName()));
+    return out.fileName();
+}
+
+PulsarForm *TestPulsarForm::openForm()
+{
+    auto *const form = new PulsarForm(file(sines), window.get());
+    find<QSpinBox>("ray")->setValue(1);
+    type("firstPoint", "0");
+    return form;
+}
+
+QByteArray TestPulsarForm::longReading() const
+{
+    const int points = 400000;
+    QByteArray bytes = TestSupport::passportBytes(
+        {"npoints " + QByteArray::number(points), "nbands 32", "modulus 1", "rays 1"});
+    bytes.append(points * 33 * int(sizeof(float)), '\0');
+    return bytes;
+}
+
+void TestPulsarForm::type(const char *field, const QString &text)
+{
+    QLineEdit *const edit = find<QLineEdit>(field);
+    edit->clear();
+    QTest::keyClicks(edit, text);
+}
+
+void TestPulsarForm::refusedFiles_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("text");
+    const QString noData = "Bad file!\nFile without data";
+    const QString shortData = "Bad file!\nFile with short data, must be long data";
+    const auto zero = [](int, int, int, int) { return 0.0f; };
+    QTest::newRow("empty") << QByteArray() << noData;
+    QTest::newRow("text without a number") << QByteArray("hello\nworld\n") << noData;
+    QTest::newRow("no modules") << TestSupport::passportBytes({"npoints 50000", "nbands 32"})
+                                << noData;
+    QTest::newRow("too large for any machine")
+        << TestSupport::passportBytes({"npoints 2000000000", "nbands 2000", "modulus 1 2 3 4 5 6",
+                                       "rays 1000", "tresolution 12.4928"})
+        << noData;
+    QTest::newRow("39999 points") << TestSupport::recordingBytes({39999, 1, 2, 1}, zero)
+                                  << shortData;
+    QTest::newRow("40000 points") << TestSupport::recordingBytes({40000, 1, 2, 1}, zero)
+                                  << QString();
+}
+
+void TestPulsarForm::refusedFiles()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, text);
+    const MessageBoxCatcher catcher;
+    const QPointer<PulsarForm> form = new PulsarForm(file(bytes), window.get());
+    QCOMPARE(catcher.boxes().size(), text.isEmpty() ? 0 : 1);
+    QCOMPARE(Settings::instance()->ui().centralwidget->layout() == nullptr, !text.isEmpty());
+    if (text.isEmpty())
+        return;
+    QCOMPARE(catcher.boxes()[0].title, QString("Error"));
+    QCOMPARE(catcher.boxes()[0].text, text);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY2(!form, "a refused form deletes itself");
+}
+
+void TestPulsarForm::pathWithBlanks()
+{
+    openForm();
+    const QString path = folder->filePath("x.pnt");
+    QCOMPARE(find<QLabel>("filePath")->text(), "File: " + QString(path).replace("/", "/ "));
+}
+
+void TestPulsarForm::actionIsNeeded()
+{
+    openForm();
+    const MessageBoxCatcher catcher;
+    QTest::mouseClick(find<QPushButton>("pushButton"), Qt::LeftButton);
+    QCOMPARE(catcher.boxes().size(), 1);
+    QCOMPARE(catcher.boxes()[0].text, QString("Check Action!"));
+}
+
+void TestPulsarForm::spectrum()
+{
+    openForm();
+    find<QSpinBox>("harmonicNum")->setValue(100);
+    type("dispersion", "0");
+    find<QRadioButton>("sumChannelsAndFourier")->click();
+    const PlotData &plot = find<PulsarGrafik>("grafik")->data();
+    QCOMPARE(plot.graphs.size(), std::size_t(3));
+    QCOMPARE(plot.numPoints, 8192);
+    // 32 bands of amplitude 1; the polynomial takes a little of a sine with 100 periods.
+    QVERIFY(std::abs(plot.graphs[0][100] - 32) < 0.5);
+    // Bin 100 of 16384 steps of 12.4928 ms.
+    QCOMPARE(plot.labelsX1[100], QString("0.4886"));
+    QVERIFY2(report().contains("\n100: 3"), qPrintable(report()));
+    QVERIFY2(report().contains("First harmonic:\nnum = 100\nvalue = 3"), qPrintable(report()));
+}
+
+void TestPulsarForm::everyMethodRecomputes()
+{
+    openForm();
+    type("dispersion", "0");
+    find<QRadioButton>("sumChannelsDemoNoise")->click();
+    const PlotData &plot = find<PulsarGrafik>("grafik")->data();
+    QCOMPARE(plot.graphs.size(), std::size_t(2));
+    QCOMPARE(plot.labelsX2[1000], QString("12:00:12.492"));
+    find<QRadioButton>("noiseBack")->click();
+    QCOMPARE(plot.graphs.size(), std::size_t(3));
+    QVERIFY(report().contains("Linear approximation of back sum"));
+    find<QRadioButton>("noiseMedian")->click();
+    QCOMPARE(plot.graphs.size(), std::size_t(2));
+    find<QRadioButton>("noiseWithout")->click();
+    QCOMPARE(plot.graphs.size(), std::size_t(1));
+    QVERIFY(report().contains("Withow deduct noise base line"));
+    QCOMPARE(plot.graphs[0][0], 320.0f);
+
+    find<QRadioButton>("noisePolinom5")->click();
+    find<QCheckBox>("showDeductNoise")->click();
+    QCOMPARE(plot.graphs.size(), std::size_t(1));
+    QVERIFY2(plot.yMax < 40, "the level of 320 is off");
+    find<QCheckBox>("withNormalization")->click();
+    QVERIFY2(std::abs(plot.yMax - std::sqrt(2)) < 0.1, "a sine of sigma 1");
+}
+
+void TestPulsarForm::fourDispersions()
+{
+    openForm();
+    find<QSpinBox>("harmonicNum")->setValue(100);
+    type("dispersion", "10");
+    find<QRadioButton>("sum4Dispersions")->click();
+    QCOMPARE(find<QLineEdit>("dispersion4")->text().toDouble(), 20.0);
+    QVERIFY2(report().contains("\ndisp2 = 5.0 value = "), qPrintable(report()));
+
+    type("dispersion", "1 2 3 4");
+    find<QPushButton>("pushButton")->click();
+    QVERIFY2(report().contains("\ndisp3 = 3.0 value = "), qPrintable(report()));
+
+    type("dispersion2", "7.5");
+    type("dispersion", "10");
+    find<QPushButton>("changeDispersionsButton")->click();
+    QVERIFY2(report().contains("\ndisp2 = 7.5 value = "), qPrintable(report()));
+}
+
+void TestPulsarForm::refusals_data()
+{
+    QTest::addColumn<QByteArray>("field");
+    QTest::addColumn<QString>("value");
+    QTest::addColumn<QString>("reason");
+    // The sum takes 16384 points and one more must follow: 40000 - 16384 - 1.
+    QTest::newRow("first point too late") << QByteArray("firstPoint") << "23616"
+                                          << "Allowed: 0 to 23615";
+    QTest::newRow("first point negative") << QByteArray("firstPoint") << "-1"
+                                          << "Allowed: 0 to";
+    QTest::newRow("first point beyond an int") << QByteArray("firstPoint") << "1e300"
+                                               << "Allowed: 0 to";
+    QTest::newRow("negative dispersion") << QByteArray("dispersion") << "-1"
+                                         << "0 pc/cm^3";
+    QTest::newRow("dispersion beyond all delays") << QByteArray("dispersion") << "1e300"
+                                                  << "beyond all bounds";
+    QTest::newRow("module") << QByteArray("module") << "2"
+                            << "Allowed: 1 to 1";
+    QTest::newRow("ray") << QByteArray("ray") << "2"
+                         << "Allowed: 1 to 1";
+    QTest::newRow("averaging") << QByteArray("averageCount") << "8"
+                               << "too few for a spectrum";
+    QTest::newRow("harmonic") << QByteArray("harmonicNum") << "8192"
+                              << "Allowed: 0 to 8191";
+}
+
+void TestPulsarForm::refusals()
+{
+    openForm();
+    QFETCH(QByteArray, field);
+    QFETCH(QString, value);
+    QFETCH(QString, reason);
+    QWidget *const widget = find<QWidget>(field.constData());
+    if (auto *const spin = qobject_cast<QSpinBox *>(widget))
+        spin->setValue(value.toInt());
+    else
+        type(field.constData(), value);
+
+    const MessageBoxCatcher catcher;
+    find<QRadioButton>("sumChannelsAndFourier")->click();
+    QCOMPARE(catcher.boxes().size(), 1);
+    QVERIFY2(catcher.boxes()[0].text.contains(reason), qPrintable(catcher.boxes()[0].text));
+    QCOMPARE(widget->styleSheet(), QString(failing));
+}
+
+void TestPulsarForm::refusalKeepsThePicture()
+{
+    openForm();
+    find<QRadioButton>("sumChannelsAndFourier")->click();
+    const QString before = report();
+    const std::vector<std::vector<float>> curves = find<PulsarGrafik>("grafik")->data().graphs;
+    type("firstPoint", "39999");
+    const MessageBoxCatcher catcher;
+    find<QRadioButton>("sum4Dispersions")->click();
+    QCOMPARE(catcher.boxes().size(), 1);
+    QCOMPARE(report(), before);
+    QCOMPARE(find<PulsarGrafik>("grafik")->data().graphs, curves);
+
+    type("firstPoint", "0");
+    find<QPushButton>("pushButton")->click();
+    QCOMPARE(catcher.boxes().size(), 1);
+    QCOMPARE(find<QLineEdit>("firstPoint")->styleSheet(), QString());
+}
+
+void TestPulsarForm::badNumberCountsAsZero()
+{
+    openForm();
+    type("dispersion", "abc");
+    find<QRadioButton>("sumChannelsDemoNoise")->click();
+    QVERIFY2(report().contains("Dispersion = 0\n"), qPrintable(report()));
+    QVERIFY2(report().contains("\"dispersion\" is no number"), qPrintable(report()));
+    QCOMPARE(find<QLineEdit>("dispersion")->styleSheet(), QString(failing));
+}
+
+void TestPulsarForm::stopsAtTheEnd()
+{
+    openForm();
+    type("firstPoint", "23615");
+    type("dispersion", "26.2");
+    find<QRadioButton>("sumChannelsDemoNoise")->click();
+    QVERIFY2(report().contains("of the 32 bands whole"), qPrintable(report()));
+}
+
+void TestPulsarForm::changedPoints()
+{
+    openForm();
+    find<QRadioButton>("sumChannelsDemoNoise")->click();
+    const PlotData &plot = find<PulsarGrafik>("grafik")->data();
+    QSpinBox *const points = find<PulsarGrafikInfo>("info")->findChild<QSpinBox *>("points");
+    points->setValue(1000);
+    find<QPushButton>("changePointsButton")->click();
+    QCOMPARE(plot.numPoints, 1000);
+    QCOMPARE(plot.graphs[0].size(), std::size_t(1000));
+    find<QPushButton>("resetPointsButton")->click();
+    QCOMPARE(plot.numPoints, 16384);
+}
+
+void TestPulsarForm::maxSigma()
+{
+    openForm();
+    find<QRadioButton>("sumChannelsAndFourier")->click();
+    QVERIFY(report().contains("Harmonics >= 6 sigma"));
+    find<QSpinBox>("maxSigma")->setValue(9);
+    find<QPushButton>("redrawMaxSigmaButton")->click();
+    QVERIFY2(report().contains("Harmonics >= 9 sigma"), qPrintable(report()));
+}
+
+void TestPulsarForm::escapeStopsReading()
+{
+    const QString path = file(longReading());
+    const MessageBoxCatcher catcher;
+    // Sent while the reading lets events through.
+    QTimer::singleShot(0, window.get(), [this] { QTest::keyClick(window.get(), Qt::Key_Escape); });
+    const QPointer<PulsarForm> form = new PulsarForm(path, window.get());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(!form);
+    QCOMPARE(catcher.boxes().size(), 0);
+    QVERIFY(Settings::instance()->ui().menubar->isEnabled());
+    QVERIFY2(openForm(), "the window is still usable");
+}
+
+void TestPulsarForm::closingStopsReading()
+{
+    const QString path = file(longReading());
+    const MessageBoxCatcher catcher;
+    QTimer::singleShot(0, window.get(), &QWidget::close);
+    const QPointer<PulsarForm> form = new PulsarForm(path, window.get());
+    QCOMPARE(catcher.boxes().size(), 0);
+    QTRY_VERIFY(!window->isVisible());
+    QVERIFY(!form);
+}
+
+ZRT_GUI_TEST_MAIN(TestPulsarForm)
+#include "tst_pulsarform.moc"

@@ -1,0 +1,120 @@
+#include "forms/pulsar/pulsartexts.h"
+#include "support/recordings.h"
+#include "support/testmain.h"
+
+class TestPulsarTexts : public QObject {
+    Q_OBJECT
+
+private slots:
+    void numbers_data();
+    void numbers();
+    void startByUtc_data();
+    void startByUtc();
+    void startByUtcNeedsABegin();
+    void trueNumbers();
+    void timeLabels();
+    void spectrumLabels();
+};
+
+void TestPulsarTexts::numbers_data()
+{
+    using Values = QVector<double>;
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QVector<double>>("values");
+    QTest::newRow("one") << "26.2" << Values{26.2};
+    QTest::newRow("four, blanks around") << "  0 13.1  26.2 52.4 " << Values{0, 13.1, 26.2, 52.4};
+    QTest::newRow("exponent") << "1e3" << Values{1000};
+    QTest::newRow("comma is no decimal point") << "26,2" << Values{};
+    QTest::newRow("one bad spoils all") << "1 2 x" << Values{};
+    QTest::newRow("not a number") << "nan" << Values{};
+    QTest::newRow("infinite") << "inf" << Values{};
+    QTest::newRow("empty") << "" << Values{};
+}
+
+void TestPulsarTexts::numbers()
+{
+    QFETCH(QString, text);
+    const std::vector<double> read = PulsarTexts::numbers(text);
+    QTEST(QVector<double>(read.begin(), read.end()), "values");
+}
+
+void TestPulsarTexts::startByUtc_data()
+{
+    // 50000 points of 12.4928 ms are 624.64 s: 23:55:00 to 00:05:24.
+    QTest::addColumn<QString>("time");
+    QTest::addColumn<int>("point");
+    QTest::addColumn<QString>("error");
+    QTest::newRow("begin") << "23:55:00" << 0 << "";
+    QTest::newRow("whole steps land on their point") << "23:55:12.493" << 1000 << "";
+    QTest::newRow("between two points goes down") << "23:55:01" << 80 << "";
+    QTest::newRow("over midnight") << "0:5:0" << 48027 << "";
+    QTest::newRow("before the begin") << "23:54:59" << 0 << "Allowed: 23:55:00 to 00:05:24";
+    QTest::newRow("after the end") << "00:05:25" << 0 << "Allowed: 23:55:00 to 00:05:24";
+    QTest::newRow("no time") << "noon" << 0 << "hh:mm:ss";
+    QTest::newRow("hour 24") << "24:00:00" << 0 << "hh:mm:ss";
+}
+
+void TestPulsarTexts::startByUtc()
+{
+    ObservationData data;
+    data.npoints = 50000;
+    data.tresolution = 0.0124928;
+    data.beginTime = QDateTime(QDate(2015, 4, 1), QTime(23, 55), Qt::UTC);
+    QFETCH(QString, time);
+    QFETCH(QString, error);
+    const PulsarTexts::StartPoint start = PulsarTexts::pointAtUtc(data, time);
+    QTEST(start.point, "point");
+    QCOMPARE(start.error.isEmpty(), error.isEmpty());
+    QVERIFY2(start.error.contains(error), qPrintable(start.error));
+}
+
+void TestPulsarTexts::startByUtcNeedsABegin()
+{
+    ObservationData data;
+    data.npoints = 50000;
+    data.tresolution = 0.0124928;
+    QVERIFY(PulsarTexts::pointAtUtc(data, "12:00:00").error.contains("no begin time"));
+}
+
+void TestPulsarTexts::trueNumbers()
+{
+    ObservationData data;
+    data.modules = 1;
+    data.rays = 1;
+    data.firstModule = 3;
+    data.ray = 5;
+    PulsarParameters parameters;
+    QCOMPARE(PulsarTexts::selection("sum4Dispersions", data, parameters, 8192),
+             QString("Action:sum4Dispersions\nModule:1 (number 3)\nChannel:1\nRay:1 (number 5)\n"
+                     "Points:8192"));
+    data.firstModule = 1;
+    data.ray = -1;
+    data.rays = 8;
+    parameters.ray = 7;
+    QCOMPARE(PulsarTexts::selection("showNative", data, parameters, 16384),
+             QString("Action:showNative\nModule:1\nChannel:1\nRay:7\nPoints:16384"));
+}
+
+void TestPulsarTexts::timeLabels()
+{
+    ObservationData data;
+    data.tresolution = 0.0124928;
+    data.beginTime = QDateTime(QDate(2015, 4, 1), QTime(23, 59, 59), Qt::UTC);
+    const PulsarAxis axis = {PulsarAxis::Kind::Points, 1000, 1};
+    const PulsarTexts::AxisLabels labels = PulsarTexts::axisLabels(axis, 3, data);
+    QCOMPARE(labels.row1, (QVector<QString>{"1000", "1001", "1002"}));
+    QCOMPARE(labels.row2, (QVector<QString>{"00:00:11.492", "00:00:11.505", "00:00:11.517"}));
+    data.beginTime = QDateTime();
+    QVERIFY(PulsarTexts::axisLabels(axis, 3, data).row2.isEmpty());
+}
+
+void TestPulsarTexts::spectrumLabels()
+{
+    const PulsarAxis axis = {PulsarAxis::Kind::Frequency, 0, 0.005};
+    const PulsarTexts::AxisLabels labels = PulsarTexts::axisLabels(axis, 3, {});
+    QCOMPARE(labels.row1, (QVector<QString>{"0.0000", "0.0050", "0.0100"}));
+    QCOMPARE(labels.row2, (QVector<QString>{"-", "200", "100"}));
+}
+
+ZRT_UNIT_TEST_MAIN(TestPulsarTexts)
+#include "tst_pulsartexts.moc"
