@@ -112,10 +112,14 @@ void paintLabel(QPainter &painter, const Label &label)
     painter.drawText(label.position, label.text);
 }
 
-void paintLabelRow(QPainter &painter, const std::vector<Label> &labels)
+// A text that would run over the right edge moves left until it just fits.
+void paintLabelRow(QPainter &painter, const View &view, const std::vector<Label> &labels)
 {
-    for (const Label &label : labels)
+    for (Label label : labels) {
+        const int last = view.width - 2 - painter.fontMetrics().horizontalAdvance(label.text);
+        label.position.setX(std::min(label.position.x(), std::max(last, 0)));
         paintLabel(painter, label);
+    }
 }
 
 void paintTicks(QPainter &painter, const View &view, int every)
@@ -210,11 +214,11 @@ void paintLabels(QPainter &painter, const PlotData &data, const QSize &size)
     }
     const View view = viewOf(data, size);
     painter.setFont(labelFont());
-    paintLabelRow(painter, yLabels(view, data.yPrecision));
+    paintLabelRow(painter, view, yLabels(view, data.yPrecision));
     paintTicks(painter, view, data.labelEvery1);
-    paintLabelRow(painter, xLabels1(view, data));
-    paintLabelRow(painter, xLabels2(view, data));
-    paintLabelRow(painter, xLabels3(view, data));
+    paintLabelRow(painter, view, xLabels1(view, data));
+    paintLabelRow(painter, view, xLabels2(view, data));
+    paintLabelRow(painter, view, xLabels3(view, data));
     if (data.markers.empty())
         paintGrid(painter, view);
 }
