@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr QSize windowSize(1280, 800);
+constexpr QSize windowSize(1280, 720);
 
 QTextStream &errors()
 {
@@ -40,11 +40,13 @@ bool pictureEachAction(MainWindow &window, PulsarForm &form, const QDir &folder)
 {
     // A harmonic high enough to tell the dispersion of the demonstration's pulsar.
     form.findChild<QSpinBox *>("harmonicNum")->setValue(1080);
-    form.findChild<QSpinBox *>("averageCount")->setValue(1);
     const QGroupBox *const actions = form.findChild<QGroupBox *>("groupBox_action");
     for (QRadioButton *action : actions->findChildren<QRadioButton *>()) {
         if (!action->isEnabled())
             continue;
+        const bool averages = action->objectName() == "sumChannelsAndAverage" ||
+                              action->objectName() == "sumMultiDispersions";
+        form.findChild<QSpinBox *>("averageCount")->setValue(averages ? 2 : 0);
         action->click();
         if (!savePicture(window, folder.filePath("pulsar-" + action->objectName() + ".png")))
             return false;
@@ -61,6 +63,10 @@ int main(int argc, char **argv)
     const QTemporaryDir settings;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
     QApplication application(argc, argv);
+    // The platform without a screen knows no desktop whose font size it could take.
+    QFont font = QApplication::font();
+    font.setPointSize(9);
+    QApplication::setFont(font);
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() != 3) {
         errors() << "Usage: zrt-demo RECORDING FOLDER\n"

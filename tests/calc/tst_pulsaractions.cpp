@@ -1,4 +1,4 @@
-#include "calc/dispersionpeak.h"
+#include "calc/channelsum.h"
 #include "calc/fold.h"
 #include "calc/fourier.h"
 #include "calc/pulsarcalculate.h"
@@ -66,6 +66,9 @@ private slots:
     void multiScans();
     void deletedSteps();
     void cancelEndsAScan();
+    void realSpectra_data();
+    void realSpectra();
+    void realBurst();
     void realFolded611();
     void realJ1807();
 };
@@ -418,6 +421,66 @@ void TestPulsarActions::cancelEndsAScan()
     QCOMPARE(calls, 10);
     QVERIFY(calculate.wasCancelled());
     QVERIFY(calculate.failure().isEmpty());
+}
+
+// Amplitudes that were computed from the same files with separate numeric code.
+void TestPulsarActions::realSpectra_data()
+{
+    using Bins = QVector<int>;
+    using Amplitudes = QVector<double>;
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<double>("dispersion");
+    QTest::addColumn<QVector<int>>("bins");
+    QTest::addColumn<QVector<double>>("amplitudes");
+    QTest::newRow("B0329+54 at 1427 MHz")
+        << "b0329_54_1427MHz.pnt" << 0.0 << Bins{0, 229, 459, 688, 917, 1147, 1376, 1605, 1834}
+        << Amplitudes{137.80, 2.687, 2.110, 3.006, 2.273, 2.361, 2.287, 2.948, 2.127};
+    QTest::newRow("B1508+55") << "b1508_55_1422MHz.pnt" << 0.0
+                              << Bins{89, 177, 266, 354, 443, 532, 620, 709}
+                              << Amplitudes{1.442, 2.390, 1.797, 1.661, 2.414, 1.600, 2.556, 1.260};
+    QTest::newRow("J1807-0847") << "j1807_0847_820MHz.pnt" << 0.0
+                                << Bins{49, 98, 148, 197, 246, 295, 344, 393}
+                                << Amplitudes{43880, 36040, 31360, 37590,
+                                              38550, 35690, 29370, 19670};
+    QTest::newRow("B0329+54 at 611 MHz")
+        << "b0329_54_611MHz_folded.pnt" << 26.76 << Bins{16, 32, 48, 64, 80, 96, 112, 128, 960}
+        << Amplitudes{250.4, 251.9, 238.3, 239.9, 230.4, 232.3, 217.4, 202.1, 61.3};
+}
+
+void TestPulsarActions::realSpectra()
+{
+    QFETCH(QString, file);
+    QFETCH(double, dispersion);
+    QFETCH(QVector<int>, bins);
+    QFETCH(QVector<double>, amplitudes);
+    const QString path = TestSupport::realRecording(file);
+    if (path.isEmpty())
+        QSKIP("the recording is not on this machine");
+    PulsarParameters parameters = parametersFor(dispersion, 1);
+    parameters.noise = "without";
+    PulsarCalculate calculate(Reader::readDataFile(nullptr, path), parameters);
+    QVERIFY2(calculate.run("sumChannelsAndFourier"), qPrintable(calculate.failure()));
+    for (int i = 0; i < bins.size(); ++i) {
+        const double found = double(calculate.result().curves[0][std::size_t(bins[i])]);
+        // The expected values have three or four digits.
+        QVERIFY(std::abs(found / amplitudes[i] - 1) < 2e-3);
+    }
+}
+
+void TestPulsarActions::realBurst()
+{
+    const QString path = TestSupport::realRecording("frb180417_1297MHz.pnt");
+    if (path.isEmpty())
+        QSKIP("the recording is not on this machine");
+    const ObservationData data = Reader::readDataFile(nullptr, path);
+    const double maxima[] = {4436.7, 4510.4, 4420.7};
+    const int points[] = {1614, 1614, 1615};
+    for (int ray = 0; ray < 3; ++ray) {
+        const std::vector<double> sum = Tools::sumChannels(data, 474.8, 0, ray);
+        const auto top = std::max_element(sum.begin(), sum.end());
+        QCOMPARE(int(top - sum.begin()), points[ray]);
+        QVERIFY(std::abs(*top - maxima[ray]) < 0.06);
+    }
 }
 
 void TestPulsarActions::realFolded611()

@@ -197,7 +197,7 @@ void TestPulsarForm::spectrum()
     // 32 bands of amplitude 1; the polynomial takes a little of a sine with 100 periods.
     QVERIFY(std::abs(plot.graphs[0][100] - 32) < 0.5);
     // Bin 100 of 16384 steps of 12.4928 ms.
-    QCOMPARE(plot.labelsX1[100], QString("0.4886"));
+    QCOMPARE(plot.labelsX1[100], QString("0.4886 Hz"));
     QVERIFY2(report().contains("\n100: 3"), qPrintable(report()));
     QVERIFY2(report().contains("First harmonic:\nnum = 100\nvalue = 3"), qPrintable(report()));
 }

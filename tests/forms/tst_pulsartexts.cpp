@@ -112,8 +112,8 @@ void TestPulsarTexts::spectrumLabels()
 {
     const PulsarAxis axis = {PulsarAxis::Kind::Frequency, 0, 0.005};
     const PulsarTexts::AxisLabels labels = PulsarTexts::axisLabels(axis, 3, {});
-    QCOMPARE(labels.row1, (QVector<QString>{"0.0000", "0.0050", "0.0100"}));
-    QCOMPARE(labels.row2, (QVector<QString>{"-", "200", "100"}));
+    QCOMPARE(labels.row1, (QVector<QString>{"0.0000 Hz", "0.0050 Hz", "0.0100 Hz"}));
+    QCOMPARE(labels.row2, (QVector<QString>{"-", "200 s", "100 s"}));
 }
 
 ZRT_UNIT_TEST_MAIN(TestPulsarTexts)

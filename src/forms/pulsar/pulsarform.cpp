@@ -62,6 +62,8 @@ PulsarForm::PulsarForm(const QString &path, QWidget *parent)
     grafik->setObjectName("grafik");
     info->setObjectName("info");
     grafik->showMessage("Choose an action");
+    PulsarParameters presets;
+    readDispersions(presets);
     fillCentralWidget(this, grafik, info);
     connectInputs();
     ui->sumChannelsAndFourier->setFocus();

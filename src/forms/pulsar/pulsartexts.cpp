@@ -46,8 +46,8 @@ AxisLabels spectrumLabels(const PulsarAxis &axis, int count)
     labels.row2.reserve(count);
     for (int i = 0; i < count; ++i) {
         const double frequency = axis.first + i * axis.step;
-        labels.row1 << QString::number(frequency, 'f', decimals);
-        labels.row2 << (frequency > 0 ? QString::number(1 / frequency, 'g', 6) : "-");
+        labels.row1 << QString::number(frequency, 'f', decimals) + " Hz";
+        labels.row2 << (frequency > 0 ? QString::number(1 / frequency, 'g', 6) + " s" : "-");
     }
     return labels;
 }
@@ -57,7 +57,7 @@ AxisLabels dispersionLabels(const PulsarAxis &axis, int count)
     AxisLabels labels;
     const int decimals = decimalsOfStep(axis.step);
     for (int i = 0; i < count; ++i)
-        labels.row1 << QString::number(axis.first + i * axis.step, 'f', decimals);
+        labels.row1 << QString::number(axis.first + i * axis.step, 'f', decimals) + " pc/cm^3";
     return labels;
 }
 
@@ -69,7 +69,8 @@ AxisLabels phaseLabels(const PulsarAxis &axis, int count)
         const double phase = axis.first + i * axis.step;
         labels.row1 << QString::number(phase, 'f', decimalsOfStep(axis.step));
         labels.row2 << QString::number(phase * axis.period, 'f',
-                                       decimalsOfStep(axis.step * axis.period));
+                                       decimalsOfStep(axis.step * axis.period)) +
+                           " s";
     }
     return labels;
 }
