@@ -4,7 +4,7 @@
 #include <random>
 
 // Sums over whole recordings. Arguments: points, bands. The straight version tests every
-// sample for the wrap; the limit adds the bands' rows unshifted, four at a time.
+// sample for the wrap; the limit reads every sample once.
 
 namespace {
 

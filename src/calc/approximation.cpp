@@ -11,7 +11,8 @@
 
 namespace {
 
-// Passes of a selection over its shrinking values; three in four leave less than 3/4 of them.
+// Passes of a selection over its shrinking values: more than any series needs that was not
+// made to defeat it.
 constexpr int maxRounds = 64;
 
 using Matrix = std::vector<std::vector<double>>;
@@ -112,9 +113,9 @@ double ranked(double *values, int count, int rank)
     double *from = values;
     double *to = values + count;
     for (int round = 0; round < maxRounds; ++round) {
-        const double first = from[0];
+        const double first = from[count / 4];
         const double middle = from[count / 2];
-        const double last = from[count - 1];
+        const double last = from[count - 1 - count / 4];
         const double pivot =
             std::max(std::min(first, last), std::min(std::max(first, last), middle));
         int below = 0;
@@ -138,7 +139,6 @@ double ranked(double *values, int count, int rank)
             count -= dropped;
         }
     }
-    // Values that were meant to defeat the choice of the pivot.
     std::nth_element(from, from + rank, from + count);
     return from[rank];
 }

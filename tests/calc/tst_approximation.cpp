@@ -5,6 +5,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <numeric>
 #include <random>
 
 using Operation = std::function<bool(Approximation &)>;
@@ -238,6 +239,24 @@ void TestApproximation::linesEqualStraightOnes()
         QCOMPARE(Tools::approxMedian(in, len), straightMedianLine(in, len));
 }
 
+// Values whose quarter points are always the smallest that are left when each pass drops two
+// of them and reverses the rest.
+Series valuesAgainstPivots(int count)
+{
+    std::vector<int> left(static_cast<std::size_t>(count));
+    std::iota(left.begin(), left.end(), 0);
+    Series values(left.size());
+    for (double next = 0; !left.empty(); std::reverse(left.begin(), left.end())) {
+        for (const std::size_t at : {left.size() - 1 - left.size() / 4, left.size() / 4}) {
+            if (at >= left.size())
+                continue;
+            values[std::size_t(left[at])] = next++;
+            left.erase(left.begin() + qint64(at));
+        }
+    }
+    return values;
+}
+
 // Orders of values that a careless selection falls over.
 void TestApproximation::medianOfAwkwardValues()
 {
@@ -251,7 +270,8 @@ void TestApproximation::medianOfAwkwardValues()
     Series few = rising;
     for (double &value : few)
         value = std::fmod(value * 7, 3);
-    for (const Series &in : {rising, Series(rising.rbegin(), rising.rend()), organPipe, few})
+    for (const Series &in : {rising, Series(rising.rbegin(), rising.rend()), organPipe, few,
+                             valuesAgainstPivots(len + 1)})
         QCOMPARE(medianLine(in, len), straightMedianLine(in, len));
 
     QCOMPARE(medianLine({notANumber, 2, notANumber, 1, 0}, 4),

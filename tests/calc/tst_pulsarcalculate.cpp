@@ -154,6 +154,16 @@ void TestPulsarCalculate::stopsWhereTheRecordingEnds()
     }
     QCOMPARE(out, expected);
 
+    PulsarParameters withBackSum = stretchFrom(0);
+    withBackSum.noise = "backSum";
+    ObservationData longer = makeRecording({300, 1, bands + 1, 1}, roughSample);
+    longer.fbands = data.fbands;
+    PulsarCalculate both(longer, withBackSum);
+    QTest::ignoreMessage(QtDebugMsg, "STOP! k=28");
+    Series without(298);
+    QVERIFY(both.sumWithoutNoise(without.data(), 298, dispersion));
+    QCOMPARE(both.bandsSummed(), 3); // of the sum; the back sum stays inside
+
     QCOMPARE(sum(calculate, 20, true).size(), std::size_t(20));
     QCOMPARE(calculate.bandsSummed(), bands);
 
