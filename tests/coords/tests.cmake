@@ -1,0 +1,1 @@
+zrt_add_test(coords/texts unit zrt_coords)
