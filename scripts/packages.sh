@@ -7,7 +7,7 @@ build_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev qtbase5-dev-
 font_packages=(fonts-liberation fonts-dejavu-core)
 run_packages=("${build_packages[@]}" "${font_packages[@]}")
 # The end-to-end test drives the built program in an X server of its own.
-test_packages=("${run_packages[@]}" libfftw3-dev xvfb openbox xdotool imagemagick)
+test_packages=("${run_packages[@]}" libfftw3-dev liberfa-dev xvfb openbox xdotool imagemagick)
 bench_packages=("${run_packages[@]}" libbenchmark-dev libfftw3-dev libqcustomplot-dev)
 
 say() { printf '%s\n' "$*" >&2; }

@@ -34,6 +34,16 @@ QString cutOffText(const QString &pattern, double value)
 
 } // namespace
 
+// The remainder is exact, as taking 24 away in a loop would be. A tiny negative rest plus 24
+// rounds to 24.
+double wrappedHours(double hours)
+{
+    double rest = std::fmod(hours, 24);
+    if (rest < 0)
+        rest += 24;
+    return rest == 24 ? 0 : rest;
+}
+
 QString hoursToText(double hours)
 {
     return cutOffText("%1:%2:%3", hours);

@@ -6,6 +6,9 @@
 /// degrees may take more. What is not finite becomes "nan", "inf" or "-inf".
 namespace Tools {
 
+/// Brings hours into 0 to 24, 24 excluded, by whole days.
+double wrappedHours(double hours);
+
 /// "hh:mm:ss" of hours, every step cut off, not rounded; "-" before a negative value.
 QString hoursToText(double hours);
 
