@@ -6,6 +6,7 @@ endif()
 
 zrt_add_test(coords/texts unit zrt_coords)
 zrt_add_test(coords/coordinates unit zrt_coords)
+zrt_add_test(coords/raytables unit zrt_coords)
 if(TARGET PkgConfig::ERFA)
     target_link_libraries(tst_coords_coordinates PRIVATE PkgConfig::ERFA)
     target_compile_definitions(tst_coords_coordinates PRIVATE ZRT_HAS_ERFA)
