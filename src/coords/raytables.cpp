@@ -36,7 +36,7 @@ QString addBeam(const QStringList &fields, RayTables &tables)
 {
     if (fields.size() != 4)
         return "is not of the form \"site module ray declination\"";
-    const QString site = fields[0];
+    const QString &site = fields[0];
     const int module = fields[1].toInt();
     const int ray = fields[2].toInt();
     bool isDeclination = false;

@@ -1,0 +1,284 @@
+#include "data/resulttotext.h"
+
+#include "base/debugline.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QSaveFile>
+#include <QtEndian>
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <iterator>
+#include <limits>
+
+namespace Tools {
+
+namespace {
+
+constexpr qint64 longestHeader = 1 << 20; // bytes
+constexpr int textBlock = 1 << 20;        // bytes collected before they are written
+constexpr qint64 valueBlock = 1 << 16;    // values read at once
+constexpr qint64 valuesOfLook = 4096;     // values that a size is guessed from
+constexpr int leastDigits = 6;            // what QString::number shows
+const char cancelledText[] = "Cancelled.";
+
+// Six digits as everywhere; more where it takes more to bring back the same float.
+void appendNumber(QByteArray &text, float value)
+{
+    char buffer[64];
+    char *const end = std::end(buffer);
+    if (std::isnan(value)) {
+        text += "nan";
+        return;
+    }
+    const auto shortest = std::to_chars(buffer, end, value, std::chars_format::scientific);
+    const auto digits = std::count_if(buffer, std::find(buffer, shortest.ptr, 'e'),
+                                      [](char c) { return c >= '0' && c <= '9'; });
+    const auto number = std::to_chars(buffer, end, value, std::chars_format::general,
+                                      std::max(leastDigits, int(digits)));
+    text.append(buffer, int(number.ptr - buffer));
+}
+
+QString shownPath(const QString &path)
+{
+    return QDir::toNativeSeparators(path);
+}
+
+QString writeFailure(const QSaveFile &file)
+{
+    return QString("Error! Cannot write %1: %2")
+        .arg(shownPath(file.fileName()), file.errorString());
+}
+
+// Collects text and writes it in large pieces, and tells of the progress.
+class TextWriter {
+public:
+    TextWriter(QSaveFile &saveFile, const TextProgress &textProgress,
+               const TextCancelled &textCancelled)
+        : file(saveFile), progress(textProgress), cancelled(textCancelled)
+    {
+        text.reserve(textBlock + textBlock / 8);
+    }
+
+    // Called after each small step. Empty, or why the work must end.
+    QString step(qint64 done, qint64 all)
+    {
+        const int percent = int(double(done) / double(all) * 100);
+        if (progress && percent != lastPercent)
+            progress(lastPercent = percent);
+        if (cancelled && cancelled())
+            return cancelledText;
+        return text.size() < textBlock ? QString() : flush();
+    }
+
+    // Puts the file in place.
+    QString finish()
+    {
+        const QString failure = flush();
+        if (!failure.isEmpty())
+            return failure;
+        return file.commit() ? QString() : writeFailure(file);
+    }
+
+    QByteArray text;
+
+private:
+    QString flush()
+    {
+        const bool isWritten = file.write(text) == text.size();
+        text.resize(0); // keeps the memory
+        return isWritten ? QString() : writeFailure(file);
+    }
+
+    QSaveFile &file;
+    const TextProgress &progress;
+    const TextCancelled &cancelled;
+    int lastPercent = -1;
+};
+
+qint64 blockBytes(const ResultHeader &header)
+{
+    return header.points * qint64(sizeof(float));
+}
+
+QString refusedHeader(const ResultHeader &header, const QString &path)
+{
+    if (header.points < 1)
+        return "ERROR!\nНеверный формат файла,\nнет points в паспорте\n" + path;
+    if (header.blocks < 0)
+        return "Error! No days in " + path;
+    if (!header.isFloat)
+        return "Error! The type of the values is not float in " + path;
+    return {};
+}
+
+// `available` bytes follow the header.
+QString refusedSize(const ResultHeader &header, qint64 available, const QString &path)
+{
+    const qint64 whole = available / blockBytes(header);
+    if (header.blocks <= whole)
+        return {};
+    return QString("Error! Block %1 of %2 in %3 is short: it needs %4 bytes, the file has %5")
+        .arg(whole + 1)
+        .arg(header.blocks)
+        .arg(path)
+        .arg(blockBytes(header))
+        .arg(available - whole * blockBytes(header));
+}
+
+// The values come as bytes, little-endian.
+void appendValues(QByteArray &text, const QByteArray &bytes)
+{
+    for (int i = 0; i + int(sizeof(float)) <= bytes.size(); i += int(sizeof(float))) {
+        appendNumber(text, qFromLittleEndian<float>(bytes.constData() + i));
+        text += '\n';
+    }
+}
+
+void appendPoint(QByteArray &text, const ObservationData &data, int point)
+{
+    text += "i=" + QByteArray::number(point) + "\n";
+    for (int module = 0; module < data.modules; ++module) {
+        for (int ray = 0; ray < data.rays; ++ray) {
+            // A file of one ray says which one it is.
+            const int rayNumber = data.ray > 0 && data.rays == 1 ? data.ray : ray + 1;
+            text += "module " + QByteArray::number(data.firstModule + module) + " ray " +
+                    QByteArray::number(rayNumber) + ":";
+            for (int channel = 0; channel < data.channels; ++channel) {
+                text += ' ';
+                appendNumber(text, data.samples[module][channel][ray][point]);
+            }
+            text += '\n';
+        }
+    }
+}
+
+bool hasSamples(const ObservationData &data)
+{
+    return data.samples && data.npoints > 0 && data.modules > 0 && data.rays > 0 &&
+           data.channels > 0;
+}
+
+} // namespace
+
+ResultHeader readResultHeader(QIODevice &device)
+{
+    static const QRegularExpression days("days: (\\d*)\n$");
+    ResultHeader header;
+    while (header.text.size() < longestHeader) {
+        const QByteArray line = device.readLine(longestHeader);
+        if (line.isEmpty())
+            break;
+        header.text += line;
+        if (line.startsWith("points:"))
+            header.points = line.mid(7).trimmed().toInt();
+        if (line.startsWith("type:"))
+            header.isFloat = line.startsWith("type: float");
+        if (line.startsWith("first_point:"))
+            header.firstPoint = QString::fromUtf8(line.mid(12).trimmed());
+        if (line.startsWith("days:")) {
+            const QRegularExpressionMatch match = days.match(QString::fromUtf8(line));
+            bool isCount = false;
+            const qint64 count = match.captured(1).toLongLong(&isCount);
+            if (match.hasMatch() && match.capturedLength(1) == 0)
+                header.blocks = 0;
+            else if (match.hasMatch()) // more than 63 bits: more than any file has
+                header.blocks = isCount ? count : std::numeric_limits<qint64>::max();
+            break;
+        }
+    }
+    return header;
+}
+
+QString resultToText(const QString &inPath, const QString &outPath, const TextProgress &progress,
+                     const TextCancelled &cancelled)
+{
+    if (inPath.isEmpty())
+        return "ERROR!\nНет файла для чтения!";
+    QFile in(inPath);
+    if (!in.open(QIODevice::ReadOnly))
+        return "ERROR!\nНе могу открыть файл для чтения\n";
+    if (outPath.isEmpty())
+        return "ERROR!\nНет файла для записи!";
+    if (QFileInfo(inPath) == QFileInfo(outPath))
+        return "Error! The text would take the place of the file it is made of: " + inPath;
+    QSaveFile out(outPath);
+    if (!out.open(QIODevice::WriteOnly))
+        return "ERROR!\nНе могу открыть файл для записи\n";
+
+    const ResultHeader header = readResultHeader(in);
+    if (QString text = refusedHeader(header, inPath); !text.isEmpty())
+        return text;
+    const qint64 available = in.size() - in.pos();
+    if (QString text = refusedSize(header, available, inPath); !text.isEmpty())
+        return text;
+
+    TextWriter writer(out, progress, cancelled);
+    writer.text += header.text;
+    const qint64 all = header.blocks * blockBytes(header);
+    for (qint64 done = 0; done < all;) {
+        const qint64 wanted = std::min(all - done, valueBlock * qint64(sizeof(float)));
+        const QByteArray bytes = in.read(wanted);
+        if (bytes.size() != wanted) // it became shorter meanwhile, or the disk fails
+            return refusedSize(header, done + bytes.size(), inPath);
+        appendValues(writer.text, bytes);
+        done += wanted;
+        if (QString text = writer.step(done, all); !text.isEmpty())
+            return text;
+    }
+    return writer.finish();
+}
+
+qint64 resultTextBytes(const QString &inPath)
+{
+    QFile in(inPath);
+    if (!in.open(QIODevice::ReadOnly))
+        return 0;
+    const ResultHeader header = readResultHeader(in);
+    if (!header.isUsable() || !refusedSize(header, in.size() - in.pos(), inPath).isEmpty())
+        return 0;
+    const QByteArray look = in.read(valuesOfLook * qint64(sizeof(float)));
+    const qint64 values = look.size() / qint64(sizeof(float));
+    if (values == 0)
+        return header.text.size();
+    QByteArray text;
+    appendValues(text, look);
+    const double all = double(header.blocks) * header.points;
+    return header.text.size() + qint64(double(text.size()) / double(values) * all);
+}
+
+QString observationToText(const ObservationData &data, const QString &path,
+                          const TextProgress &progress, const TextCancelled &cancelled)
+{
+    if (!hasSamples(data))
+        return "Error! The recording has no samples.";
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) {
+        debugLine("can't open file ", path, " for writing");
+        return writeFailure(file);
+    }
+    TextWriter writer(file, progress, cancelled);
+    for (int point = 0; point < data.npoints; ++point) {
+        appendPoint(writer.text, data, point);
+        if (QString text = writer.step(point + 1, data.npoints); !text.isEmpty())
+            return text;
+    }
+    return writer.finish();
+}
+
+qint64 observationTextBytes(const ObservationData &data)
+{
+    if (!hasSamples(data))
+        return 0;
+    const qint64 perPoint = qint64(data.modules) * data.rays * data.channels;
+    const int points = int(std::clamp<qint64>(valuesOfLook / perPoint, 1, data.npoints));
+    QByteArray text;
+    for (int point = 0; point < points; ++point)
+        appendPoint(text, data, point);
+    return qint64(double(text.size()) / points * data.npoints);
+}
+
+} // namespace Tools
