@@ -77,8 +77,7 @@ public:
     // Puts the file in place.
     QString finish()
     {
-        const QString failure = flush();
-        if (!failure.isEmpty())
+        if (QString failure = flush(); !failure.isEmpty())
             return failure;
         return file.commit() ? QString() : writeFailure(file);
     }

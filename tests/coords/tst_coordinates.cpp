@@ -89,6 +89,7 @@ private slots:
     void noSiderealTime();
     void precession_data();
     void precession();
+    void twoPassesOfPrecession();
     void beamPlane_data();
     void beamPlane();
     void inverseBeamPlane_data();
@@ -185,6 +186,14 @@ void TestCoordinates::precession()
     QVERIFY(std::abs(degrees(back.delta) - degrees(of2000.delta)) * 3600 < 1e-5);
 }
 
+// Worked out by hand; a third pass would add 0.047 s and take 0.15" away.
+void TestCoordinates::twoPassesOfPrecession()
+{
+    const CoordinatePair there = precessFrom2000({{3, 0, 0}, {85, 0, 0}}, {30, 5, 2030});
+    QVERIFY(std::abs(secondsApart(hours(there.alfa), 3 + 7 / 60.0 + 18.39418 / 3600)) < 1e-4);
+    QVERIFY(std::abs(degrees(there.delta) - (85 + 7 / 60.0 + 13.02991 / 3600)) * 3600 < 1e-4);
+}
+
 void TestCoordinates::beamPlane_data()
 {
     QTest::addColumn<double>("delta"); // degrees
@@ -244,8 +253,8 @@ void TestCoordinates::culminations_data()
                              << "010415_17_N1_00.pnthr";
     QTest::newRow("degree signs") << alfa << QString::fromUtf8("39°44′52″") << day << presetStep
                                   << 0 << "12:13:20" << 64090 << "010415_17_N1_00.pnthr";
-    QTest::newRow("decimals of the declination are no seconds")
-        << alfa << "39:44:52.99" << day << presetStep << 0 << "12:13:20" << 64090
+    QTest::newRow("seconds of the declination are two characters")
+        << alfa << "39:44:52 or so" << day << presetStep << 0 << "12:13:20" << 64090
         << "010415_17_N1_00.pnthr";
     QTest::newRow("span begins half of it earlier")
         << alfa << colons << day << presetStep << 16385 << "12:13:20" << 55897
@@ -404,19 +413,22 @@ void TestCoordinates::estimates_data()
     const QDate day(1987, 4, 10);
     const QDateTime midnight(day, QTime(0, 0), Qt::UTC);
     // Meeus' sidereal times (12.a, 12.b), less the gain of half a day (118.277 s) that its day
-    // number leaves out, 2:30:34 further east, plus 0.105 s (its rate differs in the 8th digit),
+    // number leaves out, 2:30:34 further east, plus 0.10 s (its rate differs in the 8th digit),
     // plus the hour angle of the plane (66.832 s at 0, 145.686 s), less some hundredths of
     // precession.
     QTest::newRow("equator, midnight") << midnight << 0 << "00:00:00"
                                        << "15:40:29.01";
     QTest::newRow("declination") << midnight << 0 << "39:44:52"
                                  << "15:41:47.86";
-    QTest::newRow("points count in milliseconds cut off") // 69660 s and 0.9 ms
-        << midnight << 696600009 << "0:0:0"
-        << "11:04:39.73";
+    QTest::newRow("points count, and not in whole seconds") // 69660.75 s
+        << midnight << 696607500 << "0:0:0"
+        << "11:04:40.48";
     QTest::newRow("time zone ignored")
         << QDateTime(day, QTime(19, 21), Qt::OffsetFromUTC, 7200) << 0 << "0:0:0"
         << "11:04:39.73";
+    // With 30 digits; one pass of precession would give 26.30, a third 25.45.
+    QTest::newRow("near the pole") << midnight << 0 << "89:30:0"
+                                   << "19:12:25.46";
     QTest::newRow("the pole is never reached") << midnight << 0 << "90:0:0"
                                                << "nan";
 }

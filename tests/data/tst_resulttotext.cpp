@@ -249,9 +249,9 @@ void TestResultToText::sizesAreForetold()
     const auto isNear = [](qint64 size, qint64 real) {
         return std::abs(double(size) / double(real) - 1) < 0.05;
     };
-    std::vector<float> values;
-    for (int i = 0; i < 30000; ++i)
-        values.push_back(std::sin(float(i)));
+    std::vector<float> values(30000);
+    for (std::size_t i = 0; i < values.size(); ++i)
+        values[i] = std::sin(float(i));
     QVERIFY(write("in", "points: 10000\ndays: 3\n" + floats(values)));
     QCOMPARE(resultToText(path("in"), path("out")), QString());
     QVERIFY(isNear(resultTextBytes(path("in")), contents("out").size()));
