@@ -68,16 +68,6 @@ double eastOfPlane(double beforeMeridian, double delta)
     return east * std::cos(tilt) - up * std::sin(tilt);
 }
 
-// Where a falling function crosses zero.
-double crossing(const std::function<double(double)> &function, double low, double high)
-{
-    for (int i = 0; i < 60; ++i) {
-        const double middle = (low + high) / 2;
-        (function(middle) > 0 ? low : high) = middle;
-    }
-    return low;
-}
-
 } // namespace
 
 class TestCoordinates : public QObject {
@@ -480,6 +470,16 @@ double julianDay(const QDate &day)
 CalendarDate calendarDate(const QDate &day)
 {
     return {day.day(), day.month(), day.year()};
+}
+
+// Where a falling function crosses zero.
+double crossing(const std::function<double(double)> &function, double low, double high)
+{
+    for (int i = 0; i < 60; ++i) {
+        const double middle = (low + high) / 2;
+        (function(middle) > 0 ? low : high) = middle;
+    }
+    return low;
 }
 
 // One date's sky: places and the sidereal time as they are at noon, which moves a source less
