@@ -43,7 +43,7 @@ BusyGuard::~BusyGuard()
     if (menubar)
         menubar->setEnabled(true);
     if (closeWanted && window)
-        QMetaObject::invokeMethod(window, "close", Qt::QueuedConnection);
+        QMetaObject::invokeMethod(window.data(), &QWidget::close, Qt::QueuedConnection);
 }
 
 bool BusyGuard::eventFilter(QObject *watched, QEvent *event)

@@ -1,6 +1,5 @@
 #pragma once
 
-class QHBoxLayout;
 class QWidget;
 
 /// Empties the main window's central widget: the form that stands there is destroyed with

@@ -18,6 +18,7 @@ namespace {
 
 constexpr char versionName[] = "2.0.0";
 constexpr char versionDate[] = "2025.11.22";
+constexpr int messageMs = 15000; // that a line stays in the status bar
 
 } // namespace
 
@@ -216,7 +217,7 @@ void MainWindow::readBinToText()
 
 void MainWindow::sayNotBuilt(const QString &command)
 {
-    ui->statusbar->showMessage("\"" + command + "\" is not built yet.");
+    ui->statusbar->showMessage("\"" + command + "\" is not built yet.", messageMs);
 }
 
 void MainWindow::showHelp()
@@ -239,9 +240,9 @@ void MainWindow::showDocument(const QString &fileName)
 {
     const QFileInfo document("./" + fileName);
     if (!document.exists())
-        ui->statusbar->showMessage("No help document " + document.absoluteFilePath());
+        ui->statusbar->showMessage("No help document " + document.absoluteFilePath(), messageMs);
     else if (!QDesktopServices::openUrl(QUrl::fromLocalFile(document.absoluteFilePath())))
-        ui->statusbar->showMessage("No viewer for " + document.absoluteFilePath());
+        ui->statusbar->showMessage("No viewer for " + document.absoluteFilePath(), messageMs);
 }
 
 void MainWindow::showAbout()

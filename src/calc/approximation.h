@@ -2,6 +2,12 @@
 
 #include <vector>
 
+/// Baselines of the pulsar analyses: degree of the polynomial, and the points of a block of the
+/// median line and of the line through means.
+inline constexpr int baselineDegree = 5;
+inline constexpr int baselineMedianBlock = 256;
+inline constexpr int baselineMeanBlock = 128;
+
 /// Smooth approximations of a series: the noise baselines that are subtracted before a
 /// spectrum or a profile is computed. Works over the caller's arrays, which stay the
 /// caller's and must outlive the object.

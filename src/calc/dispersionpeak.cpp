@@ -54,6 +54,10 @@ DispersionPeak findDispersionPeak(const std::vector<double> &dispersions,
     DispersionPeak peak;
     const double scanned = dispersions.back() - dispersions.front();
     const double share = scale.bandDelay * scanned / scale.period;
+    if (!(share > 0)) {
+        peak.unconstrained = "its bands have no delay against each other";
+        return peak;
+    }
     if (share < smallestDelayShare) {
         peak.unconstrained =
             QString("the delay of the band changes by only %1 of the harmonic's period over the "
@@ -63,6 +67,11 @@ DispersionPeak findDispersionPeak(const std::vector<double> &dispersions,
         return peak;
     }
     const auto top = std::max_element(amplitudes.begin(), amplitudes.end());
+    if (!std::all_of(amplitudes.begin(), amplitudes.end(),
+                     [](double a) { return std::isfinite(a); })) {
+        peak.unconstrained = "the recording holds samples that are no numbers";
+        return peak;
+    }
     if (!(*top > smallestSnr * scale.noise)) {
         peak.unconstrained = QString("its largest value is only %1 times the noise around it")
                                  .arg(*top / scale.noise, 0, 'g', 2);

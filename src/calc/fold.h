@@ -26,9 +26,9 @@ struct BoxcarPeak {
     double phase = 0; ///< of the boxcar's centre, 0 to 1
 };
 
-/// Highest S/N of a boxcar of 1 to half the bins, read circularly, over a flat baseline that
-/// keeps the profile's total: (S_w - w T / b) / (sigma sqrt(w (b - w) / b)) with the sum S_w
-/// of w bins, the total T and the number b of bins (Morello et al. 2020, MNRAS 497, 4654).
+/// Highest S/N of a boxcar of 1 to half the bins, in steps of a tenth, read circularly, over a flat
+/// baseline that keeps the profile's total: (S_w - w T / b) / (sigma sqrt(w (b - w) / b)) with the
+/// sum S_w of w bins, the total T and the number b of bins (Morello et al. 2020, MNRAS 497, 4654).
 ///
 /// @param binSigma  noise of one bin; 0 gives an empty peak
 BoxcarPeak bestBoxcar(const std::vector<double> &profile, double binSigma);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 namespace Tools {
 
@@ -60,21 +61,21 @@ public:
             medians[i] = medianOf(series.data() + int(i) * gridStep, levelLength, scratch);
     }
 
-    // Grid point, a multiple of the grid step, with the largest jump not yet refused; 0 when
-    // no jump exceeds the limit.
-    int largestJump(double limit, const std::vector<bool> &refused) const
+    // Grid points, multiples of the grid step, whose jump exceeds the limit; largest first.
+    std::vector<int> jumpsAbove(double limit) const
     {
         constexpr std::size_t windowsBetween = levelLength / gridStep;
-        double largest = limit;
-        int point = 0;
+        std::vector<std::pair<double, int>> jumps;
         for (std::size_t i = windowsBetween; i < medians.size(); ++i) {
             const double jump = std::abs(double(medians[i]) - medians[i - windowsBetween]);
-            if (jump > largest && !refused[i]) {
-                largest = jump;
-                point = int(i) * gridStep;
-            }
+            if (jump > limit)
+                jumps.emplace_back(-jump, int(i) * gridStep);
         }
-        return point;
+        std::sort(jumps.begin(), jumps.end());
+        std::vector<int> points;
+        for (const auto &[jump, point] : jumps)
+            points.push_back(point);
+        return points;
     }
 
     // Takes a step out of the series and of the medians: windows behind it move as a whole,
@@ -103,6 +104,32 @@ private:
     std::vector<float> scratch;
 };
 
+// The step that a jump of the levels comes from; of height 0 when it is none.
+LevelStep stepNear(LevelGrid &grid, const std::vector<float> &series, int guess, double sigma)
+{
+    const double before = grid.median(guess - levelLength, levelLength);
+    const double after = grid.median(guess, levelLength);
+    const int point = refinedPoint(series, guess, before, after, sigma);
+    if (point < levelLength || point > int(series.size()) - levelLength)
+        return {};
+    const double height =
+        grid.median(point, levelLength) - grid.median(point - levelLength, levelLength);
+    const double edge =
+        grid.median(point, edgeLength) - grid.median(point - edgeLength, edgeLength);
+    if (edge / height < edgeShare)
+        return {};
+    return {point, height};
+}
+
+// Of samples so coarse that most neighbours are equal.
+double sigmaOfDifferences(const std::vector<float> &series)
+{
+    double squares = 0;
+    for (std::size_t i = 1; i < series.size(); ++i)
+        squares += std::pow(double(series[i]) - series[i - 1], 2);
+    return std::sqrt(squares / double(series.size()) / 2);
+}
+
 } // namespace
 
 double robustSigma(const float *samples, int count)
@@ -129,33 +156,35 @@ std::vector<LevelStep> findLevelSteps(const float *samples, int count)
     std::vector<LevelStep> steps;
     if (count < 2 * levelLength)
         return steps;
-    const double sigma = robustSigma(samples, count);
-    const double limit = threshold * sigma;
-    if (!(limit > 0) || std::isinf(limit))
-        return steps;
-
     // Medians need numbers that can be ordered.
     std::vector<float> series(samples, samples + count);
     std::replace_if(
         series.begin(), series.end(), [](float value) { return !std::isfinite(value); }, 0.0f);
+    double sigma = robustSigma(samples, count);
+    if (sigma == 0)
+        sigma = sigmaOfDifferences(series);
+    const double limit = threshold * sigma;
+    if (!(limit > 0) || std::isinf(limit))
+        return steps;
+
     LevelGrid grid(series);
     std::vector<bool> refused(std::size_t(count / gridStep + 1), false);
-    while (const int guess = grid.largestJump(limit, refused)) {
-        // Whatever comes of it, this grid point is not tried again, so the loop ends.
-        refused[std::size_t(guess / gridStep)] = true;
-        const double before = grid.median(guess - levelLength, levelLength);
-        const double after = grid.median(guess, levelLength);
-        const int point = refinedPoint(series, guess, before, after, sigma);
-        if (point < levelLength || point > count - levelLength)
-            continue;
-        const double height =
-            grid.median(point, levelLength) - grid.median(point - levelLength, levelLength);
-        const double edge =
-            grid.median(point, edgeLength) - grid.median(point - edgeLength, edgeLength);
-        if (std::abs(height) <= limit || edge / height < edgeShare)
-            continue;
-        grid.remove({point, height});
-        steps.push_back({point, height});
+    // A step that is taken out changes the jumps around it, so that they are ranked again. No
+    // grid point is tried twice, so the loop ends.
+    for (bool changed = true; changed;) {
+        changed = false;
+        for (const int guess : grid.jumpsAbove(limit)) {
+            if (refused[std::size_t(guess / gridStep)])
+                continue;
+            refused[std::size_t(guess / gridStep)] = true;
+            const LevelStep step = stepNear(grid, series, guess, sigma);
+            if (std::abs(step.height) <= limit)
+                continue;
+            grid.remove(step);
+            steps.push_back(step);
+            changed = true;
+            break;
+        }
     }
     std::sort(steps.begin(), steps.end(),
               [](const LevelStep &a, const LevelStep &b) { return a.point < b.point; });

@@ -1,8 +1,9 @@
+#include "calc/pulsarcalculate.h"
+
 #include "calc/approximation.h"
 #include "calc/channelsum.h"
 #include "calc/fourier.h"
-#include "calc/pulsarcalculate.h"
-#include "calc/pulsartext.h"
+#include "calc/reporttext.h"
 
 #include <algorithm>
 #include <cmath>
@@ -67,19 +68,22 @@ bool PulsarCalculate::run(const QString &action)
         {"sumTimeDispersions", &PulsarCalculate::sumTimeDispersions},
     };
     for (const auto &[name, function] : actions) {
-        if (action == name)
-            return (this->*function)() && !cancelled;
+        if (action != name)
+            continue;
+        const bool done = (this->*function)() && !cancelled;
+        workingCopy.reset();
+        return done;
     }
     return refuse("There is no action \"" + action + "\".");
 }
 
 bool PulsarCalculate::sumChannelsAction()
 {
-    if (!acceptSelection() || !acceptDispersion(parameters.dispersion))
+    if (!acceptSelection(parameters.dispersion) || !acceptDispersion(parameters.dispersion) ||
+        !deleteStepsForSums(parameters.dispersion))
         return false;
-    deleteStepsForSums(parameters.dispersion);
     outcome.description =
-        "One summation of channels\nDispersion = " + PulsarText::general(parameters.dispersion) +
+        "One summation of channels\nDispersion = " + ReportText::general(parameters.dispersion) +
         "\nNumber of points is fixed - 16384";
 
     std::vector<double> sum(fixedPoints);
@@ -110,16 +114,16 @@ bool PulsarCalculate::sumChannelsAction()
         outcome.remarks << "Normalization applies to the sum less its base line only.";
     markSteps();
     remarkOnBands();
-    remarkOnTimes();
+    remarkOnTimes(sumBands);
     return true;
 }
 
 bool PulsarCalculate::sumChannelsAndAverage()
 {
     const int n = parameters.averageCount;
-    if (!acceptSelection() || !acceptDispersion(parameters.dispersion))
+    if (!acceptSelection(parameters.dispersion) || !acceptDispersion(parameters.dispersion) ||
+        !deleteStepsForSums(parameters.dispersion))
         return false;
-    deleteStepsForSums(parameters.dispersion);
     std::vector<double> sum(fixedPoints);
     if (!sumWithoutNoise(sum.data(), fixedPoints, parameters.dispersion))
         return refuse("The channels cannot be summed.");
@@ -139,14 +143,14 @@ bool PulsarCalculate::sumChannelsAndAverage()
         QString("Sum channels and average\nDispersion = %1\nNumber of points is "
                 "fixed - 16384%2\nAveraging number = %3\nStep = %4 ms, length = "
                 "%5 points, %6 s")
-            .arg(PulsarText::general(parameters.dispersion), baselineText(parameters.noise))
+            .arg(ReportText::general(parameters.dispersion), baselineText(parameters.noise))
             .arg(n)
             .arg(factor * data.tresolution * 1000)
             .arg(length)
             .arg(fixedPoints * data.tresolution);
     markSteps();
     remarkOnBands();
-    remarkOnTimes();
+    remarkOnTimes(sumBands);
     return true;
 }
 
@@ -169,10 +173,9 @@ bool PulsarCalculate::sumChannelsAndFourier()
     const int count = Tools::powerOfTwoFloor(fixedPoints);
     const int length = Tools::averagedLength(count, parameters.averageCount, parameters.withNull);
     const int n = length / 2;
-    if (!acceptSelection() || !acceptDispersion(parameters.dispersion) || !acceptSpectrum(length) ||
-        !acceptHarmonic(n))
+    if (!acceptSelection(parameters.dispersion) || !acceptDispersion(parameters.dispersion) ||
+        !acceptSpectrum(length) || !acceptHarmonic(n) || !deleteStepsForSums(parameters.dispersion))
         return false;
-    deleteStepsForSums(parameters.dispersion);
 
     auto spectrum = std::vector<double>(std::size_t(n));
     if (!getFourierOfSum(spectrum.data(), count, parameters.dispersion, parameters.averageCount,
@@ -183,8 +186,8 @@ bool PulsarCalculate::sumChannelsAndFourier()
     const double sigma = Tools::sigma(spectrum.data(), n);
     const double threshold = multiple * sigma;
     QString &text = outcome.description;
-    text = "Sigma = " + PulsarText::general(sigma) + "\n" + QString::number(multiple) +
-           " sigma = " + PulsarText::general(threshold) +
+    text = "Sigma = " + ReportText::general(sigma) + "\n" + QString::number(multiple) +
+           " sigma = " + ReportText::general(threshold) +
            "\n\nHarmonics >= " + QString::number(multiple) + " sigma:\n\n";
     int above = 0;
     for (int i = 0; i < n; ++i) {
@@ -192,11 +195,11 @@ bool PulsarCalculate::sumChannelsAndFourier()
         if (!(value > threshold))
             continue;
         if (above < maxListedHarmonics)
-            text += QString::number(i) + ": " + PulsarText::general(value) + "\n";
+            text += QString::number(i) + ": " + ReportText::general(value) + "\n";
         ++above;
     }
     text += "\nFirst harmonic:\nnum = " + QString::number(parameters.harmonicNum) +
-            "\nvalue = " + PulsarText::general(spectrum[std::size_t(parameters.harmonicNum)]) +
+            "\nvalue = " + ReportText::general(spectrum[std::size_t(parameters.harmonicNum)]) +
             "\n";
 
     addCurve(spectrum, "fourier of sum channels");
@@ -214,11 +217,12 @@ bool PulsarCalculate::sumChannelsAndFourier()
                            .arg(above > maxListedHarmonics
                                     ? QString(", the first %1 are listed").arg(maxListedHarmonics)
                                     : QString())
-                           .arg(PulsarText::count(expectedAbove(n, multiple)));
+                           .arg(ReportText::count(expectedAbove(n, multiple)));
     if (parameters.period > 0)
-        outcome.remarks << QString("The typed period of %1 s belongs to harmonic number %2.")
-                               .arg(PulsarText::general(parameters.period))
-                               .arg(1 / (parameters.period * outcome.axis.step), 0, 'f', 2);
+        outcome.remarks
+            << QString("The typed period of %1 s (topocentric) belongs to harmonic number %2.")
+                   .arg(ReportText::general(parameters.period))
+                   .arg(1 / (parameters.period * outcome.axis.step), 0, 'f', 2);
     markSteps();
     remarkOnBands();
     return true;
@@ -229,13 +233,16 @@ bool PulsarCalculate::sum4Dispersions()
     const int count = Tools::powerOfTwoFloor(fixedPoints);
     const int length = Tools::averagedLength(count, parameters.averageCount, parameters.withNull);
     const int n = length / 2;
-    if (!acceptSelection() || !acceptSpectrum(length))
+    const auto &dispersions = parameters.dispersions;
+    if (!acceptSelection(*std::max_element(dispersions.begin(), dispersions.end())) ||
+        !acceptSpectrum(length))
         return false;
-    for (const double dispersion : parameters.dispersions) {
-        if (!acceptDispersion(dispersion))
+    for (std::size_t k = 0; k < dispersions.size(); ++k) {
+        if (!acceptDispersion(dispersions[k], QString("dispersion%1").arg(k + 1)))
             return false;
     }
-    deleteStepsForSums(largestDispersion);
+    if (!deleteStepsForSums(largestDispersion))
+        return false;
 
     const int harmonic = parameters.harmonicNum;
     QString harmonicText;
@@ -245,7 +252,7 @@ bool PulsarCalculate::sum4Dispersions()
         if (!getFourierOfSum(spectrum.data(), count, dispersion, parameters.averageCount,
                              parameters.withNull))
             return refuse(QString("The spectrum at dispersion %1 cannot be computed.")
-                              .arg(PulsarText::general(dispersion)));
+                              .arg(ReportText::general(dispersion)));
         if (harmonic > 0 && harmonic < n)
             harmonicText += QString("\ndisp%1 = %2 value = %3")
                                 .arg(k + 1)
@@ -282,7 +289,7 @@ bool PulsarCalculate::refuse(const QString &reason, const QString &parameter)
 }
 
 // Module, ray, channels, step and first point against the recording.
-bool PulsarCalculate::acceptSelection()
+bool PulsarCalculate::acceptSelection(double dispersion)
 {
     if (parameters.module < 1 || parameters.module > data.modules)
         return refuse(QString("Module %1 is not in the recording.\nAllowed: 1 to %2.")
@@ -302,7 +309,7 @@ bool PulsarCalculate::acceptSelection()
     if (!(data.tresolution > 0) || std::isinf(data.tresolution))
         return refuse(QString("The passport gives a step of %1 ms (tresolution): delays and "
                               "frequencies cannot be computed.")
-                          .arg(PulsarText::general(data.tresolution * 1000)));
+                          .arg(ReportText::general(data.tresolution * 1000)));
     const int last = data.npoints - fixedPoints - 1;
     if (last < 0)
         return refuse(QString("The recording has %1 points; sums need more than %2.")
@@ -310,13 +317,30 @@ bool PulsarCalculate::acceptSelection()
                           .arg(fixedPoints));
     if (parameters.firstPoint < 0 || parameters.firstPoint > last)
         return refuse(QString("First point %1 leaves no %2 points before the end of the "
-                              "recording.\nAllowed: 0 to %3; up to %4 every band is summed whole.")
-                          .arg(parameters.firstPoint)
+                              "recording.\nAllowed: %3 to %4; %5.")
+                          .arg(pointText(parameters.firstPoint))
                           .arg(fixedPoints)
-                          .arg(last)
-                          .arg(lastFullStart(parameters.dispersion)),
+                          .arg(pointText(0), pointText(last), fullStartText(dispersion)),
                       "firstPoint");
     return true;
+}
+
+// A point as the user chose the start: by number, or as a time.
+QString PulsarCalculate::pointText(int point) const
+{
+    if (parameters.startTime.isEmpty())
+        return QString::number(point);
+    const qint64 ms = qint64(point * data.tresolution * 1000);
+    return data.beginTime.addMSecs(ms).toString("hh:mm:ss");
+}
+
+// Which starts give sums with every band whole.
+QString PulsarCalculate::fullStartText(double dispersion) const
+{
+    const int last = lastFullStart(dispersion);
+    if (last < 0)
+        return "at this dispersion no first point has every band whole";
+    return QString("up to %1 every band is whole").arg(pointText(last));
 }
 
 // Longest delay of a band against the reference, in whole samples; limited to the recording.
@@ -330,19 +354,34 @@ int PulsarCalculate::longestShift(double dispersion) const
     return int(std::min(std::ceil(longest), double(data.npoints)));
 }
 
-// Last first point whose sum at this dispersion has every sample of every band.
+// Last first point whose sum at this dispersion has every sample of every band; -1 when the
+// recording is too short for one.
 int PulsarCalculate::lastFullStart(double dispersion) const
 {
     const int last = data.npoints - fixedPoints - std::max(1, longestShift(dispersion));
-    return std::max(0, last);
+    return std::max(-1, last);
 }
 
-bool PulsarCalculate::acceptDispersion(double dispersion)
+// Points at the begin of the stretch that lack a band whose shifted samples lie before the
+// recording: with falling frequencies, or in the sum with opposite delays.
+int PulsarCalculate::pointsWithoutAllBands(double dispersion) const
+{
+    double earliest = 0;
+    for (int band = 0; band < sumBands - 1; ++band) {
+        const double delay =
+            Tools::dispersionDelay(data.fbands[std::size_t(band)], data.fbands[sumBands - 1],
+                                   dispersion, data.tresolution);
+        earliest = std::min(earliest, parameters.noise == "backSum" ? -std::abs(delay) : delay);
+    }
+    return int(std::clamp(-std::round(earliest) - parameters.firstPoint, 0.0, double(fixedPoints)));
+}
+
+bool PulsarCalculate::acceptDispersion(double dispersion, const QString &parameter)
 {
     if (!(dispersion >= 0) || std::isinf(dispersion))
         return refuse(QString("Dispersion %1 is not possible.\nAllowed: 0 pc/cm^3 and more.")
-                          .arg(PulsarText::general(dispersion)),
-                      "dispersion");
+                          .arg(ReportText::general(dispersion)),
+                      parameter);
     largestDispersion = std::max(largestDispersion, dispersion);
     for (int band = 0; band < sumBands - 1; ++band) {
         const double delay =
@@ -351,10 +390,10 @@ bool PulsarCalculate::acceptDispersion(double dispersion)
         if (!(std::abs(delay) < std::numeric_limits<int>::max()))
             return refuse(QString("Dispersion %1 delays band %2 (%3 MHz) beyond all bounds.\n"
                                   "Check the dispersion and the frequencies of the passport.")
-                              .arg(PulsarText::general(dispersion))
+                              .arg(ReportText::general(dispersion))
                               .arg(band + 1)
                               .arg(data.fbands[std::size_t(band)]),
-                          "dispersion");
+                          parameter);
     }
     return true;
 }
@@ -421,17 +460,28 @@ void PulsarCalculate::remarkOnBands()
         outcome.remarks << QString("bands 1-%1 of %2 used").arg(sumBands).arg(bands);
     if (fewestBands < sumBands)
         outcome.remarks << QString("The recording ends before the delayed samples of every band: "
-                                   "the sum holds %1 of the %2 bands whole. Up to first point %3 "
-                                   "it holds all of them.")
+                                   "the sum holds %1 of the %2 bands whole; %3.")
                                .arg(fewestBands)
                                .arg(sumBands)
-                               .arg(lastFullStart(largestDispersion));
+                               .arg(fullStartText(largestDispersion));
+    const int missing = pointsWithoutAllBands(largestDispersion);
+    if (missing > 0)
+        outcome.remarks << QString(
+                               "The first %1 points lack bands whose shifted samples lie before "
+                               "the recording; from first point %2 on none is missing.")
+                               .arg(missing)
+                               .arg(pointText(parameters.firstPoint + missing));
 }
 
 // A sum shows every pulse at the time of its arrival in the reference band.
-void PulsarCalculate::remarkOnTimes()
+void PulsarCalculate::remarkOnTimes(int channel)
 {
-    outcome.remarks << QString("Times are topocentric, at %1 MHz (band %2).")
-                           .arg(data.fbands[sumBands - 1])
-                           .arg(sumBands);
+    if (channel <= int(data.fbands.size()))
+        outcome.remarks << QString("Times and periods are topocentric, at %1 MHz (band %2).")
+                               .arg(data.fbands[std::size_t(channel - 1)])
+                               .arg(channel);
+    else
+        outcome.remarks << QString("Channel %1 is no frequency band; times and periods are "
+                                   "topocentric.")
+                               .arg(channel);
 }

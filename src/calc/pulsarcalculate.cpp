@@ -9,9 +9,6 @@
 
 namespace {
 
-constexpr int polynomialDegree = 5;
-constexpr int medianBlock = 256;  // points
-constexpr int backSumBlock = 128; // points
 constexpr int minFourierPoints = 65;
 constexpr int referenceBand = PulsarCalculate::sumBands - 1;
 
@@ -123,16 +120,16 @@ bool PulsarCalculate::noiseBaseline(const std::vector<double> &sum, double dispe
 {
     const int count = int(sum.size());
     if (parameters.noise == "polinom5")
-        return Approximation(sum.data(), baseline, count).polynomial(polynomialDegree, false);
+        return Approximation(sum.data(), baseline, count).polynomial(baselineDegree, false);
     if (parameters.noise == "median")
-        return Approximation(sum.data(), baseline, count).medianLine(medianBlock);
+        return Approximation(sum.data(), baseline, count).medianLine(baselineMedianBlock);
     if (parameters.noise == "backSum") {
         const int bandsOfSum = completeBands;
         const bool summed = sumChannels(baseline, count, dispersion, false);
         completeBands = bandsOfSum;
         if (summed && backSum)
             backSum->assign(baseline, baseline + count);
-        return summed && Approximation(baseline, baseline, count).linearLine(backSumBlock);
+        return summed && Approximation(baseline, baseline, count).linearLine(baselineMeanBlock);
     }
     std::fill_n(baseline, count, 0.0);
     return true;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "calc/levelsteps.h"
 #include "calc/pulsarresult.h"
 #include "data/observationdata.h"
 
@@ -103,12 +102,15 @@ private:
     bool goOn(int percent);
 
     bool acceptChannelSelection();
-    bool acceptSelection();
-    bool acceptDispersion(double dispersion);
+    bool acceptSelection(double dispersion);
+    bool acceptDispersion(double dispersion, const QString &parameter = "dispersion");
     bool acceptSpectrum(int length);
     bool acceptHarmonic(int spectrumLength);
     int lastFullStart(double dispersion) const;
     int longestShift(double dispersion) const;
+    int pointsWithoutAllBands(double dispersion) const;
+    QString fullStartText(double dispersion) const;
+    QString pointText(int point) const;
 
     struct Scan;
     bool scanDispersions(int firstPoint, int averageCount, int progressFrom, int progressTo,
@@ -119,8 +121,9 @@ private:
     void addScan(const Scan &scan, const QString &name);
 
     const float *bandSamples(int channel) const;
-    void deleteSteps(int begin, int end, int firstChannel, int lastChannel);
-    void deleteStepsForSums(double largestDispersion);
+    bool deleteSteps(int begin, int end, int firstChannel, int lastChannel,
+                     double markDispersion = 0);
+    bool deleteStepsForSums(double dispersion);
     void markSteps();
 
     bool noiseBaseline(const std::vector<double> &sum, double dispersion, double *baseline,
@@ -132,7 +135,7 @@ private:
     void setSpectrumAxis(int averageCount);
     QString startText() const;
     void remarkOnBands();
-    void remarkOnTimes();
+    void remarkOnTimes(int channel);
 
     ObservationData data;
     PulsarParameters parameters;
@@ -141,7 +144,7 @@ private:
     double largestDispersion = 0; // of the running action
 
     std::shared_ptr<SampleBlock> workingCopy; // one module, one ray; null: the record itself
-    std::vector<int> stepPoints;              // indices within the recording
+    std::vector<int> stepPoints;              // where they show, indices within the recording
     int stepCount = 0;
 
     PulsarResult outcome;

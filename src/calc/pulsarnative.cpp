@@ -1,7 +1,10 @@
-#include "calc/approximation.h"
-#include "calc/fold.h"
 #include "calc/pulsarcalculate.h"
-#include "calc/pulsartext.h"
+
+#include "calc/approximation.h"
+#include "calc/channelsum.h"
+#include "calc/fold.h"
+#include "calc/levelsteps.h"
+#include "calc/reporttext.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,9 +13,6 @@
 
 namespace {
 
-constexpr int polynomialDegree = 5;
-constexpr int medianBlock = 256; // points
-constexpr int meanBlock = 128;   // points
 constexpr int shortestStretch = 512;
 // Samples beside a stretch that its levels are judged by.
 constexpr int levelMargin = 1024;
@@ -25,8 +25,9 @@ bool PulsarCalculate::showNative()
         return false;
     const int wanted = parameters.points > 0 ? parameters.points : fixedPoints;
     const int count = std::min(wanted, data.npoints - parameters.firstPoint);
-    deleteSteps(parameters.firstPoint, parameters.firstPoint + count, parameters.channel - 1,
-                parameters.channel);
+    if (!deleteSteps(parameters.firstPoint, parameters.firstPoint + count, parameters.channel - 1,
+                     parameters.channel))
+        return false;
     const float *const samples = bandSamples(parameters.channel - 1) + parameters.firstPoint;
     std::vector<double> series(samples, samples + count);
     addCurve(series, QString("channel %1").arg(parameters.channel));
@@ -44,12 +45,7 @@ bool PulsarCalculate::showNative()
     outcome.stretch = count;
     outcome.description =
         "Native data" + startText() + "\nNumber of points = " + QString::number(count);
-    if (parameters.channel < data.channels && parameters.channel <= int(data.fbands.size()))
-        outcome.remarks << QString("Times are topocentric, at %1 MHz (channel %2).")
-                               .arg(data.fbands[std::size_t(parameters.channel - 1)])
-                               .arg(parameters.channel);
-    else
-        outcome.remarks << QString("Channel %1 is no frequency band.").arg(parameters.channel);
+    remarkOnTimes(parameters.channel);
     markSteps();
     return true;
 }
@@ -64,13 +60,14 @@ bool PulsarCalculate::sumPeriod()
     if (!(period >= 2) || period > count / 2.0)
         return refuse(QString("Period %1 s cannot be folded.\nAllowed: %2 to %3 s (two samples to "
                               "half of the %4 points).")
-                          .arg(PulsarText::general(parameters.period),
-                               PulsarText::general(2 * data.tresolution),
-                               PulsarText::general(count / 2.0 * data.tresolution))
+                          .arg(ReportText::general(parameters.period),
+                               ReportText::general(2 * data.tresolution),
+                               ReportText::general(count / 2.0 * data.tresolution))
                           .arg(count),
                       "period");
-    deleteSteps(parameters.firstPoint, parameters.firstPoint + count, parameters.channel - 1,
-                parameters.channel);
+    if (!deleteSteps(parameters.firstPoint, parameters.firstPoint + count, parameters.channel - 1,
+                     parameters.channel))
+        return false;
 
     const float *const samples = bandSamples(parameters.channel - 1) + parameters.firstPoint;
     std::vector<double> series(samples, samples + count);
@@ -89,12 +86,14 @@ bool PulsarCalculate::sumPeriod()
     outcome.axis = {PulsarAxis::Kind::Phase, 0, 1.0 / bins, parameters.period};
 
     // Mean samples per bin; shared ones count by their overlap.
+    // Of a channel without noise, what rounding left of it is no noise either.
     const std::vector<float> noise(series.begin(), series.end());
+    const bool hasNoise = Tools::robustSigma(samples, count) > 0;
     const double binSigma =
-        Tools::robustSigma(noise.data(), count) / std::sqrt(double(count) / bins);
+        hasNoise ? Tools::robustSigma(noise.data(), count) / std::sqrt(double(count) / bins) : 0;
     const Tools::BoxcarPeak peak = Tools::bestBoxcar(profile.bins, binSigma);
     outcome.description =
-        "Summation on period\nPeriod = " + PulsarText::general(parameters.period) + startText() +
+        "Summation on period\nPeriod = " + ReportText::general(parameters.period) + startText() +
         "\nNumber of points = " + QString::number(count) +
         QString("\nBins = %1\nPeriods folded = %2").arg(bins).arg(profile.periods, 0, 'f', 1);
     if (peak.width > 0)
@@ -108,7 +107,8 @@ bool PulsarCalculate::sumPeriod()
     else
         outcome.description += "\nS/N = -";
     outcome.remarks << "S/N is that of the best boxcar against the noise of the fold; noise alone "
-                       "reaches 3 to 4. The period is topocentric.";
+                       "reaches 3 to 4.";
+    remarkOnTimes(parameters.channel);
     markSteps();
     return true;
 }
@@ -137,9 +137,8 @@ bool PulsarCalculate::acceptChannelSelection()
     const int last = data.npoints - shortestStretch;
     if (parameters.firstPoint < 0 || parameters.firstPoint > last)
         return refuse(QString("First point %1 leaves too few points before the end of the "
-                              "recording.\nAllowed: 0 to %2.")
-                          .arg(parameters.firstPoint)
-                          .arg(last),
+                              "recording.\nAllowed: %2 to %3.")
+                          .arg(pointText(parameters.firstPoint), pointText(0), pointText(last)),
                       "firstPoint");
     return true;
 }
@@ -149,11 +148,11 @@ bool PulsarCalculate::channelBaseline(const std::vector<double> &samples, double
 {
     Approximation approximation(samples.data(), baseline, int(samples.size()));
     if (parameters.noise == "polinom5")
-        return approximation.polynomial(polynomialDegree, false);
+        return approximation.polynomial(baselineDegree, false);
     if (parameters.noise == "median")
-        return approximation.medianLine(medianBlock);
+        return approximation.medianLine(baselineMedianBlock);
     if (parameters.noise == "backSum")
-        return approximation.linearLine(meanBlock);
+        return approximation.linearLine(baselineMeanBlock);
     std::fill_n(baseline, samples.size(), 0.0);
     return true;
 }
@@ -176,15 +175,17 @@ const float *PulsarCalculate::bandSamples(int channel) const
 
 // Makes the working copy of the samples from `begin` on and before `end`, of the channels from
 // `firstChannel` on and before `lastChannel`, with the jumps of their levels taken out. Its
-// other samples are zero and not to be read.
-void PulsarCalculate::deleteSteps(int begin, int end, int firstChannel, int lastChannel)
+// other samples are zero and not to be read. A step of a band shows, in a sum, by the band's
+// delay at `markDispersion` earlier. False when the user wants to stop.
+bool PulsarCalculate::deleteSteps(int begin, int end, int firstChannel, int lastChannel,
+                                  double markDispersion)
 {
     if (!parameters.deleteStep)
-        return;
+        return true;
     const auto copy = SampleBlock::allocate(1, lastChannel, 1, data.npoints);
     if (!copy) {
         outcome.remarks << "There is no memory to delete steps; the data are as recorded.";
-        return;
+        return true;
     }
     begin = std::max(0, begin - levelMargin);
     end = std::min(data.npoints, end + levelMargin);
@@ -195,19 +196,27 @@ void PulsarCalculate::deleteSteps(int begin, int end, int firstChannel, int last
         const std::vector<Tools::LevelStep> steps =
             Tools::findLevelSteps(corrected + begin, end - begin);
         Tools::removeLevelSteps(corrected + begin, end - begin, steps);
+        const int shift = markDispersion > 0
+                              ? Tools::stretchShift(Tools::dispersionDelay(
+                                    data.fbands[std::size_t(channel)], data.fbands[sumBands - 1],
+                                    markDispersion, data.tresolution))
+                              : 0;
         for (const Tools::LevelStep &step : steps)
-            stepPoints.push_back(begin + step.point);
+            stepPoints.push_back(begin + step.point - shift);
         stepCount += int(steps.size());
+        if (!goOn(100 * (channel - firstChannel) / (lastChannel - firstChannel)))
+            return false;
     }
     workingCopy = copy;
+    return true;
 }
 
-void PulsarCalculate::deleteStepsForSums(double dispersion)
+bool PulsarCalculate::deleteStepsForSums(double dispersion)
 {
     const int reach = longestShift(dispersion);
     const int begin = std::max(0, parameters.firstPoint - reach);
     const qint64 end = qint64(parameters.firstPoint) + fixedPoints + reach;
-    deleteSteps(begin, int(std::min<qint64>(end, data.npoints)), 0, sumBands);
+    return deleteSteps(begin, int(std::min<qint64>(end, data.npoints)), 0, sumBands, dispersion);
 }
 
 // Tells of the steps in the description and marks them where the X values are points.

@@ -1,9 +1,10 @@
+#include "calc/pulsarcalculate.h"
+
 #include "calc/approximation.h"
 #include "calc/channelsum.h"
 #include "calc/dispersionpeak.h"
 #include "calc/fourier.h"
-#include "calc/pulsarcalculate.h"
-#include "calc/pulsartext.h"
+#include "calc/reporttext.h"
 
 #include <algorithm>
 #include <cmath>
@@ -150,7 +151,7 @@ bool PulsarCalculate::scanDispersions(int firstPoint, int averageCount, int prog
         } else {
             if (!sumChannels(sum.data(), fixedPoints, dispersion, true))
                 return refuse(QString("The channels cannot be summed at dispersion %1.")
-                                  .arg(PulsarText::general(dispersion)));
+                                  .arg(ReportText::general(dispersion)));
             fewestBands = std::min(fewestBands, completeBands);
             sumIsWhole = std::all_of(next.begin(), next.end(), inside);
         }
@@ -194,24 +195,25 @@ QString PulsarCalculate::describeScan(const Scan &scan)
     const double step = scan.dispersions[1] - scan.dispersions[0];
     QString text = "Polinom extremums:\n";
     const auto addExtremum = [&](double position, double value, double other) {
-        if (position > 0 && position < trials - 1)
+        if (position > 0 && position < trials)
             text += QString("disp = %1 value = %2 (%3)\n")
                         .arg(position * step, 0, 'f', 2)
-                        .arg(PulsarText::general(value), value > other ? "maximum" : "minimum");
+                        .arg(ReportText::general(value), value > other ? "maximum" : "minimum");
     };
     const Approximation::Extrema &extrema = scan.extrema;
     addExtremum(extrema.firstPosition, extrema.firstValue, extrema.secondValue);
     addExtremum(extrema.secondPosition, extrema.secondValue, extrema.firstValue);
-    if (!extrema.inside)
+    if (!(extrema.firstPosition > 0 && extrema.firstPosition < trials) &&
+        !(extrema.secondPosition > 0 && extrema.secondPosition < trials))
         text += "none within the scan\n";
 
     const auto top = std::max_element(scan.values.begin(), scan.values.end());
     text += QString("\nMaximum:\ndisp = %1 value = %2\n")
                 .arg(scan.dispersions[std::size_t(top - scan.values.begin())], 0, 'f', 2)
-                .arg(PulsarText::general(*top));
+                .arg(ReportText::general(*top));
     if (scan.peak.unconstrained.isEmpty())
         text += QString("\nDM = %1 pc/cm^3\n")
-                    .arg(PulsarText::withError(scan.peak.dispersion, scan.peak.error));
+                    .arg(ReportText::withError(scan.peak.dispersion, scan.peak.error));
     else
         text += QString("\nHarmonic %1 does not tell the dispersion: %2.\n")
                     .arg(parameters.harmonicNum)
@@ -237,7 +239,7 @@ bool PulsarCalculate::acceptScan(int averageCount)
 {
     const int length = Tools::averagedLength(fixedPoints, averageCount, parameters.withNull);
     const std::vector<double> dispersions = trialDispersions();
-    if (!acceptSelection() || !acceptDispersion(parameters.dispersion) ||
+    if (!acceptDispersion(parameters.dispersion) || !acceptSelection(dispersions.back()) ||
         !acceptDispersion(dispersions.back()) || !acceptSpectrum(length))
         return false;
     if (parameters.harmonicNum < 1 || parameters.harmonicNum >= length / 2)
@@ -248,12 +250,13 @@ bool PulsarCalculate::acceptScan(int averageCount)
     outcome.points = trials;
     outcome.axis = {PulsarAxis::Kind::Dispersion, 0, dispersions[1], 0};
     outcome.description =
-        QString("Harmonic number = %1, period = %2 s\nDispersions = 0 - %3, step = %4\n"
-                "Number of points is fixed - 16384\n")
+        QString(
+            "Harmonic number = %1, period = %2 s (topocentric)\nDispersions = 0 - %3, step = %4\n"
+            "Number of points is fixed - 16384\n")
             .arg(parameters.harmonicNum)
-            .arg(PulsarText::general(length * Tools::averagedStepFactor(averageCount, false) *
+            .arg(ReportText::general(length * Tools::averagedStepFactor(averageCount, false) *
                                      data.tresolution / parameters.harmonicNum),
-                 PulsarText::general(dispersions.back()), PulsarText::general(dispersions[1]));
+                 ReportText::general(dispersions.back()), ReportText::general(dispersions[1]));
     return true;
 }
 
@@ -261,7 +264,8 @@ bool PulsarCalculate::sumAllDispersions()
 {
     if (!acceptScan(parameters.averageCount))
         return false;
-    deleteStepsForSums(largestDispersion);
+    if (!deleteStepsForSums(largestDispersion))
+        return false;
     Scan scan;
     if (!scanDispersions(parameters.firstPoint, parameters.averageCount, 0, 100, scan))
         return false;
@@ -278,7 +282,8 @@ bool PulsarCalculate::sumMultiDispersions()
     // Averaging does not move a harmonic; it only shortens the spectrum.
     if (!acceptScan(parameters.averageCount))
         return false;
-    deleteStepsForSums(largestDispersion);
+    if (!deleteStepsForSums(largestDispersion))
+        return false;
     outcome.description += "\nChange: averages (see colors)\n\n";
     const int curves = parameters.averageCount + 1;
     for (int n = 0; n < curves; ++n) {
@@ -311,12 +316,13 @@ bool PulsarCalculate::sumTimeDispersions()
 
     const int reach = longestShift(largestDispersion);
     const qint64 end = qint64(starts.back()) + fixedPoints + reach;
-    deleteSteps(std::max(0, starts.front() - reach), int(std::min<qint64>(end, data.npoints)), 0,
-                sumBands);
+    if (!deleteSteps(std::max(0, starts.front() - reach), int(std::min<qint64>(end, data.npoints)),
+                     0, sumBands))
+        return false;
     outcome.description +=
         QString("Delta = %1 points, %2 s\n\nChange: first point (see colors)\n\n")
             .arg(delta)
-            .arg(PulsarText::general(delta * data.tresolution));
+            .arg(ReportText::general(delta * data.tresolution));
     const int curves = int(starts.size());
     for (int k = 0; k < curves; ++k) {
         Scan scan;

@@ -35,5 +35,6 @@ struct ObservationData {
     QString filePath;           ///< full path; of the parent recording, for derived files
     std::vector<double> fbands; ///< band centres, MHz, in file order
     bool samplesShared = false; ///< samples belong to another record; freeing does not depend on it
-    Samples samples;            ///< samples[module][channel][ray][point]; null: passport only
+    std::vector<int> moduleNumbers; ///< of the modules in file order, as the passport has them
+    Samples samples;                ///< samples[module][channel][ray][point]; null: passport only
 };

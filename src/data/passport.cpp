@@ -12,8 +12,8 @@
 namespace {
 
 constexpr qint64 firstRead = 4096;
-constexpr qint64 moscowOffset = 3 * 3600; // s; clock times without "UTC" are UTC+3
-constexpr double farthestShift = 1e12;    // s; a date that far away is no date
+constexpr qint64 localTimeOffset = 3 * 3600; // s; clock times without "UTC" are UTC+3
+constexpr double farthestShift = 1e12;       // s; a date that far away is no date
 
 // Takes the line that begins at `position`, without its end, and moves to the next one.
 // Returns false where the bytes end before the line does; the line is then their rest.
@@ -101,6 +101,8 @@ void readModules(const Passport &passport, ObservationData &data)
             data.modules = numbers.size();
             if (!numbers.isEmpty())
                 data.firstModule = numbers.first().toInt();
+            for (const QString &number : numbers)
+                data.moduleNumbers.push_back(number.toInt());
             break;
         }
     }
@@ -108,6 +110,7 @@ void readModules(const Passport &passport, ObservationData &data)
         data.module = passport.entries["module"].trimmed().toInt();
         data.modules = 1;
         data.firstModule = data.module;
+        data.moduleNumbers = {data.module};
     }
 }
 
@@ -120,7 +123,7 @@ QDateTime beginOfClock(const Passport &passport)
     if (!date.isValid() || !time.isValid())
         return {};
     const QDateTime begin(date, time, Qt::UTC);
-    return clockText.contains("UTC") ? begin : begin.addSecs(-moscowOffset);
+    return clockText.contains("UTC") ? begin : begin.addSecs(-localTimeOffset);
 }
 
 QString starTime(const QString &text)

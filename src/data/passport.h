@@ -22,7 +22,7 @@ struct RecordingHeader {
 };
 
 /// Longest passport that is read, bytes. Real ones take a few kilobytes.
-inline constexpr qint64 passportSizeLimit = qint64(16) << 20;
+inline constexpr qint64 passportSizeLimit = qint64(1) << 20;
 
 /// Splits the beginning of a recording into passport entries.
 ///

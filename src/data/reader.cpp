@@ -167,7 +167,8 @@ ReadResult readFile(const QString &path, bool headerOnly, const SampleReadingHoo
     if (!openRecording(file, reason))
         return {ObservationData(), ReadOutcome::CannotOpen, reason};
 
-    const RecordingHeader header = recordingHeader(readPassport(file), path);
+    const Passport passport = readPassport(file);
+    const RecordingHeader header = recordingHeader(passport, path);
     if (!header.problem.isEmpty())
         return {header.data, ReadOutcome::BadPassport,
                 QString("%1 is not a usable recording: %2. Check that it is a .pnt or .pnthr "
@@ -175,6 +176,12 @@ ReadResult readFile(const QString &path, bool headerOnly, const SampleReadingHoo
                     .arg(path, header.problem)};
     if (headerOnly)
         return {header.data, ReadOutcome::Complete, {}};
+    // Samples taken for passport lines, or the other way round, would look like data.
+    if (!passport.complete)
+        return withoutSamples(header.data, ReadOutcome::BadPassport,
+                              QString("%1 is damaged: its first line announces more passport lines "
+                                      "than the file has. Copy the file again.")
+                                  .arg(path));
     if (header.data.modules < 1) {
         debugLine("------------------- data ERROR! modules =", header.data.modules);
         return {header.data, ReadOutcome::BadPassport,

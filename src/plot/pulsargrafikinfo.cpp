@@ -144,7 +144,7 @@ void PulsarGrafikInfo::readDispersions()
     for (QLineEdit *field : dispersionFields()) {
         bool isNumber = false;
         const double dispersion = field->text().trimmed().toDouble(&isNumber);
-        isNumber = isNumber && std::isfinite(dispersion);
+        isNumber = isNumber && std::isfinite(dispersion) && dispersion >= 0;
         field->setStyleSheet(isNumber ? QString() : QString("background-color: #f4cccc;"));
         if (!isNumber && firstBad == nullptr)
             firstBad = field;

@@ -242,9 +242,12 @@ void TestPulsarForm::fourDispersions()
     QVERIFY2(report().contains("\ndisp3 = 3.0 value = "), qPrintable(report()));
 
     type("dispersion2", "7.5");
-    type("dispersion", "10");
     find<QPushButton>("changeDispersionsButton")->click();
     QVERIFY2(report().contains("\ndisp2 = 7.5 value = "), qPrintable(report()));
+
+    type("dispersion2", "-1");
+    find<QPushButton>("changeDispersionsButton")->click();
+    QCOMPARE(find<QLineEdit>("dispersion2")->styleSheet(), QString(failing));
 }
 
 void TestPulsarForm::refusals_data()
@@ -317,7 +320,7 @@ void TestPulsarForm::badNumberCountsAsZero()
     type("dispersion", "abc");
     find<QRadioButton>("sumChannelsDemoNoise")->click();
     QVERIFY2(report().contains("Dispersion = 0\n"), qPrintable(report()));
-    QVERIFY2(report().contains("\"dispersion\" is no number"), qPrintable(report()));
+    QVERIFY2(report().contains("\"Dispersion\" is no number"), qPrintable(report()));
     QCOMPARE(find<QLineEdit>("dispersion")->styleSheet(), QString(failing));
 }
 

@@ -2,7 +2,7 @@
 #include "support/recordings.h"
 #include "support/testmain.h"
 
-class TestPulsarTexts : public QObject {
+class TestFormTexts : public QObject {
     Q_OBJECT
 
 private slots:
@@ -16,7 +16,7 @@ private slots:
     void spectrumLabels();
 };
 
-void TestPulsarTexts::numbers_data()
+void TestFormTexts::numbers_data()
 {
     using Values = QVector<double>;
     QTest::addColumn<QString>("text");
@@ -31,14 +31,14 @@ void TestPulsarTexts::numbers_data()
     QTest::newRow("empty") << "" << Values{};
 }
 
-void TestPulsarTexts::numbers()
+void TestFormTexts::numbers()
 {
     QFETCH(QString, text);
-    const std::vector<double> read = PulsarTexts::numbers(text);
+    const std::vector<double> read = FormTexts::numbers(text);
     QTEST(QVector<double>(read.begin(), read.end()), "values");
 }
 
-void TestPulsarTexts::startByUtc_data()
+void TestFormTexts::startByUtc_data()
 {
     // 50000 points of 12.4928 ms are 624.64 s: 23:55:00 to 00:05:24.
     QTest::addColumn<QString>("time");
@@ -54,7 +54,7 @@ void TestPulsarTexts::startByUtc_data()
     QTest::newRow("hour 24") << "24:00:00" << 0 << "hh:mm:ss";
 }
 
-void TestPulsarTexts::startByUtc()
+void TestFormTexts::startByUtc()
 {
     ObservationData data;
     data.npoints = 50000;
@@ -62,59 +62,59 @@ void TestPulsarTexts::startByUtc()
     data.beginTime = QDateTime(QDate(2015, 4, 1), QTime(23, 55), Qt::UTC);
     QFETCH(QString, time);
     QFETCH(QString, error);
-    const PulsarTexts::StartPoint start = PulsarTexts::pointAtUtc(data, time);
+    const FormTexts::StartPoint start = FormTexts::pointAtUtc(data, time);
     QTEST(start.point, "point");
     QCOMPARE(start.error.isEmpty(), error.isEmpty());
     QVERIFY2(start.error.contains(error), qPrintable(start.error));
 }
 
-void TestPulsarTexts::startByUtcNeedsABegin()
+void TestFormTexts::startByUtcNeedsABegin()
 {
     ObservationData data;
     data.npoints = 50000;
     data.tresolution = 0.0124928;
-    QVERIFY(PulsarTexts::pointAtUtc(data, "12:00:00").error.contains("no begin time"));
+    QVERIFY(FormTexts::pointAtUtc(data, "12:00:00").error.contains("no begin time"));
 }
 
-void TestPulsarTexts::trueNumbers()
+void TestFormTexts::trueNumbers()
 {
     ObservationData data;
     data.modules = 1;
     data.rays = 1;
-    data.firstModule = 3;
+    data.moduleNumbers = {3};
     data.ray = 5;
     PulsarParameters parameters;
-    QCOMPARE(PulsarTexts::selection("sum4Dispersions", data, parameters, 8192),
+    QCOMPARE(FormTexts::selection("sum4Dispersions", data, parameters, 8192),
              QString("Action:sum4Dispersions\nModule:1 (number 3)\nChannel:1\nRay:1 (number 5)\n"
                      "Points:8192"));
-    data.firstModule = 1;
+    data.moduleNumbers = {1};
     data.ray = -1;
     data.rays = 8;
     parameters.ray = 7;
-    QCOMPARE(PulsarTexts::selection("showNative", data, parameters, 16384),
+    QCOMPARE(FormTexts::selection("showNative", data, parameters, 16384),
              QString("Action:showNative\nModule:1\nChannel:1\nRay:7\nPoints:16384"));
 }
 
-void TestPulsarTexts::timeLabels()
+void TestFormTexts::timeLabels()
 {
     ObservationData data;
     data.tresolution = 0.0124928;
     data.beginTime = QDateTime(QDate(2015, 4, 1), QTime(23, 59, 59), Qt::UTC);
     const PulsarAxis axis = {PulsarAxis::Kind::Points, 1000, 1};
-    const PulsarTexts::AxisLabels labels = PulsarTexts::axisLabels(axis, 3, data);
+    const FormTexts::AxisLabels labels = FormTexts::axisLabels(axis, 3, data);
     QCOMPARE(labels.row1, (QVector<QString>{"1000", "1001", "1002"}));
     QCOMPARE(labels.row2, (QVector<QString>{"00:00:11.492", "00:00:11.505", "00:00:11.517"}));
     data.beginTime = QDateTime();
-    QVERIFY(PulsarTexts::axisLabels(axis, 3, data).row2.isEmpty());
+    QVERIFY(FormTexts::axisLabels(axis, 3, data).row2.isEmpty());
 }
 
-void TestPulsarTexts::spectrumLabels()
+void TestFormTexts::spectrumLabels()
 {
     const PulsarAxis axis = {PulsarAxis::Kind::Frequency, 0, 0.005};
-    const PulsarTexts::AxisLabels labels = PulsarTexts::axisLabels(axis, 3, {});
+    const FormTexts::AxisLabels labels = FormTexts::axisLabels(axis, 3, {});
     QCOMPARE(labels.row1, (QVector<QString>{"0.0000 Hz", "0.0050 Hz", "0.0100 Hz"}));
     QCOMPARE(labels.row2, (QVector<QString>{"-", "200 s", "100 s"}));
 }
 
-ZRT_UNIT_TEST_MAIN(TestPulsarTexts)
+ZRT_UNIT_TEST_MAIN(TestFormTexts)
 #include "tst_pulsartexts.moc"

@@ -50,7 +50,7 @@ PulsarForm::PulsarForm(const QString &path, QWidget *parent)
     : QWidget(parent), ui(new Ui::PulsarForm)
 {
     ui->setupUi(this);
-    ui->filePath->setText(PulsarTexts::fileLabel(path));
+    ui->filePath->setText(FormTexts::fileLabel(path));
     emptyCentralWidget();
     progressBar = Settings::instance()->progressBar();
     if (!readRecording(path)) {
@@ -86,8 +86,9 @@ bool PulsarForm::readRecording(const QString &path)
     }
     if (reader.outcome() == ReadOutcome::Cancelled)
         return false;
+    readProblem = reader.reason();
     if (data.npoints < 1 || data.samples == nullptr) {
-        showError(parentWidget(), "Bad file!\nFile without data", reader.reason());
+        showError(parentWidget(), "Bad file!\nFile without data", readProblem);
         return false;
     }
     if (data.npoints < shortestRecording) {
@@ -135,12 +136,17 @@ void PulsarForm::redraw()
         showError(this, "Check Action!");
         return;
     }
-    if (action != shownAction)
-        wantedPoints = 0;
+    compute(action, action == shownAction ? wantedPoints : 0);
+}
+
+// A success replaces what is shown; a failure is reported and changes nothing.
+void PulsarForm::compute(const QString &action, int points)
+{
     clearMarks();
-    const std::optional<PulsarParameters> parameters = readParameters();
+    std::optional<PulsarParameters> parameters = readParameters();
     if (!parameters)
         return;
+    parameters->points = points;
 
     auto next = std::make_unique<PulsarCalculate>(data, *parameters);
     if (!runShowingProgress(*next, action)) {
@@ -152,6 +158,7 @@ void PulsarForm::redraw()
     shownParameters = *parameters;
     shownAction = action;
     shownUnreadable = unreadableFields;
+    wantedPoints = points;
     showResult();
 }
 
@@ -180,11 +187,10 @@ std::optional<PulsarParameters> PulsarForm::readParameters()
     parameters.module = ui->module->value();
     parameters.ray = ui->ray->value();
     parameters.channel = ui->channel->value();
-    parameters.period = readNumber(ui->period);
+    parameters.period = readNumber(ui->period, ui->periodLabel->text());
     readDispersions(parameters);
     if (!readStart(parameters))
         return std::nullopt;
-    parameters.points = wantedPoints;
     parameters.deleteStep = ui->checkDeleteStep->isChecked();
     parameters.averageCount = ui->averageCount->value();
     parameters.withNull = ui->averageWithNull->isChecked();
@@ -197,27 +203,35 @@ std::optional<PulsarParameters> PulsarForm::readParameters()
 }
 
 // A text that is no number counts as 0; its field is marked and named in the report.
-double PulsarForm::readNumber(QLineEdit *field)
+double PulsarForm::readNumber(QLineEdit *field, const QString &name)
 {
-    const std::vector<double> numbers = PulsarTexts::numbers(field->text());
+    const std::vector<double> numbers = FormTexts::numbers(field->text());
     if (numbers.size() == 1)
         return numbers[0];
     markFailing(field);
-    unreadableFields << field->objectName();
+    unreadableFields << name;
     return 0;
 }
 
 void PulsarForm::readDispersions(PulsarParameters &parameters)
 {
-    const std::vector<double> numbers = PulsarTexts::numbers(ui->dispersion->text());
-    if (numbers.size() == 4) {
-        parameters.dispersion = numbers[0];
-        std::copy(numbers.begin(), numbers.end(), parameters.dispersions.begin());
-    } else {
-        const double dm = readNumber(ui->dispersion);
-        parameters.dispersion = dm;
-        parameters.dispersions = chosenDispersions.value_or(std::array{0.0, dm / 2, dm, 2 * dm});
+    const QString text = ui->dispersion->text();
+    const std::vector<double> numbers = FormTexts::numbers(text);
+    const bool isFour = numbers.size() == 4;
+    // What was entered last counts: four numbers here, or four in the panel.
+    if (text != lastDispersionText && isFour) {
+        chosenDispersions.emplace();
+        std::copy(numbers.begin(), numbers.end(), chosenDispersions->begin());
+        dispersionsAreTyped = true;
+    } else if (text != lastDispersionText && dispersionsAreTyped) {
+        chosenDispersions.reset();
+        dispersionsAreTyped = false;
     }
+    lastDispersionText = text;
+
+    const double dm = isFour ? numbers[0] : readNumber(ui->dispersion, ui->dispersionLabel->text());
+    parameters.dispersion = dm;
+    parameters.dispersions = chosenDispersions.value_or(std::array{0.0, dm / 2, dm, 2 * dm});
     info->setDispersions(parameters.dispersions);
 }
 
@@ -226,15 +240,16 @@ bool PulsarForm::readStart(PulsarParameters &parameters)
 {
     const bool byPoint = ui->isFirstPoint->isChecked();
     QLineEdit *const delta = byPoint ? ui->firstPointDelta : ui->zrtUtcDelta;
-    const double typed = delta->text().isEmpty() ? 0 : readNumber(delta);
+    const double typed = delta->text().isEmpty() ? 0 : readNumber(delta, ui->deltaLabel->text());
     parameters.startDelta = byPoint ? typed : typed / data.tresolution;
     if (byPoint) {
         // Far beyond every recording, so that the action names the allowed range.
         constexpr double limit = 2e9;
-        parameters.firstPoint = int(std::clamp(readNumber(ui->firstPoint), -limit, limit));
+        parameters.firstPoint =
+            int(std::clamp(readNumber(ui->firstPoint, ui->isFirstPoint->text()), -limit, limit));
         return true;
     }
-    const PulsarTexts::StartPoint start = PulsarTexts::pointAtUtc(data, ui->zrtUtc->text());
+    const FormTexts::StartPoint start = FormTexts::pointAtUtc(data, ui->zrtUtc->text());
     if (start.error.isEmpty()) {
         parameters.firstPoint = start.point;
         parameters.startTime = ui->zrtUtc->text();
@@ -265,7 +280,9 @@ void PulsarForm::reportFailure(const PulsarCalculate &failed)
     QString name = failed.failedParameter();
     if (ui->isZrtUtc->isChecked())
         name.replace("firstPoint", "zrtUtc");
-    QWidget *const field = name.isEmpty() ? nullptr : findChild<QWidget *>(name);
+    QWidget *field = name.isEmpty() ? nullptr : findChild<QWidget *>(name);
+    if (!field && !name.isEmpty())
+        field = info->findChild<QWidget *>(name);
     if (field)
         markFailing(field);
     showError(this, failed.failure());
@@ -277,6 +294,7 @@ void PulsarForm::changeDispersions(const QVector<double> &dispersions)
 {
     chosenDispersions.emplace();
     std::copy_n(dispersions.begin(), 4, chosenDispersions->begin());
+    dispersionsAreTyped = false;
     redraw();
 }
 
@@ -284,17 +302,18 @@ void PulsarForm::changeDispersions(const QVector<double> &dispersions)
 // of what they gave.
 void PulsarForm::changePoints(int points)
 {
-    wantedPoints = points;
-    if (!calculate)
+    if (!calculate || running)
         return;
     if (takesPoints(shownAction)) {
         // "Reset points" goes back to all of the recording.
-        if (wantedPoints == 0)
-            wantedPoints = data.npoints;
-        redraw();
-    } else {
-        showResult();
+        compute(shownAction, points > 0 ? points : data.npoints);
+        return;
     }
+    wantedPoints = points;
+    if (shownMulti)
+        showMultiResult(*shownMulti);
+    else
+        showResult();
 }
 
 void PulsarForm::showResult()
@@ -306,12 +325,14 @@ void PulsarForm::showResult()
     info->setMultiResults(multiNames);
     info->setFourierControls(shownAction == "sumChannelsAndFourier");
     info->setDispersionControls(shownAction == "sum4Dispersions");
+    shownMulti.reset();
     showCurves(result.curves, 0);
     showTexts(result.description, result.names, 0);
 }
 
 void PulsarForm::showMultiResult(int index)
 {
+    shownMulti = index;
     const PulsarMultiResult &multi = calculate->result().multi[std::size_t(index)];
     showCurves(multi.curves, index);
     showTexts(multi.description, multi.names, index);
@@ -329,7 +350,7 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, int f
         plot.graphs.emplace_back(curve.begin(), curve.begin() + count);
         plot.colours << plotColour(firstColour + int(plot.colours.size())).code;
     }
-    const PulsarTexts::AxisLabels labels = PulsarTexts::axisLabels(result.axis, count, data);
+    const FormTexts::AxisLabels labels = FormTexts::axisLabels(result.axis, count, data);
     plot.labelsX1 = labels.row1;
     plot.labelsX2 = labels.row2;
     for (const int marker : result.markers) {
@@ -337,12 +358,14 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, int f
             plot.markers.push_back(marker);
     }
     plot.numPoints = count;
-    if (result.axis.kind == PulsarAxis::Kind::Points)
+    if (result.axis.kind == PulsarAxis::Kind::Points) {
         plot.xOffset = int(result.axis.first);
-    plot.beginTime = data.beginTime;
-    plot.msPerPoint = data.tresolution * 1000;
+        plot.msPerPoint = data.tresolution * result.axis.step * 1000;
+        plot.beginTime =
+            data.beginTime.addMSecs(qint64(result.axis.first * data.tresolution * 1000));
+    }
     const Plot::Range range = Plot::verticalRange(plot);
-    plot.yPrecision = PulsarTexts::labelDecimals(range.max - range.min);
+    plot.yPrecision = FormTexts::labelDecimals(range.max - range.min);
     grafik->setData(std::move(plot));
     grafik->recomputeRange();
     info->setPoints(takesPoints(shownAction) ? result.stretch : count);
@@ -351,13 +374,15 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, int f
 void PulsarForm::showTexts(const QString &description, const QStringList &names, int firstColour)
 {
     const PulsarResult &result = calculate->result();
-    QStringList report = {PulsarTexts::selection(shownAction, data, shownParameters, result.points),
+    QStringList report = {FormTexts::selection(shownAction, data, shownParameters, result.points),
                           description};
     report << result.remarks;
+    if (!readProblem.isEmpty())
+        report << readProblem;
     for (const QString &field : std::as_const(shownUnreadable))
         report << "\"" + field + "\" is no number and counts as 0.";
 
-    const PulsarTexts::AxisTitles titles = PulsarTexts::axisTitles(result.axis);
+    const FormTexts::AxisTitles titles = FormTexts::axisTitles(result.axis);
     QStringList legend;
     for (int i = 0; i < names.size(); ++i)
         legend << plotColour(firstColour + i).name + ": " + names[i];

@@ -46,9 +46,10 @@ protected:
 private:
     bool readRecording(const QString &path);
     void connectInputs();
+    void compute(const QString &action, int points);
     bool runShowingProgress(PulsarCalculate &calculation, const QString &action);
     std::optional<PulsarParameters> readParameters();
-    double readNumber(QLineEdit *field);
+    double readNumber(QLineEdit *field, const QString &name);
     void readDispersions(PulsarParameters &parameters);
     bool readStart(PulsarParameters &parameters);
     void markFailing(QWidget *field);
@@ -69,7 +70,10 @@ private:
 
     bool running = false;
     QStringList unreadableFields;
-    std::optional<std::array<double, 4>> chosenDispersions;
+    QString readProblem;                                    // of a file that ends early
+    std::optional<std::array<double, 4>> chosenDispersions; // by the user; none: from the DM
+    bool dispersionsAreTyped = false;                       // and that in the field "Dispersion"
+    QString lastDispersionText;
     int wantedPoints = 0; // 0: what the action gives
 
     // The last successful calculation, what it was made with, and its fields without a number.
@@ -77,4 +81,5 @@ private:
     PulsarParameters shownParameters;
     QString shownAction;
     QStringList shownUnreadable;
+    std::optional<int> shownMulti; // index of the one result that is shown alone
 };

@@ -1,24 +1,49 @@
 #include "forms/pulsar/pulsartexts.h"
 
 #include <QRegularExpression>
+#include <algorithm>
 #include <cmath>
 
-namespace PulsarTexts {
+namespace FormTexts {
 
 namespace {
 
 constexpr qint64 msPerDay = 24LL * 3600 * 1000;
+constexpr double longestTime = 1e15; // ms; beyond it a step is no time
 
+// A count from 1 with the number that the passport gives to what it counts, where it differs.
 QString withTrueNumber(int number, int trueNumber)
 {
     const QString text = QString::number(number);
-    return number == trueNumber ? text : text + QString(" (number %1)").arg(trueNumber);
+    return trueNumber < 1 || number == trueNumber ? text
+                                                  : text + QString(" (number %1)").arg(trueNumber);
+}
+
+// "hh:mm:ss.zzz"; formatting by date-time objects would take most of the time of long plots.
+QString timeOfDay(qint64 ms)
+{
+    ms = (ms % msPerDay + msPerDay) % msPerDay;
+    const int parts[] = {int(ms / 3600000), int(ms / 60000 % 60), int(ms / 1000 % 60)};
+    QString text;
+    text.reserve(12);
+    for (const int part : parts) {
+        if (!text.isEmpty())
+            text += ':';
+        text += QChar('0' + part / 10);
+        text += QChar('0' + part % 10);
+    }
+    const int fraction = int(ms % 1000);
+    text += '.';
+    text += QChar('0' + fraction / 100);
+    text += QChar('0' + fraction / 10 % 10);
+    text += QChar('0' + fraction % 10);
+    return text;
 }
 
 // One digit beyond the step: neighbouring values differ, and no digit is noise.
 int decimalsOfStep(double step)
 {
-    return std::clamp(int(std::ceil(-std::log10(step))) + 1, 0, 12);
+    return int(std::clamp(std::ceil(-std::log10(step)) + 1, 0.0, 12.0));
 }
 
 AxisLabels timeLabels(const PulsarAxis &axis, int count, const ObservationData &data)
@@ -26,15 +51,16 @@ AxisLabels timeLabels(const PulsarAxis &axis, int count, const ObservationData &
     AxisLabels labels;
     labels.row1.reserve(count);
     for (int i = 0; i < count; ++i)
-        labels.row1 << QString::number(axis.first + i * axis.step, 'f', 0);
-    if (!data.beginTime.isValid())
+        labels.row1 << QString::number(qint64(axis.first + i * axis.step));
+    const double msPerPoint = data.tresolution * 1000;
+    const double lastMs = (axis.first + count * axis.step) * msPerPoint;
+    if (!data.beginTime.isValid() || !(std::abs(lastMs) < longestTime))
         return labels;
     labels.row2.reserve(count);
-    const double msPerPoint = data.tresolution * 1000;
-    for (int i = 0; i < count; ++i) {
-        const double ms = std::floor((axis.first + i * axis.step) * msPerPoint);
-        labels.row2 << data.beginTime.addMSecs(qint64(ms)).toString("hh:mm:ss.zzz");
-    }
+    const qint64 begin = data.beginTime.time().msecsSinceStartOfDay();
+    for (int i = 0; i < count; ++i)
+        labels.row2 << timeOfDay(begin +
+                                 qint64(std::floor((axis.first + i * axis.step) * msPerPoint)));
     return labels;
 }
 
@@ -107,12 +133,18 @@ StartPoint pointAtUtc(const ObservationData &data, const QString &time)
     if (!wanted.isValid())
         return {0, "\"" + time + "\" is no time.\nType ZRT UTC as hh:mm:ss."};
 
+    if (!(data.tresolution > 0) || !(data.npoints * data.tresolution < longestTime / 1000))
+        return {0,
+                QString("The passport gives a step of %1 ms (tresolution), so that no time can be "
+                        "found in the recording.\nChoose \"First point\" instead.")
+                    .arg(data.tresolution * 1000)};
+
     const qint64 sinceBegin = data.beginTime.time().msecsTo(wanted);
     const double ms = double(sinceBegin < 0 ? sinceBegin + msPerDay : sinceBegin);
     // The tiny surplus keeps a time that is a whole number of steps on its own point.
     const double point = std::floor(ms / (data.tresolution * 1000) + 1e-6);
     if (point >= data.npoints) {
-        const qint64 length = qint64(data.npoints * data.tresolution * 1000);
+        const qint64 length = qint64((data.npoints - 1) * data.tresolution * 1000);
         return {0, QString("%1 UTC is not in the recording.\nAllowed: %2 to %3.")
                        .arg(time, data.beginTime.toString("hh:mm:ss"),
                             data.beginTime.addMSecs(length).toString("hh:mm:ss"))};
@@ -123,7 +155,9 @@ StartPoint pointAtUtc(const ObservationData &data, const QString &time)
 QString selection(const QString &action, const ObservationData &data,
                   const PulsarParameters &parameters, int points)
 {
-    const int trueModule = data.firstModule + parameters.module - 1;
+    const std::size_t module = std::size_t(parameters.module - 1);
+    const int trueModule =
+        module < data.moduleNumbers.size() ? data.moduleNumbers[module] : parameters.module;
     const int trueRay = data.ray > 0 && data.rays == 1 ? data.ray : parameters.ray;
     return "Action:" + action + "\nModule:" + withTrueNumber(parameters.module, trueModule) +
            "\nChannel:" + QString::number(parameters.channel) +
@@ -166,4 +200,4 @@ int labelDecimals(double range)
     return std::clamp(2 - int(std::floor(std::log10(range))), 0, 9);
 }
 
-} // namespace PulsarTexts
+} // namespace FormTexts

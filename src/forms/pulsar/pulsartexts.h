@@ -8,7 +8,7 @@
 #include <vector>
 
 /// Texts of the pulsar form to numbers and back, without widgets.
-namespace PulsarTexts {
+namespace FormTexts {
 
 /// Label of the file: "File: " and the path with a blank after every slash, so that it can
 /// wrap.
@@ -50,4 +50,4 @@ AxisLabels axisLabels(const PulsarAxis &axis, int count, const ObservationData &
 /// Decimals that tell labels 50 pixels apart from each other on an axis of that range.
 int labelDecimals(double range);
 
-} // namespace PulsarTexts
+} // namespace FormTexts

@@ -2,8 +2,8 @@
 
 #include <QString>
 
-/// Numbers as the reports of the pulsar form write them.
-namespace PulsarText {
+/// Numbers as reports write them.
+namespace ReportText {
 
 /// General notation with 6 significant digits.
 inline QString general(double value)
@@ -20,4 +20,4 @@ inline QString count(double expected)
 /// A value with its error, both to the second digit of the error: "26.21 +- 0.13".
 QString withError(double value, double error);
 
-} // namespace PulsarText
+} // namespace ReportText
