@@ -1,78 +1,82 @@
+#include "data/passport.h"
 #include "data/reader.h"
+#include "data/samplereader.h"
 #include "support/messageboxcatcher.h"
 #include "support/recordings.h"
+#include "support/shortdevice.h"
 #include "support/testmain.h"
 
 #include <QApplication>
-#include <QFile>
-#include <QTemporaryFile>
 #include <QTimer>
 #include <QWidget>
+#include <bit>
 #include <cstdio>
-#include <limits>
+#include <cstring>
+#include <random>
 #include <sys/stat.h>
 #include <unistd.h>
 
-using TestSupport::MessageBoxCatcher;
 using TestSupport::passportBytes;
-using TestSupport::recordingBytes;
 using TestSupport::Shape;
+
+Q_DECLARE_METATYPE(ReadOutcome)
+Q_DECLARE_METATYPE(Shape)
 
 namespace {
 
-// Each value tells its place.
-float sample(int point, int module, int channel, int ray)
+const Shape small = {100, 2, 7, 3};
+const Shape severalBlocks = {5000, 1, 513, 1}; // 10 MB: three of them
+
+// Every bit pattern may occur, among them NaNs that arithmetic would change.
+QByteArray recording(const Shape &shape)
 {
-    return float(point) + 0.5f * float(module) + 0.01f * float(channel) + 0.1f * float(ray);
+    std::mt19937 bits(1);
+    return TestSupport::recordingBytes(
+        shape, [&](int, int, int, int) { return std::bit_cast<float>(quint32(bits())); });
 }
 
-// What the program writes to standard output while this lives.
-class StandardOutput {
-public:
-    StandardOutput()
-    {
-        std::fflush(stdout);
-        terminal = dup(STDOUT_FILENO);
-        file.open();
-        dup2(file.handle(), STDOUT_FILENO);
-    }
+// The first sample that is not, bit by bit, what reading the values of the file one by one
+// gives. Values that are not wholly in it must be zero.
+QString firstDifference(const ObservationData &data, const QByteArray &file)
+{
+    qint64 position = parsePassport(file).size;
+    for (int p = 0; p < data.npoints; ++p)
+        for (int m = 0; m < data.modules; ++m)
+            for (int r = 0; r < data.rays; ++r)
+                for (int c = 0; c < data.channels; ++c, position += 4) {
+                    float expected = 0;
+                    if (position + 4 <= file.size())
+                        std::memcpy(&expected, file.constData() + position, 4);
+                    if (std::memcmp(&data.samples[m][c][r][p], &expected, 4) != 0)
+                        return QString("point %1 channel %2").arg(p).arg(c);
+                }
+    return {};
+}
 
-    ~StandardOutput() { restore(); }
-
-    QByteArray text()
-    {
-        restore();
-        file.seek(0);
-        return file.readAll();
-    }
-
-private:
-    void restore()
-    {
-        if (terminal < 0)
-            return;
-        std::fflush(stdout);
-        dup2(terminal, STDOUT_FILENO);
-        close(terminal);
-        terminal = -1;
-    }
-
+// What the program writes to standard output while `run` lasts.
+QByteArray printed(const std::function<void()> &run)
+{
     QTemporaryFile file;
-    int terminal = -1;
-};
+    file.open();
+    std::fflush(stdout);
+    const int terminal = dup(STDOUT_FILENO);
+    dup2(file.handle(), STDOUT_FILENO);
+    run();
+    std::fflush(stdout);
+    dup2(terminal, STDOUT_FILENO);
+    close(terminal);
+    file.seek(0);
+    return file.readAll();
+}
 
 // The record that stands for "nothing".
-void compareEmpty(const ObservationData &data)
+void compareEmpty(const ObservationData &d)
 {
-    QCOMPARE((QVector{data.npoints, data.point, data.channels, data.rays, data.dispersion}),
-             (QVector{0, 0, 0, 0, 0}));
-    QCOMPARE((QVector{data.modules, data.module, data.ray, data.spareNumber, data.firstModule}),
-             (QVector{-1, -1, -1, -1, 1}));
-    QVERIFY(data.samples == nullptr);
+    QCOMPARE((QVector{d.npoints, d.point, d.channels, d.rays, d.firstModule}),
+             (QVector{0, 0, 0, 0, 1}));
+    QCOMPARE((QVector{d.modules, d.module, d.ray, d.spareNumber}), (QVector{-1, -1, -1, -1}));
+    QVERIFY(d.samples == nullptr);
 }
-
-const Shape smallShape = {100, 2, 7, 3};
-const Shape severalBlocks = {5000, 1, 513, 1}; // 10 MB: three blocks
 
 } // namespace
 
@@ -80,357 +84,239 @@ class TestReader : public QObject {
     Q_OBJECT
 
 private slots:
-    void wholeRecording();
-    void headerOnly();
-    void realRecordingHasItsMeanChannel();
-    void unusableFiles_data();
-    void unusableFiles();
-    void specialFiles_data();
-    void specialFiles();
-    void fileWithoutPermission();
-    void tooLargeForTheMemory_data();
-    void tooLargeForTheMemory();
-    void noModules();
-    void shortFileInteractive();
-    void shortFileInBatch_data();
-    void shortFileInBatch();
-    void slowReadingInteractive();
-    void slowReadingInBatch();
-    void fileThatShrinks();
-    void eventsAreProcessed();
-    void cancelledFromAnEvent();
+    void everyValueInItsPlace_data();
+    void everyValueInItsPlace();
+    void refused_data();
+    void refused();
+    void batchAndInteractive_data();
+    void batchAndInteractive();
     void secondReadingIsRefused();
-    void readerDeletedWhileReading();
+    void cancelledOrDeletedFromAnEvent();
 
 private:
     QString write(const QByteArray &bytes, const QString &name = "a.pnt")
     {
-        QString path = folder.filePath(name);
-        QFile file(path);
+        QFile file(folder.filePath(name));
         file.open(QIODevice::WriteOnly);
         file.write(bytes);
-        return path;
+        return file.fileName();
     }
 
     QTemporaryDir folder;
 };
 
-void TestReader::wholeRecording()
+void TestReader::everyValueInItsPlace_data()
 {
-    const QString path = write(recordingBytes(smallShape, sample));
-    Reader reader;
-    ObservationData copy;
-    {
-        const ObservationData data = Reader::readDataFile(&reader, path);
-        copy = data;
+    QTest::addColumn<Shape>("shape"); // points, modules, channels, rays
+    QTest::addColumn<int>("missing"); // bytes
+    const auto row = [](const char *name, const Shape &shape, int missing) {
+        QTest::newRow(name) << shape << missing;
+    };
+    row("one value a point", {1000, 1, 1, 1}, 0);
+    row("three values a point", {4099, 1, 3, 1}, 0);
+    row("less than a line of points", {15, 2, 7, 3}, 0);
+    row("one line of points", {16, 2, 7, 3}, 0);
+    row("a line and a point", {17, 2, 7, 3}, 0);
+    row("two values over several blocks", {1100003, 1, 2, 1}, 0);
+    row("a line of points beyond a block", {35, 1, 70001, 1}, 0);
+    row("a point beyond a block", {3, 1, 1100001, 1}, 0);
+    const Shape shape = {700, 6, 33, 8}; // 6336 bytes a point
+    row("two blocks", shape, 0);
+    row("one byte short", shape, 1);
+    row("17 points and a value short", shape, 17 * 6336 + 4);
+    row("only a value there", shape, 700 * 6336 - 4);
+    row("nothing there", shape, 700 * 6336);
+    row("large points, short", {18, 1, 70001, 1}, 3 * 280004 + 8);
+}
+
+// From a device that gives what is asked for, and from one that cuts values and fails at the end.
+void TestReader::everyValueInItsPlace()
+{
+    QFETCH(Shape, shape);
+    QFETCH(int, missing);
+    const QByteArray file = recording(shape).chopped(missing);
+    ObservationData data = recordingHeader(parsePassport(file), "a").data;
+    const QByteArray values = file.mid(int(parsePassport(file).size));
+    for (const bool poor : {false, true}) {
+        TestSupport::ShortDevice device(missing > 0 ? values : values + "more");
+        if (poor)
+            device.portion = 40093;
+        device.failsAtEnd = poor;
+        const auto block =
+            SampleBlock::allocate(shape.modules, shape.channels, shape.rays, shape.npoints);
+        data.samples = Samples(block);
+        const SampleReading reading =
+            readSamples(device, {shape.npoints, shape.modules, shape.channels, shape.rays}, *block);
+        QCOMPARE(reading.end == SampleReadingEnd::Complete, missing == 0);
+        QCOMPARE(reading.error, QString(poor && missing > 0 ? "the disk has gone" : ""));
+        QCOMPARE(firstDifference(data, file), QString());
     }
-    QVERIFY(reader.outcome() == ReadOutcome::Complete);
-    QCOMPARE(reader.reason(), QString());
-    QCOMPARE((QVector{copy.npoints, copy.modules, copy.channels, copy.rays}),
-             (QVector{100, 2, 7, 3}));
-    QCOMPARE(copy.filePath, path);
-    QCOMPARE(copy.sampleFactor, 0.89);
-    QCOMPARE(copy.sampleMarker, -1.0);
-    for (int m = 0; m < 2; ++m)
-        for (int c = 0; c < 7; ++c)
-            for (int r = 0; r < 3; ++r)
-                for (int p = 0; p < 100; ++p)
-                    QCOMPARE(copy.samples[m][c][r][p], sample(p, m, c, r));
 }
 
-void TestReader::headerOnly()
-{
-    const QString path = write(recordingBytes({40000, 1, 33, 8}, sample).left(1000));
-    Reader reader;
-    const ObservationData data = Reader::readDataFile(&reader, path, true);
-    QVERIFY(reader.outcome() == ReadOutcome::Complete);
-    QCOMPARE(data.npoints, 40000);
-    QCOMPARE(int(data.fbands.size()), 32);
-    QVERIFY(data.samples == nullptr);
-}
-
-// The 33rd channel of the published recordings is the mean over the 32 bands: it comes out
-// only where every band was put into its place.
-void TestReader::realRecordingHasItsMeanChannel()
-{
-    const QString path = TestSupport::realRecording("frb180417_1297MHz.pnt");
-    if (path.isEmpty())
-        QSKIP("this machine has no real recordings");
-    const ObservationData data = Reader::readDataFile(nullptr, path);
-    QCOMPARE((QVector{data.npoints, data.rays, data.channels}), (QVector{5120, 3, 33}));
-    for (int r = 0; r < 3; ++r)
-        for (int p = 0; p < data.npoints; p += 7) {
-            double sum = 0;
-            double size = 0;
-            for (int c = 0; c < 32; ++c) {
-                sum += data.samples[0][c][r][p];
-                size += std::abs(data.samples[0][c][r][p]);
-            }
-            // The file's mean is rounded to float.
-            const double difference = std::abs(sum / 32 - data.samples[0][32][r][p]);
-            QVERIFY2(difference <= 1e-6 * size, qPrintable(QString("point %1").arg(p)));
-        }
-}
-
-void TestReader::unusableFiles_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("npoints");
-    QTest::addColumn<QByteArray>("debug");
-    const QByteArray noChannels = "Error! No channels in file!";
-    QTest::newRow("empty file") << QByteArray() << -1 << noChannels;
-    QTest::newRow("one byte") << QByteArray("x") << -1 << noChannels;
-    QTest::newRow("zeros without a line") << QByteArray(20 << 20, '\0') << -1 << noChannels;
-    QTest::newRow("line ends only") << QByteArray(1 << 20, '\n') << -1 << noChannels;
-    QTest::newRow("no modules") << passportBytes({"npoints 5", "nbands 6"}) << -1
-                                << QByteArray("Error! No modules in file!");
-    QTest::newRow("negative points")
-        << passportBytes({"npoints -5", "nbands 6", "modulus 1"}) << 0 << QByteArray();
-    QTest::newRow("no points") << passportBytes({"npoints 0", "nbands 6", "modulus 1"}) << 0
-                               << QByteArray();
-    QTest::newRow("negative rays and channels")
-        << passportBytes({"npoints 5", "nbands -6", "rays -1", "modulus 1"}) << 0 << QByteArray();
-}
-
-void TestReader::unusableFiles()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(QByteArray, debug);
-    if (!debug.isEmpty())
-        QTest::ignoreMessage(QtDebugMsg, debug.constData());
-    const QString path = write(bytes);
-    Reader reader;
-    const ObservationData data = Reader::readDataFile(&reader, path);
-    QVERIFY(reader.outcome() == ReadOutcome::BadPassport);
-    QVERIFY2(reader.reason().contains(path), qPrintable(reader.reason()));
-    QTEST(data.npoints, "npoints");
-    QVERIFY(data.samples == nullptr);
-}
-
-void TestReader::specialFiles_data()
+void TestReader::refused_data()
 {
     QTest::addColumn<QString>("path");
-    const QString pipe = folder.filePath("pipe");
-    mkfifo(QFile::encodeName(pipe).constData(), 0600);
-    QTest::newRow("missing") << folder.filePath("missing.pnt");
-    QTest::newRow("no name") << QString();
-    QTest::newRow("directory") << folder.path();
-    QTest::newRow("pipe without a writer") << pipe;
-    QTest::newRow("endless device") << QString("/dev/zero");
+    QTest::addColumn<ReadOutcome>("outcome");
+    QTest::addColumn<int>("npoints");
+    QTest::addColumn<QString>("named"); // in the reason, beside the path
+    const auto row = [](const char *name, const QString &path) {
+        QTest::newRow(name) << path << ReadOutcome::CannotOpen << 0 << "";
+    };
+    row("missing", folder.filePath("missing.pnt"));
+    row("no name", "");
+    row("directory", folder.path());
+    row("endless device", "/dev/zero");
+    row("pipe without a writer", folder.filePath("pipe"));
+    mkfifo(QFile::encodeName(folder.filePath("pipe")).constData(), 0600);
+    row("no permission", write(recording(small), "forbidden.pnt"));
+    QFile::setPermissions(folder.filePath("forbidden.pnt"), {});
+
+    const auto file = [this](const char *name, const QByteArray &bytes, int npoints,
+                             const char *named, ReadOutcome outcome = ReadOutcome::BadPassport) {
+        QTest::newRow(name) << write(bytes, QString(name) + "%3.pnt") << outcome << npoints
+                            << named;
+    };
+    file("empty file", "", -1, "channels");
+    file("no number in line 1", "numpar\nnbands 6\n", -1, "channels");
+    file("zeros", QByteArray(20 << 20, '\0'), -1, "channels");
+    file("line ends", QByteArray(1 << 20, '\n'), -1, "channels");
+    file("not UTF-8", "n 2\n\xD0\xFF 1\n", -1, "channels");
+    file("no module key", passportBytes({"npoints 5", "nbands 6"}), -1, "modules");
+    file("no modules", passportBytes({"npoints 5", "nbands 6", "modulus "}), 5, "no modules");
+    file("no npoints", passportBytes({"nbands 6", "modulus 1"}), 0, "no \"npoints\"");
+    for (const QByteArray line :
+         {"npoints 0", "npoints -1", "npoints 2147483648", "npoints 10.5", "nbands 2147483647",
+          "nbands six", "nbands -1", "nbands -2147483648", "rays 0", "rays -8"})
+        file(line, passportBytes({"npoints 100", "nbands 6", "modulus 1", line}), 0,
+             "not a usable count");
+    const ReadOutcome tooLarge = ReadOutcome::TooLarge;
+    const char most[] = "npoints 2147483647";
+    file("beyond 31 bits", passportBytes({most, "nbands 32", "modulus 1"}), 0, "2.06 TiB",
+         tooLarge);
+    file("beyond 63 bits", passportBytes({most, "nbands 2147483646", "modulus 1"}), 0,
+         "more than 8 EiB", tooLarge);
+    file("wraps to zero",
+         passportBytes({"npoints 1073741824", "channels 1073741824", "modulus 1 2 3 4"}), 0,
+         "more than 8 EiB", tooLarge);
 }
 
-void TestReader::specialFiles()
+void TestReader::refused()
 {
     QFETCH(QString, path);
-    Reader reader;
-    compareEmpty(Reader::readDataFile(&reader, path));
-    QVERIFY(reader.outcome() == ReadOutcome::CannotOpen);
-    QVERIFY2(reader.reason().contains(path), qPrintable(reader.reason()));
-}
-
-void TestReader::fileWithoutPermission()
-{
-    if (geteuid() == 0)
+    QFETCH(ReadOutcome, outcome);
+    QFETCH(int, npoints);
+    QFETCH(QString, named);
+    if (path.contains("forbidden") && geteuid() == 0)
         QSKIP("nothing is forbidden to root");
-    const QString path = write(recordingBytes(smallShape, sample), "forbidden.pnt");
-    QFile::setPermissions(path, {});
+    if (npoints == -1)
+        QTest::ignoreMessage(QtDebugMsg, qPrintable("Error! No " + named + " in file!"));
+    if (npoints > 0)
+        QTest::ignoreMessage(QtDebugMsg, "------------------- data ERROR! modules =0");
+    if (outcome == ReadOutcome::TooLarge)
+        QTest::ignoreMessage(QtDebugMsg,
+                             QRegularExpression("^ERROR! Reader::readDataFile\\(\\): "));
     Reader reader;
-    compareEmpty(Reader::readDataFile(&reader, path));
-    QVERIFY(reader.outcome() == ReadOutcome::CannotOpen);
+    const ObservationData data = Reader::readDataFile(&reader, path);
+    QVERIFY(reader.outcome() == outcome);
+    const QString reason = reader.reason();
+    QVERIFY2(reason.contains(path) && reason.contains(named), qPrintable(reason));
+    QCOMPARE(data.npoints, npoints);
+    QVERIFY(data.samples == nullptr);
+    if (outcome == ReadOutcome::CannotOpen)
+        compareEmpty(data);
 }
 
-void TestReader::tooLargeForTheMemory_data()
+void TestReader::batchAndInteractive_data()
 {
     QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("needed");
-    const auto row = [](const char *name, const QList<QByteArray> &lines, const char *needed) {
-        QTest::newRow(name) << passportBytes(lines) << needed;
+    QTest::addColumn<qint64>("kept");      // bytes, once the first block was read
+    QTest::addColumn<qint64>("ms");        // that the first block takes
+    QTest::addColumn<QStringList>("said"); // in batch; title and text of the box
+    const auto row = [](const char *name, const QByteArray &bytes, qint64 kept, qint64 ms,
+                        const QStringList &said) {
+        QTest::newRow(name) << bytes << kept << ms << said;
     };
-    row("terabytes", {"npoints 2147483647", "nbands 32", "modulus 1"}, "2.06 TiB");
-    row("product beyond 63 bits", {"npoints 2147483647", "nbands 2147483646", "modulus 1"},
-        "more than 8 EiB");
-    row("product that wraps to zero",
-        {"npoints 1073741824", "channels 1073741824", "modulus 1 2 3 4"}, "more than 8 EiB");
-    row("many channels of one point", {"npoints 1", "nbands 2147483646", "modulus 1"}, "1.56 TiB");
+    const QStringList broken = {"File %1 has wrong size. Ignoring it.\n", "Data is heavily damaged",
+                                "File size is incorrect, data is broken, showing what I can."};
+    const QByteArray whole = recording(small);
+    const int header = int(parsePassport(whole).size);
+    for (const auto &[name, size] : {std::pair("one byte short", whole.size() - 1),
+                                     {"one float short", whole.size() - 4},
+                                     {"passport only", header},
+                                     {"passport without its last line end", header - 1}})
+        row(name, whole.left(size), size, 0, broken);
+    row("more lines announced", "n 100\nnpoints 10\nnbands 6\nmodulus 1\n", 40, 0, broken);
+    row("shrinks while it is read", recording(severalBlocks), 5 << 20, 0, broken);
+    row("an hour", recording(severalBlocks), 1 << 30, 3600999, {});
+    row("more than an hour", recording(severalBlocks), 1 << 30, 3601000,
+        {"File %1 is dead. More than 60mins to read. Aborting\n", "Very slow reading",
+         "You just can't live like that.\nThis warning won't show again."});
 }
 
-void TestReader::tooLargeForTheMemory()
+void TestReader::batchAndInteractive()
 {
     QFETCH(QByteArray, bytes);
-    QFETCH(QString, needed);
-    const QString path = write(bytes, "large%3.pnt");
-    Reader reader;
-    QTest::ignoreMessage(QtDebugMsg,
-                         QRegularExpression("^ERROR! Reader::readDataFile\\(\\): .*large"));
-    const ObservationData data = Reader::readDataFile(&reader, path);
-    QVERIFY(reader.outcome() == ReadOutcome::TooLarge);
-    QCOMPARE(data.npoints, 0);
-    QVERIFY(data.samples == nullptr);
-    for (const QString &part : {path, needed, QString("%1 bytes").arg(bytes.size())})
-        QVERIFY2(reader.reason().contains(part), qPrintable(reader.reason()));
-}
-
-void TestReader::noModules()
-{
-    const QString path = write(passportBytes({"npoints 50000", "nbands 6", "modulus "}));
-    QTest::ignoreMessage(QtDebugMsg, "------------------- data ERROR! modules =0");
-    Reader reader;
-    const ObservationData data = Reader::readDataFile(&reader, path);
-    QVERIFY(reader.outcome() == ReadOutcome::BadPassport);
-    QVERIFY(data.samples == nullptr);
-    QCOMPARE(data.modules, 0);
-}
-
-void TestReader::shortFileInteractive()
-{
-    QByteArray bytes = recordingBytes(smallShape, sample);
-    bytes.chop(4);
-    const QString path = write(bytes);
-    QWidget window;
-    MessageBoxCatcher catcher;
-    Reader reader;
-    const ObservationData data = Reader::readDataFile(&reader, path);
-    QCOMPARE(catcher.boxes().size(), 1);
-    QCOMPARE(catcher.boxes()[0].title, QString("Data is heavily damaged"));
-    QCOMPARE(catcher.boxes()[0].text,
-             QString("File size is incorrect, data is broken, showing what I can."));
-    QVERIFY(catcher.boxes()[0].icon == QMessageBox::Information);
-    QVERIFY(catcher.boxes()[0].buttons == QMessageBox::Ok);
-    QVERIFY(reader.outcome() == ReadOutcome::Short);
-    QVERIFY2(reader.reason().contains("4 bytes"), qPrintable(reader.reason()));
-    QCOMPARE(data.npoints, 100);
-    QCOMPARE(data.samples[1][5][2][99], sample(99, 1, 5, 2));
-    QCOMPARE(data.samples[1][6][2][98], sample(98, 1, 6, 2));
-    QCOMPARE(data.samples[1][6][2][99], 0.0f);
-}
-
-void TestReader::shortFileInBatch_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    const QByteArray whole = recordingBytes(smallShape, sample);
-    QTest::newRow("one byte short") << whole.chopped(1);
-    QTest::newRow("passport only") << whole.left(whole.indexOf("UTC\n") + 4);
-    QTest::newRow("passport without its last line end") << whole.left(whole.indexOf("UTC\n") + 3);
-    QTest::newRow("more lines announced than there are")
-        << QByteArray("n 100\nnpoints 10\nnbands 6\nmodulus 1\n");
-}
-
-void TestReader::shortFileInBatch()
-{
-    QFETCH(QByteArray, bytes);
-    const QString path = write(bytes, QString::fromUtf8("запись.pnt"));
-    Reader reader;
-    StandardOutput output;
-    const ObservationData data = Reader::readDataFile(&reader, path);
-    QCOMPARE(output.text(), "File " + path.toLocal8Bit() + " has wrong size. Ignoring it.\n");
-    QVERIFY(reader.outcome() == ReadOutcome::Short);
-    compareEmpty(data);
-}
-
-void TestReader::slowReadingInteractive()
-{
-    const QString path = write(recordingBytes(severalBlocks, sample));
-    QWidget window;
-    MessageBoxCatcher catcher;
+    QFETCH(qint64, kept);
+    QFETCH(qint64, ms);
+    QFETCH(QStringList, said);
+    const QString name = QString::fromUtf8("запись.pnt");
+    const QString path = folder.filePath(name);
     Reader reader;
     qint64 time = 0;
-    reader.setClock([&] { return time += 1000000; });
-    const ObservationData data = Reader::readDataFile(&reader, path);
-    QCOMPARE(catcher.boxes().size(), 1);
-    QCOMPARE(catcher.boxes()[0].title, QString("Very slow reading"));
-    QCOMPARE(catcher.boxes()[0].text,
-             QString("You just can't live like that.\nThis warning won't show again."));
-    QVERIFY(reader.outcome() == ReadOutcome::Complete);
-    QCOMPARE(data.samples[0][512][0][4999], sample(4999, 0, 512, 0));
-}
-
-void TestReader::slowReadingInBatch()
-{
-    const QString path = write(recordingBytes(severalBlocks, sample));
-    Reader reader;
-    qint64 time = 0;
-    reader.setClock([&] { return time += 1000000; });
-    StandardOutput output;
-    const ObservationData data = Reader::readDataFile(&reader, path);
-    QCOMPARE(output.text(),
-             "File " + path.toLocal8Bit() + " is dead. More than 60mins to read. Aborting\n");
-    QVERIFY(reader.outcome() == ReadOutcome::TooSlow);
-    compareEmpty(data);
-}
-
-void TestReader::fileThatShrinks()
-{
-    const QString path = write(recordingBytes(severalBlocks, sample));
-    QWidget window;
-    MessageBoxCatcher catcher;
-    Reader reader;
+    reader.setClock([&] { return time; });
     connect(&reader, &Reader::progress, this, [&](int percent) {
-        if (percent == 20)
-            QFile::resize(path, 5 << 20);
+        time = ms;
+        if (percent > 0 && kept < bytes.size())
+            QFile::resize(path, kept);
     });
-    const ObservationData data = Reader::readDataFile(&reader, path);
-    QVERIFY(reader.outcome() == ReadOutcome::Short);
-    QCOMPARE(catcher.boxes().size(), 1);
-    QCOMPARE(data.samples[0][0][0][1000], sample(1000, 0, 0, 0));
-    QCOMPARE(data.samples[0][0][0][4999], 0.0f);
-}
+    ObservationData data;
+    const auto read = [&] {
+        time = 0;
+        data = Reader::readDataFile(&reader, write(bytes, name));
+    };
+    QCOMPARE(QString::fromLocal8Bit(printed(read)), said.value(0).replace("%1", path));
+    if (!said.isEmpty())
+        compareEmpty(data);
 
-void TestReader::eventsAreProcessed()
-{
-    const QString path = write(recordingBytes(severalBlocks, sample));
-    Reader reader;
-    qint64 time = 0;
-    reader.setClock([&] { return time += 5; });
-    QTimer timer;
-    int ticks = 0;
-    connect(&timer, &QTimer::timeout, this, [&] { ++ticks; });
-    timer.start(0);
-    Reader::readDataFile(&reader, path);
-    QVERIFY2(ticks >= 3, qPrintable(QString::number(ticks))); // once a block
-}
-
-void TestReader::cancelledFromAnEvent()
-{
-    const QString path = write(recordingBytes(severalBlocks, sample));
-    Reader reader;
-    int reports = 0;
-    connect(&reader, &Reader::progress, this, [&] { ++reports; });
-    QTimer::singleShot(0, &reader, &Reader::cancel);
-    const ObservationData data = Reader::readDataFile(&reader, path);
-    QVERIFY(reader.outcome() == ReadOutcome::Cancelled);
-    QCOMPARE(data.npoints, 0);
-    QVERIFY(data.samples == nullptr);
-    QCOMPARE(reports, 0);
-
-    // An old cancellation does not end the next reading.
-    reader.cancel();
-    QCOMPARE(Reader::readDataFile(&reader, path).npoints, 5000);
+    QWidget window;
+    TestSupport::MessageBoxCatcher catcher;
+    read();
+    QCOMPARE(catcher.boxes().size(), said.isEmpty() ? 0 : 1);
+    for (const auto &box : catcher.boxes())
+        QCOMPARE((QStringList{box.title, box.text}), said.mid(1));
+    QCOMPARE(firstDifference(data, bytes.left(int(kept))), QString());
 }
 
 void TestReader::secondReadingIsRefused()
 {
-    const QString path = write(recordingBytes(smallShape, sample));
+    const QString path = write(recording(small));
     Reader reader;
     Reader second;
-    int secondPoints = -7;
-    QTimer::singleShot(0, this,
-                       [&] { secondPoints = Reader::readDataFile(&second, path).npoints; });
-    const ObservationData data = Reader::readDataFile(&reader, path);
-    QCOMPARE(secondPoints, 0);
-    QVERIFY(second.outcome() == ReadOutcome::Busy);
-    QVERIFY(reader.outcome() == ReadOutcome::Complete);
-    QCOMPARE(data.samples[1][6][2][99], sample(99, 1, 6, 2));
-    QCOMPARE(Reader::readDataFile(&second, path).npoints, 100);
+    ObservationData header;
+    const auto readSecond = [&] { header = Reader::readDataFile(&second, path, true); };
+    QTimer::singleShot(0, this, readSecond);
+    QCOMPARE(firstDifference(Reader::readDataFile(&reader, path), recording(small)), QString());
+    QVERIFY(second.outcome() == ReadOutcome::Busy && header.npoints == 0);
+    readSecond();
+    QVERIFY(header.npoints == 100 && header.samples == nullptr);
 }
 
-void TestReader::readerDeletedWhileReading()
+void TestReader::cancelledOrDeletedFromAnEvent()
 {
-    const QString path = write(recordingBytes(severalBlocks, sample));
+    const QString path = write(recording(severalBlocks));
     auto reader = std::make_unique<Reader>();
+    QVector<int> percents;
+    connect(reader.get(), &Reader::progress, this, [&](int percent) { percents << percent; });
+    QTimer::singleShot(0, reader.get(), &Reader::cancel);
+    QCOMPARE(Reader::readDataFile(reader.get(), path).npoints, 0);
+    QVERIFY(reader->outcome() == ReadOutcome::Cancelled && percents.isEmpty());
+
+    // An old cancellation does not end the next reading.
+    QVERIFY(Reader::readDataFile(reader.get(), path).samples);
+    QCOMPARE(percents, (QVector{0, 20, 40, 60, 80}));
+
     QTimer::singleShot(0, this, [&] { reader.reset(); });
-    const ObservationData data = Reader::readDataFile(reader.get(), path);
-    QCOMPARE(data.npoints, 0);
-    QVERIFY(data.samples == nullptr);
+    QVERIFY(Reader::readDataFile(reader.get(), path).samples == nullptr);
 }
 
 ZRT_GUI_TEST_MAIN(TestReader)

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QMessageBox>
 #include <QObject>
 #include <QString>
 #include <QVector>
@@ -13,8 +12,6 @@ public:
     struct Box {
         QString title;
         QString text;
-        QMessageBox::Icon icon;
-        QMessageBox::StandardButtons buttons;
     };
 
     MessageBoxCatcher();

@@ -8,12 +8,11 @@
 
 namespace TestSupport {
 
-/// A device that delivers the first `length` bytes of its content and then ends, or fails
-/// where that is asked for. It can hand out its bytes in small portions and tells when it is
-/// read.
+/// A device that delivers its content and then ends, or fails where that is asked for. It can
+/// hand out its bytes in small portions and tells when it is read.
 class ShortDevice : public QIODevice {
 public:
-    ShortDevice(const QByteArray &content, qint64 length) : bytes(content), left(length)
+    explicit ShortDevice(const QByteArray &content) : bytes(content)
     {
         open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     }
@@ -21,22 +20,21 @@ public:
     bool isSequential() const override { return true; }
 
     bool failsAtEnd = false;
-    qint64 portion = qint64(1) << 40;         ///< most bytes that one read delivers
-    std::function<void(qint64 asked)> onRead; ///< called before each read
+    qint64 portion = qint64(1) << 40; ///< most bytes that one read delivers
+    std::function<void()> onRead;     ///< called before each read
 
 protected:
     qint64 readData(char *data, qint64 maxSize) override
     {
         if (onRead)
-            onRead(maxSize);
-        if (left == 0 && failsAtEnd) {
+            onRead();
+        if (position == bytes.size() && failsAtEnd) {
             setErrorString("the disk has gone");
             return -1;
         }
-        const qint64 count = std::min({maxSize, left, portion});
+        const qint64 count = std::min({maxSize, bytes.size() - position, portion});
         std::memcpy(data, bytes.constData() + position, std::size_t(count));
         position += count;
-        left -= count;
         return count;
     }
 
@@ -44,7 +42,6 @@ protected:
 
 private:
     const QByteArray bytes;
-    qint64 left;
     qint64 position = 0;
 };
 
