@@ -5,45 +5,34 @@
 
 #include <QImage>
 #include <QPainter>
-#include <algorithm>
 #include <cmath>
 
 namespace TestSupport {
 
-inline int truncatedPixel(double pixel)
+/// Curves in a given range.
+inline PlotData dataOf(const std::vector<std::vector<float>> &graphs, int numPoints = 5000,
+                       double yMin = -100, double yMax = 100)
 {
-    return int(std::clamp(pixel, -1e9, 1e9));
+    PlotData data;
+    data.graphs = graphs;
+    data.numPoints = numPoints;
+    data.yMin = yMin;
+    data.yMax = yMax;
+    return data;
 }
 
 /// Draws a curve the plain way, one QPainter line per segment.
 inline void drawStraight(QPainter &painter, const Plot::View &view, const std::vector<float> &curve)
 {
-    const double step = double(view.width - 60 - 30) / view.points;
-    const int plotHeight = view.height - 70 - 30;
-    const auto row = [&](float value) {
-        return truncatedPixel(view.height -
-                              (70 + (value - view.y.min) * plotHeight / (view.y.max - view.y.min)));
+    const auto pixel = [&](size_t i) {
+        return QPoint(Plot::xPixel(view, int(i)), Plot::yPixel(view, curve[i]));
     };
-    const int count = std::min(view.points, int(curve.size()));
-    for (int i = 1; i < count; ++i) {
-        const float before = curve[size_t(i - 1)];
-        const float after = curve[size_t(i)];
-        if (!std::isnan(before) && !std::isnan(after))
-            painter.drawLine(truncatedPixel(60 + (i - 1) * step), row(before),
-                             truncatedPixel(60 + i * step), row(after));
-    }
+    for (size_t i = 1; i < curve.size() && i < size_t(view.points); ++i)
+        if (!std::isnan(curve[i - 1]) && !std::isnan(curve[i]))
+            painter.drawLine(pixel(i - 1), pixel(i));
 }
 
-/// The line of value 0, segment by segment.
-inline void drawStraightZero(QPainter &painter, const Plot::View &view, const QColor &colour)
-{
-    if (view.y.min > 0)
-        return;
-    painter.setPen(colour);
-    drawStraight(painter, view, std::vector<float>(size_t(view.points), 0.0F));
-}
-
-/// What Plot::paintPlot() paints, with every curve drawn the plain way.
+/// What Plot::paintPlot() paints of data without markers, with every curve drawn the plain way.
 inline void paintStraight(const PlotData &data, const QRect &selection, QImage &picture)
 {
     PlotData bare; // ground and frame alone
@@ -58,15 +47,10 @@ inline void paintStraight(const PlotData &data, const QRect &selection, QImage &
                 painter.setPen(QColor(Plot::colourOf(data, curve)));
                 drawStraight(painter, view, (*set)[size_t(curve)]);
             }
-        if (set == &data.graphs)
-            drawStraightZero(painter, view, QColor("black"));
-        else if (!set->empty())
-            drawStraightZero(painter, view, QColor("lightGray"));
+        painter.setPen(QColor(set == &data.graphs ? "black" : "lightGray"));
+        if (view.y.min <= 0 && (set == &data.graphs || !set->empty()))
+            drawStraight(painter, view, std::vector<float>(size_t(view.points)));
     }
-    painter.setPen(QColor("green"));
-    for (const int marker : data.markers)
-        painter.drawLine(Plot::xPixel(view, marker), 30, Plot::xPixel(view, marker),
-                         view.height - 70);
     Plot::paintLabels(painter, data, picture.size());
     Plot::paintSelection(painter, selection);
 }
