@@ -176,11 +176,11 @@ ReadResult readFile(const QString &path, bool headerOnly, const SampleReadingHoo
                     .arg(path, header.problem)};
     if (headerOnly)
         return {header.data, ReadOutcome::Complete, {}};
-    // Samples taken for passport lines, or the other way round, would look like data.
-    if (!passport.complete)
+    // Where the announced lines end nobody knows, so that any sample would be a guess.
+    if (!passport.complete && file.size() > passportSizeLimit)
         return withoutSamples(header.data, ReadOutcome::BadPassport,
                               QString("%1 is damaged: its first line announces more passport lines "
-                                      "than the file has. Copy the file again.")
+                                      "than can be. Copy the file again.")
                                   .arg(path));
     if (header.data.modules < 1) {
         debugLine("------------------- data ERROR! modules =", header.data.modules);
