@@ -1,4 +1,5 @@
 #include "calc/approximation.h"
+#include "straightcalc.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
@@ -24,58 +25,6 @@ std::vector<double> driftingNoise(int count)
     return series;
 }
 
-void straightMedianLine(const std::vector<double> &in, std::vector<double> &out)
-{
-    const int count = int(in.size());
-    const int blocks = count / medianBlock;
-    double previous = 0;
-    for (int b = 0; b < blocks; ++b) {
-        std::vector<double> block(in.begin() + b * medianBlock, in.begin() + (b + 1) * medianBlock);
-        std::sort(block.begin(), block.end());
-        const double median = block[medianBlock / 2 - 1];
-        for (int t = 0; b > 0 && t < medianBlock; ++t)
-            out.data()[b * medianBlock - medianBlock / 2 + t] =
-                previous + t * (median - previous) / medianBlock;
-        if (b == 0)
-            std::fill_n(out.begin(), medianBlock / 2, median);
-        if (b == blocks - 1)
-            std::fill(out.begin() + b * medianBlock + medianBlock / 2, out.end(), median);
-        previous = median;
-    }
-}
-
-void straightPolynomial(const std::vector<double> &in, std::vector<double> &out)
-{
-    const int count = int(in.size());
-    double a[degree + 1][degree + 1] = {};
-    double b[degree + 1] = {};
-    for (int r = 0; r <= degree; ++r) {
-        for (int c = 0; c <= degree; ++c)
-            for (int i = 0; i < count; ++i)
-                a[r][c] += std::pow(double(i), r + c);
-        for (int i = 0; i < count; ++i)
-            b[r] += std::pow(double(i), r) * in[std::size_t(i)];
-    }
-    for (int r = 0; r <= degree; ++r)
-        for (int row = r + 1; row <= degree; ++row) {
-            const double factor = a[row][r] / a[r][r];
-            for (int c = r; c <= degree; ++c)
-                a[row][c] -= factor * a[r][c];
-            b[row] -= factor * b[r];
-        }
-    for (int r = degree; r >= 0; --r) {
-        for (int c = r + 1; c <= degree; ++c)
-            b[r] -= a[r][c] * b[c];
-        b[r] /= a[r][r];
-    }
-    for (int i = 0; i < count; ++i) {
-        double sum = 0;
-        for (int j = 0; j <= degree; ++j)
-            sum += b[j] * std::pow(double(i), j);
-        out[std::size_t(i)] = sum;
-    }
-}
-
 template <typename Line>
 void run(benchmark::State &state, Line line)
 {
@@ -95,7 +44,9 @@ Approximation over(const std::vector<double> &in, std::vector<double> &out)
 
 void medianBySort(benchmark::State &state)
 {
-    run(state, straightMedianLine);
+    run(state, [](const std::vector<double> &in, std::vector<double> &out) {
+        straightMedianLine(in, out, medianBlock);
+    });
 }
 
 void medianLine(benchmark::State &state)
@@ -107,7 +58,9 @@ void medianLine(benchmark::State &state)
 
 void polynomialByPow(benchmark::State &state)
 {
-    run(state, straightPolynomial);
+    run(state, [](const std::vector<double> &in, std::vector<double> &out) {
+        straightPolynomial(in, out, degree, [](double x, int n) { return std::pow(x, n); });
+    });
 }
 
 void polynomial(benchmark::State &state)

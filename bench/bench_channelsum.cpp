@@ -1,4 +1,5 @@
 #include "calc/channelsum.h"
+#include "straightcalc.h"
 
 #include <benchmark/benchmark.h>
 #include <random>
@@ -31,29 +32,6 @@ ObservationData makeRecording(int npoints, int bands)
     return data;
 }
 
-std::vector<double> straightSum(const ObservationData &data, int module, int ray)
-{
-    const int reference = data.channels - 2;
-    std::vector<double> sums;
-    sums.reserve(std::size_t(data.npoints));
-    for (int i = 0; i < data.npoints; ++i)
-        sums.push_back(double(data.samples[module][reference][ray][i]));
-    for (int c = reference - 1; c >= 0; --c) {
-        const int shift = Tools::wholeRecordingShift(
-            Tools::dispersionDelay(data.fbands[std::size_t(c)], data.fbands[std::size_t(reference)],
-                                   dispersion, data.tresolution));
-        for (int i = 0; i < data.npoints; ++i) {
-            int j = i + shift;
-            while (j >= data.npoints)
-                j -= data.npoints;
-            while (j < 0)
-                j += data.npoints;
-            sums[std::size_t(i)] += double(data.samples[module][c][ray][j]);
-        }
-    }
-    return sums;
-}
-
 // Reads every sample once and does next to nothing with it: what the memory can deliver.
 double readAll(const ObservationData &data)
 {
@@ -79,7 +57,7 @@ void run(benchmark::State &state, Sum sum)
 
 void straight(benchmark::State &state)
 {
-    run(state, [](const ObservationData &data) { return straightSum(data, 0, 0); });
+    run(state, [](const ObservationData &data) { return straightSum(data, dispersion, 0, 0); });
 }
 
 void blocked(benchmark::State &state)

@@ -1,4 +1,5 @@
 #include "calc/fourier.h"
+#include "straightcalc.h"
 
 #include <benchmark/benchmark.h>
 #include <cmath>
@@ -21,50 +22,6 @@ std::vector<double> noise(int count)
     for (double &value : series)
         value = normal(random);
     return series;
-}
-
-void straightSpectrum(const double *dataIn, double *dataOut, int countIn, int countOut)
-{
-    std::vector<double> data(2 * std::size_t(countIn));
-    double *const values = data.data();
-    for (int i = 0; i < countIn; ++i)
-        values[2 * i + 1] = dataIn[i];
-    for (int i = 0, j = 0; i < countIn; ++i) {
-        if (j > i) {
-            std::swap(values[2 * i], values[2 * j]);
-            std::swap(values[2 * i + 1], values[2 * j + 1]);
-        }
-        int bit = countIn / 2;
-        for (; bit >= 1 && (j & bit); bit /= 2)
-            j -= bit;
-        j += bit;
-    }
-    for (int length = 2; length <= countIn; length *= 2) {
-        const double theta = -6.283185307179586 / length;
-        const double halfSine = std::sin(0.5 * theta);
-        const double stepRe = -2 * halfSine * halfSine;
-        const double stepIm = std::sin(theta);
-        double wRe = 1;
-        double wIm = 0;
-        for (int m = 0; m < length / 2; ++m) {
-            for (int i = m; i < countIn; i += length) {
-                const int j = i + length / 2;
-                const double re = wRe * values[2 * j] - wIm * values[2 * j + 1];
-                const double im = wRe * values[2 * j + 1] + wIm * values[2 * j];
-                values[2 * j] = values[2 * i] - re;
-                values[2 * j + 1] = values[2 * i + 1] - im;
-                values[2 * i] += re;
-                values[2 * i + 1] += im;
-            }
-            const double oldRe = wRe;
-            wRe = wRe * stepRe - wIm * stepIm + wRe;
-            wIm = wIm * stepRe + oldRe * stepIm + wIm;
-        }
-    }
-    for (int k = 0; k < countOut; ++k)
-        dataOut[k] =
-            2 * std::sqrt(values[2 * k] * values[2 * k] + values[2 * k + 1] * values[2 * k + 1]) /
-            countIn;
 }
 
 double largestError(std::vector<double> series, const std::vector<double> &spectrum)

@@ -13,3 +13,8 @@ if(FFTW_FOUND)
 endif()
 zrt_add_test(calc/levelsteps unit zrt_calc zrt_simulator)
 zrt_add_test(calc/pulsaractions unit zrt_calc zrt_reader zrt_simulator)
+
+# The straight versions that the benchmarks time are the ones that results are compared with.
+foreach(unit approximation channelsum fourier)
+    target_include_directories(tst_calc_${unit} PRIVATE ${PROJECT_SOURCE_DIR}/bench)
+endforeach()

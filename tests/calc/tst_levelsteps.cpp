@@ -7,6 +7,8 @@
 
 using Simulator::Simulation;
 
+Q_DECLARE_METATYPE(Simulation)
+
 namespace {
 
 Simulation quietRay()
@@ -14,6 +16,7 @@ Simulation quietRay()
     Simulation simulation;
     simulation.npoints = 40000;
     simulation.rays = 1;
+    simulation.driftTime = 60;
     return simulation;
 }
 
@@ -30,84 +33,58 @@ class TestLevelSteps : public QObject {
     Q_OBJECT
 
 private slots:
-    void injected_data();
-    void injected();
-    void nothingElse_data();
-    void nothingElse();
+    void findsStepsOnly_data();
+    void findsStepsOnly();
     void noNumbersAndShortSeries();
     void sigmaOfNoise();
 };
 
-void TestLevelSteps::injected_data()
+void TestLevelSteps::findsStepsOnly_data()
 {
-    QTest::addColumn<QVector<int>>("points");
-    QTest::addColumn<QVector<double>>("factors");
-    QTest::newRow("up") << QVector<int>{20000} << QVector<double>{1.1};
-    QTest::newRow("down") << QVector<int>{12345} << QVector<double>{0.9};
-    QTest::newRow("up and back") << QVector<int>{9000, 15001} << QVector<double>{1.2, 1 / 1.2};
-    QTest::newRow("a thousand points apart")
-        << QVector<int>{9000, 10000, 11000} << QVector<double>{1.1, 1.1, 0.8};
-    QTest::newRow("as near to the ends as levels reach")
-        << QVector<int>{512, 39488} << QVector<double>{1.15, 1.15};
+    QTest::addColumn<Simulation>("simulation");
+    QTest::addColumn<bool>("found");
+    const auto row = [](const char *name, auto member, const auto &value, bool found = false) {
+        Simulation simulation = quietRay();
+        simulation.*member = {value};
+        QTest::newRow(name) << simulation << found;
+    };
+    using Steps = std::vector<Simulator::GainStep>;
+    constexpr auto steps = &Simulation::gainSteps;
+    row("up", steps, Steps{{1, 1, 20000, 1.1}}, true);
+    row("down", steps, Steps{{1, 1, 12345, 0.9}}, true);
+    row("a thousand points apart", steps,
+        Steps{{1, 1, 9000, 1.1}, {1, 1, 10000, 1.1}, {1, 1, 11000, 0.8}}, true);
+    row("as near to the ends as levels reach", steps, Steps{{1, 1, 512, 1.15}, {1, 1, 39488, 1.15}},
+        true);
+    row("small step", steps, Steps{{1, 1, 20000, 1.07}});
+    row("noise", steps, Steps{});
+    row("drift", &Simulation::drift, 40.0);
+    row("impulses", &Simulation::impulses, Simulator::Impulses{1, 1, 300, 1000});
+    row("dispersed pulse", &Simulation::pulses, Simulator::SinglePulse{1, 1, 200, 1.5, 26, 60});
+    row("pulsar", &Simulation::pulseTrains, Simulator::PulseTrain{1, 1, 3.032, 0.6, 26, 60, 0});
+    row("line", &Simulation::lines, Simulator::NarrowBandLine{1, 1, 5, 7, 100, 300});
 }
 
-void TestLevelSteps::injected()
+void TestLevelSteps::findsStepsOnly()
 {
-    QFETCH(QVector<int>, points);
-    QFETCH(QVector<double>, factors);
-    Simulation simulation = quietRay();
-    for (int i = 0; i < points.size(); ++i)
-        simulation.gainSteps.push_back({1, 1, points[i], factors[i]});
+    QFETCH(Simulation, simulation);
+    QFETCH(bool, found);
     std::vector<float> series = channelOf(simulation, 4);
     const int count = int(series.size());
     const std::vector<Tools::LevelStep> steps = Tools::findLevelSteps(series.data(), count);
-
-    QCOMPARE(int(steps.size()), points.size());
+    QCOMPARE(steps.size(), found ? simulation.gainSteps.size() : 0);
     double level = 100;
-    for (int i = 0; i < points.size(); ++i) {
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        const Simulator::GainStep &injected = simulation.gainSteps[i];
         // Steps of 10 sigma and more: their place is certain to a sample or two.
-        QVERIFY2(std::abs(steps[std::size_t(i)].point - points[i]) <= 1,
-                 qPrintable(QString::number(steps[std::size_t(i)].point)));
+        QVERIFY(std::abs(steps[i].point - injected.point) <= 1);
         // Medians of 512 samples err by 0.055 sigma each.
-        QVERIFY(std::abs(steps[std::size_t(i)].height - level * (factors[i] - 1)) < 0.4);
-        level *= factors[i];
+        QVERIFY(std::abs(steps[i].height - level * (injected.factor - 1)) < 0.4);
+        level *= injected.factor;
     }
     Tools::removeLevelSteps(series.data(), count, steps);
     QVERIFY(Tools::findLevelSteps(series.data(), count).empty());
-    QVERIFY(std::abs(series.back() - 100) < 8);
-}
-
-void TestLevelSteps::nothingElse_data()
-{
-    QTest::addColumn<QString>("what");
-    for (const char *what :
-         {"noise", "drift", "impulses", "dispersed pulse", "pulsar", "line", "small step"})
-        QTest::newRow(what) << what;
-}
-
-void TestLevelSteps::nothingElse()
-{
-    QFETCH(QString, what);
-    Simulation simulation = quietRay();
-    simulation.pulses.clear();
-    if (what == "drift") {
-        simulation.drift = 40;
-        simulation.driftTime = 60;
-    } else if (what == "impulses") {
-        simulation.impulses.push_back({1, 1, 300, 1000});
-    } else if (what == "dispersed pulse") {
-        simulation.pulses.push_back({1, 1, 200, 1.5, 26, 60});
-    } else if (what == "pulsar") {
-        simulation.pulseTrains.push_back({1, 1, 3.032, 0.6, 26, 60, 0});
-    } else if (what == "line") {
-        simulation.lines.push_back({1, 1, 5, 7, 100, 300});
-    } else if (what == "small step") {
-        simulation.gainSteps.push_back({1, 1, 20000, 1.07});
-    }
-    const std::vector<float> series = channelOf(simulation, 4);
-    const std::vector<Tools::LevelStep> steps =
-        Tools::findLevelSteps(series.data(), int(series.size()));
-    QCOMPARE(int(steps.size()), 0);
+    QVERIFY(!found || std::abs(series.back() - 100) < 8);
 }
 
 void TestLevelSteps::noNumbersAndShortSeries()
