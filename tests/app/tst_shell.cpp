@@ -9,7 +9,6 @@
 #include <QDir>
 #include <QLabel>
 #include <QProcess>
-#include <QProgressBar>
 #include <QScrollArea>
 
 class TestShell : public QObject {
@@ -20,10 +19,8 @@ private slots:
     void directory();
     void linkColours_data();
     void linkColours();
-    void linkPress();
     void popupHoldsItsText();
     void storedValues();
-    void progressBar();
     void progressDots();
     void guardStopsMenusAndClosing();
 };
@@ -44,7 +41,6 @@ void TestShell::directory_data()
                                  << "";
     QTest::newRow("no separator") << "x.pnt" << QDir::homePath();
     QTest::newRow("one character") << "/" << QDir::homePath();
-    QTest::newRow("empty") << "" << QDir::homePath();
 }
 
 void TestShell::directory()
@@ -79,11 +75,6 @@ void TestShell::linkColours()
     QEvent leave(QEvent::Leave);
     QApplication::sendEvent(&label, &leave);
     QCOMPARE(label.styleSheet(), style);
-}
-
-void TestShell::linkPress()
-{
-    ClickLable label("link");
     QSignalSpy clicked(&label, &ClickLable::clicked);
     QTest::mousePress(&label, Qt::LeftButton);
     QCOMPARE(clicked.size(), 1);
@@ -134,19 +125,6 @@ void TestShell::storedValues()
     QWidget again;
     settings->restore(&again);
     QCOMPARE(again.size(), QSize(640, 480));
-}
-
-void TestShell::progressBar()
-{
-    Settings *const settings = Settings::instance();
-    QProgressBar bar;
-    settings->setProgressBar(&bar);
-    settings->setProgress(5);
-    QVERIFY(bar.isVisible());
-    QCOMPARE(bar.value(), 5);
-    settings->setProgress(100);
-    QVERIFY(!bar.isVisible());
-    settings->setProgressBar(nullptr);
 }
 
 void TestShell::progressDots()

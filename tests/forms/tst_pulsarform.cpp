@@ -10,7 +10,6 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QGroupBox>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -45,7 +44,6 @@ private slots:
 
     void refusedFiles_data();
     void refusedFiles();
-    void pathWithBlanks();
     void actionIsNeeded();
     void spectrum();
     void everyMethodRecomputes();
@@ -56,7 +54,6 @@ private slots:
     void badNumberCountsAsZero();
     void stopsAtTheEnd();
     void changedPoints();
-    void maxSigma();
     void escapeStopsReading();
     void closingStopsReading();
 
@@ -169,13 +166,6 @@ void TestPulsarForm::refusedFiles()
     QVERIFY2(!form, "a refused form deletes itself");
 }
 
-void TestPulsarForm::pathWithBlanks()
-{
-    openForm();
-    const QString path = folder->filePath("x.pnt");
-    QCOMPARE(find<QLabel>("filePath")->text(), "File: " + QString(path).replace("/", "/ "));
-}
-
 void TestPulsarForm::actionIsNeeded()
 {
     openForm();
@@ -200,6 +190,10 @@ void TestPulsarForm::spectrum()
     QCOMPARE(plot.labelsX1[100], QString("0.4886 Hz"));
     QVERIFY2(report().contains("\n100: 3"), qPrintable(report()));
     QVERIFY2(report().contains("First harmonic:\nnum = 100\nvalue = 3"), qPrintable(report()));
+    QVERIFY(report().contains("Harmonics >= 6 sigma"));
+    find<QSpinBox>("maxSigma")->setValue(9);
+    find<QPushButton>("redrawMaxSigmaButton")->click();
+    QVERIFY2(report().contains("Harmonics >= 9 sigma"), qPrintable(report()));
 }
 
 void TestPulsarForm::everyMethodRecomputes()
@@ -345,16 +339,6 @@ void TestPulsarForm::changedPoints()
     QCOMPARE(plot.graphs[0].size(), std::size_t(1000));
     find<QPushButton>("resetPointsButton")->click();
     QCOMPARE(plot.numPoints, 16384);
-}
-
-void TestPulsarForm::maxSigma()
-{
-    openForm();
-    find<QRadioButton>("sumChannelsAndFourier")->click();
-    QVERIFY(report().contains("Harmonics >= 6 sigma"));
-    find<QSpinBox>("maxSigma")->setValue(9);
-    find<QPushButton>("redrawMaxSigmaButton")->click();
-    QVERIFY2(report().contains("Harmonics >= 9 sigma"), qPrintable(report()));
 }
 
 void TestPulsarForm::escapeStopsReading()
