@@ -1,0 +1,143 @@
+#include "ffa/ffaplan.h"
+
+#include "base/debugline.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+
+namespace Ffa {
+
+namespace {
+
+constexpr double maxInt32 = std::numeric_limits<qint32>::max();
+
+// Every check but the one of the shortest period. The comparisons are written so that a NaN
+// fails them.
+const char *failedRangeCheck(quint64 size, double tsamp, double period_min, double period_max,
+                             qint32 bins_min, qint32 bins_max)
+{
+    if (size == 0)
+        return "size must be > 0";
+    if (!(tsamp > 0))
+        return "tsamp must be > 0";
+    if (!(period_min > 0))
+        return "period_min must be > 0";
+    if (!(period_min < period_max))
+        return "period_max must be > period_min";
+    if (bins_min <= 1)
+        return "bins_min must be > 1";
+    if (bins_min > bins_max)
+        return "bins_max must be >= bins_min";
+    return nullptr;
+}
+
+// Counts up to here are exact in a double; no series is longer.
+constexpr double maxSamples = 9007199254740992.0;
+
+} // namespace
+
+std::vector<qint32> trialWidths(qint32 bins_min, double ducy_max, double wtsp)
+{
+    // std::max and std::min keep their first argument against a NaN.
+    const double bound = std::min(maxInt32, std::max(1.0, std::trunc(ducy_max * bins_min)));
+    std::vector<qint32> widths;
+    for (double width = 1; width <= bound;) {
+        if (widths.size() == maxTrialWidths) {
+            debugLine("Ffa::trialWidths(): too many widths, ducy_max=", ducy_max, " wtsp=", wtsp);
+            return {};
+        }
+        widths.push_back(qint32(width));
+        width = std::max(width + 1, std::trunc(width * wtsp));
+    }
+    return widths;
+}
+
+QString validateParameters(quint64 size, double tsamp, double period_min, double period_max,
+                           qint32 bins_min, qint32 bins_max)
+{
+    if (const char *const message =
+            failedRangeCheck(size, tsamp, period_min, period_max, bins_min, bins_max))
+        return QString::fromLatin1(message);
+    const double shortest = bins_min * tsamp;
+    if (shortest > period_min)
+        return QStringLiteral("Must have: period_min >= tsamp * bins_min (%1*%2=%3)")
+            .arg(tsamp)
+            .arg(bins_min)
+            .arg(shortest);
+    return {};
+}
+
+void requireParameters(quint64 size, double tsamp, double period_min, double period_max,
+                       qint32 bins_min, qint32 bins_max)
+{
+    if (const char *const message =
+            failedRangeCheck(size, tsamp, period_min, period_max, bins_min, bins_max))
+        throw std::invalid_argument(message);
+    if (bins_min * tsamp > period_min)
+        throw std::invalid_argument("Must have: period_min >= tsamp * bins_min");
+}
+
+quint64 periodogramLength(quint64 size, double tsamp, double period_min, double period_max,
+                          qint32 bins_min, qint32 bins_max)
+{
+    if (!validateParameters(size, tsamp, period_min, period_max, bins_min, bins_max).isEmpty())
+        return 0;
+    const SearchPlan plan(size, tsamp, period_min, period_max, bins_min, bins_max);
+    quint64 length = 0;
+    for (qint64 i = 0; const auto step = plan.step(i); ++i) {
+        for (qint64 bins = bins_min; bins <= step->binsLast; ++bins)
+            length += step->fold(qint32(bins)).evaluated;
+    }
+    return length;
+}
+
+quint64 downsampledLength(quint64 size, double factor)
+{
+    return quint64(std::min(std::floor(double(size) / factor), maxSamples));
+}
+
+PlanFold PlanStep::fold(qint32 bins) const
+{
+    PlanFold fold;
+    fold.bins = bins;
+    fold.rows = samples / quint64(bins);
+    // Rows beyond these would repeat periods of bins + 1 or exceed the longest period.
+    const double rows = double(fold.rows);
+    const double kept =
+        std::ceil(bins * (rows - 1) * (1 - bins / std::min(double(bins) + 1, longest)));
+    fold.evaluated = quint64(std::min(rows, kept));
+    return fold;
+}
+
+SearchPlan::SearchPlan(quint64 dataSize, double interval, double shortest, double longest,
+                       qint32 fewestBins, qint32 mostBins)
+    : size(dataSize), tsamp(interval), period_max(longest), bins_min(fewestBins),
+      bins_max(mostBins), firstFactor(shortest / (interval * fewestBins)),
+      growth((double(mostBins) + 1) / fewestBins),
+      steps(std::ceil(std::log(longest / shortest) / std::log(growth)))
+{}
+
+std::optional<PlanStep> SearchPlan::step(qint64 index) const
+{
+    if (!(double(index) < steps))
+        return {};
+    PlanStep step;
+    step.factor = firstFactor * std::pow(growth, double(index));
+    step.tau = tsamp * step.factor;
+    step.samples = downsampledLength(size, step.factor);
+    // A fold of one row keeps no rows, so bins end at half the samples. Without two rows of
+    // the fewest bins the step is over, and the factor may be past the data.
+    if (step.samples / 2 < quint64(bins_min))
+        return {};
+    step.longest = period_max / step.tau;
+    const double last =
+        std::min({double(step.samples / 2), double(bins_max), std::trunc(step.longest)});
+    if (!(last >= bins_min))
+        return {};
+    step.binsLast = qint32(last);
+    return step;
+}
+
+} // namespace Ffa
