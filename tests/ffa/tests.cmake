@@ -4,3 +4,5 @@ target_link_libraries(zrt_test_straightffa PUBLIC zrt_base)
 
 zrt_add_test(ffa/plan unit zrt_ffa)
 zrt_add_test(ffa/blocks unit zrt_ffa zrt_test_straightffa)
+zrt_add_test(ffa/search unit zrt_ffa zrt_test_straightffa)
+zrt_add_test(ffa/periodogram unit zrt_ffa)

@@ -1,0 +1,314 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+/// The inner loops of the fast search, over vectors of `Lanes` floats. They are templates to
+/// be inlined into functions compiled per instruction set; vectors wider than the processor's
+/// are split by the compiler. Every float operation is that of the plain building blocks, in
+/// the same order for each value, so results are equal to the last bit.
+///
+/// A row of b bins is stored in `vectorsPerRow()` whole vectors and repeats its first values
+/// after its end, so that a vector that starts at any bin holds consecutive bins, read
+/// circularly. What follows the Lanes - 1 repeated values is never looked at.
+namespace Ffa::Kernels {
+
+#define ZRT_INLINE inline __attribute__((always_inline))
+
+// Vectors only pass between functions that are inlined, so their calling convention, which
+// differs between the instruction sets, does not matter. Templates are compiled at the end of
+// the file, hence no pop.
+#pragma GCC diagnostic ignored "-Wpsabi"
+
+template <int Lanes>
+struct VectorTypes;
+
+template <>
+struct VectorTypes<8> {
+    typedef float Floats __attribute__((vector_size(32)));
+    typedef float Half __attribute__((vector_size(16)));
+    typedef double HalfDoubles __attribute__((vector_size(32)));
+    static ZRT_INLINE HalfDoubles widen(const Half &x)
+    {
+        return __builtin_convertvector(x, HalfDoubles);
+    }
+    static ZRT_INLINE Half narrow(const HalfDoubles &x) { return __builtin_convertvector(x, Half); }
+};
+
+template <>
+struct VectorTypes<16> {
+    typedef float Floats __attribute__((vector_size(64)));
+    typedef float Half __attribute__((vector_size(32)));
+    typedef double HalfDoubles __attribute__((vector_size(64)));
+    static ZRT_INLINE HalfDoubles widen(const Half &x)
+    {
+        return __builtin_convertvector(x, HalfDoubles);
+    }
+    static ZRT_INLINE Half narrow(const HalfDoubles &x) { return __builtin_convertvector(x, Half); }
+};
+
+typedef float Quad __attribute__((vector_size(16)));
+
+template <typename Vector>
+ZRT_INLINE Vector load(const float *from)
+{
+    Vector vector;
+    std::memcpy(&vector, from, sizeof vector);
+    return vector;
+}
+
+template <typename Vector>
+ZRT_INLINE void store(float *to, const Vector &vector)
+{
+    std::memcpy(to, &vector, sizeof vector);
+}
+
+/// Fewest bins of a row: a leaf of four rows reads 3 bins past the repeated values.
+constexpr int fewestBins(int lanes)
+{
+    return lanes + 2;
+}
+
+constexpr std::int64_t vectorsPerRow(std::int64_t bins, int lanes)
+{
+    return (bins + lanes - 1 + lanes - 1) / lanes;
+}
+
+/// Floats that may be read after the end of a series.
+constexpr int seriesSlack = 32;
+
+/// One output row of a merge: which rows to add, and how far the tail row is read later.
+struct MergeEntry {
+    std::int32_t head;  ///< row of the head
+    std::int32_t tail;  ///< row of the tail
+    std::int32_t shift; ///< bins, below the number of bins
+    std::int32_t split; ///< vectors of the output row that begin before the tail row wraps
+};
+
+/// Entries of a merge of `rows` rows, as mergeStep() defines them.
+template <int Lanes>
+ZRT_INLINE void fillMergeTable(int rows, int bins, MergeEntry *entries)
+{
+    const int headRows = rows / 2;
+    const int tailRows = rows - headRows;
+    const float headSlope = float(headRows - 1) / float(rows - 1);
+    const float tailSlope = float(tailRows - 1) / float(rows - 1);
+    for (int s = 0; s < rows; ++s) {
+        const int head = int(float(s) * headSlope + 0.5f);
+        const int tail = int(float(s) * tailSlope + 0.5f);
+        const int shift = (s - tail) % bins;
+        entries[s] = {head, tail, shift, (bins - shift + Lanes - 1) / Lanes};
+    }
+}
+
+/// Writes `count` output rows of a merge. The tail row's wrap falls on a vector boundary of
+/// the output, because the vector that crosses the row's end finds the first bins repeated
+/// there: two straight runs, loads of the head and stores aligned.
+template <int Lanes>
+ZRT_INLINE void mergeRows(const MergeEntry *entries, int count, const float *head,
+                          const float *tail, int bins, float *out)
+{
+    using Floats = typename VectorTypes<Lanes>::Floats;
+    const std::int64_t stride = vectorsPerRow(bins, Lanes) * Lanes;
+    for (int s = 0; s < count; ++s, out += stride) {
+        const float *const x = head + entries[s].head * stride;
+        const float *y = tail + entries[s].tail * stride + entries[s].shift;
+        const std::int64_t wrap = std::int64_t(entries[s].split) * Lanes;
+        std::int64_t i = 0;
+        for (; i < wrap; i += Lanes)
+            store<Floats>(out + i, load<Floats>(x + i) + load<Floats>(y + i));
+        for (; i < stride; i += Lanes)
+            store<Floats>(out + i, load<Floats>(x + i) + load<Floats>(y + (i - bins)));
+    }
+}
+
+/// One vector of a transform of two to four rows, whole in registers: two levels of the
+/// transform for one pass over memory.
+///
+/// @param in   row r at in[r] + at
+/// @param out  row s at out + s x stride
+template <int Lanes, int Rows>
+ZRT_INLINE void leafVector(const float *const *in, std::int64_t at, std::int64_t stride, float *out)
+{
+    using Floats = typename VectorTypes<Lanes>::Floats;
+    // Inlined even in unoptimised builds: see the note on vectors above.
+    const auto bin = [&](int row, int shift) __attribute__((always_inline))
+    {
+        return load<Floats>(in[row] + at + shift);
+    };
+    const auto write = [&](int row, const Floats &sum) __attribute__((always_inline))
+    {
+        store<Floats>(out + row * stride, sum);
+    };
+    if constexpr (Rows == 2) {
+        write(0, bin(0, 0) + bin(1, 0));
+        write(1, bin(0, 0) + bin(1, 1));
+    } else if constexpr (Rows == 3) {
+        write(0, bin(0, 0) + (bin(1, 0) + bin(2, 0)));
+        write(1, bin(0, 0) + (bin(1, 0) + bin(2, 1)));
+        write(2, bin(0, 0) + (bin(1, 1) + bin(2, 2)));
+    } else {
+        const Floats straight = bin(0, 0) + bin(1, 0);
+        const Floats drifting = bin(0, 0) + bin(1, 1);
+        write(0, straight + (bin(2, 0) + bin(3, 0)));
+        write(1, straight + (bin(2, 1) + bin(3, 1)));
+        write(2, drifting + (bin(2, 1) + bin(3, 2)));
+        write(3, drifting + (bin(2, 2) + bin(3, 3)));
+    }
+}
+
+/// Transform of `Rows` consecutive rows of a series, which has seriesSlack floats after its
+/// end.
+template <int Lanes, int Rows>
+ZRT_INLINE void leafRows(const float *series, int bins, float *out)
+{
+    using Floats = typename VectorTypes<Lanes>::Floats;
+    const std::int64_t stride = vectorsPerRow(bins, Lanes) * Lanes;
+    const float *rows[Rows];
+    for (int r = 0; r < Rows; ++r)
+        rows[r] = series + std::int64_t(r) * bins;
+    // Vectors that end before the row does are read in place.
+    const std::int64_t inPlace = (bins - 3) / Lanes * Lanes;
+    std::int64_t at = 0;
+    for (; at < inPlace; at += Lanes)
+        leafVector<Lanes, Rows>(rows, at, stride, out + at);
+    // The others, three at the most, from a copy that goes on with the row's first bins.
+    float ends[Rows][5 * Lanes];
+    const std::int64_t rest = bins - inPlace;
+    for (int r = 0; r < Rows; ++r) {
+        store(ends[r], load<Floats>(rows[r] + inPlace));
+        store(ends[r] + Lanes, load<Floats>(rows[r] + inPlace + Lanes));
+        for (std::int64_t i = 0; i < stride - inPlace + 3 - rest; i += Lanes)
+            store(ends[r] + rest + i, load<Floats>(rows[r] + i));
+        rows[r] = ends[r];
+    }
+    for (; at < stride; at += Lanes)
+        leafVector<Lanes, Rows>(rows, at - inPlace, stride, out + at);
+}
+
+/// Turns `Lanes` rows into a tile in which one vector holds the same bin of every row:
+/// tile[bin][row].
+template <int Lanes>
+ZRT_INLINE void transposeRows(const float *rows, int bins, float *tile)
+{
+    const std::int64_t stride = vectorsPerRow(bins, Lanes) * Lanes;
+    for (std::int64_t bin = 0; bin < bins; bin += 4) {
+        for (int r = 0; r < Lanes; r += 4) {
+            const float *const from = rows + r * stride + bin;
+            const Quad a = load<Quad>(from);
+            const Quad b = load<Quad>(from + stride);
+            const Quad c = load<Quad>(from + 2 * stride);
+            const Quad d = load<Quad>(from + 3 * stride);
+            const Quad ab01 = __builtin_shufflevector(a, b, 0, 4, 1, 5);
+            const Quad ab23 = __builtin_shufflevector(a, b, 2, 6, 3, 7);
+            const Quad cd01 = __builtin_shufflevector(c, d, 0, 4, 1, 5);
+            const Quad cd23 = __builtin_shufflevector(c, d, 2, 6, 3, 7);
+            float *const to = tile + bin * Lanes + r;
+            store<Quad>(to, __builtin_shufflevector(ab01, cd01, 0, 1, 4, 5));
+            store<Quad>(to + Lanes, __builtin_shufflevector(ab01, cd01, 2, 3, 6, 7));
+            store<Quad>(to + 2 * Lanes, __builtin_shufflevector(ab23, cd23, 0, 1, 4, 5));
+            store<Quad>(to + 3 * Lanes, __builtin_shufflevector(ab23, cd23, 2, 3, 6, 7));
+        }
+    }
+}
+
+/// circularPrefixSum() of every row of a tile, in place; `extra` vectors beyond the bins.
+template <int Lanes>
+ZRT_INLINE void prefixSums(float *tile, std::int64_t bins, std::int64_t extra)
+{
+    using Types = VectorTypes<Lanes>;
+    using Floats = typename Types::Floats;
+    using Half = typename Types::Half;
+    typename Types::HalfDoubles low = {};
+    typename Types::HalfDoubles high = {};
+    for (std::int64_t i = 0; i < bins; ++i) {
+        float *const at = tile + i * Lanes;
+        low += Types::widen(load<Half>(at));
+        high += Types::widen(load<Half>(at + Lanes / 2));
+        store(at, Types::narrow(low));
+        store(at + Lanes / 2, Types::narrow(high));
+    }
+    const Floats total = load<Floats>(tile + (bins - 1) * Lanes);
+    float wraps = 1;
+    for (std::int64_t begin = bins; begin < bins + extra; begin += bins, wraps += 1) {
+        const Floats whole = wraps * total;
+        const std::int64_t count = bins < bins + extra - begin ? bins : bins + extra - begin;
+        for (std::int64_t i = 0; i < count; ++i)
+            store<Floats>(tile + (begin + i) * Lanes, load<Floats>(tile + i * Lanes) + whole);
+    }
+}
+
+/// Constants of one boxcar width for the profiles of one fold.
+struct WidthConstants {
+    float heightAndBase;
+    float base;
+    std::int64_t width;
+};
+
+/// Largest P[i + w] - P[i] of every row of a tile for `Widths` widths at once: the sums at i
+/// are loaded once for all of them, and the chains of comparisons hide each other's latency.
+template <int Lanes, int Widths>
+ZRT_INLINE void largestRises(const float *tile, std::int64_t bins, const WidthConstants *widths,
+                             float *out)
+{
+    using Floats = typename VectorTypes<Lanes>::Floats;
+    Floats largest[Widths];
+    for (int j = 0; j < Widths; ++j)
+        largest[j] = load<Floats>(tile + widths[j].width * Lanes) - load<Floats>(tile);
+    for (std::int64_t i = 1; i < bins; ++i) {
+        const float *const at = tile + i * Lanes;
+        const Floats here = load<Floats>(at);
+        for (int j = 0; j < Widths; ++j) {
+            const Floats rise = load<Floats>(at + widths[j].width * Lanes) - here;
+            largest[j] = largest[j] < rise ? rise : largest[j];
+        }
+    }
+    for (int j = 0; j < Widths; ++j)
+        store<Floats>(out + j * Lanes, largest[j]);
+}
+
+/// S/N of every row of a tile of prefix sums at every width.
+///
+/// @param rises  room for nwidths vectors
+/// @param rows   leading rows to write
+/// @param snr    [row][width]
+template <int Lanes>
+ZRT_INLINE void tileSnr(const float *tile, std::int64_t bins, const WidthConstants *widths,
+                        std::int64_t nwidths, float stdnoise, float *rises, int rows, float *snr)
+{
+    using Floats = typename VectorTypes<Lanes>::Floats;
+    std::int64_t j = 0;
+    for (; j + 5 < nwidths; j += 6)
+        largestRises<Lanes, 6>(tile, bins, widths + j, rises + j * Lanes);
+    switch (nwidths - j) {
+    case 5:
+        largestRises<Lanes, 5>(tile, bins, widths + j, rises + j * Lanes);
+        break;
+    case 4:
+        largestRises<Lanes, 4>(tile, bins, widths + j, rises + j * Lanes);
+        break;
+    case 3:
+        largestRises<Lanes, 3>(tile, bins, widths + j, rises + j * Lanes);
+        break;
+    case 2:
+        largestRises<Lanes, 2>(tile, bins, widths + j, rises + j * Lanes);
+        break;
+    case 1:
+        largestRises<Lanes, 1>(tile, bins, widths + j, rises + j * Lanes);
+        break;
+    default:
+        break;
+    }
+    const Floats total = load<Floats>(tile + (bins - 1) * Lanes);
+    for (j = 0; j < nwidths; ++j) {
+        const Floats rise = load<Floats>(rises + j * Lanes);
+        store<Floats>(rises + j * Lanes,
+                      (widths[j].heightAndBase * rise - widths[j].base * total) / stdnoise);
+    }
+    for (int row = 0; row < rows; ++row) {
+        for (j = 0; j < nwidths; ++j)
+            snr[row * nwidths + j] = rises[j * Lanes + row];
+    }
+}
+
+} // namespace Ffa::Kernels
