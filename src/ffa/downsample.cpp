@@ -8,23 +8,47 @@
 
 namespace Ffa {
 
+namespace {
+
+// Output sample `index`; any factor, any place.
+float averagedSample(const float *data, quint64 size, double factor, quint64 index)
+{
+    const double start = double(index) * factor;
+    const double end = start + factor;
+    const auto first = qint64(start);
+    const auto last = std::min(qint64(end), qint64(size - 1));
+    float sum = float(double(first + 1) - start) * data[first];
+    for (qint64 j = first + 1; j < last; ++j)
+        sum += data[j];
+    return sum + float(end - double(last)) * data[last];
+}
+
+} // namespace
+
 void downsample(const float *data, quint64 size, double factor, float *out)
 {
     if (!(factor > 1 && factor <= double(size)))
         throw std::invalid_argument("Downsampling factor must verify: 1 < f <= size");
     const quint64 length = downsampledLength(size, factor);
-    for (quint64 i = 0; i < length; ++i) {
+    const auto whole = qint64(factor);
+    // The same sums: of the samples inside, all but one or so are there for every output
+    // sample. A loop of fixed length and a selection are predicted, one of varying length is not.
+    for (quint64 i = 0; i + 1 < length; ++i) {
         const double start = double(i) * factor;
         const double end = start + factor;
-        // Truncation is floor here, and the signed conversion is a single instruction.
         const auto first = qint64(start);
-        const auto last = std::min(qint64(end), qint64(size - 1));
+        const auto last = qint64(end);
         float sum = float(double(first + 1) - start) * data[first];
-        for (qint64 j = first + 1; j < last; ++j)
+        for (qint64 j = first + 1; j < first + whole; ++j)
             sum += data[j];
-        sum += float(end - double(last)) * data[last];
-        out[i] = sum;
+        const float oneMore = sum + data[first + whole];
+        sum = first + whole < last ? oneMore : sum;
+        for (qint64 j = first + whole + 1; j < last; ++j)
+            sum += data[j];
+        out[i] = sum + float(end - double(last)) * data[last];
     }
+    // The last interval may end beyond the data.
+    out[length - 1] = averagedSample(data, size, factor, length - 1);
 }
 
 double downsampledVariance(quint64 size, double factor)
