@@ -65,7 +65,7 @@ void straight(benchmark::State &state, const Case &c)
 {
     const std::vector<float> data = noise(c.samples);
     StraightFfa::Times times;
-    for (auto _ : state)
+    while (state.KeepRunning())
         benchmark::DoNotOptimize(straightSearch(c, data, &times).snr.data());
     const auto each = benchmark::Counter::kAvgIterations;
     state.counters["downsampling_s"] = {times.downsampling, each};
@@ -79,11 +79,12 @@ void fast(benchmark::State &state, const Case &c)
     Periodogram result = fastSearch(c, data);
     const StraightFfa::Result expected = straightSearch(c, data);
     if (result.snr.size() != expected.snr.size() ||
-        std::memcmp(result.snr.data(), expected.snr.data(), expected.snr.size() * sizeof(float))) {
+        std::memcmp(result.snr.data(), expected.snr.data(), expected.snr.size() * sizeof(float)) !=
+            0) {
         state.SkipWithError("differs from the straight reading");
         return;
     }
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         result = fastSearch(c, data);
         benchmark::DoNotOptimize(result.snr.data());
     }

@@ -129,11 +129,11 @@ std::optional<PlanStep> SearchPlan::step(qint64 index) const
     step.samples = downsampledLength(size, step.factor);
     // A fold of one row keeps no rows, so bins end at half the samples. Without two rows of
     // the fewest bins the step is over, and the factor may be past the data.
-    if (step.samples / 2 < quint64(bins_min))
+    const quint64 half = step.samples / 2;
+    if (half < quint64(bins_min))
         return {};
     step.longest = period_max / step.tau;
-    const double last =
-        std::min({double(step.samples / 2), double(bins_max), std::trunc(step.longest)});
+    const double last = std::min({double(half), double(bins_max), std::trunc(step.longest)});
     if (!(last >= bins_min))
         return {};
     step.binsLast = qint32(last);

@@ -10,7 +10,7 @@
 ///
 /// A row of b bins is stored in `vectorsPerRow()` whole vectors and repeats its first values
 /// after its end, so that a vector that starts at any bin holds consecutive bins, read
-/// circularly. What follows the Lanes - 1 repeated values is never looked at.
+/// circularly. What follows the `Lanes` repeated values is never looked at.
 namespace Ffa::Kernels {
 
 #define ZRT_INLINE inline __attribute__((always_inline))
@@ -26,8 +26,10 @@ struct VectorTypes;
 template <>
 struct VectorTypes<8> {
     typedef float Floats __attribute__((vector_size(32)));
+    typedef std::int32_t Ints __attribute__((vector_size(32)));
     typedef float Half __attribute__((vector_size(16)));
     typedef double HalfDoubles __attribute__((vector_size(32)));
+    static constexpr Ints laneNumbers = {0, 1, 2, 3, 4, 5, 6, 7};
     static ZRT_INLINE HalfDoubles widen(const Half &x)
     {
         return __builtin_convertvector(x, HalfDoubles);
@@ -38,8 +40,10 @@ struct VectorTypes<8> {
 template <>
 struct VectorTypes<16> {
     typedef float Floats __attribute__((vector_size(64)));
+    typedef std::int32_t Ints __attribute__((vector_size(64)));
     typedef float Half __attribute__((vector_size(32)));
     typedef double HalfDoubles __attribute__((vector_size(64)));
+    static constexpr Ints laneNumbers = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
     static ZRT_INLINE HalfDoubles widen(const Half &x)
     {
         return __builtin_convertvector(x, HalfDoubles);
@@ -63,78 +67,135 @@ ZRT_INLINE void store(float *to, const Vector &vector)
     std::memcpy(to, &vector, sizeof vector);
 }
 
-/// Fewest bins of a row: a leaf of four rows reads 3 bins past the repeated values.
+/// Fewest bins of a row: a leaf reads up to 3 bins past the repeated values.
 constexpr int fewestBins(int lanes)
 {
-    return lanes + 2;
+    return lanes + 3;
 }
 
 constexpr std::int64_t vectorsPerRow(std::int64_t bins, int lanes)
 {
-    return (bins + lanes - 1 + lanes - 1) / lanes;
+    return (bins + lanes + lanes - 1) / lanes;
 }
 
-/// Floats that may be read after the end of a series.
-constexpr int seriesSlack = 32;
-
-/// One output row of a merge: which rows to add, and how far the tail row is read later.
+/// One output row of a merge as places of floats, computed once for all sub-blocks of as many
+/// rows.
 struct MergeEntry {
-    std::int32_t head;  ///< row of the head
-    std::int32_t tail;  ///< row of the tail
-    std::int32_t shift; ///< bins, below the number of bins
-    std::int32_t split; ///< vectors of the output row that begin before the tail row wraps
+    std::int32_t head; ///< first bin of the head row, from the head's begin
+    std::int32_t tail; ///< bin of the tail row that is added to bin 0, from the tail's begin
+    std::int32_t wrap; ///< bins that the output row has before the tail row starts again
 };
 
-/// Entries of a merge of `rows` rows, as mergeStep() defines them.
-template <int Lanes>
-ZRT_INLINE void fillMergeTable(int rows, int bins, MergeEntry *entries)
+/// Row of a half that is merged into row `row`; see mergeStep().
+ZRT_INLINE int rowOfHalf(int row, float slope, int halfRows)
 {
+    constexpr float half = 0.5f;
+    const int nearest = int(float(row) * slope + half);
+    return nearest < halfRows ? nearest : halfRows - 1;
+}
+
+/// Entries of a merge of `rows` rows. Odd rows wrap where the even row before them does.
+///
+/// @param keptRows  the halves keep their last so many rows, 2^k, in a ring; 0: all rows
+template <int Lanes>
+ZRT_INLINE void fillMergeTable(int rows, int bins, int keptRows, MergeEntry *entries)
+{
+    const int stride = int(vectorsPerRow(bins, Lanes) * Lanes);
+    const int mask = keptRows - 1; // of all ones for 0
     const int headRows = rows / 2;
     const int tailRows = rows - headRows;
     const float headSlope = float(headRows - 1) / float(rows - 1);
     const float tailSlope = float(tailRows - 1) / float(rows - 1);
+    const double turnsPerBin = 1.0 / bins;
     for (int s = 0; s < rows; ++s) {
-        const int head = int(float(s) * headSlope + 0.5f);
-        const int tail = int(float(s) * tailSlope + 0.5f);
-        const int shift = (s - tail) % bins;
-        entries[s] = {head, tail, shift, (bins - shift + Lanes - 1) / Lanes};
+        const int head = rowOfHalf(s, headSlope, headRows);
+        const int tail = rowOfHalf(s, tailSlope, tailRows);
+        const int even = s & ~1;
+        const int evenShift = even - rowOfHalf(even, tailSlope, tailRows);
+        // The remainder without a division. Where the product falls just short of a whole
+        // number it is `bins`, a row that wraps at once, which is as good as 0.
+        const int first = evenShift - int(evenShift * turnsPerBin) * bins;
+        const int shift = s - tail - evenShift + first;
+        entries[s] = {(head & mask) * stride, (tail & mask) * stride + shift,
+                      (bins - first + Lanes - 1) / Lanes * Lanes};
     }
 }
 
-/// Writes `count` output rows of a merge. The tail row's wrap falls on a vector boundary of
-/// the output, because the vector that crosses the row's end finds the first bins repeated
-/// there: two straight runs, loads of the head and stores aligned.
-template <int Lanes>
-ZRT_INLINE void mergeRows(const MergeEntry *entries, int count, const float *head,
-                          const float *tail, int bins, float *out)
+/// Writes `Rows` consecutive output rows of a merge side by side; where one wraps they all do.
+///
+/// The wrap of the tail row falls on a vector boundary of the output, because the vector that
+/// crosses the row's end finds the first bins repeated there: loads of the head and stores are
+/// aligned, and there is one loop, of a length that all rows share and the processor predicts.
+/// The second row of a pair is shifted by at most one bin more, so that with one more bin
+/// repeated it can wrap where the first does.
+template <int Lanes, int Rows>
+ZRT_INLINE void mergeTogether(const MergeEntry *entries, const float *head, const float *tail,
+                              std::int64_t bins, std::int64_t stride, float *out)
 {
     using Floats = typename VectorTypes<Lanes>::Floats;
+    const float *x[Rows];
+    const float *y[Rows];
+    for (int r = 0; r < Rows; ++r) {
+        x[r] = head + entries[r].head;
+        y[r] = tail + entries[r].tail;
+    }
+    const std::int64_t lastBeforeWrap = entries[0].wrap - 1;
+    for (std::int64_t i = 0; i < stride; i += Lanes) {
+        // The sign of the difference instead of a condition, of which the compiler would make
+        // two loops.
+        const std::int64_t at = i - (bins & ((lastBeforeWrap - i) >> 63));
+        for (int r = 0; r < Rows; ++r)
+            store<Floats>(out + r * stride + i, load<Floats>(x[r] + i) + load<Floats>(y[r] + at));
+    }
+}
+
+/// Writes the output rows from `first`, which is even, to before `end`.
+///
+/// @param outMask  row s goes to out + (s & outMask) x stride
+template <int Lanes>
+ZRT_INLINE void mergeRows(const MergeEntry *entries, int first, int end, const float *head,
+                          const float *tail, std::int64_t bins, float *out, std::int64_t outMask)
+{
     const std::int64_t stride = vectorsPerRow(bins, Lanes) * Lanes;
-    for (int s = 0; s < count; ++s, out += stride) {
-        const float *const x = head + entries[s].head * stride;
-        const float *y = tail + entries[s].tail * stride + entries[s].shift;
-        const std::int64_t wrap = std::int64_t(entries[s].split) * Lanes;
-        std::int64_t i = 0;
-        for (; i < wrap; i += Lanes)
-            store<Floats>(out + i, load<Floats>(x + i) + load<Floats>(y + i));
-        for (; i < stride; i += Lanes)
-            store<Floats>(out + i, load<Floats>(x + i) + load<Floats>(y + (i - bins)));
+    int s = first;
+    for (; s + 1 < end; s += 2)
+        mergeTogether<Lanes, 2>(entries + s, head, tail, bins, stride,
+                                out + (s & outMask) * stride);
+    if (s < end)
+        mergeTogether<Lanes, 1>(entries + s, head, tail, bins, stride,
+                                out + (s & outMask) * stride);
+}
+
+/// One vector of a row of a series, from bin `at`. Where the row's end lies before the
+/// vector's, its bins beyond come from the row's begin, one row earlier in the series.
+template <int Lanes, bool Wraps>
+ZRT_INLINE typename VectorTypes<Lanes>::Floats seriesVector(const float *row, std::int64_t at,
+                                                            std::int64_t bins)
+{
+    using Types = VectorTypes<Lanes>;
+    using Floats = typename Types::Floats;
+    if constexpr (Wraps) {
+        const typename Types::Ints beyond = Types::laneNumbers + int(at - bins) >= 0;
+        return beyond ? load<Floats>(row + (at - bins)) : load<Floats>(row + at);
+    } else {
+        return load<Floats>(row + at);
     }
 }
 
 /// One vector of a transform of two to four rows, whole in registers: two levels of the
 /// transform for one pass over memory.
 ///
-/// @param in   row r at in[r] + at
+/// @param at   first bin read of row 0
 /// @param out  row s at out + s x stride
-template <int Lanes, int Rows>
-ZRT_INLINE void leafVector(const float *const *in, std::int64_t at, std::int64_t stride, float *out)
+template <int Lanes, int Rows, bool Wraps>
+ZRT_INLINE void leafVector(const float *series, std::int64_t at, std::int64_t bins,
+                           std::int64_t stride, float *out)
 {
     using Floats = typename VectorTypes<Lanes>::Floats;
     // Inlined even in unoptimised builds: see the note on vectors above.
     const auto bin = [&](int row, int shift) __attribute__((always_inline))
     {
-        return load<Floats>(in[row] + at + shift);
+        return seriesVector<Lanes, Wraps>(series + row * bins, at + shift, bins);
     };
     const auto write = [&](int row, const Floats &sum) __attribute__((always_inline))
     {
@@ -157,33 +218,19 @@ ZRT_INLINE void leafVector(const float *const *in, std::int64_t at, std::int64_t
     }
 }
 
-/// Transform of `Rows` consecutive rows of a series, which has seriesSlack floats after its
-/// end.
+/// Transform of `Rows` consecutive rows of a series, which can be read a little before its
+/// begin and after its end.
 template <int Lanes, int Rows>
-ZRT_INLINE void leafRows(const float *series, int bins, float *out)
+ZRT_INLINE void leafRows(const float *series, std::int64_t bins, float *out)
 {
-    using Floats = typename VectorTypes<Lanes>::Floats;
     const std::int64_t stride = vectorsPerRow(bins, Lanes) * Lanes;
-    const float *rows[Rows];
-    for (int r = 0; r < Rows; ++r)
-        rows[r] = series + std::int64_t(r) * bins;
-    // Vectors that end before the row does are read in place.
-    const std::int64_t inPlace = (bins - 3) / Lanes * Lanes;
     std::int64_t at = 0;
-    for (; at < inPlace; at += Lanes)
-        leafVector<Lanes, Rows>(rows, at, stride, out + at);
-    // The others, three at the most, from a copy that goes on with the row's first bins.
-    float ends[Rows][5 * Lanes];
-    const std::int64_t rest = bins - inPlace;
-    for (int r = 0; r < Rows; ++r) {
-        store(ends[r], load<Floats>(rows[r] + inPlace));
-        store(ends[r] + Lanes, load<Floats>(rows[r] + inPlace + Lanes));
-        for (std::int64_t i = 0; i < stride - inPlace + 3 - rest; i += Lanes)
-            store(ends[r] + rest + i, load<Floats>(rows[r] + i));
-        rows[r] = ends[r];
-    }
+    for (; at + Lanes + 3 <= bins; at += Lanes)
+        leafVector<Lanes, Rows, false>(series, at, bins, stride, out + at);
+    for (; at < bins; at += Lanes)
+        leafVector<Lanes, Rows, true>(series, at, bins, stride, out + at);
     for (; at < stride; at += Lanes)
-        leafVector<Lanes, Rows>(rows, at - inPlace, stride, out + at);
+        leafVector<Lanes, Rows, false>(series, at - bins, bins, stride, out + at);
 }
 
 /// Turns `Lanes` rows into a tile in which one vector holds the same bin of every row:
@@ -212,7 +259,8 @@ ZRT_INLINE void transposeRows(const float *rows, int bins, float *tile)
     }
 }
 
-/// circularPrefixSum() of every row of a tile, in place; `extra` vectors beyond the bins.
+/// circularPrefixSum() of every row of a tile, in place; `extra` vectors beyond the bins, at
+/// most as many again.
 template <int Lanes>
 ZRT_INLINE void prefixSums(float *tile, std::int64_t bins, std::int64_t extra)
 {
@@ -229,13 +277,8 @@ ZRT_INLINE void prefixSums(float *tile, std::int64_t bins, std::int64_t extra)
         store(at + Lanes / 2, Types::narrow(high));
     }
     const Floats total = load<Floats>(tile + (bins - 1) * Lanes);
-    float wraps = 1;
-    for (std::int64_t begin = bins; begin < bins + extra; begin += bins, wraps += 1) {
-        const Floats whole = wraps * total;
-        const std::int64_t count = bins < bins + extra - begin ? bins : bins + extra - begin;
-        for (std::int64_t i = 0; i < count; ++i)
-            store<Floats>(tile + (begin + i) * Lanes, load<Floats>(tile + i * Lanes) + whole);
-    }
+    for (std::int64_t i = 0; i < extra; ++i)
+        store<Floats>(tile + (bins + i) * Lanes, load<Floats>(tile + i * Lanes) + total);
 }
 
 /// Constants of one boxcar width for the profiles of one fold.

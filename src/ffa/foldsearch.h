@@ -4,6 +4,7 @@
 
 #include <QtGlobal>
 #include <array>
+#include <memory>
 #include <vector>
 
 namespace Ffa {
@@ -14,8 +15,9 @@ struct WidthConstants;
 } // namespace Kernels
 
 struct KernelSet;
+struct MergeTree;
 
-/// Zeroed floats that begin on a cache line.
+/// Floats without values yet that begin on a cache line.
 class AlignedFloats {
 public:
     explicit AlignedFloats(quint64 count);
@@ -25,7 +27,7 @@ public:
     float *data() const { return first; }
 
 private:
-    std::vector<float> storage;
+    std::unique_ptr<float[]> storage;
     float *first = nullptr;
 };
 
@@ -44,8 +46,8 @@ enum class Lanes { Automatic, Eight, Sixteen };
 /// buffers are allocated once.
 class FoldSearch {
 public:
-    /// Floats that must be readable after the end of a series given to run().
-    static constexpr int seriesSlack = 32;
+    /// Floats that must be readable before and after a series given to run().
+    static constexpr int seriesSlack = 48;
 
     FoldSearch(const FoldLimits &limits, const quint64 *widths, quint64 nwidths,
                Lanes lanes = Lanes::Automatic);
@@ -56,21 +58,34 @@ public:
 
     /// Writes the S/N of the leading `fold.evaluated` profiles of one fold.
     ///
-    /// @param series    fold.rows x fold.bins samples and the slack
+    /// @param series    fold.rows x fold.bins samples, slack on both sides
     /// @param stdnoise  standard deviation of one value of a profile
     /// @param snr       [profile][width]
     void run(const float *series, const PlanFold &fold, float stdnoise, float *snr);
 
 private:
+    /// Consecutive rows of the series: one block of the transform, which halves `depth` times.
+    struct SubBlock {
+        int depth;
+        int rows;
+        const float *series;
+    };
+
     void runPlain(const float *series, const PlanFold &fold, float stdnoise, float *snr);
     void prepare(int rows, qint32 bins);
-    void transform(int depth, int rows, const float *series, float *out, float *other) const;
+    int levelsPerPass(int rows) const;
+    void plant(MergeTree &tree, int node, int levels, const SubBlock &sub, float *blocks,
+               float *work);
+    void grow(MergeTree &tree, int node, int end) const;
+    const Kernels::MergeEntry *tableFor(const SubBlock &sub) const;
+    void transform(const SubBlock &sub, float *out, float *work);
 
     const std::vector<quint64> widths;
     const KernelSet *const preferred;
     AlignedFloats block;
     AlignedFloats otherBlock;
     AlignedFloats tile; ///< a few rows, their tile and the rises, or the sums of one profile
+    AlignedFloats rings;
     std::vector<Kernels::WidthConstants> constants;
     std::vector<Kernels::MergeEntry> entries;
 
@@ -78,10 +93,12 @@ private:
     const KernelSet *kernels = nullptr;
     qint32 bins = 0;
     qint64 stride = 0; ///< floats per row
-    /// Merge tables of the two row counts at each depth of the recursion: all sub-blocks of
-    /// one depth have `fewestRows` rows or one more.
+    int ringRows = 0;  ///< of a pass over several levels
+    /// Merge tables of one depth of the recursion, whose sub-blocks have all `fewestRows` rows
+    /// or one more.
     struct Depth {
         int fewestRows = 0;
+        int passLevels = 0; ///< depths merged in one pass from this one on
         std::array<const Kernels::MergeEntry *, 2> tables = {};
     };
     std::array<Depth, 32> depths = {};

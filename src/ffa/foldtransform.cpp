@@ -13,7 +13,8 @@ namespace {
 quint64 rowOfHalf(quint64 row, quint64 halfRows, quint64 rows)
 {
     const float slope = float(halfRows - 1) / float(rows - 1);
-    const auto nearest = quint64(float(row) * slope + 0.5f);
+    constexpr float half = 0.5f;
+    const auto nearest = quint64(float(row) * slope + half);
     return std::min(nearest, halfRows - 1);
 }
 

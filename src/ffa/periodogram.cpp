@@ -1,6 +1,7 @@
 #include "ffa/periodogram.h"
 
 #include "base/debugline.h"
+#include "base/targetclones.h"
 #include "ffa/boxcar.h"
 #include "ffa/downsample.h"
 #include "ffa/ffaplan.h"
@@ -29,6 +30,16 @@ FoldLimits limitsOf(const SearchPlan &plan, qint32 bins_min)
     return limits;
 }
 
+// Trial periods of a fold: a drift of s bins over all its rows makes b - s / (rows - 1) bins.
+ZRT_TARGET_CLONES
+void writePeriods(const PlanFold &fold, double tsamp, double factor, double *periods)
+{
+    const double bins = fold.bins;
+    const double lastRow = double(fold.rows) - 1;
+    for (quint64 s = 0; s < fold.evaluated; ++s)
+        periods[s] = bins * tsamp * factor * bins / (bins - double(s) / lastRow);
+}
+
 int percentOf(quint64 done, quint64 length)
 {
     return length == 0 ? 100 : int(100 * done / length);
@@ -40,7 +51,7 @@ double bytesNeeded(const FoldLimits &limits, const std::vector<quint64> &widths,
     const double nwidths = double(widths.size());
     const double perTrial = sizeof(double) + sizeof(quint32) + nwidths * sizeof(float);
     return double(length) * perTrial + nwidths * sizeof(quint64) +
-           (double(limits.samples) + FoldSearch::seriesSlack) * sizeof(float) +
+           (double(limits.samples) + 2 * FoldSearch::seriesSlack) * sizeof(float) +
            FoldSearch::bytesNeeded(limits, widths.data(), widths.size());
 }
 
@@ -71,25 +82,22 @@ bool runPeriodogram(const float *data, quint64 size, double tsamp, const quint64
     const quint64 length =
         periodogramLength(size, tsamp, period_min, period_max, bins_min, bins_max);
     FoldSearch search(limits, widths, nwidths);
-    std::vector<float> series(limits.samples + FoldSearch::seriesSlack);
+    std::vector<float> buffer(limits.samples + 2 * FoldSearch::seriesSlack);
+    float *const series = buffer.data() + FoldSearch::seriesSlack;
 
     quint64 done = 0;
     for (qint64 i = 0; const auto step = plan.step(i); ++i) {
         if (step->factor == 1.0)
-            std::copy_n(data, size, series.data());
+            std::copy_n(data, size, series);
         else
-            downsample(data, size, step->factor, series.data());
+            downsample(data, size, step->factor, series);
         const double variance = downsampledVariance(size, step->factor);
         for (qint64 b = bins_min; b <= step->binsLast; ++b) {
             const PlanFold fold = step->fold(qint32(b));
             const float stdnoise = float(std::sqrt(double(fold.rows) * variance));
-            search.run(series.data(), fold, stdnoise, snr + done * nwidths);
-            const double bins = double(b);
-            for (quint64 s = 0; s < fold.evaluated; ++s) {
-                foldbins[done + s] = quint32(b);
-                periods[done + s] = bins * tsamp * step->factor * bins /
-                                    (bins - double(s) / (double(fold.rows) - 1));
-            }
+            search.run(series, fold, stdnoise, snr + done * nwidths);
+            std::fill_n(foldbins + done, fold.evaluated, quint32(b));
+            writePeriods(fold, tsamp, step->factor, periods + done);
             done += fold.evaluated;
             if (progress && !progress(percentOf(done, length)))
                 return false;

@@ -72,9 +72,10 @@ void transformInto(const float *in, float *scratch, float *out, int r, int c)
     transformInto(in + std::ptrdiff_t(mh) * c, out + std::ptrdiff_t(mh) * c, tail, mt, c);
     const float kh = float(mh - 1) / float(r - 1);
     const float kt = float(mt - 1) / float(r - 1);
+    constexpr float half = 0.5f;
     for (int s = 0; s < r; ++s) {
-        const int ih = int(float(s) * kh + 0.5f);
-        const int it = int(float(s) * kt + 0.5f);
+        const int ih = int(float(s) * kh + half);
+        const int it = int(float(s) * kt + half);
         addRolled(scratch + std::ptrdiff_t(ih) * c, tail + std::ptrdiff_t(it) * c, c, s - it,
                   out + std::ptrdiff_t(s) * c);
     }
@@ -91,8 +92,10 @@ void boxcarInto(const float *profile, int b, const std::uint64_t *widths, int nw
         prefix[i] = float(sum);
     }
     const float total = prefix[b - 1];
-    for (int i = b; i < b + wmax; ++i)
-        prefix[i] = prefix[i % b] + float(i / b) * total;
+    for (int i = b; i < b + wmax; ++i) {
+        const int wraps = i / b;
+        prefix[i] = prefix[i % b] + float(wraps) * total;
+    }
     for (int j = 0; j < nwidths; ++j) {
         const float w = float(widths[j]);
         const float h = std::sqrt((float(b) - w) / (float(b) * w));

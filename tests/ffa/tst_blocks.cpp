@@ -185,11 +185,11 @@ void TestBlocks::transformFollowsStraightLines()
     constexpr int bins = 128;
     const int reach = 1 + int(std::log2(rows));
     for (int s = 0; s < rows; s += 1 + rows / 7) {
-        Floats series(std::size_t(rows * bins), 0.0f);
+        Floats series(std::size_t(rows) * bins, 0.0f);
         for (int row = 0; row < rows; ++row) {
             const int drift = rows == 1 ? 0 : int(std::lround(double(s) * row / (rows - 1)));
             for (int i = -reach; i <= reach; ++i)
-                series[std::size_t(row * bins + (40 + drift + i + bins) % bins)] = 1;
+                series[std::size_t(row) * bins + std::size_t(40 + drift + i + bins) % bins] = 1;
         }
         Floats work(series.size());
         Floats out(series.size());

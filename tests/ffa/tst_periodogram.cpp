@@ -136,7 +136,7 @@ void TestPeriodogram::noiseStaysLow()
     for (int k = 0; k < result.length; ++k) {
         if (result.foldbins[std::size_t(k)] != 64)
             continue;
-        sum += double(result.snr[std::size_t(k * result.nwidths)]);
+        sum += double(result.snr[std::size_t(k) * std::size_t(result.nwidths)]);
         ++count;
     }
     QVERIFY(count > 900);
