@@ -37,8 +37,7 @@ void downsampleInto(const float *x, std::uint64_t size, double f, float *out)
 double variance(std::uint64_t size, double f)
 {
     const double whole = std::floor(f);
-    const double n = std::floor(double(size) / f);
-    const double x = n * (f - whole);
+    const double x = std::floor(double(size) / f) * (f - whole);
     if (x > 1)
         return f - 1.0 / 3.0;
     return (whole - 1) * (whole - 1) + 2.0 / 3.0 * (x * x) - x + 1;
@@ -72,10 +71,9 @@ void transformInto(const float *in, float *scratch, float *out, int r, int c)
     transformInto(in + std::ptrdiff_t(mh) * c, out + std::ptrdiff_t(mh) * c, tail, mt, c);
     const float kh = float(mh - 1) / float(r - 1);
     const float kt = float(mt - 1) / float(r - 1);
-    constexpr float half = 0.5f;
     for (int s = 0; s < r; ++s) {
-        const int ih = int(float(s) * kh + half);
-        const int it = int(float(s) * kt + half);
+        const int ih = int(float(s) * kh + 0.5f);
+        const int it = int(float(s) * kt + 0.5f);
         addRolled(scratch + std::ptrdiff_t(ih) * c, tail + std::ptrdiff_t(it) * c, c, s - it,
                   out + std::ptrdiff_t(s) * c);
     }
@@ -85,17 +83,15 @@ ZRT_TARGET_CLONES
 void boxcarInto(const float *profile, int b, const std::uint64_t *widths, int nwidths,
                 float stdnoise, float *prefix, float *out)
 {
-    const int wmax = nwidths ? int(*std::max_element(widths, widths + nwidths)) : 0;
+    const int wmax = int(*std::max_element(widths, widths + nwidths));
     double sum = 0;
     for (int i = 0; i < b; ++i) {
         sum += profile[i];
         prefix[i] = float(sum);
     }
     const float total = prefix[b - 1];
-    for (int i = b; i < b + wmax; ++i) {
-        const int wraps = i / b;
-        prefix[i] = prefix[i % b] + float(wraps) * total;
-    }
+    for (int i = b; i < b + wmax; ++i)
+        prefix[i] = prefix[i % b] + float(i / b) * total;
     for (int j = 0; j < nwidths; ++j) {
         const float w = float(widths[j]);
         const float h = std::sqrt((float(b) - w) / (float(b) * w));
@@ -108,30 +104,33 @@ void boxcarInto(const float *profile, int b, const std::uint64_t *widths, int nw
     }
 }
 
-// Calls visit(f, b, m, rows) for every fold, and step(f) before the folds of a step.
-template <typename Step, typename Visit>
-void forEachFold(std::uint64_t size, double tsamp, double periodMin, double periodMax, int binsMin,
-                 int binsMax, Step step, Visit visit)
+struct Fold {
+    double factor;
+    int bins;
+    int rows;
+    int evaluated;
+};
+
+std::vector<Fold> foldsOf(std::uint64_t size, double tsamp, double periodMin, double periodMax,
+                          int binsMin, int binsMax)
 {
+    std::vector<Fold> folds;
     const double start = periodMin / (tsamp * binsMin);
     const double geo = (double(binsMax) + 1) / binsMin;
     const auto steps = int(std::ceil(std::log(periodMax / periodMin) / std::log(geo)));
     for (int i = 0; i < steps; ++i) {
         const double f = start * std::pow(geo, i);
-        const double tau = tsamp * f;
         const double n = std::floor(double(size) / f);
-        const double pmax = periodMax / tau;
+        const double pmax = periodMax / (tsamp * f);
         const int bmax = int(std::min({n, double(binsMax), std::trunc(pmax)}));
-        if (binsMin > bmax)
-            continue;
-        step(f);
         for (int b = binsMin; b <= bmax; ++b) {
             const double m = std::floor(n / b);
             const double rows =
                 std::min(m, std::ceil(b * (m - 1) * (1 - b / std::min(double(b) + 1, pmax))));
-            visit(f, b, int(m), int(rows));
+            folds.push_back({f, b, int(m), int(rows)});
         }
     }
+    return folds;
 }
 
 } // namespace
@@ -140,39 +139,33 @@ Result search(const std::vector<float> &data, double tsamp,
               const std::vector<std::uint64_t> &widths, double periodMin, double periodMax,
               int binsMin, int binsMax, Times *times)
 {
+    const auto folds = foldsOf(data.size(), tsamp, periodMin, periodMax, binsMin, binsMax);
+    std::uint64_t count = 0;
+    for (const Fold &fold : folds)
+        count += std::uint64_t(fold.evaluated);
     Result result;
-    const auto count = countTrials(data.size(), tsamp, periodMin, periodMax, binsMin, binsMax);
-    result.periods.reserve(count);
-    result.foldbins.reserve(count);
     result.snr.resize(count * widths.size());
-    const auto wmax =
-        widths.empty() ? std::uint64_t(0) : *std::max_element(widths.begin(), widths.end());
-    std::vector<float> reduced(data.size());
+    std::vector<float> series = data;
     std::vector<float> scratch(data.size());
     std::vector<float> out(data.size());
-    std::vector<float> prefix(std::uint64_t(binsMax) + wmax);
-    Times spent;
-    const float *series = nullptr;
-    double var = 0;
+    std::vector<float> prefix(std::uint64_t(binsMax) +
+                              *std::max_element(widths.begin(), widths.end()));
+    Times unused;
+    Times &spent = times ? *times : unused;
+    double factor = 1;
     float *snr = result.snr.data();
-
-    const auto step = [&](double f) {
-        const auto begin = Clock::now();
-        series = data.data();
-        if (f != 1.0) {
-            downsampleInto(data.data(), data.size(), f, reduced.data());
-            series = reduced.data();
-        }
-        var = variance(data.size(), f);
-        spent.downsampling += secondsSince(begin);
-    };
-    const auto fold = [&](double f, int b, int m, int rows) {
+    for (const auto &[f, b, m, evaluated] : folds) {
         auto begin = Clock::now();
-        const float stdnoise = float(std::sqrt(m * var));
-        transformInto(series, scratch.data(), out.data(), m, b);
+        if (f != factor)
+            downsampleInto(data.data(), data.size(), f, series.data());
+        factor = f;
+        spent.downsampling += secondsSince(begin);
+        begin = Clock::now();
+        transformInto(series.data(), scratch.data(), out.data(), m, b);
         spent.transform += secondsSince(begin);
         begin = Clock::now();
-        for (int s = 0; s < rows; ++s) {
+        const float stdnoise = float(std::sqrt(m * variance(data.size(), f)));
+        for (int s = 0; s < evaluated; ++s) {
             boxcarInto(out.data() + std::ptrdiff_t(s) * b, b, widths.data(), int(widths.size()),
                        stdnoise, prefix.data(), snr);
             snr += widths.size();
@@ -180,50 +173,8 @@ Result search(const std::vector<float> &data, double tsamp,
             result.periods.push_back((b * tsamp * f * b) / (b - s / (m - 1.0)));
         }
         spent.boxcar += secondsSince(begin);
-    };
-    forEachFold(data.size(), tsamp, periodMin, periodMax, binsMin, binsMax, step, fold);
-    if (times) {
-        times->downsampling += spent.downsampling;
-        times->transform += spent.transform;
-        times->boxcar += spent.boxcar;
     }
     return result;
-}
-
-std::uint64_t countTrials(std::uint64_t size, double tsamp, double periodMin, double periodMax,
-                          int binsMin, int binsMax)
-{
-    std::uint64_t count = 0;
-    forEachFold(
-        size, tsamp, periodMin, periodMax, binsMin, binsMax, [](double) {},
-        [&](double, int, int, int rows) { count += std::uint64_t(rows); });
-    return count;
-}
-
-std::vector<float> downsample(const std::vector<float> &data, double factor)
-{
-    std::vector<float> out(std::size_t(std::floor(double(data.size()) / factor)));
-    downsampleInto(data.data(), data.size(), factor, out.data());
-    return out;
-}
-
-std::vector<float> transform(const std::vector<float> &series, int rows, int bins)
-{
-    std::vector<float> scratch(series.size());
-    std::vector<float> out(series.size());
-    transformInto(series.data(), scratch.data(), out.data(), rows, bins);
-    return out;
-}
-
-std::vector<float> boxcar(const std::vector<float> &profile,
-                          const std::vector<std::uint64_t> &widths, float stdnoise)
-{
-    const auto wmax = *std::max_element(widths.begin(), widths.end());
-    std::vector<float> prefix(profile.size() + wmax);
-    std::vector<float> out(widths.size());
-    boxcarInto(profile.data(), int(profile.size()), widths.data(), int(widths.size()), stdnoise,
-               prefix.data(), out.data());
-    return out;
 }
 
 } // namespace StraightFfa

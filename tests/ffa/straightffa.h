@@ -21,25 +21,11 @@ struct Times {
     double boxcar = 0;
 };
 
-/// Whole search over valid parameters.
+/// Whole search over valid parameters and at least one width.
 ///
 /// @param times  where not null, the time of each stage is added to it
 Result search(const std::vector<float> &data, double tsamp,
               const std::vector<std::uint64_t> &widths, double periodMin, double periodMax,
               int binsMin, int binsMax, Times *times = nullptr);
-
-/// Trial periods that search() would write, counted from the plan alone.
-std::uint64_t countTrials(std::uint64_t size, double tsamp, double periodMin, double periodMax,
-                          int binsMin, int binsMax);
-
-/// The series averaged over `factor` samples each; floor(size / factor) values.
-std::vector<float> downsample(const std::vector<float> &data, double factor);
-
-/// All `rows` profiles of `bins` values each of a series of rows x bins samples.
-std::vector<float> transform(const std::vector<float> &series, int rows, int bins);
-
-/// One value per width.
-std::vector<float> boxcar(const std::vector<float> &profile,
-                          const std::vector<std::uint64_t> &widths, float stdnoise);
 
 } // namespace StraightFfa

@@ -1,14 +1,21 @@
 #include "ffa/ffaplan.h"
+#include "ffa/foldsearch.h"
+#include "ffa/normalise.h"
 #include "ffa/periodogram.h"
+#include "ffa/straightffa.h"
 #include "ffa/syntheticsignal.h"
 #include "support/testmain.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
-#include <numeric>
+#include <limits>
 #include <random>
 
 namespace {
+
+constexpr double endless = std::numeric_limits<double>::infinity();
+constexpr double notNumber = std::numeric_limits<double>::quiet_NaN();
 
 using Floats = std::vector<float>;
 
@@ -27,156 +34,209 @@ Periodogram searchOf(const Floats &data, const Ffa::Progress &progress = {})
     return Periodogram(data.data(), data.size(), 0.01, 0.64, 2.0, 64, 70, 0.2, 1.5, progress);
 }
 
-// S/N, for amplitude 1, of boxcars on the continuous von Mises pulse of half width ducy: the
-// best over the widths of their normalised correlation.
-double boxcarEfficiency(double ducy, int bins, const std::vector<quint64> &widths)
+// Equal bits, or both not a number.
+bool sameValues(const Floats &a, const Floats &b)
 {
-    constexpr int points = 20000;
-    const double pi = std::acos(-1.0);
-    const double kappa = std::log(2.0) / (1 - std::cos(pi * ducy));
-    const auto pulse = [&](int i) { return std::exp(kappa * (std::cos(2 * pi * i / points) - 1)); };
-    double sum = 0;
-    double squares = 0;
-    for (int i = 0; i < points; ++i) {
-        sum += pulse(i) / points;
-        squares += pulse(i) * pulse(i) / points;
-    }
-    double best = 0;
-    for (const quint64 width : widths) {
-        const double part = double(width) / bins;
-        double inside = 0;
-        for (int i = -int(part * points / 2); i < int(part * points / 2); ++i)
-            inside += pulse(i) / points;
-        best = std::max(best, (inside - part * sum) / std::sqrt(part * (1 - part) * squares));
-    }
-    return best;
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](float x, float y) {
+        return std::bit_cast<quint32>(x) == std::bit_cast<quint32>(y) ||
+               (std::isnan(x) && std::isnan(y));
+    });
 }
 
+struct Search {
+    Floats data;
+    double tsamp;
+    double periodMin;
+    double periodMax;
+    int binsMin;
+    int binsMax;
+    double ducyMax;
+};
+
 } // namespace
+
+Q_DECLARE_METATYPE(Search)
 
 class TestPeriodogram : public QObject {
     Q_OBJECT
 
 private slots:
-    void emptyObjectSaysSo();
+    void widths();
+    void validation_data();
+    void validation();
+    void length();
+    void vectorLengthsAgree();
+    void searchEqualsStraight_data();
+    void searchEqualsStraight();
     void pulsesAreFound_data();
     void pulsesAreFound();
     void noiseStaysLow();
-    void blocksBeginWithWholePeriods();
-    void refusals();
     void tooLargeForTheMachine();
     void normalisesInPlace();
-    void progressAndCancellation();
+    void cancellation();
     void copiesAreIndependent();
-    void callersArrays();
 };
 
-void TestPeriodogram::emptyObjectSaysSo()
+void TestPeriodogram::widths()
 {
-    QTest::ignoreMessage(QtDebugMsg, "Periodogram::Periodogram()");
-    const Periodogram empty;
-    QCOMPARE(empty.length, 0);
-    QCOMPARE(empty.nwidths, 0);
-    QVERIFY(empty.snr.empty() && empty.error.isEmpty());
+    using List = std::vector<qint32>;
+    QCOMPARE(Ffa::trialWidths(100, 0.2, 1.5), (List{1, 2, 3, 4, 6, 9, 13, 19}));
+    QCOMPARE(Ffa::trialWidths(10, 0.4, 0.3), (List{1, 2, 3, 4}));
+    QCOMPARE(Ffa::trialWidths(10, 0.2, notNumber), (List{1, 2}));
+    QCOMPARE(Ffa::trialWidths(1 << 30, 7.0, 46340.0), (List{1, 46340, 2147395600}));
+    QTest::ignoreMessage(QtDebugMsg, "Ffa::trialWidths(): too many widths, ducy_max=inf wtsp=1");
+    QCOMPARE(Ffa::trialWidths(64, endless, 1.0), List{});
+}
+
+void TestPeriodogram::validation_data()
+{
+    QTest::addColumn<Search>("s");
+    QTest::addColumn<QString>("message");
+    const Floats data(1000);
+    const auto row = [](const char *name, const Search &search, const char *message) {
+        QTest::newRow(name) << search << message;
+    };
+    row("shortest period exactly", {data, 0.015625, 1, 2, 64, 64, 0.2}, "");
+    row("no samples", {{}, notNumber, notNumber, 0, 0, 0, 0.2}, "size must be > 0");
+    row("interval not a number", {data, notNumber, 0, 2, 64, 80, 0.2}, "tsamp must be > 0");
+    row("no period", {data, 0.01, 0, -1, 1, 0, 0.2}, "period_min must be > 0");
+    row("empty range", {data, 0.01, 2, 2, 1, 0, 0.2}, "period_max must be > period_min");
+    row("no range", {data, 0.01, 2, notNumber, 64, 80, 0.2}, "period_max must be > period_min");
+    row("one bin", {data, 0.01, 1, 2, 1, 0, 0.2}, "bins_min must be > 1");
+    row("bins reversed", {data, 0.01, 1, 2, 80, 64, 0.2}, "bins_max must be >= bins_min");
+    row("shortest period too short", {data, 0.02, 1, 2, 64, 80, 0.2},
+        "Must have: period_min >= tsamp * bins_min (0.02*64=1.28)");
+}
+
+void TestPeriodogram::validation()
+{
+    QFETCH(Search, s);
+    QFETCH(QString, message);
+    const Periodogram result(s.data.data(), s.data.size(), s.tsamp, s.periodMin, s.periodMax,
+                             s.binsMin, s.binsMax, s.ducyMax, 1.5);
+    QCOMPARE(result.error, message);
+    QCOMPARE(result.periods.empty() && result.widths.empty(), !message.isEmpty());
+}
+
+// Worked by hand: with tsamp 1 and period_min equal to bins_min the first step is not
+// downsampled, and period_max below (bins_max + 1) bins leaves that step alone.
+void TestPeriodogram::length()
+{
+    // 10 bins, 10 rows: ceil(10 x 9 x (1 - 10/11)) = ceil(8.18..) = 9.
+    QCOMPARE(Ffa::periodogramLength(109, 1, 10, 10.9999, 10, 10), quint64(9));
+    // Longest period 10.5: ceil(90 x (1 - 10/10.5)) = ceil(4.29) = 5.
+    QCOMPARE(Ffa::periodogramLength(100, 1, 10, 10.5, 10, 10), quint64(5));
+    QCOMPARE(Ffa::periodogramLength(19, 1, 10, 10.9999, 10, 10), quint64(0));
+    // Factors 1, 3, 9 leave 40, 13, 4 samples. Rows of 2 to 5 bins: 20, 13, 10, 8, then
+    // 6, 4, 3, 2, then 2 of 2 bins; kept 13 + 9 + 8 + 6, then 4 + 3 + 2 + 1, then 1.
+    QCOMPARE(Ffa::periodogramLength(40, 1, 2, endless, 2, 5), quint64(47));
+    // The smallest growth there is: 2^31 / (2^31 - 1) per step, and data for none of them.
+    QCOMPARE(Ffa::periodogramLength(1000000, 1e-12, 1, 1e300, 2147483647, 2147483647), quint64(0));
+}
+
+// A search takes one of the vector lengths, whichever suits the processor.
+void TestPeriodogram::vectorLengthsAgree()
+{
+    const std::vector<quint64> widths{5, 1, 19, 2, 20, 3, 41};
+    const Floats data = noise(7000);
+    for (const int bins : {2, 11, 15, 16, 17, 20, 31, 33, 49, 64}) {
+        const Ffa::FoldLimits limits{100 * quint64(bins), bins, bins};
+        Ffa::FoldSearch eight(limits, widths.data(), widths.size(), Ffa::Lanes::Eight);
+        Ffa::FoldSearch sixteen(limits, widths.data(), widths.size(), Ffa::Lanes::Sixteen);
+        for (quint64 rows = 1; rows <= 100; ++rows) {
+            Floats first(rows * widths.size() + 1, -9);
+            Floats second = first;
+            eight.run(data.data() + 100, {bins, rows, rows}, 3.0f, first.data());
+            sixteen.run(data.data() + 100, {bins, rows, rows}, 3.0f, second.data());
+            QVERIFY2(sameValues(first, second), qPrintable(QString::number(rows)));
+            QCOMPARE(first.back(), -9.0f);
+        }
+    }
+}
+
+void TestPeriodogram::searchEqualsStraight_data()
+{
+    QTest::addColumn<Search>("s");
+    const auto row = [](const char *name, const Search &search) { QTest::newRow(name) << search; };
+    const Floats data = noise(6000);
+    Floats holed = data;
+    holed[1234] = float(notNumber);
+    holed[5000] = float(endless);
+    row("no downsampling in the first step", {data, 0.015625, 1, 3, 64, 80, 0.2});
+    row("factors that are not whole", {data, 0.0125, 1, 9.7, 64, 128, 0.2});
+    row("longest period not a whole number of samples", {data, 0.0125, 1, 1.537, 40, 55, 0.3});
+    row("longest period beyond the data", {data, 0.01, 1, 1000, 32, 64, 0.2});
+    row("a single, odd number of bins", {data, 0.01, 1, 2, 37, 37, 0.2});
+    row("fewer bins than a vector", {data, 0.01, 0.05, 0.4, 2, 9, 0.5});
+    row("widths near the bins", {data, 0.01, 1, 2, 24, 30, 0.96});
+    row("duty cycle of one", {data, 0.01, 1, 2, 20, 30, 1.0});
+    row("samples not a number and infinite", {holed, 0.01, 1, 3, 30, 50, 0.2});
+    row("one row", {noise(70), 0.01, 0.4, 3, 40, 50, 0.2});
+    row("two to four rows", {noise(170), 0.01, 0.4, 3, 40, 50, 0.2});
+}
+
+void TestPeriodogram::searchEqualsStraight()
+{
+    QFETCH(Search, s);
+    const Periodogram got(s.data.data(), s.data.size(), s.tsamp, s.periodMin, s.periodMax,
+                          s.binsMin, s.binsMax, s.ducyMax, 1.3);
+    QCOMPARE(got.error, QString());
+    const StraightFfa::Result expected =
+        StraightFfa::search(s.data, s.tsamp, {got.widths.begin(), got.widths.end()}, s.periodMin,
+                            s.periodMax, s.binsMin, s.binsMax);
+    QCOMPARE(std::size_t(got.length), expected.periods.size());
+    QCOMPARE(got.periods, expected.periods);
+    QCOMPARE(got.foldbins, expected.foldbins);
+    QVERIFY(sameValues(got.snr, expected.snr));
 }
 
 void TestPeriodogram::pulsesAreFound_data()
 {
     QTest::addColumn<double>("period"); // s
     QTest::addColumn<double>("ducy");
-    QTest::addColumn<double>("shortest"); // s; 0.64 is the search without downsampling
-    QTest::newRow("first bins") << 0.6433 << 0.05 << 0.64;
-    QTest::newRow("between trials") << 0.7771 << 0.03 << 0.64;
-    QTest::newRow("narrow") << 0.71 << 0.02 << 0.64;
-    QTest::newRow("wide") << 0.9 << 0.15 << 0.64;
-    QTest::newRow("downsampled by two") << 1.5432 << 0.06 << 1.28;
-    QTest::newRow("last bins") << 2.5 << 0.1 << 1.28;
+    QTest::newRow("narrow") << 0.71 << 0.02;
+    QTest::newRow("downsampled by two") << 1.5432 << 0.06;
+    QTest::newRow("last bins") << 2.5 << 0.1;
 }
 
 void TestPeriodogram::pulsesAreFound()
 {
     QFETCH(double, period);
     QFETCH(double, ducy);
-    QFETCH(double, shortest);
-    constexpr double tsamp = 0.01;
     constexpr double amplitude = 30;
     // The generator's two pi is short by 3e-5 of a period per period.
     const double truePeriod = period * (2 * std::acos(-1.0) / 6.283);
-    const Floats data = Ffa::syntheticPulseSignal(65536, period / tsamp, 0.3, ducy, amplitude, 0.0);
-    const Periodogram result(data.data(), data.size(), tsamp, shortest, 2 * shortest, 64, 128, 0.25,
-                             1.2);
+    const Floats data = Ffa::syntheticPulseSignal(65536, period / 0.01, 0.3, ducy, amplitude, 0.0);
+    const Periodogram result(data.data(), data.size(), 0.01, 0.64, 2.58, 64, 128, 0.25, 1.2);
     QCOMPARE(result.error, QString());
-
     const auto best = std::max_element(result.snr.begin(), result.snr.end());
     const auto trial = std::size_t(best - result.snr.begin()) / std::size_t(result.nwidths);
-    const double found = result.periods[trial];
-    const double next = trial + 1 < result.periods.size() ? result.periods[trial + 1] : found;
-    const double before = trial > 0 ? result.periods[trial - 1] : found;
-    const double spacing = std::max(std::abs(next - found), std::abs(found - before));
-    QVERIFY2(std::abs(found - truePeriod) <= spacing,
+    const double found = result.periods.at(trial);
+    const double highest = double(*best);
+    // One bin, at most two samples, of drift over the 65536 samples.
+    QVERIFY2(std::abs(found / truePeriod - 1) < 2.1 / 65536,
              qPrintable(QString("%1, not %2").arg(found, 0, 'f', 6).arg(truePeriod, 0, 'f', 6)));
-
-    // Trial widths, phases and periods are discrete and a sample is a mean over its bin, which
-    // costs a few per cent, most for the narrowest pulses.
-    const double expected =
-        amplitude * boxcarEfficiency(ducy, int(result.foldbins[trial]), result.widths);
-    QVERIFY2(double(*best) < 1.01 * expected && double(*best) > 0.93 * expected,
-             qPrintable(QString("%1, not %2").arg(double(*best)).arg(expected)));
+    // The amplitude is what a filter of the pulse's own shape finds, the most there is; a boxcar
+    // finds 94 % of a smooth pulse, and the steps of width, phase and period cost a little more.
+    QVERIFY2(highest > 0.86 * amplitude && highest < amplitude,
+             qPrintable(QString::number(highest)));
 }
 
 // White noise of unit variance: width 1 finds the largest of b normal values, 2.34 on average
 // for 64 of them (tables of normal order statistics, e.g. Harter 1961, Biometrika 48, 151),
-// and the largest of all trials is that of some 10^6 normal values.
+// and the largest of all trials is that of some 10^5 normal values.
 void TestPeriodogram::noiseStaysLow()
 {
     const Floats data = noise(65536);
-    const Periodogram result(data.data(), data.size(), 0.01, 0.64, 0.7, 64, 70, 0.2, 1.5);
+    const Periodogram result(data.data(), data.size(), 0.01, 0.64, 0.6499, 64, 64, 0.2, 1.5);
+    QVERIFY(result.length > 900);
     double sum = 0;
-    int count = 0;
-    for (int k = 0; k < result.length; ++k) {
-        if (result.foldbins[std::size_t(k)] != 64)
-            continue;
-        sum += double(result.snr[std::size_t(k) * std::size_t(result.nwidths)]);
-        ++count;
-    }
-    QVERIFY(count > 900);
-    const double mean = sum / count;
+    for (std::size_t i = 0; i < result.snr.size(); i += std::size_t(result.nwidths))
+        sum += double(result.snr[i]);
+    const double mean = sum / result.length;
     QVERIFY2(std::abs(mean - 2.34) < 0.1, qPrintable(QString::number(mean)));
     const float largest = *std::max_element(result.snr.begin(), result.snr.end());
     QVERIFY2(largest > 4 && largest < 6, qPrintable(QString::number(double(largest))));
-}
-
-void TestPeriodogram::blocksBeginWithWholePeriods()
-{
-    const Periodogram result = searchOf(noise(5000));
-    QVERIFY(result.length > 0);
-    int blocks = 0;
-    for (std::size_t k = 0; k < result.periods.size(); ++k) {
-        const bool first = k == 0 || result.foldbins[k] != result.foldbins[k - 1];
-        const bool inFirstStep = result.periods[k] < 0.7099;
-        if (first && inFirstStep && blocks < 7) {
-            QVERIFY(std::abs(result.periods[k] - 0.01 * result.foldbins[k]) < 1e-15);
-            ++blocks;
-        } else if (!first) {
-            QVERIFY(result.periods[k] > result.periods[k - 1]);
-        }
-    }
-    QCOMPARE(blocks, 7);
-}
-
-void TestPeriodogram::refusals()
-{
-    const Floats data(100, 1.0f);
-    const Periodogram refused(data.data(), 100, 0.01, 0.1, 0.5, 64, 70, 0.2, 1.5);
-    QCOMPARE(refused.error, QString("Must have: period_min >= tsamp * bins_min (0.01*64=0.64)"));
-    QCOMPARE(refused.length, 0);
-    QCOMPARE(refused.nwidths, 0);
-    QVERIFY(refused.periods.empty() && refused.snr.empty());
-
-    QTest::ignoreMessage(QtDebugMsg, "Ffa::trialWidths(): too many widths, ducy_max=1e+09 wtsp=1");
-    const Periodogram endless(data.data(), 100, 0.01, 0.1, 0.5, 10, 12, 1e9, 1.0);
-    QVERIFY(!endless.error.isEmpty());
-    QCOMPARE(endless.nwidths, 0);
 }
 
 void TestPeriodogram::tooLargeForTheMachine()
@@ -184,87 +244,55 @@ void TestPeriodogram::tooLargeForTheMachine()
     // 3 million widths times some 2000 trials are 24 TB of results.
     const Floats data(100000, 1.0f);
     const Periodogram result(data.data(), data.size(), 0.01, 0.64, 0.7, 64, 70, 50000, 1.0);
-    QVERIFY2(result.error.contains("MiB") && result.error.contains("widths"),
-             qPrintable(result.error));
-    QCOMPARE(result.length, 0);
-    QVERIFY(result.snr.empty() && result.widths.empty());
+    QVERIFY(result.error.contains("MiB") && result.error.contains("widths"));
+    QVERIFY(result.length == 0 && result.snr.empty() && result.widths.empty());
 }
 
 void TestPeriodogram::normalisesInPlace()
 {
-    Floats data = noise(5000);
-    const Periodogram expected = searchOf(data);
-    const double sigmas = double(*std::max_element(expected.snr.begin(), expected.snr.end()));
+    const Floats normal = Ffa::normalizeSeries(noise(5000));
+    Floats data = normal;
     for (float &value : data)
-        value = value * 8 + 100;
-    const Floats before = data;
-    Floats kept = before;
-    const Periodogram raw(kept.data(), kept.size(), 0.01, 0.64, 2.0, 12345, 64, 70, 0.2, 1.5, true);
-    QVERIFY(kept == before);
+        value = value * 8 + 128;
     const Periodogram result(data.data(), data.size(), 0.01, 0.64, 2.0, 12345, 64, 70, 0.2, 1.5,
                              false);
-    const double mean = std::accumulate(data.begin(), data.end(), 0.0) / 5000;
-    QVERIFY(std::abs(mean) < 1e-6);
-    QCOMPARE(result.length, expected.length);
-    const double found = double(*std::max_element(result.snr.begin(), result.snr.end()));
-    // The sample's own deviation is within 5 % of 1.
-    QVERIFY(std::abs(found / sigmas - 1) < 0.05);
-    QVERIFY(*std::max_element(raw.snr.begin(), raw.snr.end()) > 4 * float(sigmas));
+    // Values near 128 are kept to 2^-17 or so: 1e-6 of the deviation of 8.
+    for (std::size_t i = 0; i < data.size(); ++i)
+        QVERIFY(std::abs(data[i] - normal[i]) < 1e-5f);
+    QCOMPARE(result.snr, searchOf(data).snr);
 }
 
-void TestPeriodogram::progressAndCancellation()
+void TestPeriodogram::cancellation()
 {
     const Floats data = noise(5000);
     std::vector<int> percents;
-    const Periodogram whole = searchOf(data, [&](int percent) {
+    const Ffa::Progress collect = [&](int percent) {
         percents.push_back(percent);
         return true;
-    });
-    QCOMPARE(whole.error, QString());
+    };
+    QCOMPARE(searchOf(data, collect).error, QString());
     QVERIFY(std::is_sorted(percents.begin(), percents.end()));
-    QVERIFY(percents.front() > 0 && percents.front() < 50);
     QCOMPARE(percents.back(), 100);
-
-    const std::size_t folds = percents.size();
-    for (const std::size_t stopAt : {std::size_t(1), folds / 2, folds}) {
+    for (const std::size_t stopAt : {std::size_t(1), percents.size() / 2, percents.size()}) {
         std::size_t calls = 0;
         const Periodogram stopped = searchOf(data, [&](int) { return ++calls < stopAt; });
         QCOMPARE(calls, stopAt);
         QCOMPARE(stopped.error, QString("The search was cancelled"));
-        QCOMPARE(stopped.length, 0);
-        QVERIFY(stopped.periods.empty() && stopped.snr.empty());
+        QVERIFY(stopped.length == 0 && stopped.periods.empty() && stopped.snr.empty());
     }
 }
 
 void TestPeriodogram::copiesAreIndependent()
 {
     Periodogram result = searchOf(noise(5000));
-    const float first = result.snr[0];
     const Periodogram copy = result;
     result.snr[0] = -1;
-    QCOMPARE(copy.snr[0], first);
+    QVERIFY(copy.snr[0] > 0);
     QTest::ignoreMessage(QtDebugMsg, "Periodogram::Periodogram()");
     Periodogram assigned;
+    QVERIFY(assigned.length == 0 && assigned.snr.empty() && assigned.error.isEmpty());
     assigned = copy;
-    result = Periodogram(assigned);
-    QCOMPARE(result.snr, copy.snr);
-    QCOMPARE(result.length, copy.length);
-}
-
-// The search writes as many values as the plan counts, and not one more.
-void TestPeriodogram::callersArrays()
-{
-    const Floats data = noise(5000);
-    const std::vector<quint64> widths{1, 5};
-    const quint64 length = Ffa::periodogramLength(5000, 0.01, 0.7, 3.33, 64, 90);
-    std::vector<double> periods(length + 1, -9);
-    std::vector<quint32> foldbins(length + 1, 9);
-    Floats snr(2 * length + 1, -999);
-    QVERIFY(Ffa::runPeriodogram(data.data(), 5000, 0.01, widths.data(), 2, 0.7, 3.33, 64, 90,
-                                periods.data(), foldbins.data(), snr.data()));
-    QVERIFY(std::count(periods.begin(), periods.end(), -9.0) == 1 && periods.back() == -9);
-    QVERIFY(std::count(foldbins.begin(), foldbins.end(), 9u) == 1 && foldbins.back() == 9);
-    QVERIFY(std::count(snr.begin(), snr.end(), -999.0f) == 1 && snr.back() == -999);
+    QCOMPARE(assigned.snr, copy.snr);
 }
 
 ZRT_UNIT_TEST_MAIN(TestPeriodogram)
