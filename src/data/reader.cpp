@@ -1,9 +1,9 @@
 #include "data/reader.h"
 
 #include "base/debugline.h"
+#include "base/systemmemory.h"
 #include "data/passport.h"
 #include "data/samplereader.h"
-#include "data/systemmemory.h"
 
 #include <QApplication>
 #include <QFile>

@@ -1,12 +1,12 @@
 #include "ffa/periodogram.h"
 
 #include "base/debugline.h"
+#include "base/systemmemory.h"
 #include "base/targetclones.h"
 #include "ffa/boxcar.h"
 #include "ffa/downsample.h"
 #include "ffa/ffaplan.h"
 #include "ffa/foldsearch.h"
-#include "ffa/memorylimit.h"
 #include "ffa/normalise.h"
 
 #include <algorithm>
@@ -147,8 +147,8 @@ void Periodogram::search(const float *data, quint64 size, double tsamp, double p
         Ffa::periodogramLength(size, tsamp, period_min, period_max, bins_min, bins_max);
     const Ffa::SearchPlan plan(size, tsamp, period_min, period_max, bins_min, bins_max);
     const double bytes = Ffa::bytesNeeded(Ffa::limitsOf(plan, bins_min), widths, count);
-    const bool fits = bytes <= double(Ffa::availableMemory()) &&
-                      count <= quint64(std::numeric_limits<qint32>::max());
+    const bool fits =
+        bytes <= double(availableMemory()) && count <= quint64(std::numeric_limits<qint32>::max());
     try {
         if (fits) {
             periods.resize(count);

@@ -1,7 +1,7 @@
 #include "ffa/syntheticsignal.h"
 
 #include "base/debugline.h"
-#include "ffa/memorylimit.h"
+#include "base/systemmemory.h"
 
 #include <QTextStream>
 #include <cmath>

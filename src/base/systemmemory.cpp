@@ -1,4 +1,4 @@
-#include "data/systemmemory.h"
+#include "base/systemmemory.h"
 
 #include <QFile>
 #include <unistd.h>
