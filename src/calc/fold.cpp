@@ -41,9 +41,9 @@ BoxcarPeak bestBoxcar(const std::vector<double> &profile, double binSigma)
     if (b < 2 || !(binSigma > 0))
         return peak;
     // Sums of the first i bins, twice round.
-    std::vector<double> sums(std::size_t(2 * b + 1), 0.0);
+    std::vector<double> sums(2 * profile.size() + 1, 0.0);
     for (int i = 0; i < 2 * b; ++i)
-        sums[std::size_t(i + 1)] = sums[std::size_t(i)] + profile[std::size_t(i % b)];
+        sums[std::size_t(i) + 1] = sums[std::size_t(i)] + profile[std::size_t(i % b)];
     const double total = sums[std::size_t(b)];
 
     // Every width up to ten bins, then steps of a tenth: the S/N of a pulse hardly depends on
@@ -51,7 +51,7 @@ BoxcarPeak bestBoxcar(const std::vector<double> &profile, double binSigma)
     for (int w = 1; w <= b / 2; w = std::max(w + 1, w * 11 / 10)) {
         const double noise = binSigma * std::sqrt(double(w) * (b - w) / b);
         for (int i = 0; i < b; ++i) {
-            const double sum = sums[std::size_t(i + w)] - sums[std::size_t(i)];
+            const double sum = sums[std::size_t(i) + std::size_t(w)] - sums[std::size_t(i)];
             const double snr = (sum - w * total / b) / noise;
             if (snr > peak.snr) {
                 const double centre = (i + w / 2.0) / b;

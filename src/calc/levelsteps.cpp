@@ -73,6 +73,7 @@ public:
         }
         std::sort(jumps.begin(), jumps.end());
         std::vector<int> points;
+        points.reserve(jumps.size());
         for (const auto &[jump, point] : jumps)
             points.push_back(point);
         return points;
