@@ -1,15 +1,12 @@
 #include "app/busyguard.h"
 #include "app/clicklable.h"
 #include "app/directoryof.h"
-#include "app/popupwindow.h"
 #include "app/settings.h"
 #include "support/testmain.h"
 
 #include <QApplication>
 #include <QDir>
-#include <QLabel>
 #include <QProcess>
-#include <QScrollArea>
 
 class TestShell : public QObject {
     Q_OBJECT
@@ -19,7 +16,6 @@ private slots:
     void directory();
     void linkColours_data();
     void linkColours();
-    void popupHoldsItsText();
     void storedValues();
     void progressDots();
     void guardStopsMenusAndClosing();
@@ -78,20 +74,6 @@ void TestShell::linkColours()
     QSignalSpy clicked(&label, &ClickLable::clicked);
     QTest::mousePress(&label, Qt::LeftButton);
     QCOMPARE(clicked.size(), 1);
-}
-
-void TestShell::popupHoldsItsText()
-{
-    const QPointer<PopupWindow> window = new PopupWindow("many\nlines");
-    const QScrollArea *const area = window->findChild<QScrollArea *>();
-    QVERIFY(area);
-    QCOMPARE(area->verticalScrollBarPolicy(), Qt::ScrollBarAlwaysOn);
-    const QLabel *const label = area->widget()->findChild<QLabel *>();
-    QVERIFY(label);
-    QCOMPARE(label->text(), QString("many\nlines"));
-    window->close();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QVERIFY(!window);
 }
 
 void TestShell::storedValues()

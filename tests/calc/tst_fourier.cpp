@@ -34,7 +34,6 @@ private slots:
     void sineHasOneLine();
     void powerOfTwoFloor();
     void averages();
-    void lengthAndStep();
     void refusals_data();
     void refusals() { checkRefusal(); }
 };
@@ -133,24 +132,6 @@ void TestFourier::averages()
         QVERIFY(Tools::averagePairs(in.data(), in.data(), count, n, zeroPad));
         in.resize(expected.size());
         QCOMPARE(in, expected);
-    }
-}
-
-void TestFourier::lengthAndStep()
-{
-    const struct {
-        int npoints, n;
-        bool zeroPad;
-        int length;
-        double factor;
-    } rows[] = {
-        {16384, 0, true, 32768, 0.5}, {1000, 2, false, 250, 4}, {1000, 2, true, 500, 2},
-        {64, 1, false, 32, 2},        {63, 1, false, -1, 2},    {64, 40, true, 0, 549755813888.0},
-        {1 << 30, 0, true, -1, 0.5},
-    };
-    for (const auto &row : rows) {
-        QCOMPARE(Tools::averagedLength(row.npoints, row.n, row.zeroPad), row.length);
-        QCOMPARE(Tools::averagedStepFactor(row.n, row.zeroPad), row.factor);
     }
 }
 

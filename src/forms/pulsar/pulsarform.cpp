@@ -350,6 +350,8 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, int f
         plot.graphs.emplace_back(curve.begin(), curve.begin() + count);
         plot.colours << plotColour(firstColour + int(plot.colours.size())).code;
     }
+    if (!shownMulti)
+        plot.visible = result.visible;
     const FormTexts::AxisLabels labels = FormTexts::axisLabels(result.axis, count, data);
     plot.labelsX1 = labels.row1;
     plot.labelsX2 = labels.row2;
