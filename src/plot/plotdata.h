@@ -2,8 +2,19 @@
 
 #include <QDateTime>
 #include <QString>
+#include <QStringList>
 #include <QVector>
+#include <functional>
 #include <vector>
+
+/// What the point index of a plot stands for: a time, a frequency, a period.
+struct PlotAxis {
+    QString name;               ///< "time", "frequency"; empty: the index itself
+    QString unit;               ///< "s", "Hz"
+    double first = 0;           ///< value of the point at index 0
+    double step = 1;            ///< from one point to the next
+    std::vector<double> values; ///< one per point where they are not equally spaced
+};
 
 /// Everything a plot shows: equally spaced curves against their point index, up to three rows
 /// of texts along the X axis, markers, the vertical range, or a message instead of all that.
@@ -17,6 +28,8 @@ struct PlotData {
     QVector<QString> labelsX1; ///< lowest row, one text per point; empty: the point's number
     QVector<QString> labelsX2; ///< middle row, one text per point; empty: no row
     QVector<QString> labelsX3; ///< upper row, one text per point; empty: no row
+    /// Makes the text of a point when it is painted, for a row whose labels above are empty.
+    std::function<QString(int index)> textX1, textX2, textX3;
     int labelEvery1 = 1;       ///< spacing of the texts, in 150 pixels; below 1 counts as 1
     int labelEvery2 = 1;
     int labelEvery3 = 1;
@@ -30,6 +43,12 @@ struct PlotData {
 
     QDateTime beginTime;   ///< time of the point at index 0
     double msPerPoint = 0; ///< milliseconds
+
+    QVector<QString> names; ///< one per curve of either set, for the legend and saved data
+    PlotAxis x;
+    QString yName; ///< what the curves show, "S/N"
+    QString yUnit;
+    QStringList source; ///< file, module, ray, dispersion: lines that explain saved data
 
     bool messageMode = false; ///< true: the message is shown in place of the curves
     QString message;

@@ -93,16 +93,31 @@ int indexAtOffset(const View &view, int offset)
     return truncated(std::round(offset / view.step()));
 }
 
-// One row whose texts belong to points.
-std::vector<Label> pointLabels(const View &view, const QVector<QString> &texts, int every,
-                               int height)
+// A row of texts that belong to points, from a list or made on demand.
+struct TextRow {
+    const QVector<QString> &texts;
+    const std::function<QString(int)> &make;
+    int count; // points that have a text
+
+    TextRow(const PlotData &data, const QVector<QString> &list,
+            const std::function<QString(int)> &maker)
+        : texts(list), make(maker), count(list.size())
+    {
+        if (list.isEmpty() && maker)
+            count = data.numPoints > 0 ? data.numPoints : longestCurve(data);
+    }
+    bool isEmpty() const { return count == 0; }
+    QString operator[](int index) const { return texts.isEmpty() ? make(index) : texts[index]; }
+};
+
+std::vector<Label> pointLabels(const View &view, const TextRow &texts, int every, int height)
 {
     std::vector<Label> labels;
     if (texts.isEmpty())
         return labels;
     for (const int offset : labelOffsets(view, every)) {
         const int index = indexAtOffset(view, offset);
-        if (index < texts.size())
+        if (index < texts.count)
             labels.push_back({QPoint(marginLeft + offset, view.height - height), texts[index]});
     }
     return labels;
@@ -217,8 +232,8 @@ std::vector<int> labelOffsets(const View &view, int every)
 
 std::vector<Label> xLabels1(const View &view, const PlotData &data)
 {
-    if (!data.labelsX1.isEmpty())
-        return pointLabels(view, data.labelsX1, data.labelEvery1, 10);
+    if (const TextRow row(data, data.labelsX1, data.textX1); !row.isEmpty())
+        return pointLabels(view, row, data.labelEvery1, 10);
     std::vector<Label> labels;
     for (const int offset : labelOffsets(view, data.labelEvery1))
         labels.push_back({QPoint(marginLeft + offset, view.height - 15),
@@ -228,7 +243,7 @@ std::vector<Label> xLabels1(const View &view, const PlotData &data)
 
 std::vector<Label> xLabels2(const View &view, const PlotData &data)
 {
-    auto labels = pointLabels(view, data.labelsX2, data.labelEvery2, 30);
+    auto labels = pointLabels(view, {data, data.labelsX2, data.textX2}, data.labelEvery2, 30);
     for (Label &label : labels)
         if (label.text.size() > 8 && label.text[2] == ':') // a time, shown to whole seconds
             label.text.truncate(8);
@@ -237,20 +252,32 @@ std::vector<Label> xLabels2(const View &view, const PlotData &data)
 
 std::vector<Label> xLabels3(const View &view, const PlotData &data)
 {
-    return pointLabels(view, data.labelsX3, data.labelEvery3, 45);
+    return pointLabels(view, {data, data.labelsX3, data.textX3}, data.labelEvery3, 45);
+}
+
+double axisValue(const PlotAxis &axis, double index)
+{
+    const std::vector<double> &values = axis.values;
+    if (values.empty())
+        return axis.first + index * axis.step;
+    const double last = double(values.size() - 1);
+    const double inside = index > 0 ? std::min(index, last) : 0; // a NaN goes to the beginning
+    const auto before = size_t(inside);
+    const size_t after = std::min(before + 1, values.size() - 1);
+    return values[before] + (inside - double(before)) * (values[after] - values[before]);
 }
 
 QVector<QString> labelsAt(const PlotData &data, double x)
 {
     const int index = truncated(x);
     QVector<QString> texts;
-    const auto add = [&](const QVector<QString> &row, int first) {
+    const auto add = [&](const TextRow &row, int first) {
         if (!row.isEmpty())
-            texts.append(index >= first && index < row.size() ? row[index] : QString("-"));
+            texts.append(index >= first && index < row.count ? row[index] : QString("-"));
     };
-    add(data.labelsX1, 0);
-    add(data.labelsX2, 0);
-    add(data.labelsX3, 1);
+    add({data, data.labelsX1, data.textX1}, 0);
+    add({data, data.labelsX2, data.textX2}, 0);
+    add({data, data.labelsX3, data.textX3}, 1);
     return texts;
 }
 

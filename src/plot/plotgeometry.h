@@ -84,6 +84,10 @@ std::vector<Label> xLabels1(const View &view, const PlotData &data);
 std::vector<Label> xLabels2(const View &view, const PlotData &data);
 std::vector<Label> xLabels3(const View &view, const PlotData &data);
 
+/// Value that the X axis has at an index with fraction; straight lines between the points.
+/// Beyond the values of an unequally spaced axis the nearest one.
+double axisValue(const PlotAxis &axis, double index);
+
 /// Texts of the point at `x`, as dataAt() gives it, from each row that has labels, "-" where the
 /// row has none for that point. The third row reads "-" at index 0.
 QVector<QString> labelsAt(const PlotData &data, double x);

@@ -115,9 +115,12 @@ void PulsarGrafik::mouseReleaseEvent(QMouseEvent *event)
     if (event->button() != Qt::LeftButton || !dragging)
         return;
     dragging = false;
+    const Plot::View shown = view();
+    const QPoint pixel = Plot::wholePixel(event->localPos());
+    if (pixel == pressPoint)
+        emit clicked(Plot::dataAt(shown, pixel));
     if (selected.width() == 0 || selected.height() == 0)
         return;
-    const Plot::View shown = view();
     const QPointF offset(plotData.xOffset, 0);
     emit blueRectangleReleased(Plot::dataAt(shown, selected.topLeft()) + offset,
                                Plot::dataAt(shown, oppositeCorner(selected)) + offset);

@@ -60,6 +60,8 @@ signals:
     void blueRectangleClicked(QPointF corner1, QPointF corner2);
     /// The selection has been drawn; corners as above, xOffset added to both indices.
     void blueRectangleReleased(QPointF corner1, QPointF corner2);
+    /// A press and a release of the left button at one place, as index and value.
+    void clicked(QPointF coords);
 
 protected:
     void mousePressEvent(QMouseEvent *event) override;
