@@ -2,12 +2,11 @@
 
 #include "base/debugline.h"
 #include "base/systemmemory.h"
-#include "data/passport.h"
+#include "data/recordingfile.h"
 #include "data/samplereader.h"
 
 #include <QApplication>
 #include <QFile>
-#include <QFileInfo>
 #include <QLocale>
 #include <QMessageBox>
 #include <QPointer>
@@ -142,24 +141,6 @@ ReadResult readSampleTree(QFile &file, ObservationData data, SampleReadingHooks 
     return {data, ReadOutcome::Complete, {}};
 }
 
-// A pipe or a device is refused before it is opened, for opening a pipe waits for a writer.
-bool openRecording(QFile &file, QString &reason)
-{
-    const QFileInfo info(file.fileName());
-    if (info.exists() && !info.isFile()) {
-        reason = QString("%1 is not an ordinary file. Choose a recording (.pnt or .pnthr).")
-                     .arg(file.fileName());
-        return false;
-    }
-    // Unbuffered: the blocks go straight into the reader's own buffer.
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        reason = QString("%1 cannot be opened: %2. Check the path and the permissions.")
-                     .arg(file.fileName(), file.errorString());
-        return false;
-    }
-    return true;
-}
-
 ReadResult readFile(const QString &path, bool headerOnly, const SampleReadingHooks &hooks)
 {
     QFile file(path);
@@ -170,18 +151,11 @@ ReadResult readFile(const QString &path, bool headerOnly, const SampleReadingHoo
     const Passport passport = readPassport(file);
     const RecordingHeader header = recordingHeader(passport, path);
     if (!header.problem.isEmpty())
-        return {header.data, ReadOutcome::BadPassport,
-                QString("%1 is not a usable recording: %2. Check that it is a .pnt or .pnthr "
-                        "file and was copied completely.")
-                    .arg(path, header.problem)};
+        return {header.data, ReadOutcome::BadPassport, badPassport(path, header.problem)};
     if (headerOnly)
         return {header.data, ReadOutcome::Complete, {}};
-    // Where the announced lines end nobody knows, so that any sample would be a guess.
-    if (!passport.complete && file.size() > passportSizeLimit)
-        return withoutSamples(header.data, ReadOutcome::BadPassport,
-                              QString("%1 is damaged: its first line announces more passport lines "
-                                      "than can be. Copy the file again.")
-                                  .arg(path));
+    if (isEndless(passport, file.size()))
+        return withoutSamples(header.data, ReadOutcome::BadPassport, endlessPassport(path));
     if (header.data.modules < 1) {
         debugLine("------------------- data ERROR! modules =", header.data.modules);
         return {header.data, ReadOutcome::BadPassport,

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <numeric>
 #include <vector>
 
 static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "samples are copied as they stand in the file");
@@ -50,39 +51,79 @@ PageBuffer allocateBuffer(qint64 bytes)
     return PageBuffer(static_cast<float *>(memory), &std::free);
 }
 
-// One reading of a data section, from the first point to the last.
+std::vector<int> allIndices(int count)
+{
+    std::vector<int> indices(std::size_t(count), 0);
+    std::iota(indices.begin(), indices.end(), 0);
+    return indices;
+}
+
+// Neighbouring values of a point, and the first of the rays that they go to.
+struct ValueRun {
+    qint64 offset = 0;
+    qint64 values = 0;
+    std::size_t firstRay = 0;
+};
+
+// One reading of a data section or of runs of its points.
 class SampleReader {
 public:
-    SampleReader(QIODevice &source, const SampleShape &counts, SampleBlock &target,
-                 const SampleReadingHooks &callbacks)
+    SampleReader(QIODevice &source, const SampleShape &counts, const SampleSelection &chosen,
+                 SampleBlock &target, const SampleReadingHooks &callbacks)
         : device(source), shape(counts), hooks(callbacks), pointValues(valuesPerPoint(counts)),
           buffer(allocateBuffer(bufferBytes(counts)))
     {
         steadyClock.start();
-        rays.reserve(std::size_t(pointValues));
-        for (int m = 0; m < shape.modules; ++m)
-            for (int r = 0; r < shape.rays; ++r)
-                for (int c = 0; c < shape.channels; ++c)
-                    rays.push_back(target.ray(m, c, r));
+        for (std::size_t m = 0; m < chosen.modules.size(); ++m)
+            for (std::size_t r = 0; r < chosen.rays.size(); ++r)
+                for (std::size_t c = 0; c < chosen.channels.size(); ++c) {
+                    const qint64 ray = qint64(chosen.modules[m]) * shape.rays + chosen.rays[r];
+                    addValue(ray * shape.channels + chosen.channels[c]);
+                    rays.push_back(target.ray(int(m), int(c), int(r)));
+                }
     }
 
-    SampleReading run()
+    // Runs as in readSamples(); without a place in the device it is read on from where it stands.
+    SampleReading run(const std::vector<PointRun> &runs, qint64 dataBegin = -1)
     {
         startTime = now();
         lastKeepAlive = startTime - keepAliveInterval;
+        for (const PointRun &part : runs)
+            allPoints += part.count;
         const qint64 step = pointsPerBuffer(shape);
+        const qint64 pointBytes = pointValues * qint64(sizeof(float));
         keepAlive();
-        for (qint64 point = 0; point < shape.npoints && going(); point += step) {
-            reportProgress(point);
-            const qint64 wanted = std::min(step, shape.npoints - point) * pointValues;
-            const qint64 values = fillBuffer(wanted);
-            if (result.end == SampleReadingEnd::Complete || result.end == SampleReadingEnd::Short)
-                store(point, values);
+        qint64 pointsBefore = 0;
+        for (const PointRun &part : runs) {
+            if (dataBegin >= 0 && going() && !device.seek(dataBegin + part.point * pointBytes))
+                fail();
+            for (qint64 done = 0; done < part.count && going(); done += step) {
+                reportProgress(pointsBefore + done);
+                const qint64 wanted = std::min(step, part.count - done) * pointValues;
+                const qint64 values = fillBuffer(wanted);
+                if (result.end == SampleReadingEnd::Complete ||
+                    result.end == SampleReadingEnd::Short)
+                    store(part.target + done, pointsBefore + done, values);
+            }
+            pointsBefore += part.count;
         }
         return result;
     }
 
 private:
+    void addValue(qint64 offset)
+    {
+        if (valueRuns.empty() || valueRuns.back().offset + valueRuns.back().values != offset)
+            valueRuns.push_back({offset, 0, rays.size()});
+        ++valueRuns.back().values;
+    }
+
+    void fail()
+    {
+        result.end = SampleReadingEnd::Short;
+        result.error = device.errorString();
+    }
+
     bool going() const { return result.end == SampleReadingEnd::Complete; }
 
     qint64 now() const { return hooks.clock ? hooks.clock() : steadyClock.elapsed(); }
@@ -108,9 +149,9 @@ private:
     // Reports every multiple of 1000 up to and including the point that is begun.
     void reportProgress(qint64 begunPoint)
     {
-        for (; nextReport <= begunPoint && nextReport < shape.npoints; nextReport += progressStep) {
+        for (; nextReport <= begunPoint && nextReport < allPoints; nextReport += progressStep) {
             if (hooks.progress)
-                hooks.progress(int(nextReport * 100 / shape.npoints));
+                hooks.progress(int(nextReport * 100 / allPoints));
         }
     }
 
@@ -125,7 +166,7 @@ private:
             if (got <= 0) {
                 result.end = SampleReadingEnd::Short;
                 if (got < 0)
-                    result.error = device.errorString();
+                    fail();
                 break;
             }
             filled += got;
@@ -135,24 +176,41 @@ private:
         return filled / qint64(sizeof(float));
     }
 
-    void store(qint64 firstPoint, qint64 values)
+    // Turns the buffer's points of one run of values, the rest of a point included.
+    void store(const ValueRun &run, qint64 firstPoint, qint64 points, qint64 restValues)
     {
-        const qint64 points = values / pointValues;
-        const qint64 rest = values % pointValues;
+        float *const *const targets = rays.data() + run.firstRay;
+        const float *const from = buffer.get() + run.offset;
+        // What does not begin on a line of the rays goes there point by point.
+        const qint64 head = std::min(points, -firstPoint & (pointsPerLine - 1));
+        for (qint64 v = 0; v < run.values; ++v)
+            for (qint64 p = 0; p < head; ++p)
+                targets[v][firstPoint + p] = from[p * pointValues + v];
         // In slices of a block, for a line of very large points must not hold up the events.
         const qint64 sliceValues = blockBytes / qint64(sizeof(float)) / pointsPerLine;
-        for (qint64 v = 0; v < pointValues; v += sliceValues) {
-            turnPoints(buffer.get() + v, pointValues, std::min(sliceValues, pointValues - v),
-                       rays.data() + v, firstPoint, points);
+        for (qint64 v = 0; v < run.values; v += sliceValues) {
+            turnPoints(from + head * pointValues + v, pointValues,
+                       std::min(sliceValues, run.values - v), targets + v, firstPoint + head,
+                       points - head);
             keepAlive();
             if (result.end == SampleReadingEnd::Cancelled)
                 return;
         }
-        const float *const last = buffer.get() + points * pointValues;
+        const qint64 rest = std::min(run.values, restValues - run.offset);
         for (qint64 v = 0; v < rest; ++v)
-            rays[std::size_t(v)][firstPoint + points] = last[v];
+            targets[v][firstPoint + points] = from[points * pointValues + v];
+    }
+
+    void store(qint64 target, qint64 pointsBefore, qint64 values)
+    {
+        const qint64 points = values / pointValues;
+        for (const ValueRun &run : valueRuns) {
+            store(run, target, points, values % pointValues);
+            if (result.end == SampleReadingEnd::Cancelled)
+                return;
+        }
         result.valuesRead += values;
-        reportProgress(firstPoint + points);
+        reportProgress(pointsBefore + points);
     }
 
     QIODevice &device;
@@ -160,7 +218,9 @@ private:
     const SampleReadingHooks &hooks;
     const qint64 pointValues;
     PageBuffer buffer;
-    std::vector<float *> rays; // in the order of the file: module, ray, channel
+    std::vector<float *> rays; // of the chosen values, in the order of the file
+    std::vector<ValueRun> valueRuns;
+    qint64 allPoints = 0;
     QElapsedTimer steadyClock;
     SampleReading result;
     qint64 startTime = 0;
@@ -186,5 +246,14 @@ qint64 memoryToRead(const SampleShape &shape)
 SampleReading readSamples(QIODevice &device, const SampleShape &shape, SampleBlock &block,
                           const SampleReadingHooks &hooks)
 {
-    return SampleReader(device, shape, block, hooks).run();
+    const SampleSelection all = {allIndices(shape.modules), allIndices(shape.rays),
+                                 allIndices(shape.channels)};
+    return SampleReader(device, shape, all, block, hooks).run({{0, shape.npoints, 0}});
+}
+
+SampleReading readSamples(QIODevice &device, qint64 dataBegin, const SampleShape &shape,
+                          const SampleSelection &chosen, const std::vector<PointRun> &runs,
+                          SampleBlock &block, const SampleReadingHooks &hooks)
+{
+    return SampleReader(device, shape, chosen, block, hooks).run(runs, dataBegin);
 }

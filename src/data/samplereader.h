@@ -4,6 +4,7 @@
 
 #include <QString>
 #include <functional>
+#include <vector>
 
 class QIODevice;
 
@@ -52,3 +53,31 @@ struct SampleReading {
 ///                missing are still zero
 SampleReading readSamples(QIODevice &device, const SampleShape &shape, SampleBlock &block,
                           const SampleReadingHooks &hooks = {});
+
+/// What is taken of every point: indices from 0, ascending, each list with one at least.
+struct SampleSelection {
+    std::vector<int> modules;
+    std::vector<int> rays;
+    std::vector<int> channels;
+};
+
+/// Points that follow each other in the file, and where the first of them goes in the block.
+struct PointRun {
+    int point = 0; ///< index within the file
+    int count = 0;
+    int target = 0; ///< point index within the block
+};
+
+/// Reads parts of a data section: some values of some points. The file's values between those
+/// are read and passed over, for they share the disk's pages; other points are not read.
+///
+/// @param device     random access
+/// @param dataBegin  byte of the device at which the data section begins
+/// @param shape      of the file
+/// @param runs       within the file and the block; read in this order
+/// @param block      allocated for the chosen counts, fresh; what a short device lacks is zero
+/// @return `valuesRead` counts the file's values, chosen or not; a run that lies beyond the
+///         device's end makes the reading Short, and the runs after it are not tried
+SampleReading readSamples(QIODevice &device, qint64 dataBegin, const SampleShape &shape,
+                          const SampleSelection &chosen, const std::vector<PointRun> &runs,
+                          SampleBlock &block, const SampleReadingHooks &hooks = {});

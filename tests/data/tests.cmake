@@ -1,4 +1,5 @@
 zrt_add_test(data/passport unit zrt_data)
 zrt_add_test(data/reader gui zrt_reader zrt_test_support_gui)
+zrt_add_test(data/recordingfile unit zrt_calc)
 zrt_add_test(data/resulttotext unit zrt_data)
 zrt_add_test(data/textarrays unit zrt_data)

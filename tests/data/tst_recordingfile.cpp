@@ -1,0 +1,195 @@
+#include "data/recordingfile.h"
+
+#include "calc/channelsum.h"
+#include "calc/stretchsum.h"
+#include "support/recordings.h"
+#include "support/testmain.h"
+
+using TestSupport::Shape;
+
+namespace {
+
+// Tells every sample of the files below from every other one.
+float sampleAt(int point, int module, int channel, int ray)
+{
+    return float(((point * 3 + module) * 5 + ray) * 9 + channel) + 0.25f;
+}
+
+const Shape shape = {1003, 3, 9, 5};
+
+} // namespace
+
+class TestRecordingFile : public QObject {
+    Q_OBJECT
+
+private slots:
+    void partsHoldTheirSamples_data();
+    void partsHoldTheirSamples();
+    void spacedBlocks();
+    void refusedAndShort();
+    void delayedSumEqualsThatOfTheWhole_data();
+    void delayedSumEqualsThatOfTheWhole();
+
+private:
+    QString write(const QByteArray &bytes)
+    {
+        QFile out(folder.filePath("a.pnt"));
+        out.open(QIODevice::WriteOnly);
+        out.write(bytes);
+        return out.fileName();
+    }
+
+    QTemporaryDir folder;
+    RecordingFile file;
+};
+
+void TestRecordingFile::partsHoldTheirSamples_data()
+{
+    QTest::addColumn<int>("first");
+    QTest::addColumn<int>("count");
+    QTest::addColumn<QVector<int>>("modules");
+    QTest::addColumn<QVector<int>>("rays");
+    QTest::addColumn<QVector<int>>("channels");
+    const QVector<int> all;
+    QTest::newRow("all") << 0 << 1003 << all << all << all;
+    QTest::newRow("last point") << 1002 << 1 << all << all << all;
+    QTest::newRow("a ray") << 500 << 300 << QVector{1} << QVector{4} << all;
+    QTest::newRow("channels apart") << 7 << 64 << QVector{0, 2} << QVector{0, 3} << QVector{2, 5};
+    QTest::newRow("wraps, its second part in the middle of a line")
+        << 990 << 700 << QVector{2} << all << QVector{0, 1, 2, 3, 4, 5, 6, 7, 8};
+    QTest::newRow("from before the begin, round and round") << -5 << 2500 << all << all << all;
+}
+
+void TestRecordingFile::partsHoldTheirSamples()
+{
+    QFETCH(int, first);
+    QFETCH(int, count);
+    QFETCH(QVector<int>, modules);
+    QFETCH(QVector<int>, rays);
+    QFETCH(QVector<int>, channels);
+    QVERIFY(file.open(write(TestSupport::recordingBytes(shape, sampleAt))));
+    Stretch stretch;
+    stretch.first = first;
+    stretch.count = count;
+    stretch.modules.assign(modules.begin(), modules.end());
+    stretch.rays.assign(rays.begin(), rays.end());
+    stretch.channels.assign(channels.begin(), channels.end());
+    stretch.wraps = true;
+    const StretchReading reading = file.read(stretch);
+    QVERIFY2(reading.end == StretchEnd::Complete, qPrintable(reading.reason));
+
+    const auto fill = [](QVector<int> &indices, int all) {
+        for (int i = 0; indices.size() < all && i < all; ++i)
+            indices << i;
+    };
+    if (modules.isEmpty())
+        fill(modules, shape.modules);
+    if (rays.isEmpty())
+        fill(rays, shape.rays);
+    if (channels.isEmpty())
+        fill(channels, shape.channels);
+    if (channels.last() != 8)
+        channels << 8;
+    const ObservationData &data = reading.data;
+    QCOMPARE((QVector{data.npoints, data.modules, data.rays, data.channels, data.firstModule}),
+             (QVector<int>{count, modules.size(), rays.size(), channels.size(), modules[0] + 1}));
+    QCOMPARE(int(data.fbands.size()), channels.size() - 1);
+    QCOMPARE(data.fbands[0], file.header().fbands[std::size_t(channels[0])]);
+    QCOMPARE(data.point, first);
+    QCOMPARE(data.beginTime, QDateTime(QDate(2015, 4, 1), QTime(12, 0), Qt::UTC)
+                                 .addMSecs(qint64(std::floor(first * 12.4928))));
+    for (int m = 0; m < data.modules; ++m)
+        for (int c = 0; c < data.channels; ++c)
+            for (int r = 0; r < data.rays; ++r)
+                for (int p = 0; p < count; ++p) {
+                    const int point = ((first + p) % 1003 + 1003) % 1003;
+                    if (data.samples[m][c][r][p] !=
+                        sampleAt(point, modules[m], channels[c], rays[r]))
+                        QFAIL(qPrintable(QString("%1 %2 %3 %4").arg(m).arg(c).arg(r).arg(p)));
+                }
+}
+
+void TestRecordingFile::spacedBlocks()
+{
+    QVERIFY(file.open(write(TestSupport::recordingBytes(shape, sampleAt))));
+    Stretch chosen;
+    chosen.modules = {1};
+    chosen.rays = {2};
+    const SpacedBlocks spaced = {3, 1000, 7, 21};
+    const StretchReading reading = file.read(spaced, chosen);
+    QVERIFY(reading.end == StretchEnd::Complete);
+    for (int b = 0; b < 7; ++b)
+        for (int p = 0; p < 21; ++p)
+            QCOMPARE(reading.data.samples[0][4][0][b * 21 + p],
+                     sampleAt(3 + b * 1000 / 7 + p, 1, 4, 2));
+    QVERIFY(file.read(SpacedBlocks{3, 1001, 7, 21}, chosen).end == StretchEnd::Refused);
+    QVERIFY(file.read(SpacedBlocks{3, 1000, 7, 143}, chosen).end == StretchEnd::Refused);
+}
+
+void TestRecordingFile::refusedAndShort()
+{
+    const QByteArray bytes = TestSupport::recordingBytes(shape, sampleAt);
+    const int pointBytes = 3 * 5 * 9 * 4;
+    QVERIFY(file.open(write(bytes.chopped(2 * pointBytes + 10))));
+    QCOMPARE(file.announcedSize(), qint64(bytes.size()));
+    QCOMPARE(file.completePoints(), 1000);
+    Stretch stretch;
+    stretch.first = 900;
+    stretch.count = 100;
+    QVERIFY(file.read(stretch).end == StretchEnd::Complete);
+    stretch.count = 103;
+    const StretchReading reading = file.read(stretch);
+    QVERIFY(reading.end == StretchEnd::Short && reading.reason.contains(folder.path()));
+    QCOMPARE(reading.data.samples[2][8][4][99], sampleAt(999, 2, 8, 4));
+    QCOMPARE(reading.data.samples[2][5][4][100], sampleAt(1000, 2, 5, 4)); // cut behind this
+    QCOMPARE(reading.data.samples[2][8][4][100], 0.f);
+    QCOMPARE(reading.data.samples[0][0][0][101], 0.f);
+
+    SampleReadingHooks hooks;
+    hooks.keepAlive = [] { return false; };
+    QVERIFY(file.read(stretch, hooks).end == StretchEnd::Cancelled);
+    stretch.count = 104;
+    QVERIFY(file.read(stretch).end == StretchEnd::Refused);
+    stretch.count = 1;
+    for (const std::vector<int> &rays : {std::vector{5}, std::vector{-1}, std::vector{2, 2}}) {
+        stretch.rays = rays;
+        QVERIFY(file.read(stretch).end == StretchEnd::Refused);
+    }
+    // The counts are sound, their product is not.
+    QVERIFY(file.open(write(TestSupport::passportBytes(
+        {"npoints 2147483647", "nbands 2147483646", "modulus 1", "rays 2147483647"}))));
+    stretch.rays = {0};
+    QVERIFY(file.read(stretch).end == StretchEnd::Refused);
+    QCOMPARE(file.announcedSize(), qint64(-1));
+}
+
+void TestRecordingFile::delayedSumEqualsThatOfTheWhole_data()
+{
+    QTest::addColumn<double>("dispersion"); // the lowest band lags by 14.44 points per 10 pc/cm^3
+    QTest::newRow("none") << 0.0;
+    QTest::newRow("forward") << 30.0;
+    QTest::newRow("backward") << -61.3;
+    QTest::newRow("nearly all") << 600.0;
+    QTest::newRow("several times round") << 3000.0;
+}
+
+void TestRecordingFile::delayedSumEqualsThatOfTheWhole()
+{
+    QFETCH(double, dispersion);
+    const auto rough = [](int p, int m, int c, int r) {
+        return std::sin(float(p * p + c)) + r + m;
+    };
+    QVERIFY(file.open(write(TestSupport::recordingBytes(shape, rough))));
+    const std::vector<double> whole =
+        Tools::sumChannels(TestSupport::makeRecording(shape, rough), dispersion, 2, 3);
+    for (const auto &[first, count] : {std::pair(0, 1003), {0, 10}, {400, 91}, {900, 103}}) {
+        const Tools::StretchSum part = Tools::sumChannels(file, dispersion, 2, 3, first, count);
+        QVERIFY(part.end == StretchEnd::Complete);
+        QCOMPARE(part.sums,
+                 std::vector<double>(whole.begin() + first, whole.begin() + first + count));
+    }
+    QVERIFY(Tools::sumChannels(file, dispersion, 2, 3, 1000, 4).end == StretchEnd::Refused);
+}
+
+ZRT_UNIT_TEST_MAIN(TestRecordingFile)
+#include "tst_recordingfile.moc"
