@@ -5,6 +5,18 @@
 #include <QHBoxLayout>
 #include <QLayoutItem>
 
+namespace {
+
+QWidget *lastInTabOrder(QWidget *parent)
+{
+    QWidget *last = parent;
+    while (parent->isAncestorOf(last->nextInFocusChain()))
+        last = last->nextInFocusChain();
+    return last;
+}
+
+} // namespace
+
 void emptyCentralWidget()
 {
     QWidget *const centralwidget = Settings::instance()->ui().centralwidget;
@@ -28,4 +40,6 @@ void fillCentralWidget(QWidget *form, QWidget *plot, QWidget *panel)
     if (panel)
         layout->addWidget(panel, 0);
     Settings::instance()->ui().centralwidget->setLayout(layout);
+    if (plot && panel)
+        QWidget::setTabOrder(lastInTabOrder(panel), plot);
 }

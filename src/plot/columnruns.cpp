@@ -15,7 +15,8 @@ namespace {
 // The quotient may be off in its last bit, so the truncation that the curve is drawn with decides.
 int firstIndexFrom(const View &view, int column, int count)
 {
-    int index = int(std::clamp(std::ceil((column - marginLeft) / view.step()), 0.0, double(count)));
+    const double exact = view.first + (column - marginLeft) / view.step();
+    int index = int(std::clamp(std::ceil(exact), 0.0, double(count)));
     while (index > 0 && xPixel(view, index - 1) >= column)
         --index;
     while (index < count && xPixel(view, index) < column)
@@ -26,7 +27,8 @@ int firstIndexFrom(const View &view, int column, int count)
 class Builder {
 public:
     Builder(const View &plotView, const std::vector<float> &samples)
-        : view(plotView), curve(samples), count(std::min(plotView.points, int(samples.size())))
+        : view(plotView), clip(plotView.clip()), curve(samples),
+          count(std::min(plotView.allPoints, int(samples.size())))
     {
         runs.top.assign(size_t(view.plotWidth()), std::numeric_limits<int>::max());
         runs.bottom.assign(size_t(view.plotWidth()), std::numeric_limits<int>::min());
@@ -34,7 +36,8 @@ public:
 
     ColumnRuns build()
     {
-        int begin = 0;
+        int begin = firstIndexFrom(view, marginLeft, count);
+        addEdge(-1, begin);
         for (int column = 0; column < view.plotWidth() && begin < count; ++column) {
             const int end = firstIndexFrom(view, marginLeft + column + 1, count);
             const Extremes found = extremes(&curve[size_t(begin)], size_t(end - begin));
@@ -46,11 +49,12 @@ public:
                 addCrossing(column - 1, begin, found.hasNan);
             begin = end;
         }
+        addEdge(view.plotWidth() - 1, begin);
         return std::move(runs);
     }
 
 private:
-    bool inPicture(int row) const { return row >= 0 && row < view.height; }
+    bool inClip(int row) const { return row >= clip.top() && row <= clip.bottom(); }
 
     void addRun(int column, int from, int to)
     {
@@ -79,6 +83,18 @@ private:
         }
     }
 
+    // The segment over an edge of a zoomed plot, from the column left of it to the point `index`.
+    void addEdge(int column, int index)
+    {
+        if (index < 1 || index >= count)
+            return;
+        const float before = curve[size_t(index) - 1];
+        const float after = curve[size_t(index)];
+        const int x = marginLeft + column;
+        if (!std::isnan(before) && !std::isnan(after))
+            runs.lines.append(QLine(x, yPixel(view, before), x + 1, yPixel(view, after)));
+    }
+
     // The segment from the last point of a column to the first point, `index`, of the next. It
     // must not join what the next column leaves apart when that is broken.
     void addCrossing(int column, int index, bool nextIsBroken)
@@ -89,7 +105,7 @@ private:
             return;
         const int from = yPixel(view, before);
         const int to = yPixel(view, after);
-        if (nextIsBroken || !inPicture(from) || !inPicture(to)) {
+        if (nextIsBroken || !inClip(from) || !inClip(to)) {
             const int x = marginLeft + column;
             runs.lines.append(QLine(x, from, x + 1, to));
             return;
@@ -114,6 +130,7 @@ private:
     }
 
     const View &view;
+    const QRect clip;
     const std::vector<float> &curve;
     const int count;
     ColumnRuns runs;

@@ -22,7 +22,8 @@ bool isDense(const View &view);
 
 /// Reduces a curve to runs. Runs and lines together are the pixels that QPainter gives for one
 /// line of a cosmetic or one pixel wide pen per pair of neighbouring points; pairs with a NaN
-/// have none. Samples beyond view.points are not read.
+/// have none. Samples beyond view.allPoints are not read. Of a zoomed view the lines are to be
+/// drawn within view.clip() and the runs to be filled in its rows.
 ///
 /// @param view  dense, see above
 ColumnRuns columnRuns(const View &view, const std::vector<float> &curve);

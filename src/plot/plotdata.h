@@ -30,7 +30,7 @@ struct PlotData {
     QVector<QString> labelsX3; ///< upper row, one text per point; empty: no row
     /// Makes the text of a point when it is painted, for a row whose labels above are empty.
     std::function<QString(int index)> textX1, textX2, textX3;
-    int labelEvery1 = 1;       ///< spacing of the texts, in 150 pixels; below 1 counts as 1
+    int labelEvery1 = 1; ///< spacing of the texts, in 150 pixels; below 1 counts as 1
     int labelEvery2 = 1;
     int labelEvery3 = 1;
     std::vector<int> markers; ///< point indices with a vertical line; any marker hides the grid

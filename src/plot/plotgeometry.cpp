@@ -65,6 +65,12 @@ int longestCurve(const PlotData &data)
     return int(longest);
 }
 
+// X positions across the whole plot.
+int positions(const PlotData &data)
+{
+    return std::max(1, data.numPoints > 0 ? data.numPoints : longestCurve(data));
+}
+
 double heightOfValue(const View &view, double value)
 {
     return marginBottom + (value - view.y.min) * view.plotHeight() / (view.y.max - view.y.min);
@@ -90,7 +96,7 @@ Label yLabel(const View &view, double height, int precision)
 
 int indexAtOffset(const View &view, int offset)
 {
-    return truncated(std::round(offset / view.step()));
+    return truncated(std::round(view.first + offset / view.step()));
 }
 
 // A row of texts that belong to points, from a list or made on demand.
@@ -144,20 +150,65 @@ Range verticalRange(const PlotData &data)
 
 View viewOf(const PlotData &data, const QSize &size)
 {
+    return viewOf(data, size, Zoom());
+}
+
+View viewOf(const PlotData &data, const QSize &size, const Zoom &zoom)
+{
     View view;
     view.width = size.width();
     view.height = size.height();
-    view.points = std::max(1, data.numPoints > 0 ? data.numPoints : longestCurve(data));
-    view.y = shownRange(data.yMin, data.yMax);
+    view.allPoints = positions(data);
+    view.points = view.allPoints;
+    view.y = zoom.y ? *zoom.y : allOfY(data);
+    view.isZoomed = !zoom.isNone();
+    if (zoom.x) {
+        view.first = zoom.x->min;
+        view.points = zoom.x->extent();
+    }
     const auto &first = data.graphs.empty() ? data.multiGraphs : data.graphs;
     if (!first.empty())
         view.lastIndex = std::max(0, int(first.front().size()) - 1);
     return view;
 }
 
+Range allOfX(const PlotData &data)
+{
+    return {0, double(positions(data))};
+}
+
+Range allOfY(const PlotData &data)
+{
+    return shownRange(data.yMin, data.yMax);
+}
+
+Zoom limitedZoom(const PlotData &data, const Zoom &wanted)
+{
+    const Range allX = allOfX(data);
+    const Range allY = allOfY(data);
+    Zoom zoom;
+    if (wanted.x)
+        zoom.x = within(*wanted.x, allX, fewestPoints);
+    if (wanted.y)
+        zoom.y = within(*wanted.y, allY, smallestExtent(allY));
+    if (zoom.x == allX)
+        zoom.x.reset();
+    if (zoom.y == allY)
+        zoom.y.reset();
+    return zoom;
+}
+
+IndexRange pointsInSight(const View &view, int count)
+{
+    const double last = std::min(double(count), double(view.allPoints));
+    const double begin = std::clamp(std::floor(view.first) - 1, 0.0, last);
+    const double end = std::clamp(std::ceil(view.first + view.points) + 2, begin, last);
+    return {int(begin), int(end)};
+}
+
 int xPixel(const View &view, int index)
 {
-    return truncated(marginLeft + index * view.step());
+    return truncated(marginLeft + (index - view.first) * view.step());
 }
 
 int yPixel(const View &view, double value)
@@ -172,11 +223,11 @@ QPoint wholePixel(const QPointF &position)
 
 QPointF dataAt(const View &view, const QPoint &pixel)
 {
-    double x = 0;
+    double x = view.first;
     if (pixel.x() > view.width - marginRight)
-        x = view.lastIndex;
+        x = view.isZoomed ? std::min(double(view.lastIndex), view.x().max) : view.lastIndex;
     else if (pixel.x() >= marginLeft && view.plotWidth() > 0)
-        x = double(pixel.x() - marginLeft) * view.points / view.plotWidth();
+        x = view.first + double(pixel.x() - marginLeft) * view.points / view.plotWidth();
 
     double y = 0;
     const double height = double(view.height) - pixel.y();
@@ -185,9 +236,21 @@ QPointF dataAt(const View &view, const QPoint &pixel)
     return {x, y};
 }
 
+QPointF placeOf(const View &view, const QPointF &coords)
+{
+    return {marginLeft + (coords.x() - view.first) * view.step(),
+            view.height - heightOfValue(view, coords.y())};
+}
+
+QPointF coordsOf(const View &view, const QPointF &place)
+{
+    return {view.first + (place.x() - marginLeft) / view.step(),
+            valueAtHeight(view, view.height - place.y())};
+}
+
 QPointF dataPerPixel(const View &view)
 {
-    return {double(view.points) / std::max(1, view.plotWidth()),
+    return {view.points / std::max(1, view.plotWidth()),
             std::abs(view.y.max - view.y.min) / std::max(1, view.plotHeight())};
 }
 
@@ -219,6 +282,14 @@ std::vector<Label> yLabels(const View &view, int precision)
         height -= yLabelSpacing;
     }
     return labels;
+}
+
+int yDecimals(const View &view, int wanted)
+{
+    if (!view.isZoomed)
+        return wanted;
+    const double betweenLabels = dataPerPixel(view).y() * yLabelSpacing;
+    return std::max(wanted, int(std::clamp(std::ceil(-std::log10(betweenLabels)), 0.0, 20.0)));
 }
 
 std::vector<int> labelOffsets(const View &view, int every)

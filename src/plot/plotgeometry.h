@@ -1,9 +1,11 @@
 #pragma once
 
 #include "plot/plotdata.h"
+#include "plot/zoom.h"
 
 #include <QPoint>
 #include <QPointF>
+#include <QRect>
 #include <QSize>
 #include <vector>
 
@@ -17,23 +19,34 @@ constexpr int marginTop = 30;
 constexpr int marginLeft = 60;
 constexpr int marginRight = 30;
 
-struct Range {
-    double min = 0;
-    double max = 0;
-};
-
 /// What the conversions between data and pixels depend on.
 struct View {
-    int width = 0;     ///< of the widget, pixels
-    int height = 0;    ///< of the widget, pixels
-    int points = 1;    ///< X positions across the plot, at least 1
-    Range y;           ///< never of zero extent, always finite
-    int lastIndex = 0; ///< last index of the first curve
+    int width = 0;         ///< of the widget, pixels
+    int height = 0;        ///< of the widget, pixels
+    double first = 0;      ///< point index at the left margin
+    double points = 1;     ///< X positions across the plot, above 0
+    Range y;               ///< never of zero extent, always finite
+    int allPoints = 1;     ///< X positions across the plot when all are shown, at least 1
+    int lastIndex = 0;     ///< last index of the first curve
+    bool isZoomed = false; ///< only a part is shown, and nothing of it beyond the margins
 
     int plotWidth() const { return width - marginLeft - marginRight; }
     int plotHeight() const { return height - marginBottom - marginTop; }
     /// Pixels from one point to the next.
     double step() const { return double(plotWidth()) / points; }
+    Range x() const { return {first, first + points}; }
+    /// The pixels that curves may colour.
+    QRect clip() const
+    {
+        return isZoomed ? QRect(marginLeft, marginTop, plotWidth(), plotHeight() + 1)
+                        : QRect(0, 0, width, height);
+    }
+};
+
+/// Points in sight, `end` not included, with the neighbours whose segments reach into it.
+struct IndexRange {
+    int begin = 0;
+    int end = 0;
 };
 
 /// A text and the left end of its baseline.
@@ -56,7 +69,25 @@ Range verticalRange(const PlotData &data);
 /// or a thousandth of the value, so that the curve runs through the middle.
 View viewOf(const PlotData &data, const QSize &size);
 
-/// Column of a point: marginLeft + index * step, truncated. Values beyond 1e9 pixels stop there.
+/// The view of a part of the data. The part is taken as it is, see limitedZoom().
+View viewOf(const PlotData &data, const QSize &size, const Zoom &zoom);
+
+/// All that can be shown: indices 0 to the number of X positions, and the vertical range.
+Range allOfX(const PlotData &data);
+Range allOfY(const PlotData &data);
+
+/// Fewest X positions that a zoomed plot shows.
+constexpr double fewestPoints = 4;
+
+/// A part that lies within the data and is not too small to be drawn; a direction in which it
+/// holds everything is left free.
+Zoom limitedZoom(const PlotData &data, const Zoom &wanted);
+
+/// The points to draw of a curve with `count` samples; empty where none is in sight.
+IndexRange pointsInSight(const View &view, int count);
+
+/// Column of a point: marginLeft + (index - first) * step, truncated. Values beyond 1e9 pixels
+/// stop there.
 int xPixel(const View &view, int index);
 
 /// Row of a value, truncated. Values beyond 1e9 pixels, infinite ones too, stop there.
@@ -66,8 +97,14 @@ int yPixel(const View &view, double value);
 QPoint wholePixel(const QPointF &position);
 
 /// Point index (with fraction) and value at a pixel of the widget. Left of the plot the index is
-/// 0, right of it the last index of the first curve; above and below it the value is 0.
+/// 0, right of it the last index of the first curve; above and below it the value is 0. In a
+/// zoomed view the index beyond the margins is that of the nearest edge.
 QPointF dataAt(const View &view, const QPoint &pixel);
+
+/// The straight lines behind the two conversions, without rounding and bounds: the place of an
+/// index and a value in pixels, and back. The view has an area.
+QPointF placeOf(const View &view, const QPointF &coords);
+QPointF coordsOf(const View &view, const QPointF &place);
 
 /// Point indices and values from one pixel to the next.
 QPointF dataPerPixel(const View &view);
@@ -75,6 +112,9 @@ QPointF dataPerPixel(const View &view);
 /// Labels of the Y axis, every 50 pixels up and down from the value 0, or up from the lower end
 /// when all is above 0. Those that would lie outside the widget are left out.
 std::vector<Label> yLabels(const View &view, int precision);
+
+/// Decimals of the Y labels: as wanted, or as many as tell neighbours apart in a zoomed view.
+int yDecimals(const View &view, int wanted);
 
 /// Distances from the left margin, in pixels, at which a row has its labels.
 std::vector<int> labelOffsets(const View &view, int every);

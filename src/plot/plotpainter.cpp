@@ -30,19 +30,25 @@ void fillGround(QImage &picture, const Rows &rows)
     }
 }
 
-QVector<QLine> segments(const View &view, const std::vector<float> &curve)
+// Draws a line for each pair of neighbouring points in sight, a few thousand at a time.
+void drawSegments(QPainter &painter, const View &view, const std::vector<float> &curve)
 {
+    constexpr int mostLines = 4096;
+    const IndexRange points = pointsInSight(view, int(curve.size()));
     QVector<QLine> lines;
-    const int count = std::min(view.points, int(curve.size()));
-    lines.reserve(std::max(0, count - 1));
-    for (int i = 1; i < count; ++i) {
+    lines.reserve(std::clamp(points.end - points.begin, 0, mostLines));
+    for (int i = points.begin + 1; i < points.end; ++i) {
         const float before = curve[size_t(i) - 1];
         const float after = curve[size_t(i)];
         if (!std::isnan(before) && !std::isnan(after))
             lines.append(QLine(xPixel(view, i - 1), yPixel(view, before), xPixel(view, i),
                                yPixel(view, after)));
+        if (lines.size() == mostLines) {
+            painter.drawLines(lines);
+            lines.clear();
+        }
     }
-    return lines;
+    painter.drawLines(lines);
 }
 
 struct Curve {
@@ -65,15 +71,20 @@ bool hasRuns(const View &view, const Curve &curve)
     return isDense(view) && curve.colour.alpha() == 255;
 }
 
+Rows clippedRows(const View &view, const Rows &rows)
+{
+    return {std::max(rows.first, view.clip().top()), std::min(rows.last, view.clip().bottom())};
+}
+
 void paintCurve(QPainter &painter, QImage &picture, const View &view, const Curve &curve)
 {
     painter.setPen(curve.colour);
     if (!hasRuns(view, curve)) {
-        painter.drawLines(segments(view, *curve.samples));
+        drawSegments(painter, view, *curve.samples);
         return;
     }
     const ColumnRuns runs = columnRuns(view, *curve.samples);
-    fillRuns(picture, runs, curve.colour.rgb(), {0, picture.height() - 1});
+    fillRuns(picture, runs, curve.colour.rgb(), clippedRows(view, {0, picture.height() - 1}));
     painter.drawLines(runs.lines);
 }
 
@@ -86,18 +97,18 @@ QVector<QLine> fillGroundAndRuns(QImage &picture, const View &view, const Curve 
     for (int first = 0; first < picture.height(); first += bandRows) {
         const Rows band{first, std::min(first + bandRows, picture.height()) - 1};
         fillGround(picture, band);
-        fillRuns(picture, runs, curve.colour.rgb(), band);
+        fillRuns(picture, runs, curve.colour.rgb(), clippedRows(view, band));
     }
     return runs.lines;
 }
 
 void paintZeroLine(QPainter &painter, const View &view, const char *colour)
 {
-    if (view.y.min > 0 || view.points < 2)
+    if (view.y.min > 0 || view.allPoints < 2)
         return;
     const int y = yPixel(view, 0);
     painter.setPen(QColor(colour));
-    painter.drawLine(xPixel(view, 0), y, xPixel(view, view.points - 1), y);
+    painter.drawLine(xPixel(view, 0), y, xPixel(view, view.allPoints - 1), y);
 }
 
 // On a box of translucent white, so that the text stays legible over curves.
@@ -154,21 +165,21 @@ void paintPlot(const PlotData &data, const QRect &selection, QImage &picture)
 {
     if (!isPainted(picture.size()))
         return;
-    paintCurves(data, picture);
+    const View view = viewOf(data, picture.size());
+    paintCurves(data, view, picture);
     QPainter painter(&picture);
-    paintLabels(painter, data, picture.size());
+    paintLabels(painter, data, view);
     if (!data.messageMode)
         paintSelection(painter, selection);
 }
 
-void paintCurves(const PlotData &data, QImage &picture)
+void paintCurves(const PlotData &data, const View &view, QImage &picture)
 {
     const Rows allRows{0, picture.height() - 1};
     if (data.messageMode) {
         fillGround(picture, allRows);
         return;
     }
-    const View view = viewOf(data, picture.size());
     const std::vector<Curve> lower = visibleCurves(data, data.multiGraphs);
     const std::vector<Curve> upper = visibleCurves(data, data.graphs);
 
@@ -181,6 +192,8 @@ void paintCurves(const PlotData &data, QImage &picture)
         fillGround(picture, allRows);
 
     QPainter painter(&picture);
+    if (view.isZoomed)
+        painter.setClipRect(view.clip());
     const auto paintSet = [&](const std::vector<Curve> &curves) {
         for (const Curve &curve : curves)
             if (lowestHasRuns && &curve == &lowest.front()) {
@@ -204,7 +217,7 @@ void paintCurves(const PlotData &data, QImage &picture)
     }
 }
 
-void paintLabels(QPainter &painter, const PlotData &data, const QSize &size)
+void paintLabels(QPainter &painter, const PlotData &data, const View &view)
 {
     painter.setPen(QColor("black"));
     if (data.messageMode) {
@@ -212,9 +225,8 @@ void paintLabels(QPainter &painter, const PlotData &data, const QSize &size)
         paintLabel(painter, {QPoint(30, 60), data.message});
         return;
     }
-    const View view = viewOf(data, size);
     painter.setFont(labelFont());
-    paintLabelRow(painter, view, yLabels(view, data.yPrecision));
+    paintLabelRow(painter, view, yLabels(view, yDecimals(view, data.yPrecision)));
     paintTicks(painter, view, data.labelEvery1);
     paintLabelRow(painter, view, xLabels1(view, data));
     paintLabelRow(painter, view, xLabels2(view, data));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plot/plotdata.h"
+#include "plot/plotgeometry.h"
 
 #include <QImage>
 #include <QRect>
@@ -23,12 +23,15 @@ void paintPlot(const PlotData &data, const QRect &selection, QImage &picture);
 ///
 /// Curves with more points than the plot has columns take a shorter way than a line per
 /// segment and give the same pixels.
-void paintCurves(const PlotData &data, QImage &picture);
+/// Of a zoomed view nothing is painted beyond the margins.
+///
+/// @param picture  as above, of the view's size
+void paintCurves(const PlotData &data, const View &view, QImage &picture);
 
 /// Texts of both axes with their ticks, and the grid; or the message.
 ///
-/// @param size  of the plot, in the painter's units
-void paintLabels(QPainter &painter, const PlotData &data, const QSize &size);
+/// @param view  in the painter's units
+void paintLabels(QPainter &painter, const PlotData &data, const View &view);
 
 /// The translucent rectangle from its left upper corner to the point its size away from there;
 /// one without width and height is not drawn.

@@ -3,9 +3,12 @@
 #include "plot/plotgeometry.h"
 #include "plot/plotpainter.h"
 
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QWheelEvent>
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -23,12 +26,24 @@ QPoint oppositeCorner(const QRect &rectangle)
     return rectangle.topLeft() + QPoint(rectangle.width(), rectangle.height());
 }
 
+// Whether what was zoomed in the old data is the same part of the new.
+bool haveSameAxes(const PlotData &a, const PlotData &b)
+{
+    return Plot::allOfX(a) == Plot::allOfX(b) && a.x.name == b.x.name && a.x.unit == b.x.unit &&
+           a.yName == b.yName && a.yUnit == b.yUnit;
+}
+
+constexpr double zoomPerNotch = 1.25;
+constexpr double panPerNotch = 0.1; // of the visible part
+constexpr double unitsPerNotch = 120;
+constexpr int furthestPixel = 30000; // of a rectangle whose data lie out of sight
+
 } // namespace
 
 PulsarGrafik::PulsarGrafik(QWidget *parent) : QWidget(parent)
 {
     setMouseTracking(true);
-    setFocusPolicy(Qt::NoFocus); // it takes no keys and is no stop between the fields
+    setFocusPolicy(Qt::StrongFocus); // a click brings the keys here, hovering takes none away
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
 }
 
@@ -38,10 +53,15 @@ void PulsarGrafik::setData(PlotData data)
 {
     // The caller may hold the lock already, so may a press whose signal led here.
     const bool locked = busy.tryLock();
+    const bool keepsZoom = haveSameAxes(plotData, data);
     plotData = std::move(data);
     if (locked)
         busy.unlock();
-    repaintPlot();
+    if (!keepsZoom) {
+        history.clear();
+        zoom = {};
+    }
+    applyZoom(zoom);
 }
 
 void PulsarGrafik::recomputeRange()
@@ -49,7 +69,10 @@ void PulsarGrafik::recomputeRange()
     const Plot::Range range = Plot::verticalRange(plotData);
     plotData.yMin = range.min;
     plotData.yMax = range.max;
-    repaintPlot();
+    // A zoom into values that the curves no longer have would show nothing.
+    if (zoom.y && (zoom.y->max < range.min || zoom.y->min > range.max))
+        zoom.y.reset();
+    applyZoom(zoom);
 }
 
 void PulsarGrafik::showMessage(const QString &message)
@@ -69,6 +92,65 @@ QPointF PulsarGrafik::dataPerPixel() const
     return Plot::dataPerPixel(view());
 }
 
+PulsarGrafik::VisibleRange PulsarGrafik::visibleRange() const
+{
+    const Plot::View shown = view();
+    return {shown.first, shown.points, shown.y};
+}
+
+void PulsarGrafik::setVisibleX(double first, double points)
+{
+    changeZoom({Plot::Range{first, first + points}, zoom.y}, Call);
+}
+
+void PulsarGrafik::setVisibleY(double min, double max)
+{
+    changeZoom({zoom.x, Plot::Range{min, max}}, Call);
+}
+
+void PulsarGrafik::showAll()
+{
+    changeZoom({}, NoGesture);
+}
+
+void PulsarGrafik::zoomToSelection()
+{
+    const std::optional<SelectedRange> part = selectedRange();
+    if (!part)
+        return;
+    clearSelection();
+    changeZoom({part->x, part->y}, NoGesture);
+}
+
+void PulsarGrafik::showPrevious()
+{
+    // Views that later data have made the same as the present one are no step back.
+    while (const std::optional<Plot::Zoom> previous = history.back()) {
+        const Plot::Zoom next = Plot::limitedZoom(plotData, *previous);
+        if (next == zoom)
+            continue;
+        applyZoom(next);
+        return;
+    }
+}
+
+std::optional<PulsarGrafik::SelectedRange> PulsarGrafik::selectedRange() const
+{
+    if (selected.width() == 0 || selected.height() == 0)
+        return std::nullopt;
+    const auto [left, right] = std::minmax(selectedCorner1.x(), selectedCorner2.x());
+    const auto [low, high] = std::minmax(selectedCorner1.y(), selectedCorner2.y());
+    return SelectedRange{{left, right}, {low, high}};
+}
+
+void PulsarGrafik::clearSelection()
+{
+    const bool had = selectedRange().has_value();
+    select({});
+    if (had)
+        emit selectionChanged();
+}
+
 QSize PulsarGrafik::sizeHint() const
 {
     return {800, 500};
@@ -81,18 +163,23 @@ QSize PulsarGrafik::minimumSizeHint() const
 
 void PulsarGrafik::mousePressEvent(QMouseEvent *event)
 {
+    const QPoint pixel = Plot::wholePixel(event->localPos());
+    if (event->button() == Qt::MiddleButton || (event->button() == Qt::LeftButton && spaceHeld)) {
+        beginPan(pixel);
+        return;
+    }
     if (event->button() != Qt::LeftButton || !busy.tryLock())
         return;
-    pressPoint = Plot::wholePixel(event->localPos());
+    pressPoint = pixel;
     dragging = true;
     if (!selected.isNull() &&
         QRect(selected.topLeft(), oppositeCorner(selected)).contains(pressPoint)) {
-        const Plot::View shown = view();
-        emit blueRectangleClicked(Plot::dataAt(shown, selected.topLeft()),
-                                  Plot::dataAt(shown, oppositeCorner(selected)));
+        emit blueRectangleClicked(selectedCorner1, selectedCorner2);
     } else {
-        selected = rectangleBetween(pressPoint, pressPoint);
-        update();
+        const bool had = selectedRange().has_value();
+        select(rectangleBetween(pressPoint, pressPoint));
+        if (had)
+            emit selectionChanged();
     }
     busy.unlock();
 }
@@ -102,28 +189,112 @@ void PulsarGrafik::mouseMoveEvent(QMouseEvent *event)
     if (picture.isNull())
         return;
     const QPoint pixel = Plot::wholePixel(event->localPos());
+    if (panFrom) {
+        const Plot::View shown = view();
+        const QPointF way =
+            Plot::coordsOf(shown, QPointF(*panFrom)) - Plot::coordsOf(shown, QPointF(pixel));
+        panFrom = pixel;
+        pan(way.x(), way.y(), Drag);
+    } else {
+        history.endGesture();
+    }
     const QPointF coords = Plot::dataAt(view(), pixel);
     emit coordsChanged(coords, Plot::labelsAt(plotData, coords.x()));
-    if (dragging && (event->buttons() & Qt::LeftButton)) {
-        selected = rectangleBetween(pressPoint, pixel);
-        update();
-    }
+    if (dragging && (event->buttons() & Qt::LeftButton))
+        select(rectangleBetween(pressPoint, pixel));
 }
 
 void PulsarGrafik::mouseReleaseEvent(QMouseEvent *event)
 {
+    if (panFrom && !(event->buttons() & (Qt::MiddleButton | Qt::LeftButton))) {
+        endPan();
+        return;
+    }
     if (event->button() != Qt::LeftButton || !dragging)
         return;
     dragging = false;
-    const Plot::View shown = view();
     const QPoint pixel = Plot::wholePixel(event->localPos());
     if (pixel == pressPoint)
-        emit clicked(Plot::dataAt(shown, pixel));
+        emit clicked(Plot::dataAt(view(), pixel));
     if (selected.width() == 0 || selected.height() == 0)
         return;
     const QPointF offset(plotData.xOffset, 0);
-    emit blueRectangleReleased(Plot::dataAt(shown, selected.topLeft()) + offset,
-                               Plot::dataAt(shown, oppositeCorner(selected)) + offset);
+    emit blueRectangleReleased(selectedCorner1 + offset, selectedCorner2 + offset);
+    emit selectionChanged();
+}
+
+void PulsarGrafik::wheelEvent(QWheelEvent *event)
+{
+    const QPoint turned = event->angleDelta();
+    // with Alt, and on some mice by itself, the wheel turns sideways
+    const double notches = (turned.y() != 0 ? turned.y() : turned.x()) / unitsPerNotch;
+    const Plot::View shown = view();
+    if (plotData.messageMode || notches == 0 || shown.plotWidth() <= 0 || shown.plotHeight() <= 0)
+        return;
+    const QRect area =
+        QRect(Plot::marginLeft, Plot::marginTop, shown.plotWidth(), shown.plotHeight());
+    const QPoint pixel = Plot::wholePixel(event->position());
+    const QPointF anchor =
+        Plot::coordsOf(shown, QPointF(std::clamp(pixel.x(), area.left(), area.right() + 1),
+                                      std::clamp(pixel.y(), area.top(), area.bottom() + 1)));
+    const double factor = std::pow(zoomPerNotch, -notches);
+    const bool overX = pixel.y() > area.bottom() + 1;
+    const bool overY = pixel.x() < area.left() && !overX;
+    if ((event->modifiers() & Qt::ShiftModifier) || turned.y() == 0)
+        pan(-notches * panPerNotch * shown.points, 0, WheelPan);
+    else if ((event->modifiers() & Qt::ControlModifier) || overY)
+        zoomY(anchor.y(), factor, WheelY);
+    else
+        zoomX(anchor.x(), factor, WheelX);
+}
+
+void PulsarGrafik::keyPressEvent(QKeyEvent *event)
+{
+    switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (!selectedRange()) { // the form runs its action
+            QWidget::keyPressEvent(event);
+            return;
+        }
+        zoomToSelection();
+        break;
+    case Qt::Key_Backspace:
+        showPrevious();
+        break;
+    case Qt::Key_Home:
+        showAll();
+        break;
+    case Qt::Key_Space:
+        if (!event->isAutoRepeat())
+            setSpaceHeld(true);
+        break;
+    default:
+        QWidget::keyPressEvent(event);
+    }
+}
+
+void PulsarGrafik::keyReleaseEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Space && !event->isAutoRepeat())
+        setSpaceHeld(false);
+    else
+        QWidget::keyReleaseEvent(event);
+}
+
+void PulsarGrafik::focusOutEvent(QFocusEvent *event)
+{
+    setSpaceHeld(false);
+    QWidget::focusOutEvent(event);
+}
+
+void PulsarGrafik::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    if (zoom.isNone())
+        anchorSelection();
+    else
+        placeSelection();
 }
 
 void PulsarGrafik::paintEvent(QPaintEvent * /*event*/)
@@ -135,13 +306,127 @@ void PulsarGrafik::paintEvent(QPaintEvent * /*event*/)
         renewPicture();
     QPainter painter(this);
     painter.drawImage(0, 0, picture);
-    if (!plotData.messageMode)
-        Plot::paintSelection(painter, selected);
+    if (plotData.messageMode)
+        return;
+    if (isZoomed())
+        painter.setClipRect(view().clip());
+    Plot::paintSelection(painter, selected);
 }
 
 Plot::View PulsarGrafik::view() const
 {
-    return Plot::viewOf(plotData, size());
+    return Plot::viewOf(plotData, size(), zoom);
+}
+
+void PulsarGrafik::changeZoom(const Plot::Zoom &wanted, Gesture gesture)
+{
+    const Plot::Zoom next = Plot::limitedZoom(plotData, wanted);
+    if (plotData.messageMode || next == zoom)
+        return;
+    history.note(zoom, gesture);
+    applyZoom(next);
+}
+
+// Also after new data: what is shown and what is selected is made to fit them.
+void PulsarGrafik::applyZoom(const Plot::Zoom &next)
+{
+    const bool wasZoomed = isZoomed();
+    zoom = Plot::limitedZoom(plotData, next);
+    if (wasZoomed || isZoomed())
+        placeSelection();
+    else
+        anchorSelection();
+    announceView();
+    repaintPlot();
+}
+
+void PulsarGrafik::zoomX(double anchor, double factor, Gesture gesture)
+{
+    changeZoom(
+        {Plot::zoomedAt(view().x(), Plot::allOfX(plotData), anchor, factor, Plot::fewestPoints),
+         zoom.y},
+        gesture);
+}
+
+void PulsarGrafik::zoomY(double anchor, double factor, Gesture gesture)
+{
+    const Plot::Range all = Plot::allOfY(plotData);
+    changeZoom({zoom.x, Plot::zoomedAt(view().y, all, anchor, factor, Plot::smallestExtent(all))},
+               gesture);
+}
+
+void PulsarGrafik::pan(double points, double values, Gesture gesture)
+{
+    const Plot::View shown = view();
+    changeZoom({Plot::panned(shown.x(), Plot::allOfX(plotData), points),
+                Plot::panned(shown.y, Plot::allOfY(plotData), values)},
+               gesture);
+}
+
+void PulsarGrafik::beginPan(const QPoint &pixel)
+{
+    history.endGesture();
+    panFrom = pixel;
+    setCursor(Qt::ClosedHandCursor);
+}
+
+void PulsarGrafik::endPan()
+{
+    panFrom.reset();
+    history.endGesture();
+    if (spaceHeld)
+        setCursor(Qt::OpenHandCursor);
+    else
+        unsetCursor();
+}
+
+void PulsarGrafik::setSpaceHeld(bool held)
+{
+    spaceHeld = held;
+    if (panFrom)
+        return;
+    if (held)
+        setCursor(Qt::OpenHandCursor);
+    else
+        unsetCursor();
+}
+
+void PulsarGrafik::announceView()
+{
+    const VisibleRange now = visibleRange();
+    if (now == announced)
+        return;
+    announced = now;
+    emit viewChanged(now);
+}
+
+void PulsarGrafik::select(const QRect &rectangle)
+{
+    selected = rectangle;
+    anchorSelection();
+    update();
+}
+
+// Lets the rectangle stand for the data that it covers now.
+void PulsarGrafik::anchorSelection()
+{
+    const Plot::View shown = view();
+    selectedCorner1 = Plot::dataAt(shown, selected.topLeft());
+    selectedCorner2 = Plot::dataAt(shown, oppositeCorner(selected));
+}
+
+// Moves the rectangle to where its data stand now.
+void PulsarGrafik::placeSelection()
+{
+    if (!selectedRange())
+        return;
+    const auto pixel = [shown = view()](const QPointF &coords) {
+        const QPointF place = Plot::placeOf(shown, coords);
+        return QPoint(
+            int(std::round(std::clamp<double>(place.x(), -furthestPixel, furthestPixel))),
+            int(std::round(std::clamp<double>(place.y(), -furthestPixel, furthestPixel))));
+    };
+    selected = rectangleBetween(pixel(selectedCorner1), pixel(selectedCorner2));
 }
 
 void PulsarGrafik::repaintPlot()
@@ -158,14 +443,17 @@ void PulsarGrafik::renewPicture()
     pictureIsStale = false;
     if (picture.size() != size() * ratio)
         picture = QImage(size() * ratio, QImage::Format_RGB32);
+    const Plot::View shown = view();
     if (ratio == 1) {
-        Plot::paintPlot(plotData, QRect(), picture);
+        Plot::paintCurves(plotData, shown, picture);
+        QPainter painter(&picture);
+        Plot::paintLabels(painter, plotData, shown);
         return;
     }
     QImage curves(size(), QImage::Format_RGB32);
-    Plot::paintCurves(plotData, curves);
+    Plot::paintCurves(plotData, shown, curves);
     picture.setDevicePixelRatio(ratio);
     QPainter painter(&picture);
     painter.drawImage(rect(), curves);
-    Plot::paintLabels(painter, plotData, size());
+    Plot::paintLabels(painter, plotData, shown);
 }

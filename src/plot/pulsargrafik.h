@@ -1,20 +1,24 @@
 #pragma once
 
 #include "plot/plotdata.h"
+#include "plot/plotgeometry.h"
+#include "plot/zoom.h"
 
 #include <QImage>
 #include <QMutex>
 #include <QPointF>
 #include <QRect>
 #include <QWidget>
+#include <optional>
 
-namespace Plot {
-struct View;
-}
-
-/// The line plot of the pulsar form: curves against their point index, rows of texts along the
-/// X axis, a coordinate read-out that follows the pointer, and a rectangle that the left mouse
-/// button draws. It shows what it is given and computes no data.
+/// The line plot of the forms: curves against their point index, rows of texts along the X axis,
+/// a coordinate read-out that follows the pointer, and a rectangle that the left mouse button
+/// draws. It shows what it is given and computes no data.
+///
+/// The wheel zooms X at the pointer, with Ctrl or over the Y axis Y, and with Shift moves along
+/// X; the middle button, or Space and the left one, drags. Enter zooms to the rectangle,
+/// Backspace goes back, Home shows all. A form that follows the part in sight connects
+/// viewChanged() and reads visibleRange(); one that steers it calls setVisibleX().
 class PulsarGrafik : public QWidget {
     Q_OBJECT
 
@@ -24,8 +28,10 @@ public:
 
     const PlotData &data() const { return plotData; }
 
-    /// Replaces everything that is shown and repaints. The vertical range is taken as it
-    /// comes; recomputeRange() fits it to the curves. The selection stays.
+    /// Replaces everything that is shown and repaints; move the data in, they may be large. The
+    /// vertical range is taken as it comes; recomputeRange() fits it to the curves. The
+    /// selection stays, and so does the zoom where the new data have as many X positions and
+    /// the same axes as the old.
     void setData(PlotData data);
 
     /// Sets yMin and yMax from the curves, see Plot::verticalRange, and repaints.
@@ -36,6 +42,35 @@ public:
 
     /// Shows an empty frame until the next setData().
     void clear();
+
+    /// What the plot shows, between its margins.
+    struct VisibleRange {
+        double first = 0;  ///< point index at the left edge; 0 when all is shown
+        double points = 1; ///< X positions from there to the right edge
+        Plot::Range y;     ///< values at the lower and the upper edge
+
+        bool operator==(const VisibleRange &other) const
+        {
+            return first == other.first && points == other.points && y == other.y;
+        }
+    };
+    VisibleRange visibleRange() const;
+
+    /// Shows these X positions, moved into the data where they reach beyond; as many as there
+    /// are or more show all. Calls in a row are one step of the way back.
+    void setVisibleX(double first, double points);
+    /// Shows these values, within the range that the curves have.
+    void setVisibleY(double min, double max);
+    /// Whether anything less than all is shown.
+    bool isZoomed() const { return !zoom.isNone(); }
+
+    /// What the selected rectangle holds, its edges in order; nothing when none is selected.
+    struct SelectedRange {
+        Plot::Range x; ///< point indices, with fraction
+        Plot::Range y;
+    };
+    std::optional<SelectedRange> selectedRange() const;
+    void clearSelection();
 
     /// The selected rectangle in pixels of the widget: its left upper corner, and as its size
     /// the way to the right lower one. Null when nothing is selected.
@@ -51,6 +86,13 @@ public:
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
+public slots:
+    void showAll();
+    /// Shows what the rectangle holds and removes it.
+    void zoomToSelection();
+    /// Goes back to what was shown before the last zoom or drag.
+    void showPrevious();
+
 signals:
     /// The pointer moved.
     /// @param coords  point index, with fraction, and value
@@ -62,23 +104,55 @@ signals:
     void blueRectangleReleased(QPointF corner1, QPointF corner2);
     /// A press and a release of the left button at one place, as index and value.
     void clicked(QPointF coords);
+    /// Another part of the data is shown, by hand, by a call or because the data changed.
+    void viewChanged(const PulsarGrafik::VisibleRange &range);
+    /// The rectangle was drawn, has been removed or stands for other data: see selectedRange().
+    void selectionChanged();
 
 protected:
     void mousePressEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void keyReleaseEvent(QKeyEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    enum Gesture { NoGesture, WheelX, WheelY, WheelPan, Drag, Keys, Call };
+
     Plot::View view() const;
+    void changeZoom(const Plot::Zoom &wanted, Gesture gesture);
+    void applyZoom(const Plot::Zoom &next);
+    void zoomX(double anchor, double factor, Gesture gesture);
+    void zoomY(double anchor, double factor, Gesture gesture);
+    void pan(double points, double values, Gesture gesture);
+    void beginPan(const QPoint &pixel);
+    void endPan();
+    void setSpaceHeld(bool held);
+    void announceView();
+    void select(const QRect &rectangle);
+    void anchorSelection();
+    void placeSelection();
     void repaintPlot();
     void renewPicture();
 
     PlotData plotData;
+    Plot::Zoom zoom;
+    Plot::ZoomHistory history;
+    VisibleRange announced;
     QRect selected;
+    // What the rectangle's corners stand for. All shown, the rectangle is a place on the widget
+    // and these follow it; zoomed, it is a piece of the data and the place follows.
+    QPointF selectedCorner1;
+    QPointF selectedCorner2;
     QPoint pressPoint;
     bool dragging = false;
-    QImage picture;             // all below the selection, as it was last painted
-    bool pictureIsStale = true; // the data changed since
+    bool spaceHeld = false;
+    std::optional<QPoint> panFrom; // where the pointer was, while it drags the plot
+    QImage picture;                // all below the selection, as it was last painted
+    bool pictureIsStale = true;    // the data changed since
     QMutex busy;
 };

@@ -27,7 +27,7 @@ inline void drawStraight(QPainter &painter, const Plot::View &view, const std::v
     const auto pixel = [&](size_t i) {
         return QPoint(Plot::xPixel(view, int(i)), Plot::yPixel(view, curve[i]));
     };
-    for (size_t i = 1; i < curve.size() && i < size_t(view.points); ++i)
+    for (size_t i = 1; i < curve.size() && i < size_t(view.allPoints); ++i)
         if (!std::isnan(curve[i - 1]) && !std::isnan(curve[i]))
             painter.drawLine(pixel(i - 1), pixel(i));
 }
@@ -37,7 +37,7 @@ inline void paintStraight(const PlotData &data, const QRect &selection, QImage &
 {
     PlotData bare; // ground and frame alone
     bare.messageMode = true;
-    Plot::paintCurves(bare, picture);
+    Plot::paintCurves(bare, {}, picture);
 
     QPainter painter(&picture);
     const Plot::View view = Plot::viewOf(data, picture.size());
@@ -49,9 +49,9 @@ inline void paintStraight(const PlotData &data, const QRect &selection, QImage &
             }
         painter.setPen(QColor(set == &data.graphs ? "black" : "lightGray"));
         if (view.y.min <= 0 && (set == &data.graphs || !set->empty()))
-            drawStraight(painter, view, std::vector<float>(size_t(view.points)));
+            drawStraight(painter, view, std::vector<float>(size_t(view.allPoints)));
     }
-    Plot::paintLabels(painter, data, picture.size());
+    Plot::paintLabels(painter, data, view);
     Plot::paintSelection(painter, selection);
 }
 

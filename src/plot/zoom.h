@@ -1,0 +1,68 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+/// Which part of a plot is shown, as plain arithmetic. Indices and values alike are ranges; where
+/// a range runs backwards (min above max) its results run backwards too.
+namespace Plot {
+
+struct Range {
+    double min = 0;
+    double max = 0;
+
+    double extent() const { return max - min; }
+};
+
+inline bool operator==(const Range &a, const Range &b)
+{
+    return a.min == b.min && a.max == b.max;
+}
+
+/// The part that is shown; nothing in a direction: all there is.
+struct Zoom {
+    std::optional<Range> x; ///< point indices at the left and the right edge of the plot
+    std::optional<Range> y; ///< values at its lower and its upper edge
+
+    bool isNone() const { return !x && !y; }
+};
+
+inline bool operator==(const Zoom &a, const Zoom &b)
+{
+    return a.x == b.x && a.y == b.y;
+}
+
+/// A range of at least the smallest and at most all of the extent, around the same middle as far
+/// as it can be, moved into `all`. What is no number becomes `all`.
+Range within(const Range &wanted, const Range &all, double smallest);
+
+/// The shown range made `factor` times as long, with `anchor` where it was on the screen.
+Range zoomedAt(const Range &shown, const Range &all, double anchor, double factor, double smallest);
+
+/// The shown range moved by a distance, which ends at the edges of `all`.
+Range panned(const Range &shown, const Range &all, double distance);
+
+/// The shortest range of values that can be shown: what a float and a label can still tell apart.
+double smallestExtent(const Range &values);
+
+/// What was shown before. Steps of one gesture count as one.
+class ZoomHistory {
+public:
+    /// Call before each change.
+    ///
+    /// @param gesture  number above 0 of what the user is doing; the same one as last time does
+    ///                 not make a new entry until endGesture()
+    void note(const Zoom &shown, int gesture);
+    void endGesture() { lastGesture = 0; }
+
+    bool isEmpty() const { return views.empty(); }
+    /// The view before the last gesture, which leaves the history; none where it is empty.
+    std::optional<Zoom> back();
+    void clear();
+
+private:
+    std::vector<Zoom> views;
+    int lastGesture = 0;
+};
+
+} // namespace Plot
