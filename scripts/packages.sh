@@ -8,6 +8,7 @@ font_packages=(fonts-liberation fonts-dejavu-core)
 run_packages=("${build_packages[@]}" "${font_packages[@]}")
 # The end-to-end test drives the built program in an X server of its own.
 test_packages=("${run_packages[@]}" libfftw3-dev liberfa-dev xvfb openbox xdotool imagemagick)
+package_packages=("${run_packages[@]}" dpkg-dev file help2man lintian)
 bench_packages=("${run_packages[@]}" libbenchmark-dev libfftw3-dev libqcustomplot-dev)
 
 say() { printf '%s\n' "$*" >&2; }
