@@ -1,7 +1,6 @@
 #include "plot/columnruns.h"
 
 #include "base/targetclones.h"
-#include "plot/extremes.h"
 
 #include <algorithm>
 #include <cmath>
@@ -26,8 +25,9 @@ int firstIndexFrom(const View &view, int column, int count)
 
 class Builder {
 public:
-    Builder(const View &plotView, const std::vector<float> &samples)
-        : view(plotView), clip(plotView.clip()), curve(samples),
+    Builder(const View &plotView, const std::vector<float> &samples,
+            const BlockExtremes &samplesInBlocks)
+        : view(plotView), clip(plotView.clip()), curve(samples), blocks(samplesInBlocks),
           count(std::min(plotView.allPoints, int(samples.size())))
     {
         runs.top.assign(size_t(view.plotWidth()), std::numeric_limits<int>::max());
@@ -40,7 +40,7 @@ public:
         addEdge(-1, begin);
         for (int column = 0; column < view.plotWidth() && begin < count; ++column) {
             const int end = firstIndexFrom(view, marginLeft + column + 1, count);
-            const Extremes found = extremes(&curve[size_t(begin)], size_t(end - begin));
+            const Extremes found = blocks.between(curve, size_t(begin), size_t(end));
             if (found.hasNan)
                 addBrokenColumn(column, begin, end);
             else if (end - begin > 1)
@@ -64,19 +64,49 @@ private:
         bottom = std::max({bottom, from, to});
     }
 
+    // Whether a whole block begins at the index and ends before `end`.
+    bool isBlock(int index, int end) const
+    {
+        constexpr int size = int(BlockExtremes::blockSize);
+        return index % size == 0 && end - index >= size && size_t(index / size) < blocks.count();
+    }
+
+    // The end of the stretch without NaN that begins at the index; its extremes are joined.
+    int stretchEnd(int index, int end, float &low, float &high) const
+    {
+        while (index < end) {
+            if (isBlock(index, end)) {
+                const Extremes block = blocks[size_t(index) / BlockExtremes::blockSize];
+                if (!block.hasNan) {
+                    low = std::min(low, block.low);
+                    high = std::max(high, block.high);
+                    index += int(BlockExtremes::blockSize);
+                    continue;
+                }
+            }
+            const float sample = curve[size_t(index)];
+            if (std::isnan(sample))
+                break;
+            low = std::min(low, sample);
+            high = std::max(high, sample);
+            ++index;
+        }
+        return index;
+    }
+
     // A column with NaN samples may hold several runs: one for each stretch of two points or
     // more between them.
     void addBrokenColumn(int column, int begin, int end)
     {
         const int x = marginLeft + column;
         for (int i = begin; i < end;) {
-            int next = i;
-            float low = curve[size_t(i)];
-            float high = low;
-            for (; next < end && !std::isnan(curve[size_t(next)]); ++next) {
-                low = std::min(low, curve[size_t(next)]);
-                high = std::max(high, curve[size_t(next)]);
+            if (isBlock(i, end) && blocks.isAllNan(size_t(i) / BlockExtremes::blockSize)) {
+                i += int(BlockExtremes::blockSize);
+                continue;
             }
+            float low = std::numeric_limits<float>::infinity();
+            float high = -low;
+            const int next = stretchEnd(i, end, low, high);
             if (next - i > 1)
                 runs.lines.append(QLine(x, yPixel(view, low), x, yPixel(view, high)));
             i = next + 1;
@@ -132,6 +162,7 @@ private:
     const View &view;
     const QRect clip;
     const std::vector<float> &curve;
+    const BlockExtremes &blocks;
     const int count;
     ColumnRuns runs;
 };
@@ -156,9 +187,10 @@ bool isDense(const View &view)
     return view.plotWidth() > 0 && view.plotHeight() > 0 && view.points > view.plotWidth();
 }
 
-ColumnRuns columnRuns(const View &view, const std::vector<float> &curve)
+ColumnRuns columnRuns(const View &view, const std::vector<float> &curve,
+                      const BlockExtremes &blocks)
 {
-    return Builder(view, curve).build();
+    return Builder(view, curve, blocks).build();
 }
 
 void fillRuns(QImage &picture, const ColumnRuns &runs, QRgb colour, const Rows &rows)

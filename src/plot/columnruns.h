@@ -1,5 +1,6 @@
 #pragma once
 
+#include "plot/blockextremes.h"
 #include "plot/plotgeometry.h"
 
 #include <QImage>
@@ -25,8 +26,10 @@ bool isDense(const View &view);
 /// have none. Samples beyond view.allPoints are not read. Of a zoomed view the lines are to be
 /// drawn within view.clip() and the runs to be filled in its rows.
 ///
-/// @param view  dense, see above
-ColumnRuns columnRuns(const View &view, const std::vector<float> &curve);
+/// @param view    dense, see above
+/// @param blocks  of the curve, or without blocks; they save time only
+ColumnRuns columnRuns(const View &view, const std::vector<float> &curve,
+                      const BlockExtremes &blocks);
 
 /// Rows of a picture, the last one included.
 struct Rows {

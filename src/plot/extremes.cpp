@@ -4,9 +4,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cmath>
-#include <cstdint>
-#include <limits>
 
 namespace Plot {
 
@@ -14,10 +11,9 @@ namespace {
 
 constexpr std::int32_t magnitudeBits = std::numeric_limits<std::int32_t>::max();
 
-// An integer in the order of the floats: negative ones count upwards from -NaN through
-// -infinity, positive ones up to infinity and beyond it NaN. Minimum and maximum of integers
-// are associative, so that the compiler may use vectors where it may not for floats.
-std::int32_t orderedKey(float value)
+// Minimum and maximum of integers are associative, so that the compiler may use vectors where it
+// may not for floats.
+std::int32_t keyOf(float value)
 {
     const auto bits = std::bit_cast<std::int32_t>(value);
     return bits ^ ((bits >> 31) & magnitudeBits);
@@ -31,24 +27,37 @@ float valueOfKey(std::int32_t key)
 
 } // namespace
 
-bool Extremes::finite() const
+std::int32_t orderedKey(float value)
 {
-    return !hasNan && std::isfinite(low) && std::isfinite(high);
+    return keyOf(value);
 }
 
 ZRT_TARGET_CLONES
-Extremes extremes(const float *samples, std::size_t count)
+ExtremeKeys extremeKeys(const float *samples, std::size_t count)
 {
-    std::int32_t low = std::numeric_limits<std::int32_t>::max();
-    std::int32_t high = std::numeric_limits<std::int32_t>::min();
+    ExtremeKeys keys;
+    std::int32_t low = keys.low;
+    std::int32_t high = keys.high;
     for (std::size_t i = 0; i < count; ++i) {
-        const std::int32_t key = orderedKey(samples[i]);
+        const std::int32_t key = keyOf(samples[i]);
         low = std::min(low, key);
         high = std::max(high, key);
     }
-    const float lowest = valueOfKey(low);
-    const float highest = valueOfKey(high);
+    keys.low = low;
+    keys.high = high;
+    return keys;
+}
+
+Extremes extremesOf(const ExtremeKeys &keys)
+{
+    const float lowest = valueOfKey(keys.low);
+    const float highest = valueOfKey(keys.high);
     return {lowest, highest, std::isnan(lowest) || std::isnan(highest)};
+}
+
+Extremes extremes(const float *samples, std::size_t count)
+{
+    return extremesOf(extremeKeys(samples, count));
 }
 
 } // namespace Plot

@@ -1,7 +1,5 @@
 #include "plot/plotgeometry.h"
 
-#include "plot/extremes.h"
-
 #include <algorithm>
 #include <cmath>
 
@@ -9,8 +7,8 @@ namespace Plot {
 
 namespace {
 
-constexpr float rangeFloor = -100000.0F;
-constexpr float rangeCeiling = 100000.0F;
+constexpr double rangeFloor = -100000;
+constexpr double rangeCeiling = 100000;
 constexpr double farAway = 1e9; // pixels, with room to spare below the largest int
 constexpr int yLabelSpacing = 50;
 constexpr int xLabelSpacing = 150;
@@ -24,23 +22,26 @@ int truncated(double pixel)
     return int(std::clamp(pixel, -farAway, farAway));
 }
 
-// Widens the range by the finite samples; only blocks with others are looked through one by one.
-void widen(const std::vector<float> &curve, float &min, float &max)
+void widen(Range &range, const Extremes &found)
 {
-    constexpr size_t blockSize = 4096;
+    range.min = std::min(range.min, double(found.low));
+    range.max = std::max(range.max, double(found.high));
+}
+
+// Widens the range by the finite samples; only blocks with others are looked through one by one.
+void widen(Range &range, const std::vector<float> &curve, const BlockExtremes &blocks)
+{
+    constexpr size_t blockSize = BlockExtremes::blockSize;
     for (size_t begin = 0; begin < curve.size(); begin += blockSize) {
         const size_t end = std::min(curve.size(), begin + blockSize);
-        const Extremes block = extremes(&curve[begin], end - begin);
+        const Extremes block = blocks.between(curve, begin, end);
         if (block.finite()) {
-            min = std::min(min, block.low);
-            max = std::max(max, block.high);
+            widen(range, block);
             continue;
         }
         for (size_t i = begin; i < end; ++i)
-            if (std::isfinite(curve[i])) {
-                min = std::min(min, curve[i]);
-                max = std::max(max, curve[i]);
-            }
+            if (std::isfinite(curve[i]))
+                widen(range, {curve[i], curve[i], false});
     }
 }
 
@@ -121,8 +122,7 @@ std::vector<Label> pointLabels(const View &view, const TextRow &texts, int every
     std::vector<Label> labels;
     if (texts.isEmpty())
         return labels;
-    for (const int offset : labelOffsets(view, every)) {
-        const int index = indexAtOffset(view, offset);
+    for (const auto &[offset, index] : labelPlaces(view, every)) {
         if (index < texts.count)
             labels.push_back({QPoint(marginLeft + offset, view.height - height), texts[index]});
     }
@@ -138,14 +138,20 @@ bool isPainted(const QSize &size)
 
 Range verticalRange(const PlotData &data)
 {
-    const auto &active = data.multiGraphs.empty() ? data.graphs : data.multiGraphs;
-    if (active.empty())
+    return verticalRange(data, {});
+}
+
+Range verticalRange(const PlotData &data, const CurveBlocks &blocks)
+{
+    const bool isMulti = !data.multiGraphs.empty();
+    const auto &curves = isMulti ? data.multiGraphs : data.graphs;
+    const auto &blocksOfCurves = isMulti ? blocks.multiGraphs : blocks.graphs;
+    if (curves.empty())
         return {0, 0};
-    float min = rangeCeiling;
-    float max = rangeFloor;
-    for (const auto &curve : active)
-        widen(curve, min, max);
-    return {min, max};
+    Range range{rangeCeiling, rangeFloor};
+    for (size_t i = 0; i < curves.size(); ++i)
+        widen(range, curves[i], i < blocksOfCurves.size() ? blocksOfCurves[i] : BlockExtremes());
+    return range;
 }
 
 View viewOf(const PlotData &data, const QSize &size)
@@ -292,13 +298,21 @@ int yDecimals(const View &view, int wanted)
     return std::max(wanted, int(std::clamp(std::ceil(-std::log10(betweenLabels)), 0.0, 20.0)));
 }
 
-std::vector<int> labelOffsets(const View &view, int every)
+std::vector<LabelPlace> labelPlaces(const View &view, int every)
 {
-    std::vector<int> offsets;
+    std::vector<LabelPlace> places;
     const qint64 spacing = qint64(std::max(1, every)) * xLabelSpacing;
-    for (qint64 offset = 0; offset < view.plotWidth(); offset += spacing)
-        offsets.push_back(int(offset));
-    return offsets;
+    for (qint64 offset = 0; offset < view.plotWidth(); offset += spacing) {
+        LabelPlace place{int(offset), indexAtOffset(view, int(offset))};
+        if (view.isZoomed) {
+            place.offset = xPixel(view, place.index) - marginLeft;
+            const bool isOutside = place.offset < 0 || place.offset > view.plotWidth();
+            if (isOutside || (!places.empty() && places.back().index == place.index))
+                continue;
+        }
+        places.push_back(place);
+    }
+    return places;
 }
 
 std::vector<Label> xLabels1(const View &view, const PlotData &data)
@@ -306,9 +320,8 @@ std::vector<Label> xLabels1(const View &view, const PlotData &data)
     if (const TextRow row(data, data.labelsX1, data.textX1); !row.isEmpty())
         return pointLabels(view, row, data.labelEvery1, 10);
     std::vector<Label> labels;
-    for (const int offset : labelOffsets(view, data.labelEvery1))
-        labels.push_back({QPoint(marginLeft + offset, view.height - 15),
-                          QString::number(indexAtOffset(view, offset))});
+    for (const auto &[offset, index] : labelPlaces(view, data.labelEvery1))
+        labels.push_back({QPoint(marginLeft + offset, view.height - 15), QString::number(index)});
     return labels;
 }
 
@@ -336,6 +349,21 @@ double axisValue(const PlotAxis &axis, double index)
     const auto before = size_t(inside);
     const size_t after = std::min(before + 1, values.size() - 1);
     return values[before] + (inside - double(before)) * (values[after] - values[before]);
+}
+
+double axisIndex(const PlotAxis &axis, double value)
+{
+    const std::vector<double> &values = axis.values;
+    if (values.empty())
+        return axis.step == 0 ? 0 : (value - axis.first) / axis.step;
+    const bool falls = values.back() < values.front();
+    const auto after = falls ? std::lower_bound(values.begin(), values.end(), value,
+                                                [](double a, double b) { return a > b; })
+                             : std::lower_bound(values.begin(), values.end(), value);
+    if (after == values.begin() || after == values.end())
+        return after == values.begin() ? 0 : double(values.size() - 1);
+    const auto before = after - 1;
+    return double(before - values.begin()) + (value - *before) / (*after - *before);
 }
 
 QVector<QString> labelsAt(const PlotData &data, double x)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "plot/blockextremes.h"
 #include "plot/plotdata.h"
 #include "plot/zoom.h"
 
@@ -63,6 +64,8 @@ bool isPainted(const QSize &size);
 /// keep that bound on the far side. NaN and infinite samples do not count; both are 0 when there
 /// are no curves.
 Range verticalRange(const PlotData &data);
+/// The same in less time, with the blocks of the data.
+Range verticalRange(const PlotData &data, const CurveBlocks &blocks);
 
 /// The view of the data in a widget of the given size. numPoints 0 becomes the length of the
 /// longest curve. A range of no extent, as a constant curve has, is widened to both sides by 1
@@ -116,8 +119,14 @@ std::vector<Label> yLabels(const View &view, int precision);
 /// Decimals of the Y labels: as wanted, or as many as tell neighbours apart in a zoomed view.
 int yDecimals(const View &view, int wanted);
 
-/// Distances from the left margin, in pixels, at which a row has its labels.
-std::vector<int> labelOffsets(const View &view, int every);
+/// Where a row of the X axis has a label: the point and its distance from the left margin, pixels.
+struct LabelPlace {
+    int offset = 0;
+    int index = 0;
+};
+
+/// The places of a row, every 150 x `every` pixels; in a zoomed view at the points nearest to them.
+std::vector<LabelPlace> labelPlaces(const View &view, int every);
 
 /// The rows of texts along the X axis, lowest first. Points without a text are left out.
 std::vector<Label> xLabels1(const View &view, const PlotData &data);
@@ -127,6 +136,8 @@ std::vector<Label> xLabels3(const View &view, const PlotData &data);
 /// Value that the X axis has at an index with fraction; straight lines between the points.
 /// Beyond the values of an unequally spaced axis the nearest one.
 double axisValue(const PlotAxis &axis, double index);
+/// The index, with fraction, of a value; the inverse where the values rise or fall steadily.
+double axisIndex(const PlotAxis &axis, double value);
 
 /// Texts of the point at `x`, as dataAt() gives it, from each row that has labels, "-" where the
 /// row has none for that point. The third row reads "-" at index 0.

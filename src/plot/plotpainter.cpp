@@ -30,6 +30,13 @@ void fillGround(QImage &picture, const Rows &rows)
     }
 }
 
+// Far zoomed in, the samples themselves are shown on the lines between them.
+bool showsSamples(const View &view)
+{
+    constexpr double apart = 8; // pixels
+    return view.isZoomed && view.step() >= apart;
+}
+
 // Draws a line for each pair of neighbouring points in sight, a few thousand at a time.
 void drawSegments(QPainter &painter, const View &view, const std::vector<float> &curve)
 {
@@ -49,19 +56,28 @@ void drawSegments(QPainter &painter, const View &view, const std::vector<float> 
         }
     }
     painter.drawLines(lines);
+    if (showsSamples(view))
+        for (int i = points.begin; i < points.end; ++i)
+            if (const float sample = curve[size_t(i)]; !std::isnan(sample))
+                painter.fillRect(xPixel(view, i) - 1, yPixel(view, sample) - 1, 3, 3,
+                                 painter.pen().color());
 }
 
 struct Curve {
     const std::vector<float> *samples;
+    const BlockExtremes *blocks;
     QColor colour;
 };
 
-std::vector<Curve> visibleCurves(const PlotData &data, const std::vector<std::vector<float>> &set)
+std::vector<Curve> visibleCurves(const PlotData &data, const std::vector<std::vector<float>> &set,
+                                 const std::vector<BlockExtremes> &blocks)
 {
+    static const BlockExtremes noBlocks;
     std::vector<Curve> curves;
-    for (int i = 0; i < int(set.size()); ++i)
-        if (isVisible(data, i))
-            curves.push_back({&set[size_t(i)], QColor(colourOf(data, i))});
+    for (size_t i = 0; i < set.size(); ++i)
+        if (isVisible(data, int(i)))
+            curves.push_back({&set[i], i < blocks.size() ? &blocks[i] : &noBlocks,
+                              QColor(colourOf(data, int(i)))});
     return curves;
 }
 
@@ -83,7 +99,7 @@ void paintCurve(QPainter &painter, QImage &picture, const View &view, const Curv
         drawSegments(painter, view, *curve.samples);
         return;
     }
-    const ColumnRuns runs = columnRuns(view, *curve.samples);
+    const ColumnRuns runs = columnRuns(view, *curve.samples, *curve.blocks);
     fillRuns(picture, runs, curve.colour.rgb(), clippedRows(view, {0, picture.height() - 1}));
     painter.drawLines(runs.lines);
 }
@@ -93,7 +109,7 @@ void paintCurve(QPainter &painter, QImage &picture, const View &view, const Curv
 QVector<QLine> fillGroundAndRuns(QImage &picture, const View &view, const Curve &curve)
 {
     constexpr int bandRows = 16;
-    const ColumnRuns runs = columnRuns(view, *curve.samples);
+    const ColumnRuns runs = columnRuns(view, *curve.samples, *curve.blocks);
     for (int first = 0; first < picture.height(); first += bandRows) {
         const Rows band{first, std::min(first + bandRows, picture.height()) - 1};
         fillGround(picture, band);
@@ -111,18 +127,6 @@ void paintZeroLine(QPainter &painter, const View &view, const char *colour)
     painter.drawLine(xPixel(view, 0), y, xPixel(view, view.allPoints - 1), y);
 }
 
-// On a box of translucent white, so that the text stays legible over curves.
-void paintLabel(QPainter &painter, const Label &label)
-{
-    if (label.text.isEmpty())
-        return;
-    const int width = painter.fontMetrics().horizontalAdvance(label.text) + 1;
-    const int x = label.position.x();
-    const int y = label.position.y();
-    painter.fillRect(x, y + 1 - 12, width, 12, QColor(255, 255, 255, 200));
-    painter.drawText(label.position, label.text);
-}
-
 // A text that would run over the right edge moves left until it just fits.
 void paintLabelRow(QPainter &painter, const View &view, const std::vector<Label> &labels)
 {
@@ -135,8 +139,8 @@ void paintLabelRow(QPainter &painter, const View &view, const std::vector<Label>
 
 void paintTicks(QPainter &painter, const View &view, int every)
 {
-    for (const int offset : labelOffsets(view, every)) {
-        const int x = marginLeft + offset;
+    for (const LabelPlace &place : labelPlaces(view, every)) {
+        const int x = marginLeft + place.offset;
         painter.drawLine(x, view.height - tickLength, x, view.height - 1);
         painter.drawLine(x, 0, x, tickLength - 1);
     }
@@ -151,6 +155,8 @@ void paintGrid(QPainter &painter, const View &view)
     }
 }
 
+} // namespace
+
 // The rows stand 15 pixels apart whatever size the application's font has.
 QFont labelFont()
 {
@@ -159,29 +165,36 @@ QFont labelFont()
     return font;
 }
 
-} // namespace
+void paintLabel(QPainter &painter, const Label &label)
+{
+    if (label.text.isEmpty())
+        return;
+    const int width = painter.fontMetrics().horizontalAdvance(label.text) + 1;
+    const int x = label.position.x();
+    const int y = label.position.y();
+    painter.fillRect(x, y + 1 - 12, width, 12, QColor(255, 255, 255, 200));
+    painter.drawText(label.position, label.text);
+}
 
-void paintPlot(const PlotData &data, const QRect &selection, QImage &picture)
+void paintPlot(const PlotData &data, const Zoom &zoom, const CurveBlocks &blocks, QImage &picture)
 {
     if (!isPainted(picture.size()))
         return;
-    const View view = viewOf(data, picture.size());
-    paintCurves(data, view, picture);
+    const View view = viewOf(data, picture.size(), zoom);
+    paintCurves(data, view, blocks, picture);
     QPainter painter(&picture);
     paintLabels(painter, data, view);
-    if (!data.messageMode)
-        paintSelection(painter, selection);
 }
 
-void paintCurves(const PlotData &data, const View &view, QImage &picture)
+void paintCurves(const PlotData &data, const View &view, const CurveBlocks &blocks, QImage &picture)
 {
     const Rows allRows{0, picture.height() - 1};
     if (data.messageMode) {
         fillGround(picture, allRows);
         return;
     }
-    const std::vector<Curve> lower = visibleCurves(data, data.multiGraphs);
-    const std::vector<Curve> upper = visibleCurves(data, data.graphs);
+    const std::vector<Curve> lower = visibleCurves(data, data.multiGraphs, blocks.multiGraphs);
+    const std::vector<Curve> upper = visibleCurves(data, data.graphs, blocks.graphs);
 
     const std::vector<Curve> &lowest = lower.empty() ? upper : lower;
     const bool lowestHasRuns = !lowest.empty() && hasRuns(view, lowest.front());
@@ -233,15 +246,6 @@ void paintLabels(QPainter &painter, const PlotData &data, const View &view)
     paintLabelRow(painter, view, xLabels3(view, data));
     if (data.markers.empty())
         paintGrid(painter, view);
-}
-
-void paintSelection(QPainter &painter, const QRect &selection)
-{
-    if (selection.isNull())
-        return;
-    painter.setPen(QColor("black"));
-    painter.setBrush(QColor(0, 50, 200, 100));
-    painter.drawRect(selection);
 }
 
 } // namespace Plot

@@ -1,21 +1,24 @@
 #pragma once
 
+#include "plot/blockextremes.h"
 #include "plot/plotgeometry.h"
 
+#include <QFont>
 #include <QImage>
-#include <QRect>
 
 class QPainter;
 
 /// Paints a plot onto a picture, without a widget. The functions below do so layer by layer;
-/// together, in their order, they are paintPlot().
+/// together, in their order, they are paintPlot(), and paintMarks() draws over it.
 namespace Plot {
 
 /// The whole plot. Nothing is painted when the picture is at most 100 x 100 pixels.
 ///
-/// @param selection  see paintSelection()
-/// @param picture    Format_RGB32 at device pixel ratio 1
-void paintPlot(const PlotData &data, const QRect &selection, QImage &picture);
+/// @param zoom     the part to show, within the data; see limitedZoom()
+/// @param blocks   of the data, or empty; with them long curves take a shorter way to the same
+///                 pixels
+/// @param picture  Format_RGB32 at device pixel ratio 1
+void paintPlot(const PlotData &data, const Zoom &zoom, const CurveBlocks &blocks, QImage &picture);
 
 /// White ground, frame, curves with the line of value 0, and markers. NaN samples leave a gap:
 /// the segments that meet one are not drawn. Infinite samples lie beyond every edge, so their
@@ -26,15 +29,18 @@ void paintPlot(const PlotData &data, const QRect &selection, QImage &picture);
 /// Of a zoomed view nothing is painted beyond the margins.
 ///
 /// @param picture  as above, of the view's size
-void paintCurves(const PlotData &data, const View &view, QImage &picture);
+void paintCurves(const PlotData &data, const View &view, const CurveBlocks &blocks,
+                 QImage &picture);
 
 /// Texts of both axes with their ticks, and the grid; or the message.
 ///
 /// @param view  in the painter's units
 void paintLabels(QPainter &painter, const PlotData &data, const View &view);
 
-/// The translucent rectangle from its left upper corner to the point its size away from there;
-/// one without width and height is not drawn.
-void paintSelection(QPainter &painter, const QRect &selection);
+/// The font of all texts of a plot.
+QFont labelFont();
+
+/// A text on a box of translucent white, so that it stays legible over curves.
+void paintLabel(QPainter &painter, const Label &label);
 
 } // namespace Plot

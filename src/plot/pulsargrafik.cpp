@@ -55,18 +55,20 @@ void PulsarGrafik::setData(PlotData data)
     const bool locked = busy.tryLock();
     const bool keepsZoom = haveSameAxes(plotData, data);
     plotData = std::move(data);
+    blocks = Plot::blocksOf(plotData);
     if (locked)
         busy.unlock();
     if (!keepsZoom) {
         history.clear();
         zoom = {};
+        removeMarks();
     }
     applyZoom(zoom);
 }
 
 void PulsarGrafik::recomputeRange()
 {
-    const Plot::Range range = Plot::verticalRange(plotData);
+    const Plot::Range range = Plot::verticalRange(plotData, blocks);
     plotData.yMin = range.min;
     plotData.yMax = range.max;
     // A zoom into values that the curves no longer have would show nothing.
@@ -136,7 +138,7 @@ void PulsarGrafik::showPrevious()
 
 std::optional<PulsarGrafik::SelectedRange> PulsarGrafik::selectedRange() const
 {
-    if (selected.width() == 0 || selected.height() == 0)
+    if (marks.selection.width() == 0 || marks.selection.height() == 0)
         return std::nullopt;
     const auto [left, right] = std::minmax(selectedCorner1.x(), selectedCorner2.x());
     const auto [low, high] = std::minmax(selectedCorner1.y(), selectedCorner2.y());
@@ -172,8 +174,8 @@ void PulsarGrafik::mousePressEvent(QMouseEvent *event)
         return;
     pressPoint = pixel;
     dragging = true;
-    if (!selected.isNull() &&
-        QRect(selected.topLeft(), oppositeCorner(selected)).contains(pressPoint)) {
+    if (!marks.selection.isNull() &&
+        QRect(marks.selection.topLeft(), oppositeCorner(marks.selection)).contains(pressPoint)) {
         emit blueRectangleClicked(selectedCorner1, selectedCorner2);
     } else {
         const bool had = selectedRange().has_value();
@@ -198,8 +200,12 @@ void PulsarGrafik::mouseMoveEvent(QMouseEvent *event)
     } else {
         history.endGesture();
     }
-    const QPointF coords = Plot::dataAt(view(), pixel);
-    emit coordsChanged(coords, Plot::labelsAt(plotData, coords.x()));
+    if (marks.readOut) {
+        marks.readOut.reset();
+        update();
+    }
+    pointed = Plot::dataAt(view(), pixel);
+    emit coordsChanged(pointed, Plot::labelsAt(plotData, pointed.x()));
     if (dragging && (event->buttons() & Qt::LeftButton))
         select(rectangleBetween(pressPoint, pixel));
 }
@@ -216,7 +222,7 @@ void PulsarGrafik::mouseReleaseEvent(QMouseEvent *event)
     const QPoint pixel = Plot::wholePixel(event->localPos());
     if (pixel == pressPoint)
         emit clicked(Plot::dataAt(view(), pixel));
-    if (selected.width() == 0 || selected.height() == 0)
+    if (marks.selection.width() == 0 || marks.selection.height() == 0)
         return;
     const QPointF offset(plotData.xOffset, 0);
     emit blueRectangleReleased(selectedCorner1 + offset, selectedCorner2 + offset);
@@ -250,28 +256,99 @@ void PulsarGrafik::wheelEvent(QWheelEvent *event)
 
 void PulsarGrafik::keyPressEvent(QKeyEvent *event)
 {
-    switch (event->key()) {
+    if (plotData.messageMode || !handleKey(*event))
+        QWidget::keyPressEvent(event);
+}
+
+// False for keys that are somebody else's.
+bool PulsarGrafik::handleKey(const QKeyEvent &event)
+{
+    const int key = event.key();
+    switch (key) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        if (!selectedRange()) { // the form runs its action
-            QWidget::keyPressEvent(event);
-            return;
-        }
+        if (!selectedRange())
+            return false;
         zoomToSelection();
-        break;
+        return true;
     case Qt::Key_Backspace:
         showPrevious();
-        break;
+        return true;
     case Qt::Key_Home:
         showAll();
-        break;
+        return true;
     case Qt::Key_Space:
-        if (!event->isAutoRepeat())
+        if (!event.isAutoRepeat())
             setSpaceHeld(true);
-        break;
+        return true;
+    case Qt::Key_Plus:
+    case Qt::Key_Equal:
+        zoomX(pointed.x(), 1 / zoomPerNotch, Keys);
+        return true;
+    case Qt::Key_Minus:
+        zoomX(pointed.x(), zoomPerNotch, Keys);
+        return true;
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+        stepReadOut(key == Qt::Key_Left ? -1 : 1);
+        return true;
+    case Qt::Key_1:
+    case Qt::Key_2:
+        marks.cursors[key == Qt::Key_1 ? 0 : 1] =
+            Plot::nearestSample(plotData, int(std::round(pointed.x())), pointed.y());
+        update();
+        return true;
+    case Qt::Key_H:
+        toggleHarmonics();
+        return Plot::isSpectrum(plotData);
+    case Qt::Key_Escape:
+        return removeMarks();
     default:
-        QWidget::keyPressEvent(event);
+        return false;
     }
+}
+
+void PulsarGrafik::stepReadOut(int way)
+{
+    const auto last = int(Plot::allOfX(plotData).max) - 1;
+    const int before = std::clamp(int(pointed.x()), 0, last);
+    if (!marks.readOut) // the pointer was nearest to this curve
+        if (const auto nearest = Plot::nearestSample(plotData, before, pointed.y()))
+            readOutCurve = nearest->curve;
+    const int index = std::clamp(before + way, 0, last);
+    const double value = Plot::valueAt(plotData, {readOutCurve, index});
+    marks.readOut = index;
+    pointed = QPointF(index, std::isnan(value) ? 0 : value);
+
+    const Plot::Range shown = view().x();
+    if (index < shown.min)
+        pan(index - shown.min - panPerNotch * shown.extent(), 0, Keys);
+    else if (index > shown.max)
+        pan(index - shown.max + panPerNotch * shown.extent(), 0, Keys);
+    update();
+    emit coordsChanged(pointed, Plot::labelsAt(plotData, index));
+}
+
+void PulsarGrafik::toggleHarmonics()
+{
+    constexpr double pointerAccuracy = 2; // pixels
+    if (marks.fundamental)
+        marks.fundamental.reset();
+    else if (Plot::isSpectrum(plotData))
+        marks.fundamental = Plot::peakFrequency(
+            plotData, pointed.x(), std::max(0.5, pointerAccuracy * dataPerPixel().x()));
+    update();
+}
+
+// False where there were none.
+bool PulsarGrafik::removeMarks()
+{
+    const bool had = marks.cursors[0] || marks.cursors[1] || marks.fundamental || marks.readOut;
+    const QRect selection = marks.selection;
+    marks = {};
+    marks.selection = selection;
+    update();
+    return had;
 }
 
 void PulsarGrafik::keyReleaseEvent(QKeyEvent *event)
@@ -282,8 +359,17 @@ void PulsarGrafik::keyReleaseEvent(QKeyEvent *event)
         QWidget::keyReleaseEvent(event);
 }
 
+void PulsarGrafik::focusInEvent(QFocusEvent *event)
+{
+    const Qt::FocusReason reason = event->reason();
+    showsFocus = reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason;
+    QWidget::focusInEvent(event);
+    update();
+}
+
 void PulsarGrafik::focusOutEvent(QFocusEvent *event)
 {
+    showsFocus = false;
     setSpaceHeld(false);
     QWidget::focusOutEvent(event);
 }
@@ -306,11 +392,13 @@ void PulsarGrafik::paintEvent(QPaintEvent * /*event*/)
         renewPicture();
     QPainter painter(this);
     painter.drawImage(0, 0, picture);
-    if (plotData.messageMode)
-        return;
-    if (isZoomed())
-        painter.setClipRect(view().clip());
-    Plot::paintSelection(painter, selected);
+    if (!plotData.messageMode)
+        Plot::paintMarks(painter, plotData, view(), marks);
+    if (showsFocus) {
+        painter.setPen(QPen(QColor("#0032C8"), 1));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRect(rect().adjusted(1, 1, -2, -2));
+    }
 }
 
 Plot::View PulsarGrafik::view() const
@@ -327,7 +415,7 @@ void PulsarGrafik::changeZoom(const Plot::Zoom &wanted, Gesture gesture)
     applyZoom(next);
 }
 
-// Also after new data: what is shown and what is selected is made to fit them.
+// Also after new data: what is shown and what is marks.selection is made to fit them.
 void PulsarGrafik::applyZoom(const Plot::Zoom &next)
 {
     const bool wasZoomed = isZoomed();
@@ -402,7 +490,7 @@ void PulsarGrafik::announceView()
 
 void PulsarGrafik::select(const QRect &rectangle)
 {
-    selected = rectangle;
+    marks.selection = rectangle;
     anchorSelection();
     update();
 }
@@ -411,8 +499,8 @@ void PulsarGrafik::select(const QRect &rectangle)
 void PulsarGrafik::anchorSelection()
 {
     const Plot::View shown = view();
-    selectedCorner1 = Plot::dataAt(shown, selected.topLeft());
-    selectedCorner2 = Plot::dataAt(shown, oppositeCorner(selected));
+    selectedCorner1 = Plot::dataAt(shown, marks.selection.topLeft());
+    selectedCorner2 = Plot::dataAt(shown, oppositeCorner(marks.selection));
 }
 
 // Moves the rectangle to where its data stand now.
@@ -426,7 +514,7 @@ void PulsarGrafik::placeSelection()
             int(std::round(std::clamp<double>(place.x(), -furthestPixel, furthestPixel))),
             int(std::round(std::clamp<double>(place.y(), -furthestPixel, furthestPixel))));
     };
-    selected = rectangleBetween(pixel(selectedCorner1), pixel(selectedCorner2));
+    marks.selection = rectangleBetween(pixel(selectedCorner1), pixel(selectedCorner2));
 }
 
 void PulsarGrafik::repaintPlot()
@@ -445,13 +533,13 @@ void PulsarGrafik::renewPicture()
         picture = QImage(size() * ratio, QImage::Format_RGB32);
     const Plot::View shown = view();
     if (ratio == 1) {
-        Plot::paintCurves(plotData, shown, picture);
+        Plot::paintCurves(plotData, shown, blocks, picture);
         QPainter painter(&picture);
         Plot::paintLabels(painter, plotData, shown);
         return;
     }
     QImage curves(size(), QImage::Format_RGB32);
-    Plot::paintCurves(plotData, shown, curves);
+    Plot::paintCurves(plotData, shown, blocks, curves);
     picture.setDevicePixelRatio(ratio);
     QPainter painter(&picture);
     painter.drawImage(rect(), curves);

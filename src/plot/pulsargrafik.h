@@ -2,6 +2,7 @@
 
 #include "plot/plotdata.h"
 #include "plot/plotgeometry.h"
+#include "plot/plotmarks.h"
 #include "plot/zoom.h"
 
 #include <QImage>
@@ -17,7 +18,9 @@
 ///
 /// The wheel zooms X at the pointer, with Ctrl or over the Y axis Y, and with Shift moves along
 /// X; the middle button, or Space and the left one, drags. Enter zooms to the rectangle,
-/// Backspace goes back, Home shows all. A form that follows the part in sight connects
+/// Backspace goes back, Home shows all. The keys 1 and 2 set cursors at the pointer, on a
+/// spectrum H shows the harmonics of the frequency there, Left and Right move the read-out from
+/// sample to sample, Esc removes all these. A form that follows the part in sight connects
 /// viewChanged() and reads visibleRange(); one that steers it calls setVisibleX().
 class PulsarGrafik : public QWidget {
     Q_OBJECT
@@ -74,7 +77,7 @@ public:
 
     /// The selected rectangle in pixels of the widget: its left upper corner, and as its size
     /// the way to the right lower one. Null when nothing is selected.
-    QRect selection() const { return selected; }
+    QRect selection() const { return marks.selection; }
 
     /// Change of index and value from one pixel to the next.
     QPointF dataPerPixel() const;
@@ -116,6 +119,7 @@ protected:
     void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void keyReleaseEvent(QKeyEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
@@ -132,6 +136,10 @@ private:
     void beginPan(const QPoint &pixel);
     void endPan();
     void setSpaceHeld(bool held);
+    bool handleKey(const QKeyEvent &event);
+    void stepReadOut(int way);
+    void toggleHarmonics();
+    bool removeMarks();
     void announceView();
     void select(const QRect &rectangle);
     void anchorSelection();
@@ -140,14 +148,18 @@ private:
     void renewPicture();
 
     PlotData plotData;
+    Plot::CurveBlocks blocks;
     Plot::Zoom zoom;
     Plot::ZoomHistory history;
     VisibleRange announced;
-    QRect selected;
+    Plot::Marks marks;
     // What the rectangle's corners stand for. All shown, the rectangle is a place on the widget
     // and these follow it; zoomed, it is a piece of the data and the place follows.
     QPointF selectedCorner1;
     QPointF selectedCorner2;
+    QPointF pointed;      // index and value that were read out last
+    int readOutCurve = 0; // that the arrow keys follow
+    bool showsFocus = false;
     QPoint pressPoint;
     bool dragging = false;
     bool spaceHeld = false;

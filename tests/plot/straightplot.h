@@ -1,6 +1,7 @@
 #pragma once
 
 #include "plot/plotgeometry.h"
+#include "plot/plotmarks.h"
 #include "plot/plotpainter.h"
 
 #include <QImage>
@@ -30,17 +31,25 @@ inline void drawStraight(QPainter &painter, const Plot::View &view, const std::v
     for (size_t i = 1; i < curve.size() && i < size_t(view.allPoints); ++i)
         if (!std::isnan(curve[i - 1]) && !std::isnan(curve[i]))
             painter.drawLine(pixel(i - 1), pixel(i));
+    if (!view.isZoomed || view.step() < 8)
+        return;
+    for (size_t i = 0; i < curve.size() && i < size_t(view.allPoints); ++i)
+        if (!std::isnan(curve[i]))
+            painter.fillRect(QRect(pixel(i) - QPoint(1, 1), QSize(3, 3)), painter.pen().color());
 }
 
 /// What Plot::paintPlot() paints of data without markers, with every curve drawn the plain way.
-inline void paintStraight(const PlotData &data, const QRect &selection, QImage &picture)
+inline void paintStraight(const PlotData &data, const Plot::Zoom &zoom, const QRect &selection,
+                          QImage &picture)
 {
     PlotData bare; // ground and frame alone
     bare.messageMode = true;
-    Plot::paintCurves(bare, {}, picture);
+    Plot::paintCurves(bare, {}, {}, picture);
 
     QPainter painter(&picture);
-    const Plot::View view = Plot::viewOf(data, picture.size());
+    const Plot::View view = Plot::viewOf(data, picture.size(), zoom);
+    if (view.isZoomed)
+        painter.setClipRect(view.clip());
     for (const auto *set : {&data.multiGraphs, &data.graphs}) {
         for (int curve = 0; curve < int(set->size()); ++curve)
             if (Plot::isVisible(data, curve)) {
@@ -48,9 +57,12 @@ inline void paintStraight(const PlotData &data, const QRect &selection, QImage &
                 drawStraight(painter, view, (*set)[size_t(curve)]);
             }
         painter.setPen(QColor(set == &data.graphs ? "black" : "lightGray"));
-        if (view.y.min <= 0 && (set == &data.graphs || !set->empty()))
-            drawStraight(painter, view, std::vector<float>(size_t(view.allPoints)));
+        const int zero = Plot::yPixel(view, 0);
+        const int last = Plot::xPixel(view, view.allPoints - 1);
+        if (view.y.min <= 0 && view.allPoints > 1 && (set == &data.graphs || !set->empty()))
+            painter.drawLine(Plot::xPixel(view, 0), zero, last, zero);
     }
+    painter.setClipping(false);
     Plot::paintLabels(painter, data, view);
     Plot::paintSelection(painter, selection);
 }

@@ -16,10 +16,14 @@ namespace {
 const QSize usualSize(690, 400); // leaves the curves 600 x 300
 const QRect selection(500, 300, 50, 50);
 
-QImage painted(const PlotData &data, const QSize &size = usualSize)
+QImage painted(const PlotData &data, const QSize &size = usualSize, const Plot::Zoom &zoom = {},
+               const Plot::CurveBlocks &blocks = {})
 {
     QImage picture(size, QImage::Format_RGB32);
-    Plot::paintPlot(data, selection, picture);
+    Plot::paintPlot(data, zoom, blocks, picture);
+    QPainter painter(&picture);
+    if (!data.messageMode)
+        Plot::paintSelection(painter, selection);
     return picture;
 }
 
@@ -69,6 +73,9 @@ void TestPlotPainter::sameAsStraight_data()
     add("NaN samples", dataOf({noise(5000, {NAN, -NAN})}));
     add("infinite samples", dataOf({noise(5000, {INFINITY, -INFINITY})}));
     add("NaN beside infinity", dataOf({noise(5000, {INFINITY, NAN}, 4)}));
+    std::vector<float> gaps = noise(70001, {NAN}, 3000);
+    std::fill(gaps.begin() + 9000, gaps.begin() + 31000, -NAN);
+    add("blocks with and without NaN, and all NaN", dataOf({gaps}, 0));
     add("spikes", dataOf({noise(5000, {1e30F})}));
     PlotData sets = dataOf({noise(2000), noise(900), noise(1999)}, 2000);
     sets.multiGraphs = {noise(1998), noise(1997), noise(1), noise(500)};
@@ -81,9 +88,17 @@ void TestPlotPainter::sameAsStraight()
 {
     QFETCH(PlotData, data);
     QFETCH(QSize, size);
-    QImage straight(size, QImage::Format_RGB32);
-    TestSupport::paintStraight(data, selection, straight);
-    QCOMPARE(painted(data, size), straight);
+    // all of it, and parts at fractions of a point with points in every column and with few
+    const double all = Plot::allOfX(data).max;
+    const Plot::Zoom parts[] = {{},
+                                {Plot::Range{all * 0.2137, all * 0.8853}, {}},
+                                {Plot::Range{0, all * 0.13}, Plot::Range{-20, 30.5}}};
+    for (const Plot::Zoom &zoom : parts) {
+        QImage straight(size, QImage::Format_RGB32);
+        TestSupport::paintStraight(data, zoom, selection, straight);
+        QCOMPARE(painted(data, size, zoom), straight);
+        QCOMPARE(painted(data, size, zoom, Plot::blocksOf(data)), straight);
+    }
 }
 
 // One pixel of each thing and of what lies over it; 150 pixels a point and 3 a unit.

@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QMouseEvent>
+#include <QPainter>
 #include <QSignalSpy>
 
 class TestPulsarGrafik : public QObject {
@@ -32,7 +33,10 @@ private:
     bool shows(const QRect &selection)
     {
         QImage picture(grafik.size(), QImage::Format_RGB32);
-        Plot::paintPlot(data, selection, picture);
+        Plot::paintPlot(data, {}, {}, picture);
+        QPainter painter(&picture);
+        Plot::paintSelection(painter, selection);
+        painter.end();
         return grafik.grab().toImage().convertToFormat(QImage::Format_RGB32) == picture;
     }
 

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "plot/plotgeometry.h"
+
+#include <QRect>
+#include <QStringList>
+#include <array>
+#include <optional>
+
+class QPainter;
+
+/// What the user lays over a plot: the selected rectangle, two cursors, the harmonics of a
+/// frequency and the point that the arrow keys read out. Positions are those of the data, so
+/// that they hold in every view; only the rectangle is in pixels.
+namespace Plot {
+
+/// A sample of a curve of the upper set, or of the lower one where there is no upper.
+struct Cursor {
+    int curve = 0;
+    int index = 0;
+};
+
+struct Marks {
+    QRect selection; ///< see paintSelection()
+    std::array<std::optional<Cursor>, 2> cursors;
+    std::optional<double> fundamental; ///< in the unit of the X axis
+    std::optional<int> readOut;        ///< point index
+};
+
+/// The curves that cursors and the read-out belong to.
+const std::vector<std::vector<float>> &markedCurves(const PlotData &data);
+
+/// The sample at a cursor; NaN where the data have none.
+double valueAt(const PlotData &data, const Cursor &cursor);
+
+/// The visible curve that passes nearest to the value at that index; nothing where none has a
+/// sample there.
+std::optional<Cursor> nearestSample(const PlotData &data, int index, double value);
+
+/// Whether X is a frequency, so that it has harmonics.
+bool isSpectrum(const PlotData &data);
+
+/// The frequency of the highest sample of the first visible curve within `reach` points of an
+/// index: a pixel may hold many lines of a spectrum, and the pointer means the one that is seen.
+double peakFrequency(const PlotData &data, double index, double reach);
+
+/// An X value with its unit and the digits that tell neighbouring points apart; the point's
+/// number where the axis has no name.
+QString axisText(const PlotData &data, double index);
+
+/// Both cursors, their difference and what one over it is, in up to two lines; empty without
+/// cursors.
+QStringList cursorTexts(const PlotData &data, const Marks &marks);
+
+/// The frequency whose harmonics are shown with its period; empty when none are.
+QString harmonicsText(const Marks &marks);
+
+/// A harmonic in sight: its number, from 1, and its place in pixels.
+struct Harmonic {
+    int number = 1;
+    double x = 0;
+};
+
+/// The harmonics in a view, at most one every three pixels: where they stand closer, only the
+/// fundamental.
+std::vector<Harmonic> harmonicsInSight(const PlotData &data, const View &view, double fundamental);
+
+/// Draws all marks over a painted plot.
+void paintMarks(QPainter &painter, const PlotData &data, const View &view, const Marks &marks);
+
+/// The translucent rectangle from its left upper corner to the point its size away from there;
+/// one without width and height is not drawn.
+void paintSelection(QPainter &painter, const QRect &selection);
+
+} // namespace Plot
