@@ -6,7 +6,7 @@
 
 namespace Tools {
 
-FoldedProfile fold(const double *samples, int count, double period, int bins)
+FoldedProfile fold(const double *samples, int count, double period, int bins, int firstSample)
 {
     FoldedProfile profile;
     profile.bins.assign(std::size_t(bins), 0.0);
@@ -16,7 +16,8 @@ FoldedProfile fold(const double *samples, int count, double period, int bins)
 
     for (int i = 0; i < count; ++i) {
         // Phase of the sample's begin and end, in bins. The end may lie in the next period.
-        const double begin = (i - std::floor(i / period) * period) * binsPerSample;
+        const double time = double(firstSample) + i;
+        const double begin = (time - std::floor(time / period) * period) * binsPerSample;
         const double end = begin + binsPerSample;
         for (double low = begin; low < end;) {
             const double bin = std::floor(low);

@@ -48,6 +48,7 @@ bool PulsarCalculate::run(const QString &action)
     refusal = "";
     refusedParameter = "";
     cancelled = false;
+    stretch = fixedPoints;
     fewestBands = sumBands;
     largestDispersion = 0;
     workingCopy.reset();
@@ -66,6 +67,7 @@ bool PulsarCalculate::run(const QString &action)
         {"sumAllDispersions", &PulsarCalculate::sumAllDispersions},
         {"sumMultiDispersions", &PulsarCalculate::sumMultiDispersions},
         {"sumTimeDispersions", &PulsarCalculate::sumTimeDispersions},
+        {"createFFA", &PulsarCalculate::createFFA},
     };
     for (const auto &[name, function] : actions) {
         if (action != name)
@@ -310,16 +312,16 @@ bool PulsarCalculate::acceptSelection(double dispersion)
         return refuse(QString("The passport gives a step of %1 ms (tresolution): delays and "
                               "frequencies cannot be computed.")
                           .arg(ReportText::general(data.tresolution * 1000)));
-    const int last = data.npoints - fixedPoints - 1;
+    const int last = data.npoints - stretch - 1;
     if (last < 0)
         return refuse(QString("The recording has %1 points; sums need more than %2.")
                           .arg(data.npoints)
-                          .arg(fixedPoints));
+                          .arg(stretch));
     if (parameters.firstPoint < 0 || parameters.firstPoint > last)
         return refuse(QString("First point %1 leaves no %2 points before the end of the "
                               "recording.\nAllowed: %3 to %4; %5.")
                           .arg(pointText(parameters.firstPoint))
-                          .arg(fixedPoints)
+                          .arg(stretch)
                           .arg(pointText(0), pointText(last), fullStartText(dispersion)),
                       "firstPoint");
     return true;
@@ -358,7 +360,7 @@ int PulsarCalculate::longestShift(double dispersion) const
 // recording is too short for one.
 int PulsarCalculate::lastFullStart(double dispersion) const
 {
-    const int last = data.npoints - fixedPoints - std::max(1, longestShift(dispersion));
+    const int last = data.npoints - stretch - std::max(1, longestShift(dispersion));
     return std::max(-1, last);
 }
 
@@ -373,7 +375,7 @@ int PulsarCalculate::pointsWithoutAllBands(double dispersion) const
                                    dispersion, data.tresolution);
         earliest = std::min(earliest, parameters.noise == "backSum" ? -std::abs(delay) : delay);
     }
-    return int(std::clamp(-std::round(earliest) - parameters.firstPoint, 0.0, double(fixedPoints)));
+    return int(std::clamp(-std::round(earliest) - parameters.firstPoint, 0.0, double(stretch)));
 }
 
 bool PulsarCalculate::acceptDispersion(double dispersion, const QString &parameter)

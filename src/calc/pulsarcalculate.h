@@ -8,12 +8,14 @@
 #include <memory>
 #include <vector>
 
-/// Runs one analysis action of the pulsar form on one recording and keeps its result.
+/// Runs one analysis action of the pulsar form or of the FFA form on one recording and keeps its
+/// result.
 class PulsarCalculate : public QObject {
     Q_OBJECT
 
 public:
-    /// Length, in points, of the stretch that every channel-summing action works on.
+    /// Length, in points, of the stretch that the channel-summing actions of the pulsar form work
+    /// on.
     static constexpr int fixedPoints = 16384;
     /// Bands that take part in a sum; the last of them is the reference.
     static constexpr int sumBands = 32;
@@ -34,6 +36,14 @@ public:
     /// Field of PulsarParameters that the refusal concerns; empty where there is none.
     const QString &failedParameter() const { return refusedParameter; }
     bool wasCancelled() const { return cancelled; }
+
+    /// Points that "createFFA" takes: those wanted, or what lies between the first point and the
+    /// end of the recording less the largest delay and one, so that every band is summed. Below
+    /// 1 where nothing does.
+    int ffaPoints() const;
+
+    /// Everything for which "createFFA" would refuse the parameters, in the order of the fields.
+    std::vector<FfaProblem> findProblems();
 
     /// Spectrum of the baseline-free sum: sum, averaging, transform.
     ///
@@ -87,7 +97,7 @@ public slots:
     void cancel() { cancelled = true; }
 
 private:
-    // The actions, in pulsaractions.cpp, pulsarnative.cpp and pulsarscans.cpp.
+    // The actions, in pulsaractions.cpp, pulsarffa.cpp, pulsarnative.cpp and pulsarscans.cpp.
     bool showNative();
     bool sumPeriod();
     bool sumChannelsAction();
@@ -97,6 +107,7 @@ private:
     bool sumAllDispersions();
     bool sumMultiDispersions();
     bool sumTimeDispersions();
+    bool createFFA();
 
     bool refuse(const QString &reason, const QString &parameter = {});
     bool goOn(int percent);
@@ -106,6 +117,7 @@ private:
     bool acceptDispersion(double dispersion, const QString &parameter = "dispersion");
     bool acceptSpectrum(int length);
     bool acceptHarmonic(int spectrumLength);
+    bool acceptNumbers(const std::vector<double> &series);
     int lastFullStart(double dispersion) const;
     int longestShift(double dispersion) const;
     int pointsWithoutAllBands(double dispersion) const;
@@ -139,6 +151,7 @@ private:
 
     ObservationData data;
     PulsarParameters parameters;
+    int stretch = fixedPoints; // of the running action
     int completeBands = 0;
     int fewestBands = sumBands;   // over all sums of the running action
     double largestDispersion = 0; // of the running action

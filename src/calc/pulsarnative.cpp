@@ -215,7 +215,7 @@ bool PulsarCalculate::deleteStepsForSums(double dispersion)
 {
     const int reach = longestShift(dispersion);
     const int begin = std::max(0, parameters.firstPoint - reach);
-    const qint64 end = qint64(parameters.firstPoint) + fixedPoints + reach;
+    const qint64 end = qint64(parameters.firstPoint) + stretch + reach;
     return deleteSteps(begin, int(std::min<qint64>(end, data.npoints)), 0, sumBands, dispersion);
 }
 

@@ -1,8 +1,12 @@
 #pragma once
 
+#include "calc/ffasearch.h"
+#include "ffa/periodogram.h"
+
 #include <QString>
 #include <QStringList>
 #include <array>
+#include <memory>
 #include <vector>
 
 /// What the pulsar form asks for, as typed.
@@ -16,7 +20,8 @@ struct PulsarParameters {
     QString startTime;       ///< UTC that gave the first point; empty: the point was typed
     double startDelta = 0;   ///< points between the starts of "sumTimeDispersions"; 0: a
                              ///< sixteenth of the recording
-    int points = 0;          ///< wanted length of "showNative" and "sumPeriod"; 0: their own
+    int points = 0;          ///< wanted length of "showNative", "sumPeriod" and "createFFA"; 0:
+                             ///< their own
     bool deleteStep = false; ///< take jumps of the level out of a working copy
     int averageCount = 0;    ///< halvings before the transform
     bool withNull = false;   ///< zero padding to double length
@@ -26,6 +31,7 @@ struct PulsarParameters {
     QString noise = "polinom5"; ///< "polinom5", "median", "backSum"; anything else: no baseline
     bool normalise = false;     ///< divide by sigma after the baseline is removed
     bool deductNoise = false;   ///< "sumChannelsDemoNoise": show the sum less its baseline
+    FfaParameters ffa;          ///< "createFFA"
 };
 
 /// What the X values of a result stand for: value i is first + i x step.
@@ -50,7 +56,14 @@ struct PulsarMultiResult {
     QStringList names;                      ///< one per curve
 };
 
-/// What the pulsar form shows of an action.
+/// A fast folding search with the series that it searched.
+struct FfaResult {
+    std::vector<double> series; ///< of mean 0 and sigma 1
+    double tsamp = 0;           ///< s
+    Periodogram periodogram;
+};
+
+/// What a form shows of an action.
 struct PulsarResult {
     std::vector<std::vector<float>> curves;
     std::vector<bool> visible; ///< one per curve: whether it is drawn
@@ -62,4 +75,5 @@ struct PulsarResult {
     QString description;      ///< what was computed, in the program's own texts
     QStringList remarks;      ///< what the user should know beside it, one paragraph each
     std::vector<PulsarMultiResult> multi; ///< where the action compares results: one per curve
+    std::shared_ptr<const FfaResult> ffa; ///< of "createFFA"
 };

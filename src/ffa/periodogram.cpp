@@ -106,6 +106,14 @@ bool runPeriodogram(const float *data, quint64 size, double tsamp, const quint64
     return true;
 }
 
+double searchBytes(quint64 size, double tsamp, double period_min, double period_max,
+                   qint32 bins_min, qint32 bins_max, const std::vector<quint64> &widths)
+{
+    const SearchPlan plan(size, tsamp, period_min, period_max, bins_min, bins_max);
+    return bytesNeeded(limitsOf(plan, bins_min), widths,
+                       periodogramLength(size, tsamp, period_min, period_max, bins_min, bins_max));
+}
+
 } // namespace Ffa
 
 Periodogram::Periodogram()

@@ -28,6 +28,11 @@ bool runPeriodogram(const float *data, quint64 size, double tsamp, const quint64
                     qint32 bins_max, double *periods, quint32 *foldbins, float *snr,
                     const Progress &progress = {});
 
+/// Bytes of memory that a search takes, its results included, as Periodogram checks them.
+/// Parameters must be valid.
+double searchBytes(quint64 size, double tsamp, double period_min, double period_max,
+                   qint32 bins_min, qint32 bins_max, const std::vector<quint64> &widths);
+
 } // namespace Ffa
 
 /// Result of one search of an evenly sampled series for periodic pulses with the fast folding

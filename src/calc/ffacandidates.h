@@ -1,0 +1,64 @@
+#pragma once
+
+#include "calc/pulsarresult.h"
+
+#include <QString>
+#include <functional>
+#include <vector>
+
+/// S/N over period, periods rising.
+struct FfaSpectrum {
+    std::vector<double> periods; ///< s
+    std::vector<float> snr;
+    std::vector<int> trials; ///< index of each in the periodogram
+};
+
+/// One peak of a search, its neighbours merged into it.
+struct FfaCandidate {
+    double period = 0; ///< s, topocentric
+    float snr = 0;     ///< of the best width
+    int width = 0;     ///< of the boxcar, bins
+    int bins = 0;      ///< of the fold
+    int base = -1;     ///< index of the stronger candidate that it is a harmonic of; -1: none
+    int multiple = 1;  ///< its period is multiple / divisor of that of the base
+    int divisor = 1;
+    double mains = 0;   ///< Hz, the mains frequency or its double that it consists of; 0: none
+    double foldSnr = 0; ///< of the series folded at exactly this period
+
+    double dutyCycle() const { return double(width) / bins; }
+    double widthSeconds() const { return dutyCycle() * period; }
+};
+
+namespace Tools {
+
+/// The periods of a search in rising order with their S/N.
+///
+/// @param width  index of the width to show; below 0: the best of each period
+FfaSpectrum sortedSpectrum(const Periodogram &periodogram, int width = -1);
+
+/// Peaks above a threshold, the strongest first.
+///
+/// A peak takes in its neighbours on both sides as long as they stay above the threshold and
+/// above a fifth of it without a gap of more than one turn of drift over the series (1/T in
+/// frequency, T the length). A peak whose period is p/q times that of a stronger one, p and q
+/// up to 16, within what the widths of the two pulses tell apart, is named as its harmonic:
+/// there the pulses fall on p phases, and the S/N is 1/sqrt(p q) of the stronger one's, the
+/// double at most.
+///
+/// A peak is marked as mains hum when more than half of the folded power lies in the harmonics
+/// of its period that are 50 or 60 Hz or the double, within 0.2 %, as the sampling shows them.
+///
+/// @param most      candidates to find
+/// @param progress  called with 0 to 100 before every candidate; false ends the list there
+std::vector<FfaCandidate> findCandidates(const FfaResult &result, double threshold, int most,
+                                         const std::function<bool(int percent)> &progress = {});
+
+/// "2 x no. 1", "3/2 x no. 1", "50 Hz mains", "folds to 3.1" where the folded series has less
+/// than half of the S/N; empty where there is nothing to remark.
+QString candidateRemark(const FfaCandidate &candidate);
+
+/// The table of candidates as text, one line each with tabs between the columns, below a line of
+/// titles with their units.
+QString candidateText(const std::vector<FfaCandidate> &candidates);
+
+} // namespace Tools

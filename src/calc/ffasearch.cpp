@@ -1,0 +1,246 @@
+#include "calc/ffasearch.h"
+
+#include "ffa/downsample.h"
+#include "ffa/ffaplan.h"
+#include "ffa/periodogram.h"
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+
+namespace Tools {
+
+namespace {
+
+constexpr double shortestPreset = 0.1; // s
+constexpr double longestPreset = 30;   // s
+
+// Times of one core at 3 GHz with AVX2, in ns: an addition of the transform, a bin of a profile
+// to sum up, and a bin at one width.
+constexpr double transformTime = 0.10;
+constexpr double sumTime = 0.30;
+constexpr double widthTime = 0.03;
+// A series sample in one downsampling.
+constexpr double downsamplingTime = 1.0;
+
+// Rounded to so many significant digits, towards plus or minus.
+double rounded(double value, int digits, bool up)
+{
+    const double unit = std::pow(10.0, std::floor(std::log10(value)) + 1 - digits);
+    const double slack = 1e-9; // a value that has the digits stays
+    return unit * (up ? std::ceil(value / unit - slack) : std::floor(value / unit + slack));
+}
+
+QString number(double value)
+{
+    return QString::number(value, 'g', 5);
+}
+
+// The engine's texts begin with the name of the parameter, the last of them after two words.
+QString parameterOf(const QString &message)
+{
+    return message.mid(message.startsWith("Must have: ") ? 11 : 0).section(' ', 0, 0);
+}
+
+// Values of noise of one standard deviation.
+struct NoiseValues {
+    double count = 0;
+    double sigma = 1;
+};
+
+double expectedMaximum(const std::vector<NoiseValues> &noise)
+{
+    double low = 0;
+    double high = 100;
+    for (int i = 0; i < 60; ++i) {
+        const double middle = (low + high) / 2;
+        double exponent = 0; // logarithm of the probability that all values are below
+        for (const NoiseValues &values : noise) {
+            const double tail = std::erfc(middle / values.sigma / std::sqrt(2.0)) / 2;
+            exponent += values.count * std::log1p(-tail);
+        }
+        (exponent < std::log(0.5264) ? low : high) = middle;
+    }
+    return (low + high) / 2;
+}
+
+// Values of a moving window in two halves.
+class MedianWindow {
+public:
+    void insert(double value)
+    {
+        (low.empty() || value <= *low.rbegin() ? low : high).insert(value);
+        balance();
+    }
+
+    void remove(double value)
+    {
+        auto &half = value <= *low.rbegin() ? low : high;
+        half.erase(half.find(value));
+        balance();
+    }
+
+    double median() const { return *low.rbegin(); }
+
+private:
+    // The lower half is as large as the upper one or one larger.
+    void balance()
+    {
+        if (low.size() > high.size() + 1)
+            high.insert(low.extract(std::prev(low.end())));
+        else if (low.size() < high.size())
+            low.insert(high.extract(high.begin()));
+    }
+
+    std::multiset<double> low;
+    std::multiset<double> high;
+};
+
+} // namespace
+
+FfaParameters presetFfa(int points, double tsamp)
+{
+    FfaParameters ffa;
+    const double shortest = std::max(ffa.bins_min * tsamp, shortestPreset);
+    const double longest = std::min(points * tsamp / ffa.fpmin, longestPreset);
+    if (!(tsamp > 0) || !(shortest < longest))
+        return ffa;
+    ffa.period_min = rounded(shortest, 2, true);
+    ffa.period_max = rounded(longest, 3, false);
+    ffa.rmed_width = rounded(3 * ffa.period_max, 2, true);
+    return ffa;
+}
+
+std::vector<FfaProblem> findFfaProblems(const FfaParameters &ffa, int points, double tsamp)
+{
+    std::vector<FfaProblem> problems;
+    const auto refuse = [&problems](const QString &parameter, const QString &text) {
+        const bool isKnown =
+            std::any_of(problems.begin(), problems.end(),
+                        [&](const FfaProblem &known) { return known.parameter == parameter; });
+        if (!isKnown)
+            problems.push_back({parameter, text});
+    };
+    const QString refusal =
+        Ffa::validateParameters(quint64(std::max(points, 0)), tsamp, ffa.period_min, ffa.period_max,
+                                ffa.bins_min, ffa.bins_max);
+    if (!refusal.isEmpty())
+        refuse(parameterOf(refusal), refusal);
+    const double length = points * tsamp;
+    if (ffa.fpmin < 1)
+        refuse("fpmin", "fpmin must be > 0");
+    else if (!(ffa.period_max <= length / ffa.fpmin))
+        refuse(
+            "period_max",
+            QString("period_max must be <= length / fpmin = %1 s").arg(number(length / ffa.fpmin)));
+    // A boxcar as wide as the profile has no S/N.
+    if (!(ffa.ducy_max > 0 && ffa.ducy_max < 1))
+        refuse("ducy_max", "ducy_max must be > 0 and < 1");
+    if (!(ffa.wtsp >= 1) || std::isinf(ffa.wtsp))
+        refuse("wtsp", "wtsp must be >= 1");
+    if (ffa.deredden) {
+        if (!(ffa.rmed_width >= 3 * tsamp && ffa.rmed_width <= length))
+            refuse("rmed_width",
+                   QString("rmed_width must be >= 3 points and <= length (%1 to %2 s)")
+                       .arg(number(3 * tsamp), number(length)));
+        if (ffa.rmed_minpts < 3)
+            refuse("rmed_minpts", "rmed_minpts must be >= 3");
+    }
+    if (problems.empty() && Ffa::periodogramLength(quint64(points), tsamp, ffa.period_min,
+                                                   ffa.period_max, ffa.bins_min, ffa.bins_max) == 0)
+        refuse("period_max", "No fold has two periods: no trial periods");
+    return problems;
+}
+
+FfaEstimate estimateFfa(const FfaParameters &ffa, int points, double tsamp)
+{
+    FfaEstimate estimate;
+    const auto widths = Ffa::trialWidths(ffa.bins_min, ffa.ducy_max, ffa.wtsp);
+    estimate.widths = int(widths.size());
+    const double perBin = sumTime + widthTime * estimate.widths;
+    double nanoseconds = 0;
+    std::vector<NoiseValues> noise;
+    const Ffa::SearchPlan plan(quint64(points), tsamp, ffa.period_min, ffa.period_max, ffa.bins_min,
+                               ffa.bins_max);
+    for (qint64 i = 0; const auto step = plan.step(i); ++i) {
+        nanoseconds += points * downsamplingTime;
+        double profileBins = 0; // of all trial periods of the step
+        for (int bins = ffa.bins_min; bins <= step->binsLast; ++bins) {
+            const Ffa::PlanFold fold = step->fold(bins);
+            const double rows = double(fold.rows);
+            nanoseconds += rows * bins * std::log2(rows) * transformTime +
+                           double(fold.evaluated) * bins * perBin;
+            estimate.trials += fold.evaluated;
+            profileBins += double(fold.evaluated) * bins;
+        }
+        const double f = step->factor;
+        const double v = Ffa::downsampledVariance(quint64(points), f);
+        for (const double w : widths)
+            noise.push_back({profileBins / w, std::sqrt(((w - 1) * f + v) / (w * v))});
+    }
+    estimate.seconds = nanoseconds * 1e-9;
+    estimate.noiseMaximum = expectedMaximum(noise);
+    // The result holds the S/N values twice, in the periodogram and as a curve; the series
+    // stands in double and in float, and summing it takes two more of it.
+    estimate.bytes = Ffa::searchBytes(quint64(points), tsamp, ffa.period_min, ffa.period_max,
+                                      ffa.bins_min, ffa.bins_max, {widths.begin(), widths.end()}) +
+                     double(estimate.trials) * estimate.widths * sizeof(float) +
+                     double(points) * (3 * sizeof(double) + sizeof(float));
+    return estimate;
+}
+
+std::vector<double> runningMedian(const std::vector<double> &values, int window)
+{
+    const int count = int(values.size());
+    const int half = window / 2;
+    std::vector<double> medians(values.size());
+    MedianWindow inside;
+    for (int i = 0; i < std::min(half, count); ++i)
+        inside.insert(values[std::size_t(i)]);
+    for (int i = 0; i < count; ++i) {
+        if (i < count - half)
+            inside.insert(values[std::size_t(i + half)]);
+        if (i > half)
+            inside.remove(values[std::size_t(i - half - 1)]);
+        medians[std::size_t(i)] = inside.median();
+    }
+    return medians;
+}
+
+bool deredden(std::vector<double> &values, double width, int minPoints)
+{
+    const int count = int(values.size());
+    if (!std::all_of(values.begin(), values.end(), [](double x) { return std::isfinite(x); }))
+        return false;
+    if (count == 0)
+        return true;
+    width = std::clamp(width, 1.0, double(count));
+    const int block = std::max(1, int(width / minPoints));
+    const int blocks = count / block;
+    // What is left over belongs to the last block.
+    const auto endOf = [=](int k) { return k + 1 == blocks ? count : (k + 1) * block; };
+    const auto centreOf = [=](int k) { return (k * block + endOf(k) - 1) / 2.0; };
+    std::vector<double> means(std::size_t(blocks), 0.0);
+    for (int k = 0; k < blocks; ++k) {
+        for (int i = k * block; i < endOf(k); ++i)
+            means[std::size_t(k)] += values[std::size_t(i)];
+        means[std::size_t(k)] /= endOf(k) - k * block;
+    }
+    const int window = int(width / block) | 1;
+    const std::vector<double> level = runningMedian(means, window);
+
+    int k = 0; // the block whose centre was passed last
+    for (int i = 0; i < count; ++i) {
+        while (k + 1 < blocks && centreOf(k + 1) <= i)
+            ++k;
+        double slow = level[std::size_t(k)];
+        if (i > centreOf(k) && k + 1 < blocks) {
+            const double part = (i - centreOf(k)) / (centreOf(k + 1) - centreOf(k));
+            slow += part * (level[std::size_t(k) + 1] - slow);
+        }
+        values[std::size_t(i)] -= slow;
+    }
+    return true;
+}
+
+} // namespace Tools

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <QString>
+#include <QtGlobal>
+#include <functional>
+#include <vector>
+
+/// What a fast folding search is asked for, as typed. Periods are topocentric.
+struct FfaParameters {
+    double period_min = 0.5; ///< s
+    double period_max = 10;  ///< s
+    int bins_min = 40;       ///< fewest phase bins of a fold
+    int bins_max = 80;
+    double ducy_max = 0.2;  ///< largest duty cycle, bounds the widths
+    double wtsp = 1.5;      ///< growth factor of the widths
+    int fpmin = 10;         ///< fewest periods in the series
+    bool deredden = true;   ///< subtract a running median
+    double rmed_width = 30; ///< s, its window
+    int rmed_minpts = 101;  ///< points of the decimated series in a window
+};
+
+/// Why a search cannot be made.
+struct FfaProblem {
+    QString parameter; ///< name of the field; empty where it concerns none
+    QString text;      ///< what is wrong and what is allowed
+};
+
+/// How large a search is, before any sample is touched.
+struct FfaEstimate {
+    quint64 trials = 0; ///< periods: rows of the periodogram
+    int widths = 0;     ///< its columns
+    double bytes = 0;   ///< of memory, the results included
+    double seconds = 0; ///< on one core of ordinary speed
+    /// Highest S/N that noise alone is expected to reach, see Tools::estimateFfa.
+    double noiseMaximum = 0;
+};
+
+namespace Tools {
+
+/// A search that suits a series of so many points: 40 to 80 bins; from the shortest period that
+/// has them, but 0.1 s at least, to 30 s or what `fpmin` periods leave room for; a running
+/// median of three of the longest periods.
+FfaParameters presetFfa(int points, double tsamp);
+
+/// Everything that forbids a search of a series, in the order of the fields; empty when it can
+/// be made. Memory is not looked at.
+///
+/// @param tsamp  s, above 0
+std::vector<FfaProblem> findFfaProblems(const FfaParameters &ffa, int points, double tsamp);
+
+/// Size of a search without problems, and what noise alone is expected to reach in it.
+///
+/// The highest of n independent values of unit Gaussian noise is expected where
+/// (1 - Q(x))^n = 0.5264, with the Gaussian tail Q (Chen & Tyler 1999, Commun. Stat. Simul.
+/// Comput. 28, 177). Trials are not independent: neighbouring periods, phases and widths share
+/// most of their samples. Every period of b bins counts as b/w values for each width w, the
+/// boxcars that fit side by side; simulated noise reaches that maximum on average within 0.1.
+///
+/// Downsampled values by a factor f that is not whole share samples at their ends. The S/N is
+/// that of independent ones of the variance v (Ffa::downsampledVariance), so that noise has
+/// not 1 but sqrt(((w - 1) f + v) / (w v)) for its standard deviation, which enters here.
+FfaEstimate estimateFfa(const FfaParameters &ffa, int points, double tsamp);
+
+/// Replaces each value by the median of the `window` values around it, of those that there are
+/// at the ends; the lower one of two. Time grows with the logarithm of the window.
+///
+/// @param window  odd, at least 1
+std::vector<double> runningMedian(const std::vector<double> &values, int window);
+
+/// Subtracts what is slow in a series: the running median of block means, interpolated linearly
+/// between the centres of the blocks and level outside them. Pulses much shorter than half of
+/// the window stay.
+///
+/// @param width      window in samples; more than the series counts as the series
+/// @param minPoints  block means in a window, at least 1; the blocks are as long as that allows
+/// @return false, with the values untouched, when one of them is no finite number
+bool deredden(std::vector<double> &values, double width, int minPoints);
+
+} // namespace Tools
