@@ -34,9 +34,12 @@ void fillCentralWidget(QWidget *form, QWidget *plot, QWidget *panel)
 {
     auto *const layout = new QHBoxLayout;
     layout->setContentsMargins(10, 10, 10, 10);
-    layout->addWidget(form, 0, Qt::AlignLeft);
-    if (plot)
+    if (plot) {
+        layout->addWidget(form, 0, Qt::AlignLeft);
         layout->addWidget(plot, 1);
+    } else {
+        layout->addWidget(form, 1);
+    }
     if (panel)
         layout->addWidget(panel, 0);
     Settings::instance()->ui().centralwidget->setLayout(layout);

@@ -7,6 +7,6 @@ class QWidget;
 void emptyCentralWidget();
 
 /// Shows a form in the emptied central widget: the form at its own width, the plot taking
-/// the room, the panel at its own width. The layout owns all three from here on. The keyboard
-/// reaches the plot after all fields of the two.
+/// the room, the panel at its own width. A form without a plot takes the room itself. The layout
+/// owns all three from here on. The keyboard reaches the plot after all fields of the two.
 void fillCentralWidget(QWidget *form, QWidget *plot, QWidget *panel);

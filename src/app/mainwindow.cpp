@@ -2,6 +2,7 @@
 
 #include "app/directoryof.h"
 #include "app/settings.h"
+#include "forms/calculator/calculatorform.h"
 #include "forms/pulsar/pulsarform.h"
 #include "forms/test/testform.h"
 
@@ -123,6 +124,11 @@ void MainWindow::openTestForm2()
     new TestForm("TestForm2", this);
 }
 
+void MainWindow::openCalculator()
+{
+    new CalculatorForm(this);
+}
+
 // The commands below are disabled in the menus until their forms exist.
 
 void MainWindow::openFileShowNative()
@@ -193,11 +199,6 @@ void MainWindow::openDirSumChannelsSimple()
 void MainWindow::openDirSumChannels()
 {
     sayNotBuilt("Sum channels");
-}
-
-void MainWindow::openCalculator()
-{
-    sayNotBuilt("Calculator");
 }
 
 void MainWindow::openFileArrays()

@@ -114,6 +114,20 @@ double searchBytes(quint64 size, double tsamp, double period_min, double period_
                        periodogramLength(size, tsamp, period_min, period_max, bins_min, bins_max));
 }
 
+void trialPeriods(quint64 size, double tsamp, double period_min, double period_max, qint32 bins_min,
+                  qint32 bins_max, double *periods, quint32 *foldbins)
+{
+    const SearchPlan plan(size, tsamp, period_min, period_max, bins_min, bins_max);
+    for (qint64 i = 0; const auto step = plan.step(i); ++i) {
+        for (qint64 b = bins_min; b <= step->binsLast; ++b) {
+            const PlanFold fold = step->fold(qint32(b));
+            writePeriods(fold, tsamp, step->factor, periods);
+            periods += fold.evaluated;
+            foldbins = std::fill_n(foldbins, fold.evaluated, quint32(b));
+        }
+    }
+}
+
 } // namespace Ffa
 
 Periodogram::Periodogram()

@@ -33,6 +33,14 @@ bool runPeriodogram(const float *data, quint64 size, double tsamp, const quint64
 double searchBytes(quint64 size, double tsamp, double period_min, double period_max,
                    qint32 bins_min, qint32 bins_max, const std::vector<quint64> &widths);
 
+/// The trial periods of a search and the bins of their folds, in the same order, without
+/// searching anything. Parameters must be valid.
+///
+/// @param periods   periodogramLength() values, in the unit of tsamp
+/// @param foldbins  as many
+void trialPeriods(quint64 size, double tsamp, double period_min, double period_max, qint32 bins_min,
+                  qint32 bins_max, double *periods, quint32 *foldbins);
+
 } // namespace Ffa
 
 /// Result of one search of an evenly sampled series for periodic pulses with the fast folding

@@ -5,6 +5,7 @@
 #include "app/errorbox.h"
 #include "app/settings.h"
 #include "data/reader.h"
+#include "forms/fieldstyles.h"
 #include "forms/pulsar/pulsartexts.h"
 #include "plot/plotgeometry.h"
 #include "plot/pulsargrafik.h"
@@ -17,8 +18,6 @@
 #include <algorithm>
 
 namespace {
-
-constexpr char failingStyle[] = "background-color: #f4cccc;";
 
 QString checkedButton(const QWidget *group)
 {
@@ -263,14 +262,14 @@ bool PulsarForm::readStart(PulsarParameters &parameters)
 
 void PulsarForm::markFailing(QWidget *field)
 {
-    field->setStyleSheet(failingStyle);
+    field->setStyleSheet(FieldStyles::failing);
 }
 
 void PulsarForm::clearMarks()
 {
     unreadableFields.clear();
     for (QWidget *field : findChildren<QWidget *>()) {
-        if (field->styleSheet() == failingStyle)
+        if (field->styleSheet() == FieldStyles::failing)
             field->setStyleSheet({});
     }
 }

@@ -1,0 +1,7 @@
+#pragma once
+
+#include <QString>
+
+/// Opens a recording in the form that shows one, in place of the form in the main window.
+/// That happens once the event loop runs again, so that a form may call this on itself.
+void openRecording(const QString &path);
