@@ -2,6 +2,7 @@
 
 #include "app/directoryof.h"
 #include "app/settings.h"
+#include "forms/bintotext/bintotext.h"
 #include "forms/calculator/calculatorform.h"
 #include "forms/pulsar/pulsarform.h"
 #include "forms/test/testform.h"
@@ -97,16 +98,22 @@ void MainWindow::connectActions()
         connect(action, &QAction::triggered, this, slot);
 }
 
-template <typename Form>
-void MainWindow::openFile()
+// Empty when the user cancels.
+QString MainWindow::askForFile()
 {
     Settings *const settings = Settings::instance();
     const QString path =
         QFileDialog::getOpenFileName(this, "Opening file", settings->lastOpenPath(), "");
-    if (path.isEmpty())
-        return;
-    settings->setLastOpenPath(directoryOf(path));
-    new Form(path, this);
+    if (!path.isEmpty())
+        settings->setLastOpenPath(directoryOf(path));
+    return path;
+}
+
+template <typename Form>
+void MainWindow::openFile()
+{
+    if (const QString path = askForFile(); !path.isEmpty())
+        new Form(path, this);
 }
 
 void MainWindow::openFileFourier()
@@ -127,6 +134,12 @@ void MainWindow::openTestForm2()
 void MainWindow::openCalculator()
 {
     new CalculatorForm(this);
+}
+
+void MainWindow::readBinToText()
+{
+    if (const QString path = askForFile(); !path.isEmpty())
+        convertBinaryToText(path, this);
 }
 
 // The commands below are disabled in the menus until their forms exist.
@@ -209,11 +222,6 @@ void MainWindow::openFileArrays()
 void MainWindow::openDirArrays()
 {
     sayNotBuilt("Show arrays - dir");
-}
-
-void MainWindow::readBinToText()
-{
-    sayNotBuilt("Read binary to text");
 }
 
 void MainWindow::sayNotBuilt(const QString &command)

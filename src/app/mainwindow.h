@@ -61,6 +61,7 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
+    QString askForFile();
     template <typename Form>
     void openFile();
     void connectActions();

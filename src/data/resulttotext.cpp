@@ -1,6 +1,8 @@
 #include "data/resulttotext.h"
 
 #include "base/debugline.h"
+#include "data/passport.h"
+#include "data/samplereader.h"
 
 #include <QDir>
 #include <QFile>
@@ -278,6 +280,25 @@ qint64 observationTextBytes(const ObservationData &data)
     for (int point = 0; point < points; ++point)
         appendPoint(text, data, point);
     return qint64(double(text.size()) / points * data.npoints);
+}
+
+qint64 recordingTextBytes(const QString &inPath)
+{
+    QFile in(inPath);
+    if (!in.open(QIODevice::ReadOnly))
+        return 0;
+    const RecordingHeader header = recordingHeader(readPassport(in), inPath);
+    ObservationData data = header.data;
+    if (!header.problem.isEmpty() || data.npoints < 1 || data.modules < 1)
+        return 0;
+    const qint64 perPoint = qint64(data.modules) * data.rays * data.channels;
+    data.npoints = int(std::clamp<qint64>(valuesOfLook / perPoint, 1, data.npoints));
+    const auto block = SampleBlock::allocate(data.modules, data.channels, data.rays, data.npoints);
+    if (!block)
+        return 0;
+    readSamples(in, {data.npoints, data.modules, data.channels, data.rays}, *block);
+    data.samples = Samples(block);
+    return qint64(double(observationTextBytes(data)) / data.npoints * header.data.npoints);
 }
 
 } // namespace Tools

@@ -59,4 +59,7 @@ QString observationToText(const ObservationData &data, const QString &path,
 /// About how many bytes observationToText will write, from a look at the first points.
 qint64 observationTextBytes(const ObservationData &data);
 
+/// The same for a recording that was not read yet; 0 for what is no recording.
+qint64 recordingTextBytes(const QString &inPath);
+
 } // namespace Tools

@@ -97,6 +97,12 @@ void CalculatorForm::connectInputs()
     connect(ui->ffa_bin_min, QOverload<int>::of(&QSpinBox::valueChanged), this, follow);
     connect(ui->ffa_tres, &QLineEdit::textChanged, this, follow);
 
+    for (QWidget *field : fieldsOf(this)) {
+        if (field->focusPolicy() != Qt::WheelFocus)
+            continue;
+        field->setFocusPolicy(Qt::StrongFocus);
+        field->installEventFilter(this);
+    }
     ui->cat2zrt_fileName->installEventFilter(this);
     ui->textInfo->installEventFilter(this);
 }
@@ -233,6 +239,11 @@ void CalculatorForm::keyPressEvent(QKeyEvent *event)
 
 bool CalculatorForm::eventFilter(QObject *watched, QEvent *event)
 {
+    // The wheel scrolls the panel; it must not change the values that pass under the pointer.
+    if (event->type() == QEvent::Wheel && watched != focusWidget()) {
+        event->ignore();
+        return true;
+    }
     if (watched == ui->cat2zrt_fileName && event->type() == QEvent::MouseButtonRelease &&
         static_cast<QMouseEvent *>(event)->button() == Qt::LeftButton &&
         !ui->cat2zrt_fileName->hasSelectedText()) // marked with the mouse, to be copied

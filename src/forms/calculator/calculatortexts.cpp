@@ -20,8 +20,8 @@ namespace {
 constexpr int timeZone = 4;         // hours; files are named in it
 constexpr double leastTres = 1e-05; // s
 constexpr int secondsPerHour = 3600;
-constexpr int columnsOfPeriods = 10;
-constexpr int digitsOfPeriods = 9; // tell neighbours apart in searches of 10000 rows
+constexpr int columnsOfPeriods = 8;
+constexpr int digitsOfPeriods = 7; // of the shortest; they tell neighbours apart
 
 const char badDelta[] = "Bad delta! Type delta in format hh:mm:ss or hh°mm′ss″<br>";
 
@@ -123,7 +123,7 @@ QString tableOf(const QStringList &cells)
     for (int i = 0; i < cells.size(); ++i) {
         if (i % columnsOfPeriods == 0)
             html += QString("</tr><tr><td bgcolor=#fff>%1</td>").arg(i);
-        html += "<td>" + cells[i] + "</td>";
+        html += "<td><nobr>" + cells[i] + "</nobr></td>";
     }
     return html + "</tr></table>";
 }
@@ -356,10 +356,12 @@ QString periodTables(const FfaParameters &search, const FfaInput &input, quint64
     std::vector<quint32> foldbins(rows);
     Ffa::trialPeriods(search.size, search.tres, search.periodMin, search.periodMax, input.binsMin,
                       input.binsMax, periods.data(), foldbins.data());
+    const int wholeDigits = int(std::floor(std::log10(search.periodMin))) + 1;
+    const int decimals = std::clamp(digitsOfPeriods - wholeDigits, 0, 15);
     QStringList periodCells;
     QStringList binCells;
     for (quint64 i = 0; i < rows; ++i) {
-        periodCells << QString::number(periods[i], 'g', digitsOfPeriods);
+        periodCells << QString::number(periods[i], 'f', decimals);
         binCells << QString::number(foldbins[i]);
     }
     return "<br>&nbsp;<p><b>Periods:</b></p>" + tableOf(periodCells) +
@@ -377,7 +379,9 @@ Answer ffaInfo(const FfaInput &input, bool withPeriods)
     Checks checks(name);
     checks.require(isSize, "ffa_poins", "Bad points! Type a whole number<br>");
     checks.require(!std::isnan(search.tres), "ffa_tres", "Bad tres!<br>");
-    checks.require(!std::isnan(search.periodMin), "ffa_period_min",
+    // It stays empty where it follows a tres that is none.
+    const bool isFollower = input.periodMin.isEmpty() && std::isnan(search.tres);
+    checks.require(isFollower || !std::isnan(search.periodMin), "ffa_period_min",
                    "Bad period min! Type a number of seconds<br>");
     checks.require(!std::isnan(search.periodMax), "ffa_period_max",
                    "Bad period max! Type a number of seconds<br>");

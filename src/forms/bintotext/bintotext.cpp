@@ -1,0 +1,229 @@
+#include "forms/bintotext/bintotext.h"
+
+#include "app/busyguard.h"
+#include "app/directoryof.h"
+#include "app/errorbox.h"
+#include "app/settings.h"
+#include "data/passport.h"
+#include "data/reader.h"
+#include "data/resulttotext.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLocale>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QSaveFile>
+#include <QStorageInfo>
+
+namespace {
+
+constexpr qint64 gigabyte = 1000000000;
+constexpr int eventsMs = 30;     // between two looks at pending events
+constexpr int messageMs = 15000; // that a line stays in the status bar
+
+QString sizeText(qint64 bytes)
+{
+    return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+}
+
+// A file that can be turned into text.
+struct Binary {
+    QString path;
+    bool isRecording = false; // else a result file
+    qint64 headerBytes = 0;   // before the samples of a recording
+    QString problem;          // why it is neither
+};
+
+Binary recognise(const QString &path)
+{
+    Binary binary;
+    binary.path = path;
+    const QString shown = QDir::toNativeSeparators(path);
+    QFile file(path);
+    // A pipe is refused before it is opened, for opening one waits for a writer.
+    if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) {
+        binary.problem = shown + " is not an ordinary file.";
+    } else if (!file.open(QIODevice::ReadOnly)) {
+        binary.problem = shown + " cannot be opened: " + file.errorString() + ".";
+    } else {
+        const Tools::ResultHeader header = Tools::readResultHeader(file);
+        const bool isResult = header.points > 0 || header.blocks >= 0;
+        file.seek(0);
+        const Passport passport = readPassport(file);
+        binary.isRecording = !isResult && passport.entries.contains("npoints");
+        binary.headerBytes = passport.size;
+        if (!isResult && !binary.isRecording)
+            binary.problem = shown + " is neither a recording (no \"npoints\" in a passport) nor a "
+                                     "result file (no \"points:\" in a header).";
+    }
+    return binary;
+}
+
+// Whether the user wants a text of that size; asked for large ones only.
+bool isSizeWanted(qint64 bytes, const QString &outPath, QWidget *window)
+{
+    if (bytes <= gigabyte)
+        return true;
+    const QString folder = QFileInfo(outPath).absolutePath();
+    const QString text = QString("The text will take about %1. %2 are free in %3.\nWrite it?")
+                             .arg(sizeText(bytes), sizeText(QStorageInfo(folder).bytesAvailable()),
+                                  QDir::toNativeSeparators(folder));
+    return QMessageBox::question(window, "Read binary to text", text,
+                                 QMessageBox::Yes | QMessageBox::Cancel,
+                                 QMessageBox::Cancel) == QMessageBox::Yes;
+}
+
+// Beside the input, or where a text was saved last; never the input itself.
+QString proposedPath(const QString &path)
+{
+    const QString folder = Settings::instance()->lastSavePath();
+    const QFileInfo in(path);
+    const QDir place = folder.isEmpty() ? in.dir() : QDir(folder);
+    const QString ending = in.suffix() == "txt" ? "_text.txt" : ".txt";
+    return place.filePath(in.completeBaseName() + ending);
+}
+
+// One conversion with its progress and its end by Esc.
+class Conversion {
+public:
+    explicit Conversion(const Binary &input) : binary(input)
+    {
+        QObject::connect(&guard, &BusyGuard::cancelRequested, [this] { isCancelled = true; });
+        sinceEvents.start();
+        bar->setValue(0);
+        bar->show();
+    }
+    ~Conversion()
+    {
+        bar->hide();
+        bar->setFormat("%p%");
+    }
+    Conversion(const Conversion &) = delete;
+    Conversion &operator=(const Conversion &) = delete;
+
+    // Empty on success, else what went wrong.
+    QString run(const QString &outPath)
+    {
+        if (!binary.isRecording) {
+            bar->setFormat("Writing %p%");
+            return Tools::resultToText(binary.path, outPath, progress(), cancelled());
+        }
+        bar->setFormat("Reading %p%");
+        ObservationData data = read();
+        if (isCancelled || !problem.isEmpty())
+            return problem;
+        bar->setFormat("Writing %p%");
+        return Tools::observationToText(data, outPath, progress(), cancelled());
+    }
+
+    bool wasCancelled() const { return isCancelled; }
+    QString remark() const { return shortness; }
+
+private:
+    // Only the points whose samples are all there: zeros are no samples.
+    ObservationData read()
+    {
+        Reader reader;
+        QObject::connect(&reader, &Reader::progress, bar, &QProgressBar::setValue);
+        QObject::connect(&guard, &BusyGuard::cancelRequested, &reader, &Reader::cancel);
+        ObservationData data = Reader::readDataFile(&reader, binary.path);
+        if (reader.outcome() == ReadOutcome::Short) {
+            const qint64 pointBytes =
+                qint64(data.modules) * data.rays * data.channels * qint64(sizeof(float));
+            const qint64 whole = (QFileInfo(binary.path).size() - binary.headerBytes) / pointBytes;
+            shortness = QString(" It holds the first %1 of %2 points: the recording ends early.")
+                            .arg(whole)
+                            .arg(data.npoints);
+            data.npoints = int(qBound<qint64>(0, whole, data.npoints));
+        }
+        if (data.npoints < 1 || data.samples == nullptr)
+            problem = "Bad file!\nFile without data\n" + reader.reason();
+        return data;
+    }
+
+    Tools::TextProgress progress()
+    {
+        return [this](int percent) { bar->setValue(percent); };
+    }
+
+    Tools::TextCancelled cancelled()
+    {
+        return [this] {
+            if (sinceEvents.elapsed() >= eventsMs) {
+                QCoreApplication::processEvents();
+                sinceEvents.restart();
+            }
+            return isCancelled;
+        };
+    }
+
+    const Binary binary;
+    QProgressBar *const bar = Settings::instance()->progressBar();
+    BusyGuard guard;
+    QElapsedTimer sinceEvents;
+    bool isCancelled = false;
+    QString problem;
+    QString shortness;
+};
+
+// What the system says about writing there; empty where nothing speaks against it.
+QString whyNotWritable(const QString &path)
+{
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly))
+        return {};
+    return QString("%1 cannot be written: %2. ")
+        .arg(QDir::toNativeSeparators(path), file.errorString());
+}
+
+void convert(const Binary &binary, const QString &outPath, QWidget *window)
+{
+    QString failure;
+    QString message;
+    {
+        Conversion conversion(binary);
+        failure = conversion.run(outPath);
+        message = conversion.wasCancelled()
+                      ? "Cancelled; nothing was written."
+                      : QString("%1 was written (%2).%3")
+                            .arg(QDir::toNativeSeparators(outPath),
+                                 sizeText(QFileInfo(outPath).size()), conversion.remark());
+        if (conversion.wasCancelled())
+            failure.clear();
+    }
+    if (failure.isEmpty())
+        Settings::instance()->ui().statusbar->showMessage(message, messageMs);
+    else
+        showError(window, failure,
+                  QString("%1No text was made of %2.")
+                      .arg(whyNotWritable(outPath), QDir::toNativeSeparators(binary.path)));
+}
+
+} // namespace
+
+void convertBinaryToText(const QString &path, QWidget *window)
+{
+    const Binary binary = recognise(path);
+    if (!binary.problem.isEmpty()) {
+        showError(window, binary.problem, "Choose a recording (.pnt or .pnthr) or a result file.");
+        return;
+    }
+    const QString outPath =
+        QFileDialog::getSaveFileName(window, "Saving text", proposedPath(path), "");
+    if (outPath.isEmpty())
+        return;
+    Settings::instance()->setLastSavePath(directoryOf(outPath));
+    if (QFileInfo(path) == QFileInfo(outPath)) {
+        showError(window, "The text would take the place of the file it is made of.",
+                  QDir::toNativeSeparators(path) + " was left as it is. Choose another name.");
+        return;
+    }
+    const qint64 bytes =
+        binary.isRecording ? Tools::recordingTextBytes(path) : Tools::resultTextBytes(path);
+    if (isSizeWanted(bytes, outPath, window))
+        convert(binary, outPath, window);
+}
