@@ -2,6 +2,8 @@
 
 #include "app/directoryof.h"
 #include "app/settings.h"
+#include "forms/arrays/arraysdirform.h"
+#include "forms/arrays/arraysform.h"
 #include "forms/bintotext/bintotext.h"
 #include "forms/calculator/calculatorform.h"
 #include "forms/pulsar/pulsarform.h"
@@ -116,9 +118,31 @@ void MainWindow::openFile()
         new Form(path, this);
 }
 
+template <typename Form>
+void MainWindow::openDirectory(const QString &caption)
+{
+    Settings *const settings = Settings::instance();
+    const QString path = QFileDialog::getExistingDirectory(this, caption, settings->lastOpenPath(),
+                                                           QFileDialog::ShowDirsOnly);
+    if (path.isEmpty())
+        return;
+    settings->setLastOpenPath(directoryOf(path));
+    new Form(path, this);
+}
+
 void MainWindow::openFileFourier()
 {
     openFile<PulsarForm>();
+}
+
+void MainWindow::openFileArrays()
+{
+    openFile<ArraysForm>();
+}
+
+void MainWindow::openDirArrays()
+{
+    openDirectory<ArraysDirForm>("directory");
 }
 
 void MainWindow::openTestForm1()
@@ -212,16 +236,6 @@ void MainWindow::openDirSumChannelsSimple()
 void MainWindow::openDirSumChannels()
 {
     sayNotBuilt("Sum channels");
-}
-
-void MainWindow::openFileArrays()
-{
-    sayNotBuilt("Show arrays - file");
-}
-
-void MainWindow::openDirArrays()
-{
-    sayNotBuilt("Show arrays - dir");
 }
 
 void MainWindow::sayNotBuilt(const QString &command)

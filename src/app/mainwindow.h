@@ -64,6 +64,8 @@ private:
     QString askForFile();
     template <typename Form>
     void openFile();
+    template <typename Form>
+    void openDirectory(const QString &caption);
     void connectActions();
     void showDocument(const QString &fileName);
     void sayNotBuilt(const QString &command);

@@ -1,6 +1,7 @@
 zrt_add_test(calc/channelsum unit zrt_calc)
 zrt_add_test(calc/approximation unit zrt_calc)
 zrt_add_test(calc/fourier unit zrt_calc)
+zrt_add_test(calc/seriesstatistics unit zrt_calc)
 zrt_add_test(calc/pulsarcalculate unit zrt_calc)
 zrt_add_test(calc/ffasearch unit zrt_calc)
 

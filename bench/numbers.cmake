@@ -1,0 +1,1 @@
+zrt_add_bench(numberfile zrt_calc)

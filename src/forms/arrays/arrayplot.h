@@ -1,0 +1,55 @@
+#pragma once
+
+#include "plot/plotdata.h"
+
+#include <QString>
+#include <memory>
+#include <vector>
+
+/// Curves of text files as a plot, and their statistics, without widgets.
+namespace ArrayPlot {
+
+/// One curve with its place among all that could be shown, which gives it its colour.
+struct Series {
+    QString name;
+    int index = 0;
+    std::vector<double> values;
+};
+
+/// What stands on the X axis.
+struct XAxis {
+    QString name; ///< empty: the index
+    std::vector<double> values;
+
+    bool isIndex() const { return values.empty(); }
+    /// Whether neighbouring values are equally far apart, to a millionth of the way.
+    bool isEven() const;
+};
+
+/// Points of every curve, from an index on.
+struct Stretch {
+    int first = 0;
+    int count = 0;
+};
+
+/// The whole points from one index with fraction to another, within 0 .. length; at least the
+/// nearest one where there is any.
+Stretch pointsBetween(double first, double last, int length);
+
+/// Length of the longest curve.
+int longest(const std::vector<Series> &series);
+
+/// A number with the digits that a reader needs.
+QString numberText(double value);
+
+/// The part of the values that lies in the stretch.
+std::vector<double> part(const std::vector<double> &values, const Stretch &stretch);
+
+/// The curves; the vertical range fits their finite values.
+PlotData plot(const std::vector<Series> &series, const std::shared_ptr<const XAxis> &x);
+
+/// How often values occur, a curve for each of the series, over parts of equal width of the
+/// range of all.
+PlotData histogramPlot(const std::vector<Series> &series, const Stretch &stretch, int bins);
+
+} // namespace ArrayPlot

@@ -1,0 +1,221 @@
+#include "forms/arrays/arraysdirform.h"
+
+#include "app/centralwidget.h"
+#include "app/errorbox.h"
+#include "forms/arrays/arrayreading.h"
+#include "forms/arrays/arraysform.h"
+#include "forms/arrays/arraysinfo.h"
+#include "plot/pulsargrafik.h"
+#include "ui_arraysdirform.h"
+
+#include <QCollator>
+#include <QEvent>
+#include <QScopedValueRollback>
+#include <QScrollBar>
+#include <algorithm>
+
+namespace {
+
+constexpr qint64 lookBytes = 1 << 20; // that a small picture is made of
+constexpr int seenRole = Qt::UserRole;
+constexpr int nameRole = Qt::UserRole + 1;
+constexpr char refusedColour[] = "#b00020";
+
+// One curve of a file: a column behind that of X, or a row where rows are series.
+ArrayPlot::Series curveOf(const NumberFile &file, int curve, bool firstIsX)
+{
+    const NumberTable &table = file.table;
+    if (file.rowsAreSeries)
+        return {{}, 0, curve < table.rows() ? table.row(curve) : std::vector<double>()};
+    const int column = curve + (firstIsX && ArrayReading::firstColumnRises(table) ? 1 : 0);
+    return {{}, 0, column < table.columns() ? table.column(column) : std::vector<double>()};
+}
+
+} // namespace
+
+ArraysDirForm::ArraysDirForm(const QString &path, QWidget *parent)
+    : QWidget(parent), ui(new Ui::ArraysDirForm), mainWindow(parent), directory(path)
+{
+    ui->setupUi(this);
+    ui->filePath->setText("Directory: " + QString(path).replace("/", "/ "));
+    emptyCentralWidget();
+    QStringList names = directory.entryList(QDir::Files);
+    QCollator inOrder(QLocale(QLocale::English)); // that of the C locale knows no numbers
+    inOrder.setNumericMode(true);                 // 2 before 10
+    std::sort(names.begin(), names.end(), inOrder);
+    if (names.isEmpty()) {
+        showError(parentWidget(), "Bad directory!\nDirectory without files",
+                  QDir::toNativeSeparators(path) + " holds no files that can be seen.");
+        deleteLater();
+        return;
+    }
+    grafik = new PulsarGrafik(this);
+    info = new ArraysInfo(grafik, this);
+    grafik->setObjectName("grafik");
+    fillCentralWidget(this, grafik, info);
+    listFiles(names);
+    showPicked();
+
+    lookTimer.setSingleShot(true);
+    connect(&lookTimer, &QTimer::timeout, this, &ArraysDirForm::lookAtNextFile);
+    connect(ui->files->verticalScrollBar(), &QScrollBar::valueChanged, this,
+            [this] { lookTimer.start(0); });
+    ui->files->viewport()->installEventFilter(this);
+    // Later, for the reading must not take the release of the mouse button from the list.
+    pickTimer.setSingleShot(true);
+    connect(&pickTimer, &QTimer::timeout, this, &ArraysDirForm::showPicked);
+    connect(ui->files, &QListWidget::itemSelectionChanged, &pickTimer, qOverload<>(&QTimer::start));
+    connect(ui->files, &QListWidget::itemActivated, this, &ArraysDirForm::openCurrent);
+    connect(ui->openButton, &QPushButton::clicked, this, &ArraysDirForm::openCurrent);
+    connect(ui->curve, QOverload<int>::of(&QSpinBox::valueChanged), this,
+            &ArraysDirForm::showPicked);
+    connect(ui->firstColumnIsX, &QCheckBox::clicked, this, &ArraysDirForm::showPicked);
+    ui->files->setFocus();
+    lookTimer.start(0);
+}
+
+ArraysDirForm::~ArraysDirForm() = default;
+
+bool ArraysDirForm::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Resize)
+        lookTimer.start(0);
+    return QWidget::eventFilter(watched, event);
+}
+
+void ArraysDirForm::listFiles(const QStringList &names)
+{
+    QPixmap empty(ui->files->iconSize());
+    empty.fill(Qt::white);
+    constexpr int gap = 4;
+    const int height = std::max(empty.height(), 2 * fontMetrics().lineSpacing()) + gap;
+    for (const QString &name : names) {
+        auto *const item = new QListWidgetItem(empty, name + "\n", ui->files);
+        item->setData(nameRole, name);
+        item->setSizeHint({1, height}); // as wide as the list, so that long texts are cut with dots
+    }
+    ui->files->setCurrentRow(0, QItemSelectionModel::NoUpdate);
+}
+
+// The first unseen file of those in view; the timer brings the next, so that keys and mouse
+// are heard in between.
+void ArraysDirForm::lookAtNextFile()
+{
+    const QRect view = ui->files->viewport()->rect();
+    const QListWidgetItem *const top = ui->files->itemAt(view.topLeft() + QPoint(1, 1));
+    for (int i = top ? ui->files->row(top) : 0; i < ui->files->count(); ++i) {
+        QListWidgetItem *const item = ui->files->item(i);
+        if (ui->files->visualItemRect(item).top() > view.bottom())
+            return;
+        if (item->data(seenRole).toBool())
+            continue;
+        describe(item, Tools::readNumberFile(directory.filePath(item->data(nameRole).toString()),
+                                             lookBytes));
+        lookTimer.start(0);
+        return;
+    }
+}
+
+void ArraysDirForm::describe(QListWidgetItem *item, const NumberFile &file)
+{
+    item->setData(seenRole, true);
+    const QString name = item->data(nameRole).toString();
+    if (!file.error.isEmpty()) {
+        const QString path = QDir::toNativeSeparators(directory.filePath(name));
+        const bool startsWithPath = file.error.startsWith(path);
+        item->setText(name + "\n" +
+                      (startsWithPath ? file.error.mid(path.size()).trimmed() : file.error));
+        item->setToolTip(file.error + "\n" + file.remarks.mid(0, 3).join("\n"));
+        item->setForeground(QColor(refusedColour));
+        return;
+    }
+    const NumberTable &table = file.table;
+    const QString more = file.isWhole ? "" : " or more";
+    item->setText(
+        QString("%1\n%2%3 x %4").arg(name).arg(table.rows()).arg(more).arg(table.columns()));
+    item->setToolTip(QString("%1\n%2%3 lines of up to %4 numbers")
+                         .arg(name)
+                         .arg(table.rows())
+                         .arg(more)
+                         .arg(table.columns()));
+    const ArrayPlot::Series first = curveOf(file, 0, true);
+    const qreal ratio = devicePixelRatioF();
+    QPixmap picture =
+        QPixmap::fromImage(ArrayReading::smallPicture(first.values, ui->files->iconSize() * ratio));
+    picture.setDevicePixelRatio(ratio);
+    item->setIcon(picture);
+}
+
+// False when the user stopped the reading.
+bool ArraysDirForm::readPicked()
+{
+    std::map<QString, NumberFile> wanted;
+    const QList<QListWidgetItem *> items = ui->files->selectedItems();
+    for (QListWidgetItem *item : items) {
+        const QString name = item->data(nameRole).toString();
+        if (const auto known = picked.find(name); known != picked.end()) {
+            wanted[name] = std::move(known->second);
+            continue;
+        }
+        NumberFile file = ArrayReading::readShowingProgress(directory.filePath(name));
+        if (file.wasCancelled) {
+            picked = std::move(wanted);
+            return false;
+        }
+        describe(item, file);
+        wanted[name] = std::move(file);
+    }
+    picked = std::move(wanted);
+    return true;
+}
+
+void ArraysDirForm::showPicked()
+{
+    if (reading)
+        return;
+    const QScopedValueRollback<bool> isReading(reading, true);
+    QStringList report;
+    if (!readPicked())
+        report << "The reading was stopped; not all picked files are shown.";
+    const int curve = ui->curve->value() - 1;
+    const bool firstIsX = ui->firstColumnIsX->isChecked();
+    std::vector<ArrayPlot::Series> series;
+    ArrayPlot::XAxis x;
+    for (const auto &[name, file] : picked) {
+        if (!file.error.isEmpty()) {
+            report << file.error;
+            continue;
+        }
+        ArrayPlot::Series one = curveOf(file, curve, firstIsX);
+        if (one.values.empty()) {
+            report << QString("%1 has no curve %2.").arg(name).arg(curve + 1);
+            continue;
+        }
+        if (series.empty() && firstIsX && !file.rowsAreSeries &&
+            ArrayReading::firstColumnRises(file.table)) {
+            x = {file.columnNames.value(0, "column 1"), file.table.column(0)};
+            report << "X is the first column of " + name + ".";
+        }
+        one.name = name;
+        one.index = int(series.size());
+        series.push_back(std::move(one));
+        for (const QString &remark : file.remarks)
+            report << name + ": " + remark;
+    }
+    const bool isEmpty = series.empty();
+    info->setSeries(std::move(series), std::move(x), {"directory: " + directory.path()});
+    if (isEmpty)
+        grafik->showMessage("Pick files in the list");
+    info->setReport(report);
+}
+
+// This form goes with the central widget, so not from within its own signal.
+void ArraysDirForm::openCurrent()
+{
+    const QListWidgetItem *const item = ui->files->currentItem();
+    if (!item)
+        return;
+    const QString path = directory.filePath(item->data(nameRole).toString());
+    QTimer::singleShot(0, mainWindow,
+                       [path, window = mainWindow] { new ArraysForm(path, window); });
+}

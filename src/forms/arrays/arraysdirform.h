@@ -1,0 +1,54 @@
+#pragma once
+
+#include "data/numberfile.h"
+#include "forms/arrays/arrayplot.h"
+
+#include <QDir>
+#include <QTimer>
+#include <QWidget>
+#include <map>
+#include <memory>
+
+class ArraysInfo;
+class PulsarGrafik;
+class QListWidgetItem;
+namespace Ui {
+class ArraysDirForm;
+}
+
+/// The text files of numbers in a directory: a list with small pictures, and one curve of each
+/// picked file together in the plot. A file that holds no numbers stands in the list with the
+/// reason.
+///
+/// Construction takes over the central widget. A directory without files is reported in a box;
+/// the central widget then stays empty and the form deletes itself.
+class ArraysDirForm : public QWidget {
+    Q_OBJECT
+
+public:
+    /// @param path    full path of the directory
+    /// @param parent  the main window
+    ArraysDirForm(const QString &path, QWidget *parent);
+    ~ArraysDirForm() override;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void listFiles(const QStringList &names);
+    void lookAtNextFile();
+    void describe(QListWidgetItem *item, const NumberFile &file);
+    void showPicked();
+    bool readPicked();
+    void openCurrent();
+
+    const std::unique_ptr<Ui::ArraysDirForm> ui;
+    QWidget *const mainWindow;
+    const QDir directory;
+    PulsarGrafik *grafik = nullptr;
+    ArraysInfo *info = nullptr;
+    std::map<QString, NumberFile> picked; // by file name
+    QTimer lookTimer;                     // looks at the files in view, one at a time
+    QTimer pickTimer;
+    bool reading = false;
+};

@@ -1,0 +1,201 @@
+#include "forms/arrays/arraysform.h"
+
+#include "app/centralwidget.h"
+#include "app/errorbox.h"
+#include "forms/arrays/arrayreading.h"
+#include "forms/arrays/arraysinfo.h"
+#include "forms/arrays/greypicture.h"
+#include "forms/pulsar/pulsartexts.h"
+#include "plot/pulsargrafik.h"
+#include "ui_arraysform.h"
+
+#include <QSignalBlocker>
+#include <QStackedWidget>
+
+namespace {
+
+constexpr int mostCurves = 10000; // in the list
+constexpr int mostDrawn = 100;    // at once
+constexpr int drawnAtFirst = 10;
+
+QPixmap colourSquare(int curve, int size)
+{
+    QPixmap square(size, size);
+    square.fill(QColor(plotColour(curve).code));
+    return square;
+}
+
+} // namespace
+
+ArraysForm::ArraysForm(const QString &filePath, QWidget *parent)
+    : QWidget(parent), ui(new Ui::ArraysForm), path(filePath)
+{
+    ui->setupUi(this);
+    ui->filePath->setText(FormTexts::fileLabel(path));
+    emptyCentralWidget();
+    file = ArrayReading::readShowingProgress(path);
+    if (file.wasCancelled || !file.error.isEmpty()) {
+        if (!file.wasCancelled)
+            showError(parentWidget(), "Bad file!\nFile without numbers",
+                      file.error + "\n" + file.remarks.mid(0, 3).join("\n"));
+        deleteLater();
+        return;
+    }
+    stack = new QStackedWidget(this);
+    grafik = new PulsarGrafik;
+    picture = new GreyPicture;
+    info = new ArraysInfo(grafik, this);
+    grafik->setObjectName("grafik");
+    picture->setObjectName("picture");
+    picture->setTable(&file.table);
+    stack->addWidget(grafik);
+    stack->addWidget(picture);
+    offerWhatThereIs();
+    fillCentralWidget(this, stack, info);
+    connectInputs();
+    fillCurveList();
+    ui->curves->setFocus();
+}
+
+ArraysForm::~ArraysForm() = default;
+
+void ArraysForm::offerWhatThereIs()
+{
+    const NumberTable &table = file.table;
+    const bool isEven = table.count() == table.rows() * table.columns();
+    ui->size->setText(isEven ? QString("%1 x %2 numbers").arg(table.rows()).arg(table.columns())
+                             : QString("%1 lines of up to %2 numbers, %3 in all")
+                                   .arg(table.rows())
+                                   .arg(table.columns())
+                                   .arg(table.count()));
+    const auto refuse = [](QWidget *choice, const QString &why) {
+        choice->setEnabled(false);
+        choice->setToolTip(why);
+    };
+    if (table.rows() > mostCurves)
+        refuse(ui->showRows, QString("Only up to %1 lines").arg(mostCurves));
+    if (table.columns() > mostCurves)
+        refuse(ui->showColumns, QString("Only up to %1 columns").arg(mostCurves));
+    if (table.columns() < 2 || table.rows() < 2)
+        refuse(ui->showPicture, "Only of several lines with several numbers");
+    const bool byRows =
+        ui->showRows->isEnabled() && (file.rowsAreSeries || !ui->showColumns->isEnabled());
+    (byRows ? ui->showRows : ui->showColumns)->setChecked(true);
+    ui->firstColumnIsX->setChecked(ArrayReading::firstColumnRises(table));
+}
+
+void ArraysForm::connectInputs()
+{
+    for (const QRadioButton *button : {ui->showColumns, ui->showRows})
+        connect(button, &QRadioButton::clicked, this, &ArraysForm::fillCurveList);
+    connect(ui->showPicture, &QRadioButton::clicked, this, &ArraysForm::showPicture);
+    connect(ui->firstColumnIsX, &QCheckBox::clicked, this, &ArraysForm::fillCurveList);
+    connect(ui->curves, &QListWidget::itemChanged, this, &ArraysForm::showCurves);
+    connect(ui->allButton, &QPushButton::clicked, this, [this] { checkCurves(true); });
+    connect(ui->noneButton, &QPushButton::clicked, this, [this] { checkCurves(false); });
+    connect(picture, &GreyPicture::pointed, this, [this](qint64 row, qint64 column, double value) {
+        info->setCoordsText(QString("Line: %1   Index: %2\nValue: %3")
+                                .arg(row)
+                                .arg(column)
+                                .arg(ArrayPlot::numberText(value)));
+    });
+}
+
+// Columns before this one are no curves.
+int ArraysForm::firstCurveColumn() const
+{
+    const bool hasX = ui->showColumns->isChecked() && ui->firstColumnIsX->isChecked();
+    return hasX && file.table.columns() > 1 ? 1 : 0;
+}
+
+int ArraysForm::curveCount() const
+{
+    const NumberTable &table = file.table;
+    return ui->showRows->isChecked() ? int(table.rows())
+                                     : int(table.columns()) - firstCurveColumn();
+}
+
+QString ArraysForm::curveName(int curve) const
+{
+    if (ui->showRows->isChecked())
+        return (file.header.isEmpty() ? "line " : "block ") + QString::number(curve + 1);
+    const int column = curve + firstCurveColumn();
+    return file.columnNames.value(column, "column " + QString::number(column + 1));
+}
+
+void ArraysForm::fillCurveList()
+{
+    {
+        const QSignalBlocker blocker(ui->curves);
+        ui->curves->clear();
+        const int side = fontMetrics().ascent();
+        for (int curve = 0; curve < curveCount(); ++curve) {
+            auto *const item =
+                new QListWidgetItem(colourSquare(curve, side), curveName(curve), ui->curves);
+            item->setCheckState(curve < drawnAtFirst ? Qt::Checked : Qt::Unchecked);
+        }
+        ui->curves->setCurrentRow(0);
+    }
+    ui->groupBox_curves->setEnabled(true);
+    ui->firstColumnIsX->setEnabled(ui->showColumns->isChecked() && file.table.columns() > 1);
+    info->setPointsEnabled(true);
+    stack->setCurrentWidget(grafik);
+    showCurves();
+}
+
+void ArraysForm::checkCurves(bool all)
+{
+    {
+        const QSignalBlocker blocker(ui->curves);
+        for (int i = 0; i < ui->curves->count(); ++i)
+            ui->curves->item(i)->setCheckState(all ? Qt::Checked : Qt::Unchecked);
+    }
+    showCurves();
+}
+
+void ArraysForm::showCurves()
+{
+    const NumberTable &table = file.table;
+    const bool byRows = ui->showRows->isChecked();
+    QStringList report;
+    std::vector<ArrayPlot::Series> series;
+    int checked = 0;
+    for (int curve = 0; curve < ui->curves->count(); ++curve) {
+        if (ui->curves->item(curve)->checkState() != Qt::Checked || ++checked > mostDrawn)
+            continue;
+        series.push_back({curveName(curve), curve,
+                          byRows ? table.row(curve) : table.column(curve + firstCurveColumn())});
+    }
+    if (checked > mostDrawn)
+        report << QString("%1 curves are checked, the first %2 of them are drawn.")
+                      .arg(checked)
+                      .arg(mostDrawn);
+    ArrayPlot::XAxis x;
+    if (firstCurveColumn() > 0) {
+        x = {file.columnNames.value(0, "column 1"), table.column(0)};
+        if (!x.isEven())
+            report << "X is not equally spaced: the points are drawn one step apart, the lower "
+                      "labels give their X.";
+    }
+    info->setSeries(std::move(series), std::move(x), {"file: " + path});
+    showReport(report);
+}
+
+void ArraysForm::showPicture()
+{
+    ui->groupBox_curves->setEnabled(false);
+    ui->firstColumnIsX->setEnabled(false);
+    info->setPointsEnabled(false);
+    stack->setCurrentWidget(picture);
+    info->setSeries({{"all", 0, file.table.all()}}, {}, {"file: " + path});
+    showReport({"A line of the file is a row of the picture: black is the smallest value, white "
+                "the largest, red no number."});
+}
+
+void ArraysForm::showReport(const QStringList &lines)
+{
+    QStringList report = file.remarks + lines;
+    if (!file.header.isEmpty())
+        report << "Header:" << file.header;
+    info->setReport(report);
+}

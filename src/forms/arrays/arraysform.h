@@ -1,0 +1,51 @@
+#pragma once
+
+#include "data/numberfile.h"
+#include "forms/arrays/arrayplot.h"
+
+#include <QWidget>
+#include <memory>
+
+class ArraysInfo;
+class GreyPicture;
+class PulsarGrafik;
+class QStackedWidget;
+namespace Ui {
+class ArraysForm;
+}
+
+/// One text file of numbers: its columns or lines as curves, or all of it as a grey picture,
+/// with statistics and histogram of the shown part.
+///
+/// Construction empties the central widget, reads the file and installs the form. A file
+/// without numbers is reported in a box; the central widget then stays empty and the form
+/// deletes itself. The same, without a box, when the user stops the reading.
+class ArraysForm : public QWidget {
+    Q_OBJECT
+
+public:
+    /// @param path    full path
+    /// @param parent  the main window
+    ArraysForm(const QString &path, QWidget *parent);
+    ~ArraysForm() override;
+
+private:
+    void offerWhatThereIs();
+    void connectInputs();
+    void fillCurveList();
+    void checkCurves(bool all);
+    void showCurves();
+    void showPicture();
+    void showReport(const QStringList &lines);
+    int firstCurveColumn() const;
+    int curveCount() const;
+    QString curveName(int curve) const;
+
+    const std::unique_ptr<Ui::ArraysForm> ui;
+    const QString path;
+    NumberFile file;
+    QStackedWidget *stack = nullptr;
+    PulsarGrafik *grafik = nullptr;
+    GreyPicture *picture = nullptr;
+    ArraysInfo *info = nullptr;
+};

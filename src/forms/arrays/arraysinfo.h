@@ -1,0 +1,54 @@
+#pragma once
+
+#include "forms/arrays/arrayplot.h"
+
+#include <QPointF>
+#include <QTimer>
+#include <QWidget>
+#include <memory>
+
+class PulsarGrafik;
+namespace Ui {
+class ArraysInfo;
+}
+
+/// The panel beside curves of text files: which points are shown, coordinates under the
+/// pointer, statistics and histogram of the shown or selected points, and a report.
+class ArraysInfo : public QWidget {
+    Q_OBJECT
+
+public:
+    /// @param grafik  plot whose pointer and blue rectangle are followed; outlives the panel
+    explicit ArraysInfo(PulsarGrafik *grafik, QWidget *parent = nullptr);
+    ~ArraysInfo() override;
+
+    /// Shows these curves in the plot. Its zoom stays where they are as long as those before.
+    void setSeries(std::vector<ArrayPlot::Series> series, ArrayPlot::XAxis x,
+                   const QStringList &source);
+    /// Off where there is no plot whose points could be chosen.
+    void setPointsEnabled(bool enabled);
+    void setReport(const QStringList &lines);
+    void setCoordsText(const QString &text);
+
+public slots:
+    void changePoints();
+    void resetPoints();
+
+protected:
+    /// Enter in a field shows the points.
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    void setCoords(QPointF coords, const QVector<QString> &labels);
+    ArrayPlot::Stretch visiblePoints() const;
+    void showPoints();
+    void showStatistics();
+    void copyTable() const;
+
+    const std::unique_ptr<Ui::ArraysInfo> ui;
+    PulsarGrafik *const plot;
+    std::vector<ArrayPlot::Series> shown;
+    std::shared_ptr<const ArrayPlot::XAxis> axis;
+    int length = 0;
+    QTimer statisticsTimer; // one computation for many changes
+};

@@ -1,0 +1,167 @@
+#include "data/numberfile.h"
+
+#include "support/testmain.h"
+
+#include <QTemporaryDir>
+#include <QtEndian>
+#include <cmath>
+
+namespace {
+
+// Rows as "1 2|3 nan".
+QString textOf(const NumberTable &table)
+{
+    QStringList rows;
+    for (qint64 row = 0; row < table.rows(); ++row) {
+        QStringList numbers;
+        for (const double value : table.row(row))
+            numbers << QString::number(value);
+        rows << numbers.join(" ");
+    }
+    return rows.join("|");
+}
+
+QByteArray resultHeader(int points, int blocks)
+{
+    return QString("disp: 26\npoints: %1\ntype: float\nfirst_point: 58000\ndays: %2\n")
+        .arg(points)
+        .arg(blocks)
+        .toUtf8();
+}
+
+QByteArray floats(const std::vector<float> &values)
+{
+    QByteArray bytes;
+    for (const float value : values) {
+        char four[sizeof(float)];
+        qToLittleEndian(value, four);
+        bytes.append(four, sizeof(float));
+    }
+    return bytes;
+}
+
+} // namespace
+
+class TestNumberFile : public QObject {
+    Q_OBJECT
+
+private slots:
+    void read_data();
+    void read();
+    void refused_data();
+    void refused();
+    void longFile();
+    void limitAndCancel();
+
+private:
+    QString file(const QByteArray &bytes)
+    {
+        QFile out(folder.filePath("numbers.txt"));
+        if (!out.open(QIODevice::WriteOnly) || out.write(bytes) != bytes.size())
+            qFatal("cannot write %s", qPrintable(out.fileName()));
+        return out.fileName();
+    }
+
+    QTemporaryDir folder;
+};
+
+void TestNumberFile::read_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("table");
+    QTest::addColumn<QString>("remarks"); // parts of them, in order, one a line
+    QTest::addColumn<QString>("names");
+    const auto row = [](const char *name, const QByteArray &bytes, const QString &table,
+                        const QString &remarks = {}, const QString &names = {}) {
+        QTest::newRow(name) << bytes << table << remarks << names;
+    };
+    row("one column, no last line end", "1\n-2.5e3\n+3", "1|-2500|3");
+    row("rows end with a blank, one row is empty", "1 2 \n\n 3\t4 \r\n", "1 2|3 4");
+    row("marks keep the columns", "1, 2;3\n4,,5\n;6,\n", "1 2 3|4 nan 5|nan 6");
+    row("no numbers", "1\nabc\n2 x3\n0x10\n4+5\n+-1\n7\n", "1|7",
+        "Line 2 skipped: \"abc\"\nLine 3 skipped: \"x3\"\nLine 4 \nLine 5 \nLine 6 ");
+    row("bad word in the middle drops the row", "1 2\n3 x 4\n5 6\n", "1 2|5 6", "Line 2 ");
+    row("beyond the range", "1e999\n2\n", "2", "Line 1 skipped: \"1e999\" is beyond");
+    row("nan and inf are numbers", "nan\n-inf\n", "nan|-inf");
+    row("names of columns", "about\n# time, flux\n1 2\n3 4\nend\n", "1 2|3 4",
+        "Line 1 skipped\nLine 5 skipped", "time flux");
+    row("title that is no names", "my data of today\n1 2\n", "1 2", "Line 1 skipped");
+    row("rows of different length", "1\n2 3\n4\n5 6 7\n", "1|2 3|4|5 6 7");
+    const QString blocks = "1 2 3|4 5 6";
+    row("result file as text", resultHeader(3, 2) + "1\n2\n3\n4\n5\n6\n", blocks);
+    row("result file of floats", resultHeader(3, 2) + floats({1, 2, 3, 4, 5, 6}), blocks);
+    row("result file that promises more", resultHeader(3, 2) + "1\n2\n3\n4\n", "1 2 3|4",
+        "promises 2 blocks of 3 values, the file has 4");
+    row("bad line behind a header", resultHeader(3, 1) + "1\n2\nx\n3\n", "1 2 3", "Line 8 skipped");
+}
+
+void TestNumberFile::read()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, remarks);
+    QFETCH(QString, names);
+    const NumberFile found = Tools::readNumberFile(file(bytes));
+    QCOMPARE(found.error, QString());
+    QTEST(textOf(found.table), "table");
+    QCOMPARE(found.columnNames.join(" "), names);
+    const QStringList parts = remarks.split('\n', Qt::SkipEmptyParts);
+    QVERIFY2(found.remarks.size() == parts.size(), qPrintable(found.remarks.join("; ")));
+    for (int i = 0; i < parts.size(); ++i)
+        QVERIFY2(found.remarks[i].contains(parts[i]), qPrintable(found.remarks[i]));
+    for (qint64 row = 0; row < found.table.rows(); ++row) {
+        const std::vector<double> numbers = found.table.row(row);
+        QVERIFY(std::isnan(found.table.at(row, qint64(numbers.size()))));
+        QVERIFY(!(found.table.column(0)[std::size_t(row)] < numbers[0]));
+    }
+}
+
+void TestNumberFile::refused_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("error");
+    QTest::newRow("empty") << QByteArray() << "is empty";
+    QTest::newRow("words only") << QByteArray("hello\nworld\n") << "has no line of numbers";
+    QTest::newRow("binary") << QByteArray("numpar 3\nnpoints 2\n\0\0\1", 22) << "binary data";
+    QTest::newRow("short block") << resultHeader(3, 2) + floats({1, 2, 3, 4}) << "Block 2 of 2 in ";
+    QTest::newRow("impossible counts")
+        << QByteArray("points: 2000000000\ntype: float\ndays: 99999999999999999999\n\1\2\3\4")
+        << "Block 1 of ";
+}
+
+void TestNumberFile::refused()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, error);
+    const QString path = file(bytes);
+    const QString found = Tools::readNumberFile(path).error;
+    QVERIFY2(found.contains(error) && found.contains(path), qPrintable(found));
+}
+
+// Words lie across the pieces in which the file is read.
+void TestNumberFile::longFile()
+{
+    constexpr int count = 400000;
+    QByteArray bytes;
+    for (int i = 0; i < count; ++i)
+        bytes += QByteArray::number(i * 1.25, 'f', 3) + (i % 4 == 3 ? '\n' : ' ');
+    bytes.insert(bytes.size() / 2, "\n" + QByteArray(3 << 20, 'x') + "\n");
+    const NumberFile found = Tools::readNumberFile(file(bytes));
+    QCOMPARE(found.error, QString());
+    QCOMPARE(found.remarks.size(), 1);
+    QVERIFY(found.table.count() >= count);
+    QVERIFY(found.table.count() <= count + 1); // the long word may have parted a number
+    QCOMPARE(found.table.all().front(), 0.0);
+    QCOMPARE(found.table.all().back(), (count - 1) * 1.25);
+}
+
+void TestNumberFile::limitAndCancel()
+{
+    const QString path = file("1 2\n3 4\n5 6\n");
+    const NumberFile part = Tools::readNumberFile(path, 9);
+    QCOMPARE(textOf(part.table), QString("1 2|3 4"));
+    QVERIFY(!part.isWhole);
+    QVERIFY(Tools::readNumberFile(path, 100, {}, [] { return true; }).wasCancelled);
+}
+
+ZRT_UNIT_TEST_MAIN(TestNumberFile)
+#include "tst_numberfile.moc"

@@ -1,0 +1,201 @@
+#include "app/mainwindow.h"
+#include "app/settings.h"
+#include "forms/arrays/arraysdirform.h"
+#include "forms/arrays/arraysform.h"
+#include "forms/arrays/greypicture.h"
+#include "plot/pulsargrafik.h"
+#include "support/messageboxcatcher.h"
+#include "support/testmain.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QLabel>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QTableWidget>
+#include <cmath>
+
+using TestSupport::MessageBoxCatcher;
+
+class TestArraysForm : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void columns();
+    void shownPart();
+    void linesAndPicture();
+    void refused();
+    void directory();
+
+private:
+    QString file(const QString &name, const QByteArray &bytes);
+    template <typename Widget>
+    Widget *find(const char *name) const
+    {
+        Widget *const widget = window->findChild<Widget *>(name);
+        if (!widget)
+            qFatal("no widget %s", name);
+        return widget;
+    }
+    const PlotData &shown() const { return find<PulsarGrafik>("grafik")->data(); }
+    QStringList statisticsColumn(int column) const
+    {
+        QStringList texts;
+        const auto *table = find<QTableWidget>("table");
+        for (int row = 0; column < table->columnCount() && row < table->rowCount(); ++row)
+            texts << table->item(row, column)->text();
+        return texts;
+    }
+
+    std::unique_ptr<QTemporaryDir> folder;
+    std::unique_ptr<MainWindow> window;
+};
+
+void TestArraysForm::init()
+{
+    folder = std::make_unique<QTemporaryDir>();
+    window = std::make_unique<MainWindow>();
+    window->resize(1280, 720);
+    window->show();
+}
+
+void TestArraysForm::cleanup()
+{
+    window.reset();
+    folder.reset();
+}
+
+QString TestArraysForm::file(const QString &name, const QByteArray &bytes)
+{
+    QFile out(folder->filePath(name));
+    if (!out.open(QIODevice::WriteOnly) || out.write(bytes) != bytes.size())
+        qFatal("cannot write %s", qPrintable(out.fileName()));
+    return out.fileName();
+}
+
+void TestArraysForm::columns()
+{
+    new ArraysForm(file("x.txt", "t a b\n1 10 200000\n2 11 200001\n4 12 1e300\n"), window.get());
+    QCOMPARE(shown().names, (QVector<QString>{"a", "b"}));
+    QCOMPARE(shown().graphs[0], (std::vector<float>{10, 11, 12}));
+    QVERIFY(std::isinf(shown().graphs[1][2]));
+    QCOMPARE(shown().x.values, (std::vector<double>{1, 2, 4})); // not equally spaced
+    QCOMPARE(shown().textX1(2), QString("4"));
+
+    auto *const curves = find<QListWidget>("curves");
+    curves->item(0)->setCheckState(Qt::Unchecked);
+    QCOMPARE(shown().names, QVector<QString>{"b"});
+    QCOMPARE(shown().colours, QVector<QString>{plotColour(1).code});
+    curves->item(1)->setCheckState(Qt::Unchecked);
+    QVERIFY(shown().messageMode);
+
+    find<QCheckBox>("firstColumnIsX")->click();
+    QCOMPARE(shown().names, (QVector<QString>{"t", "a", "b"}));
+    QVERIFY(shown().x.values.empty());
+    find<QCheckBox>("firstColumnIsX")->click();
+    find<QListWidget>("curves")->item(1)->setCheckState(Qt::Unchecked);
+    QCOMPARE(shown().yMin, 10.0); // fits what is drawn
+    QCOMPARE(shown().yMax, 12.0);
+}
+
+void TestArraysForm::shownPart()
+{
+    QByteArray bytes;
+    for (int i = 0; i < 100; ++i)
+        bytes += QByteArray::number(i) + "\n";
+    new ArraysForm(file("x.txt", bytes), window.get());
+    QTRY_COMPARE(statisticsColumn(0).value(0), QString("100"));
+
+    find<QSpinBox>("firstPoint")->setValue(90);
+    find<QSpinBox>("points")->setValue(20); // more than there are
+    find<QSpinBox>("points")->setFocus();
+    QTest::keyClick(find<QSpinBox>("points"), Qt::Key_Return);
+    QCOMPARE(shown().graphs[0].size(), std::size_t(10));
+    QCOMPARE(shown().xOffset, 90);
+    QCOMPARE(shown().textX1(0), QString("90"));
+    QTRY_COMPARE(statisticsColumn(0), (QStringList{"10", "94.5", "94.5", "3.0276504", "90", "99"}));
+    const PlotData &histogram = find<PulsarGrafik>("histogram")->data();
+    QCOMPARE(histogram.graphs[0][0], 1.0f);
+    QCOMPARE(histogram.graphs[0][99], 1.0f);
+
+    // The blue rectangle over points 92 to 95.
+    auto *const grafik = find<PulsarGrafik>("grafik");
+    emit grafik->blueRectangleReleased({91.5, 99}, {95.5, 90});
+    QTRY_COMPARE(statisticsColumn(0).mid(0, 2), (QStringList{"4", "93.5"}));
+    emit grafik->clicked({1, 1});
+    QTRY_COMPARE(statisticsColumn(0).value(0), QString("10"));
+    find<QPushButton>("resetPointsButton")->click();
+    QCOMPARE(shown().graphs[0].size(), std::size_t(100));
+}
+
+void TestArraysForm::linesAndPicture()
+{
+    QByteArray bytes;
+    for (int row = 0; row < 20; ++row)
+        bytes += QByteArray::number(row) + QByteArray(" 0").repeated(19) + "\n";
+    new ArraysForm(file("x.txt", bytes), window.get());
+    QVERIFY2(find<QRadioButton>("showRows")->isChecked(), "long lines are curves");
+    QCOMPARE(shown().graphs.size(), std::size_t(10)); // not all at once
+    QCOMPARE(shown().graphs[9][0], 9.0f);
+    find<QPushButton>("allButton")->click();
+    QCOMPARE(shown().graphs.size(), std::size_t(20));
+
+    find<QRadioButton>("showPicture")->click();
+    auto *const picture = find<GreyPicture>("picture");
+    QTRY_VERIFY(picture->isVisible());
+    // The read-out and the grey belong to the same number: the first of each line is its index.
+    const QImage image = picture->grab().toImage();
+    QPoint pointer = image.rect().center();
+    while (!find<QLabel>("coords")->text().contains("Index: 0") && pointer.x() > 0) {
+        QTest::mouseMove(picture, pointer -= QPoint(4, 0));
+    }
+    QVERIFY(find<QLabel>("coords")->text().contains("Line: 10 "));
+    QCOMPARE(qGray(image.pixel(pointer)), int(std::lround(10 * 255.0 / 19)));
+    QTRY_COMPARE(statisticsColumn(0).value(0), QString("400"));
+}
+
+void TestArraysForm::refused()
+{
+    const MessageBoxCatcher catcher;
+    const QPointer<ArraysForm> form =
+        new ArraysForm(file("x.txt", QByteArray(100, '\0')), window.get());
+    QCOMPARE(catcher.boxes().size(), 1);
+    QCOMPARE(Settings::instance()->ui().centralwidget->layout(), nullptr);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(!form);
+    new ArraysDirForm(folder->filePath("missing"), window.get());
+    QCOMPARE(catcher.boxes().size(), 2);
+}
+
+void TestArraysForm::directory()
+{
+    file("a10.txt", "1 100\n2 200\n3 300\n");
+    file("a9.txt", "5\n6\n");
+    file("broken.txt", "words\n");
+    new ArraysDirForm(folder->path(), window.get());
+    auto *const files = find<QListWidget>("files");
+    QTRY_COMPARE(files->item(2)->text(), QString("broken.txt\nhas no line of numbers."));
+    QCOMPARE(files->item(0)->text(), QString("a9.txt\n2 x 1"));
+    files->selectAll();
+    QTRY_COMPARE(shown().names, (QVector<QString>{"a10.txt", "a9.txt"}));
+    QCOMPARE(shown().graphs[0], (std::vector<float>{100, 200, 300}));
+    QCOMPARE(shown().yMin, 5.0); // one scale
+    QCOMPARE(shown().yMax, 300.0);
+    QVERIFY(find<QPlainTextEdit>("texts")->toPlainText().contains("broken.txt has no line"));
+
+    find<QSpinBox>("curve")->setValue(2);
+    QVERIFY(find<QPlainTextEdit>("texts")->toPlainText().contains("a9.txt has no curve 2"));
+    QTest::keyClick(files, Qt::Key_Home);
+    QTest::keyClick(files, Qt::Key_Return);
+    QTRY_VERIFY(window->findChild<ArraysForm *>());
+    QVERIFY(find<QLabel>("filePath")->text().endsWith("a9.txt"));
+}
+
+ZRT_GUI_TEST_MAIN(TestArraysForm)
+#include "tst_arraysform.moc"
