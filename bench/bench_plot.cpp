@@ -1,6 +1,7 @@
-// Frames per second of a whole plot of noise (ground, frame, curve, texts, grid) at 1600 x 900:
-// our painting, one QPainter line per segment on the same picture, and QCustomPlot. Run with
-// QT_QPA_PLATFORM=offscreen.
+// Time of a whole plot of noise (ground, frame, curve, texts, grid) at 1600 x 900: our painting
+// with and without the extremes of blocks, one QPainter line per segment on the same picture, and
+// QCustomPlot. The second argument is the part of the points that is shown, in thousandths. Run
+// with QT_QPA_PLATFORM=offscreen.
 
 #include "plot/plotgeometry.h"
 #include "plot/plotpainter.h"
@@ -30,24 +31,54 @@ PlotData noisePlot(int points)
     return data;
 }
 
-void paintPlot(benchmark::State &state)
+// The middle of the plot.
+Plot::Zoom part(const PlotData &data, int64_t thousandths)
+{
+    if (thousandths >= 1000)
+        return {};
+    const double shown = data.numPoints * double(thousandths) / 1000;
+    const double first = (data.numPoints - shown) / 2;
+    return {Plot::Range{first, first + shown}, {}};
+}
+
+void paint(benchmark::State &state, bool withBlocks)
 {
     const PlotData data = noisePlot(int(state.range(0)));
+    const Plot::Zoom zoom = part(data, state.range(1));
+    const Plot::CurveBlocks blocks = withBlocks ? Plot::blocksOf(data) : Plot::CurveBlocks();
     QImage straight(frameSize, QImage::Format_RGB32);
-    TestSupport::paintStraight(data, {}, straight);
+    TestSupport::paintStraight(data, zoom, {}, straight);
     QImage picture(frameSize, QImage::Format_RGB32);
     while (state.KeepRunning())
-        Plot::paintPlot(data, {}, picture);
+        Plot::paintPlot(data, zoom, blocks, picture);
     if (picture != straight)
         state.SkipWithError("pixels differ from the straight drawing");
+}
+
+void paintPlot(benchmark::State &state)
+{
+    paint(state, true);
+}
+
+void paintWithoutBlocks(benchmark::State &state)
+{
+    paint(state, false);
 }
 
 void paintStraight(benchmark::State &state)
 {
     const PlotData data = noisePlot(int(state.range(0)));
+    const Plot::Zoom zoom = part(data, state.range(1));
     QImage picture(frameSize, QImage::Format_RGB32);
     while (state.KeepRunning())
-        TestSupport::paintStraight(data, {}, picture);
+        TestSupport::paintStraight(data, zoom, {}, picture);
+}
+
+void findBlocks(benchmark::State &state)
+{
+    const PlotData data = noisePlot(int(state.range(0)));
+    while (state.KeepRunning())
+        benchmark::DoNotOptimize(Plot::blocksOf(data));
 }
 
 template <typename Paint>
@@ -93,8 +124,18 @@ void findRange(benchmark::State &state)
 
 } // namespace
 
-BENCHMARK(paintPlot)->Arg(16384)->Arg(300000)->Arg(1000000)->Unit(benchmark::kMillisecond);
-BENCHMARK(paintStraight)->Arg(16384)->Arg(300000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+void views(benchmark::internal::Benchmark *bench)
+{
+    for (const int points : {16384, 300000, 1000000, 3000000, 10000000})
+        for (const int thousandths : {1000, 100, 1})
+            bench->Args({points, thousandths});
+    bench->Unit(benchmark::kMillisecond);
+}
+
+BENCHMARK(paintPlot)->Apply(views);
+BENCHMARK(paintWithoutBlocks)->Apply(views);
+BENCHMARK(paintStraight)->Apply(views);
+BENCHMARK(findBlocks)->Arg(1000000)->Arg(10000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(customPlotReplot)->Arg(16384)->Arg(300000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(customPlotPixmap)->Arg(16384)->Arg(300000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(findRange)->Arg(1000000)->Unit(benchmark::kMillisecond);

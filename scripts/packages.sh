@@ -2,7 +2,8 @@
 # Debian packages by purpose, and one function that installs what is missing. Sourced by the
 # scripts of the repository's root.
 
-build_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev qtbase5-dev-tools)
+build_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev qtbase5-dev-tools
+    libqt5svg5-dev)
 # Fonts of the plots and of the help documents.
 font_packages=(fonts-liberation fonts-dejavu-core)
 run_packages=("${build_packages[@]}" "${font_packages[@]}")

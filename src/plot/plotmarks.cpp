@@ -118,6 +118,37 @@ void paintReadOut(QPainter &painter, const PlotData &data, const View &view, int
             drawSample(painter, view, samplePlace(view, data, {curve, index}));
 }
 
+// A name per visible curve beside a piece of its line.
+void paintLegend(QPainter &painter, const PlotData &data, const QPoint &corner)
+{
+    constexpr int rowHeight = 15;
+    constexpr int lineLength = 18;
+    constexpr int space = 6;
+    std::vector<int> curves;
+    int width = 0;
+    for (int curve = 0; curve < data.names.size(); ++curve)
+        if (isVisible(data, curve) && !data.names[curve].isEmpty()) {
+            curves.push_back(curve);
+            width = std::max(width, painter.fontMetrics().horizontalAdvance(data.names[curve]));
+        }
+    if (curves.empty())
+        return;
+    painter.setPen(QColor(190, 190, 190));
+    painter.setBrush(QColor(255, 255, 255, 225));
+    painter.drawRect(QRect(
+        corner, QSize(width + lineLength + 3 * space, int(curves.size()) * rowHeight + space)));
+    painter.setBrush(Qt::NoBrush);
+    int baseline = corner.y() + rowHeight;
+    for (const int curve : curves) {
+        const int x = corner.x() + space;
+        painter.setPen(QPen(QColor(colourOf(data, curve)), 2));
+        painter.drawLine(x, baseline - 4, x + lineLength, baseline - 4);
+        painter.setPen(QColor("black"));
+        painter.drawText(QPoint(x + lineLength + space, baseline), data.names[curve]);
+        baseline += rowHeight;
+    }
+}
+
 void paintTexts(QPainter &painter, const PlotData &data, const View &view, const Marks &marks)
 {
     const QStringList cursors = cursorTexts(data, marks);
@@ -262,9 +293,12 @@ void paintMarks(QPainter &painter, const PlotData &data, const View &view, const
     if (marks.readOut)
         paintReadOut(painter, data, view, *marks.readOut);
     paintTexts(painter, data, view, marks);
-    if (view.isZoomed)
-        painter.setClipRect(view.clip());
-    paintSelection(painter, marks.selection);
+    if (marks.legend)
+        paintLegend(painter, data, *marks.legend);
+    // not by clipping: that is lost on the way to a file
+    paintSelection(painter, view.isZoomed
+                                ? marks.selection.intersected(view.clip().adjusted(0, 0, -1, -1))
+                                : marks.selection);
     painter.restore();
 }
 

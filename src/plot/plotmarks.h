@@ -25,6 +25,7 @@ struct Marks {
     std::array<std::optional<Cursor>, 2> cursors;
     std::optional<double> fundamental; ///< in the unit of the X axis
     std::optional<int> readOut;        ///< point index
+    std::optional<QPoint> legend; ///< left upper corner of a painted legend of the visible curves
 };
 
 /// The curves that cursors and the read-out belong to.

@@ -30,13 +30,6 @@ void fillGround(QImage &picture, const Rows &rows)
     }
 }
 
-// Far zoomed in, the samples themselves are shown on the lines between them.
-bool showsSamples(const View &view)
-{
-    constexpr double apart = 8; // pixels
-    return view.isZoomed && view.step() >= apart;
-}
-
 // Draws a line for each pair of neighbouring points in sight, a few thousand at a time.
 void drawSegments(QPainter &painter, const View &view, const std::vector<float> &curve)
 {
@@ -56,11 +49,7 @@ void drawSegments(QPainter &painter, const View &view, const std::vector<float> 
         }
     }
     painter.drawLines(lines);
-    if (showsSamples(view))
-        for (int i = points.begin; i < points.end; ++i)
-            if (const float sample = curve[size_t(i)]; !std::isnan(sample))
-                painter.fillRect(xPixel(view, i) - 1, yPixel(view, sample) - 1, 3, 3,
-                                 painter.pen().color());
+    paintSamples(painter, view, curve);
 }
 
 struct Curve {
@@ -163,6 +152,21 @@ QFont labelFont()
     QFont font = QGuiApplication::font();
     font.setPixelSize(12);
     return font;
+}
+
+void paintSamples(QPainter &painter, const View &view, const std::vector<float> &curve)
+{
+    constexpr double apart = 8; // pixels
+    if (!view.isZoomed || view.step() < apart)
+        return;
+    const IndexRange points = pointsInSight(view, int(curve.size()));
+    for (int i = points.begin; i < points.end; ++i) {
+        if (std::isnan(curve[size_t(i)]))
+            continue;
+        const QPoint place(xPixel(view, i), yPixel(view, curve[size_t(i)]));
+        if (view.clip().contains(place))
+            painter.fillRect(QRect(place - QPoint(1, 1), QSize(3, 3)), painter.pen().color());
+    }
 }
 
 void paintLabel(QPainter &painter, const Label &label)

@@ -37,6 +37,10 @@ void paintCurves(const PlotData &data, const View &view, const CurveBlocks &bloc
 /// @param view  in the painter's units
 void paintLabels(QPainter &painter, const PlotData &data, const View &view);
 
+/// The samples themselves on the lines between them, in a view zoomed in so far that they stand
+/// apart; otherwise nothing.
+void paintSamples(QPainter &painter, const View &view, const std::vector<float> &curve);
+
 /// The font of all texts of a plot.
 QFont labelFont();
 

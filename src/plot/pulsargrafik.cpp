@@ -1,6 +1,8 @@
 #include "plot/pulsargrafik.h"
 
+#include "plot/curvelines.h"
 #include "plot/plotgeometry.h"
+#include "plot/plotlegend.h"
 #include "plot/plotpainter.h"
 
 #include <QKeyEvent>
@@ -9,6 +11,7 @@
 #include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -40,11 +43,12 @@ constexpr int furthestPixel = 30000; // of a rectangle whose data lie out of sig
 
 } // namespace
 
-PulsarGrafik::PulsarGrafik(QWidget *parent) : QWidget(parent)
+PulsarGrafik::PulsarGrafik(QWidget *parent) : QWidget(parent), legend(new PlotLegend(this))
 {
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus); // a click brings the keys here, hovering takes none away
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    connect(legend, &PlotLegend::curveToggled, this, &PulsarGrafik::toggleCurve);
 }
 
 PulsarGrafik::~PulsarGrafik() = default;
@@ -54,6 +58,8 @@ void PulsarGrafik::setData(PlotData data)
     // The caller may hold the lock already, so may a press whose signal led here.
     const bool locked = busy.tryLock();
     const bool keepsZoom = haveSameAxes(plotData, data);
+    if (plotData.names != data.names)
+        toggled.clear();
     plotData = std::move(data);
     blocks = Plot::blocksOf(plotData);
     if (locked)
@@ -64,6 +70,7 @@ void PulsarGrafik::setData(PlotData data)
         removeMarks();
     }
     applyZoom(zoom);
+    renewLegend();
 }
 
 void PulsarGrafik::recomputeRange()
@@ -71,6 +78,7 @@ void PulsarGrafik::recomputeRange()
     const Plot::Range range = Plot::verticalRange(plotData, blocks);
     plotData.yMin = range.min;
     plotData.yMax = range.max;
+    placeLegend();
     // A zoom into values that the curves no longer have would show nothing.
     if (zoom.y && (zoom.y->max < range.min || zoom.y->min > range.max))
         zoom.y.reset();
@@ -81,6 +89,7 @@ void PulsarGrafik::showMessage(const QString &message)
 {
     plotData.messageMode = true;
     plotData.message = message;
+    legend->hide();
     repaintPlot();
 }
 
@@ -264,6 +273,10 @@ void PulsarGrafik::keyPressEvent(QKeyEvent *event)
 bool PulsarGrafik::handleKey(const QKeyEvent &event)
 {
     const int key = event.key();
+    if (event.matches(QKeySequence::Copy)) {
+        copyValue();
+        return true;
+    }
     switch (key) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
@@ -381,6 +394,7 @@ void PulsarGrafik::resizeEvent(QResizeEvent *event)
         anchorSelection();
     else
         placeSelection();
+    placeLegend();
 }
 
 void PulsarGrafik::paintEvent(QPaintEvent * /*event*/)
@@ -515,6 +529,66 @@ void PulsarGrafik::placeSelection()
             int(std::round(std::clamp<double>(place.y(), -furthestPixel, furthestPixel))));
     };
     marks.selection = rectangleBetween(pixel(selectedCorner1), pixel(selectedCorner2));
+}
+
+void PulsarGrafik::renewLegend()
+{
+    auto &visible = plotData.visible;
+    QVector<PlotLegend::Curve> curves;
+    const int count = plotData.messageMode ? 0 : plotData.names.size();
+    for (int curve = 0; curve < count; ++curve) {
+        const QString &name = plotData.names[curve];
+        if (toggled.contains(name)) {
+            visible.resize(std::max(visible.size(), size_t(curve) + 1), true);
+            visible[size_t(curve)] = toggled[name];
+        }
+        curves.append(
+            {name, QColor(Plot::colourOf(plotData, curve)), Plot::isVisible(plotData, curve)});
+    }
+    legend->setCurves(curves);
+    placeLegend();
+}
+
+// Into the corner where it hides least of the curves.
+void PulsarGrafik::placeLegend()
+{
+    constexpr int gap = 6;
+    const Plot::View shown = view();
+    const QRect area =
+        QRect(Plot::marginLeft, Plot::marginTop, shown.plotWidth(), shown.plotHeight())
+            .adjusted(gap, gap, -gap, -gap);
+    if (legend->isHidden() || area.isEmpty())
+        return;
+    legend->fitInto(area);
+    const int right = area.right() + 1 - legend->width();
+    const int low = area.bottom() + 1 - legend->height();
+    QPoint best(right, area.top());
+    double fewest = std::numeric_limits<double>::infinity();
+    for (const QPoint &corner :
+         {best, area.topLeft(), QPoint(right, low), QPoint(area.left(), low)}) {
+        double hidden = 0;
+        const auto &curves = Plot::markedCurves(plotData);
+        const auto &curveBlocks = plotData.graphs.empty() ? blocks.multiGraphs : blocks.graphs;
+        for (size_t curve = 0; curve < curves.size(); ++curve)
+            if (Plot::isVisible(plotData, int(curve)))
+                hidden += Plot::pixelsWithin(QRect(corner, legend->size()), shown, curves[curve],
+                                             curveBlocks[curve]);
+        if (hidden < fewest) {
+            fewest = hidden;
+            best = corner;
+        }
+    }
+    legend->placeIn(area, best);
+}
+
+void PulsarGrafik::toggleCurve(int curve, bool visible)
+{
+    const QString name = plotData.names.value(curve);
+    toggled[name] = visible;
+    plotData.visible.resize(std::max(plotData.visible.size(), size_t(curve) + 1), true);
+    plotData.visible[size_t(curve)] = visible;
+    repaintPlot();
+    emit curveToggled(name, visible);
 }
 
 void PulsarGrafik::repaintPlot()

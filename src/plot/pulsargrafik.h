@@ -6,11 +6,14 @@
 #include "plot/zoom.h"
 
 #include <QImage>
+#include <QMap>
 #include <QMutex>
 #include <QPointF>
 #include <QRect>
 #include <QWidget>
 #include <optional>
+
+class PlotLegend;
 
 /// The line plot of the forms: curves against their point index, rows of texts along the X axis,
 /// a coordinate read-out that follows the pointer, and a rectangle that the left mouse button
@@ -20,8 +23,9 @@
 /// X; the middle button, or Space and the left one, drags. Enter zooms to the rectangle,
 /// Backspace goes back, Home shows all. The keys 1 and 2 set cursors at the pointer, on a
 /// spectrum H shows the harmonics of the frequency there, Left and Right move the read-out from
-/// sample to sample, Esc removes all these. A form that follows the part in sight connects
-/// viewChanged() and reads visibleRange(); one that steers it calls setVisibleX().
+/// sample to sample, Esc removes all these. The right button offers pictures and samples. Named
+/// curves are listed in a legend that shows and hides them. A form that follows the part in sight
+/// connects viewChanged() and reads visibleRange(); one that steers it calls setVisibleX().
 class PulsarGrafik : public QWidget {
     Q_OBJECT
 
@@ -79,6 +83,12 @@ public:
     /// the way to the right lower one. Null when nothing is selected.
     QRect selection() const { return marks.selection; }
 
+    /// Folder in which the file dialogs begin; see fileSaved().
+    void setSaveFolder(const QString &folder) { saveFolder = folder; }
+
+    /// Writes what is shown to a file, see Plot::savePicture.
+    QString savePicture(const QString &path) const;
+
     /// Change of index and value from one pixel to the next.
     QPointF dataPerPixel() const;
 
@@ -95,6 +105,9 @@ public slots:
     void zoomToSelection();
     /// Goes back to what was shown before the last zoom or drag.
     void showPrevious();
+    /// X and the nearest curve's value at the read-out, to the clipboard.
+    void copyValue();
+    void copyPicture();
 
 signals:
     /// The pointer moved.
@@ -111,6 +124,11 @@ signals:
     void viewChanged(const PulsarGrafik::VisibleRange &range);
     /// The rectangle was drawn, has been removed or stands for other data: see selectedRange().
     void selectionChanged();
+    /// The user has written a picture or a table.
+    void fileSaved(const QString &path);
+    /// The user shows or hides a curve of that name. The plot has done so already, and does so
+    /// again with later data that have the same names.
+    void curveToggled(const QString &name, bool visible);
 
 protected:
     void mousePressEvent(QMouseEvent *event) override;
@@ -119,6 +137,7 @@ protected:
     void wheelEvent(QWheelEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void keyReleaseEvent(QKeyEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
@@ -144,6 +163,12 @@ private:
     void select(const QRect &rectangle);
     void anchorSelection();
     void placeSelection();
+    void askAndSavePicture();
+    void askAndSaveSamples();
+    void report(const QString &path, const QString &failure);
+    void renewLegend();
+    void placeLegend();
+    void toggleCurve(int curve, bool visible);
     void repaintPlot();
     void renewPicture();
 
@@ -164,7 +189,10 @@ private:
     bool dragging = false;
     bool spaceHeld = false;
     std::optional<QPoint> panFrom; // where the pointer was, while it drags the plot
-    QImage picture;                // all below the selection, as it was last painted
-    bool pictureIsStale = true;    // the data changed since
+    PlotLegend *const legend;
+    QMap<QString, bool> toggled; // by the user, of the names that are shown
+    QString saveFolder;
+    QImage picture;             // all below the selection, as it was last painted
+    bool pictureIsStale = true; // the data changed since
     QMutex busy;
 };

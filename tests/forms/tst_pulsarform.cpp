@@ -187,7 +187,7 @@ void TestPulsarForm::spectrum()
     // 32 bands of amplitude 1; the polynomial takes a little of a sine with 100 periods.
     QVERIFY(std::abs(plot.graphs[0][100] - 32) < 0.5);
     // Bin 100 of 16384 steps of 12.4928 ms.
-    QCOMPARE(plot.labelsX1[100], QString("0.4886 Hz"));
+    QCOMPARE(plot.textX1(100), QString("0.4886 Hz"));
     QVERIFY2(report().contains("\n100: 3"), qPrintable(report()));
     QVERIFY2(report().contains("First harmonic:\nnum = 100\nvalue = 3"), qPrintable(report()));
     QVERIFY(report().contains("Harmonics >= 6 sigma"));
@@ -203,7 +203,7 @@ void TestPulsarForm::everyMethodRecomputes()
     find<QRadioButton>("sumChannelsDemoNoise")->click();
     const PlotData &plot = find<PulsarGrafik>("grafik")->data();
     QCOMPARE(plot.graphs.size(), std::size_t(2));
-    QCOMPARE(plot.labelsX2[1000], QString("12:00:12.492"));
+    QCOMPARE(plot.textX2(1000), QString("12:00:12.492"));
     find<QRadioButton>("noiseBack")->click();
     QCOMPARE(plot.graphs.size(), std::size_t(3));
     QVERIFY(report().contains("Linear approximation of back sum"));

@@ -101,19 +101,21 @@ void TestFormTexts::timeLabels()
     data.tresolution = 0.0124928;
     data.beginTime = QDateTime(QDate(2015, 4, 1), QTime(23, 59, 59), Qt::UTC);
     const PulsarAxis axis = {PulsarAxis::Kind::Points, 1000, 1};
-    const FormTexts::AxisLabels labels = FormTexts::axisLabels(axis, 3, data);
-    QCOMPARE(labels.row1, (QVector<QString>{"1000", "1001", "1002"}));
-    QCOMPARE(labels.row2, (QVector<QString>{"00:00:11.492", "00:00:11.505", "00:00:11.517"}));
+    const FormTexts::AxisTexts texts = FormTexts::axisTexts(axis, 3, data);
+    QCOMPARE(texts.row1(2), QString("1002"));
+    QCOMPARE(texts.row2(0), QString("00:00:11.492"));
+    QCOMPARE(texts.row2(1), QString("00:00:11.505"));
     data.beginTime = QDateTime();
-    QVERIFY(FormTexts::axisLabels(axis, 3, data).row2.isEmpty());
+    QVERIFY(!FormTexts::axisTexts(axis, 3, data).row2);
 }
 
 void TestFormTexts::spectrumLabels()
 {
     const PulsarAxis axis = {PulsarAxis::Kind::Frequency, 0, 0.005};
-    const FormTexts::AxisLabels labels = FormTexts::axisLabels(axis, 3, {});
-    QCOMPARE(labels.row1, (QVector<QString>{"0.0000 Hz", "0.0050 Hz", "0.0100 Hz"}));
-    QCOMPARE(labels.row2, (QVector<QString>{"-", "200 s", "100 s"}));
+    const FormTexts::AxisTexts texts = FormTexts::axisTexts(axis, 3, {});
+    QCOMPARE(texts.row1(1), QString("0.0050 Hz"));
+    QCOMPARE(texts.row2(0), QString("-"));
+    QCOMPARE(texts.row2(1), QString("200 s"));
 }
 
 ZRT_UNIT_TEST_MAIN(TestFormTexts)

@@ -34,7 +34,7 @@ inline void drawStraight(QPainter &painter, const Plot::View &view, const std::v
     if (!view.isZoomed || view.step() < 8)
         return;
     for (size_t i = 0; i < curve.size() && i < size_t(view.allPoints); ++i)
-        if (!std::isnan(curve[i]))
+        if (!std::isnan(curve[i]) && view.clip().contains(pixel(i)))
             painter.fillRect(QRect(pixel(i) - QPoint(1, 1), QSize(3, 3)), painter.pen().color());
 }
 

@@ -12,6 +12,7 @@
 #include "plot/pulsargrafikinfo.h"
 #include "ui_pulsarform.h"
 
+#include <QFileInfo>
 #include <QKeyEvent>
 #include <QProgressBar>
 #include <QScopedValueRollback>
@@ -46,7 +47,7 @@ const QMap<QString, QString> noiseMethods = {
 } // namespace
 
 PulsarForm::PulsarForm(const QString &path, QWidget *parent)
-    : QWidget(parent), ui(new Ui::PulsarForm)
+    : QWidget(parent), ui(new Ui::PulsarForm), recordingPath(path)
 {
     ui->setupUi(this);
     ui->filePath->setText(FormTexts::fileLabel(path));
@@ -61,6 +62,10 @@ PulsarForm::PulsarForm(const QString &path, QWidget *parent)
     grafik->setObjectName("grafik");
     info->setObjectName("info");
     grafik->showMessage("Choose an action");
+    grafik->setSaveFolder(Settings::instance()->lastSavePath());
+    connect(grafik, &PulsarGrafik::fileSaved, Settings::instance(), [](const QString &saved) {
+        Settings::instance()->setLastSavePath(QFileInfo(saved).path());
+    });
     PulsarParameters presets;
     readDispersions(presets);
     fillCentralWidget(this, grafik, info);
@@ -325,7 +330,7 @@ void PulsarForm::showResult()
     info->setFourierControls(shownAction == "sumChannelsAndFourier");
     info->setDispersionControls(shownAction == "sum4Dispersions");
     shownMulti.reset();
-    showCurves(result.curves, 0);
+    showCurves(result.curves, result.names, 0);
     showTexts(result.description, result.names, 0);
 }
 
@@ -333,13 +338,14 @@ void PulsarForm::showMultiResult(int index)
 {
     shownMulti = index;
     const PulsarMultiResult &multi = calculate->result().multi[std::size_t(index)];
-    showCurves(multi.curves, index);
+    showCurves(multi.curves, multi.names, index);
     showTexts(multi.description, multi.names, index);
 }
 
 // Shows curves over the X values of the result; their colours begin with that of the given
 // curve of all.
-void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, int firstColour)
+void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, const QStringList &names,
+                            int firstColour)
 {
     const PulsarResult &result = calculate->result();
     const bool isCut = wantedPoints > 0 && !takesPoints(shownAction);
@@ -351,9 +357,17 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, int f
     }
     if (!shownMulti)
         plot.visible = result.visible;
-    const FormTexts::AxisLabels labels = FormTexts::axisLabels(result.axis, count, data);
-    plot.labelsX1 = labels.row1;
-    plot.labelsX2 = labels.row2;
+    plot.names = names.toVector();
+    const FormTexts::AxisTexts texts = FormTexts::axisTexts(result.axis, count, data);
+    plot.textX1 = texts.row1;
+    plot.textX2 = texts.row2;
+    plot.x = FormTexts::plotAxis(result.axis, data.tresolution);
+    plot.yName = result.axis.kind == PulsarAxis::Kind::Points  ? "signal"
+                 : result.axis.kind == PulsarAxis::Kind::Phase ? "mean signal"
+                                                               : "amplitude";
+    plot.yUnit = shownParameters.normalise ? "sigma" : "";
+    plot.source = FormTexts::source(recordingPath, shownAction, data, shownParameters,
+                                    !takesPoints(shownAction));
     for (const int marker : result.markers) {
         if (marker < count)
             plot.markers.push_back(marker);

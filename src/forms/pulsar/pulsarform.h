@@ -59,10 +59,12 @@ private:
     void changePoints(int points);
     void showResult();
     void showMultiResult(int index);
-    void showCurves(const std::vector<std::vector<float>> &curves, int firstColour);
+    void showCurves(const std::vector<std::vector<float>> &curves, const QStringList &names,
+                    int firstColour);
     void showTexts(const QString &description, const QStringList &names, int firstColour);
 
     const std::unique_ptr<Ui::PulsarForm> ui;
+    const QString recordingPath;
     QProgressBar *progressBar = nullptr;
     PulsarGrafik *grafik = nullptr;
     PulsarGrafikInfo *info = nullptr;

@@ -1,5 +1,7 @@
 #include "forms/pulsar/pulsartexts.h"
 
+#include "calc/pulsarcalculate.h"
+
 #include <QRegularExpression>
 #include <algorithm>
 #include <cmath>
@@ -17,6 +19,17 @@ QString withTrueNumber(int number, int trueNumber)
     const QString text = QString::number(number);
     return trueNumber < 1 || number == trueNumber ? text
                                                   : text + QString(" (number %1)").arg(trueNumber);
+}
+
+int trueModule(const ObservationData &data, const PulsarParameters &parameters)
+{
+    const std::size_t module = std::size_t(parameters.module - 1);
+    return module < data.moduleNumbers.size() ? data.moduleNumbers[module] : parameters.module;
+}
+
+int trueRay(const ObservationData &data, const PulsarParameters &parameters)
+{
+    return data.ray > 0 && data.rays == 1 ? data.ray : parameters.ray;
 }
 
 // "hh:mm:ss.zzz"; formatting by date-time objects would take most of the time of long plots.
@@ -46,59 +59,54 @@ int decimalsOfStep(double step)
     return int(std::clamp(std::ceil(-std::log10(step)) + 1, 0.0, 12.0));
 }
 
-AxisLabels timeLabels(const PulsarAxis &axis, int count, const ObservationData &data)
+AxisTexts timeTexts(const PulsarAxis &axis, int count, const ObservationData &data)
 {
-    AxisLabels labels;
-    labels.row1.reserve(count);
-    for (int i = 0; i < count; ++i)
-        labels.row1 << QString::number(qint64(axis.first + i * axis.step));
+    AxisTexts texts;
+    texts.row1 = [axis](int i) { return QString::number(qint64(axis.first + i * axis.step)); };
     const double msPerPoint = data.tresolution * 1000;
     const double lastMs = (axis.first + count * axis.step) * msPerPoint;
     if (!data.beginTime.isValid() || !(std::abs(lastMs) < longestTime))
-        return labels;
-    labels.row2.reserve(count);
+        return texts;
     const qint64 begin = data.beginTime.time().msecsSinceStartOfDay();
-    for (int i = 0; i < count; ++i)
-        labels.row2 << timeOfDay(begin +
-                                 qint64(std::floor((axis.first + i * axis.step) * msPerPoint)));
-    return labels;
+    texts.row2 = [axis, begin, msPerPoint](int i) {
+        return timeOfDay(begin + qint64(std::floor((axis.first + i * axis.step) * msPerPoint)));
+    };
+    return texts;
 }
 
-AxisLabels spectrumLabels(const PulsarAxis &axis, int count)
+AxisTexts spectrumTexts(const PulsarAxis &axis)
 {
-    AxisLabels labels;
-    const int decimals = decimalsOfStep(axis.step);
-    labels.row1.reserve(count);
-    labels.row2.reserve(count);
-    for (int i = 0; i < count; ++i) {
+    AxisTexts texts;
+    texts.row1 = [axis, decimals = decimalsOfStep(axis.step)](int i) {
+        return QString::number(axis.first + i * axis.step, 'f', decimals) + " Hz";
+    };
+    texts.row2 = [axis](int i) {
         const double frequency = axis.first + i * axis.step;
-        labels.row1 << QString::number(frequency, 'f', decimals) + " Hz";
-        labels.row2 << (frequency > 0 ? QString::number(1 / frequency, 'g', 6) + " s" : "-");
-    }
-    return labels;
+        return frequency > 0 ? QString::number(1 / frequency, 'g', 6) + " s" : QString("-");
+    };
+    return texts;
 }
 
-AxisLabels dispersionLabels(const PulsarAxis &axis, int count)
+AxisTexts dispersionTexts(const PulsarAxis &axis)
 {
-    AxisLabels labels;
-    const int decimals = decimalsOfStep(axis.step);
-    for (int i = 0; i < count; ++i)
-        labels.row1 << QString::number(axis.first + i * axis.step, 'f', decimals) + " pc/cm^3";
-    return labels;
+    AxisTexts texts;
+    texts.row1 = [axis, decimals = decimalsOfStep(axis.step)](int i) {
+        return QString::number(axis.first + i * axis.step, 'f', decimals) + " pc/cm^3";
+    };
+    return texts;
 }
 
-// Labels stand for the begin of each bin.
-AxisLabels phaseLabels(const PulsarAxis &axis, int count)
+// The texts stand for the begin of each bin.
+AxisTexts phaseTexts(const PulsarAxis &axis)
 {
-    AxisLabels labels;
-    for (int i = 0; i < count; ++i) {
-        const double phase = axis.first + i * axis.step;
-        labels.row1 << QString::number(phase, 'f', decimalsOfStep(axis.step));
-        labels.row2 << QString::number(phase * axis.period, 'f',
-                                       decimalsOfStep(axis.step * axis.period)) +
-                           " s";
-    }
-    return labels;
+    AxisTexts texts;
+    texts.row1 = [axis, decimals = decimalsOfStep(axis.step)](int i) {
+        return QString::number(axis.first + i * axis.step, 'f', decimals);
+    };
+    texts.row2 = [axis, decimals = decimalsOfStep(axis.step * axis.period)](int i) {
+        return QString::number((axis.first + i * axis.step) * axis.period, 'f', decimals) + " s";
+    };
+    return texts;
 }
 
 } // namespace
@@ -155,13 +163,10 @@ StartPoint pointAtUtc(const ObservationData &data, const QString &time)
 QString selection(const QString &action, const ObservationData &data,
                   const PulsarParameters &parameters, int points)
 {
-    const std::size_t module = std::size_t(parameters.module - 1);
-    const int trueModule =
-        module < data.moduleNumbers.size() ? data.moduleNumbers[module] : parameters.module;
-    const int trueRay = data.ray > 0 && data.rays == 1 ? data.ray : parameters.ray;
-    return "Action:" + action + "\nModule:" + withTrueNumber(parameters.module, trueModule) +
+    return "Action:" + action +
+           "\nModule:" + withTrueNumber(parameters.module, trueModule(data, parameters)) +
            "\nChannel:" + QString::number(parameters.channel) +
-           "\nRay:" + withTrueNumber(parameters.ray, trueRay) +
+           "\nRay:" + withTrueNumber(parameters.ray, trueRay(data, parameters)) +
            "\nPoints:" + QString::number(points);
 }
 
@@ -179,18 +184,63 @@ AxisTitles axisTitles(const PulsarAxis &axis)
     }
 }
 
-AxisLabels axisLabels(const PulsarAxis &axis, int count, const ObservationData &data)
+AxisTexts axisTexts(const PulsarAxis &axis, int count, const ObservationData &data)
 {
     switch (axis.kind) {
     case PulsarAxis::Kind::Frequency:
-        return spectrumLabels(axis, count);
+        return spectrumTexts(axis);
     case PulsarAxis::Kind::Dispersion:
-        return dispersionLabels(axis, count);
+        return dispersionTexts(axis);
     case PulsarAxis::Kind::Phase:
-        return phaseLabels(axis, count);
+        return phaseTexts(axis);
     default:
-        return timeLabels(axis, count, data);
+        return timeTexts(axis, count, data);
     }
+}
+
+PlotAxis plotAxis(const PulsarAxis &axis, double tresolution)
+{
+    switch (axis.kind) {
+    case PulsarAxis::Kind::Frequency:
+        return {"frequency", "Hz", axis.first, axis.step, {}};
+    case PulsarAxis::Kind::Dispersion:
+        return {"dispersion", "pc/cm^3", axis.first, axis.step, {}};
+    case PulsarAxis::Kind::Phase:
+        return {"phase", "", axis.first, axis.step, {}};
+    default:
+        if (!(tresolution > 0) || std::isinf(tresolution))
+            return {"point", "", axis.first, axis.step, {}};
+        return {"time", "s", axis.first * tresolution, axis.step * tresolution, {}};
+    }
+}
+
+QStringList source(const QString &path, const QString &action, const ObservationData &data,
+                   const PulsarParameters &parameters, bool sumsBands)
+{
+    QStringList lines = {"file: " + path};
+    if (data.beginTime.isValid())
+        lines << "begin of the recording: " + data.beginTime.toString("yyyy-MM-dd hh:mm:ss.zzz") +
+                     " UTC";
+    lines << QString("step: %1 ms").arg(data.tresolution * 1000)
+          << "module: " + withTrueNumber(parameters.module, trueModule(data, parameters))
+          << "ray: " + withTrueNumber(parameters.ray, trueRay(data, parameters));
+    const auto band = std::size_t(sumsBands ? PulsarCalculate::sumBands : parameters.channel);
+    const QString frequency = band > 0 && band <= data.fbands.size()
+                                  ? QString("%1 MHz").arg(data.fbands[band - 1], 0, 'g', 10)
+                                  : QString("unknown");
+    if (!sumsBands) {
+        lines << QString("channel: %1, frequency: %2").arg(band).arg(frequency);
+    } else {
+        QStringList dispersions;
+        if (action == "sum4Dispersions")
+            for (const double dispersion : parameters.dispersions)
+                dispersions << QString::number(dispersion);
+        else
+            dispersions << QString::number(parameters.dispersion);
+        lines << "dispersion: " + dispersions.join(", ") + " pc/cm^3"
+              << QString("reference frequency: %1 (band %2)").arg(frequency).arg(band);
+    }
+    return lines << "action: " + action << "base line: " + parameters.noise;
 }
 
 int labelDecimals(double range)

@@ -2,9 +2,10 @@
 
 #include "calc/pulsarresult.h"
 #include "data/observationdata.h"
+#include "plot/plotdata.h"
 
 #include <QString>
-#include <QVector>
+#include <functional>
 #include <vector>
 
 /// Texts of the pulsar form to numbers and back, without widgets.
@@ -39,13 +40,26 @@ struct AxisTitles {
 };
 AxisTitles axisTitles(const PulsarAxis &axis);
 
-/// The label rows of a result: point numbers and UTC for time series, frequencies and periods
-/// for spectra, dispersions for scans, phases and seconds for profiles.
-struct AxisLabels {
-    QVector<QString> row1;
-    QVector<QString> row2;
+/// The texts of the label rows of a result, made for one point at a time: point numbers and UTC
+/// for time series, frequencies and periods for spectra, dispersions for scans, phases and
+/// seconds for profiles. A row without function has no texts.
+struct AxisTexts {
+    std::function<QString(int index)> row1;
+    std::function<QString(int index)> row2;
 };
-AxisLabels axisLabels(const PulsarAxis &axis, int count, const ObservationData &data);
+AxisTexts axisTexts(const PulsarAxis &axis, int count, const ObservationData &data);
+
+/// The X values of a result: seconds since the begin of the recording, Hz, pc/cm^3 or phase.
+///
+/// @param tresolution  s; without one, time series keep their point numbers
+PlotAxis plotAxis(const PulsarAxis &axis, double tresolution);
+
+/// Where a result comes from, for pictures and tables: file, module, ray, dispersion and its
+/// reference frequency or channel, action and base line, a line each.
+///
+/// @param sumsBands  false for the actions on one channel
+QStringList source(const QString &path, const QString &action, const ObservationData &data,
+                   const PulsarParameters &parameters, bool sumsBands);
 
 /// Decimals that tell labels 50 pixels apart from each other on an axis of that range.
 int labelDecimals(double range);

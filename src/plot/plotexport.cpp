@@ -1,0 +1,282 @@
+#include "plot/plotexport.h"
+
+#include "plot/curvelines.h"
+#include "plot/plotpainter.h"
+
+#include <QFileInfo>
+#include <QPageSize>
+#include <QPainter>
+#include <QPdfWriter>
+#include <QSaveFile>
+#include <QSvgGenerator>
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace Plot {
+
+namespace {
+
+constexpr int linesPerPixel = 4; // a page of the screen's width then has some 400 to the inch
+constexpr double screenDpi = 96;
+constexpr int pdfDpi = 1200;
+constexpr int pngScale = 3;
+constexpr double inchesPerMeter = 1 / 0.0254;
+
+void drawCurves(QPainter &painter, const PlotData &data, const View &view,
+                const std::vector<std::vector<float>> &curves,
+                const std::vector<BlockExtremes> &blocks)
+{
+    for (size_t i = 0; i < curves.size(); ++i) {
+        if (!isVisible(data, int(i)))
+            continue;
+        const QColor colour(colourOf(data, int(i)));
+        painter.setPen(QPen(colour, 1, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+        const BlockExtremes ofCurve = i < blocks.size() ? blocks[i] : BlockExtremes();
+        for (const QPolygonF &line : curveLines(view, curves[i], ofCurve, linesPerPixel))
+            painter.drawPolyline(line);
+        paintSamples(painter, view, curves[i]);
+    }
+}
+
+// A line of the plot from one edge to the other, where it is in sight.
+void drawAcross(QPainter &painter, const View &view, QLineF line)
+{
+    const QRect clip = view.clip();
+    if (line.y1() >= clip.top() && line.y2() <= clip.bottom() + 1 && line.x1() >= clip.left() &&
+        line.x2() <= clip.right() + 1)
+        painter.drawLine(line);
+}
+
+void drawZeroLine(QPainter &painter, const View &view, const char *colour)
+{
+    if (view.y.min > 0 || view.allPoints < 2)
+        return;
+    const double y = placeOf(view, {0, 0}).y();
+    const double right = placeOf(view, {double(view.allPoints - 1), 0}).x();
+    painter.setPen(QColor(colour));
+    drawAcross(painter, view,
+               {double(marginLeft), y, std::min<double>(right, view.width - marginRight), y});
+}
+
+QString inQuotes(const QString &text)
+{
+    if (!text.contains(',') && !text.contains('"') && !text.contains('\n'))
+        return text;
+    return '"' + QString(text).replace('"', "\"\"") + '"';
+}
+
+QString withUnit(const QString &name, const QString &unit)
+{
+    return unit.isEmpty() ? name : name + " (" + unit + ")";
+}
+
+struct Column {
+    QString name;
+    const std::vector<float> *samples;
+};
+
+std::vector<Column> visibleColumns(const PlotData &data)
+{
+    std::vector<Column> columns;
+    const auto add = [&](const std::vector<std::vector<float>> &set, const QString &suffix) {
+        for (int i = 0; i < int(set.size()); ++i)
+            if (isVisible(data, i))
+                columns.push_back({(data.names.value(i).isEmpty() ? QString("curve %1").arg(i + 1)
+                                                                  : data.names[i]) +
+                                       suffix,
+                                   &set[size_t(i)]});
+    };
+    add(data.graphs, {});
+    add(data.multiGraphs, data.graphs.empty() ? "" : ", below");
+    return columns;
+}
+
+QByteArray tableHead(const PlotData &data, const IndexRange &points,
+                     const std::vector<Column> &columns)
+{
+    QStringList lines;
+    for (const QString &line : data.source)
+        lines << "# " + QString(line).replace('\n', ' ');
+    lines << QString("# points %1 to %2 of %3")
+                 .arg(points.begin)
+                 .arg(points.end - 1)
+                 .arg(int(allOfX(data).max));
+    if (data.xOffset != 0)
+        lines << QString("# index 0 is point %1 of the recording").arg(data.xOffset);
+    if (!data.yName.isEmpty())
+        lines << "# values: " + withUnit(data.yName, data.yUnit);
+    QStringList names = {"index"};
+    if (!data.x.name.isEmpty())
+        names << inQuotes(withUnit(data.x.name, data.x.unit));
+    for (const Column &column : columns)
+        names << inQuotes(column.name);
+    lines << names.join(',') + "\n";
+    return lines.join('\n').toUtf8();
+}
+
+// The shortest text that gives the same float again.
+void append(QByteArray &text, float value)
+{
+    char digits[32];
+    const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, value);
+    text.append(digits, int(end.ptr - digits));
+}
+
+void appendRow(QByteArray &text, const PlotData &data, const std::vector<Column> &columns, int i)
+{
+    constexpr int axisDigits = 12;
+    text += QByteArray::number(i);
+    if (!data.x.name.isEmpty())
+        text += ',' + QByteArray::number(axisValue(data.x, i), 'g', axisDigits);
+    for (const Column &column : columns) {
+        text += ',';
+        if (size_t(i) < column.samples->size())
+            append(text, (*column.samples)[size_t(i)]);
+    }
+    text += '\n';
+}
+
+QString writeFailure(const QString &path, const QString &reason)
+{
+    return QString("Cannot write %1: %2.\nNothing was changed. Choose another folder or make room.")
+        .arg(path, reason);
+}
+
+QString savePng(QIODevice &file, const PictureContent &content)
+{
+    QImage image(content.size * pngScale, QImage::Format_RGB32);
+    if (image.isNull())
+        return "there is not enough memory for the picture";
+    image.setDotsPerMeterX(int(screenDpi * pngScale * inchesPerMeter));
+    image.setDotsPerMeterY(image.dotsPerMeterX());
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.scale(pngScale, pngScale);
+    drawPlot(painter, content);
+    painter.end();
+    return image.save(&file, "PNG") ? QString() : file.errorString();
+}
+
+QString saveSvg(QIODevice &file, const PictureContent &content)
+{
+    QSvgGenerator svg;
+    svg.setOutputDevice(&file);
+    svg.setSize(content.size);
+    svg.setViewBox(QRect(QPoint(0, 0), content.size));
+    svg.setTitle(content.data.source.join("; "));
+    QPainter painter;
+    if (!painter.begin(&svg))
+        return file.errorString();
+    drawPlot(painter, content);
+    return {};
+}
+
+QString savePdf(QIODevice &file, const PictureContent &content)
+{
+    constexpr double pointsPerInch = 72;
+    QPdfWriter pdf(&file);
+    pdf.setResolution(pdfDpi);
+    pdf.setPageSize(QPageSize(QSizeF(content.size) * pointsPerInch / screenDpi, QPageSize::Point,
+                              {}, QPageSize::ExactMatch));
+    pdf.setPageMargins(QMarginsF());
+    pdf.setTitle(content.data.source.join("; "));
+    QPainter painter;
+    if (!painter.begin(&pdf))
+        return file.errorString();
+    painter.scale(pdfDpi / screenDpi, pdfDpi / screenDpi);
+    drawPlot(painter, content);
+    return {};
+}
+
+} // namespace
+
+void drawPlot(QPainter &painter, const PictureContent &content)
+{
+    const PlotData &data = content.data;
+    const View view = viewOf(data, content.size, content.zoom);
+    painter.fillRect(QRect(QPoint(0, 0), content.size), QColor("white"));
+    painter.setPen(QColor("black"));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(QRectF(0.5, 0.5, view.width - 1, view.height - 1));
+    if (data.messageMode) {
+        paintLabels(painter, data, view);
+        return;
+    }
+    if (!data.multiGraphs.empty()) {
+        drawCurves(painter, data, view, data.multiGraphs, content.blocks.multiGraphs);
+        drawZeroLine(painter, view, "lightGray");
+    }
+    drawCurves(painter, data, view, data.graphs, content.blocks.graphs);
+    drawZeroLine(painter, view, "black");
+    painter.setPen(QColor("green"));
+    for (const int marker : data.markers) {
+        const double x = placeOf(view, {double(marker), 0}).x();
+        drawAcross(painter, view, {x, double(marginTop), x, double(view.height - marginBottom)});
+    }
+    paintLabels(painter, data, view);
+    paintMarks(painter, data, view, content.marks);
+}
+
+QString savePicture(const QString &path, const PictureContent &content)
+{
+    const QString kind = QFileInfo(path).suffix().toLower();
+    if (kind != "png" && kind != "svg" && kind != "pdf")
+        return QString("Cannot write %1: its name must end with .png, .svg or .pdf.").arg(path);
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return writeFailure(path, file.errorString());
+    const QString failure = kind == "png"   ? savePng(file, content)
+                            : kind == "svg" ? saveSvg(file, content)
+                                            : savePdf(file, content);
+    if (!failure.isEmpty())
+        return writeFailure(path, failure);
+    return file.commit() ? QString() : writeFailure(path, file.errorString());
+}
+
+bool writeSamples(QIODevice &device, const PlotData &data, const IndexRange &points,
+                  const GoOn &goOn)
+{
+    constexpr int chunkBytes = 1 << 16;
+    const std::vector<Column> columns = visibleColumns(data);
+    QByteArray text = tableHead(data, points, columns);
+    const double count = std::max(1, points.end - points.begin);
+    for (int i = points.begin; i < points.end; ++i) {
+        appendRow(text, data, columns, i);
+        if (text.size() < chunkBytes)
+            continue;
+        if (device.write(text) != text.size() || !goOn(int(100 * ((i - points.begin) / count))))
+            return false;
+        text.resize(0);
+    }
+    return device.write(text) == text.size();
+}
+
+QString saveSamples(const QString &path, const PlotData &data, const IndexRange &points,
+                    const GoOn &goOn)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return writeFailure(path, file.errorString());
+    bool stopped = false;
+    const auto watched = [&](int percent) {
+        stopped = !goOn(percent);
+        return !stopped;
+    };
+    const bool written = writeSamples(file, data, points, watched);
+    if (stopped)
+        return {};
+    if (!written || !file.commit())
+        return writeFailure(path, file.errorString());
+    return {};
+}
+
+IndexRange wholePoints(const PlotData &data, const Range &x)
+{
+    const Range all = allOfX(data);
+    const double begin = std::clamp(std::ceil(x.min), all.min, all.max - 1);
+    const double end = std::clamp(std::floor(x.max) + 1, begin + 1, all.max);
+    return {int(begin), int(end)};
+}
+
+} // namespace Plot

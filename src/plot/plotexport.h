@@ -1,0 +1,59 @@
+#pragma once
+
+#include "plot/blockextremes.h"
+#include "plot/plotgeometry.h"
+#include "plot/plotmarks.h"
+
+#include <QString>
+#include <functional>
+
+class QIODevice;
+class QPainter;
+
+/// Pictures and tables of a plot as files, without a widget: what it takes is a QGuiApplication
+/// for the fonts.
+namespace Plot {
+
+/// What a picture shows.
+struct PictureContent {
+    const PlotData &data;
+    const CurveBlocks &blocks; ///< of the data, or empty
+    QSize size;                ///< of the plot on a screen, pixels
+    Zoom zoom;
+    Marks marks;
+};
+
+/// Draws the plot with lines instead of pixels: the same curves, texts and marks, at home on any
+/// paint device. One unit of the painter is a pixel of the screen.
+void drawPlot(QPainter &painter, const PictureContent &content);
+
+/// Writes the plot as drawPlot() draws it, whole or not at all. The end of the name decides what
+/// it becomes: ".svg", ".pdf" with one page of its size, or ".png" with three times the pixels.
+///
+/// @return why it failed, for the user; empty on success
+QString savePicture(const QString &path, const PictureContent &content);
+
+/// Asked now and then with the percentage done; false stops.
+using GoOn = std::function<bool(int percent)>;
+
+/// Writes the samples of all visible curves as a table of comma separated values, UTF-8, with "."
+/// in numbers whatever the user's language. Lines that begin with "#" say where they come from;
+/// then follow the columns' names and a line per point: its index, its X value where the axis has
+/// a name, and the curves' values with all their digits ("nan" where there is none, nothing beyond
+/// a curve's end).
+///
+/// @param points  within 0 and the number of X positions
+/// @return false when stopped or when the device does not take it
+bool writeSamples(QIODevice &device, const PlotData &data, const IndexRange &points,
+                  const GoOn &goOn);
+
+/// writeSamples() to a file, whole or not at all.
+///
+/// @return why it failed, for the user; empty on success and when it was stopped
+QString saveSamples(const QString &path, const PlotData &data, const IndexRange &points,
+                    const GoOn &goOn);
+
+/// The whole points of a range of indices.
+IndexRange wholePoints(const PlotData &data, const Range &x);
+
+} // namespace Plot

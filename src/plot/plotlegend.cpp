@@ -1,0 +1,159 @@
+#include "plot/plotlegend.h"
+
+#include <QCheckBox>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QToolButton>
+#include <QVBoxLayout>
+#include <algorithm>
+
+namespace {
+
+constexpr int widestName = 220; // pixels
+constexpr double mostOfPlot = 0.6;
+
+QPixmap lineOf(const QColor &colour, qreal ratio)
+{
+    QPixmap pixmap(QSize(16, 12) * ratio);
+    pixmap.setDevicePixelRatio(ratio);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.fillRect(0, 5, 16, 3, colour);
+    return pixmap;
+}
+
+} // namespace
+
+PlotLegend::PlotLegend(QWidget *plot)
+    : QFrame(plot), heading(new QToolButton(this)), scrollArea(new QScrollArea(this))
+{
+    setObjectName("legend");
+    setStyleSheet("QFrame#legend { background: rgba(255, 255, 255, 225);"
+                  " border: 1px solid #bebebe; }"
+                  " QScrollArea, QWidget#lines { background: transparent; }"
+                  " QToolButton { border: none; }");
+    setCursor(Qt::ArrowCursor);
+
+    heading->setObjectName("legendHeading");
+    heading->setText("Curves");
+    heading->setToolTip("Fold or unfold the list of curves; drag its edge to move it");
+    heading->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    heading->setArrowType(Qt::DownArrow);
+    heading->setCheckable(true);
+    heading->setChecked(true);
+    heading->setFocusPolicy(Qt::TabFocus); // a click leaves the keys with the plot
+    connect(heading, &QToolButton::toggled, this, [this](bool open) { setFolded(!open); });
+
+    scrollArea->setFrameShape(QFrame::NoFrame);
+    scrollArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scrollArea->setFocusPolicy(Qt::NoFocus);
+    scrollArea->setWidgetResizable(true);
+
+    auto *const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(6, 2, 6, 4);
+    layout->setSpacing(2);
+    layout->addWidget(heading);
+    layout->addWidget(scrollArea);
+    hide();
+}
+
+void PlotLegend::setCurves(const QVector<Curve> &curves)
+{
+    lines = new QWidget;
+    lines->setObjectName("lines");
+    auto *const layout = new QVBoxLayout(lines);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(1);
+    for (int curve = 0; curve < curves.size(); ++curve)
+        if (!curves[curve].name.isEmpty())
+            addLine(curve, curves[curve]);
+    const bool isEmpty = layout->isEmpty();
+    scrollArea->setWidget(lines); // the former one goes
+    setVisible(!isEmpty);
+}
+
+void PlotLegend::addLine(int curve, const Curve &entry)
+{
+    auto *const box = new QCheckBox(lines);
+    box->setText(box->fontMetrics().elidedText(entry.name, Qt::ElideMiddle, widestName));
+    box->setToolTip(entry.name);
+    box->setIcon(lineOf(entry.colour, devicePixelRatioF()));
+    box->setIconSize({16, 12});
+    box->setChecked(entry.isVisible);
+    box->setFocusPolicy(Qt::TabFocus);
+    lines->layout()->addWidget(box);
+    connect(box, &QCheckBox::toggled, this,
+            [this, curve](bool checked) { emit curveToggled(curve, checked); });
+}
+
+QSize PlotLegend::sizeHint() const
+{
+    const QMargins margins = layout()->contentsMargins();
+    QSize size = heading->sizeHint();
+    if (heading->isChecked() && lines != nullptr) {
+        const QSize content = lines->sizeHint();
+        size = QSize(std::max(size.width(), content.width()),
+                     size.height() + layout()->spacing() + content.height());
+    }
+    return size + QSize(margins.left() + margins.right() + 2, margins.top() + margins.bottom() + 2);
+}
+
+void PlotLegend::fitInto(const QRect &area)
+{
+    allowed = area;
+    const QSize wanted = sizeHint();
+    const int highest = int(area.height() * mostOfPlot);
+    const bool scrolls = wanted.height() > highest;
+    const int bar = scrolls ? scrollArea->verticalScrollBar()->sizeHint().width() : 0;
+    resize(std::min(wanted.width() + bar, area.width()), std::min(wanted.height(), highest));
+}
+
+void PlotLegend::placeIn(const QRect &area, const QPoint &corner)
+{
+    allowed = area;
+    const QSize way = area.size() - size();
+    const QPoint place = draggedTo ? area.topLeft() + QPoint(int(draggedTo->x() * way.width()),
+                                                             int(draggedTo->y() * way.height()))
+                                   : corner;
+    move(place);
+}
+
+void PlotLegend::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton)
+        dragFrom = event->pos();
+}
+
+void PlotLegend::mouseMoveEvent(QMouseEvent *event)
+{
+    const QSize way = allowed.size() - size();
+    if (!dragFrom || way.width() <= 0 || way.height() <= 0)
+        return;
+    const QPoint wanted = mapToParent(event->pos()) - *dragFrom - allowed.topLeft();
+    draggedTo = QPointF(std::clamp(wanted.x() / double(way.width()), 0.0, 1.0),
+                        std::clamp(wanted.y() / double(way.height()), 0.0, 1.0));
+    placeIn(allowed, {});
+}
+
+void PlotLegend::mouseReleaseEvent(QMouseEvent * /*event*/)
+{
+    dragFrom.reset();
+}
+
+void PlotLegend::setFolded(bool folded)
+{
+    heading->setArrowType(folded ? Qt::RightArrow : Qt::DownArrow);
+    scrollArea->setVisible(!folded);
+    const QRect before = geometry();
+    fitInto(allowed);
+    if (draggedTo) {
+        placeIn(allowed, {});
+        return;
+    }
+    // stay in the corner
+    const QPoint middle = allowed.center();
+    move(before.center().x() > middle.x() ? before.right() + 1 - width() : before.left(),
+         before.center().y() > middle.y() ? before.bottom() + 1 - height() : before.top());
+}

@@ -1,0 +1,121 @@
+// The menu of the right mouse button: what is read out, pictures and samples, to the clipboard or
+// to a file.
+
+#include "plot/plotexport.h"
+#include "plot/plotlegend.h"
+#include "plot/pulsargrafik.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMenu>
+#include <QMessageBox>
+#include <QProgressDialog>
+
+namespace {
+
+const char pictureFilters[] = "PNG picture (*.png);;SVG drawing (*.svg);;PDF document (*.pdf)";
+const char tableFilter[] = "Table, comma separated (*.csv)";
+
+// Empty when the user chose none. A name without an ending gets that of the chosen kind.
+QString askForPath(QWidget *parent, const QString &title, const QString &folder,
+                   const QString &name, const QString &filters)
+{
+    QString filter;
+    QString path =
+        QFileDialog::getSaveFileName(parent, title, folder + "/" + name, filters, &filter);
+    if (path.isEmpty() || !QFileInfo(path).suffix().isEmpty())
+        return path;
+    path += filter.section("*", 1).section(")", 0, 0);
+    const bool replaces =
+        !QFileInfo::exists(path) ||
+        QMessageBox::question(parent, title,
+                              path + " already exists.\nDo you want to replace it?") ==
+            QMessageBox::Yes;
+    return replaces ? path : QString();
+}
+
+} // namespace
+
+void PulsarGrafik::contextMenuEvent(QContextMenuEvent *event)
+{
+    QMenu menu(this);
+    const bool hasCurves = !plotData.messageMode;
+    const auto add = [&](const QString &text, void (PulsarGrafik::*slot)(), bool enabled) {
+        QAction *const action = menu.addAction(text, this, slot);
+        action->setEnabled(enabled);
+    };
+    add("Copy value\tCtrl+C", &PulsarGrafik::copyValue, hasCurves);
+    add("Copy picture", &PulsarGrafik::copyPicture, true);
+    menu.addSeparator();
+    add("Save picture...", &PulsarGrafik::askAndSavePicture, hasCurves);
+    add(selectedRange() ? "Save selected data..." : "Save visible data...",
+        &PulsarGrafik::askAndSaveSamples, hasCurves);
+    menu.addSeparator();
+    add("Zoom to rectangle\tEnter", &PulsarGrafik::zoomToSelection,
+        hasCurves && selectedRange().has_value());
+    add("Previous view\tBackspace", &PulsarGrafik::showPrevious, hasCurves && !history.isEmpty());
+    add("Show all\tHome", &PulsarGrafik::showAll, isZoomed());
+    menu.exec(event->globalPos());
+}
+
+void PulsarGrafik::copyValue()
+{
+    const auto index = int(pointed.x());
+    const auto sample = Plot::nearestSample(plotData, index, pointed.y());
+    const double value = sample ? Plot::valueAt(plotData, *sample) : pointed.y();
+    constexpr int floatDigits = 9;
+    QApplication::clipboard()->setText(Plot::axisText(plotData, index) + "\t" +
+                                       QString::number(value, 'g', floatDigits));
+}
+
+void PulsarGrafik::copyPicture()
+{
+    QApplication::clipboard()->setPixmap(grab());
+}
+
+QString PulsarGrafik::savePicture(const QString &path) const
+{
+    Plot::Marks content = marks;
+    content.readOut.reset();
+    if (legend->isVisibleTo(this))
+        content.legend = legend->pos();
+    return Plot::savePicture(path, {plotData, blocks, size(), zoom, content});
+}
+
+void PulsarGrafik::askAndSavePicture()
+{
+    const QString path = askForPath(this, "Save picture", saveFolder, "plot.png", pictureFilters);
+    if (!path.isEmpty())
+        report(path, savePicture(path));
+}
+
+void PulsarGrafik::askAndSaveSamples()
+{
+    const auto selection = selectedRange();
+    const QString path = askForPath(this, "Save data", saveFolder, "plot.csv", tableFilter);
+    if (path.isEmpty())
+        return;
+    QProgressDialog progress("Writing " + QFileInfo(path).fileName(), "Cancel", 0, 100, this);
+    progress.setWindowModality(Qt::WindowModal);
+    const auto goOn = [&](int percent) {
+        progress.setValue(percent);
+        return !progress.wasCanceled();
+    };
+    const Plot::Range x = selection ? selection->x : view().x();
+    const QString failure = Plot::saveSamples(path, plotData, Plot::wholePoints(plotData, x), goOn);
+    if (!progress.wasCanceled())
+        report(path, failure);
+}
+
+void PulsarGrafik::report(const QString &path, const QString &failure)
+{
+    if (!failure.isEmpty()) {
+        QMessageBox::warning(this, "Error", failure);
+        return;
+    }
+    saveFolder = QFileInfo(path).path();
+    emit fileSaved(path);
+}
