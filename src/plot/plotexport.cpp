@@ -162,6 +162,7 @@ QString saveSvg(QIODevice &file, const PictureContent &content)
 {
     QSvgGenerator svg;
     svg.setOutputDevice(&file);
+    svg.setResolution(int(screenDpi));
     svg.setSize(content.size);
     svg.setViewBox(QRect(QPoint(0, 0), content.size));
     svg.setTitle(content.data.source.join("; "));

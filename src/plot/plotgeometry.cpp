@@ -305,9 +305,11 @@ std::vector<LabelPlace> labelPlaces(const View &view, int every)
     for (qint64 offset = 0; offset < view.plotWidth(); offset += spacing) {
         LabelPlace place{int(offset), indexAtOffset(view, int(offset))};
         if (view.isZoomed) {
+            if (place.index < view.first)
+                ++place.index;
             place.offset = xPixel(view, place.index) - marginLeft;
-            const bool isOutside = place.offset < 0 || place.offset > view.plotWidth();
-            if (isOutside || (!places.empty() && places.back().index == place.index))
+            if (place.offset > view.plotWidth() ||
+                (!places.empty() && places.back().index == place.index))
                 continue;
         }
         places.push_back(place);
@@ -327,11 +329,16 @@ std::vector<Label> xLabels1(const View &view, const PlotData &data)
 
 std::vector<Label> xLabels2(const View &view, const PlotData &data)
 {
-    auto labels = pointLabels(view, {data, data.labelsX2, data.textX2}, data.labelEvery2, 30);
+    std::vector<Label> whole =
+        pointLabels(view, {data, data.labelsX2, data.textX2}, data.labelEvery2, 30);
+    std::vector<Label> labels = whole;
     for (Label &label : labels)
         if (label.text.size() > 8 && label.text[2] == ':') // a time, shown to whole seconds
             label.text.truncate(8);
-    return labels;
+    const auto sameText = [](const Label &a, const Label &b) { return a.text == b.text; };
+    const bool needsFractions =
+        view.isZoomed && std::adjacent_find(labels.begin(), labels.end(), sameText) != labels.end();
+    return needsFractions ? whole : labels;
 }
 
 std::vector<Label> xLabels3(const View &view, const PlotData &data)

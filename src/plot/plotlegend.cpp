@@ -13,6 +13,7 @@ namespace {
 
 constexpr int widestName = 220; // pixels
 constexpr double mostOfPlot = 0.6;
+constexpr double fontPart = 0.85; // of the application's font, for it hides curves
 
 QPixmap lineOf(const QColor &colour, qreal ratio)
 {
@@ -35,6 +36,9 @@ PlotLegend::PlotLegend(QWidget *plot)
                   " QScrollArea, QWidget#lines { background: transparent; }"
                   " QToolButton { border: none; }");
     setCursor(Qt::ArrowCursor);
+    QFont small = font();
+    small.setPointSizeF(small.pointSizeF() * fontPart);
+    setFont(small);
 
     heading->setObjectName("legendHeading");
     heading->setText("Curves");

@@ -17,7 +17,7 @@ const QColor readOutColour(110, 110, 110);
 constexpr double closestHarmonics = 3; // pixels
 constexpr double closestNumbers = 26;  // pixels
 constexpr double mostHarmonics = 1e9;
-constexpr int significantDigits = 6; // of values and reciprocals
+constexpr int significantDigits = 7; // of values and reciprocals
 constexpr int upperLine = 14;        // baselines of the two lines of text above the plot
 constexpr int lowerLine = 27;
 
@@ -182,13 +182,31 @@ double valueAt(const PlotData &data, const Cursor &cursor)
     return isInside ? double(curve[size_t(cursor.index)]) : NAN;
 }
 
-std::optional<Cursor> nearestSample(const PlotData &data, int index, double value)
+std::optional<Cursor> nearestSample(const PlotData &data, const View &view, const QPointF &coords)
 {
+    constexpr double reach = 2;   // pixels to both sides: steep lines count as a whole
+    constexpr double atCurve = 4; // pixels
+    const int index = int(std::clamp<double>(std::round(coords.x()), 0, view.allPoints - 1));
+    const IndexRange around =
+        pointsInSight({view.width, view.height, coords.x() - reach / view.step(),
+                       2 * reach / view.step(), view.y, view.allPoints},
+                      view.allPoints);
     std::optional<Cursor> nearest;
-    double distance = std::numeric_limits<double>::infinity();
+    double distance = atCurve;
     for (int curve = 0; curve < int(markedCurves(data).size()); ++curve) {
-        const double away = std::abs(valueAt(data, {curve, index}) - value);
-        if (isVisible(data, curve) && away < distance) {
+        if (!isVisible(data, curve) || std::isnan(valueAt(data, {curve, index})))
+            continue;
+        if (!nearest)
+            nearest = Cursor{curve, index};
+        double low = std::numeric_limits<double>::infinity();
+        double high = -low;
+        for (int i = around.begin; i < around.end; ++i) {
+            low = std::fmin(low, valueAt(data, {curve, i}));
+            high = std::fmax(high, valueAt(data, {curve, i}));
+        }
+        const double beside = std::max({0.0, low - coords.y(), coords.y() - high});
+        const double away = beside / dataPerPixel(view).y();
+        if (away < distance) {
             distance = away;
             nearest = Cursor{curve, index};
         }

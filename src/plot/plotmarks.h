@@ -34,9 +34,9 @@ const std::vector<std::vector<float>> &markedCurves(const PlotData &data);
 /// The sample at a cursor; NaN where the data have none.
 double valueAt(const PlotData &data, const Cursor &cursor);
 
-/// The visible curve that passes nearest to the value at that index; nothing where none has a
-/// sample there.
-std::optional<Cursor> nearestSample(const PlotData &data, int index, double value);
+/// The sample that a pointer means: that of the visible curve whose line it touches, or else of the
+/// first one that has a sample there; nothing where none has.
+std::optional<Cursor> nearestSample(const PlotData &data, const View &view, const QPointF &coords);
 
 /// Whether X is a frequency, so that it has harmonics.
 bool isSpectrum(const PlotData &data);

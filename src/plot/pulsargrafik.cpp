@@ -149,8 +149,8 @@ std::optional<PulsarGrafik::SelectedRange> PulsarGrafik::selectedRange() const
 {
     if (marks.selection.width() == 0 || marks.selection.height() == 0)
         return std::nullopt;
-    const auto [left, right] = std::minmax(selectedCorner1.x(), selectedCorner2.x());
-    const auto [low, high] = std::minmax(selectedCorner1.y(), selectedCorner2.y());
+    const auto [left, right] = std::minmax({selectedCorner1.x(), selectedCorner2.x()});
+    const auto [low, high] = std::minmax({selectedCorner1.y(), selectedCorner2.y()});
     return SelectedRange{{left, right}, {low, high}};
 }
 
@@ -307,8 +307,7 @@ bool PulsarGrafik::handleKey(const QKeyEvent &event)
         return true;
     case Qt::Key_1:
     case Qt::Key_2:
-        marks.cursors[key == Qt::Key_1 ? 0 : 1] =
-            Plot::nearestSample(plotData, int(std::round(pointed.x())), pointed.y());
+        marks.cursors[key == Qt::Key_1 ? 0 : 1] = Plot::nearestSample(plotData, view(), pointed);
         update();
         return true;
     case Qt::Key_H:
@@ -326,7 +325,7 @@ void PulsarGrafik::stepReadOut(int way)
     const auto last = int(Plot::allOfX(plotData).max) - 1;
     const int before = std::clamp(int(pointed.x()), 0, last);
     if (!marks.readOut) // the pointer was nearest to this curve
-        if (const auto nearest = Plot::nearestSample(plotData, before, pointed.y()))
+        if (const auto nearest = Plot::nearestSample(plotData, view(), pointed))
             readOutCurve = nearest->curve;
     const int index = std::clamp(before + way, 0, last);
     const double value = Plot::valueAt(plotData, {readOutCurve, index});

@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
+#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMenu>
@@ -63,12 +64,13 @@ void PulsarGrafik::contextMenuEvent(QContextMenuEvent *event)
 
 void PulsarGrafik::copyValue()
 {
-    const auto index = int(pointed.x());
-    const auto sample = Plot::nearestSample(plotData, index, pointed.y());
-    const double value = sample ? Plot::valueAt(plotData, *sample) : pointed.y();
+    const auto sample = Plot::nearestSample(plotData, view(), pointed);
+    if (!sample)
+        return;
     constexpr int floatDigits = 9;
-    QApplication::clipboard()->setText(Plot::axisText(plotData, index) + "\t" +
-                                       QString::number(value, 'g', floatDigits));
+    QApplication::clipboard()->setText(
+        Plot::axisText(plotData, sample->index) + "\t" +
+        QString::number(Plot::valueAt(plotData, *sample), 'g', floatDigits));
 }
 
 void PulsarGrafik::copyPicture()
