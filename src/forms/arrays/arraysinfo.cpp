@@ -39,6 +39,9 @@ ArraysInfo::ArraysInfo(PulsarGrafik *grafik, QWidget *parent)
     ui->histogram->setFixedHeight(histogramHeight);
     ui->histogram->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     ui->coords->setMinimumHeight(ui->coords->fontMetrics().lineSpacing() * coordsLines);
+    // The plot must not change its width with these texts.
+    for (QLabel *label : {ui->coords, ui->stretch})
+        label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     ui->table->setRowCount(rowNames.size());
     ui->table->setVerticalHeaderLabels(rowNames);
     statisticsTimer.setSingleShot(true);
@@ -154,9 +157,9 @@ void ArraysInfo::showStatistics()
     const ArrayPlot::Stretch part =
         selected ? ArrayPlot::pointsBetween(selected->x.min, selected->x.max, length)
                  : visiblePoints();
-    ui->stretch->setText(QString(selected ? "Points %1 to %2, selected" : "Points %1 to %2")
-                             .arg(part.first)
-                             .arg(std::max(part.first, part.first + part.count - 1)));
+    const QString text = selected ? "Points %1 to %2, selected" : "Points %1 to %2";
+    ui->stretch->setText(part.count > 0 ? text.arg(part.first).arg(part.first + part.count - 1)
+                                        : QString());
     const int columns = std::min(int(shown.size()), mostTableColumns);
     ui->table->setColumnCount(columns);
     for (int column = 0; column < columns; ++column) {
