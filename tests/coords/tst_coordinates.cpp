@@ -135,10 +135,15 @@ void TestCoordinates::texts()
 // Each with one line that says why.
 void TestCoordinates::refusals()
 {
-    const auto culmination = [](const QString &alfa, double tres, const char *line) {
+    const auto culmination = [](const QString &alfa, double tres, const char *line,
+                                const char *date = "2015.04.01") {
         QTest::ignoreMessage(QtDebugMsg, line);
-        return culminationFromCatalog(alfa, "39:44:52", "2015.04.01", 1, tres, 4, 0).fileName;
+        return culminationFromCatalog(alfa, "39:44:52", date, 1, tres, 4, 0).fileName;
     };
+    const char noDate[] = "Tools::culminationFromCatalog(): bad date=2015.02.29";
+    QCOMPARE(culmination("03:23:27", presetStep, noDate, "2015.02.29"), QString());
+    const char noStep[] = "Tools::culminationFromCatalog(): bad tres=0";
+    QCOMPARE(culmination("03:23:27", 0, noStep), QString());
     const char noPosition[] = "Tools::culminationFromCatalog(): bad position=03:23: 39:44:52";
     QCOMPARE(culmination("03:23:", presetStep, noPosition), QString());
     const char tooManyPoints[] = "Tools::culminationFromCatalog(): bad tres=3.7e-07";

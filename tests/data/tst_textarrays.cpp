@@ -14,6 +14,7 @@ class TestTextArrays : public QObject {
 private slots:
     void numbers();
     void keys();
+    void missingFiles();
     void fullDisk();
 
 private:
@@ -52,6 +53,24 @@ void TestTextArrays::keys()
     // A piece of a long line is no line.
     QCOMPARE(found(QByteArray(4095, 'x') + "disp: 3\n" + QByteArray(9000, '\0') + "\ndisp: 12"),
              Keys(12, 0));
+}
+
+void TestTextArrays::missingFiles()
+{
+    const QString none = path + "/none";
+    const auto announce = [&](const QString &line) {
+        QTest::ignoreMessage(QtDebugMsg, qPrintable(line + none));
+    };
+    QVERIFY(writeArrToFile({}, path)); // a file is no folder
+    announce("Tools::findDispInFile(): Error! Can't open file ");
+    announce("Error of open file ");
+    QCOMPARE(findDispInFile(none) + findPointsInFile(none), 0);
+    QTest::ignoreMessage(
+        QtDebugMsg, qPrintable("ERROR! Tools::writeArrToFile(): Can't open file " + none + "\n"));
+    QVERIFY(!writeArrToFile({1}, none));
+    QTest::ignoreMessage(QtDebugMsg,
+                         qPrintable("ERROR! Tools:addArrToFile(): Can't open file " + none + "\n"));
+    QVERIFY(!addArrToFile({1}, none));
 }
 
 // The limit on the size of files stands for the full disk: the system refuses the write.

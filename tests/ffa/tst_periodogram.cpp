@@ -188,6 +188,11 @@ void TestPeriodogram::searchEqualsStraight()
     QCOMPARE(got.periods, expected.periods);
     QCOMPARE(got.foldbins, expected.foldbins);
     QVERIFY(sameValues(got.snr, expected.snr));
+    std::vector<double> periods(got.periods.size());
+    std::vector<quint32> foldbins(periods.size());
+    Ffa::trialPeriods(s.data.size(), s.tsamp, s.periodMin, s.periodMax, s.binsMin, s.binsMax,
+                      periods.data(), foldbins.data());
+    QVERIFY(periods == got.periods && foldbins == got.foldbins);
 }
 
 void TestPeriodogram::pulsesAreFound_data()
