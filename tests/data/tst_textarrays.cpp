@@ -57,20 +57,14 @@ void TestTextArrays::keys()
 
 void TestTextArrays::missingFiles()
 {
-    const QString none = path + "/none";
-    const auto announce = [&](const QString &line) {
-        QTest::ignoreMessage(QtDebugMsg, qPrintable(line + none));
-    };
-    QVERIFY(writeArrToFile({}, path)); // a file is no folder
-    announce("Tools::findDispInFile(): Error! Can't open file ");
-    announce("Error of open file ");
+    const QString none = folder.filePath("none/none");
+    for (const char *line :
+         {"Tools::findDispInFile(): Error! Can't open file %1", "Error of open file %1",
+          "ERROR! Tools::writeArrToFile(): Can't open file %1\n",
+          "ERROR! Tools:addArrToFile(): Can't open file %1\n"})
+        QTest::ignoreMessage(QtDebugMsg, qPrintable(QString(line).arg(none)));
     QCOMPARE(findDispInFile(none) + findPointsInFile(none), 0);
-    QTest::ignoreMessage(
-        QtDebugMsg, qPrintable("ERROR! Tools::writeArrToFile(): Can't open file " + none + "\n"));
-    QVERIFY(!writeArrToFile({1}, none));
-    QTest::ignoreMessage(QtDebugMsg,
-                         qPrintable("ERROR! Tools:addArrToFile(): Can't open file " + none + "\n"));
-    QVERIFY(!addArrToFile({1}, none));
+    QVERIFY(!writeArrToFile({1}, none) && !addArrToFile({1}, none));
 }
 
 // The limit on the size of files stands for the full disk: the system refuses the write.
