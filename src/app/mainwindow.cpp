@@ -6,6 +6,7 @@
 #include "forms/arrays/arraysform.h"
 #include "forms/bintotext/bintotext.h"
 #include "forms/calculator/calculatorform.h"
+#include "forms/ffa/ffaform.h"
 #include "forms/pulsar/pulsarform.h"
 #include "forms/test/testform.h"
 
@@ -145,6 +146,11 @@ void MainWindow::openDirArrays()
     openDirectory<ArraysDirForm>("directory");
 }
 
+void MainWindow::openFileFFA()
+{
+    openFile<FfaForm>();
+}
+
 void MainWindow::openTestForm1()
 {
     new TestForm("TestForm1", this);
@@ -176,11 +182,6 @@ void MainWindow::openFileShowNative()
 void MainWindow::openFileShowNativeWithoutStep()
 {
     sayNotBuilt("Show native - without step");
-}
-
-void MainWindow::openFileFFA()
-{
-    sayNotBuilt("FFA");
 }
 
 void MainWindow::openFileTransients()

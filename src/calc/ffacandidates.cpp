@@ -2,7 +2,6 @@
 
 #include "calc/fold.h"
 
-#include <QStringList>
 #include <algorithm>
 #include <cmath>
 #include <numeric>
@@ -222,24 +221,23 @@ QString candidateRemark(const FfaCandidate &candidate)
     return remarks.join(", ");
 }
 
-QString candidateText(const std::vector<FfaCandidate> &candidates)
+QStringList candidateTitles()
 {
-    QString text = "no.\tperiod, s (topocentric)\tfrequency, Hz\tS/N\twidth, bins\twidth, ms\tduty "
-                   "cycle, %\tfold bins\tremark\n";
-    int number = 0;
-    for (const FfaCandidate &candidate : candidates)
-        text += QStringList{QString::number(++number),
-                            QString::number(candidate.period, 'f', 7),
-                            QString::number(1 / candidate.period, 'f', 6),
-                            QString::number(candidate.snr, 'f', 1),
-                            QString::number(candidate.width),
-                            QString::number(1000 * candidate.widthSeconds(), 'f', 2),
-                            QString::number(100 * candidate.dutyCycle(), 'f', 1),
-                            QString::number(candidate.bins),
-                            candidateRemark(candidate)}
-                    .join('\t') +
-                "\n";
-    return text;
+    return {"no.",         "period, s", "S/N",     "remark",    "frequency, Hz",
+            "width, bins", "width, ms", "duty, %", "fold, bins"};
+}
+
+QStringList candidateFields(const FfaCandidate &candidate, int number)
+{
+    return {QString::number(number),
+            QString::number(candidate.period, 'f', 7),
+            QString::number(double(candidate.snr), 'f', 1),
+            candidateRemark(candidate),
+            QString::number(1 / candidate.period, 'f', 6),
+            QString::number(candidate.width),
+            QString::number(1000 * candidate.widthSeconds(), 'f', 2),
+            QString::number(100 * candidate.dutyCycle(), 'f', 1),
+            QString::number(candidate.bins)};
 }
 
 } // namespace Tools

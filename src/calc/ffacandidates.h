@@ -3,6 +3,7 @@
 #include "calc/pulsarresult.h"
 
 #include <QString>
+#include <QStringList>
 #include <functional>
 #include <vector>
 
@@ -57,8 +58,12 @@ std::vector<FfaCandidate> findCandidates(const FfaResult &result, double thresho
 /// than half of the S/N; empty where there is nothing to remark.
 QString candidateRemark(const FfaCandidate &candidate);
 
-/// The table of candidates as text, one line each with tabs between the columns, below a line of
-/// titles with their units.
-QString candidateText(const std::vector<FfaCandidate> &candidates);
+/// Titles of the columns of a table of candidates, units after a comma.
+QStringList candidateTitles();
+
+/// One row of it.
+///
+/// @param number  of the candidate, from 1
+QStringList candidateFields(const FfaCandidate &candidate, int number);
 
 } // namespace Tools

@@ -4,9 +4,9 @@
 #include "app/centralwidget.h"
 #include "app/errorbox.h"
 #include "app/settings.h"
-#include "data/reader.h"
 #include "forms/fieldstyles.h"
 #include "forms/pulsar/pulsartexts.h"
+#include "forms/readrecording.h"
 #include "plot/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "plot/pulsargrafikinfo.h"
@@ -78,23 +78,11 @@ PulsarForm::~PulsarForm() = default;
 // False, after a box unless the user stopped it, when the form cannot work on the file.
 bool PulsarForm::readRecording(const QString &path)
 {
-    Reader reader;
-    {
-        BusyGuard guard;
-        connect(&reader, &Reader::progress, progressBar, &QProgressBar::setValue);
-        connect(&guard, &BusyGuard::cancelRequested, &reader, &Reader::cancel);
-        progressBar->setValue(0);
-        progressBar->show();
-        data = Reader::readDataFile(&reader, path, false);
-        progressBar->hide();
-    }
-    if (reader.outcome() == ReadOutcome::Cancelled)
+    std::optional<ReadRecording> recording = ::readRecording(path, parentWidget());
+    if (!recording)
         return false;
-    readProblem = reader.reason();
-    if (data.npoints < 1 || data.samples == nullptr) {
-        showError(parentWidget(), "Bad file!\nFile without data", readProblem);
-        return false;
-    }
+    data = std::move(recording->data);
+    readProblem = recording->problem;
     if (data.npoints < shortestRecording) {
         showError(parentWidget(), "Bad file!\nFile with short data, must be long data",
                   QString("%1 has %2 points; this form needs at least %3.")

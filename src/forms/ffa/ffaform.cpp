@@ -1,0 +1,481 @@
+#include "forms/ffa/ffaform.h"
+
+#include "app/busyguard.h"
+#include "app/centralwidget.h"
+#include "app/errorbox.h"
+#include "app/settings.h"
+#include "calc/reporttext.h"
+#include "forms/ffa/ffaresults.h"
+#include "forms/pulsar/pulsartexts.h"
+#include "forms/readrecording.h"
+#include "plot/plotgeometry.h"
+#include "plot/pulsargrafik.h"
+#include "ui_ffaform.h"
+
+#include <QCheckBox>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QKeyEvent>
+#include <QProgressBar>
+#include <QScopedValueRollback>
+#include <QSplitter>
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr char failingStyle[] = "background-color: #f4cccc;";
+const QString problemSuffix = "Problem";
+constexpr int mostCandidates = 50;
+constexpr double catchPixels = 3; // beside a click, where a peak is looked for
+
+// Noise methods in the order of the choice.
+const QStringList noiseMethods = {"polinom5", "median", "backSum", "without"};
+
+// Seconds that searches take on this machine for one estimated second; of the last one that
+// was long enough to measure.
+double slowness = 1;
+constexpr double measurable = 0.02; // s
+
+QString number(double value)
+{
+    return QString::number(value, 'g', 6);
+}
+
+QString secondsText(double seconds)
+{
+    if (seconds < 1)
+        return "Less than 1 s";
+    return seconds < 120 ? QString("About %1 s").arg(seconds, 0, 'f', 0)
+                         : QString("About %1 min").arg(seconds / 60, 0, 'f', 0);
+}
+
+QString periodText(double period)
+{
+    return QString::number(period, 'f', 7) + " s";
+}
+
+} // namespace
+
+FfaForm::FfaForm(const QString &path, QWidget *parent) : QWidget(parent), ui(new Ui::FfaForm)
+{
+    ui->setupUi(this);
+    ui->filePath->setText(FormTexts::fileLabel(path));
+    emptyCentralWidget();
+    progressBar = Settings::instance()->progressBar();
+    std::optional<ReadRecording> recording = readRecording(path, parent);
+    if (!recording) {
+        deleteLater();
+        return;
+    }
+    data = std::move(recording->data);
+    readProblem = recording->problem;
+
+    auto *const splitter = new QSplitter(this);
+    splitter->setObjectName("splitter");
+    splitter->setChildrenCollapsible(false);
+    results = new FfaResults(splitter);
+    grafik = new PulsarGrafik;
+    grafik->setObjectName("grafik");
+    grafik->showMessage("Press Search");
+    splitter->insertWidget(0, grafik); // inserted last, so that the keyboard reaches it last
+    splitter->setStretchFactor(0, 1);
+    splitter->setStretchFactor(1, 0);
+    splitter->setSizes({540, 470});
+    fillCentralWidget(this, splitter, nullptr);
+
+    fillPresets();
+    connectInputs();
+    showEstimate();
+    ui->pushButton->setFocus();
+}
+
+FfaForm::~FfaForm() = default;
+
+void FfaForm::connectInputs()
+{
+    for (const QLineEdit *field : findChildren<QLineEdit *>()) {
+        if (!qobject_cast<const QAbstractSpinBox *>(field->parentWidget()))
+            connect(field, &QLineEdit::textChanged, this, &FfaForm::showEstimate);
+    }
+    for (const QSpinBox *field : findChildren<QSpinBox *>())
+        connect(field, QOverload<int>::of(&QSpinBox::valueChanged), this, &FfaForm::showEstimate);
+    connect(ui->deredden, &QGroupBox::toggled, this, &FfaForm::showEstimate);
+    connect(ui->pushButton, &QPushButton::clicked, this, &FfaForm::search);
+    connect(grafik, &PulsarGrafik::clicked, this, &FfaForm::choosePeak);
+    connect(results, &FfaResults::candidateChosen, this, &FfaForm::chooseCandidate);
+    connect(results, &FfaResults::widthChosen, this, &FfaForm::showSpectrum);
+    connect(results, &FfaResults::refineRequested, this, &FfaForm::refine);
+}
+
+void FfaForm::fillPresets()
+{
+    ui->module->setMaximum(std::max(1, data.modules));
+    ui->ray->setMaximum(std::max(1, data.rays));
+    PulsarParameters parameters;
+    parameters.dispersion = std::max(0, data.dispersion);
+    ui->dispersion->setText(QString::number(parameters.dispersion));
+    const int points = PulsarCalculate(data, parameters).ffaPoints();
+    const FfaParameters ffa = Tools::presetFfa(points, data.tresolution);
+    ui->period_min->setText(number(ffa.period_min));
+    ui->period_max->setText(number(ffa.period_max));
+}
+
+void FfaForm::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        search();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+// A text that is no number is a problem of its field.
+double FfaForm::readNumber(QLineEdit *field, std::vector<FfaProblem> &problems)
+{
+    const std::vector<double> numbers = FormTexts::numbers(field->text());
+    if (numbers.size() == 1)
+        return numbers[0];
+    problems.push_back({field->objectName(), "\"" + field->text() + "\" is no number"});
+    return 0;
+}
+
+int FfaForm::readCount(QLineEdit *field, std::vector<FfaProblem> &problems)
+{
+    const double value = readNumber(field, problems);
+    constexpr double limit = 2e9; // beyond every recording
+    if (value != std::trunc(value))
+        problems.push_back({field->objectName(), "must be a whole number"});
+    return int(std::clamp(value, -limit, limit));
+}
+
+PulsarParameters FfaForm::readParameters(std::vector<FfaProblem> &problems)
+{
+    PulsarParameters parameters;
+    parameters.module = ui->module->value();
+    parameters.ray = ui->ray->value();
+    parameters.dispersion = readNumber(ui->dispersion, problems);
+    parameters.firstPoint = readCount(ui->firstPoint, problems);
+    if (!ui->points->text().isEmpty()) {
+        parameters.points = readCount(ui->points, problems);
+        if (parameters.points == 0)
+            parameters.points = -1; // typed, so refused
+    }
+    parameters.noise = noiseMethods[ui->noise->currentIndex()];
+    FfaParameters &ffa = parameters.ffa;
+    ffa.period_min = readNumber(ui->period_min, problems);
+    ffa.period_max = readNumber(ui->period_max, problems);
+    ffa.fpmin = ui->fpmin->value();
+    ffa.bins_min = ui->bins_min->value();
+    ffa.bins_max = ui->bins_max->value();
+    ffa.ducy_max = readNumber(ui->ducy_max, problems);
+    ffa.wtsp = readNumber(ui->wtsp, problems);
+    ffa.deredden = ui->deredden->isChecked();
+    ffa.rmed_minpts = ui->rmed_minpts->value();
+    ffa.rmed_width = 3 * ffa.period_max;
+    if (ffa.deredden && !ui->rmed_width->text().isEmpty())
+        ffa.rmed_width = readNumber(ui->rmed_width, problems);
+    return parameters;
+}
+
+// What is wrong with the fields; every field stands for one problem, the first of it.
+std::vector<FfaProblem> FfaForm::findProblems(PulsarParameters &parameters)
+{
+    std::vector<FfaProblem> problems;
+    parameters = readParameters(problems);
+    for (const FfaProblem &problem : PulsarCalculate(data, parameters).findProblems()) {
+        const bool isKnown = std::any_of(problems.begin(), problems.end(), [&](const auto &known) {
+            return known.parameter == problem.parameter;
+        });
+        if (!isKnown)
+            problems.push_back(problem);
+    }
+    return problems;
+}
+
+void FfaForm::showEstimate()
+{
+    PulsarParameters parameters;
+    const std::vector<FfaProblem> problems = findProblems(parameters);
+    showProblems(problems);
+    const int points = PulsarCalculate(data, parameters).ffaPoints();
+    ui->points->setPlaceholderText(QString::number(points));
+    ui->rmed_width->setPlaceholderText(number(3 * parameters.ffa.period_max));
+    if (!problems.empty())
+        return;
+    constexpr double megabyte = 1e6;
+    const FfaEstimate estimate = Tools::estimateFfa(parameters.ffa, points, data.tresolution);
+    ui->estimate->setText(
+        QString("%1 s of data, %2 MB of memory\n%3 periods x %4 widths\n%5; noise "
+                "reaches S/N %6")
+            .arg(number(points * data.tresolution))
+            .arg(std::ceil(estimate.bytes / megabyte), 0, 'f', 0)
+            .arg(estimate.trials)
+            .arg(estimate.widths)
+            .arg(secondsText(estimate.seconds * slowness))
+            .arg(estimate.noiseMaximum, 0, 'f', 1));
+}
+
+// Each problem below its field; those of no field, or of one without such a place, in the frame
+// of the estimate.
+void FfaForm::showProblems(const std::vector<FfaProblem> &problems)
+{
+    QStringList others;
+    for (QLabel *label : findChildren<QLabel *>()) {
+        if (!label->objectName().endsWith(problemSuffix))
+            continue;
+        const QString parameter = label->objectName().chopped(problemSuffix.size());
+        const auto problem =
+            std::find_if(problems.begin(), problems.end(),
+                         [&](const FfaProblem &p) { return p.parameter == parameter; });
+        const bool fails = problem != problems.end();
+        label->setText(fails ? problem->text : QString());
+        label->setVisible(fails);
+        findChild<QWidget *>(parameter)->setStyleSheet(fails ? failingStyle : "");
+    }
+    for (const FfaProblem &problem : problems) {
+        if (!findChild<QLabel *>(problem.parameter + problemSuffix))
+            others << problem.text;
+    }
+    if (!problems.empty())
+        ui->estimate->setText(others.isEmpty() ? "No search with these values" : others.join("\n"));
+    ui->estimate->setStyleSheet(others.isEmpty() ? "" : "color: #b00020;");
+}
+
+// Runs work that calls showPercent(), with the menus disabled and Esc to stop it.
+template <typename Work>
+void FfaForm::runShowingProgress(const Work &work)
+{
+    const QScopedValueRollback<bool> isRunning(running, true);
+    const QMutexLocker pressesIgnored(&grafik->busyMutex());
+    BusyGuard guard;
+    cancelled = false;
+    connect(&guard, &BusyGuard::cancelRequested, this, [this] { cancelled = true; });
+    progressBar->setValue(0);
+    progressBar->show();
+    work();
+    progressBar->hide();
+}
+
+// False when the user wants to stop.
+bool FfaForm::showPercent(int percent)
+{
+    progressBar->setValue(percent);
+    QCoreApplication::processEvents();
+    return !cancelled;
+}
+
+void FfaForm::search()
+{
+    if (running)
+        return;
+    PulsarParameters parameters;
+    const std::vector<FfaProblem> problems = findProblems(parameters);
+    if (!problems.empty()) {
+        showProblems(problems);
+        if (auto *const field = findChild<QWidget *>(problems[0].parameter))
+            field->setFocus();
+        return;
+    }
+    auto next = std::make_unique<PulsarCalculate>(data, parameters);
+    connect(next.get(), &PulsarCalculate::progress, this, [this, &next](int percent) {
+        if (!showPercent(percent))
+            next->cancel();
+    });
+    bool done = false;
+    std::vector<FfaCandidate> found;
+    const FfaEstimate estimate =
+        Tools::estimateFfa(parameters.ffa, next->ffaPoints(), data.tresolution);
+    runShowingProgress([&] {
+        QElapsedTimer time;
+        time.start();
+        done = next->run("createFFA");
+        if (!done)
+            return;
+        const double measured = double(time.nsecsElapsed()) * 1e-9;
+        if (measured > measurable)
+            slowness = measured / estimate.seconds;
+        found = Tools::findCandidates(*next->result().ffa, estimate.noiseMaximum, mostCandidates,
+                                      [this](int percent) { return showPercent(percent); });
+    });
+    if (!done && !next->wasCancelled()) {
+        showError(this, next->failure().section('\n', 0, 0), next->failure().section('\n', 1));
+        if (auto *const field = findChild<QWidget *>(next->failedParameter()))
+            field->setFocus();
+    }
+    if (!done || cancelled)
+        return;
+    next->disconnect(this);
+    calculate = std::move(next);
+    searched = parameters;
+    noiseMaximum = estimate.noiseMaximum;
+    candidates = std::move(found);
+    showResult();
+    showEstimate();
+}
+
+void FfaForm::showResult()
+{
+    chosenPeriod = 0;
+    const bool areAll = int(candidates.size()) < mostCandidates;
+    QString noise =
+        QString(
+            "%1%2 candidates above S/N %3, the highest that noise alone is expected to reach in "
+            "this search. Periods are topocentric.")
+            .arg(areAll ? "" : "The strongest ")
+            .arg(candidates.size())
+            .arg(noiseMaximum, 0, 'f', 1);
+    if (calculate->result().remarks.size() > 1) // the last one speaks of times
+        noise +=
+            "\n" +
+            calculate->result().remarks.mid(0, calculate->result().remarks.size() - 1).join("\n");
+    if (!readProblem.isEmpty())
+        noise += "\n" + readProblem;
+    const Settings *const settings = Settings::instance();
+    const QString folder =
+        settings->lastSavePath().isEmpty() ? settings->lastOpenPath() : settings->lastSavePath();
+    const QString name = data.fileName.section('.', 0, -2) + "_ffa.txt";
+    results->showSearch(candidates, result().periodogram.widths, noise, sourceLines(),
+                        QDir(folder).filePath(name));
+    showSpectrum(results->shownWidth());
+    if (!candidates.empty()) {
+        results->selectRow(0);
+        chooseCandidate(0);
+    }
+}
+
+QStringList FfaForm::sourceLines() const
+{
+    const FfaParameters &ffa = searched.ffa;
+    QStringList lines = {"fast folding search, periods topocentric",
+                         "file: " + data.filePath,
+                         QString("module: %1, ray: %2").arg(searched.module).arg(searched.ray),
+                         "dispersion: " + number(searched.dispersion) + " pc/cm^3",
+                         QString("first point: %1, points: %2, step: %3 s")
+                             .arg(searched.firstPoint)
+                             .arg(result().series.size())
+                             .arg(result().tsamp),
+                         "base line: " + searched.noise};
+    lines << QString("periods: %1 to %2 s, bins: %3 to %4, ducy_max: %5, wtsp: %6")
+                 .arg(ffa.period_min)
+                 .arg(ffa.period_max)
+                 .arg(ffa.bins_min)
+                 .arg(ffa.bins_max)
+                 .arg(ffa.ducy_max)
+                 .arg(ffa.wtsp);
+    lines << (ffa.deredden ? QString("running median: %1 s, %2 points")
+                                 .arg(ffa.rmed_width)
+                                 .arg(ffa.rmed_minpts)
+                           : QString("no running median"));
+    lines << QString("S/N that noise alone is expected to reach: %1").arg(noiseMaximum, 0, 'f', 2);
+    return lines;
+}
+
+// Periods of the plot that are the chosen one, its half, double and triple.
+std::vector<int> FfaForm::markers() const
+{
+    std::vector<int> found;
+    const std::vector<double> &periods = spectrum->periods;
+    for (const double factor : {0.5, 1.0, 2.0, 3.0}) {
+        const double period = factor * chosenPeriod;
+        if (!(period >= periods.front()) || period > periods.back())
+            continue;
+        const auto after = std::lower_bound(periods.begin(), periods.end(), period);
+        const bool earlier = after == periods.end() ||
+                             (after != periods.begin() && period - *(after - 1) < *after - period);
+        found.push_back(int(after - periods.begin()) - (earlier ? 1 : 0));
+    }
+    return found;
+}
+
+void FfaForm::showSpectrum(int width)
+{
+    if (!calculate)
+        return;
+    spectrum =
+        std::make_shared<const FfaSpectrum>(Tools::sortedSpectrum(result().periodogram, width));
+    PlotData plot;
+    plot.graphs = {spectrum->snr, std::vector<float>(spectrum->snr.size(), float(noiseMaximum))};
+    plot.colours = {plotColour(0).code, plotColour(2).code};
+    plot.names = {
+        width < 0
+            ? QString("S/N, best width")
+            : QString("S/N, width %1 bins").arg(result().periodogram.widths[std::size_t(width)]),
+        "noise alone"};
+    plot.numPoints = int(spectrum->snr.size());
+    plot.x = {"period", "s", 0, 1, spectrum->periods};
+    plot.yName = "S/N";
+    plot.source = sourceLines();
+    const auto shown = spectrum;
+    plot.textX1 = [shown](int i) { return number(shown->periods[std::size_t(i)]) + " s"; };
+    plot.textX2 = [shown](int i) { return number(1 / shown->periods[std::size_t(i)]) + " Hz"; };
+    plot.markers = markers();
+    const Plot::Range range = Plot::verticalRange(plot);
+    plot.yPrecision = FormTexts::labelDecimals(range.max - range.min);
+    grafik->setData(std::move(plot));
+    grafik->recomputeRange();
+}
+
+// The highest peak within some pixels of a click.
+void FfaForm::choosePeak(QPointF coords)
+{
+    if (!calculate || running || spectrum->snr.empty())
+        return;
+    const double reach = catchPixels * std::abs(grafik->dataPerPixel().x());
+    const double last = double(spectrum->snr.size()) - 1;
+    const auto begin = std::size_t(std::clamp(std::floor(coords.x() - reach), 0.0, last));
+    const auto end = std::size_t(std::clamp(std::ceil(coords.x() + reach), 0.0, last)) + 1;
+    const float *const snr = spectrum->snr.data();
+    const auto peak = std::size_t(std::max_element(snr + begin, snr + end) - snr);
+    const double period = spectrum->periods[peak];
+    const auto isThere = [&](const FfaCandidate &candidate) {
+        return std::abs(1 / candidate.period - 1 / period) * seconds() < 0.5;
+    };
+    const auto candidate = std::find_if(candidates.begin(), candidates.end(), isThere);
+    results->selectRow(candidate == candidates.end() ? -1 : int(candidate - candidates.begin()));
+    const int trial = spectrum->trials[peak];
+    choosePeriod(period, int(result().periodogram.foldbins[std::size_t(trial)]));
+}
+
+void FfaForm::chooseCandidate(int row)
+{
+    if (!calculate || running || row >= int(candidates.size()))
+        return;
+    const FfaCandidate &candidate = candidates[std::size_t(row)];
+    choosePeriod(candidate.period, candidate.bins);
+}
+
+void FfaForm::choosePeriod(double period, int bins, const QString &remark)
+{
+    chosenPeriod = period;
+    chosenBins = bins;
+    PlotData plot = grafik->data();
+    plot.markers = markers();
+    grafik->setData(std::move(plot));
+    const FfaFold fold = Tools::foldSeries(result(), period, bins);
+    const int width = fold.widths[std::size_t(fold.best)];
+    const int count = int(fold.profile.size());
+    results->showFold(fold, seconds(),
+                      QString("Period %1 (topocentric), %2 Hz\nFold: S/N %3, width %4 of %5 bins, "
+                              "%6 ms, phase %7")
+                          .arg(remark.isEmpty() ? periodText(period) : remark)
+                          .arg(1 / period, 0, 'f', 6)
+                          .arg(fold.snr[std::size_t(fold.best)], 0, 'f', 1)
+                          .arg(width)
+                          .arg(count)
+                          .arg(1000 * width * period / count, 0, 'f', 2)
+                          .arg(fold.phase, 0, 'f', 3));
+}
+
+void FfaForm::refine()
+{
+    if (!calculate || running || !(chosenPeriod > 0))
+        return;
+    FfaRefinement refined;
+    runShowingProgress([&] {
+        refined = Tools::refinePeriod(result(), chosenPeriod, chosenBins,
+                                      [this](int percent) { return showPercent(percent); });
+    });
+    if (refined.period > 0)
+        choosePeriod(refined.period, chosenBins,
+                     ReportText::withError(refined.period, refined.error) + " s");
+}

@@ -1,0 +1,147 @@
+#include "forms/ffa/ffaresults.h"
+
+#include "app/directoryof.h"
+#include "app/errorbox.h"
+#include "app/settings.h"
+#include "ui_ffaresults.h"
+
+#include <QClipboard>
+#include <QFileDialog>
+#include <QSaveFile>
+#include <QShortcut>
+#include <QSignalBlocker>
+
+namespace {
+
+const int remarkColumn = Tools::candidateTitles().indexOf("remark");
+
+} // namespace
+
+FfaResults::FfaResults(QWidget *parent) : QWidget(parent), ui(new Ui::FfaResults)
+{
+    ui->setupUi(this);
+    const QStringList titles = Tools::candidateTitles();
+    ui->candidates->setColumnCount(titles.size());
+    ui->candidates->setHorizontalHeaderLabels(QStringList(titles).replaceInStrings(", ", "\n"));
+    const QFontMetrics metrics = fontMetrics();
+    ui->candidates->verticalHeader()->setDefaultSectionSize(metrics.height() + 4);
+    connect(ui->candidates, &QTableWidget::currentCellChanged, this,
+            [this](int row, int, int before, int) {
+                if (row >= 0 && row != before)
+                    emit candidateChosen(row);
+            });
+    connect(ui->candidates, &QTableWidget::cellClicked, this, &FfaResults::candidateChosen);
+    connect(ui->widthChoice, QOverload<int>::of(&QComboBox::activated), this,
+            [this] { emit widthChosen(shownWidth()); });
+    connect(ui->copyButton, &QPushButton::clicked, this, &FfaResults::copyTable);
+    connect(ui->saveButton, &QPushButton::clicked, this, &FfaResults::saveTable);
+    connect(ui->refineButton, &QPushButton::clicked, this, &FfaResults::refineRequested);
+    auto *const copy =
+        new QShortcut(QKeySequence::Copy, ui->candidates, nullptr, nullptr, Qt::WidgetShortcut);
+    connect(copy, &QShortcut::activated, this, &FfaResults::copyTable);
+}
+
+FfaResults::~FfaResults() = default;
+
+void FfaResults::showSearch(const std::vector<FfaCandidate> &candidates,
+                            const std::vector<quint64> &widths, const QString &noise,
+                            const QStringList &source, const QString &path)
+{
+    sourceLines = source;
+    savePath = path;
+    ui->noiseMaximum->setText(noise);
+    fillTable(candidates);
+
+    const int before = shownWidth();
+    ui->widthChoice->clear();
+    ui->widthChoice->addItem("best width");
+    for (const quint64 width : widths)
+        ui->widthChoice->addItem(QString("%1 bins").arg(width));
+    ui->widthChoice->setCurrentIndex(before + 1 < ui->widthChoice->count() ? before + 1 : 0);
+
+    ui->foldText->setText("Click a peak of the plot or a row of the table to fold");
+    ui->foldView->clear();
+    ui->refineButton->setEnabled(false);
+    ui->copyButton->setEnabled(!candidates.empty());
+    ui->saveButton->setEnabled(true);
+}
+
+void FfaResults::fillTable(const std::vector<FfaCandidate> &candidates)
+{
+    const QSignalBlocker blocker(ui->candidates);
+    ui->candidates->clearSelection();
+    ui->candidates->setCurrentCell(-1, -1);
+    ui->candidates->setRowCount(int(candidates.size()));
+    for (int row = 0; row < int(candidates.size()); ++row) {
+        const QStringList fields = Tools::candidateFields(candidates[std::size_t(row)], row + 1);
+        for (int column = 0; column < fields.size(); ++column) {
+            auto *const item = new QTableWidgetItem(fields[column]);
+            const bool isNumber = column != remarkColumn;
+            item->setTextAlignment(
+                int((isNumber ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter));
+            ui->candidates->setItem(row, column, item);
+        }
+    }
+    ui->candidates->resizeColumnsToContents();
+    ui->candidates->scrollToTop();
+}
+
+void FfaResults::selectRow(int row)
+{
+    const QSignalBlocker blocker(ui->candidates);
+    if (row >= 0)
+        ui->candidates->selectRow(row);
+    else
+        ui->candidates->clearSelection();
+}
+
+void FfaResults::showFold(const FfaFold &fold, double length, const QString &text)
+{
+    ui->foldText->setText(text);
+    ui->foldView->showFold(fold, length);
+    ui->refineButton->setEnabled(true);
+}
+
+int FfaResults::shownWidth() const
+{
+    return std::max(ui->widthChoice->currentIndex(), 0) - 1;
+}
+
+QString FfaResults::tableText(bool onlySelected) const
+{
+    QString text = Tools::candidateTitles().join('\t') + "\n";
+    const bool all = !onlySelected || ui->candidates->selectedItems().isEmpty();
+    for (int row = 0; row < ui->candidates->rowCount(); ++row) {
+        if (!all && !ui->candidates->item(row, 0)->isSelected())
+            continue;
+        QStringList fields;
+        for (int column = 0; column < ui->candidates->columnCount(); ++column)
+            fields << ui->candidates->item(row, column)->text();
+        text += fields.join('\t') + "\n";
+    }
+    return text;
+}
+
+void FfaResults::copyTable() const
+{
+    QApplication::clipboard()->setText(tableText(true));
+}
+
+void FfaResults::saveTable()
+{
+    const QString path = QFileDialog::getSaveFileName(this, "Saving file", savePath,
+                                                      "Text files (*.txt);;All files (*)");
+    if (path.isEmpty())
+        return;
+    Settings::instance()->setLastSavePath(directoryOf(path));
+    savePath = path;
+    QString text;
+    for (const QString &line : std::as_const(sourceLines))
+        text += "# " + line + "\n";
+    text += tableText(false);
+    QSaveFile file(path);
+    const QByteArray bytes = text.toUtf8();
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+        showError(this, "The table cannot be saved.",
+                  path + "\n" + file.errorString() + "\nChoose another folder or free some room.");
+}

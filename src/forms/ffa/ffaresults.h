@@ -1,0 +1,57 @@
+#pragma once
+
+#include "calc/ffacandidates.h"
+#include "calc/ffafold.h"
+
+#include <QStringList>
+#include <QWidget>
+#include <memory>
+
+namespace Ui {
+class FfaResults;
+}
+
+/// The panel at the right of the FFA form: the candidates of a search with what noise alone
+/// reaches, and the fold at the chosen period. It asks for folds; the form makes them.
+class FfaResults : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit FfaResults(QWidget *parent = nullptr);
+    ~FfaResults() override;
+
+    /// Replaces the table, its widths and the fold.
+    ///
+    /// @param noise   what noise reaches, shown above the table
+    /// @param source  lines that a saved table begins with
+    /// @param path    where a saved table goes unless the user changes it
+    void showSearch(const std::vector<FfaCandidate> &candidates, const std::vector<quint64> &widths,
+                    const QString &noise, const QStringList &source, const QString &path);
+
+    /// Selects a row without choosing it again; below 0: none.
+    void selectRow(int row);
+
+    /// @param length  s, of the series
+    void showFold(const FfaFold &fold, double length, const QString &text);
+
+    /// Index of the width that the plot shall show; -1: the best of each period.
+    int shownWidth() const;
+
+public slots:
+    /// Copies the selected rows, or all where none is, as text with tabs.
+    void copyTable() const;
+    void saveTable();
+
+signals:
+    void candidateChosen(int row);
+    void widthChosen(int index);
+    void refineRequested();
+
+private:
+    void fillTable(const std::vector<FfaCandidate> &candidates);
+    QString tableText(bool onlySelected) const;
+
+    const std::unique_ptr<Ui::FfaResults> ui;
+    QStringList sourceLines;
+    QString savePath;
+};
