@@ -12,8 +12,11 @@ namespace Tools {
 namespace {
 
 constexpr int mostParts = 64;
-constexpr int stepsPerBin = 8;
-constexpr int refinedBins = 3; // of drift, to either side
+constexpr int refineSteps = 24;    // to either side
+constexpr double refineBins = 3;   // of drift there at least
+constexpr double refineWidths = 2; // of the pulse
+constexpr double topShare = 0.75;  // of the highest S/N
+constexpr int refinedBins = 512;
 
 // Noise of the mean of a bin, for samples of unit noise.
 double binSigma(const FfaResult &result, int bins)
@@ -63,32 +66,51 @@ FfaFold foldSeries(const FfaResult &result, double period, int wantedBins)
     return fold;
 }
 
-FfaRefinement refinePeriod(const FfaResult &result, double period, int wantedBins,
+FfaRefinement refinePeriod(const FfaResult &result, double period, int searchedBins,
                            const std::function<bool(int percent)> &progress)
 {
-    const int bins = binsOf(result, period, wantedBins);
+    const int bins = binsOf(result, period, refinedBins);
     const int count = int(result.series.size());
     const double length = count * result.tsamp;
-    const double step = period * period / (bins * length * stepsPerBin);
-    constexpr int last = refinedBins * stepsPerBin;
-    FfaRefinement refined;
-    BoxcarPeak best;
-    for (int i = -last; i <= last; ++i) {
-        if (progress && !progress(100 * (i + last) / (2 * last)))
+    const auto peakAt = [&](double trial) {
+        return bestBoxcar(Tools::fold(result.series.data(), count, trial / result.tsamp, bins).bins,
+                          binSigma(result, bins));
+    };
+    const double width = double(peakAt(period).width) / bins; // of a turn
+    const double drift = std::max(refineBins / searchedBins, refineWidths * width);
+    // A drift of d turns over the series belongs to a change of the period by d P^2 / T.
+    const double step = drift / refineSteps * period * period / length;
+
+    std::vector<BoxcarPeak> peaks;
+    for (int i = -refineSteps; i <= refineSteps; ++i) {
+        if (progress && !progress(100 * int(peaks.size()) / (2 * refineSteps + 1)))
             return {};
-        const double trial = period + i * step;
-        const auto profile =
-            Tools::fold(result.series.data(), count, trial / result.tsamp, bins).bins;
-        const BoxcarPeak peak = bestBoxcar(profile, binSigma(result, bins));
-        if (peak.snr > best.snr) {
-            best = peak;
-            refined = {trial, 0, peak.snr};
-        }
+        peaks.push_back(peakAt(period + i * step));
     }
-    if (best.snr > 0) {
-        const double width = best.width * refined.period / bins;
-        refined.error = std::sqrt(12.0) * refined.period * width / (best.snr * length);
-    }
+    const auto best =
+        std::max_element(peaks.begin(), peaks.end(),
+                         [](const BoxcarPeak &a, const BoxcarPeak &b) { return a.snr < b.snr; });
+    if (!(best->snr > 0))
+        return {period, period, 0};
+    const double lowest = topShare * best->snr;
+    double weights = 0;
+    double moment = 0;
+    const int top = int(best - peaks.begin());
+    const auto isAbove = [&](int i) { return peaks[std::size_t(i)].snr > lowest; };
+    const auto add = [&](int i) {
+        weights += peaks[std::size_t(i)].snr - lowest;
+        moment += (peaks[std::size_t(i)].snr - lowest) * (i - refineSteps);
+    };
+    for (int i = top; i < int(peaks.size()) && isAbove(i); ++i)
+        add(i);
+    for (int i = top - 1; i >= 0 && isAbove(i); --i)
+        add(i);
+    FfaRefinement refined;
+    refined.period = period + moment / weights * step;
+    refined.snr = best->snr;
+    const double seconds = best->width * refined.period / bins;
+    refined.error = std::hypot(std::sqrt(12.0) * refined.period * seconds / (best->snr * length),
+                               step / std::sqrt(12.0));
     return refined;
 }
 

@@ -32,13 +32,16 @@ namespace Tools {
 /// @param bins    at least 2
 FfaFold foldSeries(const FfaResult &result, double period, int bins);
 
-/// Folds at periods around one in steps of an eighth of a bin of drift over the series, three
-/// bins to either side, and takes the period of the highest S/N of a boxcar. Its error is that
-/// of a straight line through the times of a pulse of this width w: sqrt(12) P w / (S/N T).
+/// Folds at 49 periods around one, with up to 512 bins, as far as the sampling allows. The last
+/// ones are as far away as makes a drift over the series of two widths of the pulse, three bins
+/// of the search at least. The period is the centre of gravity of the S/N above three quarters of
+/// the highest, round it. The error is that of a straight line through the times of a pulse of this
+/// width w, sqrt(12) P w / (S/N T), and of the steps.
 ///
-/// @param progress  called with 0 to 100 before every fold; false ends it
+/// @param searchedBins  of the fold that gave the period
+/// @param progress      called with 0 to 100 before every fold; false ends it
 /// @return period 0 when `progress` ended it
-FfaRefinement refinePeriod(const FfaResult &result, double period, int bins,
+FfaRefinement refinePeriod(const FfaResult &result, double period, int searchedBins,
                            const std::function<bool(int percent)> &progress = {});
 
 } // namespace Tools

@@ -318,10 +318,10 @@ bool PulsarCalculate::acceptSelection(double dispersion)
                           .arg(data.npoints)
                           .arg(stretch));
     if (parameters.firstPoint < 0 || parameters.firstPoint > last)
-        return refuse(QString("First point %1 leaves no %2 points before the end of the "
+        return refuse(QString("First point %1 leaves no %2 before the end of the "
                               "recording.\nAllowed: %3 to %4; %5.")
-                          .arg(pointText(parameters.firstPoint))
-                          .arg(stretch)
+                          .arg(pointText(parameters.firstPoint),
+                               stretch == 1 ? "point" : QString("%1 points").arg(stretch))
                           .arg(pointText(0), pointText(last), fullStartText(dispersion)),
                       "firstPoint");
     return true;

@@ -7,8 +7,8 @@
 
 #include <QClipboard>
 #include <QFileDialog>
+#include <QKeyEvent>
 #include <QSaveFile>
-#include <QShortcut>
 #include <QSignalBlocker>
 
 namespace {
@@ -36,12 +36,20 @@ FfaResults::FfaResults(QWidget *parent) : QWidget(parent), ui(new Ui::FfaResults
     connect(ui->copyButton, &QPushButton::clicked, this, &FfaResults::copyTable);
     connect(ui->saveButton, &QPushButton::clicked, this, &FfaResults::saveTable);
     connect(ui->refineButton, &QPushButton::clicked, this, &FfaResults::refineRequested);
-    auto *const copy =
-        new QShortcut(QKeySequence::Copy, ui->candidates, nullptr, nullptr, Qt::WidgetShortcut);
-    connect(copy, &QShortcut::activated, this, &FfaResults::copyTable);
+    ui->candidates->installEventFilter(this);
 }
 
 FfaResults::~FfaResults() = default;
+
+// The table itself would copy one cell.
+bool FfaResults::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() != QEvent::KeyPress ||
+        !static_cast<QKeyEvent *>(event)->matches(QKeySequence::Copy))
+        return QWidget::eventFilter(watched, event);
+    copyTable();
+    return true;
+}
 
 void FfaResults::showSearch(const std::vector<FfaCandidate> &candidates,
                             const std::vector<quint64> &widths, const QString &noise,

@@ -47,6 +47,9 @@ signals:
     void widthChosen(int index);
     void refineRequested();
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void fillTable(const std::vector<FfaCandidate> &candidates);
     QString tableText(bool onlySelected) const;

@@ -1,0 +1,262 @@
+#include "app/mainwindow.h"
+#include "app/settings.h"
+#include "ffa/syntheticsignal.h"
+#include "forms/ffa/ffaform.h"
+#include "plot/pulsargrafik.h"
+#include "support/messageboxcatcher.h"
+#include "support/recordings.h"
+#include "support/testmain.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTableWidget>
+#include <QTimer>
+#include <cmath>
+
+using TestSupport::MessageBoxCatcher;
+
+namespace {
+
+constexpr int points = 20000;
+constexpr double step = 0.0124928; // s
+constexpr double period = 1.3;     // s
+
+} // namespace
+
+class TestFfaForm : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void files_data();
+    void files();
+    void editsAreJudgedAtOnce_data();
+    void editsAreJudgedAtOnce();
+    void searchFoldsAndSaves();
+    void escapeStopsTheSearch();
+    void realRecordings_data();
+    void realRecordings();
+
+private:
+    QString file(const QByteArray &bytes);
+    template <typename Widget>
+    Widget *find(const QString &name) const
+    {
+        Widget *const widget = window->findChild<Widget *>(name);
+        if (!widget)
+            qFatal("no widget %s", qPrintable(name));
+        return widget;
+    }
+    QString cell(int row, int column) const
+    {
+        return find<QTableWidget>("candidates")->item(row, column)->text();
+    }
+
+    QByteArray pulses; // a recording of them
+    std::unique_ptr<QTemporaryDir> folder;
+    std::unique_ptr<MainWindow> window;
+};
+
+void TestFfaForm::initTestCase()
+{
+    const auto train = Ffa::syntheticPulseSignal(points, period / step, 0.3, 0.05, 60, 1);
+    pulses = TestSupport::recordingBytes({points, 1, 33, 2}, [&](int point, int, int, int ray) {
+        return ray == 1 ? train[std::size_t(point)] : float(point % 7);
+    });
+}
+
+void TestFfaForm::init()
+{
+    folder = std::make_unique<QTemporaryDir>();
+    window = std::make_unique<MainWindow>();
+    window->show();
+}
+
+void TestFfaForm::cleanup()
+{
+    window.reset();
+    folder.reset();
+}
+
+QString TestFfaForm::file(const QByteArray &bytes)
+{
+    QFile out(folder->filePath("x.pnt"));
+    if (!out.open(QIODevice::WriteOnly) || out.write(bytes) != bytes.size())
+        qFatal("cannot write %s", qPrintable(out.fileName()));
+    return out.fileName();
+}
+
+void TestFfaForm::files_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<bool>("opens");
+    QTest::addColumn<QString>("problem"); // beside the parameters
+    const auto zero = [](int, int, int, int) { return 0.0f; };
+    const auto recording = [&](int count, int channels) {
+        return TestSupport::recordingBytes({count, 1, channels, 1}, zero);
+    };
+    QTest::newRow("empty") << QByteArray() << false << QString();
+    QTest::newRow("half of it is missing") << pulses.left(pulses.size() / 2) << true << QString();
+    QTest::newRow("one point") << recording(1, 33) << true << "1 points";
+    QTest::newRow("too few periods") << recording(300, 33) << true << "period_max";
+    QTest::newRow("too few bands") << recording(2000, 3) << true << "2 frequency bands";
+}
+
+void TestFfaForm::files()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(bool, opens);
+    QFETCH(QString, problem);
+    const MessageBoxCatcher catcher;
+    const QPointer<FfaForm> form = new FfaForm(file(bytes), window.get());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCOMPARE(!form.isNull(), opens);
+    if (!opens) {
+        QCOMPARE(catcher.boxes().size(), 1);
+        QCOMPARE(catcher.boxes()[0].text, QString("Bad file!\nFile without data"));
+        return;
+    }
+    QString shown = find<QLabel>("estimate")->text();
+    for (const QLabel *label : form->findChildren<QLabel *>(QRegularExpression("Problem$")))
+        shown += label->text();
+    QVERIFY2(shown.contains(problem), qPrintable(shown));
+    QCOMPARE(shown.contains(" periods x "), problem.isEmpty());
+    find<QPushButton>("pushButton")->click(); // does nothing where nothing can be searched
+}
+
+void TestFfaForm::editsAreJudgedAtOnce_data()
+{
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("problem");
+    const auto row = [](const char *field, const char *text, const char *problem) {
+        QTest::addRow("%s %s", field, text) << QString(field) << QString(text) << QString(problem);
+    };
+    row("dispersion", "x", "\"x\" is no number");
+    row("dispersion", "1e6", "delays a band");
+    row("firstPoint", "1.5", "whole number");
+    row("points", "20000", "Allowed: 1 to 19999");
+    row("points", "0", "Allowed: 1 to 19999");
+    row("period_min", "0.4", "period_min >= tsamp * bins_min (0.0124928*40=0.499712)");
+    row("period_max", "25.1", "length / fpmin = 24.984 s");
+    row("period_max", "nan", "is no number");
+    row("ducy_max", "1", "ducy_max must be > 0 and < 1");
+    row("wtsp", "0.9", "wtsp must be >= 1");
+    row("rmed_width", "250", "rmed_width");
+}
+
+void TestFfaForm::editsAreJudgedAtOnce()
+{
+    QFETCH(QString, field);
+    QFETCH(QString, text);
+    QFETCH(QString, problem);
+    new FfaForm(file(pulses), window.get());
+    const QLabel *const label = find<QLabel>(field + "Problem");
+    QLineEdit *const edit = find<QLineEdit>(field);
+    const QString preset = edit->text();
+    QVERIFY(label->isHidden());
+    edit->setText(text);
+    QVERIFY(!label->isHidden());
+    QVERIFY2(label->text().contains(problem), qPrintable(label->text()));
+    find<QPushButton>("pushButton")->click();
+    QCOMPARE(find<QTableWidget>("candidates")->rowCount(), 0);
+    edit->setText(preset);
+    QVERIFY(label->isHidden());
+    QVERIFY(edit->styleSheet().isEmpty());
+    QVERIFY(find<QLabel>("estimate")->text().contains(" periods x 5 widths"));
+}
+
+void TestFfaForm::searchFoldsAndSaves()
+{
+    new FfaForm(file(pulses), window.get());
+    find<QSpinBox>("ray")->setValue(2);
+    QTest::keyClick(find<QLineEdit>("firstPoint"), Qt::Key_Return);
+    const double truth = period * 2 * M_PI / 6.283; // the generator's two pi is short
+    QVERIFY2(std::abs(cell(0, 1).toDouble() - truth) < 4e-4, qPrintable(cell(0, 1)));
+    const PulsarGrafik *const grafik = find<PulsarGrafik>("grafik");
+    const auto periodAt = [&](int index) { return grafik->data().x.values.at(std::size_t(index)); };
+    const std::vector<int> markers = grafik->data().markers;
+    QCOMPARE(markers.size(), std::size_t(4));
+    QVERIFY(std::abs(periodAt(markers[0]) / (0.5 * truth) - 1) < 1e-3);
+    QVERIFY(std::abs(periodAt(markers[3]) / (3 * truth) - 1) < 1e-3);
+
+    // A row folds, a click near a peak folds there and selects its row, refining says how well.
+    const QLabel *const foldText = find<QLabel>("foldText");
+    auto *const table = find<QTableWidget>("candidates");
+    table->setCurrentCell(1, 0);
+    QVERIFY2(foldText->text().contains(cell(1, 1)), qPrintable(foldText->text()));
+    emit find<PulsarGrafik>("grafik")->clicked({markers[1] + 1.0, 5});
+    QVERIFY2(foldText->text().contains(cell(0, 1)), qPrintable(foldText->text()));
+    QCOMPARE(table->currentRow(), 0);
+    find<QPushButton>("refineButton")->click();
+    QVERIFY2(foldText->text().contains("1.3000"), qPrintable(foldText->text()));
+    QVERIFY(foldText->text().contains(" +- "));
+
+    QTest::keyClick(table, Qt::Key_C, Qt::ControlModifier);
+    const QStringList copied = QApplication::clipboard()->text().split('\n');
+    QCOMPARE(copied.size(), 3); // titles, the selected row and its end
+    QVERIFY(copied[1].startsWith("1\t" + cell(0, 1) + "\t"));
+
+    const QString path = folder->filePath("table.txt");
+    QTimer::singleShot(0, qApp, [&] {
+        auto *const dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+        dialog->findChild<QLineEdit *>("fileNameEdit")->setText(path);
+        QMetaObject::invokeMethod(dialog, "accept");
+    });
+    find<QPushButton>("saveButton")->click();
+    QFile saved(path);
+    QVERIFY(saved.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(saved.readAll());
+    QVERIFY2(text.contains("ray: 2") && text.contains("\n" + copied[1] + "\n"), qPrintable(text));
+}
+
+void TestFfaForm::escapeStopsTheSearch()
+{
+    new FfaForm(file(pulses), window.get());
+    find<QSpinBox>("ray")->setValue(2);
+    QTimer::singleShot(0, window.get(), [this] { QTest::keyClick(window.get(), Qt::Key_Escape); });
+    find<QPushButton>("pushButton")->click();
+    QCOMPARE(find<QTableWidget>("candidates")->rowCount(), 0);
+    find<QPushButton>("pushButton")->click();
+    QVERIFY(find<QTableWidget>("candidates")->rowCount() > 0);
+}
+
+void TestFfaForm::realRecordings_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<double>("period"); // s
+    QTest::addColumn<double>("tolerance");
+    QTest::newRow("B0329+54") << "b0329_54_1427MHz.pnt" << 0.71457 << 2e-5;
+    QTest::newRow("J1807-0847") << "j1807_0847_820MHz.pnt" << 0.16372 << 2e-5;
+    QTest::newRow("B1508+55, with mains hum") << "b1508_55_1422MHz.pnt" << 0.73968 << 6.2e-5;
+}
+
+void TestFfaForm::realRecordings()
+{
+    QFETCH(QString, name);
+    QFETCH(double, period);
+    QFETCH(double, tolerance);
+    const QString path = TestSupport::realRecording(name);
+    if (path.isEmpty())
+        QSKIP("no real recordings on this machine");
+    new FfaForm(path, window.get());
+    find<QPushButton>("pushButton")->click();
+    QVERIFY2(std::abs(cell(0, 1).toDouble() - period) < tolerance, qPrintable(cell(0, 1)));
+    QCOMPARE(cell(0, 3), QString());
+    bool hums = false;
+    for (int row = 0; row < find<QTableWidget>("candidates")->rowCount(); ++row)
+        hums = hums || cell(row, 3).contains("mains");
+    QCOMPARE(hums, name.startsWith("b1508"));
+}
+
+ZRT_GUI_TEST_MAIN(TestFfaForm)
+#include "tst_ffaform.moc"
