@@ -10,6 +10,7 @@ run_packages=("${build_packages[@]}" "${font_packages[@]}")
 # The end-to-end test drives the built program in an X server of its own.
 test_packages=("${run_packages[@]}" libfftw3-dev liberfa-dev xvfb openbox xdotool imagemagick)
 package_packages=("${run_packages[@]}" dpkg-dev file help2man lintian)
+cluster_packages=("${run_packages[@]}" slurmd slurmctld slurm-client munge parallel)
 bench_packages=("${run_packages[@]}" libbenchmark-dev libfftw3-dev libqcustomplot-dev)
 
 say() { printf '%s\n' "$*" >&2; }
