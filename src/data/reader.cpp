@@ -2,6 +2,7 @@
 
 #include "base/debugline.h"
 #include "base/systemmemory.h"
+#include "data/batchtexts.h"
 #include "data/recordingfile.h"
 #include "data/samplereader.h"
 
@@ -85,7 +86,7 @@ ReadResult shortFile(const ObservationData &data, const SampleReading &end, cons
     if (!end.error.isEmpty())
         reason += " The system says: " + end.error;
     if (!isInteractive()) {
-        printAbout("File %s has wrong size. Ignoring it.\n", file.fileName());
+        printAbout(BatchTexts::wrongSize, file.fileName());
         return {ObservationData(), ReadOutcome::Short, reason};
     }
     showInformation("Data is heavily damaged",
@@ -97,7 +98,7 @@ ReadResult shortFile(const ObservationData &data, const SampleReading &end, cons
 bool continueSlowReading(const QString &path)
 {
     if (!isInteractive()) {
-        printAbout("File %s is dead. More than 60mins to read. Aborting\n", path);
+        printAbout(BatchTexts::tooSlow, path);
         return false;
     }
     showInformation("Very slow reading",

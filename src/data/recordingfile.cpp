@@ -240,6 +240,17 @@ StretchReading RecordingFile::read(const Stretch &stretch, const SampleReadingHo
                     hooks);
 }
 
+StretchReading RecordingFile::readInPlace(const Stretch &stretch, const SampleReadingHooks &hooks)
+{
+    if (stretch.wraps || stretch.first < 0 || stretch.count < 1 ||
+        qint64(stretch.first) + stretch.count > record.npoints)
+        return refused("the stretch does not lie within the recording.");
+    Stretch whole = stretch;
+    whole.first = 0;
+    whole.count = record.npoints;
+    return readRuns(whole, {{stretch.first, stretch.count, stretch.first}}, record.npoints, hooks);
+}
+
 StretchReading RecordingFile::read(const SpacedBlocks &spaced, const Stretch &chosen,
                                    const SampleReadingHooks &hooks)
 {
@@ -281,8 +292,12 @@ StretchReading RecordingFile::readRuns(const Stretch &chosen, const std::vector<
         const SampleSelection selection = {
             chosenOrAll(chosen.modules, record.modules), chosenOrAll(chosen.rays, record.rays),
             withExtraChannel(chosenOrAll(chosen.channels, record.channels), record.channels)};
+        // Points that are not read take no memory.
+        int read = 0;
+        for (const PointRun &run : runs)
+            read += run.count;
         const qint64 needed =
-            memoryToRead({points, reading.data.modules, reading.data.channels, reading.data.rays});
+            memoryToRead({read, reading.data.modules, reading.data.channels, reading.data.rays});
         const auto block = needed < 0 || (available > 0 && needed > available)
                                ? nullptr
                                : SampleBlock::allocate(reading.data.modules, reading.data.channels,
@@ -290,7 +305,7 @@ StretchReading RecordingFile::readRuns(const Stretch &chosen, const std::vector<
         if (!block)
             return refused(QString("%1 points need %2 of memory, %3 are available. Choose a "
                                    "shorter stretch or close other programs.")
-                               .arg(points)
+                               .arg(read)
                                .arg(sizeText(needed), sizeText(available)));
         reading.data.sampleMarker = -1.0;
         reading.data.sampleFactor = 0.89;

@@ -55,6 +55,7 @@ public:
     /// @return false when it is no usable recording; reason() says why
     bool open(const QString &path);
 
+    QString path() const { return file.fileName(); }
     /// Which file, what is wrong with it and what can be done; empty after a success.
     const QString &reason() const { return problem; }
     const Passport &passport() const { return entries; }
@@ -70,6 +71,11 @@ public:
     qint64 pointBytes() const;
 
     StretchReading read(const Stretch &stretch, const SampleReadingHooks &hooks = {});
+
+    /// The stretch, which must not wrap, in a record as long as the whole recording: every point
+    /// stands at its own index, so that points and times mean what they mean in the file. Those
+    /// outside the stretch read as 0 and take no memory worth the name.
+    StretchReading readInPlace(const Stretch &stretch, const SampleReadingHooks &hooks = {});
 
     /// Reads the blocks as one record: block b stands at the points b x points and following,
     /// and holds the points of the file from blockFirst(spaced, b) on.

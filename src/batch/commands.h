@@ -1,0 +1,57 @@
+#pragma once
+
+#include "batch/failure.h"
+#include "batch/runner.h"
+#include "batch/tablework.h"
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace Batch {
+
+/// What the command line asks for: run once the application object exists.
+struct Chosen {
+    std::function<ExitCode()> run;
+    bool paints = false; ///< needs fonts
+};
+
+/// Options of every subcommand that works on files.
+struct RunArguments {
+    std::vector<std::string> inputs;
+    std::string json;
+    std::string memory;
+    int jobs = 0;
+    bool force = false;
+    bool quiet = false;
+};
+
+/// Options of those that make a table.
+struct TableArguments : RunArguments {
+    std::string folder;
+    std::string tag;
+    std::string format = "text";
+    std::string picture;
+    std::string pictureSize = "1280x720";
+};
+
+QString textOf(const std::string &text);
+
+void addRunOptions(CLI::App &command, RunArguments &arguments, const std::string &inputHelp);
+void addTableOptions(CLI::App &command, TableArguments &arguments);
+void addFormatOption(CLI::App &command, std::string &format);
+void addSizeOption(CLI::App &command, std::string &size);
+
+Format formatOf(const std::string &name);
+QSize sizeOf(const std::string &text);
+OutputOptions outputOptionsOf(const TableArguments &arguments);
+
+/// Expands the inputs and works on them.
+ExitCode runOn(const Work &work, const RunArguments &arguments);
+
+void addPulsarCommands(CLI::App &app, Chosen &chosen);
+void addFileCommands(CLI::App &app, Chosen &chosen);
+void addCoordinateCommands(CLI::App &app, Chosen &chosen);
+
+} // namespace Batch

@@ -1,0 +1,5 @@
+#include "batch/commands.h"
+namespace Batch {
+void addCoordinateCommands(CLI::App &, Chosen &)
+{}
+} // namespace Batch

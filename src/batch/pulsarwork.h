@@ -1,0 +1,20 @@
+#pragma once
+
+#include "batch/tablework.h"
+#include "calc/pulsarresult.h"
+
+namespace Batch {
+
+/// An action of the pulsar form on each recording.
+struct PulsarRequest {
+    QString command;             ///< "sum", "fourier", ...
+    QString action;              ///< of PulsarCalculate
+    PulsarParameters parameters; ///< startTime instead of a first point where it is not empty
+    int sumLength = 0;           ///< points of "sumChannelsDemoNoise"; 0: as the form, 16384
+    OutputOptions output;
+};
+
+/// Reads only what the action needs and gives what the form shows, to the last digit.
+Work pulsarWork(const PulsarRequest &request);
+
+} // namespace Batch

@@ -1,0 +1,112 @@
+#include "batch/recordings.h"
+
+#include "data/batchtexts.h"
+
+#include <QDateTime>
+#include <QFileInfo>
+#include <algorithm>
+
+namespace Batch {
+
+namespace {
+
+Failure stopped()
+{
+    return {ExitCode::TryLater, "Stopped."};
+}
+
+} // namespace
+
+Failure openRecordingFile(RecordingFile &file, const QString &path, const Control &control)
+{
+    const QFileInfo info(path);
+    if (!file.open(path)) {
+        const bool isMissing = !info.exists() || !info.isReadable();
+        return {isMissing ? ExitCode::NoInput : ExitCode::BadData, file.reason()};
+    }
+    if (file.completePoints() < file.header().npoints) {
+        if (control.print)
+            control.print(QString::asprintf(BatchTexts::wrongSize, path.toLocal8Bit().constData()));
+        return {ExitCode::BadData,
+                QString("%1 ends early: of %2 points that its passport announces it holds %3. Copy "
+                        "the file again.")
+                    .arg(path)
+                    .arg(file.header().npoints)
+                    .arg(file.completePoints())};
+    }
+    return {};
+}
+
+Failure findRay(const RecordingFile &file, int module, int ray)
+{
+    const ObservationData &data = file.header();
+    if (module < 1 || module > data.modules)
+        return {ExitCode::BadData,
+                QString("%1: module %2 is not in the recording. Allowed: 1 to %3.")
+                    .arg(file.path())
+                    .arg(module)
+                    .arg(data.modules)};
+    if (ray < 1 || ray > data.rays)
+        return {ExitCode::BadData, QString("%1: ray %2 is not in the recording. Allowed: 1 to %3.")
+                                       .arg(file.path())
+                                       .arg(ray)
+                                       .arg(data.rays)};
+    return {};
+}
+
+Failure readRay(RecordingFile &file, int module, int ray, qint64 first, qint64 end,
+                const Control &control, ObservationData &data)
+{
+    const qint64 npoints = file.header().npoints;
+    Stretch stretch;
+    stretch.first = int(std::clamp<qint64>(first, 0, npoints - 1));
+    stretch.count = int(std::clamp<qint64>(end - stretch.first, 1, npoints - stretch.first));
+    stretch.modules = {module - 1};
+    stretch.rays = {ray - 1};
+    const QString path = file.path();
+    bool isSlow = false;
+    SampleReadingHooks hooks;
+    hooks.keepAlive = [&control] { return !control.isStopped(); };
+    hooks.continueSlow = [&] {
+        control.print(QString::asprintf(BatchTexts::tooSlow, path.toLocal8Bit().constData()));
+        isSlow = true;
+        return false;
+    };
+    const StretchReading reading = file.readInPlace(stretch, hooks);
+    data = reading.data;
+    switch (reading.end) {
+    case StretchEnd::Complete:
+        return {};
+    case StretchEnd::Short:
+        return {ExitCode::InputOutput, reading.reason};
+    case StretchEnd::Cancelled:
+        if (isSlow)
+            return {ExitCode::InputOutput,
+                    QString("%1: reading took more than an hour and was given up. Copy the file to "
+                            "a faster disk.")
+                        .arg(path)};
+        return stopped();
+    case StretchEnd::Refused:
+        break;
+    }
+    return {ExitCode::TryLater, reading.reason};
+}
+
+qint64 memoryOfRay(const RecordingFile &file, qint64 points)
+{
+    const ObservationData &data = file.header();
+    const int count = int(std::clamp<qint64>(points, 1, std::max(1, data.npoints)));
+    return std::max<qint64>(0, memoryToRead({count, 1, data.channels, 1}));
+}
+
+std::vector<HeaderLine> inputHeader(const QString &command, const QString &path)
+{
+    const QFileInfo info(path);
+    return {{"program", "zrt-batch " ZRT_VERSION},
+            {"command", command},
+            {"file", path},
+            {"file_size", QString::number(info.size()) + " bytes"},
+            {"file_time", info.lastModified().toUTC().toString(Qt::ISODateWithMs)}};
+}
+
+} // namespace Batch

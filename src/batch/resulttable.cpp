@@ -1,0 +1,179 @@
+#include "batch/resulttable.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <iterator>
+
+namespace Batch {
+
+namespace {
+
+template <typename Number>
+QByteArray shortestText(Number value)
+{
+    if (!std::isfinite(value))
+        return std::isnan(value) ? "nan" : value > 0 ? "inf" : "-inf";
+    char buffer[64];
+    const auto end = std::to_chars(std::begin(buffer), std::end(buffer), value);
+    return QByteArray(buffer, int(end.ptr - buffer));
+}
+
+// A header line stays one line whatever a file name or a report holds.
+QString oneLine(QString text)
+{
+    return text.replace('\r', ' ').replace('\n', ' ');
+}
+
+QByteArray jsonText(const QString &text)
+{
+    const QByteArray array = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
+    return array.mid(1, array.size() - 2);
+}
+
+QByteArray csvText(const QString &text)
+{
+    if (!text.contains(',') && !text.contains('"') && !text.contains('\n'))
+        return text.toUtf8();
+    return ('"' + QString(text).replace('"', "\"\"") + '"').toUtf8();
+}
+
+QByteArray headerText(const std::vector<HeaderLine> &lines, Format format)
+{
+    QByteArray text;
+    for (const HeaderLine &line : lines) {
+        if (format == Format::Json) {
+            text += "  " + jsonText(line.key) + ": " + jsonText(line.value) + ",\n";
+        } else {
+            for (const QString &part : line.value.split('\n'))
+                text +=
+                    ((format == Format::Csv ? "# " : "") + line.key + ": " + part + "\n").toUtf8();
+        }
+    }
+    return text;
+}
+
+// Value `row` of a column. Blanks part the columns of a text, so that texts get none there.
+QByteArray valueText(const Column &column, int row, Format format)
+{
+    const auto index = std::size_t(row);
+    if (const auto *texts = std::get_if<QStringList>(&column.values)) {
+        const QString &text = texts->at(row);
+        if (format == Format::Json)
+            return jsonText(text);
+        return format == Format::Csv ? csvText(text) : oneLine(text).replace(' ', "%20").toUtf8();
+    }
+    const auto *floats = std::get_if<std::vector<float>>(&column.values);
+    const QByteArray text = floats
+                                ? numberText((*floats)[index])
+                                : numberText(std::get<std::vector<double>>(column.values)[index]);
+    return format == Format::Json && !(text[text.size() - 1] >= '0' && text[text.size() - 1] <= '9')
+               ? QByteArray("null")
+               : text;
+}
+
+QString titleOf(const Column &column)
+{
+    return column.unit.isEmpty() ? column.name : column.name + " [" + column.unit + "]";
+}
+
+void appendJsonColumns(const std::vector<Column> &columns, QByteArray &text)
+{
+    text += " \"columns\": [\n";
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        const Column &column = columns[i];
+        text += "  {\"name\": " + jsonText(column.name) + ", \"unit\": " + jsonText(column.unit) +
+                ", \"values\": [";
+        for (int row = 0; row < column.size(); ++row)
+            text += (row ? "," : "") + valueText(column, row, Format::Json);
+        text += i + 1 < columns.size() ? "]},\n" : "]}\n";
+    }
+    text += " ]\n}\n";
+}
+
+} // namespace
+
+int Column::size() const
+{
+    return std::visit([](const auto &list) { return int(list.size()); }, values);
+}
+
+QString extensionOf(Format format)
+{
+    return format == Format::Csv ? "csv" : format == Format::Json ? "json" : "txt";
+}
+
+QByteArray numberText(double value)
+{
+    return shortestText(value);
+}
+
+QByteArray numberText(float value)
+{
+    return shortestText(value);
+}
+
+QByteArray requestBytes(const std::vector<HeaderLine> &request, Format format)
+{
+    return (format == Format::Json ? "{\n \"header\": {\n" : "") + headerText(request, format);
+}
+
+QByteArray ResultTable::toBytes(Format format) const
+{
+    QByteArray text = requestBytes(request, format) + headerText(result, format);
+    QStringList titles;
+    for (const Column &column : columns)
+        titles << titleOf(column);
+    const QByteArray separator = format == Format::Csv ? "," : " ";
+    switch (format) {
+    case Format::Json:
+        text += "  \"points\": " + QByteArray::number(rows()) + "\n },\n";
+        appendJsonColumns(columns, text);
+        return text;
+    case Format::Csv: {
+        QByteArray names;
+        for (const QString &title : std::as_const(titles))
+            names += (names.isEmpty() ? "" : ",") + csvText(title);
+        text += names + "\n";
+        break;
+    }
+    case Format::Text:
+        if (isSeries()) {
+            appendBlocks(titles, text);
+            return text;
+        }
+        text +=
+            ("rows: " + QString::number(rows()) + "\ncolumns: " + oneLine(titles.join("; ")) + "\n")
+                .toUtf8();
+        break;
+    }
+    for (int row = 0; row < rows(); ++row) {
+        for (std::size_t i = 0; i < columns.size(); ++i)
+            text += (i ? separator : QByteArray()) + valueText(columns[i], row, format);
+        text += "\n";
+    }
+    return text;
+}
+
+bool ResultTable::isSeries() const
+{
+    return std::all_of(columns.begin(), columns.end(), [](const Column &column) {
+        return std::holds_alternative<std::vector<float>>(column.values);
+    });
+}
+
+// The values of one column after the other, as the blocks of a result file.
+void ResultTable::appendBlocks(const QStringList &titles, QByteArray &text) const
+{
+    text += ("points: " + QString::number(rows()) + "\ntype: float\nblocks: " +
+             oneLine(titles.join("; ")) + "\ndays: " + QString::number(columns.size()) + "\n")
+                .toUtf8();
+    for (const Column &column : columns) {
+        for (int row = 0; row < column.size(); ++row)
+            text += valueText(column, row, Format::Text) + "\n";
+    }
+}
+
+} // namespace Batch

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <variant>
+#include <vector>
+
+namespace Batch {
+
+enum class Format { Text, Csv, Json };
+
+/// "txt", "csv" or "json".
+QString extensionOf(Format format);
+
+/// One line of a header: "key: value"; a value of several lines becomes as many lines of that key.
+struct HeaderLine {
+    QString key;
+    QString value;
+};
+
+/// One column of a table. Numbers are written with as many digits as bring back the same value.
+struct Column {
+    QString name;
+    QString unit; ///< empty: a plain number or text
+    std::variant<std::vector<float>, std::vector<double>, QStringList> values;
+
+    int size() const;
+};
+
+/// The numbers of a result with all that is needed to make them again.
+///
+/// Series, tables of floats only, are written as the readable form of a result file: "key: value"
+/// lines, among them "points:", "type: float" and "blocks:" with the names, the last one
+/// "days:" with the number of blocks, then block after block one value a line. Other tables as
+/// text have a line per row, with blanks between the values, below a last header line
+/// "columns:". As CSV the header stands behind "#" and the names of the columns in a line of
+/// their own; as JSON there is one object with "header" and "columns".
+struct ResultTable {
+    std::vector<HeaderLine> request; ///< known before the work: what was asked of which file
+    std::vector<HeaderLine> result;  ///< found by the work
+    std::vector<Column> columns;     ///< all of one length
+
+    int rows() const { return columns.empty() ? 0 : columns.front().size(); }
+    QByteArray toBytes(Format format) const;
+
+private:
+    bool isSeries() const;
+    void appendBlocks(const QStringList &titles, QByteArray &text) const;
+};
+
+/// A table read back from what toBytes() wrote, with all header lines in `request`.
+struct ReadTable {
+    ResultTable table;
+    QString problem; ///< empty when the file was understood
+};
+ReadTable readTable(const QByteArray &bytes);
+
+/// What every file made for a request begins with: a file that does so is what the request
+/// would give again.
+QByteArray requestBytes(const std::vector<HeaderLine> &request, Format format);
+
+/// Shortest text that reads back as the same number; "nan" and "inf" where it is none.
+QByteArray numberText(double value);
+QByteArray numberText(float value);
+
+} // namespace Batch

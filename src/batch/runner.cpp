@@ -1,0 +1,303 @@
+#include "batch/runner.h"
+
+#include "app/settings.h"
+#include "base/systemmemory.h"
+#include "batch/memorygate.h"
+#include "batch/outputfiles.h"
+#include "batch/stopsignal.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSet>
+#include <QThread>
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <new>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace Batch {
+
+namespace {
+
+enum class Status { Waiting, Done, Skipped, Failed };
+
+struct Outcome {
+    Status status = Status::Waiting;
+    Failure failure;
+    double seconds = 0;
+};
+
+QString statusText(Status status)
+{
+    switch (status) {
+    case Status::Done:
+        return "done";
+    case Status::Skipped:
+        return "skipped";
+    case Status::Failed:
+        return "failed";
+    default:
+        return "waiting";
+    }
+}
+
+// Lines that several processes may append to the same file: each goes out in one write.
+class JsonLines {
+public:
+    Failure open(const QString &path)
+    {
+        if (path.isEmpty())
+            return {};
+        handle = ::open(QFile::encodeName(path).constData(), O_WRONLY | O_APPEND | O_CREAT, 0666);
+        if (handle < 0)
+            return {ExitCode::CannotCreate,
+                    QString("%1 cannot be opened: %2. Choose another file with --json.")
+                        .arg(path, QString::fromLocal8Bit(std::strerror(errno)))};
+        return {};
+    }
+
+    ~JsonLines()
+    {
+        if (handle >= 0)
+            close(handle);
+    }
+
+    bool write(const QJsonObject &object)
+    {
+        if (handle < 0)
+            return true;
+        const QByteArray line = QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
+        return ::write(handle, line.constData(), std::size_t(line.size())) == line.size();
+    }
+
+private:
+    int handle = -1;
+};
+
+// Everything that the threads of a run share and show.
+class Run {
+public:
+    Run(const Work &runWork, const QStringList &runInputs, const RunOptions &runOptions)
+        : work(runWork), inputs(runInputs), options(runOptions),
+          outcomes(std::size_t(inputs.size())), percents(std::size_t(inputs.size())),
+          gate(memoryLimit(runOptions))
+    {}
+
+    ExitCode go()
+    {
+        if (const Failure failure = lines.open(options.jsonPath)) {
+            printError(failure.text);
+            return failure.code;
+        }
+        const int jobs = options.jobs > 0 ? options.jobs : jobCount();
+        std::vector<std::thread> threads;
+        for (int i = 0; i < std::min(jobs, inputs.size()); ++i)
+            threads.emplace_back([this] { takeInputs(); });
+        for (std::thread &thread : threads)
+            thread.join();
+        return finish();
+    }
+
+private:
+    static qint64 memoryLimit(const RunOptions &options)
+    {
+        if (options.memory > 0)
+            return options.memory;
+        // A tenth is left to the system and to what the estimates leave out.
+        const qint64 available = availableMemory();
+        return available > 0 ? available / 10 * 9 : qint64(1) << 62;
+    }
+
+    void takeInputs()
+    {
+        for (int index = next++; index < inputs.size() && !isStopRequested(); index = next++) {
+            QElapsedTimer time;
+            time.start();
+            Outcome outcome = workOn(index);
+            outcome.seconds = double(time.elapsed()) / 1000;
+            report(index, outcome);
+        }
+    }
+
+    Outcome workOn(int index)
+    {
+        const QString &input = inputs[index];
+        try {
+            if (!options.force && work.isDone(input))
+                return {Status::Skipped, {}, 0};
+            const MemoryGate::Pass pass(gate, work.memory(input));
+            if (isStopRequested())
+                return {Status::Waiting, {}, 0};
+            const Failure failure = work.run(input, controlOf(index));
+            if (failure && isStopRequested() && failure.code == ExitCode::TryLater)
+                return {Status::Waiting, {}, 0};
+            return {failure ? Status::Failed : Status::Done, failure, 0};
+        } catch (const std::bad_alloc &) {
+            return {Status::Failed,
+                    {ExitCode::TryLater,
+                     QString("%1 needs more memory than there is. Use fewer --jobs.").arg(input)},
+                    0};
+        }
+    }
+
+    Control controlOf(int index)
+    {
+        Control control;
+        control.progress = [this, index](int percent) { showProgress(index, percent); };
+        control.isStopped = [] { return isStopRequested(); };
+        control.remark = [](const QString &text) { printError(text); };
+        control.print = [this](const QString &text) {
+            if (options.quiet)
+                return;
+            const std::lock_guard lock(mutex);
+            const QByteArray bytes = text.toLocal8Bit();
+            std::fwrite(bytes.constData(), 1, std::size_t(bytes.size()), stdout);
+            std::fflush(stdout);
+        };
+        return control;
+    }
+
+    void showProgress(int index, int percent)
+    {
+        if (options.quiet)
+            return;
+        const std::lock_guard lock(mutex);
+        int &known = percents[std::size_t(index)];
+        sumOfPercents += std::max(percent, known) - known;
+        known = std::max(percent, known);
+        // Hundred, which ends the line, comes with the last input.
+        const int all = int(std::min<qint64>(99, sumOfPercents / inputs.size()));
+        Settings::instance()->setProgress(all);
+    }
+
+    void report(int index, const Outcome &outcome)
+    {
+        const QString &input = inputs[index];
+        outcomes[std::size_t(index)] = outcome;
+        if (outcome.status == Status::Waiting)
+            return;
+        if (outcome.failure)
+            printError(outcome.failure.text);
+        else if (outcome.status == Status::Skipped && !options.quiet)
+            printError(
+                QString("%1 is done with the same parameters already; --force does it again.")
+                    .arg(input));
+        QJsonObject line;
+        line["command"] = work.command;
+        line["file"] = input;
+        line["status"] = statusText(outcome.status);
+        line["code"] = int(outcome.failure.code);
+        line["outputs"] =
+            QJsonArray::fromStringList(outcome.failure ? QStringList() : work.outputs(input));
+        line["message"] = outcome.failure.text;
+        line["seconds"] = outcome.seconds;
+        {
+            const std::lock_guard lock(mutex);
+            isJsonWhole = lines.write(line) && isJsonWhole;
+        }
+        showProgress(index, 100);
+    }
+
+    ExitCode finish()
+    {
+        if (!options.quiet)
+            Settings::instance()->setProgress(100);
+        const auto count = [this](Status status) {
+            return std::count_if(outcomes.begin(), outcomes.end(),
+                                 [=](const Outcome &outcome) { return outcome.status == status; });
+        };
+        const auto waiting = count(Status::Waiting);
+        QString summary = QString("%1: %2 done, %3 skipped, %4 failed")
+                              .arg(work.command)
+                              .arg(count(Status::Done))
+                              .arg(count(Status::Skipped))
+                              .arg(count(Status::Failed));
+        if (waiting > 0)
+            summary += QString(", %1 not begun or stopped; the same command goes on from here")
+                           .arg(waiting);
+        if (waiting > 0 || (!options.quiet && inputs.size() > 1))
+            printError(summary + ".");
+        if (!isJsonWhole) {
+            printError(QString("%1 could not be written whole.").arg(options.jsonPath));
+            return ExitCode::InputOutput;
+        }
+        if (waiting > 0)
+            return ExitCode::TryLater;
+        const auto failed =
+            std::find_if(outcomes.begin(), outcomes.end(),
+                         [](const Outcome &outcome) { return bool(outcome.failure); });
+        return failed == outcomes.end() ? ExitCode::Done : failed->failure.code;
+    }
+
+    const Work &work;
+    const QStringList &inputs;
+    const RunOptions &options;
+    std::vector<Outcome> outcomes; // each written by the thread that took the input
+    std::atomic<int> next = 0;
+
+    std::mutex mutex; // of what follows and of the standard output
+    std::vector<int> percents;
+    qint64 sumOfPercents = 0;
+    JsonLines lines;
+    bool isJsonWhole = true;
+
+    MemoryGate gate;
+};
+
+// Inputs of one name from different folders would overwrite each other's results.
+Failure refuseSameOutputs(const Work &work, const QStringList &inputs)
+{
+    QHash<QString, QString> inputOf;
+    for (const QString &input : inputs) {
+        for (const QString &output : work.outputs(input)) {
+            if (inputOf.contains(output))
+                return {
+                    ExitCode::Usage,
+                    QString("%1 and %2 would both be written to %3. Give each folder an --output "
+                            "of its own.")
+                        .arg(inputOf[output], input, output)};
+            inputOf[output] = input;
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+int jobCount()
+{
+    for (const char *const name : {"SLURM_CPUS_PER_TASK", "PBS_NCPUS", "NCPUS", "NSLOTS"}) {
+        const int count = qEnvironmentVariableIntValue(name);
+        if (count > 0)
+            return count;
+    }
+    return std::max(1, QThread::idealThreadCount());
+}
+
+ExitCode runWork(const Work &work, const QStringList &inputs, const RunOptions &options)
+{
+    if (const Failure failure = refuseSameOutputs(work, inputs)) {
+        printError(failure.text);
+        return failure.code;
+    }
+    return Run(work, inputs, options).go();
+}
+
+void printError(const QString &text)
+{
+    // One write a message, so that those of several threads do not mix.
+    const QByteArray line = ("zrt-batch: " + text + "\n").toLocal8Bit();
+    std::fwrite(line.constData(), 1, std::size_t(line.size()), stderr);
+}
+
+} // namespace Batch

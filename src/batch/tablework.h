@@ -1,0 +1,39 @@
+#pragma once
+
+#include "batch/recordings.h"
+#include "batch/resulttable.h"
+#include "batch/runner.h"
+
+#include <QSize>
+
+namespace Batch {
+
+/// Where results go and in which form.
+struct OutputOptions {
+    QString folder; ///< empty: beside each input
+    QString tag;    ///< part of the names, so that results of other parameters stay apart
+    Format format = Format::Text;
+    QString picture; ///< "png", "svg" or "pdf"; empty: no picture
+    QSize pictureSize = {1280, 720};
+};
+
+/// A subcommand that makes one table of each recording.
+struct TableRequest {
+    QString command;
+    std::vector<HeaderLine> parameters; ///< all that decide the result, with their units
+    OutputOptions output;
+    /// Bytes of memory for an opened recording.
+    std::function<qint64(const RecordingFile &file)> memory;
+    /// Computes the columns and what stands above them. `request` is filled already.
+    std::function<Failure(RecordingFile &file, const Control &control, ResultTable &table)> fill;
+};
+
+/// Name of what a subcommand makes of an input: "<input>.<command>[.<tag>].<extension>".
+QString outputPath(const QString &input, const QString &command, const OutputOptions &output,
+                   const QString &extension);
+
+/// The work of such a subcommand: table and picture appear together, and count as done when the
+/// table begins with the same request.
+Work tableWork(const TableRequest &request);
+
+} // namespace Batch

@@ -1,0 +1,126 @@
+#include "calc/pulsarcommand.h"
+
+#include "calc/pulsarcalculate.h"
+
+#include <QLocale>
+#include <QRegularExpression>
+#include <QStringList>
+
+namespace {
+
+// Which parameters an action heeds.
+struct ActionOptions {
+    const char *command;
+    bool channel = false;
+    bool dispersion = true;
+    bool period = false;
+    bool spectrum = false;
+    bool normalise = true;
+};
+
+const QMap<QString, ActionOptions> &actionOptions()
+{
+    static const QMap<QString, ActionOptions> options = {
+        {"showNative", {"native", true, false, false, false, false}},
+        {"sumPeriod", {"fold", true, false, true, false, true}},
+        {"sumChannels", {"sum"}},
+        {"sumChannelsDemoNoise", {"sum"}},
+        {"sumChannelsAndAverage", {"sum"}},
+        {"sumChannelsAndFourier", {"fourier", false, true, true, true, true}},
+        {"sum4Dispersions", {"fourier", false, false, false, true, true}},
+        {"sumAllDispersions", {"dmscan", false, true, false, true, true}},
+        {"sumMultiDispersions", {"dmscan", false, true, false, true, true}},
+        {"sumTimeDispersions", {"dmscan", false, true, false, true, true}},
+    };
+    return options;
+}
+
+QString exact(double value)
+{
+    return QString::number(value, 'g', QLocale::FloatingPointShortest);
+}
+
+} // namespace
+
+PulsarParameters pulsarPresets()
+{
+    PulsarParameters presets;
+    presets.module = 1;
+    presets.ray = 7;
+    presets.channel = 1;
+    presets.dispersion = 26.2;
+    presets.period = 3.032;
+    presets.firstPoint = 58000;
+    presets.harmonicNum = 1;
+    presets.sigmaMultiple = 6;
+    presets.dispersions = {0, 13.1, 26.2, 52.4};
+    return presets;
+}
+
+QString shellWord(const QString &text)
+{
+    static const QRegularExpression plain("^[A-Za-z0-9_./:,+=-]+$");
+    if (plain.match(text).hasMatch())
+        return text;
+    return "'" + QString(text).replace("'", "'\\''") + "'";
+}
+
+QString pulsarCommand(const QString &action, const PulsarParameters &given,
+                      const QString &recording)
+{
+    if (!actionOptions().contains(action))
+        return {};
+    const ActionOptions heeded = actionOptions()[action];
+    const PulsarParameters presets = pulsarPresets();
+    QStringList words = {"zrt-batch", heeded.command};
+    const auto addIf = [&words](bool isGiven, const QString &option, const QString &value = {}) {
+        if (isGiven)
+            words << option;
+        if (isGiven && !value.isEmpty())
+            words << value;
+    };
+    const auto addNumber = [&addIf](const QString &option, auto value, auto preset) {
+        addIf(value != preset, option, exact(double(value)));
+    };
+
+    addNumber("--module", given.module, presets.module);
+    addNumber("--ray", given.ray, presets.ray);
+    if (heeded.channel)
+        addNumber("--channel", given.channel, presets.channel);
+    if (heeded.dispersion)
+        addNumber("--dm", given.dispersion, presets.dispersion);
+    if (action == "sum4Dispersions") {
+        words << "--compare";
+        for (const double dispersion : given.dispersions)
+            words << exact(dispersion);
+    }
+    if (heeded.period)
+        addNumber("--period", given.period, presets.period);
+    if (!given.startTime.isEmpty())
+        words << "--utc" << shellWord(given.startTime);
+    else
+        addNumber("--first-point", given.firstPoint, presets.firstPoint);
+    if (heeded.channel)
+        addNumber("--count", given.points, presets.points);
+    addIf(given.noise != presets.noise, "--noise", shellWord(given.noise));
+    addIf(heeded.normalise && given.normalise, "--normalise");
+    addIf(given.deleteStep, "--delete-step");
+    addIf(action.startsWith("sumChannels") && heeded.command == QString("sum") &&
+              given.deductNoise && action != "sumChannelsAndAverage",
+          "--deduct");
+    if (action == "sumChannelsAndAverage")
+        words << "--average" << exact(given.averageCount);
+    if (heeded.spectrum) {
+        addNumber("--average", given.averageCount, presets.averageCount);
+        addIf(given.withNull, "--with-null");
+        addNumber("--harmonic", given.harmonicNum, presets.harmonicNum);
+    }
+    if (action == "sumChannelsAndFourier")
+        addNumber("--sigma", given.sigmaMultiple, presets.sigmaMultiple);
+    addIf(action == "sumMultiDispersions", "--each-average");
+    addIf(action == "sumTimeDispersions", "--each-start");
+    if (action == "sumTimeDispersions")
+        addNumber("--delta", given.startDelta, presets.startDelta);
+    words << shellWord(recording);
+    return words.join(' ');
+}

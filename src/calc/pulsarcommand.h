@@ -1,0 +1,19 @@
+#pragma once
+
+#include "calc/pulsarresult.h"
+
+#include <QString>
+
+/// What the pulsar form starts with; the batch program takes it for what is not given.
+PulsarParameters pulsarPresets();
+
+/// The call of the batch program that computes what the pulsar form does, ready for a shell.
+/// Parameters that stand at their presets are left out.
+///
+/// @param action  name of an action of PulsarCalculate
+/// @return empty for an unknown action
+QString pulsarCommand(const QString &action, const PulsarParameters &parameters,
+                      const QString &recording);
+
+/// A text as one word of a shell command, in quotes where it needs them.
+QString shellWord(const QString &text);

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <functional>
+
+namespace Simulator {
+
+/// How writing a simulated recording ended.
+struct CommandEnd {
+    bool isUsage = false; ///< the command line is at fault, not the disk
+    QString problem;      ///< what went wrong, in plain words; empty when the file stands
+};
+
+/// Reads a command line and writes the recording it describes. Shows its manual or version and
+/// leaves the program when that is asked for. Needs an application object.
+///
+/// @param arguments  the first is the program's name
+/// @param progress   called with the percentage written, 0 to 100
+CommandEnd simulate(const QStringList &arguments, const std::function<void(int)> &progress);
+
+} // namespace Simulator
