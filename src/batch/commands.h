@@ -51,6 +51,7 @@ OutputOptions outputOptionsOf(const TableArguments &arguments);
 ExitCode runOn(const Work &work, const RunArguments &arguments);
 
 void addPulsarCommands(CLI::App &app, Chosen &chosen);
+void addSearchCommands(CLI::App &app, Chosen &chosen);
 void addFileCommands(CLI::App &app, Chosen &chosen);
 void addCoordinateCommands(CLI::App &app, Chosen &chosen);
 

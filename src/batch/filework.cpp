@@ -384,12 +384,13 @@ Work plotWork(const OutputOptions &output)
                                                            : readTable(file.readAll());
         if (!read.problem.isEmpty())
             return {ExitCode::BadData, QString("%1 cannot be drawn: %2.").arg(input, read.problem)};
-        if (plotOf(read.table).graphs.empty())
+        const PlotData plot = plotOf(read.table);
+        if (plot.graphs.empty())
             return {ExitCode::BadData,
                     QString("%1 cannot be drawn: it holds no curves.").arg(input)};
         control.progress(50);
         return writeTogether({{outputs(input).constFirst(),
-                               pictureBytes(read.table, output.picture, output.pictureSize)}});
+                               pictureBytes(plot, output.picture, output.pictureSize)}});
     };
     return work;
 }

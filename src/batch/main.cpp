@@ -46,6 +46,7 @@ int main(int argc, char **argv)
     app.formatter(std::make_shared<Batch::HelpFormatter>());
     Batch::Chosen chosen;
     Batch::addPulsarCommands(app, chosen);
+    Batch::addSearchCommands(app, chosen);
     Batch::addFileCommands(app, chosen);
     Batch::addCoordinateCommands(app, chosen);
 

@@ -67,9 +67,8 @@ PlotData plotOf(const ResultTable &table)
     return plot;
 }
 
-QByteArray pictureBytes(const ResultTable &table, const QString &kind, const QSize &size)
+QByteArray pictureBytes(const PlotData &plot, const QString &kind, const QSize &size)
 {
-    const PlotData plot = plotOf(table);
     const std::lock_guard lock(paintingMutex);
     QImage image(size, QImage::Format_RGB32);
     Plot::paintPlot(plot, {}, {}, image);

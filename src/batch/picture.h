@@ -11,9 +11,9 @@ namespace Batch {
 /// result shows them.
 PlotData plotOf(const ResultTable &table);
 
-/// The picture as the bytes of a file; the same table gives the same bytes. From any thread.
+/// The picture as the bytes of a file; the same plot gives the same bytes. From any thread.
 ///
 /// @param kind  "png", "svg" or "pdf"
-QByteArray pictureBytes(const ResultTable &table, const QString &kind, const QSize &size);
+QByteArray pictureBytes(const PlotData &plot, const QString &kind, const QSize &size);
 
 } // namespace Batch

@@ -291,8 +291,8 @@ Work pulsarWork(const PulsarRequest &request)
         const qint64 ray = memoryOfRay(file, range.end - range.first);
         return (request.parameters.deleteStep ? 3 : 2) * ray;
     };
-    table.fill = [request](RecordingFile &file, const Control &control, ResultTable &result) {
-        return compute(request, file, control, result);
+    table.fill = [request](RecordingFile &file, const Control &control, TableResult &result) {
+        return compute(request, file, control, result.table);
     };
     return tableWork(table);
 }

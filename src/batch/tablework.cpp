@@ -49,18 +49,20 @@ Failure makeTable(const TableRequest &request, const QString &input, const Contr
     RecordingFile file;
     if (const Failure failure = openRecordingFile(file, input, control))
         return failure;
-    ResultTable table;
-    table.request = requestOf(request, input);
-    if (const Failure failure = request.fill(file, control, table))
+    TableResult result;
+    result.table.request = requestOf(request, input);
+    if (const Failure failure = request.fill(file, control, result))
         return failure;
     if (control.isStopped())
         return {ExitCode::TryLater, "Stopped."};
 
+    const OutputOptions &output = request.output;
     std::vector<OutputFile> files;
-    if (!request.output.picture.isEmpty())
+    if (!output.picture.isEmpty())
         files.push_back({picturePath(request, input),
-                         pictureBytes(table, request.output.picture, request.output.pictureSize)});
-    files.push_back({tablePath(request, input), table.toBytes(request.output.format)});
+                         pictureBytes(result.plot ? *result.plot : plotOf(result.table),
+                                      output.picture, output.pictureSize)});
+    files.push_back({tablePath(request, input), result.table.toBytes(output.format)});
     return writeTogether(files);
 }
 

@@ -4,7 +4,10 @@
 #include "batch/resulttable.h"
 #include "batch/runner.h"
 
+#include "plot/plotdata.h"
+
 #include <QSize>
+#include <optional>
 
 namespace Batch {
 
@@ -17,6 +20,12 @@ struct OutputOptions {
     QSize pictureSize = {1280, 720};
 };
 
+/// What the work on one recording gives.
+struct TableResult {
+    ResultTable table;
+    std::optional<PlotData> plot; ///< where the picture does not show the columns of the table
+};
+
 /// A subcommand that makes one table of each recording.
 struct TableRequest {
     QString command;
@@ -24,8 +33,8 @@ struct TableRequest {
     OutputOptions output;
     /// Bytes of memory for an opened recording.
     std::function<qint64(const RecordingFile &file)> memory;
-    /// Computes the columns and what stands above them. `request` is filled already.
-    std::function<Failure(RecordingFile &file, const Control &control, ResultTable &table)> fill;
+    /// Computes the columns and what stands above them. `table.request` is filled already.
+    std::function<Failure(RecordingFile &file, const Control &control, TableResult &result)> fill;
 };
 
 /// Name of what a subcommand makes of an input: "<input>.<command>[.<tag>].<extension>".

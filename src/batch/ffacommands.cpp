@@ -1,0 +1,243 @@
+#include "batch/candidates.h"
+#include "batch/commands.h"
+#include "batch/ffawork.h"
+#include "batch/inputlist.h"
+
+#include <cmath>
+#include <memory>
+
+// ffa and merge.
+
+namespace Batch {
+
+namespace {
+
+constexpr int mostTrials = 100000;
+
+struct FfaArguments : TableArguments {
+    FfaRequest request;
+    std::string modules = "1";
+    std::string rays = "1";
+    std::string dispersions;
+    std::string noise = request.noise.toStdString();
+    bool noDeredden = false;
+};
+
+// "all", or numbers from 1 with commas; false for anything else.
+bool readNumbers(const std::string &text, std::vector<int> &numbers)
+{
+    numbers.clear();
+    if (text == "all")
+        return true;
+    for (const QString &item : QString::fromStdString(text).split(',')) {
+        const int number = item.toInt();
+        if (number < 1)
+            return false;
+        numbers.push_back(number);
+    }
+    return true;
+}
+
+// "10", "0,10,20" or "from:to:step"; false for anything else.
+bool readDispersions(const std::string &text, std::vector<double> &dispersions)
+{
+    dispersions.clear();
+    const QString list = QString::fromStdString(text);
+    const QStringList range = list.split(':');
+    if (range.size() == 3) {
+        const double from = range[0].toDouble();
+        const double to = range[1].toDouble();
+        const double step = range[2].toDouble();
+        if (!(from >= 0) || !(to >= from) || !(step > 0) || !((to - from) / step < mostTrials))
+            return false;
+        const int count = int(std::floor((to - from) / step + 1e-9)) + 1;
+        for (int i = 0; i < count; ++i)
+            dispersions.push_back(from + i * step);
+        return true;
+    }
+    for (const QString &item : list.split(',')) {
+        bool isNumber = false;
+        dispersions.push_back(item.toDouble(&isNumber));
+        if (!isNumber || !(dispersions.back() >= 0) || std::isinf(dispersions.back()))
+            return false;
+    }
+    return true;
+}
+
+CLI::Validator numberList()
+{
+    return CLI::Validator(
+        [](const std::string &text) {
+            std::vector<int> numbers;
+            return readNumbers(text, numbers) ? std::string()
+                                              : "numbers from 1 with commas, or all";
+        },
+        "");
+}
+
+CLI::Validator dispersionList()
+{
+    return CLI::Validator(
+        [](const std::string &text) {
+            std::vector<double> dispersions;
+            return readDispersions(text, dispersions) ? std::string()
+                                                      : "a DM, DMs with commas, or from:to:step";
+        },
+        "");
+}
+
+void addSearchOptions(CLI::App &command, FfaRequest &request)
+{
+    command.add_option("--period-min", request.periodMin, "Shortest period, s.")
+        ->type_name("SECONDS");
+    command.add_option("--period-max", request.periodMax, "Longest period, s.")
+        ->type_name("SECONDS");
+    command.add_option("--bins-min", request.binsMin, "Fewest phase bins of a fold.")
+        ->type_name("N");
+    command.add_option("--bins-max", request.binsMax, "Most phase bins of a fold.")->type_name("N");
+    command
+        .add_option("--ducy-max", request.ducyMax, "Largest part of a period that a pulse fills.")
+        ->type_name("PART");
+    command.add_option("--wtsp", request.wtsp, "Growth from one width to the next.")
+        ->type_name("FACTOR");
+    command.add_option("--fpmin", request.fewestPeriods, "Fewest periods in the series.")
+        ->type_name("N");
+    command.add_option("--rmed-width", request.medianWidth, "Window of the running median, s.")
+        ->type_name("SECONDS");
+    command.add_option("--rmed-minpts", request.medianPoints, "Points of that window.")
+        ->type_name("N");
+}
+
+void addFfa(CLI::App &app, Chosen &chosen)
+{
+    const auto arguments = std::make_shared<FfaArguments>();
+    CLI::App *const command = app.add_subcommand(
+        "ffa",
+        "Searches rays for periodic pulses with the fast folding algorithm, over periods, widths\n"
+        "and dispersions, as the FFA form: a table of candidates, the strongest first. The period\n"
+        "range and the running median are those that the form presets for the length of the\n"
+        "recording unless they are given. Of a period found at several dispersions of a ray the\n"
+        "strongest remains. Candidates above --threshold are listed; without it, above what noise\n"
+        "alone is expected to reach in one search, so that of many searches of noise about half\n"
+        "give one. Harmonics of a stronger candidate and mains hum are named in the remark.");
+    command->footer(
+        "Examples: ray 7 at its dispersion, with the picture of S/N over period; a survey of all\n"
+        "rays and seven dispersions of every recording in a folder, then one table of them:\n"
+        "  zrt-batch ffa --ray 7 --dm 26.2 --period-min 0.5 --plot png demo.pnt\n"
+        "  zrt-batch ffa --ray all --dm 0:60:10 --period-min 1 --threshold 8 -o results .\n"
+        "  zrt-batch merge --output candidates.txt results/*.ffa.txt");
+    command->add_option("--module", arguments->modules, "Modules, from 1: 1, 1,2 or all.")
+        ->type_name("LIST")
+        ->capture_default_str()
+        ->check(numberList());
+    command->add_option("--ray", arguments->rays, "Rays, from 1: 7, 1,3 or all.")
+        ->type_name("LIST")
+        ->capture_default_str()
+        ->check(numberList());
+    command
+        ->add_option("--dm", arguments->dispersions,
+                     "Dispersions, pc/cm^3: 26.2 or 0,10,20 or from:to:step. Default: that of the "
+                     "passport, else 0.")
+        ->type_name("LIST")
+        ->check(dispersionList());
+    FfaRequest &request = arguments->request;
+    command->add_option("--first-point", request.firstPoint, "First point of the series, from 0.")
+        ->type_name("POINT")
+        ->capture_default_str();
+    command
+        ->add_option("--count", request.points,
+                     "Points of the series. Default: all that have every band.")
+        ->type_name("N")
+        ->check(CLI::Range(1, 2147483647));
+    command
+        ->add_option("--noise", arguments->noise,
+                     "Base line that is taken off: polinom5, median, backSum or without.")
+        ->type_name("METHOD")
+        ->capture_default_str()
+        ->check(CLI::IsMember({"polinom5", "median", "backSum", "without"}));
+    command->add_flag("--delete-step", request.deleteStep, "Take jumps of the level out first.");
+    addSearchOptions(*command, request);
+    command->add_flag("--no-deredden", arguments->noDeredden, "Do not subtract a running median.");
+    command
+        ->add_option("--threshold", request.threshold, "S/N from which on candidates are listed.")
+        ->type_name("SNR");
+    command->add_option("--most", request.most, "Candidates of each ray and dispersion.")
+        ->type_name("N")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 10000));
+    command->add_flag("--refine", request.refine, "Make the periods more precise, with errors.");
+    addTableOptions(*command, *arguments);
+    command->callback([&chosen, arguments] {
+        FfaRequest complete = arguments->request;
+        readNumbers(arguments->modules, complete.modules);
+        readNumbers(arguments->rays, complete.rays);
+        if (!arguments->dispersions.empty())
+            readDispersions(arguments->dispersions, complete.dispersions);
+        complete.noise = QString::fromStdString(arguments->noise);
+        complete.deredden = !arguments->noDeredden;
+        complete.output = outputOptionsOf(*arguments);
+        chosen.paints = !complete.output.picture.isEmpty();
+        chosen.run = [arguments, complete] { return runOn(ffaWork(complete), *arguments); };
+    });
+}
+
+void addMerge(CLI::App &app, Chosen &chosen)
+{
+    struct Arguments {
+        std::vector<std::string> inputs;
+        std::string output;
+        std::string format = "text";
+        MergeRequest request;
+    };
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::App *const command = app.add_subcommand(
+        "merge",
+        "Joins tables of candidates, of ffa or of merge itself, into one: sorted by S/N, every\n"
+        "candidate once, the same bytes whatever the order of the inputs.");
+    command->footer("Example: a survey in two parts, its candidates from S/N 9 on as CSV:\n"
+                    "  zrt-batch ffa --ray 7 --dm 26.2 --period-min 1 demo.pnt\n"
+                    "  zrt-batch ffa --ray 3 --dm 15.5 --period-min 1 --tag weak demo.pnt\n"
+                    "  zrt-batch merge --threshold 9 --format csv --output both.csv *.ffa*.txt");
+    command->add_option("FILE", arguments->inputs, "Tables of candidates, or @LIST of them.")
+        ->required();
+    command
+        ->add_option("-o,--output", arguments->output, "The joined table; replaced when it exists.")
+        ->type_name("TABLE")
+        ->required();
+    addFormatOption(*command, arguments->format);
+    command
+        ->add_option("--threshold", arguments->request.threshold,
+                     "S/N from which on they are kept.")
+        ->type_name("SNR")
+        ->capture_default_str();
+    command->add_flag("--only-base", arguments->request.onlyBase,
+                      "Leave out candidates with a remark: harmonics, mains hum and what does not "
+                      "fold.");
+    command->callback([&chosen, arguments] {
+        chosen.run = [arguments] {
+            QStringList names;
+            for (const std::string &input : arguments->inputs)
+                names << textOf(input);
+            InputList list = expandInputs(names);
+            if (!list.failure) {
+                MergeRequest request = arguments->request;
+                request.output = textOf(arguments->output);
+                request.format = formatOf(arguments->format);
+                list.failure = mergeCandidates(list.paths, request);
+            }
+            if (list.failure)
+                printError(list.failure.text);
+            return list.failure.code;
+        };
+    });
+}
+
+} // namespace
+
+void addSearchCommands(CLI::App &app, Chosen &chosen)
+{
+    addFfa(app, chosen);
+    addMerge(app, chosen);
+}
+
+} // namespace Batch

@@ -1,0 +1,346 @@
+#include "batch/ffawork.h"
+
+#include "batch/candidates.h"
+#include "calc/ffacandidates.h"
+#include "calc/ffafold.h"
+#include "calc/pulsarcalculate.h"
+#include "forms/pulsar/pulsartexts.h"
+#include "plot/plotgeometry.h"
+
+#include <QDateTime>
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+
+namespace Batch {
+
+namespace {
+
+// One search of a recording.
+struct Search {
+    int module = 1;
+    int ray = 1;
+    double dispersion = 0;
+};
+
+std::vector<int> chosenOrAll(const std::vector<int> &chosen, int count)
+{
+    std::vector<int> all(std::size_t(std::max(count, 0)));
+    std::iota(all.begin(), all.end(), 1);
+    return chosen.empty() ? all : chosen;
+}
+
+std::vector<double> dispersionsOf(const FfaRequest &request, const ObservationData &header)
+{
+    if (!request.dispersions.empty())
+        return request.dispersions;
+    return {double(std::max(0, header.dispersion))};
+}
+
+PulsarParameters parametersOf(const FfaRequest &request, const ObservationData &header,
+                              double dispersion)
+{
+    PulsarParameters parameters;
+    parameters.dispersion = dispersion;
+    parameters.firstPoint = request.firstPoint;
+    parameters.points = request.points;
+    parameters.noise = request.noise;
+    parameters.normalise = request.normalise;
+    parameters.deleteStep = request.deleteStep;
+    const int points = PulsarCalculate(header, parameters).ffaPoints();
+    FfaParameters &ffa = parameters.ffa;
+    ffa = Tools::presetFfa(points, header.tresolution);
+    const auto take = [](auto &field, const auto &given) {
+        if (given)
+            field = *given;
+    };
+    take(ffa.period_min, request.periodMin);
+    take(ffa.period_max, request.periodMax);
+    take(ffa.bins_min, request.binsMin);
+    take(ffa.bins_max, request.binsMax);
+    take(ffa.ducy_max, request.ducyMax);
+    take(ffa.wtsp, request.wtsp);
+    take(ffa.fpmin, request.fewestPeriods);
+    take(ffa.rmed_width, request.medianWidth);
+    take(ffa.rmed_minpts, request.medianPoints);
+    ffa.deredden = request.deredden;
+    return parameters;
+}
+
+Failure refusalOf(const PulsarCalculate &calculate, const Search &search, const QString &path)
+{
+    return {ExitCode::BadData, QString("%1: module %2, ray %3, dispersion %4: %5")
+                                   .arg(path)
+                                   .arg(search.module)
+                                   .arg(search.ray)
+                                   .arg(search.dispersion)
+                                   .arg(QString(calculate.failure()).replace('\n', ' '))};
+}
+
+// S/N over period, as the form draws it.
+PlotData plotOf(const FfaResult &result, double threshold)
+{
+    const auto spectrum =
+        std::make_shared<const FfaSpectrum>(Tools::sortedSpectrum(result.periodogram));
+    PlotData plot;
+    plot.graphs = {spectrum->snr, std::vector<float>(spectrum->snr.size(), float(threshold))};
+    plot.names = {"S/N, best width", "threshold"};
+    plot.numPoints = int(spectrum->snr.size());
+    plot.x = {"period", "s", 0, 1, spectrum->periods};
+    plot.yName = "S/N";
+    plot.textX1 = [spectrum](int i) {
+        return QString::number(spectrum->periods[std::size_t(i)], 'g', 6) + " s";
+    };
+    plot.textX2 = [spectrum](int i) {
+        return QString::number(1 / spectrum->periods[std::size_t(i)], 'g', 6) + " Hz";
+    };
+    const Plot::Range range = Plot::verticalRange(plot);
+    plot.yMin = range.min;
+    plot.yMax = range.max;
+    plot.yPrecision = FormTexts::labelDecimals(range.max - range.min);
+    return plot;
+}
+
+// Searches of one recording, from the first to the last.
+class Searches {
+public:
+    Searches(const FfaRequest &ffaRequest, RecordingFile &recording, const Control &runControl)
+        : request(ffaRequest), file(recording), control(runControl)
+    {}
+
+    Failure run(TableResult &result)
+    {
+        const ObservationData &header = file.header();
+        const std::vector<int> modules = chosenOrAll(request.modules, header.modules);
+        const std::vector<int> rays = chosenOrAll(request.rays, header.rays);
+        const std::vector<double> dispersions = dispersionsOf(request, header);
+        count = int(modules.size() * rays.size() * dispersions.size());
+        for (const int module : modules) {
+            for (const int ray : rays) {
+                if (const Failure failure = findRay(file, module, ray))
+                    return failure;
+                std::vector<Candidate> ofRay;
+                if (const Failure failure = searchRay(module, ray, dispersions, ofRay, result))
+                    return failure;
+                const std::vector<Candidate> strongest = strongestOfDispersions(ofRay, length);
+                candidates.insert(candidates.end(), strongest.begin(), strongest.end());
+            }
+        }
+        sortCandidates(candidates);
+        describe(dispersions.front(), result.table);
+        result.table.columns = candidateColumns(candidates, false);
+        return {};
+    }
+
+private:
+    Failure searchRay(int module, int ray, const std::vector<double> &dispersions,
+                      std::vector<Candidate> &found, TableResult &result)
+    {
+        ObservationData data;
+        if (const Failure failure =
+                readRay(file, module, ray, 0, file.header().npoints, control, data))
+            return failure;
+        for (const double dispersion : dispersions) {
+            if (const Failure failure = search(data, {module, ray, dispersion}, found, result))
+                return failure;
+            ++done;
+        }
+        return {};
+    }
+
+    bool showProgress(int percent) const
+    {
+        control.progress((100 * done + percent) / count);
+        return !control.isStopped();
+    }
+
+    Failure search(const ObservationData &data, const Search &selected,
+                   std::vector<Candidate> &found, TableResult &result)
+    {
+        const PulsarParameters parameters = parametersOf(request, data, selected.dispersion);
+        PulsarCalculate calculate(data, parameters);
+        QObject::connect(&calculate, &PulsarCalculate::progress, &calculate, [&](int percent) {
+            if (!showProgress(percent * 9 / 10))
+                calculate.cancel();
+        });
+        const double noise =
+            Tools::estimateFfa(parameters.ffa, calculate.ffaPoints(), data.tresolution)
+                .noiseMaximum;
+        if (!calculate.run("createFFA"))
+            return calculate.wasCancelled() ? Failure{ExitCode::TryLater, "Stopped."}
+                                            : refusalOf(calculate, selected, file.path());
+        const FfaResult &ffa = *calculate.result().ffa;
+        const double threshold = request.threshold.value_or(noise);
+        const std::vector<FfaCandidate> peaks =
+            Tools::findCandidates(ffa, threshold, request.most,
+                                  [this](int percent) { return showProgress(90 + percent / 10); });
+        if (control.isStopped())
+            return {ExitCode::TryLater, "Stopped."};
+        for (const FfaCandidate &peak : peaks) {
+            Candidate candidate;
+            candidate.peak = peak;
+            candidate.module = selected.module;
+            candidate.ray = selected.ray;
+            candidate.dispersion = selected.dispersion;
+            candidate.remark = Tools::candidateRemark(peak);
+            if (request.refine)
+                refine(ffa, candidate);
+            found.push_back(candidate);
+        }
+        length = double(ffa.series.size()) * ffa.tsamp;
+        searched = parameters.ffa;
+        noiseMaximum = noise;
+        usedThreshold = threshold;
+        points = calculate.ffaPoints();
+        trials = ffa.periodogram.length;
+        widths = ffa.periodogram.nwidths;
+        const float highest = peaks.empty() ? 0 : peaks.front().snr;
+        if (!request.output.picture.isEmpty() && highest > shownSnr) {
+            shownSnr = highest;
+            shown = selected;
+            result.plot = plotOf(ffa, threshold);
+        }
+        return {};
+    }
+
+    void refine(const FfaResult &ffa, Candidate &candidate) const
+    {
+        const FfaRefinement refined =
+            Tools::refinePeriod(ffa, candidate.peak.period, candidate.peak.bins,
+                                [this](int) { return !control.isStopped(); });
+        if (refined.period > 0) {
+            candidate.peak.period = refined.period;
+            candidate.periodError = refined.error;
+        }
+    }
+
+    void describe(double dispersion, ResultTable &table) const
+    {
+        const ObservationData &header = file.header();
+        std::vector<HeaderLine> &lines = table.result;
+        lines.push_back({"first_point", QString::number(request.firstPoint)});
+        lines.push_back({"disp", QString::number(std::lround(dispersion))});
+        lines.push_back({"tresolution", numberText(header.tresolution) + " s"});
+        if (header.beginTime.isValid())
+            lines.push_back({"begin", header.beginTime.toString(Qt::ISODateWithMs)});
+        if (int(header.fbands.size()) >= PulsarCalculate::sumBands)
+            lines.push_back({"reference_frequency",
+                             numberText(header.fbands[PulsarCalculate::sumBands - 1]) + " MHz"});
+        lines.push_back({"searches", QString::number(count)});
+        lines.push_back({"searched_points", QString::number(points)});
+        lines.push_back({"period_min", numberText(searched.period_min) + " s"});
+        lines.push_back({"period_max", numberText(searched.period_max) + " s"});
+        lines.push_back(
+            {"bins", QString("%1 to %2").arg(searched.bins_min).arg(searched.bins_max)});
+        lines.push_back({"ducy_max", numberText(searched.ducy_max)});
+        lines.push_back({"wtsp", numberText(searched.wtsp)});
+        lines.push_back({"running_median", searched.deredden
+                                               ? numberText(searched.rmed_width) + " s"
+                                               : QString("no")});
+        lines.push_back({"trials", QString("%1 periods x %2 widths").arg(trials).arg(widths)});
+        lines.push_back(
+            {"noise_reaches", QString::number(noiseMaximum, 'f', 2) + " S/N in each search"});
+        lines.push_back({"threshold_used", QString::number(usedThreshold, 'f', 2)});
+        if (shownSnr > 0)
+            lines.push_back({"picture_of", QString("module %1, ray %2, dispersion %3 pc/cm^3")
+                                               .arg(shown.module)
+                                               .arg(shown.ray)
+                                               .arg(shown.dispersion)});
+        lines.push_back({"report", "Periods are topocentric. S/N is that of the best boxcar of the "
+                                   "fold; fold_snr that of the series folded at the period."});
+    }
+
+    const FfaRequest &request;
+    RecordingFile &file;
+    const Control &control;
+    std::vector<Candidate> candidates;
+    int count = 1;
+    int done = 0;
+    // Of the last search; the others differ in points by their delays only.
+    double length = 0;
+    FfaParameters searched;
+    double noiseMaximum = 0;
+    double usedThreshold = 0;
+    int points = 0;
+    int trials = 0;
+    int widths = 0;
+    float shownSnr = 0;
+    Search shown;
+};
+
+template <typename Number>
+QString givenOr(const std::optional<Number> &given, const QString &unit = {})
+{
+    if (!given)
+        return "preset";
+    return QString(numberText(double(*given))) + unit;
+}
+
+template <typename Number>
+QString listOr(const std::vector<Number> &numbers, const QString &otherwise)
+{
+    if (numbers.empty())
+        return otherwise;
+    QStringList texts;
+    for (const Number number : numbers)
+        texts << numberText(double(number));
+    return texts.join(' ');
+}
+
+std::vector<HeaderLine> parameterLines(const FfaRequest &request)
+{
+    const auto yesNo = [](bool is) { return QString(is ? "yes" : "no"); };
+    return {
+        {"action", "createFFA"},
+        {"modules", listOr(request.modules, "all")},
+        {"rays", listOr(request.rays, "all")},
+        {"dispersions", listOr(request.dispersions, "of the passport") + " pc/cm^3"},
+        {"start_point", QString::number(request.firstPoint)},
+        {"count", request.points > 0 ? QString::number(request.points) : QString("all")},
+        {"noise", request.noise},
+        {"normalise", yesNo(request.normalise)},
+        {"delete_step", yesNo(request.deleteStep)},
+        {"given_periods", givenOr(request.periodMin) + " to " + givenOr(request.periodMax) + " s"},
+        {"given_bins", givenOr(request.binsMin) + " to " + givenOr(request.binsMax)},
+        {"given_ducy_max", givenOr(request.ducyMax)},
+        {"given_wtsp", givenOr(request.wtsp)},
+        {"given_fewest_periods", givenOr(request.fewestPeriods)},
+        {"deredden", yesNo(request.deredden)},
+        {"given_median",
+         givenOr(request.medianWidth, " s") + ", " + givenOr(request.medianPoints, " points")},
+        {"threshold", request.threshold ? QString(numberText(*request.threshold)) : "noise"},
+        {"most", QString::number(request.most)},
+        {"refine", yesNo(request.refine)}};
+}
+
+qint64 memoryOf(const FfaRequest &request, const RecordingFile &file)
+{
+    const ObservationData &header = file.header();
+    const PulsarParameters parameters =
+        parametersOf(request, header, dispersionsOf(request, header).front());
+    const int points = PulsarCalculate(header, parameters).ffaPoints();
+    const double search =
+        points > 0 ? Tools::estimateFfa(parameters.ffa, points, header.tresolution).bytes : 0;
+    // Copies of the series, of doubles and of floats.
+    const qint64 series = 5 * qint64(sizeof(double)) * std::max(points, 0);
+    const qint64 rays = memoryOfRay(file, header.npoints) * (request.deleteStep ? 2 : 1);
+    return rays + series + qint64(std::clamp(search, 0.0, 1e18));
+}
+
+} // namespace
+
+Work ffaWork(const FfaRequest &request)
+{
+    TableRequest table;
+    table.command = "ffa";
+    table.parameters = parameterLines(request);
+    table.output = request.output;
+    table.memory = [request](const RecordingFile &file) { return memoryOf(request, file); };
+    table.fill = [request](RecordingFile &file, const Control &control, TableResult &result) {
+        return Searches(request, file, control).run(result);
+    };
+    return tableWork(table);
+}
+
+} // namespace Batch
