@@ -55,7 +55,7 @@ QByteArray headerText(const std::vector<HeaderLine> &lines, Format format)
     return text;
 }
 
-// Value `row` of a column. Blanks part the columns of a text, so that texts get none there.
+// Value `row` of a column. Tabs part the columns of a text, so that texts get none there.
 QByteArray valueText(const Column &column, int row, Format format)
 {
     const auto index = std::size_t(row);
@@ -63,7 +63,7 @@ QByteArray valueText(const Column &column, int row, Format format)
         const QString &text = texts->at(row);
         if (format == Format::Json)
             return jsonText(text);
-        return format == Format::Csv ? csvText(text) : oneLine(text).replace(' ', "%20").toUtf8();
+        return format == Format::Csv ? csvText(text) : oneLine(text).replace('\t', ' ').toUtf8();
     }
     const auto *floats = std::get_if<std::vector<float>>(&column.values);
     const QByteArray text = floats
@@ -126,7 +126,7 @@ QByteArray ResultTable::toBytes(Format format) const
     QStringList titles;
     for (const Column &column : columns)
         titles << titleOf(column);
-    const QByteArray separator = format == Format::Csv ? "," : " ";
+    const QByteArray separator = format == Format::Csv ? "," : "\t";
     switch (format) {
     case Format::Json:
         text += "  \"points\": " + QByteArray::number(rows()) + "\n },\n";

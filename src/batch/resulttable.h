@@ -33,7 +33,7 @@ struct Column {
 /// Series, tables of floats only, are written as the readable form of a result file: "key: value"
 /// lines, among them "points:", "type: float" and "blocks:" with the names, the last one
 /// "days:" with the number of blocks, then block after block one value a line. Other tables as
-/// text have a line per row, with blanks between the values, below a last header line
+/// text have a line per row, with tabs between the values, below a last header line
 /// "columns:". As CSV the header stands behind "#" and the names of the columns in a line of
 /// their own; as JSON there is one object with "header" and "columns".
 struct ResultTable {

@@ -121,10 +121,7 @@ QString readText(const QStringList &lines, ResultTable &table)
         if (key != "columns")
             continue;
         for (const QString &line : lines.mid(i + 1)) {
-            QStringList cells = line.split(' ');
-            for (QString &cell : cells)
-                cell.replace("%20", " ");
-            if (!addRow(cells, table.columns))
+            if (!addRow(line.split('\t'), table.columns))
                 return QString("the line \"%1\" has not as many values as columns")
                     .arg(line.left(60));
         }
