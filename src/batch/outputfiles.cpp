@@ -55,7 +55,8 @@ Failure OutputWriter::open(const QString &path)
         return cannotCreate(path, QString("the folder %1 cannot be made").arg(folder));
     removeAbandoned(path);
     file = std::make_unique<QSaveFile>(path);
-    if (!file->open(QIODevice::WriteOnly))
+    // Unbuffered, so that the system's reason of a failure is that of the write.
+    if (!file->open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return cannotCreate(path, file->errorString());
     // The lock tells later runs that the file is not abandoned.
     flock(file->handle(), LOCK_EX | LOCK_NB);
@@ -64,8 +65,9 @@ Failure OutputWriter::open(const QString &path)
 
 Failure OutputWriter::write(const char *bytes, qint64 count)
 {
+    errno = 0;
     if (file->write(bytes, count) != count)
-        return cannotWrite(file->fileName(), file->errorString());
+        return cannotWrite(file->fileName(), errno ? systemReason() : file->errorString());
     return {};
 }
 

@@ -21,7 +21,7 @@ Failure openRecordingFile(RecordingFile &file, const QString &path, const Contro
 {
     const QFileInfo info(path);
     if (!file.open(path)) {
-        const bool isMissing = !info.exists() || !info.isReadable();
+        const bool isMissing = !info.isFile() || !info.isReadable();
         return {isMissing ? ExitCode::NoInput : ExitCode::BadData, file.reason()};
     }
     if (file.completePoints() < file.header().npoints) {

@@ -136,14 +136,16 @@ ReadTable readTable(const QByteArray &bytes)
 {
     ReadTable read;
     const QStringList lines = QString::fromUtf8(bytes).split('\n', Qt::SkipEmptyParts);
-    if (bytes.startsWith('{'))
-        read.problem = readJson(bytes, read.table);
-    else if (bytes.startsWith("# program: "))
-        read.problem = readCsv(lines, read.table);
-    else if (bytes.startsWith("program: "))
-        read.problem = readText(lines, read.table);
-    else
+    if (!bytes.startsWith('{') && !bytes.startsWith("# program: ") &&
+        !bytes.startsWith("program: "))
         read.problem = "it is no result of zrt-batch";
+    else if (!bytes.endsWith('\n'))
+        read.problem = "it ends within a line";
+    else if (bytes.startsWith('{'))
+        read.problem = readJson(bytes, read.table);
+    else
+        read.problem =
+            bytes.startsWith('#') ? readCsv(lines, read.table) : readText(lines, read.table);
     for (Column &column : read.table.columns)
         makeNumbers(column);
     return read;

@@ -1,0 +1,122 @@
+#include "batch/candidates.h"
+#include "batch/filterbank.h"
+#include "support/testmain.h"
+
+#include <QBuffer>
+#include <limits>
+
+using namespace Batch;
+
+class TestFormats : public QObject {
+    Q_OBJECT
+
+private slots:
+    void tablesComeBack_data();
+    void tablesComeBack();
+    void onePeriodAtSeveralDispersions();
+    void refusedFilterbanks_data();
+    void refusedFilterbanks();
+};
+
+void TestFormats::tablesComeBack_data()
+{
+    QTest::addColumn<int>("format");
+    QTest::addColumn<bool>("isSeries");
+    for (const bool isSeries : {true, false}) {
+        const char *const kind = isSeries ? "series" : "rows";
+        QTest::addRow("text, %s", kind) << int(Format::Text) << isSeries;
+        QTest::addRow("csv, %s", kind) << int(Format::Csv) << isSeries;
+        QTest::addRow("json, %s", kind) << int(Format::Json) << isSeries;
+    }
+}
+
+// Every number to the last bit, texts with whatever separates the cells of one of the forms.
+void TestFormats::tablesComeBack()
+{
+    QFETCH(int, format);
+    QFETCH(bool, isSeries);
+    const QString strange = "a \"name\", with; all: of 100% [it]";
+    ResultTable table;
+    table.request = {{"program", "zrt-batch"}, {"file", "/tmp/" + strange}, {"report", "one\ntwo"}};
+    table.columns = {{"S/N, best", "mJy", std::vector<float>{0.1F, -1.5e-38F, 16777217.0F}}};
+    if (!isSeries) {
+        table.columns.push_back({"period", "s", std::vector<double>{1 / 3.0, 5e-324, 1e22}});
+        table.columns.push_back({"remark", {}, QStringList{strange, "-", "x"}});
+    }
+
+    const QByteArray bytes = table.toBytes(Format(format));
+    QVERIFY(bytes.startsWith(requestBytes(table.request, Format(format))));
+    const ReadTable read = readTable(bytes);
+    QCOMPARE(read.problem, QString());
+    QCOMPARE(read.table.columns.size(), table.columns.size());
+    QCOMPARE(read.table.columns[0].name, table.columns[0].name);
+    QCOMPARE(read.table.columns[0].unit, QString("mJy"));
+    const auto &numbers = std::get<std::vector<double>>(read.table.columns[0].values);
+    QCOMPARE(std::vector<float>(numbers.begin(), numbers.end()),
+             std::get<std::vector<float>>(table.columns[0].values));
+    if (!isSeries) {
+        QVERIFY(read.table.columns[1].values == table.columns[1].values);
+        QVERIFY(read.table.columns[2].values == table.columns[2].values);
+    }
+    QCOMPARE(readTable(bytes.left(bytes.size() - 2)).problem.isEmpty(), false);
+}
+
+void TestFormats::onePeriodAtSeveralDispersions()
+{
+    const auto candidate = [](double period, double dispersion, float snr) {
+        Candidate made;
+        made.peak.period = period;
+        made.peak.snr = snr;
+        made.dispersion = dispersion;
+        return made;
+    };
+    // Over 1000 s the periods 1.000 and 1.0004 s drift apart by 0.4 turns, 1.000 and 1.0006 s by
+    // 0.6; two peaks at one dispersion are two sources.
+    const std::vector<Candidate> strongest =
+        strongestOfDispersions({candidate(1.0004, 10, 8), candidate(1, 20, 9),
+                                candidate(1.0006, 30, 7), candidate(0.9997, 20, 6)},
+                               1000);
+    QCOMPARE(strongest.size(), std::size_t(3));
+    QCOMPARE(strongest[0].peak.snr, 9.0F);
+    QCOMPARE(strongest[1].peak.snr, 7.0F);
+    QCOMPARE(strongest[2].peak.snr, 6.0F);
+}
+
+void TestFormats::refusedFilterbanks_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    FilterbankHeader good;
+    good.step = 0.001;
+    good.firstBand = 120;
+    good.bandStep = -0.1;
+    good.channels = 4;
+    const auto with = [&good](auto change) {
+        FilterbankHeader bad = good;
+        change(bad);
+        return filterbankBytes(bad);
+    };
+    QTest::newRow("nothing") << QByteArray();
+    QTest::newRow("another file") << QByteArray("\x0c\0\0\0HEADER_WRONG", 16);
+    QTest::newRow("a key of 2 GB") << QByteArray("\xff\xff\xff\x7fHEADER_START", 16);
+    QTest::newRow("cut") << filterbankBytes(good).chopped(3);
+    QTest::newRow("no channels") << with([](FilterbankHeader &h) { h.channels = 0; });
+    QTest::newRow("2^31 - 1 channels")
+        << with([](FilterbankHeader &h) { h.channels = 2147483647; });
+    QTest::newRow("no step") << with([](FilterbankHeader &h) { h.step = 0; });
+    QTest::newRow("2 bits") << with([](FilterbankHeader &h) { h.bits = 2; });
+    QTest::newRow("bands below 0") << with([](FilterbankHeader &h) { h.bandStep = -100; });
+    QTest::newRow("no number") << with(
+        [](FilterbankHeader &h) { h.firstBand = std::numeric_limits<double>::quiet_NaN(); });
+}
+
+void TestFormats::refusedFilterbanks()
+{
+    QFETCH(QByteArray, bytes);
+    QBuffer device(&bytes);
+    device.open(QIODevice::ReadOnly);
+    FilterbankHeader header;
+    QVERIFY(!readFilterbank(device, header).isEmpty());
+}
+
+ZRT_UNIT_TEST_MAIN(TestFormats)
+#include "tst_formats.moc"

@@ -1,0 +1,434 @@
+#include "batch/resulttable.h"
+#include "calc/pulsarcalculate.h"
+#include "calc/pulsarcommand.h"
+#include "data/reader.h"
+#include "support/recordings.h"
+#include "support/testmain.h"
+
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QRegularExpression>
+#include <csignal>
+#include <sys/mount.h>
+
+// The program as a user or a batch system calls it.
+
+Q_DECLARE_METATYPE(PulsarParameters)
+
+namespace {
+
+struct Ended {
+    int code = -1;
+    QString out;
+    QString errors;
+};
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+}
+
+// Files of a folder by name.
+QMap<QString, QByteArray> filesOf(const QString &folder)
+{
+    QMap<QString, QByteArray> files;
+    for (const QString &name : QDir(folder).entryList(QDir::Files | QDir::Hidden))
+        files[name] = contentOf(folder + "/" + name);
+    return files;
+}
+
+} // namespace
+
+class TestProgram : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void failures_data();
+    void failures();
+    void sameAsForm_data();
+    void sameAsForm();
+    void presetsAreThoseOfTheForm();
+    void killedRunsGoOn();
+    void stopsAtSignal();
+    void skipsWhatIsDone();
+    void diskFull();
+    void filterbankRoundTrip();
+    void examples_data();
+    void examples();
+
+private:
+    QString path(const QString &name) const { return folder.filePath(name); }
+
+    Ended run(const QStringList &arguments) const
+    {
+        QProcess process;
+        process.setWorkingDirectory(folder.path());
+        process.start(ZRT_BATCH, arguments);
+        process.closeWriteChannel();
+        return ended(process);
+    }
+
+    Ended runShell(QString command) const
+    {
+        QProcess process;
+        process.setWorkingDirectory(folder.path());
+        command.replace(QRegularExpression("(^|\n)zrt-batch "), "\\1" ZRT_BATCH " ");
+        process.start("sh", {"-ec", command});
+        return ended(process);
+    }
+
+    static Ended ended(QProcess &process)
+    {
+        if (!process.waitForFinished(120000))
+            return {};
+        return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+                QString::fromUtf8(process.readAllStandardOutput()),
+                QString::fromUtf8(process.readAllStandardError())};
+    }
+
+    QTemporaryDir folder;
+};
+
+void TestProgram::initTestCase()
+{
+    QVERIFY(folder.isValid());
+    // The examples of the manuals speak of this recording.
+    QCOMPARE(run({"simulate", "--demo", "--points", "80000", "demo.pnt"}).code, 0);
+    const TestSupport::Shape shape = {600, 1, 33, 1};
+    const auto sample = [](int point, int, int channel, int) {
+        return float((point * 37 + channel * 11) % 101);
+    };
+    const QByteArray bytes = TestSupport::recordingBytes(shape, sample);
+    writeFile(path("short.pnt"), bytes);
+    writeFile(path("cut.pnt"), bytes.chopped(4));
+    writeFile(path("text.pnt"), "this is no recording\n");
+    writeFile(path("bands.pnt"), TestSupport::recordingBytes({600, 1, 9, 1}, sample));
+    QDir(folder.path()).mkdir("many");
+    for (int i = 0; i < 50; ++i)
+        writeFile(path(QString("many/%1.pnt").arg(i, 2, 10, QChar('0'))), bytes);
+    QDir(folder.path()).mkdir("empty");
+}
+
+void TestProgram::failures_data()
+{
+    QTest::addColumn<QString>("arguments");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("words"); // that the message has
+    QTest::newRow("no command") << "" << 64 << "subcommand is required";
+    QTest::newRow("unknown command") << "sums demo.pnt" << 64 << "subcommand is required";
+    QTest::newRow("no input") << "sum" << 64 << "FILE";
+    QTest::newRow("no number") << "sum --ray x demo.pnt" << 64 << "--ray";
+    QTest::newRow("bad noise") << "sum --noise pink demo.pnt" << 64 << "polinom5";
+    QTest::newRow("bad size") << "sum --plot png --size 5x5 demo.pnt" << 64 << "1280x720";
+    QTest::newRow("bad dispersions") << "ffa --dm 5:1:1 demo.pnt" << 64 << "from:to:step";
+    QTest::newRow("one output twice")
+        << "native --ray 1 --first-point 0 -o out short.pnt many/../empty/../short.pnt "
+           "many/00.pnt ./many/00.pnt many/../many/00.pnt"
+        << 0 << "2 done";
+    QTest::newRow("missing") << "sum nothing.pnt" << 66 << "nothing.pnt cannot be opened";
+    QTest::newRow("missing list") << "sum @nothing" << 66 << "list nothing";
+    QTest::newRow("empty folder") << "sum empty" << 66 << "no recordings";
+    QTest::newRow("a folder in a list") << "sum @folders" << 66 << "not an ordinary file";
+    QTest::newRow("text") << "sum text.pnt" << 65 << "text.pnt is not a usable recording";
+    QTest::newRow("cut") << "sum cut.pnt" << 65 << "cut.pnt ends early: of 600 points";
+    QTest::newRow("cut, asked") << "info cut.pnt" << 65 << "it holds 599";
+    QTest::newRow("few bands") << "fourier bands.pnt --ray 1" << 65 << "8 frequency bands";
+    QTest::newRow("no such ray") << "fold --ray 9 short.pnt" << 65 << "Error ray";
+    QTest::newRow("short stretch") << "sum --ray 1 short.pnt" << 65 << "need more than 16384";
+    QTest::newRow("no such time") << "sum --utc 01:00:00 demo.pnt" << 65 << "not in the recording";
+    QTest::newRow("no periods") << "ffa --period-min 9 --period-max 1 demo.pnt" << 65 << "eriod";
+    QTest::newRow("no result") << "plot demo.pnt" << 65 << "no result of zrt-batch";
+    QTest::newRow("no table") << "merge -o t.txt short.pnt" << 65 << "short.pnt cannot be merged";
+    QTest::newRow("no filterbank") << "import short.pnt" << 65 << "SIGPROC";
+    QTest::newRow("file for a folder")
+        << "native --ray 1 --first-point 0 -o text.pnt/x short.pnt" << 73 << "cannot be made";
+    QTest::newRow("log in no folder") << "native --json nothing/log short.pnt" << 73 << "--json";
+    QTest::newRow("bad alfa") << "cat2zrt 3:23 39:44:52 01.04.2015" << 64 << "Bad alfa!";
+    QTest::newRow("no such beam") << "ray 9 9" << 65 << "no delta for these module and beam!";
+    QTest::newRow("first failure counts") << "sum text.pnt nothing.pnt" << 65 << "nothing.pnt";
+    writeFile(path("folders"), "# a comment\n\nempty\n");
+}
+
+void TestProgram::failures()
+{
+    QFETCH(QString, arguments);
+    QFETCH(int, code);
+    QFETCH(QString, words);
+    const Ended end = run(arguments.split(' ', Qt::SkipEmptyParts));
+    QCOMPARE(end.code, code);
+    QVERIFY2(end.errors.contains(words), qPrintable(end.errors));
+    const QString expected = arguments.contains("cut.pnt") && arguments.startsWith("sum")
+                                 ? "File " + path("cut.pnt") + " has wrong size. Ignoring it.\n"
+                                 : QString();
+    QVERIFY2(end.out.contains(expected), qPrintable(end.out));
+}
+
+void TestProgram::sameAsForm_data()
+{
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<PulsarParameters>("parameters");
+    const auto with = [](auto change) {
+        PulsarParameters parameters = pulsarPresets();
+        change(parameters);
+        return parameters;
+    };
+    QTest::newRow("native") << "showNative" << with([](PulsarParameters &p) {
+        p.channel = 33;
+        p.points = 700;
+        p.startTime = "12:01:02";
+        p.deleteStep = true;
+    });
+    QTest::newRow("fold") << "sumPeriod" << with([](PulsarParameters &p) {
+        p.period = 1.274;
+        p.ray = 3;
+        p.noise = "median";
+        p.normalise = true;
+    });
+    QTest::newRow("sum") << "sumChannelsDemoNoise" << with([](PulsarParameters &) {});
+    QTest::newRow("sum at the end") << "sumChannelsDemoNoise" << with([](PulsarParameters &p) {
+        p.firstPoint = 63615;
+        p.noise = "backSum";
+        p.deductNoise = true;
+    });
+    QTest::newRow("average") << "sumChannelsAndAverage" << with([](PulsarParameters &p) {
+        p.averageCount = 3;
+        p.dispersion = 50.125;
+    });
+    QTest::newRow("fourier") << "sumChannelsAndFourier" << with([](PulsarParameters &p) {
+        p.ray = 5;
+        p.firstPoint = 60000;
+        p.deleteStep = true;
+        p.withNull = true;
+        p.harmonicNum = 40;
+        p.sigmaMultiple = 4;
+    });
+    QTest::newRow("four") << "sum4Dispersions" << with([](PulsarParameters &p) {
+        p.dispersions = {0, 3000.5, 26.2, 1};
+        p.noise = "without";
+    });
+    QTest::newRow("scan") << "sumAllDispersions"
+                          << with([](PulsarParameters &p) { p.harmonicNum = 1080; });
+    QTest::newRow("scans of averages") << "sumMultiDispersions" << with([](PulsarParameters &p) {
+        p.averageCount = 1;
+        p.harmonicNum = 900;
+        p.dispersion = 40;
+    });
+    QTest::newRow("scans of starts") << "sumTimeDispersions" << with([](PulsarParameters &p) {
+        p.firstPoint = 10;
+        p.startDelta = 20000.4;
+        p.harmonicNum = 500;
+    });
+}
+
+// The command that a form copies gives what the form shows, though it reads less of the file.
+void TestProgram::sameAsForm()
+{
+    QFETCH(QString, action);
+    QFETCH(PulsarParameters, parameters);
+    const QString command =
+        pulsarCommand(action, parameters, "demo.pnt") + " --force --tag same --format csv";
+    const Ended end = runShell(command);
+    QVERIFY2(end.code == 0, qPrintable(command + "\n" + end.errors));
+
+    static const ObservationData data = Reader::readDataFile(nullptr, path("demo.pnt"));
+    if (!parameters.startTime.isEmpty()) // 12:01:02 is 135 s after the begin
+        parameters.firstPoint = int(135 / data.tresolution);
+    PulsarCalculate form(data, parameters);
+    QVERIFY2(form.run(action), qPrintable(form.failure()));
+    const PulsarResult &expected = form.result();
+
+    const QString name = command.section(' ', 1, 1);
+    const Batch::ReadTable read =
+        Batch::readTable(contentOf(path("demo.pnt." + name + ".same.csv")));
+    QCOMPARE(read.problem, QString());
+    QCOMPARE(read.table.columns.size(), expected.curves.size() + 1);
+    for (std::size_t i = 0; i < expected.curves.size(); ++i) {
+        const auto &numbers = std::get<std::vector<double>>(read.table.columns[i + 1].values);
+        QCOMPARE(std::vector<float>(numbers.begin(), numbers.end()), expected.curves[i]);
+    }
+    QString report;
+    for (const Batch::HeaderLine &line : read.table.request)
+        report += line.key == "report" ? line.value + "\n" : QString();
+    const QStringList lines = expected.description.split('\n', Qt::SkipEmptyParts);
+    QCOMPARE(report, (lines + expected.remarks).join('\n') + "\n");
+}
+
+void TestProgram::presetsAreThoseOfTheForm()
+{
+    const QString form = QString::fromUtf8(contentOf(ZRT_SOURCE "/src/forms/pulsar/pulsarform.ui"));
+    const auto preset = [&form](const QString &name, const QString &property) {
+        const QString widget = form.section("name=\"" + name + "\"", 1).section("</widget>", 0, 0);
+        return widget.section("name=\"" + property + "\"", 1).section('>', 2, 2).section('<', 0, 0);
+    };
+    const PulsarParameters presets = pulsarPresets();
+    QCOMPARE(preset("ray", "value").toInt(), presets.ray);
+    QCOMPARE(preset("dispersion", "text").toDouble(), presets.dispersion);
+    QCOMPARE(preset("period", "text").toDouble(), presets.period);
+    QCOMPARE(preset("firstPoint", "text").toInt(), presets.firstPoint);
+    QCOMPARE(preset("harmonicNum", "value").toInt(), presets.harmonicNum);
+    QCOMPARE(preset("noisePolinom5", "checked") == "true", presets.noise == "polinom5");
+}
+
+// Killed at random moments and begun again, with other jobs in another order: the same files to
+// the last byte, no other file, and every recording once in the log.
+void TestProgram::killedRunsGoOn()
+{
+    const QStringList command = {"native", "--ray", "1", "--first-point", "0", "--plot", "png"};
+    QCOMPARE(run(command + QStringList{"--jobs", "1", "-o", "undisturbed", "many"}).code, 0);
+
+    QByteArray reversed;
+    for (int i = 49; i >= 0; --i)
+        reversed += QString("many/%1.pnt\n").arg(i, 2, 10, QChar('0')).toLatin1();
+    writeFile(path("reversed"), reversed);
+    QRandomGenerator random(1);
+    int kills = 0;
+    for (int code = -1; code != 0;) {
+        QProcess process;
+        process.setWorkingDirectory(folder.path());
+        process.start(ZRT_BATCH, command + QStringList{"--jobs", "3", "--json", "log", "-o",
+                                                       "disturbed", "@reversed"});
+        QVERIFY(process.waitForStarted());
+        // Each run gets a little longer, so that the last one ends by itself.
+        if (!process.waitForFinished(random.bounded(20, 40 + 10 * kills))) {
+            process.kill();
+            ++kills;
+        }
+        const Ended end = ended(process);
+        code = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+        QVERIFY2(code == 0 || code == -1, qPrintable(end.errors));
+        QVERIFY(kills < 200);
+    }
+    QVERIFY(kills > 0);
+    const auto undisturbed = filesOf(path("undisturbed"));
+    QCOMPARE(undisturbed.size(), 100);
+    QCOMPARE(filesOf(path("disturbed")), undisturbed);
+    QCOMPARE(contentOf(path("log")).count("\"status\":\"done\"") <= 50, true);
+}
+
+void TestProgram::stopsAtSignal()
+{
+    QProcess process;
+    process.setWorkingDirectory(folder.path());
+    process.start(ZRT_BATCH, {"ffa", "--ray", "all", "--dm", "0:500:1", "--jobs", "1", "--tag",
+                              "stopped", "demo.pnt", "short.pnt"});
+    QVERIFY(process.waitForReadyRead());
+    QCOMPARE(::kill(pid_t(process.processId()), SIGTERM), 0);
+    const Ended end = ended(process);
+    QCOMPARE(end.code, 75);
+    QVERIFY2(end.errors.contains("2 not begun or stopped"), qPrintable(end.errors));
+    QVERIFY(!QFile::exists(path("demo.pnt.ffa.stopped.txt")));
+}
+
+void TestProgram::skipsWhatIsDone()
+{
+    const QStringList command = {"native", "--ray", "1",     "--first-point",
+                                 "0",      "-o",    "again", "short.pnt"};
+    const auto wasSkipped = [&](const QStringList &more) {
+        const Ended end = run(command + more);
+        return end.code == 0 && end.errors.contains("is done with the same parameters");
+    };
+    QVERIFY(!wasSkipped({}));
+    QVERIFY(wasSkipped({}));
+    QVERIFY(!wasSkipped({"--force"}));
+    QVERIFY(!wasSkipped({"--channel", "2"}));
+    QVERIFY(!wasSkipped({}));
+    QVERIFY(!wasSkipped({"--plot", "png"}));
+    QFile::remove(path("again/short.pnt.native.png"));
+    QVERIFY(!wasSkipped({"--plot", "png"}));
+    QVERIFY(wasSkipped({"--plot", "png"}));
+    QFile recording(path("short.pnt"));
+    QVERIFY(recording.open(QIODevice::ReadWrite));
+    QVERIFY(recording.setFileTime(QDateTime::currentDateTime().addDays(-1),
+                                  QFileDevice::FileModificationTime));
+    recording.close();
+    QVERIFY(!wasSkipped({"--plot", "png"}));
+}
+
+void TestProgram::diskFull()
+{
+    QDir(folder.path()).mkdir("small");
+    const QByteArray disk = path("small").toLocal8Bit();
+    if (mount("none", disk.constData(), "tmpfs", 0, "size=300k") != 0)
+        QSKIP("A small file system cannot be mounted here; it takes the administrator.");
+    const Ended end = run({"sum", "-o", "small", "demo.pnt", "--jobs", "1"});
+    const Ended fits = run({"native", "--count", "600", "-o", "small", "demo.pnt"});
+    const auto files = filesOf(path("small"));
+    QCOMPARE(umount(disk.constData()), 0);
+    QCOMPARE(end.code, 74);
+    QVERIFY2(end.errors.contains("demo.pnt.sum.txt cannot be written: No space left"),
+             qPrintable(end.errors));
+    QCOMPARE(fits.code, 0);
+    QCOMPARE(files.keys(), QStringList{"demo.pnt.native.txt"});
+}
+
+void TestProgram::filterbankRoundTrip()
+{
+    QCOMPARE(run({"export", "--ray", "1", "short.pnt"}).code, 0);
+    QCOMPARE(run({"import", "short.pnt.m1_r1.fil"}).code, 0);
+    const ObservationData first = Reader::readDataFile(nullptr, path("short.pnt"));
+    const ObservationData back = Reader::readDataFile(nullptr, path("short.pnt.m1_r1.fil.pnt"));
+    QCOMPARE(back.npoints, first.npoints);
+    QCOMPARE(back.beginTime, first.beginTime);
+    QCOMPARE(back.tresolution, first.tresolution);
+    for (int channel = 0; channel < 32; ++channel) {
+        QVERIFY(qAbs(back.fbands[std::size_t(channel)] - first.fbands[std::size_t(channel)]) <
+                1e-9);
+        for (int point = 0; point < 600; ++point)
+            QCOMPARE(back.samples[0][channel][0][point], first.samples[0][channel][0][point]);
+    }
+    // A plain fold of the filterbank's own layout: the last value of a sample is the lowest band.
+    const QByteArray fil = contentOf(path("short.pnt.m1_r1.fil"));
+    float lowest = 0;
+    memcpy(&lowest, fil.constData() + fil.size() - 4, sizeof lowest);
+    QCOMPARE(lowest, first.samples[0][0][0][599]);
+}
+
+// Manuals and README: a block of commands each, tried in its order in one folder.
+void TestProgram::examples_data()
+{
+    QTest::addColumn<QString>("commands");
+    const auto commandsIn = [](QString text) {
+        text.replace(QRegularExpression("\\\\\n\\s*"), "");
+        QStringList commands;
+        for (const QString &line : text.split('\n')) {
+            if (line.trimmed().startsWith("zrt-batch ") && line.startsWith("  ") &&
+                !line.contains(" COMMAND"))
+                commands << line.trimmed();
+        }
+        return commands.join('\n');
+    };
+    const QString main = run({"--help"}).out;
+    const QString list = main.section("Subcommands:\n", 1);
+    QRegularExpressionMatchIterator names =
+        QRegularExpression("^  (\\w+)", QRegularExpression::MultilineOption).globalMatch(list);
+    int count = 0;
+    while (names.hasNext()) {
+        const QString name = names.next().captured(1);
+        QTest::addRow("%s", qPrintable(name)) << commandsIn(run({name, "--help"}).out);
+        ++count;
+    }
+    QCOMPARE(count, 16);
+    QTest::newRow("README") << commandsIn(QString::fromUtf8(contentOf(ZRT_SOURCE "/README.md")));
+}
+
+void TestProgram::examples()
+{
+    QFETCH(QString, commands);
+    QVERIFY(!commands.isEmpty());
+    // Folders in examples hold the demonstration only.
+    QTemporaryDir own(folder.filePath("example-XXXXXX"));
+    QVERIFY(QFile::link(path("demo.pnt"), own.filePath("demo.pnt")));
+    const Ended end = runShell("cd " + own.path() + "\n" + commands);
+    QVERIFY2(end.code == 0, qPrintable(commands + "\n" + end.errors));
+}
+
+ZRT_UNIT_TEST_MAIN(TestProgram)
+#include "tst_program.moc"
