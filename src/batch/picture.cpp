@@ -2,6 +2,7 @@
 
 #include "batch/axis.h"
 #include "forms/pulsar/pulsartexts.h"
+#include "plot/plotexport.h"
 #include "plot/plotgeometry.h"
 #include "plot/plotpainter.h"
 
@@ -24,6 +25,17 @@ std::vector<float> floatsOf(const Column &column)
         return *floats;
     const auto *doubles = std::get_if<std::vector<double>>(&column.values);
     return doubles ? std::vector<float>(doubles->begin(), doubles->end()) : std::vector<float>();
+}
+
+// A PDF tells when it was made. Blanks in that place keep its offsets, and make the same plot the
+// same bytes.
+QByteArray withoutDate(QByteArray bytes)
+{
+    const int begin = bytes.indexOf("/CreationDate (");
+    const int end = begin < 0 ? -1 : bytes.indexOf(')', begin);
+    for (int i = begin; end >= 0 && i <= end; ++i)
+        bytes[i] = ' ';
+    return bytes;
 }
 
 // All lines of a table, as they stand in a file.
@@ -55,9 +67,11 @@ PlotData plotOf(const ResultTable &table)
     ObservationData data;
     data.tresolution = valueOf(lines, "tresolution").section(' ', 0, 0).toDouble();
     data.beginTime = QDateTime::fromString(valueOf(lines, "begin"), Qt::ISODateWithMs);
-    const FormTexts::AxisLabels labels = FormTexts::axisLabels(axis, plot.numPoints, data);
-    plot.labelsX1 = labels.row1;
-    plot.labelsX2 = labels.row2;
+    const FormTexts::AxisTexts texts = FormTexts::axisTexts(axis, plot.numPoints, data);
+    plot.textX1 = texts.row1;
+    plot.textX2 = texts.row2;
+    plot.x = FormTexts::plotAxis(axis, data.tresolution);
+    plot.source = QStringList{valueOf(lines, "command") + " of " + valueOf(lines, "file")};
     for (const QString &marker : valueOf(lines, "steps_at").split(' ', Qt::SkipEmptyParts))
         plot.markers.push_back(marker.toInt());
     const Plot::Range range = Plot::verticalRange(plot);
@@ -70,13 +84,18 @@ PlotData plotOf(const ResultTable &table)
 QByteArray pictureBytes(const PlotData &plot, const QString &kind, const QSize &size)
 {
     const std::lock_guard lock(paintingMutex);
-    QImage image(size, QImage::Format_RGB32);
-    Plot::paintPlot(plot, {}, {}, image);
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, kind.toLatin1().constData());
-    return bytes;
+    if (kind == "png") {
+        QImage image(size, QImage::Format_RGB32);
+        Plot::paintPlot(plot, {}, {}, image);
+        image.save(&buffer, "PNG");
+        return bytes;
+    }
+    const Plot::CurveBlocks blocks;
+    Plot::writePicture(buffer, kind, {plot, blocks, size, {}, {}});
+    return withoutDate(bytes);
 }
 
 } // namespace Batch

@@ -219,6 +219,13 @@ void drawPlot(QPainter &painter, const PictureContent &content)
     paintMarks(painter, data, view, content.marks);
 }
 
+QString writePicture(QIODevice &device, const QString &kind, const PictureContent &content)
+{
+    return kind == "png"   ? savePng(device, content)
+           : kind == "svg" ? saveSvg(device, content)
+                           : savePdf(device, content);
+}
+
 QString savePicture(const QString &path, const PictureContent &content)
 {
     const QString kind = QFileInfo(path).suffix().toLower();
@@ -227,9 +234,7 @@ QString savePicture(const QString &path, const PictureContent &content)
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return writeFailure(path, file.errorString());
-    const QString failure = kind == "png"   ? savePng(file, content)
-                            : kind == "svg" ? saveSvg(file, content)
-                                            : savePdf(file, content);
+    const QString failure = writePicture(file, kind, content);
     if (!failure.isEmpty())
         return writeFailure(path, failure);
     return file.commit() ? QString() : writeFailure(path, file.errorString());

@@ -33,6 +33,12 @@ void drawPlot(QPainter &painter, const PictureContent &content);
 /// @return why it failed, for the user; empty on success
 QString savePicture(const QString &path, const PictureContent &content);
 
+/// The same to a device.
+///
+/// @param kind  "png", "svg" or "pdf"
+/// @return why it failed; empty on success
+QString writePicture(QIODevice &device, const QString &kind, const PictureContent &content);
+
 /// Asked now and then with the percentage done; false stops.
 using GoOn = std::function<bool(int percent)>;
 
