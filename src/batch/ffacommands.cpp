@@ -121,10 +121,10 @@ void addFfa(CLI::App &app, Chosen &chosen)
         "alone is expected to reach in one search, so that of many searches of noise about half\n"
         "give one. Harmonics of a stronger candidate and mains hum are named in the remark.");
     command->footer(
-        "Examples: ray 7 at its dispersion, with the picture of S/N over period; a survey of all\n"
-        "rays and seven dispersions of every recording in a folder, then one table of them:\n"
+        "Examples: ray 7 at its dispersion, with the picture of S/N over period; a survey of\n"
+        "some rays and dispersions of every recording in a folder, then one table of them:\n"
         "  zrt-batch ffa --ray 7 --dm 26.2 --period-min 0.5 --plot png demo.pnt\n"
-        "  zrt-batch ffa --ray all --dm 0:60:10 --period-min 1 --threshold 8 -o results .\n"
+        "  zrt-batch ffa --ray 3,7 --dm 0:40:20 --period-min 1 --threshold 8 -o results .\n"
         "  zrt-batch merge --output candidates.txt results/*.ffa.txt");
     command->add_option("--module", arguments->modules, "Modules, from 1: 1, 1,2 or all.")
         ->type_name("LIST")
@@ -155,6 +155,8 @@ void addFfa(CLI::App &app, Chosen &chosen)
         ->type_name("METHOD")
         ->capture_default_str()
         ->check(CLI::IsMember({"polinom5", "median", "backSum", "without"}));
+    command->add_flag("--normalise", request.normalise,
+                      "Divide by the standard deviation once the base line is off.");
     command->add_flag("--delete-step", request.deleteStep, "Take jumps of the level out first.");
     addSearchOptions(*command, request);
     command->add_flag("--no-deredden", arguments->noDeredden, "Do not subtract a running median.");

@@ -62,7 +62,7 @@ PulsarParameters parametersOf(const FfaRequest &request, const ObservationData &
     take(ffa.ducy_max, request.ducyMax);
     take(ffa.wtsp, request.wtsp);
     take(ffa.fpmin, request.fewestPeriods);
-    take(ffa.rmed_width, request.medianWidth);
+    ffa.rmed_width = request.medianWidth.value_or(3 * ffa.period_max); // as the form does
     take(ffa.rmed_minpts, request.medianPoints);
     ffa.deredden = request.deredden;
     return parameters;

@@ -3,6 +3,7 @@
 #include "calc/pulsarcalculate.h"
 
 #include <QLocale>
+#include <QMap>
 #include <QRegularExpression>
 #include <QStringList>
 
@@ -121,6 +122,43 @@ QString pulsarCommand(const QString &action, const PulsarParameters &given,
     addIf(action == "sumTimeDispersions", "--each-start");
     if (action == "sumTimeDispersions")
         addNumber("--delta", given.startDelta, presets.startDelta);
+    words << shellWord(recording);
+    return words.join(' ');
+}
+
+// What the form presets for the length of a recording is always given: other recordings of the
+// call are to be searched for the same periods.
+QString ffaCommand(const PulsarParameters &given, const QString &recording)
+{
+    const FfaParameters &ffa = given.ffa;
+    const FfaParameters presets;
+    QStringList words = {"zrt-batch", "ffa",
+                         "--module",  QString::number(given.module),
+                         "--ray",     QString::number(given.ray),
+                         "--dm",      exact(given.dispersion)};
+    const auto addNumber = [&words](const QString &option, double value, double preset) {
+        if (value != preset)
+            words << option << exact(value);
+    };
+    addNumber("--first-point", given.firstPoint, 0);
+    addNumber("--count", given.points, 0);
+    if (given.noise != PulsarParameters().noise)
+        words << "--noise" << shellWord(given.noise);
+    if (given.normalise)
+        words << "--normalise";
+    if (given.deleteStep)
+        words << "--delete-step";
+    words << "--period-min" << exact(ffa.period_min) << "--period-max" << exact(ffa.period_max);
+    addNumber("--bins-min", ffa.bins_min, presets.bins_min);
+    addNumber("--bins-max", ffa.bins_max, presets.bins_max);
+    addNumber("--ducy-max", ffa.ducy_max, presets.ducy_max);
+    addNumber("--wtsp", ffa.wtsp, presets.wtsp);
+    addNumber("--fpmin", ffa.fpmin, presets.fpmin);
+    if (!ffa.deredden)
+        words << "--no-deredden";
+    else
+        words << "--rmed-width" << exact(ffa.rmed_width);
+    addNumber("--rmed-minpts", ffa.rmed_minpts, presets.rmed_minpts);
     words << shellWord(recording);
     return words.join(' ');
 }

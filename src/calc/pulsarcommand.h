@@ -15,5 +15,8 @@ PulsarParameters pulsarPresets();
 QString pulsarCommand(const QString &action, const PulsarParameters &parameters,
                       const QString &recording);
 
+/// The same for a fast folding search, its candidates and their table.
+QString ffaCommand(const PulsarParameters &parameters, const QString &recording);
+
 /// A text as one word of a shell command, in quotes where it needs them.
 QString shellWord(const QString &text);

@@ -1,4 +1,4 @@
-#include "batch/resulttable.h"
+#include "batch/candidates.h"
 #include "calc/pulsarcalculate.h"
 #include "calc/pulsarcommand.h"
 #include "data/reader.h"
@@ -55,6 +55,7 @@ private slots:
     void failures();
     void sameAsForm_data();
     void sameAsForm();
+    void candidatesAreThoseOfTheForm();
     void presetsAreThoseOfTheForm();
     void killedRunsGoOn();
     void stopsAtSignal();
@@ -259,6 +260,40 @@ void TestProgram::sameAsForm()
         report += line.key == "report" ? line.value + "\n" : QString();
     const QStringList lines = expected.description.split('\n', Qt::SkipEmptyParts);
     QCOMPARE(report, (lines + expected.remarks).join('\n') + "\n");
+}
+
+void TestProgram::candidatesAreThoseOfTheForm()
+{
+    PulsarParameters parameters;
+    parameters.ray = 3;
+    parameters.dispersion = 15.5;
+    parameters.firstPoint = 1000;
+    parameters.noise = "median";
+    parameters.ffa.period_min = 1;
+    parameters.ffa.period_max = 4;
+    parameters.ffa.bins_max = 60;
+    parameters.ffa.rmed_width = 12;
+    const Ended end = runShell(ffaCommand(parameters, "demo.pnt") + " --tag same");
+    QVERIFY2(end.code == 0, qPrintable(end.errors));
+    const Batch::ReadCandidates read =
+        Batch::readCandidates(contentOf(path("demo.pnt.ffa.same.txt")));
+    QCOMPARE(read.problem, QString());
+
+    const ObservationData data = Reader::readDataFile(nullptr, path("demo.pnt"));
+    PulsarCalculate form(data, parameters);
+    QVERIFY2(form.run("createFFA"), qPrintable(form.failure()));
+    const FfaEstimate estimate =
+        Tools::estimateFfa(parameters.ffa, form.ffaPoints(), data.tresolution);
+    const std::vector<FfaCandidate> expected =
+        Tools::findCandidates(*form.result().ffa, estimate.noiseMaximum, 50);
+    QVERIFY(!expected.empty() && qAbs(expected[0].period - 1.274) < 1e-3);
+    QCOMPARE(read.candidates.size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        // Tables have 6 and 12 digits of them.
+        QVERIFY(qAbs(read.candidates[i].peak.snr / expected[i].snr - 1) < 1e-5F);
+        QVERIFY(qAbs(read.candidates[i].peak.period / expected[i].period - 1) < 1e-11);
+        QCOMPARE(read.candidates[i].remark, Tools::candidateRemark(expected[i]));
+    }
 }
 
 void TestProgram::presetsAreThoseOfTheForm()

@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -54,6 +55,7 @@ private slots:
     void badNumberCountsAsZero();
     void stopsAtTheEnd();
     void changedPoints();
+    void copiesTheCommand();
     void escapeStopsReading();
     void closingStopsReading();
 
@@ -339,6 +341,21 @@ void TestPulsarForm::changedPoints()
     QCOMPARE(plot.graphs[0].size(), std::size_t(1000));
     find<QPushButton>("resetPointsButton")->click();
     QCOMPARE(plot.numPoints, 16384);
+}
+
+void TestPulsarForm::copiesTheCommand()
+{
+    openForm();
+    find<QRadioButton>("showNative")->click();
+    type("zrtUtc", "12:00:01");
+    find<QRadioButton>("isZrtUtc")->click();
+    find<QSpinBox>("points")->setValue(600);
+    find<QPushButton>("changePointsButton")->click();
+    find<QRadioButton>("noiseMedian")->click();
+    find<QPushButton>("commandButton")->click();
+    QCOMPARE(QGuiApplication::clipboard()->text(),
+             "zrt-batch native --ray 1 --utc 12:00:01 --count 600 --noise median " +
+                 folder->filePath("x.pnt"));
 }
 
 void TestPulsarForm::escapeStopsReading()

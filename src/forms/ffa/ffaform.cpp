@@ -4,6 +4,7 @@
 #include "app/centralwidget.h"
 #include "app/errorbox.h"
 #include "app/settings.h"
+#include "calc/pulsarcommand.h"
 #include "calc/reporttext.h"
 #include "forms/ffa/ffaresults.h"
 #include "forms/pulsar/pulsartexts.h"
@@ -13,8 +14,10 @@
 #include "ui_ffaform.h"
 
 #include <QCheckBox>
+#include <QClipboard>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QProgressBar>
 #include <QScopedValueRollback>
@@ -57,7 +60,8 @@ QString periodText(double period)
 
 } // namespace
 
-FfaForm::FfaForm(const QString &path, QWidget *parent) : QWidget(parent), ui(new Ui::FfaForm)
+FfaForm::FfaForm(const QString &path, QWidget *parent)
+    : QWidget(parent), ui(new Ui::FfaForm), recordingPath(path)
 {
     ui->setupUi(this);
     ui->filePath->setText(FormTexts::fileLabel(path));
@@ -102,6 +106,7 @@ void FfaForm::connectInputs()
         connect(field, QOverload<int>::of(&QSpinBox::valueChanged), this, &FfaForm::showEstimate);
     connect(ui->deredden, &QGroupBox::toggled, this, &FfaForm::showEstimate);
     connect(ui->pushButton, &QPushButton::clicked, this, &FfaForm::search);
+    connect(ui->commandButton, &QPushButton::clicked, this, &FfaForm::copyCommand);
     connect(grafik, &PulsarGrafik::clicked, this, &FfaForm::choosePeak);
     connect(results, &FfaResults::candidateChosen, this, &FfaForm::chooseCandidate);
     connect(results, &FfaResults::widthChosen, this, &FfaForm::showSpectrum);
@@ -262,6 +267,16 @@ bool FfaForm::showPercent(int percent)
     progressBar->setValue(percent);
     QCoreApplication::processEvents();
     return !cancelled;
+}
+
+// Puts the call of the batch program that does what "Search" does onto the clipboard.
+void FfaForm::copyCommand()
+{
+    PulsarParameters parameters;
+    const std::vector<FfaProblem> problems = findProblems(parameters);
+    showProblems(problems);
+    if (problems.empty())
+        QGuiApplication::clipboard()->setText(ffaCommand(parameters, recordingPath));
 }
 
 void FfaForm::search()

@@ -44,6 +44,7 @@ protected:
 
 private:
     void connectInputs();
+    void copyCommand();
     void fillPresets();
     void showEstimate();
     PulsarParameters readParameters(std::vector<FfaProblem> &problems);
@@ -68,6 +69,7 @@ private:
     QProgressBar *progressBar = nullptr;
     PulsarGrafik *grafik = nullptr;
     FfaResults *results = nullptr;
+    const QString recordingPath;
     ObservationData data;
     QString readProblem; // of a file that ends early
 

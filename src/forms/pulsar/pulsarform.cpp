@@ -4,6 +4,7 @@
 #include "app/centralwidget.h"
 #include "app/errorbox.h"
 #include "app/settings.h"
+#include "calc/pulsarcommand.h"
 #include "forms/fieldstyles.h"
 #include "forms/pulsar/pulsartexts.h"
 #include "forms/readrecording.h"
@@ -12,7 +13,9 @@
 #include "plot/pulsargrafikinfo.h"
 #include "ui_pulsarform.h"
 
+#include <QClipboard>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QProgressBar>
 #include <QScopedValueRollback>
@@ -104,6 +107,8 @@ void PulsarForm::connectInputs()
     for (const QAbstractButton *button : std::as_const(buttons))
         connect(button, &QAbstractButton::clicked, this, &PulsarForm::redraw);
 
+    connect(ui->commandButton, &QPushButton::clicked, this, &PulsarForm::copyCommand);
+
     connect(info, &PulsarGrafikInfo::changeMaxSigma, this, &PulsarForm::redraw);
     connect(info, &PulsarGrafikInfo::changeDispersions, this, &PulsarForm::changeDispersions);
     connect(info, &PulsarGrafikInfo::showMultiResult, this, &PulsarForm::showMultiResult);
@@ -129,6 +134,24 @@ void PulsarForm::redraw()
         return;
     }
     compute(action, action == shownAction ? wantedPoints : 0);
+}
+
+// Puts the call of the batch program that does what "Run" does onto the clipboard.
+void PulsarForm::copyCommand()
+{
+    if (running)
+        return;
+    const QString action = checkedButton(ui->groupBox_action);
+    if (action.isEmpty()) {
+        showError(this, "Check Action!");
+        return;
+    }
+    clearMarks();
+    std::optional<PulsarParameters> parameters = readParameters();
+    if (!parameters)
+        return;
+    parameters->points = takesPoints(action) && action == shownAction ? wantedPoints : 0;
+    QGuiApplication::clipboard()->setText(pulsarCommand(action, *parameters, recordingPath));
 }
 
 // A success replaces what is shown; a failure is reported and changes nothing.

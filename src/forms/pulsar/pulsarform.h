@@ -46,6 +46,7 @@ protected:
 private:
     bool readRecording(const QString &path);
     void connectInputs();
+    void copyCommand();
     void compute(const QString &action, int points);
     bool runShowingProgress(PulsarCalculate &calculation, const QString &action);
     std::optional<PulsarParameters> readParameters();
