@@ -15,7 +15,6 @@ class TestBinToText : public QObject {
 private slots:
     void conversions();
     void escapeLeavesNothing();
-    void largeTextIsAskedFor();
 
 private:
     bool write(const QByteArray &bytes)
@@ -75,7 +74,6 @@ void TestBinToText::conversions()
         {recording, "/proc/out", "none", "Error! Cannot write /proc/out: "},
         {recording, out, two + "i=2\nmodule 1 ray 1: 2 2.25 2.5\n", ""},
         {recording.chopped(1), out, two, "File size is incorrect, data is broken"},
-        {recording.chopped(25), out, two, "File size is incorrect, data is broken"},
         {recording, in, two, "The text would take the place of the file"},
         {result, out, header + "1\n-2.5\n1\n", ""},
         {result.chopped(1), out, header + "1\n-2.5\n1\n", "Block 1 of 1 in %1 is short"},
@@ -90,8 +88,11 @@ void TestBinToText::conversions()
         QCOMPARE(contents(out), text);
         QCOMPARE(contents(in), bytes);
     }
-    QCOMPARE(inFolder(), (QStringList{"in", "out"}));
     QVERIFY(QFile::remove(out));
+    // Two bytes of text for a zero; the file takes no room on the disk.
+    QVERIFY(write("points: 600000000\ndays: 1\n") && QFile::resize(in, 2500000000));
+    QVERIFY(convert(out).startsWith("The text will take about 1.2 GB."));
+    QCOMPARE(inFolder(), QStringList{"in"});
 }
 
 void TestBinToText::escapeLeavesNothing()
@@ -110,14 +111,6 @@ void TestBinToText::escapeLeavesNothing()
     escape.start(5);
     QCOMPARE(convert(out), QString());
     QVERIFY2(seen > 0 && seen < 100, "Esc was pressed while the text was written");
-    QCOMPARE(inFolder(), QStringList{"in"});
-}
-
-// Two bytes of text for a zero; the file takes no room on the disk.
-void TestBinToText::largeTextIsAskedFor()
-{
-    QVERIFY(write("points: 600000000\ndays: 1\n") && QFile::resize(in, 2500000000));
-    QVERIFY(convert(out).startsWith("The text will take about 1.2 GB."));
     QCOMPARE(inFolder(), QStringList{"in"});
 }
 

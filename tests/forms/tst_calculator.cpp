@@ -37,9 +37,7 @@ class TestCalculator : public QObject {
 private slots:
     void initTestCase();
     void init() { window.openCalculator(); }
-
     void answers();
-    void tablesOfPeriods();
     void colours();
     void boundFields();
     void fileNameOpensTheRecording();
@@ -119,25 +117,15 @@ void TestCalculator::answers()
     const auto ffa = [](const char *points, const char *tres, const char *shortest) {
         return told(ffaInfo({points, tres, shortest, "3", 2, 2, 0.9, 1.5}, false));
     };
-    QCOMPARE(ffa("1.5", "x", ""),
-             "|Bad points! Type a whole number|Bad tres!| -> ffa_poins ffa_tres");
     QCOMPARE(ffa("30000", "1", "1.5"),
              "|Must have: period_min &gt;= tsamp * bins_min (1*2=2)| -> ffa_period_min");
     QCOMPARE(ffa("3", "1", "2"), "1|&nbsp;|Results:|Error: periodogram.rows = 0 -> 1 0");
-}
-
-// m rows of two bins, of which ceil(2 (m - 1) / 3) are kept.
-void TestCalculator::tablesOfPeriods()
-{
+    // m rows of two bins, of which ceil(2 (m - 1) / 3) are kept.
     const auto periods = [](const char *points) {
         return ffaInfo({points, "1", "2", "3", 2, 2, 0.9, 1.5}, true).report;
     };
-    const QString shown = periods("30000");
-    QCOMPARE(shown.count("<td><nobr>"), 2 * 10000 + 1); // one stands in the parameters
-    QVERIFY(shown.contains("<nobr>2.000067</nobr>"));   // 2 x 2 / (2 - 1 / 14999)
-    const QString refused = periods("30004");
-    QVERIFY(refused.contains("rows = 10001<") && !refused.contains("Foldbins"));
-    QVERIFY(refused.contains("Sorry, there are more than 10000 periods"));
+    QCOMPARE(periods("30000").count("<td><nobr>"), 1 + 2 * 10000); // 1 in the parameters
+    QVERIFY(periods("30004").contains("Sorry, there are more than 10000 periods"));
 }
 
 // Enter starts the calculator of the field; a good input takes the marks away.
@@ -180,9 +168,6 @@ void TestCalculator::boundFields()
     find<QAbstractButton>("ffa_boundPeriodBin")->click();
     find<QSpinBox>("ffa_bin_min")->setValue(65);
     QCOMPARE(find("ffa_period_min")->text().toDouble(), 64 * 0.0124928);
-    QCOMPARE(typed("ffa_period_min", "20", "ffa_period_min"), QString("20"));
-    press("ffa_show_info");
-    QCOMPARE(style("ffa_period_max"), failing); // "period_max must be > period_min"
     press("clearForm");
     QCOMPARE(find("ffa_period_min")->text(), QString("1"));
 }
@@ -193,7 +178,7 @@ void TestCalculator::fileNameOpensTheRecording()
     press("cat2zrt_send");
     const TestSupport::MessageBoxCatcher catcher;
     QTest::mouseClick(find("cat2zrt_fileName"), Qt::LeftButton);
-    QVERIFY(Settings::instance()->ui().statusbar->currentMessage().startsWith("010415_17_N1_00"));
+    QVERIFY(window.statusBar()->currentMessage().startsWith("010415_17_N1_00"));
     QFile file(folder.filePath("010415_17_N1_00.pnthr"));
     QVERIFY(file.open(QIODevice::WriteOnly));
     QTest::mouseClick(find("cat2zrt_fileName"), Qt::LeftButton);

@@ -1,0 +1,1 @@
+zrt_add_bench(calculator zrt_forms)
