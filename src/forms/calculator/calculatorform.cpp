@@ -162,7 +162,7 @@ void CalculatorForm::show(const QGroupBox *block, const Calculator::Answer &answ
         auto *const field = findChild<QLineEdit *>(output.key());
         field->setText(output.value());
         field->setCursorPosition(0);
-        if (!output.value().isEmpty())
+        if (!output.value().isEmpty() && output.value() != "nan")
             field->setStyleSheet(FieldStyles::filled);
     }
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
@@ -307,7 +307,7 @@ void CalculatorForm::showWhetherRecordingExists()
     if (name.isEmpty())
         ui->cat2zrt_fileName->setToolTip({});
     else if (path.isEmpty())
-        ui->cat2zrt_fileName->setToolTip("Not in the folder that a file was opened in last");
+        ui->cat2zrt_fileName->setToolTip("Not in the folder of the file opened last");
     else
         ui->cat2zrt_fileName->setToolTip("A click opens " + QDir::toNativeSeparators(path));
 }
@@ -316,11 +316,14 @@ void CalculatorForm::openFoundRecording()
 {
     const QString name = ui->cat2zrt_fileName->text();
     const QString path = recordingPath();
+    const QString folder = Settings::instance()->lastOpenPath();
     if (!path.isEmpty())
         openRecording(path);
     else if (!name.isEmpty())
         Settings::instance()->ui().statusbar->showMessage(
-            name + " is not in the folder that a file was opened in last: " +
-                QDir::toNativeSeparators(Settings::instance()->lastOpenPath()),
+            folder.isEmpty() ? name + " is looked for in the folder of the file opened last; none "
+                                      "was opened yet."
+                             : name + " is not in the folder of the file opened last, " +
+                                   QDir::toNativeSeparators(folder),
             messageMs);
 }
