@@ -26,6 +26,7 @@ constexpr qint64 valueBlock = 1 << 16;    // values read at once
 constexpr qint64 valuesOfLook = 4096;     // values that a size is guessed from
 constexpr int leastDigits = 6;            // what QString::number shows
 const char cancelledText[] = "Cancelled.";
+const char cannotRead[] = "ERROR!\nНе могу открыть файл для чтения\n";
 
 // Six digits as everywhere; more where it takes more to bring back the same float.
 void appendNumber(QByteArray &text, float value)
@@ -130,6 +131,13 @@ QString refusedSize(const ResultHeader &header, qint64 available, const QString 
         .arg(available - whole * blockBytes(header));
 }
 
+// What stands against turning a file into text; it is at its first block.
+QString refused(const ResultHeader &header, const QFile &in)
+{
+    const QString text = refusedHeader(header, in.fileName());
+    return text.isEmpty() ? refusedSize(header, in.size() - in.pos(), in.fileName()) : text;
+}
+
 // The values come as bytes, little-endian.
 void appendValues(QByteArray &text, const QByteArray &bytes)
 {
@@ -201,7 +209,7 @@ QString resultToText(const QString &inPath, const QString &outPath, const TextPr
         return "ERROR!\nНет файла для чтения!";
     QFile in(inPath);
     if (!in.open(QIODevice::ReadOnly))
-        return "ERROR!\nНе могу открыть файл для чтения\n";
+        return cannotRead;
     if (outPath.isEmpty())
         return "ERROR!\nНет файла для записи!";
     if (QFileInfo(inPath) == QFileInfo(outPath))
@@ -211,10 +219,7 @@ QString resultToText(const QString &inPath, const QString &outPath, const TextPr
         return "ERROR!\nНе могу открыть файл для записи\n";
 
     const ResultHeader header = readResultHeader(in);
-    if (QString text = refusedHeader(header, inPath); !text.isEmpty())
-        return text;
-    const qint64 available = in.size() - in.pos();
-    if (QString text = refusedSize(header, available, inPath); !text.isEmpty())
+    if (QString text = refused(header, in); !text.isEmpty())
         return text;
 
     TextWriter writer(out, progress, cancelled);
@@ -233,13 +238,22 @@ QString resultToText(const QString &inPath, const QString &outPath, const TextPr
     return writer.finish();
 }
 
+QString resultProblem(const QString &inPath)
+{
+    QFile in(inPath);
+    if (!in.open(QIODevice::ReadOnly))
+        return cannotRead;
+    const ResultHeader header = readResultHeader(in);
+    return refused(header, in);
+}
+
 qint64 resultTextBytes(const QString &inPath)
 {
     QFile in(inPath);
     if (!in.open(QIODevice::ReadOnly))
         return 0;
     const ResultHeader header = readResultHeader(in);
-    if (!header.isUsable() || !refusedSize(header, in.size() - in.pos(), inPath).isEmpty())
+    if (!refused(header, in).isEmpty())
         return 0;
     const QByteArray look = in.read(valuesOfLook * qint64(sizeof(float)));
     const qint64 values = look.size() / qint64(sizeof(float));

@@ -41,6 +41,10 @@ ResultHeader readResultHeader(QIODevice &device);
 QString resultToText(const QString &inPath, const QString &outPath,
                      const TextProgress &progress = {}, const TextCancelled &cancelled = {});
 
+/// What resultToText will say against a file before it writes anything; empty where nothing
+/// stands against it.
+QString resultProblem(const QString &inPath);
+
 /// About how many bytes resultToText will write, from a look at the first values; 0 for what
 /// it will refuse.
 qint64 resultTextBytes(const QString &inPath);

@@ -212,6 +212,13 @@ void convertBinaryToText(const QString &path, QWidget *window)
         showError(window, binary.problem, "Choose a recording (.pnt or .pnthr) or a result file.");
         return;
     }
+    const QString refusal = binary.isRecording ? QString() : Tools::resultProblem(path);
+    if (!refusal.isEmpty()) {
+        showError(
+            window, refusal,
+            "It is damaged or of another kind, and no text can be made of it. Copy it again.");
+        return;
+    }
     const QString outPath =
         QFileDialog::getSaveFileName(window, "Saving text", proposedPath(path), "");
     if (outPath.isEmpty())
