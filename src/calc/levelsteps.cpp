@@ -53,12 +53,20 @@ int refinedPoint(const std::vector<float> &series, int guess, double before, dou
 // Medians of the windows that begin at every multiple of the grid step.
 class LevelGrid {
 public:
-    explicit LevelGrid(std::vector<float> &searched) : series(searched)
+    explicit LevelGrid(std::vector<float> &searched) : series(searched) {}
+
+    // False when goOn said so before all medians were there.
+    bool fill(const std::function<bool()> &goOn)
     {
+        constexpr std::size_t windowsBetweenQuestions = 2048;
         const int windows = (int(series.size()) - levelLength) / gridStep + 1;
         medians.resize(std::size_t(std::max(windows, 0)));
-        for (std::size_t i = 0; i < medians.size(); ++i)
+        for (std::size_t i = 0; i < medians.size(); ++i) {
             medians[i] = medianOf(series.data() + int(i) * gridStep, levelLength, scratch);
+            if (goOn && i % windowsBetweenQuestions == 0 && !goOn())
+                return false;
+        }
+        return true;
     }
 
     // Grid points, multiples of the grid step, whose jump exceeds the limit; largest first.
@@ -152,7 +160,8 @@ double robustSigma(const float *samples, int count)
     return *middle * sigmaPerMad / std::sqrt(2.0);
 }
 
-std::vector<LevelStep> findLevelSteps(const float *samples, int count)
+std::vector<LevelStep> findLevelSteps(const float *samples, int count,
+                                      const std::function<bool()> &goOn)
 {
     std::vector<LevelStep> steps;
     if (count < 2 * levelLength)
@@ -169,10 +178,14 @@ std::vector<LevelStep> findLevelSteps(const float *samples, int count)
         return steps;
 
     LevelGrid grid(series);
+    if (!grid.fill(goOn))
+        return steps;
     std::vector<bool> refused(std::size_t(count / gridStep + 1), false);
     // A step that is taken out changes the jumps around it, so that they are ranked again. No
     // grid point is tried twice, so the loop ends.
     for (bool changed = true; changed;) {
+        if (goOn && !goOn())
+            return {};
         changed = false;
         for (const int guess : grid.jumpsAbove(limit)) {
             if (refused[std::size_t(guess / gridStep)])

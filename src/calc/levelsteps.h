@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <vector>
 
 namespace Tools {
@@ -16,8 +17,11 @@ struct LevelStep {
 /// found in the first and last 512 samples, whose levels cannot be told.
 ///
 /// @param samples  count samples; only read
-/// @return steps by ascending point; removing them one after the other leaves one level
-std::vector<LevelStep> findLevelSteps(const float *samples, int count);
+/// @param goOn     asked every few hundredths of a second, may be empty; false ends the search
+/// @return steps by ascending point; removing them one after the other leaves one level; none
+///         when the search was ended
+std::vector<LevelStep> findLevelSteps(const float *samples, int count,
+                                      const std::function<bool()> &goOn = {});
 
 /// Shifts everything from each step on by its height, so that the series keeps the level it
 /// begins with.

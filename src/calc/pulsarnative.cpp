@@ -32,8 +32,12 @@ bool PulsarCalculate::showNative()
     std::vector<double> series(samples, samples + count);
     addCurve(series, QString("channel %1").arg(parameters.channel));
     std::vector<double> baseline(series.size());
+    if (!goOn(20))
+        return false;
     if (!channelBaseline(series, baseline.data()))
         return refuse("The noise base line cannot be computed.");
+    if (!goOn(80))
+        return false;
     if (parameters.noise == "polinom5")
         addCurve(baseline, "polinom5 approximation");
     else if (parameters.noise == "median")
@@ -72,14 +76,20 @@ bool PulsarCalculate::sumPeriod()
     const float *const samples = bandSamples(parameters.channel - 1) + parameters.firstPoint;
     std::vector<double> series(samples, samples + count);
     std::vector<double> baseline(series.size());
+    if (!goOn(10))
+        return false;
     if (!channelBaseline(series, baseline.data()))
         return refuse("The noise base line cannot be computed.");
+    if (!goOn(40))
+        return false;
     removeBaseline(series, baseline);
     if (!goOn(50))
         return false;
 
     const int bins = int(std::round(period));
     const Tools::FoldedProfile profile = Tools::fold(series.data(), count, period, bins);
+    if (!goOn(70))
+        return false;
     addCurve(profile.bins, "sum on period");
     outcome.points = bins;
     outcome.stretch = count;
@@ -89,6 +99,8 @@ bool PulsarCalculate::sumPeriod()
     // Of a channel without noise, what rounding left of it is no noise either.
     const std::vector<float> noise(series.begin(), series.end());
     const bool hasNoise = Tools::robustSigma(samples, count) > 0;
+    if (!goOn(85))
+        return false;
     const double binSigma =
         hasNoise ? Tools::robustSigma(noise.data(), count) / std::sqrt(double(count) / bins) : 0;
     const Tools::BoxcarPeak peak = Tools::bestBoxcar(profile.bins, binSigma);
@@ -193,8 +205,9 @@ bool PulsarCalculate::deleteSteps(int begin, int end, int firstChannel, int last
         const float *const recorded = bandSamples(channel);
         float *const corrected = copy->ray(0, channel, 0);
         std::copy(recorded + begin, recorded + end, corrected + begin);
-        const std::vector<Tools::LevelStep> steps =
-            Tools::findLevelSteps(corrected + begin, end - begin);
+        const int percent = 100 * (channel - firstChannel) / (lastChannel - firstChannel);
+        const std::vector<Tools::LevelStep> steps = Tools::findLevelSteps(
+            corrected + begin, end - begin, [this, percent] { return goOn(percent); });
         Tools::removeLevelSteps(corrected + begin, end - begin, steps);
         const int shift = markDispersion > 0
                               ? Tools::stretchShift(Tools::dispersionDelay(
@@ -204,7 +217,7 @@ bool PulsarCalculate::deleteSteps(int begin, int end, int firstChannel, int last
         for (const Tools::LevelStep &step : steps)
             stepPoints.push_back(begin + step.point - shift);
         stepCount += int(steps.size());
-        if (!goOn(100 * (channel - firstChannel) / (lastChannel - firstChannel)))
+        if (!goOn(percent))
             return false;
     }
     workingCopy = copy;
