@@ -2,6 +2,7 @@
 
 #include "app/directoryof.h"
 #include "app/settings.h"
+#include "app/timedprogressbar.h"
 #include "forms/arrays/arraysdirform.h"
 #include "forms/arrays/arraysform.h"
 #include "forms/bintotext/bintotext.h"
@@ -13,11 +14,17 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDesktopServices>
+#include <QDir>
+#include <QDropEvent>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QLayout>
 #include <QMessageBox>
-#include <QProgressBar>
+#include <QMimeData>
+#include <QTimer>
+#include <QToolButton>
 #include <QUrl>
+#include <utility>
 
 namespace {
 
@@ -40,10 +47,13 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent), ui(new Ui::MainWi
     clipboard = QApplication::clipboard();
     connectActions();
 
-    progressBar = new QProgressBar;
+    progressBar = new TimedProgressBar;
     progressBar->setRange(0, 100);
     ui->statusbar->addWidget(progressBar, 1);
     progressBar->hide();
+    addRecentButton();
+    setAcceptDrops(true);
+    qApp->installEventFilter(this);
 
     Settings *const settings = Settings::instance();
     settings->setUi(*ui);
@@ -97,19 +107,50 @@ void MainWindow::connectActions()
         {ui->actionUpdates, &MainWindow::showUpdates},
         {ui->actionAbout, &MainWindow::showAbout},
     };
-    for (const auto &[action, slot] : table)
+    for (const auto &[action, slot] : table) {
         connect(action, &QAction::triggered, this, slot);
+        connect(action, &QAction::triggered, this, &MainWindow::rememberForm);
+    }
+    auto *const repeat = new QAction("Repeat the last command", this);
+    repeat->setShortcut(QKeySequence::Open);
+    connect(repeat, &QAction::triggered, this, &MainWindow::repeatCommand);
+    addAction(repeat);
 }
 
-// Empty when the user cancels.
+// The path for the command whose slot calls this: the given one or else the user's answer,
+// empty when that is to cancel.
+QString MainWindow::ask(const std::function<QString(const QString &startPath)> &dialog)
+{
+    auto *const command = qobject_cast<QAction *>(sender());
+    Settings *const settings = Settings::instance();
+    QString path = std::exchange(givenPath, {});
+    if (path.isEmpty())
+        path = dialog(settings->lastOpenPath());
+    if (path.isEmpty())
+        return {};
+    settings->setLastOpenPath(directoryOf(path));
+    tookPath = true;
+    if (command) {
+        lastCommand = command;
+        recent.add({path, command->objectName()});
+        recentButton->setEnabled(true);
+    }
+    return path;
+}
+
 QString MainWindow::askForFile()
 {
-    Settings *const settings = Settings::instance();
-    const QString path =
-        QFileDialog::getOpenFileName(this, "Opening file", settings->lastOpenPath(), "");
-    if (!path.isEmpty())
-        settings->setLastOpenPath(directoryOf(path));
-    return path;
+    return ask([this](const QString &startPath) {
+        return QFileDialog::getOpenFileName(this, "Opening file", startPath, "");
+    });
+}
+
+QString MainWindow::askForDirectory(const QString &caption)
+{
+    return ask([this, caption](const QString &startPath) {
+        return QFileDialog::getExistingDirectory(this, caption, startPath,
+                                                 QFileDialog::ShowDirsOnly);
+    });
 }
 
 template <typename Form>
@@ -122,13 +163,133 @@ void MainWindow::openFile()
 template <typename Form>
 void MainWindow::openDirectory(const QString &caption)
 {
-    Settings *const settings = Settings::instance();
-    const QString path = QFileDialog::getExistingDirectory(this, caption, settings->lastOpenPath(),
-                                                           QFileDialog::ShowDirsOnly);
-    if (path.isEmpty())
+    if (const QString path = askForDirectory(caption); !path.isEmpty())
+        new Form(path, this);
+}
+
+// Opens without asking.
+void MainWindow::open(QAction *command, const QString &path)
+{
+    givenPath = path;
+    command->trigger();
+    givenPath.clear();
+}
+
+// The enabled command that shows a file or directory when no form is open.
+QAction *MainWindow::viewerOf(const QString &path) const
+{
+    const QFileInfo info(path);
+    if (info.isDir())
+        return ui->actionShowArraysDir;
+    const QStringList textSuffixes = {"txt", "csv", "dat"};
+    if (textSuffixes.contains(info.suffix(), Qt::CaseInsensitive))
+        return ui->actionShowArraysFile;
+    return ui->actionShow_native_data->isEnabled() ? ui->actionShow_native_data
+                                                   : ui->actionOneFourier;
+}
+
+void MainWindow::repeatCommand()
+{
+    QAction *command = lastCommand;
+    if (!command && !recent.entries().isEmpty())
+        command = findChild<QAction *>(recent.entries().first().command);
+    if (!command || !command->isEnabled())
+        command = viewerOf({});
+    command->trigger();
+}
+
+QWidget *MainWindow::shownForm() const
+{
+    const QLayout *const layout = ui->centralwidget->layout();
+    return layout && layout->count() > 0 ? layout->itemAt(0)->widget() : nullptr;
+}
+
+// Called after the slot of every command.
+void MainWindow::rememberForm()
+{
+    const bool wasGivenPath = std::exchange(tookPath, false);
+    if (commandForm && shownForm() == commandForm)
         return;
-    settings->setLastOpenPath(directoryOf(path));
-    new Form(path, this);
+    commandForm = shownForm();
+    formCommand = wasGivenPath ? qobject_cast<QAction *>(sender()) : nullptr;
+}
+
+void MainWindow::openDropped(const QString &path)
+{
+    QAction *command = viewerOf(path);
+    const bool isDirectoryForm = formCommand && formCommand->objectName().contains("Dir");
+    if (formCommand && commandForm && commandForm == shownForm() &&
+        isDirectoryForm == QFileInfo(path).isDir())
+        command = formCommand;
+    open(command, path);
+}
+
+bool MainWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    const bool isDrag = event->type() == QEvent::DragEnter || event->type() == QEvent::DragMove ||
+                        event->type() == QEvent::Drop;
+    const auto *const widget = isDrag ? qobject_cast<QWidget *>(watched) : nullptr;
+    if (!widget || widget->window() != this)
+        return QMainWindow::eventFilter(watched, event);
+    auto *const drop = static_cast<QDropEvent *>(event);
+    const QList<QUrl> urls = drop->mimeData()->urls();
+    if (urls.isEmpty() || !urls[0].isLocalFile())
+        return QMainWindow::eventFilter(watched, event);
+    drop->setDropAction(Qt::CopyAction);
+    drop->accept();
+    // Later, for the form that goes may hold the widget under the pointer.
+    if (event->type() == QEvent::Drop)
+        QTimer::singleShot(0, this, [this, path = urls[0].toLocalFile()] { openDropped(path); });
+    return true;
+}
+
+void MainWindow::addRecentButton()
+{
+    recent.restore();
+    recentButton = new QToolButton;
+    recentButton->setObjectName("recentButton");
+    recentButton->setText("&Recent");
+    recentButton->setToolTip("The last files with the command that opened them");
+    recentButton->setAutoRaise(true); // no higher than the status bar
+    recentButton->setPopupMode(QToolButton::InstantPopup);
+    recentButton->setMenu(new QMenu(recentButton));
+    recentButton->menu()->setToolTipsVisible(true);
+    recentButton->setEnabled(!recent.entries().isEmpty());
+    connect(recentButton->menu(), &QMenu::aboutToShow, this, &MainWindow::fillRecentMenu);
+    ui->statusbar->addPermanentWidget(recentButton);
+}
+
+void MainWindow::fillRecentMenu()
+{
+    QMenu *const menu = recentButton->menu();
+    menu->clear();
+    int number = 0;
+    for (const RecentFiles::Entry &entry : recent.entries()) {
+        auto *const command = findChild<QAction *>(entry.command);
+        if (!command)
+            continue;
+        const QFileInfo info(entry.path);
+        QString text = QString("%1   %2").arg(info.fileName(), titleOf(command));
+        text.replace("&", "&&");
+        if (++number < 10) // the key that chooses it
+            text.prepend(QString("&%1 ").arg(number));
+        QAction *const item = menu->addAction(info.exists() ? text : text + " - missing");
+        item->setToolTip(QDir::toNativeSeparators(entry.path));
+        item->setEnabled(info.exists() && command->isEnabled());
+        connect(item, &QAction::triggered, this,
+                [this, command, path = entry.path] { open(command, path); });
+    }
+}
+
+// "Native data - Fourier"
+QString MainWindow::titleOf(const QAction *command) const
+{
+    const QList<QMenu *> menus = ui->menubar->findChildren<QMenu *>();
+    for (const QMenu *menu : menus) {
+        if (menu->actions().contains(const_cast<QAction *>(command)))
+            return menu->title() + " - " + command->text();
+    }
+    return command->text();
 }
 
 void MainWindow::openFileFourier()

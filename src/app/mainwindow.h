@@ -1,10 +1,16 @@
 #pragma once
 
+#include "app/recentfiles.h"
+
 #include <QMainWindow>
+#include <QPointer>
+#include <functional>
 #include <memory>
 
+class QAction;
 class QClipboard;
 class QProgressBar;
+class QToolButton;
 namespace Ui {
 class MainWindow;
 }
@@ -13,6 +19,10 @@ class MainWindow;
 /// and a status bar with the progress bar. Each `open...` slot asks for a file or a
 /// directory and constructs a form with that path and this window as parent; the form shows
 /// itself. Window size and paths are restored on construction and saved on destruction.
+///
+/// The button "Recent" of the status bar offers what was opened last with the command that did;
+/// Ctrl+O repeats the last command. A file or directory that is dropped onto the window opens
+/// in the form that is open, where that takes one, and in the form that shows it otherwise.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
@@ -57,20 +67,44 @@ public slots:
     /// Connected to nothing: the help menu offers no exit command.
     void exitMenu();
 
+    /// Asks for a file or directory as the last command did.
+    void repeatCommand();
+
 protected:
+    /// Sees what is dropped onto any widget of the window.
+    bool eventFilter(QObject *watched, QEvent *event) override;
     void changeEvent(QEvent *event) override;
 
 private:
+    QString ask(const std::function<QString(const QString &startPath)> &dialog);
     QString askForFile();
+    QString askForDirectory(const QString &caption);
     template <typename Form>
     void openFile();
     template <typename Form>
     void openDirectory(const QString &caption);
     void connectActions();
+    void addRecentButton();
+    void fillRecentMenu();
+    QString titleOf(const QAction *command) const;
+    QAction *viewerOf(const QString &path) const;
+    void open(QAction *command, const QString &path);
+    void openDropped(const QString &path);
+    QWidget *shownForm() const;
+    void rememberForm();
     void showDocument(const QString &fileName);
     void sayNotBuilt(const QString &command);
 
     const std::unique_ptr<Ui::MainWindow> ui;
     QProgressBar *progressBar = nullptr;
     QClipboard *clipboard = nullptr;
+
+    RecentFiles recent;
+    QToolButton *recentButton = nullptr;
+    QString givenPath;             // taken by the next command in place of asking
+    QPointer<QAction> lastCommand; // that was given a path
+    // The form in the window, if a command with a path opened it.
+    QPointer<QWidget> commandForm;
+    QPointer<QAction> formCommand;
+    bool tookPath = false; // the command whose slot runs
 };

@@ -1,7 +1,6 @@
 #include "app/settings.h"
 
 #include <QProgressBar>
-#include <QSettings>
 #include <cstdio>
 
 namespace {
@@ -45,27 +44,32 @@ void Settings::setLastSavePath(const QString &path)
     setIfNotEmpty(savePath, path);
 }
 
+QSettings Settings::store()
+{
+    return {QSettings::NativeFormat, QSettings::UserScope, organisation, application};
+}
+
 void Settings::restore(QWidget *geometryOwner)
 {
-    const QSettings store(QSettings::NativeFormat, QSettings::UserScope, organisation, application);
-    geometryOwner->restoreGeometry(store.value("geometry").toByteArray());
-    setLastOpenFile(store.value("lastOpenFile").toString());
-    setLastOpenPath(store.value("lastOpenPath").toString());
-    setLastSavePath(store.value("lastSavePath").toString());
-    graphWidth = store.value("graphWidth").toString();
-    graphHeight = store.value("graphHeight").toString();
+    const QSettings values = store();
+    geometryOwner->restoreGeometry(values.value("geometry").toByteArray());
+    setLastOpenFile(values.value("lastOpenFile").toString());
+    setLastOpenPath(values.value("lastOpenPath").toString());
+    setLastSavePath(values.value("lastSavePath").toString());
+    graphWidth = values.value("graphWidth").toString();
+    graphHeight = values.value("graphHeight").toString();
 }
 
 void Settings::save(const QWidget *geometryOwner) const
 {
-    QSettings store(QSettings::NativeFormat, QSettings::UserScope, organisation, application);
-    writeIfNotEmpty(store, "lastOpenFile", openFile);
-    writeIfNotEmpty(store, "lastOpenPath", openPath);
-    writeIfNotEmpty(store, "lastSavePath", savePath);
+    QSettings values = store();
+    writeIfNotEmpty(values, "lastOpenFile", openFile);
+    writeIfNotEmpty(values, "lastOpenPath", openPath);
+    writeIfNotEmpty(values, "lastSavePath", savePath);
     if (!geometryOwner->isMaximized())
-        store.setValue("geometry", geometryOwner->saveGeometry());
-    store.setValue("graphWidth", graphWidth);
-    store.setValue("graphHeight", graphHeight);
+        values.setValue("geometry", geometryOwner->saveGeometry());
+    values.setValue("graphWidth", graphWidth);
+    values.setValue("graphHeight", graphHeight);
 }
 
 void Settings::setProgress(int value)

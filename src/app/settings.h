@@ -3,6 +3,7 @@
 #include "ui_mainwindow.h"
 
 #include <QObject>
+#include <QSettings>
 #include <QString>
 
 class MainWindow;
@@ -42,6 +43,9 @@ public:
     /// Plot size preferences, kept as texts.
     QString graphWidth;
     QString graphHeight;
+
+    /// Where values live between runs.
+    static QSettings store();
 
     /// Reads the remembered values; the window's geometry is applied to `geometryOwner`.
     void restore(QWidget *geometryOwner);

@@ -1,6 +1,7 @@
 #include "forms/calculator/calculatorform.h"
 
 #include "app/centralwidget.h"
+#include "app/lastvalues.h"
 #include "app/settings.h"
 #include "coords/raytables.h"
 #include "forms/fieldstyles.h"
@@ -65,6 +66,7 @@ CalculatorForm::CalculatorForm(QWidget *parent) : QWidget(parent), ui(new Ui::Ca
     fillCentralWidget(this, nullptr, nullptr);
     connectInputs();
     clearForm();
+    lastValues = std::make_unique<LastValues>(this);
     ui->cat2zrt_alfa->setFocus();
 }
 

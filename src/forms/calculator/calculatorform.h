@@ -7,6 +7,7 @@
 #include <QWidget>
 #include <memory>
 
+class LastValues;
 class QGroupBox;
 namespace Ui {
 class CalculatorForm;
@@ -57,5 +58,6 @@ private:
     void openFoundRecording();
 
     const std::unique_ptr<Ui::CalculatorForm> ui;
+    std::unique_ptr<LastValues> lastValues;
     QVector<std::pair<QWidget *, QVariant>> presets; // of all fields, results included
 };

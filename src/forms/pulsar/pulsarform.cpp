@@ -3,6 +3,7 @@
 #include "app/busyguard.h"
 #include "app/centralwidget.h"
 #include "app/errorbox.h"
+#include "app/lastvalues.h"
 #include "app/settings.h"
 #include "calc/pulsarcommand.h"
 #include "forms/fieldstyles.h"
@@ -73,6 +74,7 @@ PulsarForm::PulsarForm(const QString &path, QWidget *parent)
     readDispersions(presets);
     fillCentralWidget(this, grafik, info);
     connectInputs();
+    lastValues = std::make_unique<LastValues>(this);
     ui->sumChannelsAndFourier->setFocus();
 }
 

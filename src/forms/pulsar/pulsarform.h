@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 
+class LastValues;
 class PulsarGrafik;
 class PulsarGrafikInfo;
 class QLineEdit;
@@ -66,6 +67,7 @@ private:
 
     const std::unique_ptr<Ui::PulsarForm> ui;
     const QString recordingPath;
+    std::unique_ptr<LastValues> lastValues;
     QProgressBar *progressBar = nullptr;
     PulsarGrafik *grafik = nullptr;
     PulsarGrafikInfo *info = nullptr;
