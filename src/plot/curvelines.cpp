@@ -10,6 +10,9 @@ namespace Plot {
 namespace {
 
 constexpr double farAway = 1e9; // pixels
+// Lines that cross themselves often take painters a time that grows with the square of their
+// length: one line of 17000 points half a minute.
+constexpr int mostPoints = 16;
 
 // Cuts a segment to a rectangle; false when none of it lies inside.
 bool cutTo(const QRectF &area, QLineF &segment)
@@ -63,7 +66,8 @@ public:
 private:
     void append(const QLineF &segment)
     {
-        if (lines.empty() || lines.back().isEmpty() || lines.back().last() != segment.p1())
+        const bool goesOn = !lines.empty() && lines.back().last() == segment.p1();
+        if (!goesOn || lines.back().size() >= mostPoints)
             lines.push_back(QPolygonF({segment.p1()}));
         lines.back().append(segment.p2());
     }

@@ -17,12 +17,17 @@ PlotData ranged(double yMin, double yMax, int numPoints = 100)
 
 // Results as texts, so that one table can hold them all.
 
+QString rangeText(const Plot::Range &range)
+{
+    return QString("%1..%2").arg(range.min).arg(range.max);
+}
+
 QString rangeOf(const std::vector<std::vector<float>> &curves)
 {
     PlotData data = ranged(0, 0);
     data.multiGraphs = curves;
     const Plot::Range range = Plot::verticalRange(data);
-    return QString("%1..%2").arg(range.min).arg(range.max);
+    return rangeText(range);
 }
 
 QString pixelOf(const PlotData &data, int index, double value)
@@ -43,6 +48,26 @@ QString listed(const std::vector<Plot::Label> &labels)
     for (const auto &[position, text] : labels)
         texts.append(QString("%1,%2 %3").arg(position.x()).arg(position.y()).arg(text));
     return texts.join("; ");
+}
+
+// A plot of 100 points over 600 x 300 pixels, zoomed to points 20.5 to 60.5 and to half of Y.
+const Plot::Zoom part = {Plot::Range{20.5, 60.5}, Plot::Range{0, 30}};
+
+QString zoomed(const Plot::Zoom &wanted)
+{
+    const Plot::Zoom zoom = Plot::limitedZoom(ranged(-10, 50), wanted);
+    return (zoom.x ? rangeText(*zoom.x) : "all") + " " + (zoom.y ? rangeText(*zoom.y) : "all");
+}
+
+QString historyOf(const std::vector<std::pair<double, int>> &steps)
+{
+    Plot::ZoomHistory history;
+    for (const auto &[first, gesture] : steps)
+        history.note({Plot::Range{first, 100}, {}}, gesture);
+    QString text;
+    while (const auto zoom = history.back())
+        text += QString::number(zoom->x->min) + " ";
+    return text;
 }
 
 QString yLabels(double yMin, double yMax, int precision)
@@ -107,6 +132,41 @@ void TestPlotGeometry::workedByHand_data()
     const auto texts = [&](double x) { return Plot::labelsAt(data, x).toList().join(' '); };
     add("index truncated, none in the third row at the first point", texts(0.9), "a0 -");
     add("past the texts of a row", texts(2.0), "a2 -");
+
+    const Plot::Range all{0, 1000};
+    const auto zoomAt = [&](double anchor, double factor) {
+        return rangeText(Plot::zoomedAt({200, 600}, all, anchor, factor, 4));
+    };
+    add("zoom keeps the anchor's place", zoomAt(300, 0.5), "250..450");
+    add("zoom out stops at the edge", zoomAt(600, 1.8), "240..960");
+    add("zoom out is moved into the data", zoomAt(600, 2.2), "120..1000");
+    add("no smaller than the smallest", zoomAt(300, 1e-9), "299..303");
+    add("no zoom without a factor", zoomAt(300, NAN), "200..600");
+    add("zoom of a range that runs down", rangeText(Plot::zoomedAt({9, 1}, {10, 0}, 3, 0.5, 0.1)),
+        "6..2");
+    add("pan to the edge", rangeText(Plot::panned({200, 600}, all, 500)), "600..1000");
+    add("pan down a range that runs down", rangeText(Plot::panned({9, 1}, {10, 0}, -3)), "8..0");
+    add("all is no zoom", zoomed({Plot::Range{-5, 200}, Plot::Range{-10, 50}}), "all all");
+    add("what is no number is all", zoomed({Plot::Range{NAN, 3}, Plot::Range{5, INFINITY}}),
+        "all all");
+    add("too few points get neighbours", zoomed({Plot::Range{50, 50}, {}}), "48..52 all");
+    add("one step per gesture", historyOf({{1, 1}, {2, 1}, {3, 2}, {4, 0}, {5, 0}}), "5 4 3 1 ");
+
+    const Plot::View view40 = Plot::viewOf(ranged(-10, 50), usualSize, part);
+    const QPointF inPart = Plot::dataAt(view40, {360, 180});
+    add("middle of a part", rangeText({inPart.x(), inPart.y()}), "40.5..15");
+    add("left of a part", QString::number(Plot::dataAt(view40, {0, 180}).x()), "20.5");
+    const Plot::IndexRange sight = Plot::pointsInSight(view40, 50);
+    add("neighbours out of sight, end of the curve",
+        rangeText({double(sight.begin), double(sight.end)}), "19..50");
+    PlotData times = ranged(0, 1);
+    times.textX2 = [](int i) { return QString("12:10:52.%1").arg(i); };
+    add("numbers stand at their points", listed(Plot::xLabels1(view40, times)).left(24),
+        "67,385 21; 217,385 31; 3");
+    add("fractions where seconds are the same", listed(Plot::xLabels2(view40, times)).left(22),
+        "67,370 12:10:52.21; 21");
+    add("value on an uneven falling axis",
+        QString::number(Plot::axisIndex({"period", "s", 0, 1, {8, 4, 2, 1}}, 3)), "1.5");
 
     data.msPerPoint = 12.4928;
     data.beginTime = QDateTime(QDate(2015, 4, 1), QTime(12, 0), Qt::UTC);

@@ -1,0 +1,174 @@
+#include "plot/plotexport.h"
+
+#include "plot/plotpainter.h"
+#include "plot/straightplot.h"
+#include "support/testmain.h"
+
+#include <QApplication>
+#include <QBuffer>
+#include <QSvgRenderer>
+#include <QTemporaryDir>
+#include <cmath>
+#include <random>
+
+namespace {
+
+const QSize size(690, 400); // leaves the curves 600 x 300
+
+std::vector<float> noise(int count)
+{
+    std::mt19937 random(5);
+    std::vector<float> samples(size_t(count), 0.0F);
+    for (float &sample : samples)
+        sample = float(random() % 20001) / 100 - 100;
+    return samples;
+}
+
+bool isBlue(QRgb pixel)
+{
+    return qBlue(pixel) > 150 && qRed(pixel) < 140 && qGreen(pixel) < 140;
+}
+
+// Rows between which each column of the plot is blue, in pixels of the screen; without extent
+// below 0 where it is not.
+std::vector<Plot::Range> blueRows(const QImage &picture, int scale)
+{
+    std::vector<Plot::Range> columns(size_t(size.width()), Plot::Range{1e9, -1e9});
+    for (int row = 2 * scale; row < picture.height() - 2 * scale; ++row) {
+        const auto *pixels = reinterpret_cast<const QRgb *>(picture.constScanLine(row));
+        for (int x = 2 * scale; x < picture.width() - 2 * scale; ++x)
+            if (isBlue(pixels[x])) {
+                Plot::Range &rows = columns[size_t(x / scale)];
+                rows.min = std::min(rows.min, double(row) / scale);
+                rows.max = double(row) / scale;
+            }
+    }
+    return columns;
+}
+
+// How many columns of one picture have something where the other has nothing, in the same column
+// or near it: thin lines are rounded to pixels, which moves the ends of steep ones.
+int columnsBeyond(const std::vector<Plot::Range> &one, const std::vector<Plot::Range> &other)
+{
+    constexpr size_t beside = 2;
+    constexpr double rounding = 4; // pixels
+    int count = 0;
+    for (size_t x = 62; x < 658; ++x) { // not at the edges
+        Plot::Range near{1e9, -1e9};
+        for (size_t i = x - beside; i <= x + beside; ++i)
+            near = {std::min(near.min, other[i].min), std::max(near.max, other[i].max)};
+        count += one[x].max > 0 &&
+                 (one[x].min < near.min - rounding || one[x].max > near.max + rounding);
+    }
+    return count;
+}
+
+} // namespace
+
+class TestPlotExport : public QObject {
+    Q_OBJECT
+
+private slots:
+    void sameCurves_data();
+    void sameCurves();
+    void table();
+    void refusedFiles();
+
+private:
+    QTemporaryDir folder;
+};
+
+void TestPlotExport::sameCurves_data()
+{
+    QTest::addColumn<int>("points");
+    QTest::addColumn<bool>("isZoomed");
+    QTest::newRow("far fewer points than columns") << 60 << false;
+    QTest::newRow("a point in some columns") << 400 << false;
+    QTest::newRow("a hundred in a column") << 70001 << false;
+    QTest::newRow("part of them") << 70001 << true;
+    QTest::newRow("few of them") << 400 << true;
+}
+
+void TestPlotExport::sameCurves()
+{
+    QFETCH(int, points);
+    QFETCH(bool, isZoomed);
+    PlotData data = TestSupport::dataOf({noise(points), noise(points)}, points, -100, 100);
+    std::fill_n(data.graphs[0].begin() + points / 3, points / 10, NAN);
+    data.graphs[0][size_t(points) / 2] = INFINITY;
+    data.visible = {true, false};
+    data.markers = {0}; // then no grid hides the curve
+    Plot::Zoom zoom;
+    if (isZoomed)
+        zoom = {Plot::Range{points * 0.211, points * 0.701}, Plot::Range{-60, 70}};
+    const Plot::CurveBlocks blocks = Plot::blocksOf(data);
+    QImage painted(size, QImage::Format_RGB32);
+    Plot::paintPlot(data, zoom, blocks, painted);
+
+    for (const char *name : {"plot.svg", "plot.png", "plot.pdf"})
+        QCOMPARE(Plot::savePicture(folder.filePath(name), {data, blocks, size, zoom, {}}),
+                 QString());
+    QImage drawn(size, QImage::Format_RGB32);
+    QSvgRenderer svg(folder.filePath("plot.svg"));
+    QVERIFY(svg.isValid());
+    QPainter painter(&drawn);
+    svg.render(&painter);
+    painter.end();
+    const QImage png(folder.filePath("plot.png"));
+    QCOMPARE(png.size(), size * 3);
+    const auto expected = blueRows(painted, 1);
+    QVERIFY(std::count_if(expected.begin(), expected.end(),
+                          [](const Plot::Range &rows) { return rows.max > 0; }) > 400);
+    for (const auto &columns : {blueRows(drawn, 1), blueRows(png, 3)}) {
+        QCOMPARE(columnsBeyond(columns, expected), 0);
+        QCOMPARE(columnsBeyond(expected, columns), 0);
+    }
+    QFile pdf(folder.filePath("plot.pdf"));
+    QVERIFY(pdf.open(QIODevice::ReadOnly));
+    QVERIFY(pdf.readAll().contains("/MediaBox [0 0 518")); // 690 pixels of 1/96 inch, in points
+}
+
+void TestPlotExport::table()
+{
+    PlotData data = TestSupport::dataOf({{1, 0.1F, NAN}, {5, 6, 7, 8}, {9}}, 4);
+    data.multiGraphs = {{-1e-30F}};
+    data.names = {"sum, 32 bands", "hidden"};
+    data.visible = {true, false};
+    data.xOffset = 58000;
+    data.x = {"time", "s", 10, 0.0124928, {}};
+    data.yName = "signal";
+    data.yUnit = "sigma";
+    data.source = QStringList{"file: a.pnt", "ray: 7"};
+    QBuffer buffer;
+    QVERIFY(buffer.open(QIODevice::WriteOnly));
+    QVERIFY(Plot::writeSamples(buffer, data, {1, 4}, [](int) { return true; }));
+    QCOMPARE(buffer.data(), QByteArray("# file: a.pnt\n"
+                                       "# ray: 7\n"
+                                       "# points 1 to 3 of 4\n"
+                                       "# index 0 is point 58000 of the recording\n"
+                                       "# values: signal (sigma)\n"
+                                       "index,time (s),\"sum, 32 bands\",curve 3,"
+                                       "\"sum, 32 bands, below\"\n"
+                                       "1,10.0124928,0.1,,\n"
+                                       "2,10.0249856,nan,,\n"
+                                       "3,10.0374784,,,\n"));
+    const Plot::IndexRange whole = Plot::wholePoints(data, {0.4, 2.9});
+    QCOMPARE(whole.begin * 10 + whole.end, 13);
+}
+
+void TestPlotExport::refusedFiles()
+{
+    const PlotData data = TestSupport::dataOf({noise(20000)});
+    const Plot::CurveBlocks blocks;
+    const QString nowhere = folder.filePath("missing/plot.svg");
+    QVERIFY(Plot::savePicture(nowhere, {data, blocks, size, {}, {}}).contains(nowhere));
+    QVERIFY(Plot::savePicture(folder.filePath("a.bmp"), {data, blocks, size, {}, {}})
+                .contains(".png, .svg or .pdf"));
+    const QString path = folder.filePath("stopped.csv");
+    QCOMPARE(Plot::saveSamples(path, data, {0, 20000}, [](int) { return false; }), QString());
+    QVERIFY(!QFile::exists(path));
+}
+
+ZRT_GUI_TEST_MAIN(TestPlotExport)
+
+#include "tst_plotexport.moc"
