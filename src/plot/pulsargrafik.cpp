@@ -48,6 +48,7 @@ PulsarGrafik::PulsarGrafik(QWidget *parent) : QWidget(parent), legend(new PlotLe
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus); // a click brings the keys here, hovering takes none away
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    qRegisterMetaType<VisibleRange>("PulsarGrafik::VisibleRange");
     connect(legend, &PlotLegend::curveToggled, this, &PulsarGrafik::toggleCurve);
 }
 
@@ -235,7 +236,8 @@ void PulsarGrafik::mouseReleaseEvent(QMouseEvent *event)
         return;
     const QPointF offset(plotData.xOffset, 0);
     emit blueRectangleReleased(selectedCorner1 + offset, selectedCorner2 + offset);
-    emit selectionChanged();
+    if (pixel != pressPoint)
+        emit selectionChanged();
 }
 
 void PulsarGrafik::wheelEvent(QWheelEvent *event)
