@@ -1,14 +1,17 @@
 // Time of a whole plot of noise (ground, frame, curve, texts, grid) at 1600 x 900: our painting
 // with and without the extremes of blocks, one QPainter line per segment on the same picture, and
 // QCustomPlot. The second argument is the part of the points that is shown, in thousandths. Run
-// with QT_QPA_PLATFORM=offscreen.
+// with QT_QPA_PLATFORM=offscreen; moveWindow means most on a display.
 
 #include "plot/plotgeometry.h"
 #include "plot/plotpainter.h"
+#include "plot/pulsargrafik.h"
 #include "plot/straightplot.h"
 
 #include <QApplication>
+#include <QWindow>
 #include <benchmark/benchmark.h>
+#include <cmath>
 #include <qcustomplot.h>
 #include <random>
 
@@ -74,6 +77,24 @@ void paintStraight(benchmark::State &state)
         TestSupport::paintStraight(data, zoom, {}, picture);
 }
 
+// A plot in a window that moves by a pixel from frame to frame, showing half of its points.
+void moveWindow(benchmark::State &state)
+{
+    PulsarGrafik plot;
+    plot.resize(frameSize);
+    plot.setData(noisePlot(int(state.range(0))));
+    plot.show();
+    while (!plot.windowHandle()->isExposed())
+        QApplication::processEvents();
+    const double points = double(state.range(0));
+    double first = 0;
+    while (state.KeepRunning()) {
+        first = std::fmod(first + points / 2 / frameSize.width(), points / 2);
+        plot.setVisibleX(first, points / 2);
+        plot.repaint();
+    }
+}
+
 void findBlocks(benchmark::State &state)
 {
     const PlotData data = noisePlot(int(state.range(0)));
@@ -135,6 +156,7 @@ void views(benchmark::internal::Benchmark *bench)
 BENCHMARK(paintPlot)->Apply(views);
 BENCHMARK(paintWithoutBlocks)->Apply(views);
 BENCHMARK(paintStraight)->Apply(views);
+BENCHMARK(moveWindow)->Arg(1000000)->Arg(3000000)->Arg(10000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(findBlocks)->Arg(1000000)->Arg(10000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(customPlotReplot)->Arg(16384)->Arg(300000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(customPlotPixmap)->Arg(16384)->Arg(300000)->Arg(1000000)->Unit(benchmark::kMillisecond);

@@ -31,14 +31,13 @@ PlotLegend::PlotLegend(QWidget *plot)
     : QFrame(plot), heading(new QToolButton(this)), scrollArea(new QScrollArea(this))
 {
     setObjectName("legend");
-    setStyleSheet("QFrame#legend { background: rgba(255, 255, 255, 225);"
-                  " border: 1px solid #bebebe; }"
-                  " QScrollArea, QWidget#lines { background: transparent; }"
-                  " QToolButton { border: none; }");
+    setStyleSheet(QString("QFrame#legend { background: rgba(255, 255, 255, 225);"
+                          " border: 1px solid #bebebe; }"
+                          " QScrollArea, QWidget#lines { background: transparent; }"
+                          " QToolButton { border: none; }"
+                          " QToolButton, QCheckBox { font-size: %1pt; }")
+                      .arg(font().pointSizeF() * fontPart));
     setCursor(Qt::ArrowCursor);
-    QFont small = font();
-    small.setPointSizeF(small.pointSizeF() * fontPart);
-    setFont(small);
 
     heading->setObjectName("legendHeading");
     heading->setText("Curves");

@@ -38,6 +38,7 @@ bool haveSameAxes(const PlotData &a, const PlotData &b)
 
 constexpr double zoomPerNotch = 1.25;
 constexpr double panPerNotch = 0.1; // of the visible part
+constexpr double panPerPage = 0.9;
 constexpr double unitsPerNotch = 120;
 constexpr int furthestPixel = 30000; // of a rectangle whose data lie out of sight
 
@@ -302,6 +303,10 @@ bool PulsarGrafik::handleKey(const QKeyEvent &event)
         return true;
     case Qt::Key_Minus:
         zoomX(pointed.x(), zoomPerNotch, Keys);
+        return true;
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+        pan((key == Qt::Key_PageUp ? -panPerPage : panPerPage) * view().points, 0, Keys);
         return true;
     case Qt::Key_Left:
     case Qt::Key_Right:
