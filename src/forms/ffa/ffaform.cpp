@@ -7,6 +7,7 @@
 #include "calc/pulsarcommand.h"
 #include "calc/reporttext.h"
 #include "forms/ffa/ffaresults.h"
+#include "forms/fieldstyles.h"
 #include "forms/pulsar/pulsartexts.h"
 #include "forms/readrecording.h"
 #include "plot/plotgeometry.h"
@@ -27,7 +28,6 @@
 
 namespace {
 
-constexpr char failingStyle[] = "background-color: #f4cccc;";
 const QString problemSuffix = "Problem";
 constexpr int mostCandidates = 50;
 constexpr double catchPixels = 3; // beside a click, where a peak is looked for
@@ -235,7 +235,7 @@ void FfaForm::showProblems(const std::vector<FfaProblem> &problems)
         const bool fails = problem != problems.end();
         label->setText(fails ? problem->text : QString());
         label->setVisible(fails);
-        findChild<QWidget *>(parameter)->setStyleSheet(fails ? failingStyle : "");
+        findChild<QWidget *>(parameter)->setStyleSheet(fails ? FieldStyles::failing : "");
     }
     for (const FfaProblem &problem : problems) {
         if (!findChild<QLabel *>(problem.parameter + problemSuffix))
