@@ -3,6 +3,7 @@
 #include "base/systemmemory.h"
 #include "calc/approximation.h"
 #include "calc/channelsum.h"
+#include "calc/levelsteps.h"
 #include "calc/reporttext.h"
 #include "ffa/normalise.h"
 
@@ -26,6 +27,9 @@ double sigmaOf(const std::vector<float> &values)
         squares += (double(value) - mean) * (double(value) - mean);
     return values.size() < 2 ? 0 : std::sqrt(squares / (count - 1));
 }
+
+// Share of the sigma of a series that its white noise has at least, without a remark.
+constexpr double whitePart = 0.8;
 
 constexpr double leastSigma = -100;
 constexpr double largestSigma = 1000;
@@ -134,6 +138,13 @@ bool PulsarCalculate::createFFA()
     outcome.ffa = std::make_shared<const FfaResult>(
         FfaResult{std::move(series), data.tresolution, std::move(periodogram)});
     markSteps();
+    // Of white noise the difference of neighbours has the noise of the series.
+    const double pointNoise = Tools::robustSigma(samples.data(), count);
+    if (pointNoise < whitePart)
+        outcome.remarks << QString(
+                               "Drift, hum or strong pulses make the sigma of the series %1 times "
+                               "its noise: every S/N is lower by this factor.")
+                               .arg(1 / pointNoise, 0, 'f', 1);
     remarkOnBands();
     remarkOnTimes(sumBands);
     return true;

@@ -331,14 +331,16 @@ void FfaForm::search()
 void FfaForm::showResult()
 {
     chosenPeriod = 0;
-    const bool areAll = int(candidates.size()) < mostCandidates;
-    QString noise =
-        QString(
-            "%1%2 candidates above S/N %3, the highest that noise alone is expected to reach in "
-            "this search. Periods are topocentric.")
-            .arg(areAll ? "" : "The strongest ")
-            .arg(candidates.size())
-            .arg(noiseMaximum, 0, 'f', 1);
+    const int count = int(candidates.size());
+    const QString found = count == 0   ? "No candidate"
+                          : count == 1 ? "1 candidate"
+                          : count < mostCandidates
+                              ? QString("%1 candidates").arg(count)
+                              : QString("The strongest %1 candidates").arg(count);
+    QString noise = QString("%1 above S/N %2, the highest that white noise is expected to reach in "
+                            "this search. Periods are topocentric.")
+                        .arg(found)
+                        .arg(noiseMaximum, 0, 'f', 1);
     if (calculate->result().remarks.size() > 1) // the last one speaks of times
         noise +=
             "\n" +
