@@ -1,11 +1,14 @@
 #include "app/mainwindow.h"
 #include "app/settings.h"
+#include "forms/ffa/ffaform.h"
 #include "forms/pulsar/pulsarform.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QGroupBox>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QSettings>
 #include <QSpinBox>
@@ -13,7 +16,8 @@
 #include <QTextStream>
 
 // Pictures of the workbench for a machine without a display: opens the pulsar form on a
-// recording, runs each action that is built, and saves the window after each.
+// recording, runs each action that is built, and saves the window after each; then searches the
+// recording in the FFA form.
 
 namespace {
 
@@ -54,6 +58,15 @@ bool pictureEachAction(MainWindow &window, PulsarForm &form, const QDir &folder)
     return true;
 }
 
+// The pulsar of the demonstration recording.
+bool pictureSearch(MainWindow &window, const FfaForm &form, const QDir &folder)
+{
+    form.findChild<QSpinBox *>("ray")->setValue(7);
+    form.findChild<QLineEdit *>("dispersion")->setText("26.2");
+    form.findChild<QPushButton *>("pushButton")->click();
+    return savePicture(window, folder.filePath("ffa-search.png"));
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -70,7 +83,7 @@ int main(int argc, char **argv)
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() != 3) {
         errors() << "Usage: zrt-demo RECORDING FOLDER\n"
-                    "Saves pictures of the pulsar form on the recording into the folder.\n";
+                    "Saves pictures of the forms on the recording into the folder.\n";
         return 64;
     }
     if (!QFile::exists(arguments[1])) {
@@ -91,5 +104,8 @@ int main(int argc, char **argv)
     window.resize(windowSize);
     window.show();
     auto *const form = new PulsarForm(arguments[1], &window);
-    return pictureEachAction(window, *form, folder) ? 0 : 74;
+    if (!pictureEachAction(window, *form, folder))
+        return 74;
+    auto *const search = new FfaForm(arguments[1], &window);
+    return pictureSearch(window, *search, folder) ? 0 : 74;
 }

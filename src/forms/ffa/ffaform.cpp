@@ -360,30 +360,26 @@ void FfaForm::showResult()
     }
 }
 
+// What explains a saved table or plot: the report of the search, and what it leaves out.
 QStringList FfaForm::sourceLines() const
 {
     const FfaParameters &ffa = searched.ffa;
-    QStringList lines = {"fast folding search, periods topocentric",
-                         "file: " + data.filePath,
-                         QString("module: %1, ray: %2").arg(searched.module).arg(searched.ray),
-                         "dispersion: " + number(searched.dispersion) + " pc/cm^3",
-                         QString("first point: %1, points: %2, step: %3 s")
-                             .arg(searched.firstPoint)
-                             .arg(result().series.size())
-                             .arg(result().tsamp),
-                         "base line: " + searched.noise};
-    lines << QString("periods: %1 to %2 s, bins: %3 to %4, ducy_max: %5, wtsp: %6")
-                 .arg(ffa.period_min)
-                 .arg(ffa.period_max)
-                 .arg(ffa.bins_min)
-                 .arg(ffa.bins_max)
-                 .arg(ffa.ducy_max)
-                 .arg(ffa.wtsp);
-    lines << (ffa.deredden ? QString("running median: %1 s, %2 points")
-                                 .arg(ffa.rmed_width)
-                                 .arg(ffa.rmed_minpts)
-                           : QString("no running median"));
-    lines << QString("S/N that noise alone is expected to reach: %1").arg(noiseMaximum, 0, 'f', 2);
+    QStringList lines = {"file: " + data.filePath,
+                         QString("module: %1, ray: %2, step: %3 s, base line: %4")
+                             .arg(searched.module)
+                             .arg(searched.ray)
+                             .arg(number(result().tsamp), searched.noise),
+                         ffa.deredden ? QString("running median: %1 s, %2 points")
+                                            .arg(number(ffa.rmed_width))
+                                            .arg(ffa.rmed_minpts)
+                                      : QString("no running median"),
+                         QString("bins: %1 to %2, ducy_max: %3, wtsp: %4")
+                             .arg(ffa.bins_min)
+                             .arg(ffa.bins_max)
+                             .arg(number(ffa.ducy_max), number(ffa.wtsp))};
+    lines << calculate->result().description.split('\n');
+    lines << QString("S/N that white noise is expected to reach: %1").arg(noiseMaximum, 0, 'f', 2);
+    lines << calculate->result().remarks;
     return lines;
 }
 
