@@ -42,14 +42,10 @@ PulsarParameters searchOf(const ObservationData &data)
 
 } // namespace
 
-Q_DECLARE_METATYPE(std::function<void(PulsarParameters &)>)
-
 class TestFfaSearch : public QObject {
     Q_OBJECT
 
 private slots:
-    void problems_data();
-    void problems();
     void everyBandIsSummed();
     void runningMedian_data();
     void runningMedian();
@@ -61,46 +57,6 @@ private slots:
     void refusedSeries_data();
     void refusedSeries();
 };
-
-void TestFfaSearch::problems_data()
-{
-    QTest::addColumn<QString>("parameter"); // the first problem's; "none": there is none
-    QTest::addColumn<std::function<void(PulsarParameters &)>>("change");
-    using Change = std::function<void(PulsarParameters &)>;
-    const auto row = [](const char *parameter, const char *name, const Change &change) {
-        QTest::addRow("%s: %s", parameter, name) << QString(parameter) << change;
-    };
-    row("none", "as preset", [](auto &) {});
-    row("ray", "not in the recording", [](auto &p) { p.ray = 2; });
-    row("dispersion", "negative", [](auto &p) { p.dispersion = -1; });
-    row("dispersion", "leaves no point", [](auto &p) { p.dispersion = 1e6; });
-    row("firstPoint", "the last one", [](auto &p) { p.firstPoint = 19999; });
-    row("points", "one too many", [](auto &p) { p.points = 20000; });
-    row("none", "all but the last point", [](auto &p) { p.points = 19999; });
-    row("period_min", "not a number", [](auto &p) { p.ffa.period_min = NAN; });
-    row("period_min", "fewer samples than bins", [](auto &p) { p.ffa.period_min = 39 * step; });
-    row("period_max", "not the longer one", [](auto &p) { p.ffa.period_max = p.ffa.period_min; });
-    row("none", "ten periods", [](auto &p) { p.ffa.period_max = 1999.9 * step; });
-    row("period_max", "nine periods", [](auto &p) { p.ffa.period_max = 2001 * step; });
-    row("bins_max", "fewer than bins_min", [](auto &p) { p.ffa.bins_max = 39; });
-    row("ducy_max", "as wide as the profile", [](auto &p) { p.ffa.ducy_max = 1; });
-    row("rmed_width", "longer than the series", [](auto &p) { p.ffa.rmed_width = 251; });
-    row("none", "without running median", [](auto &p) {
-        p.ffa.rmed_width = -1;
-        p.ffa.deredden = false;
-    });
-}
-
-void TestFfaSearch::problems()
-{
-    QFETCH(QString, parameter);
-    QFETCH(std::function<void(PulsarParameters &)>, change);
-    const ObservationData data = recordingOf(Series(20000, 0.0));
-    PulsarParameters parameters = searchOf(data);
-    change(parameters);
-    const auto found = PulsarCalculate(data, parameters).findProblems();
-    QCOMPARE(found.empty() ? QString("none") : found[0].parameter, parameter);
-}
 
 void TestFfaSearch::everyBandIsSummed()
 {

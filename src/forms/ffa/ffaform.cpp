@@ -279,6 +279,13 @@ void FfaForm::copyCommand()
         QGuiApplication::clipboard()->setText(ffaCommand(parameters, recordingPath));
 }
 
+void FfaForm::focusField(const QString &name)
+{
+    QWidget *const field = name.isEmpty() ? nullptr : findChild<QWidget *>(name);
+    if (field)
+        field->setFocus();
+}
+
 void FfaForm::search()
 {
     if (running)
@@ -287,8 +294,7 @@ void FfaForm::search()
     const std::vector<FfaProblem> problems = findProblems(parameters);
     if (!problems.empty()) {
         showProblems(problems);
-        if (auto *const field = findChild<QWidget *>(problems[0].parameter))
-            field->setFocus();
+        focusField(problems[0].parameter);
         return;
     }
     auto next = std::make_unique<PulsarCalculate>(data, parameters);
@@ -314,8 +320,7 @@ void FfaForm::search()
     });
     if (!done && !next->wasCancelled()) {
         showError(this, next->failure().section('\n', 0, 0), next->failure().section('\n', 1));
-        if (auto *const field = findChild<QWidget *>(next->failedParameter()))
-            field->setFocus();
+        focusField(next->failedParameter());
     }
     if (!done || cancelled)
         return;

@@ -52,6 +52,7 @@ private:
     int readCount(QLineEdit *field, std::vector<FfaProblem> &problems);
     std::vector<FfaProblem> findProblems(PulsarParameters &parameters);
     void showProblems(const std::vector<FfaProblem> &problems);
+    void focusField(const QString &name);
     template <typename Work>
     void runShowingProgress(const Work &work);
     bool showPercent(int percent);
