@@ -112,7 +112,7 @@ void TestFfaSearch::slowChangesGoPulsesStay()
     // one side only.
     const double height = *std::max_element(train.begin(), train.end());
     double largest = 0;
-    for (int i = 1000; i < count - 1000; ++i) {
+    for (int i = 1100; i < count - 1100; ++i) {
         QVERIFY2(std::abs(ramp[std::size_t(i)]) < 1e-6, "between the blocks it goes straight");
         largest = std::max(largest, std::abs(series[std::size_t(i)] - train[std::size_t(i)]));
     }
