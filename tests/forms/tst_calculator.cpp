@@ -113,7 +113,6 @@ void TestCalculator::answers()
                      "Error: the declination is outside the range of the conversion, 0 to about "
                      "62 degrees! -> nan %1 nan ")
                  .arg(estimate));
-
     const auto ffa = [](const char *points, const char *tres, const char *shortest) {
         return told(ffaInfo({points, tres, shortest, "3", 2, 2, 0.9, 1.5}, false));
     };
