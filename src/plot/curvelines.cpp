@@ -3,7 +3,7 @@
 #include <QLineF>
 #include <algorithm>
 #include <cmath>
-#include <limits>
+#include <optional>
 
 namespace Plot {
 
@@ -76,18 +76,32 @@ private:
     std::optional<QPointF> previous;
 };
 
-// Extremes of the samples that are numbers.
-std::optional<Range> numbersWithin(const std::vector<float> &curve, int begin, int end)
+void join(std::optional<Range> &range, double low, double high)
 {
+    range = range ? Range{std::min(range->min, low), std::max(range->max, high)} : Range{low, high};
+}
+
+// Extremes of the samples that are numbers; of the rest whole blocks are passed over.
+std::optional<Range> numbersWithin(const std::vector<float> &curve, const BlockExtremes &blocks,
+                                   int begin, int end)
+{
+    constexpr int blockSize = int(BlockExtremes::blockSize);
     std::optional<Range> range;
-    for (int i = begin; i < end; ++i) {
+    for (int i = begin; i < end;) {
+        const auto block = size_t(i / blockSize);
+        if (i % blockSize == 0 && end - i >= blockSize && block < blocks.count()) {
+            const Extremes found = blocks[block];
+            if (!found.hasNan)
+                join(range, found.low, found.high);
+            if (!found.hasNan || blocks.isAllNan(block)) {
+                i += blockSize;
+                continue;
+            }
+        }
         const double sample = curve[size_t(i)];
-        if (std::isnan(sample))
-            continue;
-        if (!range)
-            range = Range{sample, sample};
-        range->min = std::min(range->min, sample);
-        range->max = std::max(range->max, sample);
+        if (!std::isnan(sample))
+            join(range, sample, sample);
+        ++i;
     }
     return range;
 }
@@ -98,7 +112,7 @@ std::optional<Range> rangeWithin(const std::vector<float> &curve, const BlockExt
 {
     const Extremes found = blocks.between(curve, size_t(begin), size_t(end));
     if (found.hasNan)
-        return numbersWithin(curve, begin, end);
+        return numbersWithin(curve, blocks, begin, end);
     return Range{found.low, found.high};
 }
 

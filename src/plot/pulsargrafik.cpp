@@ -36,6 +36,7 @@ bool haveSameAxes(const PlotData &a, const PlotData &b)
            a.yName == b.yName && a.yUnit == b.yUnit;
 }
 
+constexpr int cyrillicKeyH = 0x0420; // what the key H gives in a Russian keyboard layout
 constexpr double zoomPerNotch = 1.25;
 constexpr double panPerNotch = 0.1; // of the visible part
 constexpr double panPerPage = 0.9;
@@ -187,7 +188,8 @@ void PulsarGrafik::mousePressEvent(QMouseEvent *event)
     dragging = true;
     if (!marks.selection.isNull() &&
         QRect(marks.selection.topLeft(), oppositeCorner(marks.selection)).contains(pressPoint)) {
-        emit blueRectangleClicked(selectedCorner1, selectedCorner2);
+        const auto [corner1, corner2] = announcedCorners();
+        emit blueRectangleClicked(corner1, corner2);
     } else {
         const bool had = selectedRange().has_value();
         select(rectangleBetween(pressPoint, pressPoint));
@@ -236,7 +238,8 @@ void PulsarGrafik::mouseReleaseEvent(QMouseEvent *event)
     if (marks.selection.width() == 0 || marks.selection.height() == 0)
         return;
     const QPointF offset(plotData.xOffset, 0);
-    emit blueRectangleReleased(selectedCorner1 + offset, selectedCorner2 + offset);
+    const auto [corner1, corner2] = announcedCorners();
+    emit blueRectangleReleased(corner1 + offset, corner2 + offset);
     if (pixel != pressPoint)
         emit selectionChanged();
 }
@@ -280,6 +283,8 @@ bool PulsarGrafik::handleKey(const QKeyEvent &event)
         copyValue();
         return true;
     }
+    if (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
+        return false;
     switch (key) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
@@ -318,6 +323,7 @@ bool PulsarGrafik::handleKey(const QKeyEvent &event)
         update();
         return true;
     case Qt::Key_H:
+    case cyrillicKeyH:
         toggleHarmonics();
         return Plot::isSpectrum(plotData);
     case Qt::Key_Escape:
@@ -519,8 +525,24 @@ void PulsarGrafik::select(const QRect &rectangle)
 void PulsarGrafik::anchorSelection()
 {
     const Plot::View shown = view();
-    selectedCorner1 = Plot::dataAt(shown, marks.selection.topLeft());
-    selectedCorner2 = Plot::dataAt(shown, oppositeCorner(marks.selection));
+    const auto covered = [&](const QPoint &pixel) {
+        return Plot::dataAt(shown, {std::clamp(pixel.x(), Plot::marginLeft,
+                                               Plot::marginLeft + std::max(0, shown.plotWidth())),
+                                    std::clamp(pixel.y(), Plot::marginTop,
+                                               Plot::marginTop + std::max(0, shown.plotHeight()))});
+    };
+    selectedCorner1 = covered(marks.selection.topLeft());
+    selectedCorner2 = covered(oppositeCorner(marks.selection));
+}
+
+// The corners as the signals give them: all shown, what the pointer would read out there.
+std::pair<QPointF, QPointF> PulsarGrafik::announcedCorners() const
+{
+    if (isZoomed())
+        return {selectedCorner1, selectedCorner2};
+    const Plot::View shown = view();
+    return {Plot::dataAt(shown, marks.selection.topLeft()),
+            Plot::dataAt(shown, oppositeCorner(marks.selection))};
 }
 
 // Moves the rectangle to where its data stand now.

@@ -12,6 +12,7 @@
 #include <QRect>
 #include <QWidget>
 #include <optional>
+#include <utility>
 
 class PlotLegend;
 
@@ -162,6 +163,7 @@ private:
     void announceView();
     void select(const QRect &rectangle);
     void anchorSelection();
+    std::pair<QPointF, QPointF> announcedCorners() const;
     void placeSelection();
     void askAndSavePicture();
     void askAndSaveSamples();

@@ -231,6 +231,9 @@ void TestPulsarGrafik::selectionInAZoomedPlot()
     QCOMPARE(visible(), QString("10+20 60..80"));
     QVERIFY(!grafik.selectedRange());
     QCOMPARE(changed.size(), 2);
+    grafik.showAll();
+    drag({120, 5}, {240, 150}); // out of the plot at the top
+    QCOMPARE(grafik.selectedRange()->y, (Plot::Range{60, 100}));
 }
 
 void TestPulsarGrafik::keys()
