@@ -248,7 +248,7 @@ void MainWindow::addRecentButton()
     recent.restore();
     recentButton = new QToolButton;
     recentButton->setObjectName("recentButton");
-    recentButton->setText("&Recent");
+    recentButton->setText("&Recent "); // with room for the arrow
     recentButton->setToolTip("The last files with the command that opened them");
     recentButton->setAutoRaise(true); // no higher than the status bar
     recentButton->setPopupMode(QToolButton::InstantPopup);

@@ -47,12 +47,10 @@ void setRange(PlotData &data, const Plot::Range &range)
     data.yPrecision = FormTexts::labelDecimals(range.max - range.min);
 }
 
-void addNamesAndColours(PlotData &data, const std::vector<Series> &series)
+void addColours(PlotData &data, const std::vector<Series> &series)
 {
-    for (const Series &one : series) {
-        data.names << one.name;
+    for (const Series &one : series)
         data.colours << plotColour(one.index).code;
-    }
 }
 
 } // namespace
@@ -111,7 +109,9 @@ PlotData plot(const std::vector<Series> &series, const std::shared_ptr<const XAx
         std::vector<float> &graph = data.graphs.emplace_back(one.values.size());
         std::transform(one.values.begin(), one.values.end(), graph.begin(), toFloat);
     }
-    addNamesAndColours(data, series);
+    addColours(data, series);
+    for (const Series &one : series)
+        data.names << one.name;
     setRange(data, range);
     data.numPoints = std::max(1, longest(series));
     data.x.name = x->isIndex() ? "index" : x->name;
@@ -150,7 +150,7 @@ PlotData histogramPlot(const std::vector<Series> &series, const Stretch &stretch
         data.message = range.min == range.max ? "All values are " + numberText(range.min) : "";
         return data;
     }
-    addNamesAndColours(data, series);
+    addColours(data, series); // without names: a legend would hide the little there is
     data.numPoints = bins;
     data.yMin = 0;
     data.yMax = double(most);

@@ -3,6 +3,7 @@
 #include "app/busyguard.h"
 #include "app/centralwidget.h"
 #include "app/errorbox.h"
+#include "app/lastvalues.h"
 #include "app/settings.h"
 #include "calc/pulsarcommand.h"
 #include "calc/reporttext.h"
@@ -91,6 +92,7 @@ FfaForm::FfaForm(const QString &path, QWidget *parent)
     fillPresets();
     connectInputs();
     showEstimate();
+    lastValues = std::make_unique<LastValues>(this);
     ui->pushButton->setFocus();
 }
 

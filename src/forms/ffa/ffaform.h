@@ -9,6 +9,7 @@
 #include <vector>
 
 class FfaResults;
+class LastValues;
 class PulsarGrafik;
 class QLineEdit;
 class QProgressBar;
@@ -67,6 +68,7 @@ private:
     double seconds() const { return double(result().series.size()) * result().tsamp; }
 
     const std::unique_ptr<Ui::FfaForm> ui;
+    std::unique_ptr<LastValues> lastValues;
     QProgressBar *progressBar = nullptr;
     PulsarGrafik *grafik = nullptr;
     FfaResults *results = nullptr;
