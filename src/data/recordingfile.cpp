@@ -17,6 +17,7 @@ constexpr double siderealRate = 1.002737909; // sidereal seconds per second
 constexpr double longestTime = 1e15;         // ms; beyond it a step is no time
 // One line of points is buffered whole; the lists beside it take the room of a few points more.
 constexpr qint64 bufferedPoints = 24;
+constexpr qint64 copiedBytes = qint64(4) << 20;
 
 QString sizeText(qint64 bytes)
 {
@@ -331,4 +332,25 @@ StretchReading RecordingFile::readRuns(const Stretch &chosen, const std::vector<
         return refused("there is not enough memory. Close other programs.");
     }
     return reading;
+}
+
+bool RecordingFile::readBytes(int first, int count,
+                              const std::function<bool(const QByteArray &)> &take)
+{
+    const qint64 onePoint = pointBytes();
+    qint64 left = onePoint * count;
+    bool goes = file.seek(entries.size + onePoint * first);
+    while (goes && left > 0) {
+        const QByteArray some = file.read(std::min(left, copiedBytes));
+        if (some.isEmpty()) {
+            problem = QString("%1 ends early: %2 of its points %3 to %4 are missing.")
+                          .arg(file.fileName(), sizeText(left))
+                          .arg(first)
+                          .arg(qint64(first) + count - 1);
+            return false;
+        }
+        left -= some.size();
+        goes = take(some);
+    }
+    return goes;
 }

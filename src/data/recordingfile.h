@@ -5,6 +5,7 @@
 
 #include <QFile>
 #include <QString>
+#include <functional>
 #include <vector>
 
 /// A part of a recording.
@@ -81,6 +82,12 @@ public:
     /// and holds the points of the file from blockFirst(spaced, b) on.
     StretchReading read(const SpacedBlocks &spaced, const Stretch &chosen,
                         const SampleReadingHooks &hooks = {});
+
+    /// Hands over the bytes of whole points as they stand in the file, in blocks of about 4 MiB.
+    ///
+    /// @param take  false ends the reading
+    /// @return false when `take` ended it or the file ends early; reason() then says so
+    bool readBytes(int first, int count, const std::function<bool(const QByteArray &)> &take);
 
 private:
     SampleShape shape() const;

@@ -58,16 +58,45 @@ std::shared_ptr<SampleBlock> SampleBlock::allocate(int modules, int channels, in
     float *const first = reinterpret_cast<float *>(aligned);
     madvise(first, rowBytes, MADV_HUGEPAGE);
 
-    block->rayPointers.resize(rows);
+    std::vector<const float *> rowPointers(rows);
     for (std::size_t row = 0; row < rows; ++row)
-        block->rayPointers[row] = first + qint64(row) * block->stride;
-    block->channelPointers.resize(rows / std::size_t(rays));
-    for (std::size_t i = 0; i < block->channelPointers.size(); ++i)
-        block->channelPointers[i] = block->rayPointers.data() + i * std::size_t(rays);
-    block->modulePointers.resize(std::size_t(modules));
-    for (std::size_t i = 0; i < block->modulePointers.size(); ++i)
-        block->modulePointers[i] = block->channelPointers.data() + i * std::size_t(channels);
+        rowPointers[row] = first + qint64(row) * block->stride;
+    block->setPointers(std::move(rowPointers));
     return block;
+}
+
+// One row of zeros that is never written, and so takes no memory, stands for all that are off.
+std::shared_ptr<SampleBlock> SampleBlock::withChannelsOff(std::shared_ptr<const SampleBlock> whole,
+                                                          const std::vector<bool> &off)
+{
+    std::shared_ptr<SampleBlock> block = allocate(1, 1, 1, int(whole->stride));
+    if (!block)
+        return nullptr;
+    const float *const zeros = block->rayPointers[0];
+    std::vector<const float *> rows = whole->rayPointers;
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+        const std::size_t channel = row / std::size_t(whole->rays) % std::size_t(whole->channels);
+        if (channel < off.size() && off[channel])
+            rows[row] = zeros;
+    }
+    block->channels = whole->channels;
+    block->rays = whole->rays;
+    block->stride = whole->stride;
+    block->setPointers(std::move(rows));
+    block->others = std::move(whole);
+    return block;
+}
+
+// Builds the tree over the rows, which are in the order module, channel, ray.
+void SampleBlock::setPointers(std::vector<const float *> rows)
+{
+    rayPointers = std::move(rows);
+    channelPointers.resize(rayPointers.size() / std::size_t(rays));
+    for (std::size_t i = 0; i < channelPointers.size(); ++i)
+        channelPointers[i] = rayPointers.data() + i * std::size_t(rays);
+    modulePointers.resize(channelPointers.size() / std::size_t(channels));
+    for (std::size_t i = 0; i < modulePointers.size(); ++i)
+        modulePointers[i] = channelPointers.data() + i * std::size_t(channels);
 }
 
 SampleBlock::~SampleBlock()

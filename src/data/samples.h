@@ -31,6 +31,11 @@ public:
 private:
     friend class Samples;
     SampleBlock() = default;
+    static std::shared_ptr<SampleBlock> withChannelsOff(std::shared_ptr<const SampleBlock> whole,
+                                                        const std::vector<bool> &off);
+    void setPointers(std::vector<const float *> rows);
+
+    std::shared_ptr<const SampleBlock> others; // where some rows belong to another block
 
     void *mapping = nullptr;
     std::size_t mappedBytes = 0;
@@ -55,6 +60,16 @@ public:
     const float *const *const *operator[](int module) const { return modules[module]; }
     explicit operator bool() const { return modules != nullptr; }
     bool operator==(std::nullptr_t) const { return modules == nullptr; }
+
+    /// The same samples, but zeros in the channels that are off: whatever sums over them leaves
+    /// these out. The other channels' memory is shared.
+    ///
+    /// @param off  one per channel; missing ones are on
+    /// @return empty when memory is short
+    Samples withChannelsOff(const std::vector<bool> &off) const
+    {
+        return block ? Samples(SampleBlock::withChannelsOff(block, off)) : Samples();
+    }
 
 private:
     std::shared_ptr<const SampleBlock> block;

@@ -1,12 +1,10 @@
 #include "simulator/recording.h"
 
+#include "data/recordingwriter.h"
 #include "simulator/samplesource.h"
 
-#include <QDir>
 #include <QLocale>
-#include <QSaveFile>
 #include <QStringList>
-#include <QtEndian>
 #include <algorithm>
 #include <cmath>
 
@@ -68,8 +66,7 @@ QByteArray passport(const Simulation &s)
         "star_time " + siderealTime(begin),
         "source simulated, seed " + QString::number(s.seed),
     };
-    const QString text = QString("numpar %1\n").arg(lines.size() + 1) + lines.join('\n') + '\n';
-    return text.toLatin1();
+    return passportText(lines);
 }
 
 QString writeRecording(const Simulation &simulation, const QString &path,
@@ -77,16 +74,9 @@ QString writeRecording(const Simulation &simulation, const QString &path,
 {
     if (QString text = refusal(simulation); !text.isEmpty())
         return text;
-    QSaveFile file(path);
-    const auto failure = [&] {
-        return QString("Cannot write \"%1\": %2.")
-            .arg(QDir::toNativeSeparators(path), file.errorString());
-    };
-    if (!file.open(QIODevice::WriteOnly))
-        return failure();
-    const QByteArray header = passport(simulation);
-    if (file.write(header) != header.size())
-        return failure();
+    RecordingWriter writer;
+    if (!writer.open(path, passport(simulation)))
+        return writer.failure();
 
     SampleSource source(simulation);
     const int blockPoints = pointsPerBlock(simulation);
@@ -95,17 +85,15 @@ QString writeRecording(const Simulation &simulation, const QString &path,
     int percent = -1;
     for (int point = 0; point < simulation.npoints;) {
         const int count = std::min(blockPoints, simulation.npoints - point);
-        const qint64 bytes = count * stride * qint64(sizeof(float));
         source.read(block.data(), count);
-        qToLittleEndian<quint32>(block.data(), count * stride, block.data());
-        if (file.write(reinterpret_cast<const char *>(block.data()), bytes) != bytes)
-            return failure();
+        if (!writer.write(block.data(), count * stride))
+            return writer.failure();
         point += count;
         const int reached = int(qint64(point) * 100 / simulation.npoints);
         if (progress && reached != percent)
             progress(percent = reached);
     }
-    return file.commit() ? QString() : failure();
+    return writer.commit() ? QString() : writer.failure();
 }
 
 ObservationData makeRecording(const Simulation &simulation)

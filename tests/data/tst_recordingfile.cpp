@@ -2,6 +2,7 @@
 
 #include "calc/channelsum.h"
 #include "calc/stretchsum.h"
+#include "data/recordingwriter.h"
 #include "support/recordings.h"
 #include "support/testmain.h"
 
@@ -27,13 +28,16 @@ private slots:
     void partsHoldTheirSamples();
     void spacedBlocks();
     void refusedAndShort();
+    void savedStretchReadsBackEqual();
+    void savingIsRefused();
+    void channelsOffAreLeftOutOfSums();
     void delayedSumEqualsThatOfTheWhole_data();
     void delayedSumEqualsThatOfTheWhole();
 
 private:
-    QString write(const QByteArray &bytes)
+    QString write(const QByteArray &bytes, const QString &name = "a.pnt")
     {
-        QFile out(folder.filePath("a.pnt"));
+        QFile out(folder.filePath(name));
         out.open(QIODevice::WriteOnly);
         out.write(bytes);
         return out.fileName();
@@ -161,6 +165,82 @@ void TestRecordingFile::refusedAndShort()
     stretch.rays = {0};
     QVERIFY(file.read(stretch).end == StretchEnd::Refused);
     QCOMPARE(file.announcedSize(), qint64(-1));
+}
+
+// A stretch, and a stretch of that stretch, which is one of the first recording again.
+void TestRecordingFile::savedStretchReadsBackEqual()
+{
+    const QByteArray bytes = TestSupport::recordingBytes(shape, sampleAt);
+    const QByteArray longer = "numpar 14\nobserver Заря\nnative_datetime\nstar_time 23:59:58.5\n"
+                              "date_end 01.04.2015\ntime_end 12:00:13\n" +
+                              bytes.mid(bytes.indexOf('\n') + 1);
+    const QString parent = write(longer);
+    const QString first = folder.filePath("first.pnthr");
+    const QString second = folder.filePath("second.pnthr");
+    QVERIFY(file.open(parent));
+    QCOMPARE(saveStretch(file, 201, 700, 26.8, first), QString());
+    QVERIFY(file.open(first));
+    QCOMPARE(saveStretch(file, 99, 300, 26.8, second), QString());
+    for (const auto &[path, point, count] :
+         {std::tuple(first, 201, 700), std::tuple(second, 300, 300)}) {
+        QVERIFY2(file.open(path), qPrintable(file.reason()));
+        const ObservationData &header = file.header();
+        QCOMPARE(file.size(), file.announcedSize());
+        QCOMPARE(header.npoints, count);
+        QCOMPARE(header.point, point);
+        QCOMPARE(header.dispersion, 27);
+        QCOMPARE(header.filePath, parent);
+        const int seconds = int(point * 0.0124928);
+        const QDateTime noon(QDate(2015, 4, 1), QTime(12, 0), Qt::UTC);
+        const QDateTime begin = noon.addSecs(seconds);
+        QCOMPARE(header.beginTime, begin);
+        QCOMPARE(header.nativeName, begin.toString("dd.MM.yyyy hh:mm:ss") + " UTC");
+        QCOMPARE(header.starTime, QString("0:0:%1").arg(seconds - 2)); // past sidereal midnight
+        const auto &entries = file.passport().entries;
+        QCOMPARE(entries.value("observer"), QString("Заря"));
+        QCOMPARE(entries.value("time_end"),
+                 noon.addMSecs(qint64((point + count) * 12.4928)).toString("h:mm:ss") + " UTC");
+        Stretch all;
+        all.count = count;
+        const StretchReading reading = file.read(all);
+        for (int p = 0; p < count; ++p)
+            QCOMPARE(reading.data.samples[2][7][3][p], sampleAt(point + p, 2, 7, 3));
+    }
+}
+
+void TestRecordingFile::savingIsRefused()
+{
+    const QByteArray bytes = TestSupport::recordingBytes(shape, sampleAt);
+    const QString path = write(bytes.chopped(600));
+    const QString other = write("old", "other.pnthr");
+    QVERIFY(file.open(path));
+    QVERIFY(saveStretch(file, 0, 10, 0, path).contains("would take the place"));
+    QVERIFY(saveStretch(file, 900, 103, 0, other).contains("no points"));
+    QVERIFY(saveStretch(file, 0, 10, 1e300, other).contains("too large"));
+    QVERIFY(saveStretch(file, 0, 10, 0, folder.filePath("no/such.pnthr")).contains("Cannot write"));
+    QCOMPARE(saveStretch(file, 0, 1000, 0, other, [](int) { return false; }), QString());
+    QVERIFY(QFile::resize(path, bytes.size() / 2));
+    QVERIFY(saveStretch(file, 400, 500, 0, other).contains("ends early"));
+    QFile kept(other);
+    QVERIFY(kept.open(QIODevice::ReadOnly));
+    QCOMPARE(kept.readAll(), QByteArray("old"));
+}
+
+void TestRecordingFile::channelsOffAreLeftOutOfSums()
+{
+    const ObservationData data = TestSupport::makeRecording(shape, sampleAt);
+    ObservationData masked = data;
+    masked.samples = data.samples.withChannelsOff(
+        {false, true, false, false, false, false, false, true}); // the reference among them
+    const std::vector<double> sums = Tools::sumChannels(masked, 0, 2, 3);
+    for (int p = 0; p < shape.npoints; ++p) {
+        double expected = 0;
+        for (const int channel : {0, 2, 3, 4, 5, 6})
+            expected += double(sampleAt(p, 2, channel, 3));
+        QCOMPARE(sums[std::size_t(p)], expected);
+    }
+    masked.samples = data.samples.withChannelsOff({});
+    QCOMPARE(Tools::sumChannels(masked, 30, 1, 0), Tools::sumChannels(data, 30, 1, 0));
 }
 
 void TestRecordingFile::delayedSumEqualsThatOfTheWhole_data()

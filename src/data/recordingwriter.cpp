@@ -1,0 +1,124 @@
+#include "data/recordingwriter.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QtEndian>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+constexpr double farthestTime = 1e12; // s; beyond it a step is no time
+
+} // namespace
+
+QByteArray passportText(const QStringList &lines)
+{
+    const QString text = QString("numpar %1\n").arg(lines.size() + 1) + lines.join('\n') + '\n';
+    return text.toUtf8();
+}
+
+bool RecordingWriter::open(const QString &path, const QByteArray &passport)
+{
+    file.setFileName(path);
+    return file.open(QIODevice::WriteOnly) && write(passport);
+}
+
+bool RecordingWriter::write(const float *values, qint64 count)
+{
+    turned.resize(std::size_t(count));
+    qToLittleEndian<quint32>(values, count, turned.data());
+    const qint64 bytes = count * qint64(sizeof(float));
+    return file.write(reinterpret_cast<const char *>(turned.data()), bytes) == bytes;
+}
+
+bool RecordingWriter::write(const QByteArray &bytes)
+{
+    return file.write(bytes) == bytes.size();
+}
+
+bool RecordingWriter::commit()
+{
+    return file.commit();
+}
+
+QString RecordingWriter::failure() const
+{
+    return QString("Cannot write \"%1\": %2.")
+        .arg(QDir::toNativeSeparators(file.fileName()), file.errorString());
+}
+
+QByteArray stretchPassport(const RecordingFile &file, int first, int count, double dispersion)
+{
+    Stretch stretch;
+    stretch.first = first;
+    stretch.count = count;
+    const ObservationData &whole = file.header();
+    const ObservationData part = stretchHeader(whole, stretch);
+    const double lastSecond = (double(part.point) + count) * whole.tresolution;
+    const bool hasTimes = part.beginTime.isValid() && std::abs(lastSecond) < farthestTime;
+    // Readers give a derived recording's begin in whole seconds; the parent's is exact.
+    const QDateTime parentBegin =
+        hasTimes ? whole.beginTime.addSecs(-qint64(double(whole.point) * whole.tresolution))
+                 : QDateTime();
+    const auto timeOf = [&](double point) {
+        return parentBegin.addMSecs(qint64(point * whole.tresolution * 1000));
+    };
+
+    QMap<QString, QString> entries = file.passport().entries;
+    entries.remove(QString());
+    entries["npoints"] = QString::number(count);
+    if (entries.contains("star_time"))
+        entries["star_time"] = part.starTime;
+    if (hasTimes && entries.contains("date_end") && entries.contains("time_end")) {
+        const QDateTime end = timeOf(double(part.point) + count);
+        entries["date_end"] = end.toString("dd.MM.yyyy");
+        entries["time_end"] = end.toString("h:mm:ss") + " UTC";
+    }
+    entries["native_datetime"] = hasTimes
+                                     ? timeOf(part.point).toString("dd.MM.yyyy hh:mm:ss") + " UTC"
+                                     : QString("%1 point %2").arg(whole.fileName).arg(part.point);
+    entries["file_path"] = whole.filePath;
+    entries["point"] = QString::number(part.point);
+    entries["dispersion"] = QString::number(std::lround(dispersion));
+
+    QStringList lines = {"npoints " + entries.take("npoints")};
+    for (auto entry = entries.cbegin(); entry != entries.cend(); ++entry)
+        lines << entry.key() + " " + entry.value();
+    return passportText(lines);
+}
+
+QString saveStretch(RecordingFile &file, int first, int count, double dispersion,
+                    const QString &path, const std::function<bool(int percent)> &progress)
+{
+    const ObservationData &whole = file.header();
+    if (first < 0 || count < 1 || qint64(first) + count > file.completePoints())
+        return QString("%1 has no points %2 to %3.")
+            .arg(whole.filePath)
+            .arg(first)
+            .arg(qint64(first) + count - 1);
+    if (qint64(whole.point) + first > std::numeric_limits<int>::max() ||
+        !(std::abs(dispersion) <= std::numeric_limits<int>::max()))
+        return "The first point or the dispersion is too large for the file's passport.";
+    if (QFileInfo(path) == QFileInfo(file.path()))
+        return "The stretch would take the place of the recording it is cut from: " + path;
+
+    RecordingWriter writer;
+    if (!writer.open(path, stretchPassport(file, first, count, dispersion)))
+        return writer.failure();
+    const qint64 all = file.pointBytes() * count;
+    qint64 done = 0;
+    bool isStopped = false;
+    const bool isRead = file.readBytes(first, count, [&](const QByteArray &bytes) {
+        if (!writer.write(bytes))
+            return false;
+        done += bytes.size();
+        isStopped = progress && !progress(int((done - 1) * 100 / all));
+        return !isStopped;
+    });
+    if (isStopped)
+        return {};
+    if (!isRead)
+        return done < all && !file.reason().isEmpty() ? file.reason() : writer.failure();
+    return writer.commit() ? QString() : writer.failure();
+}
