@@ -1,0 +1,100 @@
+#include "calc/waterfall.h"
+
+#include "base/targetclones.h"
+#include "calc/channelsum.h"
+#include "calc/robuststatistics.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace Tools {
+
+namespace {
+
+// Eight running sums: one alone would wait for each addition to end.
+double sumOf(const float *samples, int count)
+{
+    constexpr int lanes = 8;
+    std::array<double, lanes> sums = {};
+    int i = 0;
+    for (; i + lanes <= count; i += lanes)
+        for (int lane = 0; lane < lanes; ++lane)
+            sums[std::size_t(lane)] += samples[i + lane];
+    double sum = 0;
+    for (; i < count; ++i)
+        sum += samples[i];
+    for (const double lane : sums)
+        sum += lane;
+    return sum;
+}
+
+// Means of one band; the part begins at the point `begin` of it and goes round its end.
+ZRT_TARGET_CLONES
+void averageRow(const float *band, int npoints, int begin, const WaterfallPart &part, float *row)
+{
+    int done = 0;
+    for (int column = 0; column < part.columns; ++column) {
+        const int end = int(qint64(column + 1) * part.count / part.columns);
+        const int points = end - done;
+        double sum = 0;
+        for (int left = points; left > 0;) {
+            const int run = std::min(left, npoints - begin);
+            sum += sumOf(band + begin, run);
+            left -= run;
+            begin = begin + run == npoints ? 0 : begin + run;
+        }
+        row[column] = float(sum / points);
+        done = end;
+    }
+}
+
+bool isWithin(const ObservationData &data, const WaterfallPart &part)
+{
+    return data.samples && part.module >= 0 && part.module < data.modules && part.ray >= 0 &&
+           part.ray < data.rays && part.first >= 0 && part.count >= 1 &&
+           qint64(part.first) + part.count <= data.npoints && part.columns >= 1 &&
+           part.columns <= part.count;
+}
+
+} // namespace
+
+std::vector<float> waterfall(const ObservationData &data, const WaterfallPart &part)
+{
+    const int bands = data.channels - 1;
+    // Without a dispersion the frequencies do not matter.
+    const bool isShifted = part.dispersion != 0;
+    if (!isWithin(data, part) || (isShifted && !areFrequencies(data.fbands, bands)))
+        return {};
+    std::vector<float> picture(std::size_t(bands) * std::size_t(part.columns));
+    for (int band = 0; band < bands; ++band) {
+        int shift = 0;
+        if (isShifted) {
+            const double delay =
+                dispersionDelay(data.fbands[std::size_t(band)], data.fbands[std::size_t(bands - 1)],
+                                part.dispersion, data.tresolution);
+            if (!isShift(delay))
+                return {};
+            shift = wholeRecordingShift(delay);
+        }
+        const qint64 begin = (qint64(part.first) + shift) % data.npoints;
+        averageRow(data.samples[part.module][band][part.ray], data.npoints,
+                   int(begin < 0 ? begin + data.npoints : begin), part,
+                   picture.data() + qint64(band) * part.columns);
+    }
+    return picture;
+}
+
+void normaliseRows(std::vector<float> &picture, int rows, int columns)
+{
+    std::vector<float> scratch;
+    for (int r = 0; r < rows; ++r) {
+        float *const row = picture.data() + qint64(r) * columns;
+        const RobustLevel level = robustLevel(row, columns, scratch);
+        const double scale = level.spread > 0 ? 1 / level.spread : 1;
+        for (int i = 0; i < columns; ++i)
+            row[i] = float((row[i] - level.median) * scale);
+    }
+}
+
+} // namespace Tools

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+namespace Plot {
+
+constexpr int colourCount = 256;
+
+/// Colours from dark violet over blue and green to light yellow, 0xffRRGGBB, that the eye tells
+/// apart in equal steps: in the Oklab space (B. Ottosson, "A perceptual color space for image
+/// processing", 2020) colour i has, with t = i / 255, the lightness 0.22 + 0.73 t, the chroma
+/// 0.092 and the hue 320 - 220 t degrees. All of them lie within sRGB.
+const std::array<std::uint32_t, colourCount> &colourMap();
+
+/// For pixels without a value.
+constexpr std::uint32_t noValueColour = 0xff9a9a9a;
+
+/// Colour of a value on a scale whose ends are `low` and `high`; beyond them that of the end, and
+/// where they do not ascend the darkest.
+std::uint32_t colourOfValue(float value, float low, float high);
+
+} // namespace Plot

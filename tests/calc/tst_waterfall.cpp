@@ -1,0 +1,203 @@
+#include "calc/waterfall.h"
+
+#include "calc/channelsum.h"
+#include "calc/reduction.h"
+#include "calc/robuststatistics.h"
+#include "calc/seriesstatistics.h"
+#include "plot/colourmap.h"
+#include "samples.h"
+
+#include <numeric>
+
+using TestSupport::Shape;
+
+namespace {
+
+// Noise around a level that differs from channel to channel; the same at every call.
+ObservationData noisyRecording(int npoints)
+{
+    const auto rough = [](int p, int m, int c, int r) {
+        const quint32 mixed = quint32(p * 33 + c) * 2654435761u;
+        return 1000.f * float(c) + float(mixed >> 20) / 1024 + float(m + r);
+    };
+    return TestSupport::makeRecording({npoints, 2, 9, 2}, rough);
+}
+
+} // namespace
+
+class TestWaterfall : public QObject {
+    Q_OBJECT
+
+private slots:
+    void columnsAddUpToTheDelayedSum_data();
+    void columnsAddUpToTheDelayedSum();
+    void refused();
+    void rowsAreComparable();
+    void reductionIsThatOfItsPoints();
+    void signalOfAPart_data();
+    void signalOfAPart();
+    void coloursAreEquallyFarApart();
+};
+
+void TestWaterfall::columnsAddUpToTheDelayedSum_data()
+{
+    QTest::addColumn<double>("dispersion"); // the lowest band lags by 14.44 points per 10 pc/cm^3
+    QTest::addColumn<int>("first");
+    QTest::addColumn<int>("count");
+    QTest::addColumn<int>("columns");
+    QTest::newRow("every point") << 0.0 << 0 << 500 << 500;
+    QTest::newRow("uneven columns") << 30.0 << 13 << 401 << 37;
+    QTest::newRow("round the end") << 90.0 << 300 << 200 << 7;
+    QTest::newRow("delays the other way") << -75.0 << 0 << 200 << 33;
+    QTest::newRow("one column") << 4000.0 << 0 << 500 << 1;
+}
+
+// Over the bands and the points of a column the means make up the sum that Tools::sumChannels
+// gives for these points.
+void TestWaterfall::columnsAddUpToTheDelayedSum()
+{
+    QFETCH(double, dispersion);
+    QFETCH(int, first);
+    QFETCH(int, count);
+    QFETCH(int, columns);
+    const ObservationData data = noisyRecording(500);
+    const std::vector<float> picture =
+        Tools::waterfall(data, {1, 1, first, count, columns, dispersion});
+    QCOMPARE(int(picture.size()), 8 * columns);
+    const std::vector<double> sums = Tools::sumChannels(data, dispersion, 1, 1);
+    for (int i = 0; i < columns; ++i) {
+        const int begin = i * count / columns;
+        const int end = (i + 1) * count / columns;
+        double means = 0;
+        for (int band = 0; band < 8; ++band)
+            means += double(picture[std::size_t(band * columns + i)]);
+        const double sum =
+            std::accumulate(sums.begin() + first + begin, sums.begin() + first + end, 0.0);
+        // Eight means of some thousands, each rounded to a float.
+        QVERIFY2(std::abs(means - sum / (end - begin)) < 8 * 0.0003,
+                 qPrintable(QString::number(i)));
+    }
+    // And no band took another's share.
+    QVERIFY(std::abs(double(picture[std::size_t(5 * columns)]) - 5004) < 6);
+}
+
+void TestWaterfall::refused()
+{
+    ObservationData data = noisyRecording(50);
+    for (const Tools::WaterfallPart &part :
+         std::initializer_list<Tools::WaterfallPart>{{2, 0, 0, 50, 5, 0},
+                                                     {0, -1, 0, 50, 5, 0},
+                                                     {0, 0, 1, 50, 5, 0},
+                                                     {0, 0, 0, 50, 51, 0},
+                                                     {0, 0, 0, 50, 0, 0},
+                                                     {0, 0, 0, 50, 5, 1e300},
+                                                     {0, 0, 0, 50, 5, NAN}})
+        QVERIFY(Tools::waterfall(data, part).empty());
+    data.fbands[3] = 0;
+    QVERIFY(Tools::waterfall(data, {0, 0, 0, 50, 5, 10}).empty());
+    QVERIFY(!Tools::waterfall(data, {0, 0, 0, 50, 5, 0}).empty());
+}
+
+void TestWaterfall::rowsAreComparable()
+{
+    // Median 3, deviations 2 1 0 1 97; then mostly equal with one that is not; then constant.
+    std::vector<float> picture = {1, 2, 3, 4, 100, 7, 7, 7, NAN, 12, 5, 5, 5, 5, 5};
+    Tools::normaliseRows(picture, 3, 5);
+    QCOMPARE(picture[0], float(-2 / 1.4826));
+    QCOMPARE(picture[4], float(97 / 1.4826));
+    QCOMPARE(picture[5], 0.f);
+    QVERIFY(std::isnan(picture[8]));
+    QCOMPARE(picture[9], 2.f); // (12 - 7) / 2.5, the standard deviation of 7 7 7 12
+    QCOMPARE(std::vector<float>(picture.begin() + 10, picture.end()), std::vector<float>(5, 0.f));
+}
+
+void TestWaterfall::reductionIsThatOfItsPoints()
+{
+    const ObservationData data = noisyRecording(1000);
+    const std::vector<double> sums = Tools::sumChannels(data, 0, 0, 0);
+    Tools::Reduction reduction = Tools::emptyReduction(5000, 900, 77, data.channels);
+    Tools::fillGlance(reduction, 0, 77, data, sums, 3, 5); // must not shine through
+    for (int column = 0; column < 77; column += 20)
+        Tools::fillColumns(reduction, column, std::min(20, 77 - column), data, sums,
+                           60 + reduction.columnFirst(column) - 5000);
+    for (const int row : {4, 9}) {
+        const int begin = reduction.columnFirst(10);
+        const int end = reduction.columnFirst(50);
+        QCOMPARE(reduction.columnOf(begin), 10);
+        QCOMPARE(reduction.columnOf(end - 1), 49);
+        std::vector<double> values;
+        for (int point = begin; point < end; ++point) {
+            const int i = point - 5000 + 60;
+            values.push_back(row == 9 ? sums[std::size_t(i)] : double(data.samples[0][row][0][i]));
+        }
+        const SeriesStatistics expected = Tools::seriesStatistics(values);
+        const Tools::RowMoments found = Tools::rowMoments(reduction, row, 10, 50);
+        QCOMPARE(found.points, qint64(end - begin));
+        QCOMPARE(float(found.min), float(expected.min));
+        QCOMPARE(float(found.max), float(expected.max));
+        // The means of the columns are floats, the sums reach 36000.
+        QVERIFY(std::abs(found.mean - expected.mean) < 0.002);
+        const double n = double(expected.count);
+        QVERIFY(std::abs(found.sigma - expected.sigma * std::sqrt((n - 1) / n)) < 0.002);
+    }
+    const ObservationData means = Tools::recordOfMeans(reduction, data);
+    QCOMPARE(means.npoints, 77);
+    QCOMPARE(means.samples[0][4][0][76], reduction.mean[reduction.index(4, 76)]);
+}
+
+void TestWaterfall::signalOfAPart_data()
+{
+    QTest::addColumn<int>("begin");
+    QTest::addColumn<int>("end");
+    QTest::addColumn<double>("snr");
+    QTest::addColumn<int>("surroundings");
+    // Around it 10 and 12 by turns: median 11, MAD 1. Points 1000 to 1003 are 31.
+    QTest::newRow("pulse") << 1000 << 1004 << 4 * 20 / (1.4826 * 2) << 512;
+    QTest::newRow("pulse and as much beside")
+        << 1000 << 1008 << 80 / (1.4826 * std::sqrt(8)) << 512;
+    QTest::newRow("long part") << 2000 << 2100 << 0.0 << 1000;
+    QTest::newRow("at the begin") << 0 << 2 << 0.0 << 256;
+    QTest::newRow("all") << 0 << 3000 << 0.0 << 0;
+    QTest::newRow("beyond") << 2999 << 3001 << 0.0 << 0;
+}
+
+void TestWaterfall::signalOfAPart()
+{
+    QFETCH(int, begin);
+    QFETCH(int, end);
+    QFETCH(double, snr);
+    QFETCH(int, surroundings);
+    std::vector<double> series(3000);
+    for (std::size_t i = 0; i < series.size(); ++i)
+        series[i] = i % 2 == 0 ? 10 : 12;
+    std::fill_n(series.begin() + 1000, 4, 31.0);
+    const Tools::PartSignal signal = Tools::partSignal(series, begin, end);
+    QCOMPARE(signal.surroundings, surroundings);
+    QVERIFY(std::abs(signal.snr - snr) < 1e-9);
+}
+
+void TestWaterfall::coloursAreEquallyFarApart()
+{
+    const auto lightness = [](std::uint32_t colour) { // Oklab L of sRGB bytes
+        const auto linear = [&](int shift) {
+            const double encoded = (colour >> shift & 255) / 255.0;
+            return encoded <= 0.04045 ? encoded / 12.92 : std::pow((encoded + 0.055) / 1.055, 2.4);
+        };
+        const double r = linear(16), g = linear(8), b = linear(0);
+        return 0.2104542553 * std::cbrt(0.4122214708 * r + 0.5363325363 * g + 0.0514459929 * b) +
+               0.7936177850 * std::cbrt(0.2119034982 * r + 0.6806995451 * g + 0.1073969566 * b) -
+               0.0040720468 * std::cbrt(0.0883024619 * r + 0.2817188376 * g + 0.6299787005 * b);
+    };
+    for (int i = 0; i <= 10; ++i) {
+        const std::uint32_t colour = Plot::colourOfValue(float(i), 0, 10);
+        // Bytes round the lightness by less than half a hundredth.
+        QVERIFY(std::abs(lightness(colour) - (0.22 + 0.073 * i)) < 0.005);
+    }
+    QCOMPARE(Plot::colourOfValue(-INFINITY, 0, 10), Plot::colourMap().front());
+    QCOMPARE(Plot::colourOfValue(1e30f, 0, 10), Plot::colourMap().back());
+    QCOMPARE(Plot::colourOfValue(5, 1, 1), Plot::colourMap().front());
+    QCOMPARE(Plot::colourOfValue(NAN, 0, 10), Plot::noValueColour);
+}
+
+ZRT_UNIT_TEST_MAIN(TestWaterfall)
+#include "tst_waterfall.moc"
