@@ -8,6 +8,7 @@
 #include "forms/bintotext/bintotext.h"
 #include "forms/calculator/calculatorform.h"
 #include "forms/ffa/ffaform.h"
+#include "forms/native/nativegrafik.h"
 #include "forms/pulsar/pulsarform.h"
 #include "forms/test/testform.h"
 
@@ -153,11 +154,11 @@ QString MainWindow::askForDirectory(const QString &caption)
     });
 }
 
-template <typename Form>
-void MainWindow::openFile()
+template <typename Form, typename... Arguments>
+void MainWindow::openFile(Arguments... arguments)
 {
     if (const QString path = askForFile(); !path.isEmpty())
-        new Form(path, this);
+        new Form(path, arguments..., this);
 }
 
 template <typename Form>
@@ -292,6 +293,16 @@ QString MainWindow::titleOf(const QAction *command) const
     return command->text();
 }
 
+void MainWindow::openFileShowNative()
+{
+    openFile<NativeGrafik>(0);
+}
+
+void MainWindow::openFileShowNativeWithoutStep()
+{
+    openFile<NativeGrafik>(1);
+}
+
 void MainWindow::openFileFourier()
 {
     openFile<PulsarForm>();
@@ -334,16 +345,6 @@ void MainWindow::readBinToText()
 }
 
 // The commands below are disabled in the menus until their forms exist.
-
-void MainWindow::openFileShowNative()
-{
-    sayNotBuilt("Show native");
-}
-
-void MainWindow::openFileShowNativeWithoutStep()
-{
-    sayNotBuilt("Show native - without step");
-}
 
 void MainWindow::openFileTransients()
 {

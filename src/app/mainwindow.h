@@ -79,8 +79,8 @@ private:
     QString ask(const std::function<QString(const QString &startPath)> &dialog);
     QString askForFile();
     QString askForDirectory(const QString &caption);
-    template <typename Form>
-    void openFile();
+    template <typename Form, typename... Arguments>
+    void openFile(Arguments... arguments);
     template <typename Form>
     void openDirectory(const QString &caption);
     void connectActions();

@@ -32,27 +32,6 @@ int trueRay(const ObservationData &data, const PulsarParameters &parameters)
     return data.ray > 0 && data.rays == 1 ? data.ray : parameters.ray;
 }
 
-// "hh:mm:ss.zzz"; formatting by date-time objects would take most of the time of long plots.
-QString timeOfDay(qint64 ms)
-{
-    ms = (ms % msPerDay + msPerDay) % msPerDay;
-    const int parts[] = {int(ms / 3600000), int(ms / 60000 % 60), int(ms / 1000 % 60)};
-    QString text;
-    text.reserve(12);
-    for (const int part : parts) {
-        if (!text.isEmpty())
-            text += ':';
-        text += QChar('0' + part / 10);
-        text += QChar('0' + part % 10);
-    }
-    const int fraction = int(ms % 1000);
-    text += '.';
-    text += QChar('0' + fraction / 100);
-    text += QChar('0' + fraction / 10 % 10);
-    text += QChar('0' + fraction % 10);
-    return text;
-}
-
 // One digit beyond the step: neighbouring values differ, and no digit is noise.
 int decimalsOfStep(double step)
 {
@@ -110,6 +89,27 @@ AxisTexts phaseTexts(const PulsarAxis &axis)
 }
 
 } // namespace
+
+// Formatting by date-time objects would take most of the time of long plots.
+QString timeOfDay(qint64 ms)
+{
+    ms = (ms % msPerDay + msPerDay) % msPerDay;
+    const int parts[] = {int(ms / 3600000), int(ms / 60000 % 60), int(ms / 1000 % 60)};
+    QString text;
+    text.reserve(12);
+    for (const int part : parts) {
+        if (!text.isEmpty())
+            text += ':';
+        text += QChar('0' + part / 10);
+        text += QChar('0' + part % 10);
+    }
+    const int fraction = int(ms % 1000);
+    text += '.';
+    text += QChar('0' + fraction / 100);
+    text += QChar('0' + fraction / 10 % 10);
+    text += QChar('0' + fraction % 10);
+    return text;
+}
 
 QString fileLabel(const QString &path)
 {

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QWidget>
+#include <vector>
+
+/// Mean and sigma of every channel. A click on a channel, or Left, Right and Space, asks to
+/// switch it off or on.
+class BandpassView : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit BandpassView(QWidget *parent = nullptr);
+
+    /// @param means, sigmas  one per band; NaN where nothing is known
+    void setValues(std::vector<double> means, std::vector<double> sigmas);
+    void setFrequencies(const std::vector<double> &fbands) { frequencies = fbands; }
+    /// One per band; missing ones are on.
+    void setChannelsOff(const std::vector<bool> &channels);
+
+    QSize sizeHint() const override { return {200, 130}; }
+    QSize minimumSizeHint() const override { return {150, 100}; }
+
+signals:
+    /// Index from 0.
+    void toggled(int channel);
+
+protected:
+    bool event(QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    int channelAt(int x) const;
+    bool isOff(int channel) const;
+    QString channelText(int channel) const;
+    void paintBars(QPainter &painter, const std::vector<double> &values, const QRect &place,
+                   const QColor &colour) const;
+
+    std::vector<double> mean;
+    std::vector<double> sigma;
+    std::vector<double> frequencies;
+    std::vector<bool> off;
+    int current = 0; // under the keyboard's cursor
+};

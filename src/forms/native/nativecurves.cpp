@@ -1,0 +1,189 @@
+#include "forms/native/nativecurves.h"
+
+#include "calc/channelsum.h"
+#include "calc/robuststatistics.h"
+#include "calc/stretchsum.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr double stackSigmas = 8;  // robust sigmas from one stacked band to the next
+constexpr int levelSamples = 8192; // that a stacked band's level is judged by
+
+bool isOff(const NativeChoice &choice, int channel)
+{
+    return std::size_t(channel) < choice.channelsOff.size() &&
+           choice.channelsOff[std::size_t(channel)];
+}
+
+std::vector<float> toFloat(const std::vector<double> &series)
+{
+    return std::vector<float>(series.begin(), series.end());
+}
+
+// Puts a band around its number; every so manieth sample tells its level and noise.
+void stack(std::vector<float> &band, int number)
+{
+    std::vector<float> some;
+    std::vector<float> scratch;
+    const std::size_t step = band.size() / levelSamples + 1;
+    for (std::size_t i = 0; i < band.size(); i += step)
+        some.push_back(band[i]);
+    const Tools::RobustLevel level = Tools::robustLevel(some.data(), int(some.size()), scratch);
+    const double scale = level.spread > 0 ? 1 / (stackSigmas * level.spread) : 0;
+    for (float &value : band)
+        value = float(number + (value - level.median) * scale);
+}
+
+// A row of a reduction as pairs of its extremes.
+std::vector<float> pairs(const Tools::Reduction &reduction, int row)
+{
+    std::vector<float> curve(2 * std::size_t(reduction.columns));
+    for (int i = 0; i < reduction.columns; ++i) {
+        const std::size_t index = reduction.index(row, i);
+        curve[2 * std::size_t(i)] = reduction.low[index];
+        curve[2 * std::size_t(i) + 1] = reduction.high[index];
+    }
+    return curve;
+}
+
+// The curve of one channel within the part.
+std::vector<float> channelCurve(const NativePicture &picture, int channel)
+{
+    if (!picture.window.samples)
+        return pairs(picture.reduction, channel);
+    const float *const samples = picture.window.samples[0][channel][0] + picture.offset;
+    return std::vector<float>(samples, samples + picture.request.domain.count);
+}
+
+void addMarkers(NativeCurves &drawn, const NativePicture &picture, int channel, int shift)
+{
+    if (std::size_t(channel) >= picture.steps.size())
+        return;
+    for (const Tools::LevelStep &step : picture.steps[std::size_t(channel)]) {
+        const int index = step.point - picture.offset - shift;
+        if (index >= 0 && index < drawn.count)
+            drawn.markers.push_back(index);
+    }
+}
+
+void drawChannel(NativeCurves &drawn, const NativePicture &picture, int channel)
+{
+    drawn.row = channel;
+    if (picture.window.samples) {
+        const float *const samples = picture.window.samples[0][channel][0] + picture.offset;
+        drawn.series.assign(samples, samples + drawn.count);
+    }
+}
+
+void drawStack(NativeCurves &drawn, const NativePicture &picture, const NativeChoice &choice)
+{
+    for (int band = 0; band < picture.reduction.channels - 1; ++band) {
+        if (isOff(choice, band))
+            continue;
+        drawn.curves.push_back(channelCurve(picture, band));
+        stack(drawn.curves.back(), band + 1);
+        drawn.names << QString("channel %1").arg(band + 1);
+        addMarkers(drawn, picture, band, 0);
+    }
+    if (drawn.curves.empty())
+        drawn.problem = "All channels are switched off.";
+}
+
+void drawSum(NativeCurves &drawn, const NativePicture &picture, const NativeChoice &choice)
+{
+    drawn.names << QString("sum of the bands, DM %1").arg(choice.dispersion);
+    drawn.row = picture.reduction.channels;
+    if (!picture.window.samples) {
+        drawn.curves.push_back(pairs(picture.reduction, drawn.row));
+        return;
+    }
+    ObservationData data = picture.window;
+    if (!choice.channelsOff.empty())
+        data.samples = data.samples.withChannelsOff(choice.channelsOff);
+    const std::vector<double> sums = data.channels < 2
+                                         ? std::vector<double>()
+                                         : Tools::sumChannels(data, choice.dispersion, 0, 0);
+    if (sums.empty()) {
+        drawn.problem = "The bands cannot be summed: the passport's frequencies or step are no "
+                        "usable numbers, or the dispersion is too large.";
+        return;
+    }
+    drawn.series.assign(sums.begin() + picture.offset, sums.begin() + picture.offset + drawn.count);
+    drawn.curves.push_back(toFloat(drawn.series));
+    const double last = data.fbands[std::size_t(data.channels - 2)];
+    for (int band = 0; band < data.channels - 1; ++band) {
+        const double delay = Tools::dispersionDelay(data.fbands[std::size_t(band)], last,
+                                                    choice.dispersion, data.tresolution);
+        if (!isOff(choice, band))
+            addMarkers(drawn, picture, band, Tools::wholeRecordingShift(delay));
+    }
+}
+
+} // namespace
+
+NativeCurves nativeCurves(const NativePicture &picture, const NativeChoice &choice)
+{
+    NativeCurves drawn;
+    const NativeDomain &domain = picture.request.domain;
+    drawn.first = domain.first;
+    drawn.count = domain.count;
+    if (!picture.window.samples) {
+        drawn.count = 2 * picture.reduction.columns;
+        drawn.step = double(domain.count) / drawn.count;
+    }
+    const int channel = std::clamp(choice.channel, 0, picture.reduction.channels - 1);
+    switch (choice.show) {
+    case NativeShow::Channel:
+        drawChannel(drawn, picture, channel);
+        drawn.curves.push_back(channelCurve(picture, channel));
+        drawn.names << QString("channel %1").arg(channel + 1);
+        addMarkers(drawn, picture, channel, 0);
+        break;
+    case NativeShow::Stack:
+        drawChannel(drawn, picture, channel);
+        drawStack(drawn, picture, choice);
+        break;
+    case NativeShow::Sum:
+    case NativeShow::Waterfall:
+        drawSum(drawn, picture, choice);
+        break;
+    }
+    std::sort(drawn.markers.begin(), drawn.markers.end());
+    drawn.markers.erase(std::unique(drawn.markers.begin(), drawn.markers.end()),
+                        drawn.markers.end());
+    const Extremes all = extremesInSight(drawn.curves, 0, drawn.count);
+    drawn.min = all.min;
+    drawn.max = all.max;
+    return drawn;
+}
+
+Extremes extremesInSight(const std::vector<std::vector<float>> &curves, double first, double points)
+{
+    double min = INFINITY;
+    double max = -INFINITY;
+    for (const std::vector<float> &curve : curves) {
+        const double size = double(curve.size());
+        const auto begin = std::size_t(std::clamp(std::floor(first), 0.0, size));
+        const auto end = std::size_t(std::clamp(std::ceil(first + points), double(begin), size));
+        for (std::size_t i = begin; i < end; ++i) {
+            if (!std::isfinite(curve[i]))
+                continue;
+            min = std::min(min, double(curve[i]));
+            max = std::max(max, double(curve[i]));
+        }
+    }
+    return min <= max ? Extremes{min, max} : Extremes{};
+}
+
+bool reachesWithin(const NativePicture &picture, double dispersion, int npoints)
+{
+    if (!picture.window.samples || picture.window.npoints >= npoints)
+        return true;
+    const Tools::DelayReach reach = Tools::delayReach(picture.window, dispersion);
+    return reach.before <= picture.offset &&
+           picture.offset + picture.request.domain.count + qint64(reach.after) <=
+               picture.window.npoints;
+}

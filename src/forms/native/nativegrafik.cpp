@@ -1,0 +1,645 @@
+#include "forms/native/nativegrafik.h"
+
+#include "app/busyguard.h"
+#include "app/centralwidget.h"
+#include "app/channelswitches.h"
+#include "app/directoryof.h"
+#include "app/errorbox.h"
+#include "app/settings.h"
+#include "calc/waterfall.h"
+#include "data/recordingwriter.h"
+#include "forms/fieldstyles.h"
+#include "forms/native/nativeinfo.h"
+#include "forms/native/nativetexts.h"
+#include "forms/native/overviewstrip.h"
+#include "forms/native/waterfallview.h"
+#include "forms/pulsar/pulsartexts.h"
+#include "ui_nativegrafik.h"
+
+#include <QFileDialog>
+#include <QKeyEvent>
+#include <QProgressBar>
+#include <QScopedValueRollback>
+#include <QStatusBar>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int statisticsDelay = 60; // ms after the last change
+constexpr int sumDelay = 400;       // ms
+constexpr int messageMs = 15000;
+constexpr double marginFactor = 1.5; // of the dispersion whose delays are kept beside a part
+
+} // namespace
+
+NativeGrafik::NativeGrafik(const QString &path, int withoutStep, QWidget *parent)
+    : QWidget(parent), ui(std::make_unique<Ui::NativeGrafik>()), deletesSteps(withoutStep == 0)
+{
+    ui->setupUi(this);
+    emptyCentralWidget();
+    progressBar = Settings::instance()->progressBar();
+    if (!openRecording(path)) {
+        deleteLater();
+        return;
+    }
+    ui->filePath->setText(FormTexts::fileLabel(path));
+    channelsOff = ChannelSwitches::load(path, file.header().channels);
+    info = new NativeInfo(this);
+    info->setObjectName("nativeInfo");
+    info->setFrequencies(file.header().fbands);
+    info->setChannelsOff(channelsOff);
+    QWidget *const middle = makeMiddle();
+    fillPassport();
+    fillCentralWidget(this, middle, info);
+
+    loader = new NativeLoader(this);
+    for (QTimer *timer : {&drawTimer, &statisticsTimer, &sumTimer})
+        timer->setSingleShot(true);
+    statisticsTimer.setInterval(statisticsDelay);
+    sumTimer.setInterval(sumDelay);
+    connectInputs();
+    grafik->showMessage("Reading...");
+    request(wantedDomain(npoints, mostDetailedPoints(file), 0, npoints, {0, npoints, false}));
+    ui->dispersion->setFocus();
+}
+
+NativeGrafik::~NativeGrafik()
+{
+    if (loader)
+        progressBar->hide();
+}
+
+bool NativeGrafik::openRecording(const QString &path)
+{
+    if (!file.open(path)) {
+        showError(parentWidget(), "Bad file!\nFile without data", file.reason());
+        return false;
+    }
+    npoints = file.completePoints();
+    if (npoints < 1 || file.header().channels < 1) {
+        showError(parentWidget(), "Bad file!\nFile without data",
+                  QString("%1 ends before its first point: %2.")
+                      .arg(path, NativeTexts::sizeCheck(file).text));
+        return false;
+    }
+    return true;
+}
+
+QWidget *NativeGrafik::makeMiddle()
+{
+    auto *const middle = new QWidget(this);
+    auto *const layout = new QVBoxLayout(middle);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    waterfall = new WaterfallView;
+    grafik = new PulsarGrafik;
+    overview = new OverviewStrip;
+    waterfall->setObjectName("waterfall");
+    grafik->setObjectName("grafik");
+    overview->setObjectName("overview");
+    waterfall->setPlot(grafik);
+    waterfall->setFrequencies(file.header().fbands, file.header().channels - 1);
+    overview->setRecording(npoints);
+    layout->addWidget(waterfall, 3);
+    layout->addWidget(grafik, 2);
+    layout->addWidget(overview);
+    return middle;
+}
+
+void NativeGrafik::fillPassport()
+{
+    const QVector<QPair<QString, QString>> rows = NativeTexts::passportRows(file.passport());
+    ui->passport->setRowCount(rows.size());
+    for (int i = 0; i < rows.size(); ++i) {
+        auto *const key = new QTableWidgetItem(rows[i].first);
+        auto *const value = new QTableWidgetItem(rows[i].second);
+        value->setToolTip(rows[i].second.toHtmlEscaped());
+        ui->passport->setItem(i, 0, key);
+        ui->passport->setItem(i, 1, value);
+    }
+    ui->passport->resizeColumnToContents(0);
+    ui->passport->resizeRowsToContents();
+    const NativeTexts::SizeCheck check = NativeTexts::sizeCheck(file);
+    ui->fileSize->setText(check.text);
+    if (!check.isRight)
+        ui->fileSize->setStyleSheet(FieldStyles::failing);
+
+    const ObservationData &header = file.header();
+    const int bands = header.channels - 1;
+    ui->module->setMaximum(header.modules);
+    ui->ray->setMaximum(header.rays);
+    ui->channel->setMaximum(header.channels);
+    if (bands < 1) {
+        for (QRadioButton *button : {ui->showWaterfall, ui->showSum, ui->showStack})
+            button->setEnabled(false);
+        ui->showChannel->setChecked(true);
+    }
+    ui->dispersion->setValue(header.dispersion);
+    ui->dispersionSlider->setValue(header.dispersion);
+}
+
+void NativeGrafik::connectInputs()
+{
+    const auto spinChanged = QOverload<int>::of(&QSpinBox::valueChanged);
+    const auto numberChanged = QOverload<double>::of(&QDoubleSpinBox::valueChanged);
+    const auto drawSoon = [this] { drawTimer.start(0); };
+    for (QSpinBox *field : {ui->module, ui->ray})
+        connect(field, spinChanged, this, &NativeGrafik::selectRay);
+    connect(ui->channel, spinChanged, this, [this] {
+        ui->showChannel->setChecked(ui->showChannel->isChecked() || !ui->showStack->isChecked());
+        drawTimer.start(0);
+    });
+    for (QRadioButton *button : {ui->showWaterfall, ui->showSum, ui->showStack, ui->showChannel})
+        connect(button, &QRadioButton::toggled, this, drawSoon);
+    connect(ui->dispersion, numberChanged, this, &NativeGrafik::setDispersion);
+    connect(ui->dispersionSlider, &QSlider::valueChanged, this, &NativeGrafik::setDispersion);
+    for (QDoubleSpinBox *field : {ui->darkest, ui->lightest})
+        connect(field, numberChanged, this, [this] {
+            ui->darkest->setMaximum(ui->lightest->value() - ui->darkest->singleStep());
+            waterfall->setScale(float(ui->darkest->value()), float(ui->lightest->value()));
+        });
+    connect(ui->average, spinChanged, this, drawSoon);
+    connect(ui->wholeButton, &QPushButton::clicked, this, [this] { showPoints(0, npoints); });
+    connect(ui->fitButton, &QPushButton::clicked, this, &NativeGrafik::fitHeight);
+    connect(ui->saveButton, &QPushButton::clicked, this, &NativeGrafik::saveSelection);
+
+    connect(&drawTimer, &QTimer::timeout, this, qOverload<>(&NativeGrafik::draw));
+    connect(&statisticsTimer, &QTimer::timeout, this, [this] {
+        showStatistics();
+        showBandpass();
+    });
+    connect(&sumTimer, &QTimer::timeout, this, [this] { request(asked); });
+    connect(loader, &NativeLoader::delivered, this, &NativeGrafik::takePicture);
+    connect(grafik, &PulsarGrafik::viewChanged, this, &NativeGrafik::followView);
+    connect(grafik, &PulsarGrafik::selectionChanged, this, [this] { statisticsTimer.start(); });
+    connect(grafik, &PulsarGrafik::coordsChanged, this,
+            [this](QPointF coords) { showCoords(coords); });
+    connect(waterfall, &WaterfallView::pointed, this, &NativeGrafik::showWaterfallCoords);
+    connect(overview, &OverviewStrip::rangeWanted, this, &NativeGrafik::showPoints);
+    connect(info, &NativeInfo::channelToggled, this, &NativeGrafik::toggleChannel);
+    connect(info, &NativeInfo::allOnWanted, this, [this] { changeSwitches({}); });
+}
+
+// Field and slider follow each other; what is typed beyond the slider's range stays.
+void NativeGrafik::setDispersion(double dispersion)
+{
+    const QSignalBlocker fieldIsSilent(ui->dispersion);
+    const QSignalBlocker sliderIsSilent(ui->dispersionSlider);
+    if (sender() == ui->dispersionSlider)
+        ui->dispersion->setValue(dispersion);
+    else
+        ui->dispersionSlider->setValue(int(std::lround(dispersion)));
+    changeDispersion();
+}
+
+NativeChoice NativeGrafik::choice() const
+{
+    NativeChoice chosen;
+    chosen.show = ui->showChannel->isChecked() ? NativeShow::Channel
+                  : ui->showStack->isChecked() ? NativeShow::Stack
+                  : ui->showSum->isChecked()   ? NativeShow::Sum
+                                               : NativeShow::Waterfall;
+    chosen.channel = ui->channel->value() - 1;
+    chosen.dispersion = ui->dispersion->value();
+    chosen.channelsOff = channelsOff;
+    return chosen;
+}
+
+void NativeGrafik::request(const NativeDomain &domain)
+{
+    sumTimer.stop();
+    asked = domain;
+    NativeRequest wanted;
+    wanted.path = file.path();
+    wanted.module = ui->module->value() - 1;
+    wanted.ray = ui->ray->value() - 1;
+    wanted.domain = domain;
+    wanted.dispersion = ui->dispersion->value();
+    wanted.marginDispersion = marginFactor * wanted.dispersion;
+    wanted.deletesSteps = deletesSteps;
+    wanted.channelsOff = channelsOff;
+    loader->load(wanted);
+}
+
+// A glance at the whole recording is made up for once nothing else is to be read.
+void NativeGrafik::requestOverview()
+{
+    NativeRequest wanted = picture->request;
+    wanted.domain = {0, npoints, false};
+    loader->load(wanted);
+}
+
+void NativeGrafik::takePicture(const std::shared_ptr<const NativePicture> &delivered)
+{
+    const NativeDomain &domain = delivered->request.domain;
+    if (domain.first == 0 && domain.count == npoints) {
+        whole = delivered;
+        showOverview();
+    }
+    const bool isAsked = domain.first == asked.first && domain.count == asked.count &&
+                         domain.detailed == asked.detailed;
+    if (isAsked) {
+        const PointRange part = pending   ? *pending
+                                : picture ? visible()
+                                          : PointRange{0, double(npoints)};
+        picture = delivered;
+        means = ObservationData();
+        if (delivered->isLast)
+            pending.reset();
+        draw(part);
+        followView();
+    }
+    if (!delivered->isLast) {
+        progressBar->setValue(int(100 * delivered->share));
+        progressBar->show();
+        return;
+    }
+    endLoading();
+    if (isAsked && (!whole || whole->isGlance))
+        requestOverview();
+}
+
+void NativeGrafik::endLoading()
+{
+    progressBar->hide();
+    showNotes();
+}
+
+void NativeGrafik::showOverview()
+{
+    if (!whole)
+        return;
+    const Tools::Reduction &reduction = whole->reduction;
+    const int row =
+        choice().show == NativeShow::Channel ? ui->channel->value() - 1 : reduction.channels;
+    const auto rowOf = [&](const std::vector<float> &values) {
+        const auto begin = values.begin() + std::ptrdiff_t(reduction.index(row, 0));
+        return std::vector<float>(begin, begin + reduction.columns);
+    };
+    overview->setExtremes(rowOf(reduction.low), rowOf(reduction.high));
+}
+
+void NativeGrafik::selectRay()
+{
+    whole.reset();
+    request(asked);
+}
+
+void NativeGrafik::changeDispersion()
+{
+    if (!picture)
+        return;
+    const double dispersion = ui->dispersion->value();
+    drawTimer.start(0);
+    const bool needsReading = picture->window.samples
+                                  ? !reachesWithin(*picture, dispersion, npoints)
+                                  : picture->request.dispersion != dispersion;
+    if (needsReading)
+        sumTimer.start();
+}
+
+void NativeGrafik::toggleChannel(int channel)
+{
+    std::vector<bool> off = channelsOff;
+    off.resize(std::size_t(file.header().channels), false);
+    off[std::size_t(channel)] = !off[std::size_t(channel)];
+    changeSwitches(off);
+}
+
+void NativeGrafik::changeSwitches(const std::vector<bool> &off)
+{
+    const bool isAnyOff = std::find(off.begin(), off.end(), true) != off.end();
+    channelsOff = isAnyOff ? off : std::vector<bool>();
+    ChannelSwitches::save(file.path(), channelsOff);
+    info->setChannelsOff(channelsOff);
+    drawTimer.start(0);
+    if (picture && !picture->window.samples)
+        sumTimer.start();
+}
+
+void NativeGrafik::draw()
+{
+    if (picture)
+        draw(visible());
+}
+
+void NativeGrafik::draw(const PointRange &part)
+{
+    waterfall->setVisible(ui->showWaterfall->isChecked());
+    drawCurves(part);
+    drawWaterfall();
+    showOverview();
+    showNotes();
+    statisticsTimer.start();
+}
+
+// Shows the same points as before, however many curves or values there were.
+void NativeGrafik::drawCurves(const PointRange &part)
+{
+    const NativeChoice chosen = choice();
+    const NativeCurves before = std::move(drawn);
+    drawn = nativeCurves(*picture, chosen);
+    if (!drawn.problem.isEmpty()) {
+        grafik->showMessage(drawn.problem);
+        return;
+    }
+    const ObservationData &header = file.header();
+    PlotData plot;
+    plot.graphs = std::move(drawn.curves);
+    drawn.curves.clear();
+    plot.names = drawn.names.toVector();
+    plot.markers = drawn.markers;
+    plot.numPoints = drawn.count;
+    plot.yMin = drawn.min;
+    plot.yMax = drawn.max;
+    plot.yPrecision = FormTexts::labelDecimals(drawn.max - drawn.min);
+    plot.yName = chosen.show == NativeShow::Stack ? "channel" : "signal";
+    const double first = drawn.first;
+    const double step = drawn.step;
+    if (step == 1)
+        plot.xOffset = int(first);
+    plot.msPerPoint = header.tresolution * step * 1000;
+    plot.x = {"time", "s", first * header.tresolution, step * header.tresolution, {}};
+    plot.textX1 = [first, step](int index) {
+        return QString::number(qint64(std::floor(first + index * step)));
+    };
+    // A copy without samples: the plot may outlive the form by a moment.
+    const auto record = std::make_shared<const ObservationData>(header);
+    if (header.beginTime.isValid())
+        plot.textX2 = [record, first, step](int index) {
+            return NativeTexts::utcText(*record, std::floor(first + index * step));
+        };
+    if (!NativeTexts::siderealText(header, 0).isEmpty())
+        plot.textX3 = [record, first, step](int index) {
+            return NativeTexts::siderealText(*record, std::floor(first + index * step));
+        };
+    plot.source = QStringList{"file " + file.path(), QString("module %1").arg(ui->module->value()),
+                              QString("ray %1").arg(ui->ray->value())};
+    if (chosen.show == NativeShow::Sum || chosen.show == NativeShow::Waterfall)
+        plot.source << QString("dispersion %1 pc/cm^3").arg(chosen.dispersion);
+
+    const QScopedValueRollback<bool> isSetting(isSettingData, true);
+    if (before.first != drawn.first || before.step != drawn.step)
+        grafik->clearSelection();
+    grafik->setData(std::move(plot));
+    grafik->setVisibleX((part.first - drawn.first) / drawn.step, part.points / drawn.step);
+    overview->setPart(visible().first, visible().points);
+}
+
+// Of the part in sight, one column per pixel.
+void NativeGrafik::drawWaterfall()
+{
+    if (!picture || !ui->showWaterfall->isChecked())
+        return;
+    const NativeDomain &domain = picture->request.domain;
+    const bool hasSamples = bool(picture->window.samples);
+    if (!hasSamples && !means.samples)
+        means = Tools::recordOfMeans(picture->reduction, file.header());
+    const ObservationData &record = hasSamples ? picture->window : means;
+    // One point of the record stands for so many of the recording.
+    const double step = hasSamples ? 1 : double(domain.count) / picture->reduction.columns;
+    const PointRange part = visible();
+    const int offset = hasSamples ? picture->offset : 0;
+    const int most = hasSamples ? domain.count : picture->reduction.columns;
+    const int begin = std::clamp(int(std::floor((part.first - domain.first) / step)), 0, most - 1);
+    const int end = std::clamp(int(std::ceil((part.first + part.points - domain.first) / step)),
+                               begin + 1, most);
+
+    WaterfallView::Picture shown;
+    shown.rows = record.channels - 1;
+    const double leastAveraged = std::max(1.0, ui->average->value() / step);
+    const int mostColumns = std::max(1, int((end - begin) / leastAveraged));
+    shown.columns = std::min(mostColumns, waterfall->pictureWidth());
+    shown.first = domain.first + begin * step;
+    shown.points = (end - begin) * step;
+    shown.values = Tools::waterfall(
+        record, {0, 0, offset + begin, end - begin, shown.columns, ui->dispersion->value()});
+    if (shown.values.empty()) {
+        shown.columns = 0;
+    } else {
+        Tools::normaliseRows(shown.values, shown.rows, shown.columns);
+        for (int band = 0; band < shown.rows; ++band) {
+            if (std::size_t(band) < channelsOff.size() && channelsOff[std::size_t(band)])
+                std::fill_n(shown.values.begin() + qint64(band) * shown.columns, shown.columns,
+                            NAN);
+        }
+    }
+    waterfall->setPicture(std::move(shown));
+    waterfall->setPart(part.first, part.points);
+}
+
+NativeGrafik::PointRange NativeGrafik::visible() const
+{
+    const PulsarGrafik::VisibleRange range = grafik->visibleRange();
+    return {drawn.first + range.first * drawn.step, range.points * drawn.step};
+}
+
+// The selected points, or else those in sight.
+NativeGrafik::PointRange NativeGrafik::shownPart(bool &isSelected) const
+{
+    const double end = drawn.first + drawn.count * drawn.step;
+    PointRange part = visible();
+    const auto selected = grafik->selectedRange();
+    isSelected = selected.has_value();
+    if (selected) {
+        part.first = drawn.first + std::ceil(selected->x.min) * drawn.step;
+        part.points = (std::floor(selected->x.max) - std::ceil(selected->x.min) + 1) * drawn.step;
+    }
+    const double first = std::clamp(std::floor(part.first), drawn.first, end - 1);
+    const double last = std::clamp(std::ceil(part.first + part.points), first + 1, end);
+    return {first, last - first};
+}
+
+void NativeGrafik::followView()
+{
+    if (!picture || isSettingData)
+        return;
+    const PointRange part = visible();
+    overview->setPart(part.first, part.points);
+    drawWaterfall();
+    statisticsTimer.start();
+    const NativeDomain domain =
+        wantedDomain(npoints, mostDetailedPoints(file), part.first, part.points, asked);
+    if (domain.first == asked.first && domain.count == asked.count)
+        return;
+    pending = part;
+    request(domain);
+}
+
+void NativeGrafik::showPoints(double first, double points)
+{
+    if (!picture)
+        return;
+    const NativeDomain &domain = picture->request.domain;
+    overview->setPart(first, points);
+    if (contains(domain, first, points)) {
+        pending.reset();
+        grafik->setVisibleX((first - drawn.first) / drawn.step, points / drawn.step);
+        return;
+    }
+    pending = PointRange{first, points};
+    const NativeDomain wanted =
+        wantedDomain(npoints, mostDetailedPoints(file), first, points, asked);
+    if (wanted.first != asked.first || wanted.count != asked.count)
+        request(wanted);
+}
+
+void NativeGrafik::fitHeight()
+{
+    const PulsarGrafik::VisibleRange range = grafik->visibleRange();
+    const Extremes y = extremesInSight(grafik->data().graphs, range.first, range.points);
+    if (y.max > y.min)
+        grafik->setVisibleY(y.min, y.max);
+}
+
+void NativeGrafik::showStatistics()
+{
+    if (!picture)
+        return;
+    NativeTexts::StatisticsPart part;
+    const PointRange range = shownPart(part.isSelected);
+    part.name = choice().show == NativeShow::Stack ? QString("channel %1").arg(ui->channel->value())
+                                                   : drawn.names.value(0);
+    part.first = qint64(range.first);
+    part.last = qint64(range.first + range.points) - 1;
+    part.seconds = range.points * file.header().tresolution;
+    if (!drawn.series.empty()) {
+        const int begin = int(range.first - drawn.first);
+        const int end = std::min(begin + int(range.points), int(drawn.series.size()));
+        const std::vector<double> values(drawn.series.begin() + begin, drawn.series.begin() + end);
+        part.statistics = Tools::seriesStatistics(values);
+        part.deviation = Tools::medianAbsoluteDeviation(values, part.statistics.median);
+        if (part.isSelected)
+            part.signal = Tools::partSignal(drawn.series, begin, end);
+    } else {
+        const Tools::Reduction &reduction = picture->reduction;
+        const int begin = reduction.columnOf(int(part.first));
+        const Tools::RowMoments moments =
+            Tools::rowMoments(reduction, drawn.row, begin, reduction.columnOf(int(part.last)) + 1);
+        part.isReduced = true;
+        part.statistics.mean = moments.mean;
+        part.statistics.sigma = moments.sigma;
+        part.statistics.min = moments.min;
+        part.statistics.max = moments.max;
+    }
+    info->setStatistics(NativeTexts::statisticsHtml(part));
+}
+
+void NativeGrafik::showBandpass()
+{
+    if (!picture)
+        return;
+    const PointRange part = visible();
+    const Tools::Reduction &reduction = picture->reduction;
+    const NativeDomain &domain = picture->request.domain;
+    const int first = std::clamp(int(part.first), domain.first, domain.first + domain.count - 1);
+    const int last =
+        std::clamp(int(part.first + part.points) - 1, first, domain.first + domain.count - 1);
+    std::vector<double> mean;
+    std::vector<double> sigma;
+    for (int band = 0; band < reduction.channels - 1; ++band) {
+        const Tools::RowMoments moments = Tools::rowMoments(
+            reduction, band, reduction.columnOf(first), reduction.columnOf(last) + 1);
+        mean.push_back(moments.points > 0 ? moments.mean : NAN);
+        sigma.push_back(moments.points > 0 ? moments.sigma : NAN);
+    }
+    info->setBandpass(std::move(mean), std::move(sigma));
+}
+
+void NativeGrafik::showNotes()
+{
+    QStringList notes;
+    if (picture) {
+        if (!picture->window.samples && picture->isGlance)
+            notes << QString("First look: %1 % of the points read.")
+                         .arg(100 * picture->share, 0, 'f', picture->share < 0.1 ? 2 : 0);
+        else if (!picture->window.samples)
+            notes << "Least and greatest values of equal parts; zoom in for every sample.";
+        if (deletesSteps && !picture->window.samples) {
+            notes << "Level steps are not deleted here; zoom in.";
+        } else if (deletesSteps) {
+            std::size_t steps = 0;
+            for (const auto &ofChannel : picture->steps)
+                steps += ofChannel.size();
+            notes << QString("Deleted level steps: %1 in all channels%2.")
+                         .arg(steps)
+                         .arg(drawn.markers.empty() ? "" : ", marked green");
+        } else {
+            notes << "As recorded; level steps are not deleted.";
+        }
+        if (!picture->problem.isEmpty())
+            notes << picture->problem;
+    }
+    info->setNotes(notes.join("\n"));
+}
+
+void NativeGrafik::showCoords(QPointF coords)
+{
+    const QPointF perPixel = grafik->dataPerPixel();
+    const double point = std::floor(drawn.first + std::floor(coords.x()) * drawn.step);
+    info->setCoords(NativeTexts::coordsText(
+        file.header(), point, "value " + Plot::coordinateText(coords.y(), perPixel.y())));
+}
+
+void NativeGrafik::showWaterfallCoords(double point, int band, float value)
+{
+    const ObservationData &header = file.header();
+    QString channel = QString("channel %1").arg(band + 1);
+    if (std::size_t(band) < header.fbands.size())
+        channel += QString(", %1 MHz").arg(header.fbands[std::size_t(band)]);
+    info->setCoords(NativeTexts::coordsText(
+        header, std::floor(point), channel + QString(", %1 sigma").arg(double(value), 0, 'f', 2)));
+}
+
+void NativeGrafik::saveSelection()
+{
+    if (!picture)
+        return;
+    bool isSelected = false;
+    const PointRange part = shownPart(isSelected);
+    Settings *const settings = Settings::instance();
+    const QString folder =
+        settings->lastSavePath().isEmpty() ? directoryOf(file.path()) : settings->lastSavePath();
+    const QString proposal = QString("%1/%2_%3.pnthr")
+                                 .arg(folder, QFileInfo(file.path()).completeBaseName())
+                                 .arg(qint64(part.first));
+    const QString path = QFileDialog::getSaveFileName(this, "Save selection", proposal,
+                                                      "Stretch of a recording (*.pnthr)");
+    if (path.isEmpty())
+        return;
+    settings->setLastSavePath(directoryOf(path));
+    QString failure;
+    bool isStopped = false;
+    {
+        BusyGuard guard;
+        connect(&guard, &BusyGuard::cancelRequested, this, [&isStopped] { isStopped = true; });
+        progressBar->show();
+        failure = saveStretch(file, int(part.first), int(part.points), ui->dispersion->value(),
+                              path, [&](int percent) {
+                                  progressBar->setValue(percent);
+                                  QCoreApplication::processEvents();
+                                  return !isStopped;
+                              });
+        progressBar->hide();
+    }
+    if (!failure.isEmpty())
+        showError(this, "The selection was not saved.", failure);
+    else if (!isStopped)
+        settings->ui().statusbar->showMessage(QString("Points %1 to %2 saved in %3")
+                                                  .arg(qint64(part.first))
+                                                  .arg(qint64(part.first + part.points) - 1)
+                                                  .arg(path),
+                                              messageMs);
+}
+
+void NativeGrafik::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape) {
+        loader->cancel();
+        endLoading();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}

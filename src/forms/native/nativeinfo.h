@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QWidget>
+#include <memory>
+#include <vector>
+
+namespace Ui {
+class NativeInfo;
+}
+
+/// The panel at the right of the viewer: the coordinates under the pointer, the statistics of
+/// what is in sight or selected, the bandpass with its switches, and notes about the file.
+class NativeInfo : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit NativeInfo(QWidget *parent = nullptr);
+    ~NativeInfo() override;
+
+    void setCoords(const QString &text);
+    void setStatistics(const QString &html);
+    void setNotes(const QString &text);
+    void setFrequencies(const std::vector<double> &fbands);
+    /// @param means, sigmas  one per band
+    void setBandpass(std::vector<double> means, std::vector<double> sigmas);
+    void setChannelsOff(const std::vector<bool> &off);
+
+signals:
+    /// Index from 0.
+    void channelToggled(int channel);
+    void allOnWanted();
+
+protected:
+    void changeEvent(QEvent *event) override;
+
+private:
+    void reserveCoordsHeight();
+
+    const std::unique_ptr<Ui::NativeInfo> ui;
+};

@@ -1,0 +1,126 @@
+#include "forms/native/nativetexts.h"
+
+#include "forms/pulsar/pulsartexts.h"
+
+#include <QLocale>
+#include <QStringList>
+#include <cmath>
+
+namespace NativeTexts {
+
+namespace {
+
+constexpr double longestTime = 1e15;         // ms; beyond it a step is no time
+constexpr double siderealRate = 1.002737909; // sidereal seconds per second
+
+QString bytesText(qint64 bytes)
+{
+    return QLocale::c().toString(bytes) + " bytes";
+}
+
+QString tableRow(const QString &name, const QString &value)
+{
+    return QString("<tr><td>%1&nbsp;</td><td align='right'>%2</td></tr>").arg(name, value);
+}
+
+} // namespace
+
+QVector<QPair<QString, QString>> passportRows(const Passport &passport)
+{
+    const QStringList known = {
+        "npoints",   "tresolution",     "nbands",    "fbands", "channels",   "modulus",
+        "modules",   "module",          "rays",      "ray",    "date_begin", "time_begin",
+        "star_time", "native_datetime", "file_path", "point",  "dispersion", "stairs_names"};
+    QMap<QString, QString> others = passport.entries;
+    QVector<QPair<QString, QString>> rows;
+    for (const QString &key : known) {
+        if (others.contains(key))
+            rows.append({key, others.take(key)});
+    }
+    for (auto entry = others.cbegin(); entry != others.cend(); ++entry)
+        rows.append({entry.key(), entry.value()});
+    return rows;
+}
+
+SizeCheck sizeCheck(const RecordingFile &file)
+{
+    const qint64 announced = file.announcedSize();
+    const qint64 difference = file.size() - announced;
+    if (announced >= 0 && difference == 0)
+        return {true, "Size: " + bytesText(file.size()) + ", as the passport says"};
+    if (announced >= 0 && difference > 0)
+        return {false, QString("Size: %1, %2 more than the passport says; they are not shown")
+                           .arg(bytesText(file.size()), bytesText(difference))};
+    return {false,
+            QString("Size: %1, but the passport announces %2. Shown are the %3 points that are "
+                    "there; copy the file again")
+                .arg(bytesText(file.size()),
+                     announced < 0 ? QString("more than 8 EiB") : bytesText(announced))
+                .arg(file.completePoints())};
+}
+
+QString utcText(const ObservationData &header, double point)
+{
+    const double ms = std::floor(point * header.tresolution * 1000);
+    if (!header.beginTime.isValid() || !(std::abs(ms) < longestTime))
+        return {};
+    return FormTexts::timeOfDay(header.beginTime.time().msecsSinceStartOfDay() + qint64(ms));
+}
+
+QString siderealText(const ObservationData &header, double point)
+{
+    const QStringList parts = header.starTime.split(':');
+    const double seconds = point * header.tresolution * siderealRate;
+    if (parts.size() != 3 || !(std::abs(seconds) * 1000 < longestTime))
+        return {};
+    qint64 begin = 0;
+    for (const QString &part : parts) {
+        bool isNumber = false;
+        begin = begin * 60 + part.toInt(&isNumber);
+        if (!isNumber)
+            return {};
+    }
+    return FormTexts::timeOfDay((begin + qint64(std::floor(seconds))) * 1000).left(8);
+}
+
+QString coordsText(const ObservationData &header, double point, const QString &value)
+{
+    QStringList lines = {
+        QString("point %1, %2 s").arg(qint64(point)).arg(point * header.tresolution, 0, 'f', 4),
+        value};
+    if (const QString utc = utcText(header, point); !utc.isEmpty())
+        lines << "UTC " + utc;
+    if (const QString sidereal = siderealText(header, point); !sidereal.isEmpty())
+        lines << "sidereal " + sidereal;
+    return lines.join("\n");
+}
+
+QString valueText(double value)
+{
+    return QString::number(value, 'g', 6);
+}
+
+QString statisticsHtml(const StatisticsPart &part)
+{
+    const SeriesStatistics &s = part.statistics;
+    QString html = QString("<p><span class='blue'>%1</span><br>%2: points %3 to %4, %5 s</p>")
+                       .arg(part.name, part.isSelected ? "Selected" : "In sight")
+                       .arg(part.first)
+                       .arg(part.last)
+                       .arg(valueText(part.seconds));
+    const auto orDash = [&](double value) { return part.isReduced ? "-" : valueText(value); };
+    html += "<table width='100%'>" + tableRow("mean", valueText(s.mean)) +
+            tableRow("sigma", valueText(s.sigma)) + tableRow("median", orDash(s.median)) +
+            tableRow("MAD", orDash(part.deviation)) + tableRow("minimum", valueText(s.min)) +
+            tableRow("maximum", valueText(s.max));
+    if (part.isSelected)
+        html += tableRow("S/N", part.isReduced || part.signal.surroundings == 0
+                                    ? "-"
+                                    : QString::number(part.signal.snr, 'f', 2));
+    html += "</table>";
+    if (part.isReduced)
+        html += "<p>Zoom in for median, MAD and S/N.</p>";
+    return html;
+}
+
+} // namespace NativeTexts

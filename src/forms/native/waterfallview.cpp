@@ -1,0 +1,203 @@
+#include "forms/native/waterfallview.h"
+
+#include "plot/colourmap.h"
+#include "plot/plotgeometry.h"
+
+#include <QApplication>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QWheelEvent>
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace {
+
+constexpr int marginTop = 18;
+constexpr int marginBottom = 6;
+constexpr int labelDistance = 36; // pixels
+constexpr int barWidth = 8;       // pixels, of the colour scale
+
+} // namespace
+
+WaterfallView::WaterfallView(QWidget *parent) : QWidget(parent)
+{
+    setMouseTracking(true);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+}
+
+void WaterfallView::setFrequencies(const std::vector<double> &fbands, int bands)
+{
+    bandOfRow.resize(std::size_t(std::max(bands, 0)));
+    std::iota(bandOfRow.rbegin(), bandOfRow.rend(), 0);
+    frequencies = fbands.size() >= bandOfRow.size() ? fbands : std::vector<double>();
+    if (!frequencies.empty())
+        std::stable_sort(bandOfRow.begin(), bandOfRow.end(), [this](int a, int b) {
+            return frequencies[std::size_t(a)] > frequencies[std::size_t(b)];
+        });
+    update();
+}
+
+void WaterfallView::setPicture(Picture next)
+{
+    picture = std::move(next);
+    renewImage();
+}
+
+void WaterfallView::setPart(double first, double points)
+{
+    visibleFirst = first;
+    visiblePoints = points;
+    update();
+}
+
+void WaterfallView::setScale(float low, float high)
+{
+    lowest = low;
+    highest = high;
+    renewImage();
+}
+
+int WaterfallView::pictureWidth() const
+{
+    return std::max(1, area().width());
+}
+
+QRect WaterfallView::area() const
+{
+    return {Plot::marginLeft, marginTop, width() - Plot::marginLeft - Plot::marginRight,
+            height() - marginTop - marginBottom};
+}
+
+// One pixel per value; painting enlarges it.
+void WaterfallView::renewImage()
+{
+    update();
+    if (picture.rows != int(bandOfRow.size()) || picture.columns < 1) {
+        image = QImage();
+        return;
+    }
+    if (image.size() != QSize(picture.columns, picture.rows))
+        image = QImage(picture.columns, picture.rows, QImage::Format_RGB32);
+    for (int row = 0; row < picture.rows; ++row) {
+        const float *const values =
+            picture.values.data() + qint64(bandOfRow[std::size_t(row)]) * picture.columns;
+        auto *const pixels = reinterpret_cast<QRgb *>(image.scanLine(row));
+        for (int i = 0; i < picture.columns; ++i)
+            pixels[i] = Plot::colourOfValue(values[i], lowest, highest);
+    }
+}
+
+void WaterfallView::paintEvent(QPaintEvent * /*event*/)
+{
+    QPainter painter(this);
+    painter.fillRect(rect(), Qt::white);
+    const QRect inner = area();
+    if (inner.width() < 2 || inner.height() < 2)
+        return;
+    if (!image.isNull() && visiblePoints > 0) {
+        const double perPoint = inner.width() / visiblePoints;
+        const QRectF target(inner.left() + (picture.first - visibleFirst) * perPoint, inner.top(),
+                            picture.points * perPoint, inner.height());
+        painter.setClipRect(inner);
+        painter.drawImage(target, image);
+        painter.setClipping(false);
+    }
+    painter.setPen(Qt::black);
+    painter.drawRect(inner.adjusted(-1, -1, 0, 0));
+    paintLabels(painter);
+}
+
+void WaterfallView::paintLabels(QPainter &painter) const
+{
+    const QRect inner = area();
+    QFont small = font();
+    small.setPixelSize(12);
+    painter.setFont(small);
+    const auto rightAligned = [&](int y, const QString &text) {
+        painter.drawText(QRect(0, y - 8, inner.left() - 5, 16), Qt::AlignRight | Qt::AlignVCenter,
+                         text);
+    };
+    painter.drawText(QRect(4, 0, inner.width(), marginTop), Qt::AlignLeft | Qt::AlignVCenter,
+                     frequencies.empty() ? "channel" : "MHz");
+    const int rows = int(bandOfRow.size());
+    const double rowHeight = double(inner.height()) / std::max(rows, 1);
+    const int every = std::max(1, int(std::ceil(labelDistance / rowHeight)));
+    for (int row = 0; row < rows; row += every) {
+        const int band = bandOfRow[std::size_t(row)];
+        rightAligned(inner.top() + int((row + 0.5) * rowHeight),
+                     frequencies.empty() ? QString::number(band + 1)
+                                         : QString::number(frequencies[std::size_t(band)], 'f', 2));
+    }
+
+    const QRect bar(width() - Plot::marginRight + 5, inner.top(), barWidth, inner.height());
+    for (int y = 0; y < bar.height(); ++y) {
+        const double t = 1 - double(y) / std::max(1, bar.height() - 1);
+        painter.setPen(
+            QColor(Plot::colourMap()[std::size_t(std::lround(t * (Plot::colourCount - 1)))]));
+        painter.drawLine(bar.left(), bar.top() + y, bar.right(), bar.top() + y);
+    }
+    painter.setPen(Qt::black);
+    const QString scale = QString("%1 to %2 sigma").arg(double(lowest)).arg(double(highest));
+    painter.drawText(QRect(inner.left(), 0, width() - inner.left() - 4, marginTop),
+                     Qt::AlignRight | Qt::AlignVCenter, scale);
+}
+
+void WaterfallView::mousePressEvent(QMouseEvent *event)
+{
+    handOn(*event, 0);
+}
+
+void WaterfallView::mouseMoveEvent(QMouseEvent *event)
+{
+    if (event->buttons() != Qt::NoButton) {
+        handOn(*event, 1);
+        return;
+    }
+    const QRect inner = area();
+    if (image.isNull() || !inner.contains(event->pos()))
+        return;
+    const double point =
+        visibleFirst + (event->localPos().x() - inner.left()) * visiblePoints / inner.width();
+    const int row =
+        std::clamp((event->y() - inner.top()) * picture.rows / inner.height(), 0, picture.rows - 1);
+    const int column = int((point - picture.first) / picture.points * picture.columns);
+    if (column < 0 || column >= picture.columns)
+        return;
+    const int band = bandOfRow[std::size_t(row)];
+    emit pointed(
+        point, band,
+        picture.values[std::size_t(band) * std::size_t(picture.columns) + std::size_t(column)]);
+}
+
+void WaterfallView::mouseReleaseEvent(QMouseEvent *event)
+{
+    handOn(*event, 1);
+}
+
+void WaterfallView::wheelEvent(QWheelEvent *event)
+{
+    if (!plot)
+        return;
+    const QPointF place(event->position().x(), plot->height() / 2.0);
+    QWheelEvent handed(place, plot->mapToGlobal(place.toPoint()), event->pixelDelta(),
+                       event->angleDelta(), event->buttons(), event->modifiers(), event->phase(),
+                       event->inverted());
+    QApplication::sendEvent(plot, &handed);
+    event->accept();
+}
+
+// A drag over the picture is one over the whole height of the plot.
+//
+// height  0 for its top, 1 for its bottom
+void WaterfallView::handOn(const QMouseEvent &event, double height) const
+{
+    if (!plot)
+        return;
+    const int top = Plot::marginTop + 1;
+    const int bottom = plot->height() - Plot::marginBottom - 1;
+    const QPointF place(event.localPos().x(), top + height * (bottom - top));
+    QMouseEvent handed(event.type(), place, plot->mapToGlobal(place.toPoint()), event.button(),
+                       event.buttons(), event.modifiers());
+    QApplication::sendEvent(plot, &handed);
+}

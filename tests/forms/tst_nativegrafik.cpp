@@ -1,0 +1,258 @@
+#include "app/mainwindow.h"
+#include "app/settings.h"
+#include "forms/native/bandpassview.h"
+#include "forms/native/nativegrafik.h"
+#include "forms/native/overviewstrip.h"
+#include "forms/native/waterfallview.h"
+#include "support/messageboxcatcher.h"
+#include "support/recordings.h"
+#include "support/testmain.h"
+
+#include <QApplication>
+#include <QDoubleSpinBox>
+#include <QLabel>
+#include <QRadioButton>
+#include <QTableWidget>
+#include <cmath>
+#include <unistd.h>
+
+using TestSupport::Shape;
+
+namespace {
+
+// Noise of 0 to 2 and a pulse of 30 that reaches band c at point 3000 + delay at DM 60.
+float sampleAt(int point, int /*module*/, int channel, int ray)
+{
+    const quint32 mixed = quint32(point * 33 + channel + ray) * 2654435761u;
+    const double frequency = 120.0 + channel * 0.078125;
+    const double delay =
+        4148.8 * 60 * (std::pow(frequency, -2) - std::pow(122.421875, -2)) / 0.0124928;
+    const bool isPulse = channel < 32 && point == 3000 + int(std::lround(delay));
+    return float(mixed >> 22) / 512 + (isPulse ? 30.f : 0.f);
+}
+
+qint64 residentBytes()
+{
+    QFile status("/proc/self/statm");
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    return status.readAll().split(' ').value(1).toLongLong() * sysconf(_SC_PAGESIZE);
+}
+
+} // namespace
+
+class TestNativeGrafik : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void passportPulseAndStatistics();
+    void viewAndSelectionSurviveChanges();
+    void switchesAreRemembered();
+    void burst();
+    void unusualRecordings_data();
+    void unusualRecordings();
+    void hugeRecordingInLittleMemory();
+
+private:
+    QString write(const QByteArray &bytes, const QString &name = "a.pnt")
+    {
+        QFile out(folder.filePath(name));
+        out.open(QIODevice::WriteOnly);
+        out.write(bytes);
+        return out.fileName();
+    }
+
+    void open(const QString &path, int withoutStep = 1)
+    {
+        new NativeGrafik(path, withoutStep, window.get());
+    }
+
+    template <typename Widget>
+    Widget *find(const char *name)
+    {
+        return window->findChild<Widget *>(name);
+    }
+
+    bool isDrawn() { return !find<PulsarGrafik>("grafik")->data().graphs.empty(); }
+
+    // Index of the greatest value of the plot's first curve.
+    int peak()
+    {
+        const std::vector<float> &curve = find<PulsarGrafik>("grafik")->data().graphs[0];
+        return int(std::max_element(curve.begin(), curve.end()) - curve.begin());
+    }
+
+    QTemporaryDir folder;
+    std::unique_ptr<MainWindow> window;
+};
+
+void TestNativeGrafik::init()
+{
+    window = std::make_unique<MainWindow>();
+    window->resize(1280, 720);
+    window->show();
+}
+
+void TestNativeGrafik::cleanup()
+{
+    window.reset();
+}
+
+void TestNativeGrafik::passportPulseAndStatistics()
+{
+    open(write(TestSupport::recordingBytes({6000, 1, 33, 2}, sampleAt) + "tail"));
+    QTRY_VERIFY(isDrawn());
+    QCOMPARE(find<QTableWidget>("passport")->rowCount(), 8);
+    QVERIFY(find<QLabel>("fileSize")->text().contains("4 bytes more"));
+    find<QDoubleSpinBox>("dispersion")->setValue(60);
+    QTRY_COMPARE(peak(), 3000);
+    const PlotData &data = find<PulsarGrafik>("grafik")->data();
+    QCOMPARE(data.numPoints, 6000);
+    QCOMPARE(data.textX2(100), QString("12:00:01.249"));
+    QVERIFY(!data.textX3); // the passport has no sidereal time
+    QTRY_VERIFY(find<QLabel>("statistics")->text().contains("points 0 to 5999"));
+    for (const auto &[mode, curves] :
+         {std::pair("showStack", 32), {"showChannel", 1}, {"showSum", 1}}) {
+        find<QRadioButton>(mode)->setChecked(true);
+        QTRY_COMPARE(int(find<PulsarGrafik>("grafik")->data().graphs.size()), curves);
+        QTRY_VERIFY(!find<WaterfallView>("waterfall")->isVisible());
+    }
+}
+
+void TestNativeGrafik::viewAndSelectionSurviveChanges()
+{
+    open(write(TestSupport::recordingBytes({6000, 1, 33, 2}, sampleAt)));
+    QTRY_VERIFY(isDrawn());
+    auto *const grafik = find<PulsarGrafik>("grafik");
+    auto *const waterfall = find<WaterfallView>("waterfall");
+    find<QDoubleSpinBox>("dispersion")->setValue(60);
+    QTRY_COMPARE(peak(), 3000);
+    grafik->setVisibleX(2990, 20);
+    // Over the picture as over the plot: 43 % to 77 % of the width.
+    const int left = 60;
+    const int width = waterfall->pictureWidth();
+    QTest::mousePress(waterfall, Qt::LeftButton, {}, {left + width * 43 / 100, 50});
+    QTest::mouseMove(waterfall, {left + width * 3 / 5, 50});
+    QMouseEvent move(QEvent::MouseMove, QPointF(left + width * 77 / 100, 60), Qt::NoButton,
+                     Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(waterfall, &move);
+    QTest::mouseRelease(waterfall, Qt::LeftButton, {}, {left + width * 77 / 100, 60});
+    const QString selected = "Selected: points 2999 to 3005";
+    QTRY_VERIFY2(find<QLabel>("statistics")->text().contains(selected),
+                 qPrintable(find<QLabel>("statistics")->text()));
+    QVERIFY(find<QLabel>("statistics")->text().contains("S/N"));
+    find<QRadioButton>("showChannel")->setChecked(true);
+    QTRY_COMPARE(grafik->data().names.value(0), QString("channel 1"));
+    QCOMPARE(grafik->visibleRange().first, 2990.0);
+    QCOMPARE(grafik->visibleRange().points, 20.0);
+    QTest::keyClick(find<OverviewStrip>("overview"), Qt::Key_PageDown);
+    QCOMPARE(grafik->visibleRange().first, 3010.0);
+}
+
+void TestNativeGrafik::switchesAreRemembered()
+{
+    const QByteArray bytes = TestSupport::recordingBytes({6000, 1, 33, 2}, sampleAt);
+    const QString path = write(bytes);
+    double sum = 0;
+    for (int c = 0; c < 32; ++c)
+        sum += double(sampleAt(17, 0, c, 0));
+    for (const bool isAgain : {false, true}) {
+        open(path);
+        QTRY_VERIFY(isDrawn());
+        if (!isAgain) { // channels 5 and 6
+            QTRY_VERIFY(find<QLabel>("statistics")->text().contains("mean"));
+            auto *const bandpass = find<BandpassView>("bandpass");
+            QTest::mouseClick(bandpass, Qt::LeftButton, {},
+                              {int(4.5 * bandpass->width() / 32), 30});
+            QTest::keyClick(bandpass, Qt::Key_Right);
+            QTest::keyClick(bandpass, Qt::Key_Space);
+        }
+        const float expected = float(sum) - sampleAt(17, 0, 4, 0) - sampleAt(17, 0, 5, 0);
+        QTRY_VERIFY(std::abs(find<PulsarGrafik>("grafik")->data().graphs[0][17] - expected) <
+                    1e-4f);
+        QCOMPARE(find<QLabel>("switches")->text(), QString("2 switched off"));
+    }
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), bytes);
+}
+
+// Published: DM 474.8; found at point 1614 with the value 4436.7 by separate code.
+void TestNativeGrafik::burst()
+{
+    const QString path = TestSupport::realRecording("frb180417_1297MHz.pnt");
+    if (path.isEmpty())
+        QSKIP("no real recording here");
+    open(path, 0);
+    QTRY_VERIFY(isDrawn());
+    find<QDoubleSpinBox>("dispersion")->setValue(474.8);
+    QTRY_COMPARE(peak(), 1614);
+    QCOMPARE(std::round(find<PulsarGrafik>("grafik")->data().yMax * 10) / 10, 4436.7);
+}
+
+void TestNativeGrafik::unusualRecordings_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("boxText"); // of the error; none: it is shown
+    const auto file = [](const Shape &shape) {
+        return TestSupport::recordingBytes(shape, sampleAt);
+    };
+    QTest::newRow("one value") << file({1, 1, 1, 1}) << "";
+    QTest::newRow("one band") << file({3, 2, 2, 1}) << "";
+    QTest::newRow("short") << file({500, 1, 33, 2}).chopped(5001) << "";
+    QTest::newRow("not even a point") << file({500, 1, 33, 2}).left(300) << "Bad file!";
+    QTest::newRow("text") << QByteArray("no recording\n") << "Bad file!";
+    QByteArray useless = file({500, 1, 33, 2});
+    useless.replace("tresolution 12.4928", "tresolution 0.00000");
+    QTest::newRow("no step") << useless << "";
+}
+
+void TestNativeGrafik::unusualRecordings()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, boxText);
+    TestSupport::MessageBoxCatcher catcher;
+    open(write(bytes), 0);
+    QCOMPARE(catcher.boxes().size(), boxText.isEmpty() ? 0 : 1);
+    if (!boxText.isEmpty()) {
+        QVERIFY(catcher.boxes()[0].text.contains(boxText));
+        QVERIFY(find<PulsarGrafik>("grafik") == nullptr);
+        return;
+    }
+    const auto *const grafik = find<PulsarGrafik>("grafik");
+    QTRY_VERIFY(isDrawn() || grafik->data().message.contains("cannot be summed"));
+    find<QDoubleSpinBox>("dispersion")->setValue(1000);
+    QApplication::processEvents();
+    window->grab();
+}
+
+void TestNativeGrafik::hugeRecordingInLittleMemory()
+{
+    // 3 GB that take no room on the disk.
+    const QByteArray head = TestSupport::recordingBytes({1, 6, 33, 8}, sampleAt).left(0);
+    QByteArray passport = TestSupport::recordingBytes({500000, 6, 33, 0}, sampleAt);
+    passport.replace("rays 0", "rays 8");
+    const QString path = write(passport + head);
+    QVERIFY(QFile::resize(path, passport.size() + qint64(500000) * 6 * 33 * 8 * 4));
+    const qint64 before = residentBytes();
+    qint64 most = 0;
+    open(path);
+    QTRY_VERIFY(isDrawn()); // long before all of it was read
+    auto *const grafik = find<PulsarGrafik>("grafik");
+    QCOMPARE(grafik->data().xOffset, 0);
+    auto *const overview = find<OverviewStrip>("overview");
+    for (int i = 0; i < 30; ++i)
+        QTest::keyClick(overview, Qt::Key_Up);
+    for (int i = 0; i < 3; ++i) {
+        QTRY_VERIFY_WITH_TIMEOUT(grafik->data().msPerPoint == 12.4928, 60000); // every sample
+        most = std::max(most, residentBytes());
+        QTest::mouseClick(overview, Qt::LeftButton, {}, {80 + 200 * i, 20});
+        QApplication::processEvents();
+    }
+    QVERIFY2(most - before < qint64(300) << 20, qPrintable(QString::number(most - before)));
+}
+
+ZRT_GUI_TEST_MAIN(TestNativeGrafik)
+#include "tst_nativegrafik.moc"
