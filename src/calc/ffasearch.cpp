@@ -199,9 +199,9 @@ std::vector<double> runningMedian(const std::vector<double> &values, int window)
         inside.insert(values[std::size_t(i)]);
     for (int i = 0; i < count; ++i) {
         if (i < count - half)
-            inside.insert(values[std::size_t(i + half)]);
+            inside.insert(values[std::size_t(i) + std::size_t(half)]);
         if (i > half)
-            inside.remove(values[std::size_t(i - half - 1)]);
+            inside.remove(values[std::size_t(i) - std::size_t(half) - 1]);
         medians[std::size_t(i)] = inside.median();
     }
     return medians;
