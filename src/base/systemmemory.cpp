@@ -87,3 +87,9 @@ qint64 availableMemory()
 {
     return std::min(ofMachine(), ofGroups());
 }
+
+bool hasMemoryFor(double bytes)
+{
+    constexpr double few = 32 << 20;
+    return bytes <= few || bytes <= double(availableMemory());
+}

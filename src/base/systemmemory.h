@@ -8,3 +8,7 @@
 ///
 /// @return 0 when the system does not say
 qint64 availableMemory();
+
+/// Whether so many bytes can be taken. Of a few, up to 32 MiB, this is not asked: it takes as
+/// long as a short computation.
+bool hasMemoryFor(double bytes);

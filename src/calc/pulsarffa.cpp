@@ -76,13 +76,13 @@ std::vector<FfaProblem> PulsarCalculate::findProblems()
     if (!problems.empty())
         return problems;
     const double bytes = Tools::estimateFfa(parameters.ffa, stretch, data.tresolution).bytes;
-    const double available = double(availableMemory());
     constexpr double mebibyte = 1 << 20;
-    if (bytes > available)
-        problems.push_back({"period_min", QString("The search needs %1 MiB of memory, %2 MiB are "
-                                                  "available.")
-                                              .arg(bytes / mebibyte, 0, 'f', 0)
-                                              .arg(available / mebibyte, 0, 'f', 0)});
+    if (!hasMemoryFor(bytes))
+        problems.push_back(
+            {"period_min", QString("The search needs %1 MiB of memory, %2 MiB are "
+                                   "available.")
+                               .arg(bytes / mebibyte, 0, 'f', 0)
+                               .arg(double(availableMemory()) / mebibyte, 0, 'f', 0)});
     return problems;
 }
 

@@ -169,8 +169,7 @@ void Periodogram::search(const float *data, quint64 size, double tsamp, double p
         Ffa::periodogramLength(size, tsamp, period_min, period_max, bins_min, bins_max);
     const Ffa::SearchPlan plan(size, tsamp, period_min, period_max, bins_min, bins_max);
     const double bytes = Ffa::bytesNeeded(Ffa::limitsOf(plan, bins_min), widths, count);
-    const bool fits =
-        bytes <= double(availableMemory()) && count <= quint64(std::numeric_limits<qint32>::max());
+    const bool fits = hasMemoryFor(bytes) && count <= quint64(std::numeric_limits<qint32>::max());
     try {
         if (fits) {
             periods.resize(count);
