@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -233,49 +234,62 @@ ZRT_INLINE void leafRows(const float *series, std::int64_t bins, float *out)
         leafVector<Lanes, Rows, false>(series, at - bins, bins, stride, out + at);
 }
 
-/// Turns `Lanes` rows into a tile in which one vector holds the same bin of every row:
-/// tile[bin][row].
+/// Turns bins `bin` to `bin` + 3 of `Lanes` rows into vectors of a tile, which hold the same bin
+/// of every row: tile[bin][row].
 template <int Lanes>
-ZRT_INLINE void transposeRows(const float *rows, int bins, float *tile)
+ZRT_INLINE void transposeBins(const float *rows, std::int64_t stride, std::int64_t bin, float *tile)
 {
-    const std::int64_t stride = vectorsPerRow(bins, Lanes) * Lanes;
-    for (std::int64_t bin = 0; bin < bins; bin += 4) {
-        for (int r = 0; r < Lanes; r += 4) {
-            const float *const from = rows + r * stride + bin;
-            const Quad a = load<Quad>(from);
-            const Quad b = load<Quad>(from + stride);
-            const Quad c = load<Quad>(from + 2 * stride);
-            const Quad d = load<Quad>(from + 3 * stride);
-            const Quad ab01 = __builtin_shufflevector(a, b, 0, 4, 1, 5);
-            const Quad ab23 = __builtin_shufflevector(a, b, 2, 6, 3, 7);
-            const Quad cd01 = __builtin_shufflevector(c, d, 0, 4, 1, 5);
-            const Quad cd23 = __builtin_shufflevector(c, d, 2, 6, 3, 7);
-            float *const to = tile + bin * Lanes + r;
-            store<Quad>(to, __builtin_shufflevector(ab01, cd01, 0, 1, 4, 5));
-            store<Quad>(to + Lanes, __builtin_shufflevector(ab01, cd01, 2, 3, 6, 7));
-            store<Quad>(to + 2 * Lanes, __builtin_shufflevector(ab23, cd23, 0, 1, 4, 5));
-            store<Quad>(to + 3 * Lanes, __builtin_shufflevector(ab23, cd23, 2, 3, 6, 7));
-        }
+    for (int r = 0; r < Lanes; r += 4) {
+        const float *const from = rows + r * stride + bin;
+        const Quad a = load<Quad>(from);
+        const Quad b = load<Quad>(from + stride);
+        const Quad c = load<Quad>(from + 2 * stride);
+        const Quad d = load<Quad>(from + 3 * stride);
+        const Quad ab01 = __builtin_shufflevector(a, b, 0, 4, 1, 5);
+        const Quad ab23 = __builtin_shufflevector(a, b, 2, 6, 3, 7);
+        const Quad cd01 = __builtin_shufflevector(c, d, 0, 4, 1, 5);
+        const Quad cd23 = __builtin_shufflevector(c, d, 2, 6, 3, 7);
+        float *const to = tile + bin * Lanes + r;
+        store<Quad>(to, __builtin_shufflevector(ab01, cd01, 0, 1, 4, 5));
+        store<Quad>(to + Lanes, __builtin_shufflevector(ab01, cd01, 2, 3, 6, 7));
+        store<Quad>(to + 2 * Lanes, __builtin_shufflevector(ab23, cd23, 0, 1, 4, 5));
+        store<Quad>(to + 3 * Lanes, __builtin_shufflevector(ab23, cd23, 2, 3, 6, 7));
     }
 }
 
-/// circularPrefixSum() of every row of a tile, in place; `extra` vectors beyond the bins, at
-/// most as many again.
+/// circularPrefixSum() of `Lanes` rows, side by side as a tile; `extra` vectors beyond the bins,
+/// at most as many again.
+///
+/// The sums wait for each other; turning the rows, some bins ahead, fills that time.
 template <int Lanes>
-ZRT_INLINE void prefixSums(float *tile, std::int64_t bins, std::int64_t extra)
+ZRT_INLINE void prefixSums(const float *rows, std::int64_t bins, std::int64_t extra, float *tile)
 {
     using Types = VectorTypes<Lanes>;
     using Floats = typename Types::Floats;
     using Half = typename Types::Half;
+    constexpr std::int64_t ahead = 16; // bins; what was stored in quarters can be read whole
+    const std::int64_t stride = vectorsPerRow(bins, Lanes) * Lanes;
     typename Types::HalfDoubles low = {};
     typename Types::HalfDoubles high = {};
-    for (std::int64_t i = 0; i < bins; ++i) {
+    const auto sumBin = [&](std::int64_t i) __attribute__((always_inline))
+    {
         float *const at = tile + i * Lanes;
         low += Types::widen(load<Half>(at));
         high += Types::widen(load<Half>(at + Lanes / 2));
         store(at, Types::narrow(low));
         store(at + Lanes / 2, Types::narrow(high));
+    };
+    std::int64_t bin = 0;
+    for (; bin < std::min(ahead, bins); bin += 4)
+        transposeBins<Lanes>(rows, stride, bin, tile);
+    std::int64_t summed = 0;
+    for (; bin < bins; bin += 4) {
+        transposeBins<Lanes>(rows, stride, bin, tile);
+        for (const std::int64_t end = summed + 4; summed < end; ++summed)
+            sumBin(summed);
     }
+    for (; summed < bins; ++summed)
+        sumBin(summed);
     const Floats total = load<Floats>(tile + (bins - 1) * Lanes);
     for (std::int64_t i = 0; i < extra; ++i)
         store<Floats>(tile + (bins + i) * Lanes, load<Floats>(tile + i * Lanes) + total);

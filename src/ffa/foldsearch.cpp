@@ -61,8 +61,7 @@ ZRT_INLINE void leafOfRows(const float *series, int rows, int bins, float *out)
 template <int L>
 ZRT_INLINE void tileOfRows(const TileTask &task, int rows, float *snr)
 {
-    Kernels::transposeRows<L>(task.rowMajor, task.bins, task.tile);
-    Kernels::prefixSums<L>(task.tile, task.bins, task.widest);
+    Kernels::prefixSums<L>(task.rowMajor, task.bins, task.widest, task.tile);
     Kernels::tileSnr<L>(task.tile, task.bins, task.widths, task.nwidths, task.stdnoise, task.rises,
                         rows, snr);
 }
