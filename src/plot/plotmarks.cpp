@@ -296,8 +296,9 @@ std::vector<Harmonic> harmonicsInSight(const PlotData &data, const View &view, d
             harmonics.push_back({1, place(1)});
         return harmonics;
     }
-    for (double number = first; number <= last; ++number)
-        harmonics.push_back({int(number), place(number)});
+    if (last >= first)
+        for (int number = int(first); number <= int(last); ++number)
+            harmonics.push_back({number, place(number)});
     return harmonics;
 }
 

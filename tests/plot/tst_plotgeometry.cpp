@@ -1,5 +1,6 @@
 #include "plot/plotgeometry.h"
 
+#include "plot/plotmarks.h"
 #include "plot/straightplot.h"
 #include "support/testmain.h"
 
@@ -167,6 +168,28 @@ void TestPlotGeometry::workedByHand_data()
         "67,370 12:10:52.21; 21");
     add("value on an uneven falling axis",
         QString::number(Plot::axisIndex({"period", "s", 0, 1, {8, 4, 2, 1}}, 3)), "1.5");
+
+    PlotData spectrum = ranged(0, 8);
+    spectrum.graphs = {std::vector<float>(100, 1.0F)};
+    spectrum.graphs[0][20] = 5;
+    spectrum.x = {"frequency", "Hz", 0, 0.5, {}};
+    const auto harmonics = [&](const Plot::Zoom &zoom, double fundamental) {
+        QString text;
+        const Plot::View inSight = Plot::viewOf(spectrum, usualSize, zoom);
+        for (const auto &[number, x] : Plot::harmonicsInSight(spectrum, inSight, fundamental))
+            text += QString("%1 at %2, ").arg(number).arg(x);
+        return text;
+    };
+    add("harmonics up to the last line", harmonics({}, 10),
+        "1 at 180, 2 at 300, 3 at 420, 4 at 540, ");
+    add("harmonics in sight", harmonics({Plot::Range{30, 70}, {}}, 10), "2 at 210, 3 at 510, ");
+    add("harmonics too close together", harmonics({}, 0.01), "1 at 60.12, ");
+    add("highest line near the pointer", QString::number(Plot::peakFrequency(spectrum, 21.7, 2)),
+        "10");
+    Plot::Marks marks;
+    marks.cursors = {Plot::Cursor{0, 20}, Plot::Cursor{0, 28}};
+    add("both cursors", Plot::cursorTexts(spectrum, marks).join("|"),
+        "1:  10.00 Hz,  5      2:  14.00 Hz,  1|2 - 1:  4.00 Hz,  -4      1 / (2 - 1):  0.25 s");
 
     data.msPerPoint = 12.4928;
     data.beginTime = QDateTime(QDate(2015, 4, 1), QTime(12, 0), Qt::UTC);
