@@ -44,9 +44,9 @@ void addAxis(const PulsarAxis &axis, std::vector<HeaderLine> &lines)
 
 Column axisColumn(const PulsarAxis &axis, int rows)
 {
-    std::vector<double> values;
+    auto values = std::vector<double>(std::size_t(rows));
     for (int row = 0; row < rows; ++row)
-        values.push_back(axis.first + row * axis.step);
+        values[std::size_t(row)] = axis.first + row * axis.step;
     return {nameOf(axis.kind).name, nameOf(axis.kind).unit, values};
 }
 

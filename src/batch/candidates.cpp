@@ -182,6 +182,7 @@ Failure mergeCandidates(const QStringList &inputs, const MergeRequest &request)
                      {"only_base", request.onlyBase ? "yes" : "no"},
                      {"tables", QString::number(tables)}};
     table.columns = candidateColumns(candidates, true);
+    removeAbandoned({request.output});
     return writeTogether({{request.output, table.toBytes(request.format)}});
 }
 

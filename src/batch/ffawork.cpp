@@ -17,6 +17,10 @@ namespace Batch {
 
 namespace {
 
+// A recording stands in the file point by point, so that every reading passes through all of it:
+// as many rays are read at once as take this much memory.
+constexpr qint64 memoryAtOnce = qint64(1) << 30;
+
 // One search of a recording.
 struct Search {
     int module = 1;
@@ -24,11 +28,39 @@ struct Search {
     double dispersion = 0;
 };
 
-std::vector<int> chosenOrAll(const std::vector<int> &chosen, int count)
+// In ascending order, each once.
+std::vector<int> chosenOrAll(std::vector<int> chosen, int count)
 {
-    std::vector<int> all(std::size_t(std::max(count, 0)));
-    std::iota(all.begin(), all.end(), 1);
-    return chosen.empty() ? all : chosen;
+    if (chosen.empty()) {
+        chosen.resize(std::size_t(std::max(count, 0)));
+        std::iota(chosen.begin(), chosen.end(), 1);
+    }
+    std::sort(chosen.begin(), chosen.end());
+    chosen.erase(std::unique(chosen.begin(), chosen.end()), chosen.end());
+    return chosen;
+}
+
+// The rays of all searches in groups that are read at once.
+std::vector<RaySelection> groupsOf(const RaySelection &all, qint64 bytesOfRay)
+{
+    const qint64 most = std::max<qint64>(1, memoryAtOnce / std::max<qint64>(1, bytesOfRay));
+    if (all.count() <= most)
+        return {all};
+    std::vector<RaySelection> groups;
+    for (const int module : all.modules) {
+        for (std::size_t ray = 0; ray < all.rays.size(); ray += std::size_t(most)) {
+            const std::size_t end = std::min(all.rays.size(), ray + std::size_t(most));
+            groups.push_back(
+                {{module},
+                 {all.rays.begin() + std::ptrdiff_t(ray), all.rays.begin() + std::ptrdiff_t(end)}});
+        }
+    }
+    return groups;
+}
+
+RaySelection selectionOf(const FfaRequest &request, const ObservationData &header)
+{
+    return {chosenOrAll(request.modules, header.modules), chosenOrAll(request.rays, header.rays)};
 }
 
 std::vector<double> dispersionsOf(const FfaRequest &request, const ObservationData &header)
@@ -112,20 +144,16 @@ public:
     Failure run(TableResult &result)
     {
         const ObservationData &header = file.header();
-        const std::vector<int> modules = chosenOrAll(request.modules, header.modules);
-        const std::vector<int> rays = chosenOrAll(request.rays, header.rays);
+        const RaySelection all = selectionOf(request, header);
         const std::vector<double> dispersions = dispersionsOf(request, header);
-        count = int(modules.size() * rays.size() * dispersions.size());
-        for (const int module : modules) {
-            for (const int ray : rays) {
-                if (const Failure failure = findRay(file, module, ray))
+        count = all.count() * int(dispersions.size());
+        for (const int module : {all.modules.front(), all.modules.back()})
+            for (const int ray : {all.rays.front(), all.rays.back()})
+                if (Failure failure = findRay(file, module, ray))
                     return failure;
-                std::vector<Candidate> ofRay;
-                if (const Failure failure = searchRay(module, ray, dispersions, ofRay, result))
-                    return failure;
-                const std::vector<Candidate> strongest = strongestOfDispersions(ofRay, length);
-                candidates.insert(candidates.end(), strongest.begin(), strongest.end());
-            }
+        for (const RaySelection &group : groupsOf(all, memoryOfRay(file, header.npoints))) {
+            if (Failure failure = searchGroup(group, dispersions, result))
+                return failure;
         }
         sortCandidates(candidates);
         describe(dispersions.front(), result.table);
@@ -134,17 +162,25 @@ public:
     }
 
 private:
-    Failure searchRay(int module, int ray, const std::vector<double> &dispersions,
-                      std::vector<Candidate> &found, TableResult &result)
+    Failure searchGroup(const RaySelection &group, const std::vector<double> &dispersions,
+                        TableResult &result)
     {
         ObservationData data;
-        if (const Failure failure =
-                readRay(file, module, ray, 0, file.header().npoints, control, data))
+        if (Failure failure = readRays(file, group, 0, file.header().npoints, control, data))
             return failure;
-        for (const double dispersion : dispersions) {
-            if (const Failure failure = search(data, {module, ray, dispersion}, found, result))
-                return failure;
-            ++done;
+        for (std::size_t module = 0; module < group.modules.size(); ++module) {
+            for (std::size_t ray = 0; ray < group.rays.size(); ++ray) {
+                std::vector<Candidate> ofRay;
+                for (const double dispersion : dispersions) {
+                    const Search selected = {group.modules[module], group.rays[ray], dispersion};
+                    const Place place = {int(module) + 1, int(ray) + 1};
+                    if (Failure failure = search(data, place, selected, ofRay, result))
+                        return failure;
+                    ++done;
+                }
+                const std::vector<Candidate> strongest = strongestOfDispersions(ofRay, length);
+                candidates.insert(candidates.end(), strongest.begin(), strongest.end());
+            }
         }
         return {};
     }
@@ -155,10 +191,18 @@ private:
         return !control.isStopped();
     }
 
-    Failure search(const ObservationData &data, const Search &selected,
+    // Where a ray stands in the record that was read, from 1.
+    struct Place {
+        int module = 1;
+        int ray = 1;
+    };
+
+    Failure search(const ObservationData &data, const Place &place, const Search &selected,
                    std::vector<Candidate> &found, TableResult &result)
     {
-        const PulsarParameters parameters = parametersOf(request, data, selected.dispersion);
+        PulsarParameters parameters = parametersOf(request, data, selected.dispersion);
+        parameters.module = place.module;
+        parameters.ray = place.ray;
         PulsarCalculate calculate(data, parameters);
         QObject::connect(&calculate, &PulsarCalculate::progress, &calculate, [&](int percent) {
             if (!showProgress(percent * 9 / 10))
@@ -324,8 +368,10 @@ qint64 memoryOf(const FfaRequest &request, const RecordingFile &file)
         points > 0 ? Tools::estimateFfa(parameters.ffa, points, header.tresolution).bytes : 0;
     // Copies of the series, of doubles and of floats.
     const qint64 series = 5 * qint64(sizeof(double)) * std::max(points, 0);
-    const qint64 rays = memoryOfRay(file, header.npoints) * (request.deleteStep ? 2 : 1);
-    return rays + series + qint64(std::clamp(search, 0.0, 1e18));
+    const qint64 ray = memoryOfRay(file, header.npoints);
+    const RaySelection group = groupsOf(selectionOf(request, header), ray).front();
+    return ray * (group.count() + (request.deleteStep ? 1 : 0)) + series +
+           qint64(std::clamp(search, 0.0, 1e18));
 }
 
 } // namespace

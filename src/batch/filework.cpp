@@ -76,7 +76,7 @@ bool isResultFile(const QString &path)
 Failure recordingToText(const QString &input, const QString &output, const Control &control)
 {
     RecordingFile file;
-    if (const Failure failure = openRecordingFile(file, input, control))
+    if (Failure failure = openRecordingFile(file, input, control))
         return failure;
     SampleReadingHooks hooks;
     hooks.keepAlive = [&control] { return !control.isStopped(); };
@@ -131,9 +131,9 @@ Failure exportFilterbank(const ExportRequest &request, RecordingFile &file, cons
                                           double(order.size() - 1)
                                     : -1;
     OutputWriter writer;
-    if (const Failure failure = writer.open(path))
+    if (Failure failure = writer.open(path))
         return failure;
-    if (const Failure failure = writer.write(filterbankBytes(fil)))
+    if (Failure failure = writer.write(filterbankBytes(fil)))
         return failure;
 
     std::vector<float> row(std::size_t(blockPoints) * order.size());
@@ -157,8 +157,8 @@ Failure exportFilterbank(const ExportRequest &request, RecordingFile &file, cons
         }
         const qint64 count = qint64(stretch.count) * qint64(order.size());
         qToLittleEndian<quint32>(row.data(), count, row.data());
-        if (const Failure failure = writer.write(reinterpret_cast<const char *>(row.data()),
-                                                 count * qint64(sizeof(float))))
+        if (Failure failure = writer.write(reinterpret_cast<const char *>(row.data()),
+                                           count * qint64(sizeof(float))))
             return failure;
         control.progress(int(100 * (qint64(first) + stretch.count) / header.npoints));
     }
@@ -290,7 +290,7 @@ void convertSample(const char *bytes, const FilterbankHeader &fil, float *values
 Failure importFilterbank(const QString &input, const QString &output, const Control &control)
 {
     QFile file(input);
-    if (const Failure failure = openInput(file))
+    if (Failure failure = openInput(file))
         return failure;
     FilterbankHeader fil;
     if (const QString problem = readFilterbank(file, fil); !problem.isEmpty())
@@ -305,9 +305,9 @@ Failure importFilterbank(const QString &input, const QString &output, const Cont
         control.remark(QString("%1: the last sample is not whole and was left out.").arg(input));
 
     OutputWriter writer;
-    if (const Failure failure = writer.open(output))
+    if (Failure failure = writer.open(output))
         return failure;
-    if (const Failure failure = writer.write(importedPassport(fil, int(npoints))))
+    if (Failure failure = writer.write(importedPassport(fil, int(npoints))))
         return failure;
     const qint64 valuesPerPoint = qint64(fil.channels) + 1;
     const qint64 step = std::clamp<qint64>(mostImportBlock / (valuesPerPoint * 4), 1, blockPoints);
@@ -325,8 +325,8 @@ Failure importFilterbank(const QString &input, const QString &output, const Cont
                           values.data() + i * valuesPerPoint);
         const qint64 all = count * valuesPerPoint;
         qToLittleEndian<quint32>(values.data(), all, values.data());
-        if (const Failure failure = writer.write(reinterpret_cast<const char *>(values.data()),
-                                                 all * qint64(sizeof(float))))
+        if (Failure failure = writer.write(reinterpret_cast<const char *>(values.data()),
+                                           all * qint64(sizeof(float))))
             return failure;
         control.progress(int(100 * (first + count) / npoints));
     }
@@ -354,9 +354,9 @@ Work textWork(const OutputOptions &output)
         // Makes the folder, and tells of one that cannot be written to.
         OutputWriter probe;
         QFile file(input);
-        if (const Failure failure = openInput(file))
+        if (Failure failure = openInput(file))
             return failure;
-        if (const Failure failure = probe.open(path))
+        if (Failure failure = probe.open(path))
             return failure;
         if (!isResultFile(input))
             return recordingToText(input, path, control);
@@ -378,7 +378,7 @@ Work plotWork(const OutputOptions &output)
     Work work = plainWork("plot", outputs);
     work.run = [outputs, output](const QString &input, const Control &control) -> Failure {
         QFile file(input);
-        if (const Failure failure = openInput(file))
+        if (Failure failure = openInput(file))
             return failure;
         const ReadTable read = file.size() > largestResult ? ReadTable{{}, "it is too long"}
                                                            : readTable(file.readAll());
@@ -407,9 +407,9 @@ Work exportWork(const ExportRequest &request)
     };
     work.run = [request, outputs](const QString &input, const Control &control) {
         RecordingFile file;
-        if (const Failure failure = openRecordingFile(file, input, control))
+        if (Failure failure = openRecordingFile(file, input, control))
             return failure;
-        if (const Failure failure = findRay(file, request.module, request.ray))
+        if (Failure failure = findRay(file, request.module, request.ray))
             return failure;
         const QStringList paths = outputs(input);
         return request.kind == "fil" ? exportFilterbank(request, file, paths[0], control)

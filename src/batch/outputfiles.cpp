@@ -3,7 +3,9 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QMap>
 #include <QSaveFile>
+#include <QSet>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -53,7 +55,6 @@ Failure OutputWriter::open(const QString &path)
     const QString folder = QFileInfo(path).absolutePath();
     if (!QDir().mkpath(folder))
         return cannotCreate(path, QString("the folder %1 cannot be made").arg(folder));
-    removeAbandoned(path);
     file = std::make_unique<QSaveFile>(path);
     // Unbuffered, so that the system's reason of a failure is that of the write.
     if (!file->open(QIODevice::WriteOnly | QIODevice::Unbuffered))
@@ -83,7 +84,7 @@ Failure OutputWriter::flush()
 
 Failure OutputWriter::commit()
 {
-    if (const Failure failure = flush())
+    if (Failure failure = flush())
         return failure;
     if (!file->commit())
         return cannotWrite(file->fileName(), file->errorString());
@@ -91,22 +92,25 @@ Failure OutputWriter::commit()
     return {};
 }
 
-void removeAbandoned(const QString &path)
+void removeAbandoned(const QStringList &paths)
 {
-    const QFileInfo info(path);
-    const QDir folder = info.absoluteDir();
-    // The six letters that a file being saved has behind its name.
-    const QStringList names = folder.entryList({info.fileName() + ".??????"}, QDir::Files);
-    for (const QString &name : names) {
-        if (name.mid(info.fileName().size() + 1).contains('.'))
-            continue;
-        const QByteArray file = QFile::encodeName(folder.filePath(name));
-        const int handle = open(file.constData(), O_RDWR);
-        if (handle < 0)
-            continue;
-        if (flock(handle, LOCK_EX | LOCK_NB) == 0)
-            unlink(file.constData());
-        close(handle);
+    constexpr int randomLetters = 6; // behind the name of a file being saved
+    QMap<QString, QSet<QString>> namesByFolder;
+    for (const QString &path : paths)
+        namesByFolder[QFileInfo(path).absolutePath()].insert(QFileInfo(path).fileName());
+    for (auto folder = namesByFolder.begin(); folder != namesByFolder.end(); ++folder) {
+        for (const QString &name : QDir(folder.key()).entryList(QDir::Files)) {
+            const int point = name.size() - randomLetters - 1;
+            if (point < 1 || name[point] != '.' || !folder->contains(name.left(point)))
+                continue;
+            const QByteArray file = QFile::encodeName(folder.key() + "/" + name);
+            const int handle = open(file.constData(), O_RDWR);
+            if (handle < 0)
+                continue;
+            if (flock(handle, LOCK_EX | LOCK_NB) == 0)
+                unlink(file.constData());
+            close(handle);
+        }
     }
 }
 
@@ -114,17 +118,17 @@ Failure writeTogether(const std::vector<OutputFile> &files)
 {
     std::vector<OutputWriter> writers(files.size());
     for (std::size_t i = 0; i < files.size(); ++i) {
-        if (const Failure failure = writers[i].open(files[i].path))
+        if (Failure failure = writers[i].open(files[i].path))
             return failure;
-        if (const Failure failure = writers[i].write(files[i].bytes))
+        if (Failure failure = writers[i].write(files[i].bytes))
             return failure;
-        if (const Failure failure = writers[i].flush())
+        if (Failure failure = writers[i].flush())
             return failure;
     }
     if (files.size() > 1)
         QFile::remove(files.back().path);
     for (OutputWriter &writer : writers) {
-        if (const Failure failure = writer.commit())
+        if (Failure failure = writer.commit())
             return failure;
     }
     return {};

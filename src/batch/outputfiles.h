@@ -4,14 +4,14 @@
 
 #include <QByteArray>
 #include <QSaveFile>
+#include <QStringList>
 #include <memory>
 #include <vector>
 
 namespace Batch {
 
 /// One file that is written piece by piece and appears whole or not at all: under a temporary
-/// name in its folder until commit(). Its folder is made where it is missing; what killed runs
-/// left behind of it is removed.
+/// name in its folder until commit(). Its folder is made where it is missing.
 class OutputWriter {
 public:
     Failure open(const QString &path);
@@ -36,8 +36,8 @@ struct OutputFile {
 /// there: an older one of its name goes before the first new file comes.
 Failure writeTogether(const std::vector<OutputFile> &files);
 
-/// Removes what killed runs left behind of a file that was written under a temporary name
-/// beside it. Files that a living process still writes are kept.
-void removeAbandoned(const QString &path);
+/// Removes what killed runs left behind of files that were written under temporary names beside
+/// them. What a living process still writes is kept. Looks into each folder once.
+void removeAbandoned(const QStringList &paths);
 
 } // namespace Batch

@@ -179,7 +179,7 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
 {
     PulsarRequest work = request;
     const ObservationData &header = file.header();
-    if (const Failure failure = findStart(work.parameters, file))
+    if (Failure failure = findStart(work.parameters, file))
         return failure;
     // A sum of another length has other limits, checked by itself.
     const Failure refused = work.sumLength > 0
@@ -190,8 +190,8 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
 
     ObservationData data;
     const PointRange range = neededPoints(work, header);
-    if (const Failure failure = readRay(file, work.parameters.module, work.parameters.ray,
-                                        range.first, range.end, control, data))
+    if (Failure failure = readRays(file, {{work.parameters.module}, {work.parameters.ray}},
+                                   range.first, range.end, control, data))
         return failure;
     control.progress(30);
 
@@ -206,7 +206,7 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
     });
     PulsarResult ownResult;
     if (work.sumLength > 0) {
-        if (const Failure failure = sumOfLength(work, calculate, data, file.path(), ownResult))
+        if (Failure failure = sumOfLength(work, calculate, data, file.path(), ownResult))
             return failure;
     } else if (!calculate.run(work.action)) {
         if (calculate.wasCancelled())

@@ -54,15 +54,17 @@ Failure findRay(const RecordingFile &file, int module, int ray)
     return {};
 }
 
-Failure readRay(RecordingFile &file, int module, int ray, qint64 first, qint64 end,
-                const Control &control, ObservationData &data)
+Failure readRays(RecordingFile &file, const RaySelection &selection, qint64 first, qint64 end,
+                 const Control &control, ObservationData &data)
 {
     const qint64 npoints = file.header().npoints;
     Stretch stretch;
     stretch.first = int(std::clamp<qint64>(first, 0, npoints - 1));
     stretch.count = int(std::clamp<qint64>(end - stretch.first, 1, npoints - stretch.first));
-    stretch.modules = {module - 1};
-    stretch.rays = {ray - 1};
+    for (const int module : selection.modules)
+        stretch.modules.push_back(module - 1);
+    for (const int ray : selection.rays)
+        stretch.rays.push_back(ray - 1);
     const QString path = file.path();
     bool isSlow = false;
     SampleReadingHooks hooks;

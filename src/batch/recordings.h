@@ -14,15 +14,21 @@ Failure openRecordingFile(RecordingFile &file, const QString &path, const Contro
 /// Whether a recording has that module and ray, both from 1.
 Failure findRay(const RecordingFile &file, int module, int ray);
 
-/// Reads one ray of one module, the points from `first` on and before `end`, as far as they are
-/// in the recording. The record has one module and one ray and is as long as the recording;
-/// what was not read is 0.
-///
-/// @param module, ray  from 1, in the recording
-Failure readRay(RecordingFile &file, int module, int ray, qint64 first, qint64 end,
-                const Control &control, ObservationData &data);
+/// Rays of modules, each list ascending, from 1.
+struct RaySelection {
+    std::vector<int> modules;
+    std::vector<int> rays;
 
-/// Bytes that readRay() takes for so many points.
+    int count() const { return int(modules.size() * rays.size()); }
+};
+
+/// Reads rays that are in the recording, the points from `first` on and before `end`, as far as
+/// they are in it. The record has the chosen modules and rays only and is as long as the
+/// recording; what was not read is 0.
+Failure readRays(RecordingFile &file, const RaySelection &selection, qint64 first, qint64 end,
+                 const Control &control, ObservationData &data);
+
+/// Bytes that readRays() takes for one ray and so many points.
 qint64 memoryOfRay(const RecordingFile &file, qint64 points);
 
 /// Which program, which command, which file with its size and its time of change (UTC).

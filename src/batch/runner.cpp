@@ -95,7 +95,7 @@ public:
 
     ExitCode go()
     {
-        if (const Failure failure = lines.open(options.jsonPath)) {
+        if (Failure failure = lines.open(options.jsonPath)) {
             printError(failure.text);
             return failure.code;
         }
@@ -254,8 +254,9 @@ private:
     MemoryGate gate;
 };
 
-// Inputs of one name from different folders would overwrite each other's results.
-Failure refuseSameOutputs(const Work &work, const QStringList &inputs)
+// Inputs of one name from different folders would overwrite each other's results. What killed
+// runs left behind of the outputs is removed.
+Failure prepareOutputs(const Work &work, const QStringList &inputs)
 {
     QHash<QString, QString> inputOf;
     for (const QString &input : inputs) {
@@ -269,6 +270,7 @@ Failure refuseSameOutputs(const Work &work, const QStringList &inputs)
             inputOf[output] = input;
         }
     }
+    removeAbandoned(inputOf.keys());
     return {};
 }
 
@@ -286,7 +288,7 @@ int jobCount()
 
 ExitCode runWork(const Work &work, const QStringList &inputs, const RunOptions &options)
 {
-    if (const Failure failure = refuseSameOutputs(work, inputs)) {
+    if (Failure failure = prepareOutputs(work, inputs)) {
         printError(failure.text);
         return failure.code;
     }

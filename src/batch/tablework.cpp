@@ -47,11 +47,11 @@ bool isDone(const TableRequest &request, const QString &input)
 Failure makeTable(const TableRequest &request, const QString &input, const Control &control)
 {
     RecordingFile file;
-    if (const Failure failure = openRecordingFile(file, input, control))
+    if (Failure failure = openRecordingFile(file, input, control))
         return failure;
     TableResult result;
     result.table.request = requestOf(request, input);
-    if (const Failure failure = request.fill(file, control, result))
+    if (Failure failure = request.fill(file, control, result))
         return failure;
     if (control.isStopped())
         return {ExitCode::TryLater, "Stopped."};

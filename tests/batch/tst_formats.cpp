@@ -1,5 +1,6 @@
 #include "batch/candidates.h"
 #include "batch/filterbank.h"
+#include "data/numberfile.h"
 #include "support/testmain.h"
 
 #include <QBuffer>
@@ -58,7 +59,18 @@ void TestFormats::tablesComeBack()
         QVERIFY(read.table.columns[1].values == table.columns[1].values);
         QVERIFY(read.table.columns[2].values == table.columns[2].values);
     }
-    QCOMPARE(readTable(bytes.left(bytes.size() - 2)).problem.isEmpty(), false);
+    QVERIFY(!readTable(bytes.left(bytes.size() - 2)).problem.isEmpty());
+
+    // "Show arrays" of the workbench opens a series as a curve.
+    if (!isSeries || format != int(Format::Text))
+        return;
+    QTemporaryFile file;
+    QVERIFY(file.open() && file.write(bytes) == bytes.size() && file.flush());
+    const NumberFile shown = Tools::readNumberFile(file.fileName());
+    QCOMPARE(shown.error, QString());
+    QVERIFY(shown.rowsAreSeries);
+    QCOMPARE(shown.table.rows(), qint64(1));
+    QCOMPARE(float(shown.table.at(0, 2)), 16777217.0F);
 }
 
 void TestFormats::onePeriodAtSeveralDispersions()

@@ -316,7 +316,8 @@ void TestProgram::presetsAreThoseOfTheForm()
 // the last byte, no other file, and every recording once in the log.
 void TestProgram::killedRunsGoOn()
 {
-    const QStringList command = {"native", "--ray", "1", "--first-point", "0", "--plot", "png"};
+    const QStringList command = {"native", "--ray", "1",      "--first-point", "0",
+                                 "--plot", "png",   "--size", "200x150"};
     QCOMPARE(run(command + QStringList{"--jobs", "1", "-o", "undisturbed", "many"}).code, 0);
 
     QByteArray reversed;
