@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 
 #include "app/directoryof.h"
+#include "app/recentbutton.h"
 #include "app/settings.h"
 #include "app/timedprogressbar.h"
 #include "forms/arrays/arraysdirform.h"
@@ -23,7 +24,6 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QTimer>
-#include <QToolButton>
 #include <QUrl>
 #include <utility>
 
@@ -52,7 +52,9 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent), ui(new Ui::MainWi
     progressBar->setRange(0, 100);
     ui->statusbar->addWidget(progressBar, 1);
     progressBar->hide();
-    addRecentButton();
+    recent = new RecentButton;
+    connect(recent, &RecentButton::chosen, this, &MainWindow::open);
+    ui->statusbar->addPermanentWidget(recent);
     setAcceptDrops(true);
     qApp->installEventFilter(this);
 
@@ -130,11 +132,10 @@ QString MainWindow::ask(const std::function<QString(const QString &startPath)> &
     if (path.isEmpty())
         return {};
     settings->setLastOpenPath(directoryOf(path));
-    tookPath = true;
+    takenPath = path;
     if (command) {
         lastCommand = command;
-        recent.add({path, command->objectName()});
-        recentButton->setEnabled(true);
+        recent->add(path, command);
     }
     return path;
 }
@@ -168,9 +169,11 @@ void MainWindow::openDirectory(const QString &caption)
         new Form(path, this);
 }
 
-// Opens without asking.
+// Opens without asking. Not while a loop of the form is on the stack.
 void MainWindow::open(QAction *command, const QString &path)
 {
+    if (!ui->menubar->isEnabled())
+        return;
     givenPath = path;
     command->trigger();
     givenPath.clear();
@@ -191,9 +194,7 @@ QAction *MainWindow::viewerOf(const QString &path) const
 
 void MainWindow::repeatCommand()
 {
-    QAction *command = lastCommand;
-    if (!command && !recent.entries().isEmpty())
-        command = findChild<QAction *>(recent.entries().first().command);
+    QAction *command = lastCommand ? lastCommand.data() : recent->lastCommand();
     if (!command || !command->isEnabled())
         command = viewerOf({});
     command->trigger();
@@ -208,21 +209,19 @@ QWidget *MainWindow::shownForm() const
 // Called after the slot of every command.
 void MainWindow::rememberForm()
 {
-    const bool wasGivenPath = std::exchange(tookPath, false);
+    const QString path = std::exchange(takenPath, {});
     if (commandForm && shownForm() == commandForm)
         return;
     commandForm = shownForm();
-    formCommand = wasGivenPath ? qobject_cast<QAction *>(sender()) : nullptr;
+    formCommand = path.isEmpty() ? nullptr : qobject_cast<QAction *>(sender());
+    formTakesDirectory = QFileInfo(path).isDir();
 }
 
 void MainWindow::openDropped(const QString &path)
 {
-    QAction *command = viewerOf(path);
-    const bool isDirectoryForm = formCommand && formCommand->objectName().contains("Dir");
-    if (formCommand && commandForm && commandForm == shownForm() &&
-        isDirectoryForm == QFileInfo(path).isDir())
-        command = formCommand;
-    open(command, path);
+    const bool formTakesIt = formCommand && commandForm && commandForm == shownForm() &&
+                             formTakesDirectory == QFileInfo(path).isDir();
+    open(formTakesIt ? formCommand.data() : viewerOf(path), path);
 }
 
 bool MainWindow::eventFilter(QObject *watched, QEvent *event)
@@ -242,55 +241,6 @@ bool MainWindow::eventFilter(QObject *watched, QEvent *event)
     if (event->type() == QEvent::Drop)
         QTimer::singleShot(0, this, [this, path = urls[0].toLocalFile()] { openDropped(path); });
     return true;
-}
-
-void MainWindow::addRecentButton()
-{
-    recent.restore();
-    recentButton = new QToolButton;
-    recentButton->setObjectName("recentButton");
-    recentButton->setText("&Recent "); // with room for the arrow
-    recentButton->setToolTip("The last files with the command that opened them");
-    recentButton->setAutoRaise(true); // no higher than the status bar
-    recentButton->setPopupMode(QToolButton::InstantPopup);
-    recentButton->setMenu(new QMenu(recentButton));
-    recentButton->menu()->setToolTipsVisible(true);
-    recentButton->setEnabled(!recent.entries().isEmpty());
-    connect(recentButton->menu(), &QMenu::aboutToShow, this, &MainWindow::fillRecentMenu);
-    ui->statusbar->addPermanentWidget(recentButton);
-}
-
-void MainWindow::fillRecentMenu()
-{
-    QMenu *const menu = recentButton->menu();
-    menu->clear();
-    int number = 0;
-    for (const RecentFiles::Entry &entry : recent.entries()) {
-        auto *const command = findChild<QAction *>(entry.command);
-        if (!command)
-            continue;
-        const QFileInfo info(entry.path);
-        QString text = QString("%1   %2").arg(info.fileName(), titleOf(command));
-        text.replace("&", "&&");
-        if (++number < 10) // the key that chooses it
-            text.prepend(QString("&%1 ").arg(number));
-        QAction *const item = menu->addAction(info.exists() ? text : text + " - missing");
-        item->setToolTip(QDir::toNativeSeparators(entry.path));
-        item->setEnabled(info.exists() && command->isEnabled());
-        connect(item, &QAction::triggered, this,
-                [this, command, path = entry.path] { open(command, path); });
-    }
-}
-
-// "Native data - Fourier"
-QString MainWindow::titleOf(const QAction *command) const
-{
-    const QList<QMenu *> menus = ui->menubar->findChildren<QMenu *>();
-    for (const QMenu *menu : menus) {
-        if (menu->actions().contains(const_cast<QAction *>(command)))
-            return menu->title() + " - " + command->text();
-    }
-    return command->text();
 }
 
 void MainWindow::openFileShowNative()

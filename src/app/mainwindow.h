@@ -1,7 +1,5 @@
 #pragma once
 
-#include "app/recentfiles.h"
-
 #include <QMainWindow>
 #include <QPointer>
 #include <functional>
@@ -10,7 +8,7 @@
 class QAction;
 class QClipboard;
 class QProgressBar;
-class QToolButton;
+class RecentButton;
 namespace Ui {
 class MainWindow;
 }
@@ -84,9 +82,6 @@ private:
     template <typename Form>
     void openDirectory(const QString &caption);
     void connectActions();
-    void addRecentButton();
-    void fillRecentMenu();
-    QString titleOf(const QAction *command) const;
     QAction *viewerOf(const QString &path) const;
     void open(QAction *command, const QString &path);
     void openDropped(const QString &path);
@@ -99,12 +94,12 @@ private:
     QProgressBar *progressBar = nullptr;
     QClipboard *clipboard = nullptr;
 
-    RecentFiles recent;
-    QToolButton *recentButton = nullptr;
+    RecentButton *recent = nullptr;
     QString givenPath;             // taken by the next command in place of asking
     QPointer<QAction> lastCommand; // that was given a path
     // The form in the window, if a command with a path opened it.
     QPointer<QWidget> commandForm;
     QPointer<QAction> formCommand;
-    bool tookPath = false; // the command whose slot runs
+    bool formTakesDirectory = false;
+    QString takenPath; // by the command whose slot runs
 };

@@ -340,7 +340,7 @@ private:
         if (table.reserve(wanted))
             return true;
         file.error = QString("%1 is too large for this machine: its numbers take %2 MB, %3 MB are "
-                             "free.")
+                             "free. Cut the file into parts.")
                          .arg(path)
                          .arg(wanted * NumberTable::bytesPerNumber / megabyte)
                          .arg(availableMemory() / megabyte);

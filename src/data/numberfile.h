@@ -10,8 +10,9 @@
 /// Numbers in rows; the rows may differ in length.
 class NumberTable {
 public:
-    /// The number, and the end of its row.
-    static constexpr qint64 bytesPerNumber = 2 * sizeof(double);
+    /// Memory that a number takes until it is seen: here, in a curve, in what is drawn of that,
+    /// and in the copies that statistics sort.
+    static constexpr qint64 bytesPerNumber = 5 * sizeof(double);
 
     qint64 rows() const { return rowCount; }
     /// Numbers in the longest row.
