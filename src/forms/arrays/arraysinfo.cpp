@@ -15,7 +15,8 @@ namespace {
 
 constexpr int coordsLines = 3;
 constexpr int histogramBins = 100;
-constexpr int histogramHeight = 180;  // pixels
+constexpr int histogramHeight = 150;  // pixels
+constexpr int leastWidth = 260;       // pixels
 constexpr int mostTableColumns = 100; // curves with statistics
 constexpr int statisticsDelay = 50;   // ms
 
@@ -37,6 +38,7 @@ ArraysInfo::ArraysInfo(PulsarGrafik *grafik, QWidget *parent)
 {
     ui->setupUi(this);
     ui->histogram->setFixedHeight(histogramHeight);
+    ui->histogram->setMinimumWidth(leastWidth);
     ui->histogram->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     ui->coords->setMinimumHeight(ui->coords->fontMetrics().lineSpacing() * coordsLines);
     // The plot must not change its width with these texts.
