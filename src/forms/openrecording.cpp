@@ -1,11 +1,11 @@
 #include "forms/openrecording.h"
 
 #include "app/settings.h"
-#include "forms/pulsar/pulsarform.h"
+#include "forms/native/nativegrafik.h"
 
 void openRecording(const QString &path)
 {
     QWidget *const window = Settings::instance()->ui().centralwidget->window();
-    const auto open = [path, window] { new PulsarForm(path, window); };
+    const auto open = [path, window] { new NativeGrafik(path, 0, window); };
     QMetaObject::invokeMethod(window, open, Qt::QueuedConnection);
 }

@@ -1,7 +1,7 @@
-#include "app/lastvalues.h"
 #include "app/mainwindow.h"
 #include "app/settings.h"
 #include "app/timedprogressbar.h"
+#include "forms/pulsar/pulsarform.h"
 #include "support/messageboxcatcher.h"
 #include "support/recordings.h"
 #include "support/testmain.h"
@@ -114,9 +114,9 @@ void TestWindowHabits::drops()
 {
     const QString numbers = file("numbers.txt", "1\n2\n");
     const QString other = file("numbers.other", "1\n2\n");
-    QVERIFY2(dropOpens(window.get(), recording(), "PulsarForm"), "no form is open");
+    QVERIFY2(dropOpens(window.get(), recording(), "NativeGrafik"), "no form is open");
     // Fields would take the text of the address.
-    QVERIFY(dropOpens(window->findChild<QLineEdit *>("period"), recording(), "PulsarForm"));
+    QVERIFY(dropOpens(window->findChild<QLineEdit *>(), recording(), "NativeGrafik"));
     const TestSupport::MessageBoxCatcher catcher;
     QVERIFY(dropOnto(window.get(), numbers));
     QTRY_COMPARE(catcher.boxes().size(), 1); // the open form refuses it
@@ -125,7 +125,7 @@ void TestWindowHabits::drops()
     QVERIFY2(dropOpens(window.get(), other, "ArraysForm"), "into the open form");
     QVERIFY(dropOpens(window.get(), folder->path(), "ArraysDirForm"));
     window->findChild<QAction *>("actionCalculator")->trigger();
-    QVERIFY2(dropOpens(window.get(), recording(), "PulsarForm"), "the calculator takes no files");
+    QVERIFY2(dropOpens(window.get(), recording(), "NativeGrafik"), "the calculator takes none");
 }
 
 void TestWindowHabits::recentFiles()
@@ -135,13 +135,13 @@ void TestWindowHabits::recentFiles()
     const QString numbers = file("a&b.txt", "1\n2\n");
     QVERIFY(dropOpens(window.get(), numbers, "ArraysForm"));
     window->findChild<QAction *>("actionCalculator")->trigger();
-    QVERIFY(dropOpens(window.get(), recording(), "PulsarForm"));
+    QVERIFY(dropOpens(window.get(), recording(), "NativeGrafik"));
     window->findChild<QAction *>("actionCalculator")->trigger();
 
     window.reset();
     window = std::make_unique<MainWindow>(); // the next run
     QCOMPARE(recentItems().size(), 2);
-    QCOMPARE(recentItems()[0]->text(), QString("&1 x.pnt   Native data - Fourier"));
+    QCOMPARE(recentItems()[0]->text(), QString("&1 x.pnt   Native data - Show native"));
     QCOMPARE(recentItems()[1]->text(), QString("&2 a&&b.txt   Other - Show arrays - file"));
     recentItems()[1]->trigger();
     QVERIFY(shownForm()->inherits("ArraysForm"));
@@ -177,8 +177,7 @@ void TestWindowHabits::repeatedCommand()
 
 void TestWindowHabits::lastValues()
 {
-    QVERIFY(dropOpens(window.get(), recording(), "PulsarForm"));
-    const auto *form = shownForm();
+    const QWidget *form = new PulsarForm(recording(), window.get());
     const auto press = [&] { form->findChild<QPushButton *>("lastValues")->click(); };
     QVERIFY(!form->findChild<QPushButton *>("lastValues")->isEnabled());
     auto *const period = form->findChild<QLineEdit *>("period");
@@ -189,8 +188,7 @@ void TestWindowHabits::lastValues()
     form->findChild<QRadioButton *>("isZrtUtc")->setChecked(true);
     QCoreApplication::processEvents();
 
-    QVERIFY(dropOpens(window.get(), recording(), "PulsarForm"));
-    form = shownForm();
+    form = new PulsarForm(recording(), window.get());
     QCOMPARE(form->findChild<QLineEdit *>("period")->text(), QString("3.032"));
     const TestSupport::MessageBoxCatcher catcher;
     press();
