@@ -23,18 +23,20 @@ std::vector<float> toFloat(const std::vector<double> &series)
     return std::vector<float>(series.begin(), series.end());
 }
 
-// Puts a band around its number; every so manieth sample tells its level and noise.
-void stack(std::vector<float> &band, int number)
+// Level and noise of the samples of a band; every so manieth one tells them.
+Tools::RobustLevel levelOf(const NativePicture &picture, int band, const std::vector<float> &curve)
 {
+    if (!picture.window.samples) {
+        const Tools::Reduction &reduction = picture.reduction;
+        const Tools::RowMoments moments = Tools::rowMoments(reduction, band, 0, reduction.columns);
+        return {moments.mean, moments.sigma};
+    }
     std::vector<float> some;
     std::vector<float> scratch;
-    const std::size_t step = band.size() / levelSamples + 1;
-    for (std::size_t i = 0; i < band.size(); i += step)
-        some.push_back(band[i]);
-    const Tools::RobustLevel level = Tools::robustLevel(some.data(), int(some.size()), scratch);
-    const double scale = level.spread > 0 ? 1 / (stackSigmas * level.spread) : 0;
-    for (float &value : band)
-        value = float(number + (value - level.median) * scale);
+    const std::size_t step = curve.size() / levelSamples + 1;
+    for (std::size_t i = 0; i < curve.size(); i += step)
+        some.push_back(curve[i]);
+    return Tools::robustLevel(some.data(), int(some.size()), scratch);
 }
 
 // A row of a reduction as pairs of its extremes.
@@ -84,7 +86,11 @@ void drawStack(NativeCurves &drawn, const NativePicture &picture, const NativeCh
         if (isOff(choice, band))
             continue;
         drawn.curves.push_back(channelCurve(picture, band));
-        stack(drawn.curves.back(), band + 1);
+        std::vector<float> &curve = drawn.curves.back();
+        const Tools::RobustLevel level = levelOf(picture, band, curve);
+        const double scale = level.spread > 0 ? 1 / (stackSigmas * level.spread) : 0;
+        for (float &value : curve)
+            value = float(band + 1 + (value - level.median) * scale);
         drawn.names << QString("channel %1").arg(band + 1);
         addMarkers(drawn, picture, band, 0);
     }

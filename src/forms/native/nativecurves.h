@@ -34,8 +34,9 @@ struct NativeCurves {
 
 /// Curves of one channel, of all bands one above the other, or of the sum of the bands.
 ///
-/// Stacked bands: band number + (x - median) / (8 robust sigma), channels that are off left out.
-/// Of a reduction every column gives two values, the least and the greatest.
+/// Stacked bands: band number + (x - median) / (8 robust sigma), channels that are off left out;
+/// of a reduction mean and standard deviation stand in for the two. There every column gives two
+/// values, the least and the greatest.
 NativeCurves nativeCurves(const NativePicture &picture, const NativeChoice &choice);
 
 /// Least and greatest finite value of the curves between two indices; both 0 without any.

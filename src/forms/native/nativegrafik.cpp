@@ -5,6 +5,7 @@
 #include "app/channelswitches.h"
 #include "app/directoryof.h"
 #include "app/errorbox.h"
+#include "app/lastvalues.h"
 #include "app/settings.h"
 #include "calc/waterfall.h"
 #include "data/recordingwriter.h"
@@ -60,6 +61,7 @@ NativeGrafik::NativeGrafik(const QString &path, int withoutStep, QWidget *parent
     statisticsTimer.setInterval(statisticsDelay);
     sumTimer.setInterval(sumDelay);
     connectInputs();
+    lastValues = std::make_unique<LastValues>(this);
     grafik->showMessage("Reading...");
     request(wantedDomain(npoints, mostDetailedPoints(file), 0, npoints, {0, npoints, false}));
     ui->dispersion->setFocus();
@@ -100,6 +102,10 @@ QWidget *NativeGrafik::makeMiddle()
     grafik->setObjectName("grafik");
     overview->setObjectName("overview");
     waterfall->setPlot(grafik);
+    grafik->setSaveFolder(Settings::instance()->lastSavePath());
+    connect(grafik, &PulsarGrafik::fileSaved, Settings::instance(), [](const QString &saved) {
+        Settings::instance()->setLastSavePath(QFileInfo(saved).path());
+    });
     waterfall->setFrequencies(file.header().fbands, file.header().channels - 1);
     overview->setRecording(npoints);
     layout->addWidget(waterfall, 3);

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 
+class LastValues;
 class NativeInfo;
 class OverviewStrip;
 class QProgressBar;
@@ -81,6 +82,7 @@ private:
 
     const std::unique_ptr<Ui::NativeGrafik> ui;
     const bool deletesSteps;
+    std::unique_ptr<LastValues> lastValues;
     QProgressBar *progressBar = nullptr;
     PulsarGrafik *grafik = nullptr;
     WaterfallView *waterfall = nullptr;
