@@ -14,6 +14,7 @@
 #include <cstring>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace {
 
@@ -47,6 +48,9 @@ QString shownPath(const QString &path)
 }
 
 // Text of numbers into a table, piece by piece. A piece ends behind a separator.
+//
+// In the text of a recording a line "i=<point>" stands before the lines of that point, and these
+// begin with "module 1 ray 1:"; all numbers of a point make a row.
 class TextParser {
 public:
     TextParser(NumberFile &numberFile, qint64 firstLine) : file(numberFile), line(firstLine) {}
@@ -83,6 +87,8 @@ public:
             file.table.dropOpenRow();
         else if (unfinished)
             endLine({});
+        if (isRecording && file.table.openLength() > 0)
+            file.table.endRow();
         if (skipped > mostRemarks)
             file.remarks << QString("%1 lines in all were skipped.").arg(skipped);
     }
@@ -93,20 +99,56 @@ private:
         const char *const wordEnd = std::find_if(begin, end, isSeparator);
         if (isBad)
             return wordEnd;
+        const bool isFirst = std::exchange(isLineStart, false);
+        const std::string_view word(begin, std::size_t(wordEnd - begin));
+        if (isInTitle || (isFirst && beginsTitle(word))) {
+            addToTitle(word);
+            return wordEnd;
+        }
         afterWord = true;
         double value = 0;
         const char *const digits = *begin == '+' && begin + 1 < wordEnd ? begin + 1 : begin;
         const auto [rest, problem] = std::from_chars(digits, wordEnd, value);
         if (problem == std::errc() && rest == wordEnd && !(digits > begin && *digits == '-')) {
             file.table.add(value);
+            if (isRecording && file.table.rows() == 0)
+                file.columnNames << QString("%1 channel %2").arg(title).arg(++channel);
             return wordEnd;
         }
-        const QString word =
+        const QString shown =
             QString::fromUtf8(begin, int(std::min<qint64>(longestWord, wordEnd - begin)));
         spoil(problem == std::errc::result_out_of_range
-                  ? "\"" + word + "\" is beyond the range of numbers"
-                  : "\"" + word + "\" is no number");
+                  ? "\"" + shown + "\" is beyond the range of numbers"
+                  : "\"" + shown + "\" is no number");
         return wordEnd;
+    }
+
+    // Whether the first word of a line belongs to the text of a recording.
+    bool beginsTitle(std::string_view word)
+    {
+        if (word.substr(0, 2) == "i=") {
+            isRecording = isRecording || file.table.rows() == 0;
+            if (isRecording && file.table.openLength() > 0)
+                file.table.endRow();
+            isInTitle = isRecording;
+        } else {
+            isInTitle = isRecording && word == "module";
+        }
+        title.clear();
+        channel = 0;
+        return isInTitle;
+    }
+
+    // A point's title goes to the end of its line, that of module and ray to the colon.
+    void addToTitle(std::string_view word)
+    {
+        if (file.table.rows() == 0)
+            title +=
+                (title.isEmpty() ? "" : " ") + QString::fromUtf8(word.data(), int(word.size()));
+        if (!word.empty() && word.back() == ':') {
+            title.chop(1);
+            isInTitle = false;
+        }
     }
 
     void spoil(const QString &reason)
@@ -120,10 +162,12 @@ private:
     {
         if (isBad)
             skipLine(text);
-        else if (file.table.openLength() > 0)
+        else if (!isRecording && file.table.openLength() > 0)
             endRow();
         ++line;
         isBad = false;
+        isInTitle = false;
+        isLineStart = true;
         afterWord = false;
     }
 
@@ -160,6 +204,11 @@ private:
     bool isBad = false;
     bool afterWord = false;  // since the last comma or semicolon
     bool unfinished = false; // the last line has no end yet
+    bool isLineStart = true;
+    bool isRecording = false;
+    bool isInTitle = false; // of a line of a recording
+    QString title;
+    int channel = 0; // last named one of that module and ray
     QString badReason;
     QByteArray titles; // the last skipped line above the numbers
 };
@@ -221,7 +270,8 @@ public:
         if (file.error.isEmpty() && !file.wasCancelled && file.table.count() == 0)
             file.error = path + (in.size() == 0 ? " is empty." : " has no line of numbers.");
         const NumberTable &table = file.table;
-        file.rowsAreSeries = isResult || table.rows() == 1 || table.columns() >= longRow;
+        const bool areLong = table.columns() >= longRow && file.columnNames.isEmpty();
+        file.rowsAreSeries = isResult || table.rows() == 1 || areLong;
         return std::move(file);
     }
 

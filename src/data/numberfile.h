@@ -79,7 +79,7 @@ namespace Tools {
 /// semicolons between the numbers and a point in them; nothing between two commas or semicolons
 /// is NaN. A line with anything else is skipped and remarked upon. Of a result file (see
 /// resulttotext.h), with its values as text or as the float blocks themselves, every block
-/// becomes a row.
+/// becomes a row; of the text of a recording, all samples of a point.
 ///
 /// @param limit      bytes after which the reading stops; a row that is not complete then is
 ///                   left out unless it is the only one

@@ -92,6 +92,12 @@ void TestNumberFile::read_data()
     row("result file of floats", resultHeader(3, 2) + floats({1, 2, 3, 4, 5, 6}), blocks);
     row("result file that promises more", resultHeader(3, 2) + "1\n2\n3\n4\n", "1 2 3|4",
         "promises 2 blocks of 3 values, the file has 4");
+    const QString names = "module 1 ray 1 channel 1 module 1 ray 1 channel 2 "
+                          "module 1 ray 2 channel 1 module 1 ray 2 channel 2";
+    row("text of a recording",
+        "i=0\nmodule 1 ray 1: 1 2\nmodule 1 ray 2: 3 4\n"
+        "i=1\nmodule 1 ray 1: 5 6\nmodule 1 ray 2: 7 8\n",
+        "1 2 3 4|5 6 7 8", {}, names);
     row("bad line behind a header", resultHeader(3, 1) + "1\n2\nx\n3\n", "1 2 3", "Line 8 skipped");
 }
 
