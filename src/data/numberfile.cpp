@@ -74,7 +74,8 @@ public:
                 p = addWord(p, end);
             }
         }
-        unfinished = end > begin && end[-1] != '\n';
+        if (end > begin)
+            unfinished = end[-1] != '\n';
     }
 
     // Marks the line as none of numbers, for what is too long to be one.
@@ -176,8 +177,10 @@ private:
         file.table.dropOpenRow();
         if (++skipped <= mostRemarks)
             file.remarks << QString("Line %1 skipped: %2.").arg(line).arg(badReason);
-        if (file.table.rows() == 0)
-            titles = QByteArray(text.data(), int(text.size()));
+        if (file.table.rows() > 0)
+            return;
+        file.columnNames.clear();
+        titles = QByteArray(text.data(), int(text.size()));
     }
 
     void endRow()
