@@ -3,6 +3,8 @@
 #include "batch/stopsignal.h"
 
 #include <QGuiApplication>
+#include <cstdio>
+#include <exception>
 #include <memory>
 
 namespace {
@@ -35,9 +37,7 @@ std::unique_ptr<QCoreApplication> makeApplication(bool paints, int &argc, char *
     return std::make_unique<QGuiApplication>(argc, argv);
 }
 
-} // namespace
-
-int main(int argc, char **argv)
+int run(int argc, char **argv)
 {
     CLI::App app(manual, "zrt-batch");
     app.set_version_flag("--version", "zrt-batch " ZRT_VERSION);
@@ -60,4 +60,16 @@ int main(int argc, char **argv)
     Batch::catchStopSignals();
     const auto application = makeApplication(chosen.paints, argc, argv);
     return int(chosen.run());
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    try {
+        return run(argc, argv);
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "zrt-batch: %s\n", error.what());
+        return int(Batch::ExitCode::TryLater);
+    }
 }

@@ -138,6 +138,9 @@ void TestCalculator::colours()
     QVERIFY(QApplication::clipboard()->text().endsWith(
         "UTC time: 12:13:20\nSeconds from hour: 800 sec\nFile name: 010415_17_N1_00.pnthr\n"
         "Culmination point: 64090"));
+    press("copyCommand");
+    QCOMPARE(QApplication::clipboard()->text(),
+             QString("zrt-batch cat2zrt 03:23:27 39:44:52 01.04.2015 --plosh N1 --tres 0.0124928"));
 
     find<QComboBox>("tres")->setCurrentText("0");
     find("cat2zrt_alfa")->setFocus();

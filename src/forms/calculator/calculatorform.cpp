@@ -8,6 +8,7 @@
 #include "forms/openrecording.h"
 #include "ui_calculatorform.h"
 
+#include <QClipboard>
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -85,6 +86,7 @@ void CalculatorForm::connectInputs()
         {ui->fontDecrease, &CalculatorForm::fontDecrease},
         {ui->clearForm, &CalculatorForm::clearForm},
         {ui->copyReport, &CalculatorForm::copyReport},
+        {ui->copyCommand, &CalculatorForm::copyCommand},
     };
     for (const auto &[button, slot] : buttons)
         connect(button, &QPushButton::clicked, this, slot);
@@ -170,6 +172,8 @@ void CalculatorForm::show(const QGroupBox *block, const Calculator::Answer &answ
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     ui->textInfo->setHtml(answer.report);
     QGuiApplication::restoreOverrideCursor();
+    command = answer.command;
+    ui->copyCommand->setEnabled(!command.isEmpty());
     if (!answer.failing.isEmpty())
         findChild<QWidget *>(answer.failing.first())->setFocus();
 }
@@ -210,6 +214,13 @@ void CalculatorForm::showHelp()
                                ? QString()
                                : "<p><span class='red'>" + problem.toHtmlEscaped() + "</span></p>";
     ui->textInfo->setHtml(Calculator::helpText() + remark);
+    command.clear();
+    ui->copyCommand->setEnabled(false);
+}
+
+void CalculatorForm::copyCommand()
+{
+    QGuiApplication::clipboard()->setText(command);
 }
 
 void CalculatorForm::copyReport()

@@ -39,6 +39,8 @@ public slots:
     void clearForm();
     /// The whole report to the clipboard.
     void copyReport();
+    /// The call of the batch program that gives the same report to the clipboard.
+    void copyCommand();
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
@@ -59,5 +61,6 @@ private:
 
     const std::unique_ptr<Ui::CalculatorForm> ui;
     std::unique_ptr<LastValues> lastValues;
+    QString command;                                 // of what is shown; empty where there is none
     QVector<std::pair<QWidget *, QVariant>> presets; // of all fields, results included
 };

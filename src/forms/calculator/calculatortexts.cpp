@@ -1,5 +1,6 @@
 #include "forms/calculator/calculatortexts.h"
 
+#include "calc/pulsarcommand.h"
 #include "coords/alfa2000.h"
 #include "coords/angletext.h"
 #include "coords/coordinates.h"
@@ -53,7 +54,10 @@ public:
         lines += line;
     }
     bool areGood() const { return failing.isEmpty(); }
-    Answer refusal() const { return {title(name) + "<p><b>Error:</b><br>" + lines, failing, {}}; }
+    Answer refusal() const
+    {
+        return {title(name) + "<p><b>Error:</b><br>" + lines, failing, {}, {}};
+    }
 
 private:
     const QString name;
@@ -128,6 +132,15 @@ QString tableOf(const QStringList &cells)
     return html + "</tr></table>";
 }
 
+// A call of the batch program with these words.
+QString commandOf(const QStringList &words)
+{
+    QString command = "zrt-batch";
+    for (const QString &word : words)
+        command += " " + shellWord(word);
+    return command;
+}
+
 } // namespace
 
 QString helpText()
@@ -157,6 +170,8 @@ Answer deltaFromRay(const RayInput &input, const Tools::RayTables &tables)
         return checks.refusal();
 
     Answer answer;
+    answer.command = commandOf(
+        {"ray", QString::number(input.module), QString::number(input.ray), "--plosh", input.plosh});
     answer.report = title(name) + QString("<p><b>Parameters:</b><p>"
                                           "plosh = <span class='green'>%1</span><br>"
                                           "module = <span class='green'>%2</span><br>"
@@ -199,6 +214,8 @@ Answer catalogToZrt(const CatalogInput &input)
 
     const double tres = numberOf(input.tres);
     Answer answer;
+    answer.command = commandOf({"cat2zrt", input.alfa, input.delta, input.date, "--plosh",
+                                input.plosh, "--tres", input.tres});
     answer.report = title(name) + QString("<p><b>Parameters:</b><p>"
                                           "alfa = <span class='green'>%1</span><br>"
                                           "delta = <span class='green'>%2</span><br>"
@@ -266,6 +283,8 @@ Answer zrtToCatalog(const ZrtInput &input)
     const QString estimate =
         Tools::getAlfa2000(QDateTime(date, timeOf(input.time), Qt::UTC), point, tres, input.delta);
     Answer answer;
+    answer.command = commandOf(
+        {"zrt2cat", input.date, input.time, input.point, input.delta, "--tres", input.tres});
     answer.outputs = {
         {"zrt2cat_alfa", alfa},
         {"zrt2cat_delta", delta2000},

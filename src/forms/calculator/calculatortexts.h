@@ -17,6 +17,7 @@ struct Answer {
     QString report;      ///< HTML; its classes are 'blue', 'green' and 'red'
     QStringList failing; ///< inputs that were refused; with any of them nothing was computed
     QMap<QString, QString> outputs; ///< texts by field; an empty one where there is no result
+    QString command; ///< call of the batch program that gives the same; empty: there is none
 };
 
 /// HTML shown before the first calculation.
