@@ -118,6 +118,11 @@ Failure sumOfLength(const PulsarRequest &request, PulsarCalculate &calculate,
     const PulsarParameters &given = request.parameters;
     const int count = request.sumLength;
     const qint64 last = qint64(data.npoints) - count - 1;
+    if (last < 0)
+        return {ExitCode::BadData, QString("%1 has %2 points; a sum of %3 needs more.")
+                                       .arg(path)
+                                       .arg(data.npoints)
+                                       .arg(count)};
     if (given.firstPoint < 0 || given.firstPoint > last)
         return {ExitCode::BadData,
                 QString("%1: first point %2 leaves no %3 points before the end of the recording. "

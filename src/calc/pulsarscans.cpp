@@ -239,7 +239,7 @@ bool PulsarCalculate::acceptScan(int averageCount)
 {
     const int length = Tools::averagedLength(fixedPoints, averageCount, parameters.withNull);
     const std::vector<double> dispersions = trialDispersions();
-    if (!acceptDispersion(parameters.dispersion) || !acceptSelection(dispersions.back()) ||
+    if (!acceptSelection(dispersions.back()) || !acceptDispersion(parameters.dispersion) ||
         !acceptDispersion(dispersions.back()) || !acceptSpectrum(length))
         return false;
     if (parameters.harmonicNum < 1 || parameters.harmonicNum >= length / 2)

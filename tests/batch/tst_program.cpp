@@ -142,6 +142,7 @@ void TestProgram::failures_data()
     QTest::newRow("cut") << "sum cut.pnt" << 65 << "cut.pnt ends early: of 600 points";
     QTest::newRow("cut, asked") << "info cut.pnt" << 65 << "it holds 599";
     QTest::newRow("few bands") << "fourier bands.pnt --ray 1" << 65 << "8 frequency bands";
+    QTest::newRow("few bands to scan") << "dmscan bands.pnt --ray 1" << 65 << "8 frequency bands";
     QTest::newRow("no such ray") << "fold --ray 9 short.pnt" << 65 << "Error ray";
     QTest::newRow("short stretch") << "sum --ray 1 short.pnt" << 65 << "need more than 16384";
     QTest::newRow("no such time") << "sum --utc 01:00:00 demo.pnt" << 65 << "not in the recording";
