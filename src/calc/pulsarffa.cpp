@@ -141,9 +141,8 @@ bool PulsarCalculate::createFFA()
     // Of white noise the difference of neighbours has the noise of the series.
     const double pointNoise = Tools::robustSigma(samples.data(), count);
     if (pointNoise < whitePart)
-        outcome.remarks << QString(
-                               "Drift, hum or strong pulses make the sigma of the series %1 times "
-                               "its noise: every S/N is lower by this factor.")
+        outcome.remarks << QString("Drift or strong pulses make the sigma of the series %1 times "
+                                   "its noise: every S/N is lower by this factor.")
                                .arg(1 / pointNoise, 0, 'f', 1);
     remarkOnBands();
     remarkOnTimes(sumBands);
