@@ -18,9 +18,9 @@
 #include "ui_nativegrafik.h"
 
 #include <QFileDialog>
-#include <QKeyEvent>
 #include <QProgressBar>
 #include <QScopedValueRollback>
+#include <QShortcut>
 #include <QStatusBar>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -61,6 +61,9 @@ NativeGrafik::NativeGrafik(const QString &path, int withoutStep, QWidget *parent
     statisticsTimer.setInterval(statisticsDelay);
     sumTimer.setInterval(sumDelay);
     connectInputs();
+    // For the whole window: the plot and the panels are not within the form.
+    escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
+    connect(escape, &QShortcut::activated, this, &NativeGrafik::stop);
     lastValues = std::make_unique<LastValues>(this);
     grafik->showMessage("Reading...");
     request(wantedDomain(npoints, mostDetailedPoints(file), 0, npoints, {0, npoints, false}));
@@ -176,7 +179,7 @@ void NativeGrafik::connectInputs()
         showStatistics();
         showBandpass();
     });
-    connect(&sumTimer, &QTimer::timeout, this, [this] { request(asked); });
+    connect(&sumTimer, &QTimer::timeout, this, [this] { request(asked, true); });
     connect(loader, &NativeLoader::delivered, this, &NativeGrafik::takePicture);
     connect(grafik, &PulsarGrafik::viewChanged, this, &NativeGrafik::followView);
     connect(grafik, &PulsarGrafik::selectionChanged, this, [this] { statisticsTimer.start(); });
@@ -213,10 +216,13 @@ NativeChoice NativeGrafik::choice() const
     return chosen;
 }
 
-void NativeGrafik::request(const NativeDomain &domain)
+// The same part again, for another sum, replaces what is shown only once it is complete.
+void NativeGrafik::request(const NativeDomain &domain, bool isRepeated)
 {
     sumTimer.stop();
     asked = domain;
+    isStopped = false;
+    escape->setEnabled(true);
     NativeRequest wanted;
     wanted.path = file.path();
     wanted.module = ui->module->value() - 1;
@@ -226,6 +232,7 @@ void NativeGrafik::request(const NativeDomain &domain)
     wanted.marginDispersion = marginFactor * wanted.dispersion;
     wanted.deletesSteps = deletesSteps;
     wanted.channelsOff = channelsOff;
+    wanted.isRepeated = isRepeated;
     loader->load(wanted);
 }
 
@@ -234,12 +241,24 @@ void NativeGrafik::requestOverview()
 {
     NativeRequest wanted = picture->request;
     wanted.domain = {0, npoints, false};
+    wanted.isRepeated = false;
+    escape->setEnabled(true);
     loader->load(wanted);
+}
+
+void NativeGrafik::showProgress(double share)
+{
+    progressBar->setValue(int(100 * share));
+    progressBar->show();
 }
 
 void NativeGrafik::takePicture(const std::shared_ptr<const NativePicture> &delivered)
 {
     const NativeDomain &domain = delivered->request.domain;
+    if (delivered->request.isRepeated && !delivered->isLast) {
+        showProgress(delivered->share);
+        return;
+    }
     if (domain.first == 0 && domain.count == npoints) {
         whole = delivered;
         showOverview();
@@ -258,8 +277,7 @@ void NativeGrafik::takePicture(const std::shared_ptr<const NativePicture> &deliv
         followView();
     }
     if (!delivered->isLast) {
-        progressBar->setValue(int(100 * delivered->share));
-        progressBar->show();
+        showProgress(delivered->share);
         return;
     }
     endLoading();
@@ -267,8 +285,18 @@ void NativeGrafik::takePicture(const std::shared_ptr<const NativePicture> &deliv
         requestOverview();
 }
 
+void NativeGrafik::stop()
+{
+    loader->cancel();
+    isStopped = true;
+    endLoading();
+    if (!picture)
+        grafik->showMessage("Reading was stopped; \"Whole recording\" begins it again.");
+}
+
 void NativeGrafik::endLoading()
 {
+    escape->setEnabled(false); // the plot has a use for it
     progressBar->hide();
     showNotes();
 }
@@ -476,6 +504,8 @@ void NativeGrafik::followView()
 
 void NativeGrafik::showPoints(double first, double points)
 {
+    if (isStopped)
+        request(asked);
     if (!picture)
         return;
     const NativeDomain &domain = picture->request.domain;
@@ -617,35 +647,25 @@ void NativeGrafik::saveSelection()
         return;
     settings->setLastSavePath(directoryOf(path));
     QString failure;
-    bool isStopped = false;
+    bool isCancelled = false;
     {
         BusyGuard guard;
-        connect(&guard, &BusyGuard::cancelRequested, this, [&isStopped] { isStopped = true; });
+        connect(&guard, &BusyGuard::cancelRequested, this, [&isCancelled] { isCancelled = true; });
         progressBar->show();
         failure = saveStretch(file, int(part.first), int(part.points), ui->dispersion->value(),
                               path, [&](int percent) {
                                   progressBar->setValue(percent);
                                   QCoreApplication::processEvents();
-                                  return !isStopped;
+                                  return !isCancelled;
                               });
         progressBar->hide();
     }
     if (!failure.isEmpty())
         showError(this, "The selection was not saved.", failure);
-    else if (!isStopped)
+    else if (!isCancelled)
         settings->ui().statusbar->showMessage(QString("Points %1 to %2 saved in %3")
                                                   .arg(qint64(part.first))
                                                   .arg(qint64(part.first + part.points) - 1)
                                                   .arg(path),
                                               messageMs);
-}
-
-void NativeGrafik::keyPressEvent(QKeyEvent *event)
-{
-    if (event->key() == Qt::Key_Escape) {
-        loader->cancel();
-        endLoading();
-    } else {
-        QWidget::keyPressEvent(event);
-    }
 }

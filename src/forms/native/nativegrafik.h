@@ -13,6 +13,7 @@ class LastValues;
 class NativeInfo;
 class OverviewStrip;
 class QProgressBar;
+class QShortcut;
 class WaterfallView;
 namespace Ui {
 class NativeGrafik;
@@ -37,9 +38,6 @@ public:
     NativeGrafik(const QString &path, int withoutStep, QWidget *parent);
     ~NativeGrafik() override;
 
-protected:
-    void keyPressEvent(QKeyEvent *event) override;
-
 private:
     struct PointRange {
         double first = 0;
@@ -53,10 +51,12 @@ private:
     void setDispersion(double dispersion);
     NativeChoice choice() const;
 
-    void request(const NativeDomain &domain);
+    void request(const NativeDomain &domain, bool isRepeated = false);
     void requestOverview();
     void takePicture(const std::shared_ptr<const NativePicture> &delivered);
     void showOverview();
+    void showProgress(double share);
+    void stop();
     void endLoading();
 
     void selectRay();
@@ -94,6 +94,7 @@ private:
     std::vector<bool> channelsOff;
 
     NativeLoader *loader = nullptr;
+    QShortcut *escape = nullptr;                  // stops the reading
     NativeDomain asked;                           // the newest request
     std::optional<PointRange> pending;            // to be shown once it is there
     std::shared_ptr<const NativePicture> picture; // what is shown
@@ -101,6 +102,7 @@ private:
     ObservationData means;                        // of a picture without its samples
     NativeCurves drawn;                           // without its curves: the plot has them
     bool isSettingData = false;
+    bool isStopped = false; // by the user; goes on with the next request
 
     QTimer drawTimer;
     QTimer statisticsTimer;

@@ -53,7 +53,7 @@ public:
             std::clamp<qint64>(mostReduced / (channels + 1), fewestColumns, mostColumns);
         picture.reduction = Tools::emptyReduction(
             domain.first, domain.count, int(std::min<qint64>(columns, domain.count)), channels);
-        if (file.pointBytes() * domain.count > glanceFrom)
+        if (!picture.request.isRepeated && file.pointBytes() * domain.count > glanceFrom)
             glance();
         if (!isWanted())
             return;
@@ -157,7 +157,8 @@ private:
         if (!reading.reason.isEmpty())
             picture.problem = reading.reason;
         if (request.deletesSteps) {
-            if (qint64(picture.window.npoints) * picture.window.channels > longSearch)
+            if (!request.isRepeated &&
+                qint64(picture.window.npoints) * picture.window.channels > longSearch)
                 sendAsRecorded();
             if (!deleteSteps())
                 return;

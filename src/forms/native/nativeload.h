@@ -48,6 +48,7 @@ struct NativeRequest {
     double marginDispersion = 0;   ///< samples for delays up to this one are kept as well
     bool deletesSteps = false;     ///< of the detailed part
     std::vector<bool> channelsOff; ///< left out of the sum
+    bool isRepeated = false;       ///< the part is shown already: no glance at it
 };
 
 /// What is known of the part so far.
