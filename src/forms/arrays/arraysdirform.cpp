@@ -40,7 +40,7 @@ ArraysDirForm::ArraysDirForm(const QString &path, QWidget *parent)
     ui->filePath->setText("Directory: " + QString(path).replace("/", "/ "));
     emptyCentralWidget();
     QStringList names = directory.entryList(QDir::Files);
-    QCollator inOrder(QLocale(QLocale::English)); // that of the C locale knows no numbers
+    QCollator inOrder{QLocale(QLocale::English)}; // that of the C locale knows no numbers
     inOrder.setNumericMode(true);                 // 2 before 10
     std::sort(names.begin(), names.end(), inOrder);
     if (names.isEmpty()) {
