@@ -24,6 +24,12 @@ QString numbersOf(const std::vector<int> &numbers)
     return texts.join(' ');
 }
 
+// The step is milliseconds of the passport divided by 1000: its last digits mean nothing.
+QString seconds(double value)
+{
+    return QString::number(value, 'g', 12) + " s";
+}
+
 QString sizeCheck(const RecordingFile &file)
 {
     const qint64 announced = file.announcedSize();
@@ -51,8 +57,8 @@ Info infoOf(const QString &path)
     info.lines = {
         {"file", path},
         {"points", text(QString::number(data.npoints))},
-        {"step", text(numberText(data.tresolution) + " s")},
-        {"length", text(numberText(data.npoints * data.tresolution) + " s")},
+        {"step", text(seconds(data.tresolution))},
+        {"length", text(seconds(data.npoints * data.tresolution))},
         {"begin", data.beginTime.isValid() ? data.beginTime.toString(Qt::ISODate) : QString("-")},
         {"modules", text(numbersOf(data.moduleNumbers))},
         {"rays",
