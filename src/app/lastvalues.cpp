@@ -9,11 +9,12 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
-#include <QTimer>
+#include <utility>
 
 namespace {
 
 constexpr char groupKey[] = "lastValues";
+constexpr int writingDelay = 300; // ms
 
 QString keyOf(const QWidget *form, const QString &field)
 {
@@ -46,6 +47,9 @@ bool isField(const QWidget *field)
 LastValues::LastValues(QWidget *watchedForm)
     : form(watchedForm), button(watchedForm->findChild<QPushButton *>("lastValues"))
 {
+    delay.setSingleShot(true);
+    delay.setInterval(writingDelay);
+    connect(&delay, &QTimer::timeout, this, &LastValues::rememberChanges);
     const QList<QWidget *> children = form->findChildren<QWidget *>();
     for (QWidget *child : children) {
         if (!isField(child))
@@ -61,12 +65,23 @@ LastValues::LastValues(QWidget *watchedForm)
     button->setEnabled(!store.childKeys().isEmpty());
 }
 
+LastValues::~LastValues()
+{
+    rememberChanges();
+}
+
 // Signals that mean the user, where there is such a one. Fields that follow another one have
-// done so when the timer calls.
+// done so when the timer calls. Numbers come one after the other while they are typed or turned,
+// and each writing of the settings waits for the disk.
 void LastValues::watch(QWidget *field)
 {
-    const auto changed = [this, field] {
+    const auto chosen = [this, field] {
         QTimer::singleShot(0, this, [this, field] { remember(field->parentWidget()); });
+    };
+    const auto changed = [this, field] {
+        changedGroups.insert(field->parentWidget());
+        if (!delay.isActive())
+            delay.start();
     };
     if (auto *edit = qobject_cast<QLineEdit *>(field))
         connect(edit, &QLineEdit::textEdited, this, changed);
@@ -75,9 +90,16 @@ void LastValues::watch(QWidget *field)
     else if (auto *doubleSpin = qobject_cast<QDoubleSpinBox *>(field))
         connect(doubleSpin, qOverload<double>(&QDoubleSpinBox::valueChanged), this, changed);
     else if (auto *combo = qobject_cast<QComboBox *>(field))
-        connect(combo, &QComboBox::currentTextChanged, this, changed);
+        connect(combo, &QComboBox::currentTextChanged, this, chosen);
     else if (auto *choice = qobject_cast<QAbstractButton *>(field))
-        connect(choice, &QAbstractButton::clicked, this, changed);
+        connect(choice, &QAbstractButton::clicked, this, chosen);
+}
+
+void LastValues::rememberChanges()
+{
+    delay.stop();
+    for (const QWidget *group : std::exchange(changedGroups, {}))
+        remember(group);
 }
 
 void LastValues::remember(const QWidget *group)
@@ -96,6 +118,7 @@ void LastValues::remember(const QWidget *group)
 
 void LastValues::bringBack()
 {
+    rememberChanges();
     const QSettings store = Settings::store();
     for (auto &[field, known] : fields) {
         const QVariant value = store.value(keyOf(form, field->objectName()));

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QObject>
+#include <QSet>
+#include <QTimer>
 #include <QVariant>
 #include <QVector>
 
@@ -18,6 +20,8 @@ class LastValues : public QObject {
 public:
     /// Begins with the fields that the form has now.
     explicit LastValues(QWidget *form);
+    /// Keeps what changed in the last moment.
+    ~LastValues() override;
 
 public slots:
     /// Fills the fields. Nothing is computed: no button counts as clicked.
@@ -25,9 +29,12 @@ public slots:
 
 private:
     void watch(QWidget *field);
+    void rememberChanges();
     void remember(const QWidget *group);
 
     QWidget *const form;
     QPushButton *button = nullptr;
     QVector<std::pair<QWidget *, QVariant>> fields; // with their values as last seen
+    QSet<const QWidget *> changedGroups;
+    QTimer delay; // of numbers that are typed
 };
