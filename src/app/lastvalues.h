@@ -20,7 +20,7 @@ class LastValues : public QObject {
 public:
     /// Begins with the fields that the form has now.
     explicit LastValues(QWidget *form);
-    /// Keeps what changed in the last moment.
+    /// Keeps what changed in the last moment, and so has to go before the form's fields.
     ~LastValues() override;
 
 public slots:
