@@ -81,18 +81,21 @@ std::vector<Candidate> strongestOfDispersions(std::vector<Candidate> candidates,
 
 std::vector<Column> candidateColumns(const std::vector<Candidate> &candidates, bool withFiles)
 {
-    using Numbers = std::vector<double>;
     std::vector<Column> columns;
-    const auto addNumbers = [&](const QString &name, const QString &unit, const auto &valueOf) {
-        Numbers values;
+    // With as many digits as mean something.
+    const auto addNumbers = [&](const QString &name, const QString &unit, const auto &valueOf,
+                                int digits = 6) {
+        std::vector<double> values;
+        values.reserve(candidates.size());
         for (const Candidate &candidate : candidates)
-            values.push_back(double(valueOf(candidate)));
+            values.push_back(QString::number(double(valueOf(candidate)), 'g', digits).toDouble());
         columns.push_back({name, unit, values});
     };
-    addNumbers("snr", {},
-               [](const Candidate &c) { return QString(numberText(c.peak.snr)).toDouble(); });
-    addNumbers("period", "s", [](const Candidate &c) { return c.peak.period; });
-    addNumbers("period_error", "s", [](const Candidate &c) { return c.periodError; });
+    addNumbers("snr", {}, [](const Candidate &c) { return c.peak.snr; });
+    addNumbers(
+        "period", "s", [](const Candidate &c) { return c.peak.period; }, 12);
+    addNumbers(
+        "period_error", "s", [](const Candidate &c) { return c.periodError; }, 2);
     addNumbers("dispersion", "pc/cm^3", [](const Candidate &c) { return c.dispersion; });
     addNumbers("module", {}, [](const Candidate &c) { return c.module; });
     addNumbers("ray", {}, [](const Candidate &c) { return c.ray; });
