@@ -1,4 +1,6 @@
 #include "batch/candidates.h"
+#include "batch/filterbank.h"
+#include "calc/channelsum.h"
 #include "calc/pulsarcalculate.h"
 #include "calc/pulsarcommand.h"
 #include "data/reader.h"
@@ -64,6 +66,9 @@ private slots:
     void skipsWhatIsDone();
     void diskFull();
     void filterbankRoundTrip();
+    void importedFilterbanks_data();
+    void importedFilterbanks();
+    void exportedSeries();
     void examples_data();
     void examples();
 
@@ -441,6 +446,66 @@ void TestProgram::filterbankRoundTrip()
     float lowest = 0;
     memcpy(&lowest, fil.constData() + fil.size() - 4, sizeof lowest);
     QCOMPARE(lowest, first.samples[0][0][0][599]);
+}
+
+void TestProgram::importedFilterbanks_data()
+{
+    QTest::addColumn<int>("bits");
+    QTest::addColumn<double>("bandStep");
+    QTest::addColumn<QByteArray>("samples"); // two of three channels, in the order of the file
+    QTest::newRow("8 bits, lowest first") << 8 << 0.5 << QByteArray("\x01\x02\xff\x04\x05\x06", 6);
+    QTest::newRow("8 bits, highest first")
+        << 8 << -0.5 << QByteArray("\xff\x02\x01\x06\x05\x04", 6);
+    QTest::newRow("16 bits, highest first")
+        << 16 << -0.5 << QByteArray("\xff\0\x02\0\x01\0\x06\0\x05\0\x04\0", 12);
+}
+
+// The values are 1, 2, 255 and 4, 5, 6 from the lowest band up; the last sample is not whole.
+void TestProgram::importedFilterbanks()
+{
+    QFETCH(int, bits);
+    QFETCH(double, bandStep);
+    QFETCH(QByteArray, samples);
+    Batch::FilterbankHeader header;
+    header.begin = 57113.5; // 1 April 2015, noon
+    header.step = 0.25;
+    header.firstBand = bandStep > 0 ? 110 : 111;
+    header.bandStep = bandStep;
+    header.channels = 3;
+    header.bits = bits;
+    writeFile(path("in.fil"), Batch::filterbankBytes(header) + samples + "x");
+    const Ended end = run({"import", "--force", "in.fil"});
+    QVERIFY2(end.code == 0 && end.errors.contains("the last sample is not whole"),
+             qPrintable(end.errors));
+    const ObservationData data = Reader::readDataFile(nullptr, path("in.fil.pnt"));
+    QCOMPARE(data.npoints, 2);
+    QCOMPARE(data.tresolution, 0.25);
+    QCOMPARE(data.beginTime, QDateTime(QDate(2015, 4, 1), QTime(12, 0), Qt::UTC));
+    QCOMPARE(data.fbands, (std::vector<double>{110, 110.5, 111}));
+    const std::vector<float> expected = {1, 4, 2, 5, 255, 6, 86, 5}; // the means last
+    for (int channel = 0; channel < 4; ++channel)
+        for (int point = 0; point < 2; ++point)
+            QCOMPARE(data.samples[0][channel][0][point],
+                     expected[std::size_t(2 * channel + point)]);
+}
+
+void TestProgram::exportedSeries()
+{
+    QCOMPARE(run({"export", "--kind", "dat", "--ray", "7", "--dm", "26.2", "demo.pnt"}).code, 0);
+    const ObservationData data = Reader::readDataFile(nullptr, path("demo.pnt"));
+    const std::vector<double> sums = Tools::sumChannels(data, 26.2, 0, 6);
+    std::vector<float> written(sums.size());
+    const QByteArray bytes = contentOf(path("demo.pnt.m1_r7_DM26.2.dat"));
+    QCOMPARE(bytes.size(), int(sums.size() * sizeof(float)));
+    memcpy(written.data(), bytes.constData(), std::size_t(bytes.size()));
+    QCOMPARE(written, std::vector<float>(sums.begin(), sums.end()));
+    const QString description = QString::fromUtf8(contentOf(path("demo.pnt.m1_r7_DM26.2.inf")));
+    // 11:58:47 is 0.49915509... of a day.
+    for (const char *line : {" Number of bins in the time series      =  80000\n",
+                             " Width of each time series bin (sec)    =  0.0124928\n",
+                             " Epoch of observation (MJD)             =  57113.49915509",
+                             " Central freq of low channel (MHz)      =  120\n"})
+        QVERIFY2(description.contains(line), qPrintable(description));
 }
 
 // Manuals and README: a block of commands each, tried in its order in one folder.
