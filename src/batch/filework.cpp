@@ -54,6 +54,15 @@ QString besideOrIn(const QString &input, const OutputOptions &output, const QStr
     return QDir::cleanPath(folder.absoluteFilePath(name));
 }
 
+// Rows of a table have texts among them, curves only numbers.
+bool holdsCurves(const ResultTable &table)
+{
+    return table.rows() > 0 &&
+           std::none_of(table.columns.begin(), table.columns.end(), [](const Column &column) {
+               return std::holds_alternative<QStringList>(column.values);
+           });
+}
+
 // A file that must be there and open; the failure says what is wrong.
 Failure openInput(QFile &file)
 {
@@ -384,10 +393,12 @@ Work plotWork(const OutputOptions &output)
                                                            : readTable(file.readAll());
         if (!read.problem.isEmpty())
             return {ExitCode::BadData, QString("%1 cannot be drawn: %2.").arg(input, read.problem)};
-        const PlotData plot = plotOf(read.table);
-        if (plot.graphs.empty())
+        if (!holdsCurves(read.table))
             return {ExitCode::BadData,
-                    QString("%1 cannot be drawn: it holds no curves.").arg(input)};
+                    QString("%1 cannot be drawn: it is a table, not a curve. The "
+                            "picture of a search comes from ffa --plot.")
+                        .arg(input)};
+        const PlotData plot = plotOf(read.table);
         control.progress(50);
         return writeTogether({{outputs(input).constFirst(),
                                pictureBytes(plot, output.picture, output.pictureSize)}});

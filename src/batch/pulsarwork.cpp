@@ -187,9 +187,9 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
     if (Failure failure = findStart(work.parameters, file))
         return failure;
     // A sum of another length has other limits, checked by itself.
-    const Failure refused = work.sumLength > 0
-                                ? findRay(file, work.parameters.module, work.parameters.ray)
-                                : checkSelection(work, file);
+    Failure refused = work.sumLength > 0
+                          ? findRay(file, work.parameters.module, work.parameters.ray)
+                          : checkSelection(work, file);
     if (refused)
         return refused;
 

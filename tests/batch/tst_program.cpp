@@ -155,6 +155,7 @@ void TestProgram::failures_data()
     QTest::newRow("no such time") << "sum --utc 01:00:00 demo.pnt" << 65 << "not in the recording";
     QTest::newRow("no periods") << "ffa --period-min 9 --period-max 1 demo.pnt" << 65 << "eriod";
     QTest::newRow("no result") << "plot demo.pnt" << 65 << "no result of zrt-batch";
+    QTest::newRow("no curve") << "plot candidates.txt" << 65 << "ffa --plot";
     QTest::newRow("no table") << "merge -o t.txt short.pnt" << 65 << "short.pnt cannot be merged";
     QTest::newRow("no filterbank") << "import short.pnt" << 65 << "SIGPROC";
     QTest::newRow("file for a folder")
@@ -163,6 +164,10 @@ void TestProgram::failures_data()
     QTest::newRow("bad alfa") << "cat2zrt 3:23 39:44:52 01.04.2015" << 64 << "Bad alfa!";
     QTest::newRow("no such beam") << "ray 9 9" << 65 << "no delta for these module and beam!";
     QTest::newRow("first failure counts") << "sum text.pnt nothing.pnt" << 65 << "nothing.pnt";
+    Batch::ResultTable table;
+    table.request = {{"program", "zrt-batch"}};
+    table.columns = Batch::candidateColumns(std::vector<Batch::Candidate>(2), true);
+    writeFile(path("candidates.txt"), table.toBytes(Batch::Format::Text));
     writeFile(path("folders"), "# a comment\n\nempty\n");
 }
 
