@@ -1,5 +1,7 @@
 #pragma once
 
+#include "plot/zoom.h"
+
 #include <QDateTime>
 #include <QString>
 #include <QStringList>
@@ -40,6 +42,8 @@ struct PlotData {
     double yMin = 0.0;
     int yPrecision = 3; ///< decimals of the Y labels
     int xOffset = 0;    ///< number, in the recording, of the point at index 0
+    /// X positions that exist, where the curves are a part of more; empty: they are all.
+    Plot::Range wholeX;
 
     QDateTime beginTime;   ///< time of the point at index 0
     double msPerPoint = 0; ///< milliseconds

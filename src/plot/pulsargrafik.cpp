@@ -56,23 +56,54 @@ PulsarGrafik::PulsarGrafik(QWidget *parent) : QWidget(parent), legend(new PlotLe
 
 PulsarGrafik::~PulsarGrafik() = default;
 
-void PulsarGrafik::setData(PlotData data)
+void PulsarGrafik::replaceData(PlotData data)
 {
     // The caller may hold the lock already, so may a press whose signal led here.
     const bool locked = busy.tryLock();
-    const bool keepsZoom = haveSameAxes(plotData, data);
     if (plotData.names != data.names)
         toggled.clear();
     plotData = std::move(data);
     blocks = Plot::blocksOf(plotData);
     if (locked)
         busy.unlock();
+}
+
+void PulsarGrafik::setData(PlotData data)
+{
+    const bool keepsZoom = haveSameAxes(plotData, data);
+    replaceData(std::move(data));
     if (!keepsZoom) {
         history.clear();
         zoom = {};
         removeMarks();
     }
     applyZoom(zoom);
+    renewLegend();
+}
+
+void PulsarGrafik::setPart(PlotData data, const Plot::IndexMap &moved, double first, double points)
+{
+    const Plot::Range before = Plot::allOfX(plotData);
+    replaceData(std::move(data));
+    history.move(moved, before);
+    marks.readOut.reset();
+    pointed.setX(moved(pointed.x()));
+    const Plot::Range all = Plot::allOfX(plotData);
+    for (auto &cursor : marks.cursors) {
+        if (!cursor)
+            continue;
+        // Among more or fewer points a cursor would come to stand beside its place.
+        const double index = std::round(moved(cursor->index));
+        if (moved.factor == 1 && index >= 0 && index < all.max)
+            cursor->index = int(index);
+        else
+            cursor.reset();
+    }
+    selectedCorner1.setX(moved(selectedCorner1.x()));
+    selectedCorner2.setX(moved(selectedCorner2.x()));
+    if (const auto selected = selectedRange(); selected && !Plot::covers(all, selected->x))
+        clearSelection();
+    applyZoom({Plot::Range{first, first + points}, zoom.y});
     renewLegend();
 }
 
@@ -122,9 +153,21 @@ void PulsarGrafik::setVisibleY(double min, double max)
     changeZoom({zoom.x, Plot::Range{min, max}}, Call);
 }
 
+void PulsarGrafik::noteView()
+{
+    if (!plotData.messageMode)
+        history.note(zoom, Call);
+}
+
 void PulsarGrafik::showAll()
 {
-    changeZoom({}, NoGesture);
+    if (!hasMoreX()) {
+        changeZoom({}, NoGesture);
+        return;
+    }
+    history.note(zoom, NoGesture);
+    applyZoom({zoom.x, {}});
+    emit partWanted(plotData.wholeX.min, plotData.wholeX.extent());
 }
 
 void PulsarGrafik::zoomToSelection()
@@ -140,8 +183,13 @@ void PulsarGrafik::showPrevious()
 {
     // Views that later data have made the same as the present one are no step back.
     while (const std::optional<Plot::Zoom> previous = history.back()) {
+        if (hasMoreX() && previous->x && !Plot::covers(Plot::allOfX(plotData), *previous->x)) {
+            applyZoom({zoom.x, previous->y});
+            emit partWanted(previous->x->min, previous->x->extent());
+            return;
+        }
         const Plot::Zoom next = Plot::limitedZoom(plotData, *previous);
-        if (next == zoom)
+        if (Plot::areAlike(next, zoom))
             continue;
         applyZoom(next);
         return;
@@ -217,6 +265,7 @@ void PulsarGrafik::mouseMoveEvent(QMouseEvent *event)
         marks.readOut.reset();
         update();
     }
+    pointer = pixel;
     pointed = Plot::dataAt(view(), pixel);
     emit coordsChanged(pointed, Plot::labelsAt(plotData, pointed.x()));
     if (dragging && (event->buttons() & Qt::LeftButton))
@@ -432,6 +481,12 @@ Plot::View PulsarGrafik::view() const
     return Plot::viewOf(plotData, size(), zoom);
 }
 
+bool PulsarGrafik::hasMoreX() const
+{
+    return !plotData.messageMode && plotData.wholeX.extent() > 0 &&
+           !Plot::covers(Plot::allOfX(plotData), plotData.wholeX);
+}
+
 void PulsarGrafik::changeZoom(const Plot::Zoom &wanted, Gesture gesture)
 {
     const Plot::Zoom next = Plot::limitedZoom(plotData, wanted);
@@ -450,6 +505,8 @@ void PulsarGrafik::applyZoom(const Plot::Zoom &next)
         placeSelection();
     else
         anchorSelection();
+    if (underMouse() && !marks.readOut) // other data lie under the resting pointer
+        pointed = Plot::dataAt(view(), pointer);
     announceView();
     repaintPlot();
 }

@@ -42,6 +42,11 @@ public:
     /// the same axes as the old.
     void setData(PlotData data);
 
+    /// Replaces the data by another part of the same series, of which some positions are shown.
+    /// Earlier views and a rectangle within the new data stay with what they stand for, so do
+    /// cursors where the points lie as close as before.
+    void setPart(PlotData data, const Plot::IndexMap &moved, double first, double points);
+
     /// Sets yMin and yMax from the curves, see Plot::verticalRange, and repaints.
     void recomputeRange();
 
@@ -67,6 +72,9 @@ public:
     /// Shows these X positions, moved into the data where they reach beyond; as many as there
     /// are or more show all. Calls in a row are one step of the way back.
     void setVisibleX(double first, double points);
+    /// Makes what is shown a step of the way back, before another part is. Calls in a row are one
+    /// step, together with those of setVisibleX().
+    void noteView();
     /// Shows these values, within the range that the curves have.
     void setVisibleY(double min, double max);
     /// Whether anything less than all is shown.
@@ -123,6 +131,8 @@ signals:
     void clicked(QPointF coords);
     /// Another part of the data is shown, by hand, by a call or because the data changed.
     void viewChanged(const PulsarGrafik::VisibleRange &range);
+    /// Home or Backspace asks for X positions of PlotData::wholeX that the curves do not reach.
+    void partWanted(double first, double points);
     /// The rectangle was drawn, has been removed or stands for other data: see selectedRange().
     void selectionChanged();
     /// The user has written a picture or a table.
@@ -148,6 +158,8 @@ private:
     enum Gesture { NoGesture, WheelX, WheelY, WheelPan, Drag, Keys, Call };
 
     Plot::View view() const;
+    void replaceData(PlotData data);
+    bool hasMoreX() const;
     void changeZoom(const Plot::Zoom &wanted, Gesture gesture);
     void applyZoom(const Plot::Zoom &next);
     void zoomX(double anchor, double factor, Gesture gesture);
@@ -187,6 +199,7 @@ private:
     QPointF pointed;      // index and value that were read out last
     int readOutCurve = 0; // that the arrow keys follow
     bool showsFocus = false;
+    QPoint pointer; // its last place on the widget
     QPoint pressPoint;
     bool dragging = false;
     bool spaceHeld = false;

@@ -58,7 +58,7 @@ void PulsarGrafik::contextMenuEvent(QContextMenuEvent *event)
     add("Zoom to rectangle\tEnter", &PulsarGrafik::zoomToSelection,
         hasCurves && selectedRange().has_value());
     add("Previous view\tBackspace", &PulsarGrafik::showPrevious, hasCurves && !history.isEmpty());
-    add("Show all\tHome", &PulsarGrafik::showAll, isZoomed());
+    add("Show all\tHome", &PulsarGrafik::showAll, isZoomed() || hasMoreX());
     menu.exec(event->globalPos());
 }
 

@@ -7,7 +7,8 @@ namespace Plot {
 
 namespace {
 
-constexpr size_t mostViews = 200; // more than anybody goes back
+constexpr size_t mostViews = 200;     // more than anybody goes back
+constexpr double roundingPart = 1e-6; // of an extent
 
 Range reversed(const Range &range)
 {
@@ -57,6 +58,18 @@ Range panned(const Range &shown, const Range &all, double distance)
     return {shown.min + way, shown.max + way};
 }
 
+bool covers(const Range &range, const Range &other)
+{
+    const double slack = roundingPart * std::abs(other.extent());
+    return other.min >= range.min - slack && other.max <= range.max + slack;
+}
+
+bool areAlike(const Zoom &a, const Zoom &b)
+{
+    return a.y == b.y && a.x.has_value() == b.x.has_value() &&
+           (!a.x || (covers(*a.x, *b.x) && covers(*b.x, *a.x)));
+}
+
 double smallestExtent(const Range &values)
 {
     constexpr double ofExtent = 1e-6;
@@ -73,6 +86,12 @@ void ZoomHistory::note(const Zoom &shown, int gesture)
     if (views.size() == mostViews)
         views.erase(views.begin());
     views.push_back(shown);
+}
+
+void ZoomHistory::move(const IndexMap &map, const Range &all)
+{
+    for (Zoom &shown : views)
+        shown.x = map(shown.x.value_or(all));
 }
 
 std::optional<Zoom> ZoomHistory::back()

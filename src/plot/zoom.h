@@ -19,6 +19,15 @@ inline bool operator==(const Range &a, const Range &b)
     return a.min == b.min && a.max == b.max;
 }
 
+/// Where indices of the data before stand in the data that replace them.
+struct IndexMap {
+    double shift = 0;
+    double factor = 1;
+
+    double operator()(double index) const { return shift + factor * index; }
+    Range operator()(const Range &range) const { return {(*this)(range.min), (*this)(range.max)}; }
+};
+
 /// The part that is shown; nothing in a direction: all there is.
 struct Zoom {
     std::optional<Range> x; ///< point indices at the left and the right edge of the plot
@@ -42,6 +51,12 @@ Range zoomedAt(const Range &shown, const Range &all, double anchor, double facto
 /// The shown range moved by a distance, which ends at the edges of `all`.
 Range panned(const Range &shown, const Range &all, double distance);
 
+/// Whether a range holds another, but for what rounding does.
+bool covers(const Range &range, const Range &other);
+
+/// Whether two views are the same, but for what rounding does.
+bool areAlike(const Zoom &a, const Zoom &b);
+
 /// The shortest range of values that can be shown: what a float and a label can still tell apart.
 double smallestExtent(const Range &values);
 
@@ -54,6 +69,10 @@ public:
     ///                 not make a new entry until endGesture()
     void note(const Zoom &shown, int gesture);
     void endGesture() { lastGesture = 0; }
+    /// Lets the views stand for the same in other data.
+    ///
+    /// @param all  indices of the data before
+    void move(const IndexMap &map, const Range &all);
 
     bool isEmpty() const { return views.empty(); }
     /// The view before the last gesture, which leaves the history; none where it is empty.

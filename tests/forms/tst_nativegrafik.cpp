@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QDoubleSpinBox>
 #include <QLabel>
+#include <QProgressBar>
 #include <QRadioButton>
 #include <QTableWidget>
 #include <cmath>
@@ -252,6 +253,26 @@ void TestNativeGrafik::hugeRecordingInLittleMemory()
         QApplication::processEvents();
     }
     QVERIFY2(most - before < qint64(300) << 20, qPrintable(QString::number(most - before)));
+
+    // Home and Backspace reach beyond the part that is kept; what the user does meanwhile stays.
+    const auto seconds = [grafik] { return grafik->visibleRange().points * grafik->data().x.step; };
+    const auto begin = [grafik] {
+        return grafik->data().x.first + grafik->visibleRange().first * grafik->data().x.step;
+    };
+    const double partBegin = begin();
+    const double partSeconds = seconds();
+    const double allSeconds = 500000 * 0.0124928;
+    QTest::keyClick(grafik, Qt::Key_Home);
+    QTRY_VERIFY(std::abs(seconds() - allSeconds) < 1e-3);
+    QTest::keyClick(grafik, Qt::Key_Plus);
+    QTest::keyClick(grafik, Qt::Key_Plus);
+    QTRY_VERIFY_WITH_TIMEOUT(!window->findChild<QProgressBar *>()->isVisible(), 60000);
+    QVERIFY(seconds() < allSeconds * 0.7);
+    QTest::keyClick(grafik, Qt::Key_Backspace);
+    QTRY_VERIFY(std::abs(seconds() - allSeconds) < 1e-3);
+    QTest::keyClick(grafik, Qt::Key_Backspace);
+    QTRY_VERIFY(std::abs(seconds() - partSeconds) < 1e-3);
+    QVERIFY(std::abs(begin() - partBegin) < 1e-3);
 }
 
 ZRT_GUI_TEST_MAIN(TestNativeGrafik)

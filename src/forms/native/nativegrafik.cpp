@@ -170,7 +170,10 @@ void NativeGrafik::connectInputs()
             waterfall->setScale(float(ui->darkest->value()), float(ui->lightest->value()));
         });
     connect(ui->average, spinChanged, this, drawSoon);
-    connect(ui->wholeButton, &QPushButton::clicked, this, [this] { showPoints(0, npoints); });
+    connect(ui->wholeButton, &QPushButton::clicked, this, [this] {
+        grafik->noteView();
+        showPoints(0, npoints);
+    });
     connect(ui->fitButton, &QPushButton::clicked, this, &NativeGrafik::fitHeight);
     connect(ui->saveButton, &QPushButton::clicked, this, &NativeGrafik::saveSelection);
 
@@ -181,12 +184,22 @@ void NativeGrafik::connectInputs()
     });
     connect(&sumTimer, &QTimer::timeout, this, [this] { request(asked, true); });
     connect(loader, &NativeLoader::delivered, this, &NativeGrafik::takePicture);
-    connect(grafik, &PulsarGrafik::viewChanged, this, &NativeGrafik::followView);
+    connect(grafik, &PulsarGrafik::viewChanged, this, [this] {
+        if (pending && !isSettingData) // what the user does meanwhile counts
+            pending = visible();
+        followView();
+    });
+    connect(grafik, &PulsarGrafik::partWanted, this, [this](double first, double points) {
+        showPoints(drawn.first + first * drawn.step, points * drawn.step);
+    });
     connect(grafik, &PulsarGrafik::selectionChanged, this, [this] { statisticsTimer.start(); });
     connect(grafik, &PulsarGrafik::coordsChanged, this,
             [this](QPointF coords) { showCoords(coords); });
     connect(waterfall, &WaterfallView::pointed, this, &NativeGrafik::showWaterfallCoords);
-    connect(overview, &OverviewStrip::rangeWanted, this, &NativeGrafik::showPoints);
+    connect(overview, &OverviewStrip::rangeWanted, this, [this](double first, double points) {
+        grafik->noteView();
+        showPoints(first, points);
+    });
     connect(info, &NativeInfo::channelToggled, this, &NativeGrafik::toggleChannel);
     connect(info, &NativeInfo::allOnWanted, this, [this] { changeSwitches({}); });
 }
@@ -396,6 +409,7 @@ void NativeGrafik::drawCurves(const PointRange &part)
         plot.xOffset = int(first);
     plot.msPerPoint = header.tresolution * step * 1000;
     plot.x = {"time", "s", first * header.tresolution, step * header.tresolution, {}};
+    plot.wholeX = {-first / step, (npoints - first) / step};
     plot.textX1 = [first, step](int index) {
         return QString::number(qint64(std::floor(first + index * step)));
     };
@@ -411,14 +425,30 @@ void NativeGrafik::drawCurves(const PointRange &part)
         };
     plot.source = QStringList{"file " + file.path(), QString("module %1").arg(ui->module->value()),
                               QString("ray %1").arg(ui->ray->value())};
-    if (chosen.show == NativeShow::Sum || chosen.show == NativeShow::Waterfall)
+    const auto bands = std::size_t(header.channels - 1);
+    if (chosen.show == NativeShow::Sum || chosen.show == NativeShow::Waterfall) {
         plot.source << QString("dispersion %1 pc/cm^3").arg(chosen.dispersion);
+        if (bands >= 1 && bands <= header.fbands.size())
+            plot.source
+                << QString("reference frequency %1 MHz").arg(header.fbands[bands - 1], 0, 'g', 10);
+    }
+    if (!picture->window.samples)
+        plot.source << "least and greatest values of equal parts, not every sample";
 
     const QScopedValueRollback<bool> isSetting(isSettingData, true);
-    if (before.first != drawn.first || before.step != drawn.step)
-        grafik->clearSelection();
-    grafik->setData(std::move(plot));
-    grafik->setVisibleX((part.first - drawn.first) / drawn.step, part.points / drawn.step);
+    const double firstX = (part.first - first) / step;
+    const double pointsX = part.points / step;
+    const PlotData &shown = grafik->data();
+    const bool isOtherPart = before.first != first || before.step != step;
+    if (isOtherPart && !shown.messageMode && shown.yName == plot.yName) {
+        const Plot::IndexMap moved = {(before.first - first) / step, before.step / step};
+        grafik->setPart(std::move(plot), moved, firstX, pointsX);
+    } else {
+        if (isOtherPart)
+            grafik->clearSelection();
+        grafik->setData(std::move(plot));
+        grafik->setVisibleX(firstX, pointsX);
+    }
     overview->setPart(visible().first, visible().points);
 }
 

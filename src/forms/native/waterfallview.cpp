@@ -145,15 +145,17 @@ void WaterfallView::paintLabels(QPainter &painter) const
 
 void WaterfallView::mousePressEvent(QMouseEvent *event)
 {
+    // The plot's keys work after a click on the picture too.
+    if (plot)
+        plot->setFocus(Qt::MouseFocusReason);
     handOn(*event, 0);
 }
 
 void WaterfallView::mouseMoveEvent(QMouseEvent *event)
 {
-    if (event->buttons() != Qt::NoButton) {
-        handOn(*event, 1);
+    handOn(*event, 1); // the cursors' keys need the place of the pointer
+    if (event->buttons() != Qt::NoButton)
         return;
-    }
     const QRect inner = area();
     if (image.isNull() || !inner.contains(event->pos()))
         return;
