@@ -161,6 +161,13 @@ void TestCalculator::boundFields()
     QCOMPARE(typed("zrt2cat_culmPoint", "64090", "zrt2cat_time"), QString("10:13:20.66"));
     find<QComboBox>("tres")->setCurrentText("0.0999424");
     QCOMPARE(find("zrt2cat_culmPoint")->text(), QString("8011")); // 800.66 s: 8011.21
+    find<QComboBox>("tres")->clearEditText();
+    window.show();
+    QApplication::setActiveWindow(&window);
+    find<QComboBox>("tres")->setFocus();
+    QTest::keyClicks(find<QComboBox>("tres"), "0.01"); // the beginning of a listed one
+    QCOMPARE(find("zrt2cat_culmPoint")->text(), QString("80066"));
+    find<QComboBox>("tres")->setCurrentText("0.0999424");
     typed("zrt2cat_culmPoint", "36021", "zrt2cat_time");
     QCOMPARE(style("zrt2cat_culmPoint"), failing); // 3600.03 s
     QCOMPARE(pointOfTime(timeOfPoint("00:00:00", "3599", "0.003072"), "0.003072"), "3599");

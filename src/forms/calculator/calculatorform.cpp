@@ -56,6 +56,7 @@ CalculatorForm::CalculatorForm(QWidget *parent) : QWidget(parent), ui(new Ui::Ca
     ui->setupUi(this);
     // Rich text does not take its classes from the style sheet of the application by itself.
     ui->textInfo->document()->setDefaultStyleSheet(qApp->styleSheet());
+    ui->tres->setCompleter(nullptr); // it would make "0.0124928" of a typed "0.01"
     setReportFont(startFont);
     const int widestResult = ui->zrt2cat_delta->fontMetrics().horizontalAdvance("-00°00′00.00″");
     ui->zrt2cat_alfa->setMinimumWidth(widestResult + fieldMargins);
