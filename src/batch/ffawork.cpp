@@ -208,13 +208,13 @@ private:
             if (!showProgress(percent * 9 / 10))
                 calculate.cancel();
         });
-        const double noise =
-            Tools::estimateFfa(parameters.ffa, calculate.ffaPoints(), data.tresolution)
-                .noiseMaximum;
         if (!calculate.run("createFFA"))
             return calculate.wasCancelled() ? Failure{ExitCode::TryLater, "Stopped."}
                                             : refusalOf(calculate, selected, file.path());
         const FfaResult &ffa = *calculate.result().ffa;
+        const double noise =
+            Tools::estimateFfa(parameters.ffa, calculate.ffaPoints(), data.tresolution)
+                .noiseMaximum;
         const double threshold = request.threshold.value_or(noise);
         const std::vector<FfaCandidate> peaks =
             Tools::findCandidates(ffa, threshold, request.most,
@@ -364,8 +364,11 @@ qint64 memoryOf(const FfaRequest &request, const RecordingFile &file)
     const PulsarParameters parameters =
         parametersOf(request, header, dispersionsOf(request, header).front());
     const int points = PulsarCalculate(header, parameters).ffaPoints();
+    // Parameters with problems have no size; the search will refuse them.
+    const bool isSearch =
+        points > 0 && Tools::findFfaProblems(parameters.ffa, points, header.tresolution).empty();
     const double search =
-        points > 0 ? Tools::estimateFfa(parameters.ffa, points, header.tresolution).bytes : 0;
+        isSearch ? Tools::estimateFfa(parameters.ffa, points, header.tresolution).bytes : 0;
     // Copies of the series, of doubles and of floats.
     const qint64 series = 5 * qint64(sizeof(double)) * std::max(points, 0);
     const qint64 ray = memoryOfRay(file, header.npoints);

@@ -153,6 +153,8 @@ void TestProgram::failures_data()
     QTest::newRow("no such ray") << "fold --ray 9 short.pnt" << 65 << "Error ray";
     QTest::newRow("short stretch") << "sum --ray 1 short.pnt" << 65 << "need more than 16384";
     QTest::newRow("no such time") << "sum --utc 01:00:00 demo.pnt" << 65 << "not in the recording";
+    QTest::newRow("bins beyond all samples")
+        << "ffa --bins-min 2147483647 --bins-max 2147483647 demo.pnt" << 65 << "period_min >=";
     QTest::newRow("no periods") << "ffa --period-min 9 --period-max 1 demo.pnt" << 65 << "eriod";
     QTest::newRow("no result") << "plot demo.pnt" << 65 << "no result of zrt-batch";
     QTest::newRow("no curve") << "plot candidates.txt" << 65 << "ffa --plot";
