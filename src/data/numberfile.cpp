@@ -262,7 +262,7 @@ public:
         if (isResult)
             file.header = QString::fromUtf8(header.text).split('\n', Qt::SkipEmptyParts);
         else
-            in.seek(0);
+            seekText();
         begin = in.pos();
         if (isResult && !restIsText())
             readBlocks(progress, cancelled);
@@ -279,6 +279,15 @@ public:
     }
 
 private:
+    // The mark that some editors put in front of text is no part of its first number.
+    void seekText()
+    {
+        const QByteArray mark = "\xEF\xBB\xBF";
+        in.seek(0);
+        if (in.peek(mark.size()) == mark)
+            in.seek(mark.size());
+    }
+
     bool restIsText()
     {
         const QByteArray look = in.peek(256);
@@ -333,6 +342,11 @@ private:
             if (room(block.size() / qint64(sizeof(float))))
                 parser.add(block.constData(), block.constData() + block.size());
         });
+        // A row that was cut off by the limit is left out, unless it is all there is.
+        if (file.table.rows() == 0 && file.table.openLength() > 0)
+            file.table.endRow();
+        else
+            file.table.dropOpenRow();
     }
 
     // A block of values in lines of one number is a row.

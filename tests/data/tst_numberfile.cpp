@@ -78,6 +78,7 @@ void TestNumberFile::read_data()
     row("one column, no last line end", "1\n-2.5e3\n+3", "1|-2500|3");
     row("rows end with a blank, one row is empty", "1 2 \n\n 3\t4 \r\n", "1 2|3 4");
     row("marks keep the columns", "1, 2;3\n4,,5\n;6,\n", "1 2 3|4 nan 5|nan 6");
+    row("mark of an editor", "\xEF\xBB\xBF 1 2\n3 4\n", "1 2|3 4");
     row("no numbers", "1\nabc\n2 x3\n0x10\n4+5\n+-1\n7\n", "1|7",
         "Line 2 skipped: \"abc\"\nLine 3 skipped: \"x3\"\nLine 4 \nLine 5 \nLine 6 ");
     row("bad word in the middle drops the row", "1 2\n3 x 4\n5 6\n", "1 2|5 6", "Line 2 ");
@@ -166,6 +167,9 @@ void TestNumberFile::limitAndCancel()
     const NumberFile part = Tools::readNumberFile(path, 9);
     QCOMPARE(textOf(part.table), QString("1 2|3 4"));
     QVERIFY(!part.isWhole);
+    const QString blocks = file(resultHeader(3, 2) + floats({1, 2, 3, 4, 5, 6}));
+    QCOMPARE(textOf(Tools::readNumberFile(blocks, 8).table), QString("1 2"));
+    QCOMPARE(textOf(Tools::readNumberFile(blocks, 20).table), QString("1 2 3"));
     QVERIFY(Tools::readNumberFile(path, 100, {}, [] { return true; }).wasCancelled);
 }
 
