@@ -17,7 +17,9 @@ FoldedProfile fold(const double *samples, int count, double period, int bins, in
     for (int i = 0; i < count; ++i) {
         // Phase of the sample's begin and end, in bins. The end may lie in the next period.
         const double time = double(firstSample) + i;
-        const double begin = (time - std::floor(time / period) * period) * binsPerSample;
+        // The quotient may be rounded up to a whole number of periods that end after the sample.
+        const double phase = std::max(0.0, time - std::floor(time / period) * period);
+        const double begin = phase * binsPerSample;
         const double end = begin + binsPerSample;
         for (double low = begin; low < end;) {
             const double bin = std::floor(low);
