@@ -42,11 +42,23 @@ QString parameterOf(const QString &message)
     return message.mid(message.startsWith("Must have: ") ? 11 : 0).section(' ', 0, 0);
 }
 
-// Values of noise of one standard deviation.
+// Values of noise of about one standard deviation, the mean of theirs.
 struct NoiseValues {
     double count = 0;
-    double sigma = 1;
+    double sigma = 0;
+
+    void add(double moreValues, double theirSigma)
+    {
+        count += moreValues;
+        if (moreValues > 0)
+            sigma += (theirSigma - sigma) * moreValues / count;
+    }
 };
+
+// Standard deviations that differ by less count as one: a search has up to some ten thousand
+// downsamplings with as many widths, and the maximum does not tell them apart.
+constexpr double sigmaStep = 1.0 / 1024;
+constexpr double largestNoise = 4; // those of a search lie close to 1
 
 double expectedMaximum(const std::vector<NoiseValues> &noise)
 {
@@ -56,6 +68,8 @@ double expectedMaximum(const std::vector<NoiseValues> &noise)
         const double middle = (low + high) / 2;
         double exponent = 0; // logarithm of the probability that all values are below
         for (const NoiseValues &values : noise) {
+            if (!(values.count > 0))
+                continue;
             const double tail = std::erfc(middle / values.sigma / std::sqrt(2.0)) / 2;
             exponent += values.count * std::log1p(-tail);
         }
@@ -159,7 +173,7 @@ FfaEstimate estimateFfa(const FfaParameters &ffa, int points, double tsamp)
     estimate.widths = int(widths.size());
     const double perBin = sumTime + widthTime * estimate.widths;
     double nanoseconds = 0;
-    std::vector<NoiseValues> noise;
+    std::vector<NoiseValues> noise(std::size_t(largestNoise / sigmaStep) + 1);
     const Ffa::SearchPlan plan(quint64(points), tsamp, ffa.period_min, ffa.period_max, ffa.bins_min,
                                ffa.bins_max);
     for (qint64 i = 0; const auto step = plan.step(i); ++i) {
@@ -175,8 +189,11 @@ FfaEstimate estimateFfa(const FfaParameters &ffa, int points, double tsamp)
         }
         const double f = step->factor;
         const double v = Ffa::downsampledVariance(quint64(points), f);
-        for (const double w : widths)
-            noise.push_back({profileBins / w, std::sqrt(((w - 1) * f + v) / (w * v))});
+        for (const double w : widths) {
+            const double sigma = std::sqrt(((w - 1) * f + v) / (w * v));
+            const double place = std::clamp(sigma, 0.0, largestNoise) / sigmaStep;
+            noise[std::size_t(place)].add(profileBins / w, sigma);
+        }
     }
     estimate.seconds = nanoseconds * 1e-9;
     estimate.noiseMaximum = expectedMaximum(noise);
