@@ -201,11 +201,11 @@ private:
             float *const samples = corrected->ray(0, channel, 0);
             std::copy_n(window.samples[0][channel][0], window.npoints, samples);
             auto &steps = picture.steps[std::size_t(channel)];
-            steps = Tools::findLevelSteps(samples, window.npoints);
+            steps = Tools::findLevelSteps(samples, window.npoints, isWanted);
             Tools::removeLevelSteps(samples, window.npoints, steps);
         }
         window.samples = Samples(corrected);
-        return true;
+        return isWanted();
     }
 
     // Chunk by chunk; of each only its columns are kept.
@@ -229,7 +229,8 @@ private:
             const int columns = std::min(step, reduction.columns - column);
             Stretch stretch = chosen;
             stretch.first = reduction.columnFirst(column) - reach.before;
-            stretch.count = reduction.columnFirst(column + columns) + reach.after - stretch.first;
+            // in this order, for a recording may end at the last point that an int can count
+            stretch.count = reduction.columnFirst(column + columns) - stretch.first + reach.after;
             stretch.wraps = true;
             const StretchReading reading = file.read(stretch, hooks);
             if (reading.end == StretchEnd::Cancelled)
