@@ -169,10 +169,10 @@ void MainWindow::openDirectory(const QString &caption)
         new Form(path, this);
 }
 
-// Opens without asking. Not while a loop of the form is on the stack.
+// Opens without asking. Not while a loop of the form is on the stack, or a dialog of it.
 void MainWindow::open(QAction *command, const QString &path)
 {
-    if (!ui->menubar->isEnabled())
+    if (!ui->menubar->isEnabled() || QApplication::activeModalWidget())
         return;
     givenPath = path;
     command->trigger();
