@@ -88,6 +88,9 @@ public:
     std::optional<SelectedRange> selectedRange() const;
     void clearSelection();
 
+    /// Whether the pointer is dragging what is shown.
+    bool isPanned() const { return panFrom.has_value(); }
+
     /// The selected rectangle in pixels of the widget: its left upper corner, and as its size
     /// the way to the right lower one. Null when nothing is selected.
     QRect selection() const { return marks.selection; }

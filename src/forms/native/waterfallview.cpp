@@ -2,6 +2,7 @@
 
 #include "plot/colourmap.h"
 #include "plot/plotgeometry.h"
+#include "plot/pulsargrafik.h"
 
 #include <QApplication>
 #include <QMouseEvent>
@@ -189,13 +190,16 @@ void WaterfallView::wheelEvent(QWheelEvent *event)
     event->accept();
 }
 
-// A drag over the picture is one over the whole height of the plot.
+// A rectangle over the picture is one over the whole height of the plot. What drags the plot
+// along stays at one height.
 //
 // height  0 for its top, 1 for its bottom
 void WaterfallView::handOn(const QMouseEvent &event, double height) const
 {
     if (!plot)
         return;
+    if (plot->isPanned())
+        height = 0;
     const int top = Plot::marginTop + 1;
     const int bottom = plot->height() - Plot::marginBottom - 1;
     const QPointF place(event.localPos().x(), top + height * (bottom - top));

@@ -4,6 +4,8 @@
 #include <QWidget>
 #include <vector>
 
+class PulsarGrafik;
+
 /// A picture of time against frequency that stands above a plot and shares its X axis: it has
 /// the plot's left and right margins, and hands wheel and drags on to the plot below.
 class WaterfallView : public QWidget {
@@ -22,7 +24,7 @@ public:
     explicit WaterfallView(QWidget *parent = nullptr);
 
     /// @param plotBelow  of the same width; outlives the view
-    void setPlot(QWidget *plotBelow) { plot = plotBelow; }
+    void setPlot(PulsarGrafik *plotBelow) { plot = plotBelow; }
     /// Band centres, MHz, in the order of the file; empty: rows are numbered. The highest
     /// frequency stands on top.
     void setFrequencies(const std::vector<double> &fbands, int bands);
@@ -55,7 +57,7 @@ private:
     void paintLabels(QPainter &painter) const;
     void handOn(const QMouseEvent &event, double height) const;
 
-    QWidget *plot = nullptr;
+    PulsarGrafik *plot = nullptr;
     std::vector<int> bandOfRow; // of the rows of the screen, from the top
     std::vector<double> frequencies;
     Picture picture;
