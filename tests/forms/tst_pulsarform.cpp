@@ -1,3 +1,4 @@
+#include "app/channelswitches.h"
 #include "app/mainwindow.h"
 #include "app/settings.h"
 #include "forms/pulsar/pulsarform.h"
@@ -47,6 +48,7 @@ private slots:
     void refusedFiles();
     void actionIsNeeded();
     void spectrum();
+    void channelsAreLeftOutWhenAskedFor();
     void everyMethodRecomputes();
     void fourDispersions();
     void refusals_data();
@@ -196,6 +198,25 @@ void TestPulsarForm::spectrum()
     find<QSpinBox>("maxSigma")->setValue(9);
     find<QPushButton>("redrawMaxSigmaButton")->click();
     QVERIFY2(report().contains("Harmonics >= 9 sigma"), qPrintable(report()));
+}
+
+void TestPulsarForm::channelsAreLeftOutWhenAskedFor()
+{
+    std::vector<bool> off(33, false);
+    off[3] = off[20] = true;
+    ChannelSwitches::save(file(sines), off);
+    openForm();
+    type("dispersion", "0");
+    find<QRadioButton>("noiseWithout")->setChecked(true);
+    find<QRadioButton>("sumChannelsDemoNoise")->click();
+    const PlotData &plot = find<PulsarGrafik>("grafik")->data();
+    QCOMPARE(plot.graphs[0][0], 320.0f);
+    QVERIFY(!report().contains("left out"));
+    find<QCheckBox>("leaveOutChannels")->click();
+    find<QPushButton>("pushButton")->click();
+    QCOMPARE(plot.graphs[0][0], 300.0f);
+    QVERIFY(report().contains("channels left out: 4, 21"));
+    QVERIFY(plot.source.contains("channels left out: 4, 21"));
 }
 
 void TestPulsarForm::everyMethodRecomputes()

@@ -9,6 +9,7 @@
 #include "forms/fieldstyles.h"
 #include "forms/pulsar/pulsartexts.h"
 #include "forms/readrecording.h"
+#include "forms/switchedchannels.h"
 #include "plot/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "plot/pulsargrafikinfo.h"
@@ -73,6 +74,7 @@ PulsarForm::PulsarForm(const QString &path, QWidget *parent)
     PulsarParameters presets;
     readDispersions(presets);
     fillCentralWidget(this, grafik, info);
+    offerSwitchedChannels(ui->leaveOutChannels, path, data.channels);
     connectInputs();
     lastValues = std::make_unique<LastValues>(this);
     ui->sumChannelsAndFourier->setFocus();
@@ -148,6 +150,11 @@ void PulsarForm::copyCommand()
         showError(this, "Check Action!");
         return;
     }
+    if (!takesPoints(action) && ui->leaveOutChannels->isChecked()) {
+        showError(this, "The batch program computes with all channels; uncheck \"" +
+                            ui->leaveOutChannels->text() + "\" first.");
+        return;
+    }
     clearMarks();
     std::optional<PulsarParameters> parameters = readParameters();
     if (!parameters)
@@ -165,7 +172,15 @@ void PulsarForm::compute(const QString &action, int points)
         return;
     parameters->points = points;
 
-    auto next = std::make_unique<PulsarCalculate>(data, *parameters);
+    // What a single channel shows is there whether the channel is on or off.
+    const SwitchedRecording recording =
+        takesPoints(action) ? SwitchedRecording{data, {}}
+                            : switchedRecording(data, ui->leaveOutChannels, recordingPath);
+    if (!recording.data.samples) {
+        showError(this, "There is no memory to leave out channels.");
+        return;
+    }
+    auto next = std::make_unique<PulsarCalculate>(recording.data, *parameters);
     if (!runShowingProgress(*next, action)) {
         if (!next->wasCancelled())
             reportFailure(*next);
@@ -175,6 +190,7 @@ void PulsarForm::compute(const QString &action, int points)
     shownParameters = *parameters;
     shownAction = action;
     shownUnreadable = unreadableFields;
+    shownLeftOut = recording.note;
     wantedPoints = points;
     showResult();
 }
@@ -381,6 +397,8 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, const
     plot.yUnit = shownParameters.normalise ? "sigma" : "";
     plot.source = FormTexts::source(recordingPath, shownAction, data, shownParameters,
                                     !takesPoints(shownAction));
+    if (!shownLeftOut.isEmpty())
+        plot.source << shownLeftOut;
     for (const int marker : result.markers) {
         if (marker < count)
             plot.markers.push_back(marker);
@@ -407,6 +425,8 @@ void PulsarForm::showTexts(const QString &description, const QStringList &names,
     report << result.remarks;
     if (!readProblem.isEmpty())
         report << readProblem;
+    if (!shownLeftOut.isEmpty())
+        report << shownLeftOut;
     for (const QString &field : std::as_const(shownUnreadable))
         report << "\"" + field + "\" is no number and counts as 0.";
 

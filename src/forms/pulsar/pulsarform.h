@@ -86,5 +86,6 @@ private:
     PulsarParameters shownParameters;
     QString shownAction;
     QStringList shownUnreadable;
+    QString shownLeftOut;          // a note on the channels that are switched off
     std::optional<int> shownMulti; // index of the one result that is shown alone
 };
