@@ -11,6 +11,7 @@
 #include "forms/fieldstyles.h"
 #include "forms/pulsar/pulsartexts.h"
 #include "forms/readrecording.h"
+#include "forms/switchedchannels.h"
 #include "plot/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "ui_ffaform.h"
@@ -90,6 +91,7 @@ FfaForm::FfaForm(const QString &path, QWidget *parent)
     fillCentralWidget(this, splitter, nullptr);
 
     fillPresets();
+    offerSwitchedChannels(ui->leaveOutChannels, path, data.channels);
     connectInputs();
     showEstimate();
     lastValues = std::make_unique<LastValues>(this);
@@ -274,6 +276,11 @@ bool FfaForm::showPercent(int percent)
 // Puts the call of the batch program that does what "Search" does onto the clipboard.
 void FfaForm::copyCommand()
 {
+    if (ui->leaveOutChannels->isEnabled() && ui->leaveOutChannels->isChecked()) {
+        showError(this, "The batch program computes with all channels; uncheck \"" +
+                            ui->leaveOutChannels->text() + "\" first.");
+        return;
+    }
     PulsarParameters parameters;
     const std::vector<FfaProblem> problems = findProblems(parameters);
     showProblems(problems);
@@ -299,7 +306,13 @@ void FfaForm::search()
         focusField(problems[0].parameter);
         return;
     }
-    auto next = std::make_unique<PulsarCalculate>(data, parameters);
+    const SwitchedRecording recording =
+        switchedRecording(data, ui->leaveOutChannels, recordingPath);
+    if (!recording.data.samples) {
+        showError(this, "There is no memory to leave out channels.");
+        return;
+    }
+    auto next = std::make_unique<PulsarCalculate>(recording.data, parameters);
     connect(next.get(), &PulsarCalculate::progress, this, [this, &next](int percent) {
         if (!showPercent(percent))
             next->cancel();
@@ -329,6 +342,7 @@ void FfaForm::search()
     next->disconnect(this);
     calculate = std::move(next);
     searched = parameters;
+    leftOut = recording.note;
     noiseMaximum = estimate.noiseMaximum;
     candidates = std::move(found);
     showResult();
@@ -354,6 +368,8 @@ void FfaForm::showResult()
             calculate->result().remarks.mid(0, calculate->result().remarks.size() - 1).join("\n");
     if (!readProblem.isEmpty())
         noise += "\n" + readProblem;
+    if (!leftOut.isEmpty())
+        noise += "\n" + leftOut;
     const Settings *const settings = Settings::instance();
     const QString folder =
         settings->lastSavePath().isEmpty() ? settings->lastOpenPath() : settings->lastSavePath();
@@ -387,6 +403,8 @@ QStringList FfaForm::sourceLines() const
     lines << calculate->result().description.split('\n');
     lines << QString("S/N that white noise is expected to reach: %1").arg(noiseMaximum, 0, 'f', 2);
     lines << calculate->result().remarks;
+    if (!leftOut.isEmpty())
+        lines << leftOut;
     return lines;
 }
 

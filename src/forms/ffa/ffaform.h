@@ -82,6 +82,7 @@ private:
     // The last successful search, and what is shown of it.
     std::unique_ptr<PulsarCalculate> calculate;
     PulsarParameters searched;
+    QString leftOut; // a note on the channels that are switched off
     double noiseMaximum = 0;
     std::vector<FfaCandidate> candidates;
     std::shared_ptr<const FfaSpectrum> spectrum;

@@ -150,7 +150,8 @@ void PulsarForm::copyCommand()
         showError(this, "Check Action!");
         return;
     }
-    if (!takesPoints(action) && ui->leaveOutChannels->isChecked()) {
+    if (!takesPoints(action) && ui->leaveOutChannels->isEnabled() &&
+        ui->leaveOutChannels->isChecked()) {
         showError(this, "The batch program computes with all channels; uncheck \"" +
                             ui->leaveOutChannels->text() + "\" first.");
         return;
