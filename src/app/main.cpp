@@ -1,7 +1,9 @@
 #include "app/mainwindow.h"
+#include "app/settings.h"
 
 #include <QApplication>
 #include <QFile>
+#include <QScreen>
 
 int main(int argc, char **argv)
 {
@@ -13,6 +15,10 @@ int main(int argc, char **argv)
 
     MainWindow window;
     window.setWindowTitle("ZRT-Analytics-2");
+    // A first window has its status bar in sight on small screens too.
+    constexpr double mostOfScreen = 0.95;
+    if (!Settings::store().contains("geometry"))
+        window.resize(window.size().boundedTo(window.screen()->availableSize() * mostOfScreen));
     window.show();
     return QApplication::exec();
 }
