@@ -143,9 +143,9 @@ QString writeFailure(const QString &path, const QString &reason)
         .arg(path, reason);
 }
 
-QString savePng(QIODevice &file, const PictureContent &content)
+QString savePng(QIODevice &file, const Drawing &drawing)
 {
-    QImage image(content.size * pngScale, QImage::Format_RGB32);
+    QImage image(drawing.size * pngScale, QImage::Format_RGB32);
     if (image.isNull())
         return "there is not enough memory for the picture";
     image.setDotsPerMeterX(int(screenDpi * pngScale * inchesPerMeter));
@@ -153,41 +153,55 @@ QString savePng(QIODevice &file, const PictureContent &content)
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.scale(pngScale, pngScale);
-    drawPlot(painter, content);
+    drawing.draw(painter);
     painter.end();
     return image.save(&file, "PNG") ? QString() : file.errorString();
 }
 
-QString saveSvg(QIODevice &file, const PictureContent &content)
+QString saveSvg(QIODevice &file, const Drawing &drawing)
 {
     QSvgGenerator svg;
     svg.setOutputDevice(&file);
     svg.setResolution(int(screenDpi));
-    svg.setSize(content.size);
-    svg.setViewBox(QRect(QPoint(0, 0), content.size));
-    svg.setTitle(content.data.source.join("; "));
+    svg.setSize(drawing.size);
+    svg.setViewBox(QRect(QPoint(0, 0), drawing.size));
+    svg.setTitle(drawing.title);
     QPainter painter;
     if (!painter.begin(&svg))
         return file.errorString();
-    drawPlot(painter, content);
+    drawing.draw(painter);
     return {};
 }
 
-QString savePdf(QIODevice &file, const PictureContent &content)
+QString savePdf(QIODevice &file, const Drawing &drawing)
 {
     constexpr double pointsPerInch = 72;
     QPdfWriter pdf(&file);
     pdf.setResolution(pdfDpi);
-    pdf.setPageSize(QPageSize(QSizeF(content.size) * pointsPerInch / screenDpi, QPageSize::Point,
+    pdf.setPageSize(QPageSize(QSizeF(drawing.size) * pointsPerInch / screenDpi, QPageSize::Point,
                               {}, QPageSize::ExactMatch));
     pdf.setPageMargins(QMarginsF());
-    pdf.setTitle(content.data.source.join("; "));
+    pdf.setTitle(drawing.title);
     QPainter painter;
     if (!painter.begin(&pdf))
         return file.errorString();
     painter.scale(pdfDpi / screenDpi, pdfDpi / screenDpi);
-    drawPlot(painter, content);
+    drawing.draw(painter);
     return {};
+}
+
+QString writeDrawing(QIODevice &device, const QString &kind, const Drawing &drawing)
+{
+    return kind == "png"   ? savePng(device, drawing)
+           : kind == "svg" ? saveSvg(device, drawing)
+                           : savePdf(device, drawing);
+}
+
+// Only as long as the content is there.
+Drawing drawingOf(const PictureContent &content)
+{
+    return {content.size, content.data.source.join("; "),
+            [&content](QPainter &painter) { drawPlot(painter, content); }};
 }
 
 } // namespace
@@ -221,12 +235,15 @@ void drawPlot(QPainter &painter, const PictureContent &content)
 
 QString writePicture(QIODevice &device, const QString &kind, const PictureContent &content)
 {
-    return kind == "png"   ? savePng(device, content)
-           : kind == "svg" ? saveSvg(device, content)
-                           : savePdf(device, content);
+    return writeDrawing(device, kind, drawingOf(content));
 }
 
 QString savePicture(const QString &path, const PictureContent &content)
+{
+    return saveDrawing(path, drawingOf(content));
+}
+
+QString saveDrawing(const QString &path, const Drawing &drawing)
 {
     const QString kind = QFileInfo(path).suffix().toLower();
     if (kind != "png" && kind != "svg" && kind != "pdf")
@@ -234,7 +251,7 @@ QString savePicture(const QString &path, const PictureContent &content)
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return writeFailure(path, file.errorString());
-    const QString failure = writePicture(file, kind, content);
+    const QString failure = writeDrawing(file, kind, drawing);
     if (!failure.isEmpty())
         return writeFailure(path, failure);
     return file.commit() ? QString() : writeFailure(path, file.errorString());

@@ -27,10 +27,21 @@ struct PictureContent {
 /// paint device. One unit of the painter is a pixel of the screen.
 void drawPlot(QPainter &painter, const PictureContent &content);
 
-/// Writes the plot as drawPlot() draws it, whole or not at all. The end of the name decides what
-/// it becomes: ".svg", ".pdf" with one page of its size, or ".png" with three times the pixels.
+/// Something that is drawn, and what it says of itself in a file. One unit of the painter is a
+/// pixel of the screen.
+struct Drawing {
+    QSize size; ///< on a screen, pixels
+    QString title;
+    std::function<void(QPainter &painter)> draw;
+};
+
+/// Writes a drawing to a file, whole or not at all. The end of the name decides what it becomes:
+/// ".svg", ".pdf" with one page of its size, or ".png" with three times the pixels.
 ///
 /// @return why it failed, for the user; empty on success
+QString saveDrawing(const QString &path, const Drawing &drawing);
+
+/// Writes the plot as drawPlot() draws it, as above.
 QString savePicture(const QString &path, const PictureContent &content);
 
 /// The same to a device.

@@ -4,12 +4,11 @@
 #include "plot/plotexport.h"
 #include "plot/plotlegend.h"
 #include "plot/pulsargrafik.h"
+#include "plot/savedialog.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
-#include <QDir>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QMenu>
 #include <QMessageBox>
@@ -17,26 +16,7 @@
 
 namespace {
 
-const char pictureFilters[] = "PNG picture (*.png);;SVG drawing (*.svg);;PDF document (*.pdf)";
 const char tableFilter[] = "Table, comma separated (*.csv)";
-
-// Empty when the user chose none. A name without an ending gets that of the chosen kind.
-QString askForPath(QWidget *parent, const QString &title, const QString &folder,
-                   const QString &name, const QString &filters)
-{
-    QString filter;
-    QString path =
-        QFileDialog::getSaveFileName(parent, title, folder + "/" + name, filters, &filter);
-    if (path.isEmpty() || !QFileInfo(path).suffix().isEmpty())
-        return path;
-    path += filter.section("*", 1).section(")", 0, 0);
-    const bool replaces =
-        !QFileInfo::exists(path) ||
-        QMessageBox::question(parent, title,
-                              path + " already exists.\nDo you want to replace it?") ==
-            QMessageBox::Yes;
-    return replaces ? path : QString();
-}
 
 } // namespace
 
@@ -89,7 +69,8 @@ QString PulsarGrafik::savePicture(const QString &path) const
 
 void PulsarGrafik::askAndSavePicture()
 {
-    const QString path = askForPath(this, "Save picture", saveFolder, "plot.png", pictureFilters);
+    const QString path =
+        Plot::askForPath(this, "Save picture", saveFolder, "plot.png", Plot::pictureFilters);
     if (!path.isEmpty())
         report(path, savePicture(path));
 }
@@ -97,7 +78,7 @@ void PulsarGrafik::askAndSavePicture()
 void PulsarGrafik::askAndSaveSamples()
 {
     const auto selection = selectedRange();
-    const QString path = askForPath(this, "Save data", saveFolder, "plot.csv", tableFilter);
+    const QString path = Plot::askForPath(this, "Save data", saveFolder, "plot.csv", tableFilter);
     if (path.isEmpty())
         return;
     QProgressDialog progress("Writing " + QFileInfo(path).fileName(), "Cancel", 0, 100, this);

@@ -4,6 +4,7 @@
 #include "forms/native/nativegrafik.h"
 #include "forms/native/overviewstrip.h"
 #include "forms/native/waterfallview.h"
+#include "plot/picturemenu.h"
 #include "support/messageboxcatcher.h"
 #include "support/recordings.h"
 #include "support/testmain.h"
@@ -144,6 +145,18 @@ void TestNativeGrafik::viewAndSelectionSurviveChanges()
     QTRY_VERIFY2(find<QLabel>("statistics")->text().contains(selected),
                  qPrintable(find<QLabel>("statistics")->text()));
     QVERIFY(find<QLabel>("statistics")->text().contains("S/N"));
+
+    // A saved picture has the colours of the screen, three pixels for each.
+    const QString path = folder.filePath("picture.png");
+    QCOMPARE(waterfall->findChild<PictureMenu *>()->savePicture(path), QString());
+    const QImage saved(path);
+    const QImage screen = waterfall->grab().toImage();
+    QCOMPARE(saved.size(), 3 * screen.size());
+    int same = 0;
+    for (int x = left; x < left + width; ++x)
+        same += saved.pixel(3 * x + 1, 3 * 60 + 1) == screen.pixel(x, 60);
+    QVERIFY2(same > width * 9 / 10, qPrintable(QString("%1 of %2").arg(same).arg(width)));
+
     find<QRadioButton>("showChannel")->setChecked(true);
     QTRY_COMPARE(grafik->data().names.value(0), QString("channel 1"));
     QCOMPARE(grafik->visibleRange().first, 2990.0);

@@ -5,6 +5,7 @@
 #include "forms/arrays/arrayreading.h"
 #include "forms/arrays/arraysform.h"
 #include "forms/arrays/arraysinfo.h"
+#include "forms/savefolder.h"
 #include "plot/pulsargrafik.h"
 #include "ui_arraysdirform.h"
 
@@ -50,6 +51,7 @@ ArraysDirForm::ArraysDirForm(const QString &path, QWidget *parent)
         return;
     }
     grafik = new PulsarGrafik(this);
+    shareSaveFolder(grafik);
     info = new ArraysInfo(grafik, this);
     grafik->setObjectName("grafik");
     fillCentralWidget(this, grafik, info);

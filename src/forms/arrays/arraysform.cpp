@@ -6,6 +6,8 @@
 #include "forms/arrays/arraysinfo.h"
 #include "forms/arrays/greypicture.h"
 #include "forms/pulsar/pulsartexts.h"
+#include "forms/savefolder.h"
+#include "plot/picturemenu.h"
 #include "plot/pulsargrafik.h"
 #include "ui_arraysform.h"
 
@@ -44,6 +46,8 @@ ArraysForm::ArraysForm(const QString &filePath, QWidget *parent)
     stack = new QStackedWidget(this);
     grafik = new PulsarGrafik;
     picture = new GreyPicture;
+    shareSaveFolder(grafik);
+    shareSaveFolder(new PictureMenu(picture));
     info = new ArraysInfo(grafik, this);
     grafik->setObjectName("grafik");
     picture->setObjectName("picture");

@@ -11,6 +11,7 @@
 #include "forms/fieldstyles.h"
 #include "forms/pulsar/pulsartexts.h"
 #include "forms/readrecording.h"
+#include "forms/savefolder.h"
 #include "forms/switchedchannels.h"
 #include "plot/plotgeometry.h"
 #include "plot/pulsargrafik.h"
@@ -82,6 +83,7 @@ FfaForm::FfaForm(const QString &path, QWidget *parent)
     splitter->setChildrenCollapsible(false);
     results = new FfaResults(splitter);
     grafik = new PulsarGrafik;
+    shareSaveFolder(grafik);
     grafik->setObjectName("grafik");
     grafik->showMessage("Press Search");
     splitter->insertWidget(0, grafik); // inserted last, so that the keyboard reaches it last

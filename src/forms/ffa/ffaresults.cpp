@@ -3,6 +3,8 @@
 #include "app/directoryof.h"
 #include "app/errorbox.h"
 #include "app/settings.h"
+#include "forms/savefolder.h"
+#include "plot/picturemenu.h"
 #include "ui_ffaresults.h"
 
 #include <QClipboard>
@@ -37,6 +39,7 @@ FfaResults::FfaResults(QWidget *parent) : QWidget(parent), ui(new Ui::FfaResults
     connect(ui->saveButton, &QPushButton::clicked, this, &FfaResults::saveTable);
     connect(ui->refineButton, &QPushButton::clicked, this, &FfaResults::refineRequested);
     ui->candidates->installEventFilter(this);
+    shareSaveFolder(new PictureMenu(ui->foldView));
 }
 
 FfaResults::~FfaResults() = default;

@@ -15,6 +15,8 @@
 #include "forms/native/overviewstrip.h"
 #include "forms/native/waterfallview.h"
 #include "forms/pulsar/pulsartexts.h"
+#include "forms/savefolder.h"
+#include "plot/picturemenu.h"
 #include "ui_nativegrafik.h"
 
 #include <QFileDialog>
@@ -105,10 +107,8 @@ QWidget *NativeGrafik::makeMiddle()
     grafik->setObjectName("grafik");
     overview->setObjectName("overview");
     waterfall->setPlot(grafik);
-    grafik->setSaveFolder(Settings::instance()->lastSavePath());
-    connect(grafik, &PulsarGrafik::fileSaved, Settings::instance(), [](const QString &saved) {
-        Settings::instance()->setLastSavePath(QFileInfo(saved).path());
-    });
+    shareSaveFolder(grafik);
+    shareSaveFolder(new PictureMenu(waterfall));
     waterfall->setFrequencies(file.header().fbands, file.header().channels - 1);
     overview->setRecording(npoints);
     layout->addWidget(waterfall, 3);

@@ -9,6 +9,7 @@
 #include "forms/fieldstyles.h"
 #include "forms/pulsar/pulsartexts.h"
 #include "forms/readrecording.h"
+#include "forms/savefolder.h"
 #include "forms/switchedchannels.h"
 #include "plot/plotgeometry.h"
 #include "plot/pulsargrafik.h"
@@ -16,7 +17,6 @@
 #include "ui_pulsarform.h"
 
 #include <QClipboard>
-#include <QFileInfo>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QProgressBar>
@@ -67,10 +67,7 @@ PulsarForm::PulsarForm(const QString &path, QWidget *parent)
     grafik->setObjectName("grafik");
     info->setObjectName("info");
     grafik->showMessage("Choose an action");
-    grafik->setSaveFolder(Settings::instance()->lastSavePath());
-    connect(grafik, &PulsarGrafik::fileSaved, Settings::instance(), [](const QString &saved) {
-        Settings::instance()->setLastSavePath(QFileInfo(saved).path());
-    });
+    shareSaveFolder(grafik);
     PulsarParameters presets;
     readDispersions(presets);
     fillCentralWidget(this, grafik, info);

@@ -1,0 +1,57 @@
+#include "plot/picturemenu.h"
+
+#include "plot/plotexport.h"
+#include "plot/savedialog.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QFileInfo>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPainter>
+#include <QPixmap>
+#include <QWidget>
+
+PictureMenu::PictureMenu(QWidget *widget) : QObject(widget), picture(widget)
+{
+    picture->installEventFilter(this);
+}
+
+QString PictureMenu::savePicture(const QString &path) const
+{
+    const auto draw = [this](QPainter &painter) {
+        picture->render(&painter, QPoint(), QRegion(), QWidget::DrawChildren);
+    };
+    return Plot::saveDrawing(path, {picture->size(), picture->objectName(), draw});
+}
+
+bool PictureMenu::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched != picture || event->type() != QEvent::ContextMenu)
+        return QObject::eventFilter(watched, event);
+    QMenu menu(picture);
+    menu.addAction("Copy picture", this, &PictureMenu::copyPicture);
+    menu.addAction("Save picture...", this, &PictureMenu::askAndSavePicture);
+    menu.exec(static_cast<QContextMenuEvent *>(event)->globalPos());
+    return true;
+}
+
+void PictureMenu::copyPicture()
+{
+    QApplication::clipboard()->setPixmap(picture->grab());
+}
+
+void PictureMenu::askAndSavePicture()
+{
+    const QString path =
+        Plot::askForPath(picture, "Save picture", saveFolder, "picture.png", Plot::pictureFilters);
+    if (path.isEmpty())
+        return;
+    if (const QString failure = savePicture(path); !failure.isEmpty()) {
+        QMessageBox::warning(picture, "Error", failure);
+        return;
+    }
+    saveFolder = QFileInfo(path).path();
+    emit fileSaved(path);
+}
