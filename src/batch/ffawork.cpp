@@ -94,7 +94,8 @@ PulsarParameters parametersOf(const FfaRequest &request, const ObservationData &
     take(ffa.ducy_max, request.ducyMax);
     take(ffa.wtsp, request.wtsp);
     take(ffa.fpmin, request.fewestPeriods);
-    ffa.rmed_width = request.medianWidth.value_or(3 * ffa.period_max); // as the form does
+    ffa.rmed_width = request.medianWidth.value_or(
+        Tools::presetMedianWidth(ffa.period_max, points, header.tresolution));
     take(ffa.rmed_minpts, request.medianPoints);
     ffa.deredden = request.deredden;
     return parameters;

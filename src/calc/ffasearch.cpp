@@ -125,6 +125,11 @@ FfaParameters presetFfa(int points, double tsamp)
     return ffa;
 }
 
+double presetMedianWidth(double period_max, int points, double tsamp)
+{
+    return std::min(3 * period_max, points * tsamp);
+}
+
 std::vector<FfaProblem> findFfaProblems(const FfaParameters &ffa, int points, double tsamp)
 {
     std::vector<FfaProblem> problems;

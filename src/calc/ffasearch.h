@@ -42,6 +42,10 @@ namespace Tools {
 /// median of three of the longest periods.
 FfaParameters presetFfa(int points, double tsamp);
 
+/// Width of the running median that goes with a longest period, s: three times it, but not more
+/// than the series.
+double presetMedianWidth(double period_max, int points, double tsamp);
+
 /// Everything that forbids a search of a series, in the order of the fields; empty when it can
 /// be made. Memory is not looked at.
 ///

@@ -182,7 +182,8 @@ PulsarParameters FfaForm::readParameters(std::vector<FfaProblem> &problems)
     ffa.wtsp = readNumber(ui->wtsp, problems);
     ffa.deredden = ui->deredden->isChecked();
     ffa.rmed_minpts = ui->rmed_minpts->value();
-    ffa.rmed_width = 3 * ffa.period_max;
+    ffa.rmed_width = Tools::presetMedianWidth(
+        ffa.period_max, PulsarCalculate(data, parameters).ffaPoints(), data.tresolution);
     if (ffa.deredden && !ui->rmed_width->text().isEmpty())
         ffa.rmed_width = readNumber(ui->rmed_width, problems);
     return parameters;
@@ -210,7 +211,8 @@ void FfaForm::showEstimate()
     showProblems(problems);
     const int points = PulsarCalculate(data, parameters).ffaPoints();
     ui->points->setPlaceholderText(QString::number(points));
-    ui->rmed_width->setPlaceholderText(number(3 * parameters.ffa.period_max));
+    ui->rmed_width->setPlaceholderText(
+        number(Tools::presetMedianWidth(parameters.ffa.period_max, points, data.tresolution)));
     if (!problems.empty())
         return;
     constexpr double megabyte = 1e6;
