@@ -228,7 +228,11 @@ private:
             candidate.module = selected.module;
             candidate.ray = selected.ray;
             candidate.dispersion = selected.dispersion;
-            candidate.remark = Tools::candidateRemark(peak);
+            // A table may mix the candidates of many searches, so that numbers would not tell.
+            const double base = peak.base < 0 ? 0 : peaks[std::size_t(peak.base)].period;
+            constexpr int digits = 9;
+            candidate.remark =
+                Tools::candidateRemark(peak, QString::number(base, 'g', digits) + " s");
             if (request.refine)
                 refine(ffa, candidate);
             found.push_back(candidate);

@@ -205,14 +205,15 @@ std::vector<FfaCandidate> findCandidates(const FfaResult &result, double thresho
     return candidates;
 }
 
-QString candidateRemark(const FfaCandidate &candidate)
+QString candidateRemark(const FfaCandidate &candidate, const QString &base)
 {
     QStringList remarks;
     if (candidate.base >= 0) {
         QString ratio = QString::number(candidate.multiple);
         if (candidate.divisor > 1)
             ratio += "/" + QString::number(candidate.divisor);
-        remarks << QString("%1 x no. %2").arg(ratio).arg(candidate.base + 1);
+        remarks << ratio + " x " +
+                       (base.isEmpty() ? QString("no. %1").arg(candidate.base + 1) : base);
     }
     if (candidate.mains > 0)
         remarks << QString("%1 Hz mains").arg(candidate.mains);

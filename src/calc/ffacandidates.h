@@ -56,7 +56,10 @@ std::vector<FfaCandidate> findCandidates(const FfaResult &result, double thresho
 
 /// "2 x no. 1", "3/2 x no. 1", "50 Hz mains", "folds to 3.1" where the folded series has less
 /// than half of the S/N; empty where there is nothing to remark.
-QString candidateRemark(const FfaCandidate &candidate);
+///
+/// @param base  what to call the candidate that it is a harmonic of, where its number in the
+///              search would tell nothing
+QString candidateRemark(const FfaCandidate &candidate, const QString &base = {});
 
 /// Titles of the columns of a table of candidates, units after a comma.
 QStringList candidateTitles();
