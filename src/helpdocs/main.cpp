@@ -162,7 +162,10 @@ void styleTable(QTextTable &table)
     format.setBorderCollapse(true);
     format.setCellSpacing(0);
     format.setCellPadding(screenPixels(3.5));
-    format.setHeaderRowCount(1);
+    // The head is repeated on a new page. Of a table that ends with the page the layout would
+    // repeat it above what follows, so short ones go without.
+    constexpr int shortTable = 10; // rows
+    format.setHeaderRowCount(table.rows() < shortTable ? 0 : 1);
     format.setTopMargin(screenPixels(3));
     format.setBottomMargin(screenPixels(9));
     format.setAlignment(Qt::AlignLeft);
