@@ -1,5 +1,6 @@
 #include "data/numberfile.h"
 
+#include "support/recordings.h"
 #include "support/testmain.h"
 
 #include <QTemporaryDir>
@@ -56,10 +57,7 @@ private slots:
 private:
     QString file(const QByteArray &bytes)
     {
-        QFile out(folder.filePath("numbers.txt"));
-        if (!out.open(QIODevice::WriteOnly) || out.write(bytes) != bytes.size())
-            qFatal("cannot write %s", qPrintable(out.fileName()));
-        return out.fileName();
+        return TestSupport::writeFile(folder, "numbers.txt", bytes);
     }
 
     QTemporaryDir folder;

@@ -96,10 +96,7 @@ private slots:
 private:
     QString write(const QByteArray &bytes, const QString &name = "a.pnt")
     {
-        QFile file(folder.filePath(name));
-        file.open(QIODevice::WriteOnly);
-        file.write(bytes);
-        return file.fileName();
+        return TestSupport::writeFile(folder, name, bytes);
     }
 
     QTemporaryDir folder;

@@ -37,10 +37,7 @@ private slots:
 private:
     QString write(const QByteArray &bytes, const QString &name = "a.pnt")
     {
-        QFile out(folder.filePath(name));
-        out.open(QIODevice::WriteOnly);
-        out.write(bytes);
-        return out.fileName();
+        return TestSupport::writeFile(folder, name, bytes);
     }
 
     QTemporaryDir folder;

@@ -89,10 +89,7 @@ void TestFfaForm::cleanup()
 
 QString TestFfaForm::file(const QByteArray &bytes)
 {
-    QFile out(folder->filePath("x.pnt"));
-    if (!out.open(QIODevice::WriteOnly) || out.write(bytes) != bytes.size())
-        qFatal("cannot write %s", qPrintable(out.fileName()));
-    return out.fileName();
+    return TestSupport::writeFile(*folder, "x.pnt", bytes);
 }
 
 void TestFfaForm::files_data()

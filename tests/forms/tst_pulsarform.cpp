@@ -103,10 +103,7 @@ void TestPulsarForm::cleanup()
 
 QString TestPulsarForm::file(const QByteArray &bytes)
 {
-    QFile out(folder->filePath("x.pnt"));
-    if (!out.open(QIODevice::WriteOnly) || out.write(bytes) != bytes.size())
-        qFatal("cannot write %s", qPrintable(out.fileName()));
-    return out.fileName();
+    return TestSupport::writeFile(*folder, "x.pnt", bytes);
 }
 
 PulsarForm *TestPulsarForm::openForm()

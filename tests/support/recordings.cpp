@@ -1,6 +1,7 @@
 #include "support/recordings.h"
 
 #include <QFileInfo>
+#include <QTemporaryDir>
 #include <QTimeZone>
 
 namespace TestSupport {
@@ -69,6 +70,14 @@ QByteArray passportBytes(const QList<QByteArray> &lines)
     for (const QByteArray &line : lines)
         bytes += line + "\n";
     return bytes;
+}
+
+QString writeFile(const QTemporaryDir &folder, const QString &name, const QByteArray &bytes)
+{
+    QFile file(folder.filePath(name));
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("cannot write %s", qPrintable(file.fileName()));
+    return file.fileName();
 }
 
 QString realRecording(const QString &fileName)

@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <functional>
 
+class QTemporaryDir;
+
 namespace TestSupport {
 
 /// Counts of a small recording; `channels` includes the extra last one.
@@ -28,6 +30,11 @@ QByteArray recordingBytes(const Shape &shape, const SampleFunction &sample);
 
 /// A passport: the line count that belongs to the lines, then the lines, each with its end.
 QByteArray passportBytes(const QList<QByteArray> &lines);
+
+/// Writes a file into a folder; ends the test program when it cannot.
+///
+/// @return its full path
+QString writeFile(const QTemporaryDir &folder, const QString &name, const QByteArray &bytes);
 
 /// Path of a real recording, or an empty text where the machine has none of that name.
 QString realRecording(const QString &fileName);
