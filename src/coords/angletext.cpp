@@ -75,7 +75,8 @@ QString sexagesimalText(const QString &pattern, double units, double minutes, do
 
 QString angleTextFromTime(const QString &text)
 {
-    static const QRegularExpression pattern("^(\\d\\d):(\\d\\d):(\\d\\d)$");
+    // \z, for $ would let a line end follow.
+    static const QRegularExpression pattern("^(\\d\\d):(\\d\\d):(\\d\\d)\\z");
     const QRegularExpressionMatch match = pattern.match(text);
     if (!match.hasMatch())
         return {};
@@ -91,7 +92,7 @@ QString normalisedTime(const QString &text)
 QString normalisedLooseTime(const QString &text)
 {
     static const QRegularExpression pattern(
-        QRegularExpression::anchoredPattern("^(\\d{1,2}):(\\d{1,2}):(\\d{1,2})(\\.\\d+)?$"));
+        QRegularExpression::anchoredPattern("(\\d{1,2}):(\\d{1,2}):(\\d{1,2})(\\.\\d+)?"));
     const QRegularExpressionMatch match = pattern.match(text);
     if (!match.hasMatch())
         return text;

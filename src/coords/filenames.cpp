@@ -49,7 +49,7 @@ FileHour fileHour(const QString &date, int hour, int timeZone)
 
 QString ploshFromPath(const QString &path)
 {
-    static const QRegularExpression atEnd("_(N\\d)$");
+    static const QRegularExpression atEnd("_(N\\d)\\z"); // $ would let a line end follow
     static const QRegularExpression between("[/_](N\\d)[/_]");
     const QString site = siteIn(path, atEnd);
     return site.isEmpty() ? siteIn(path, between) : site;

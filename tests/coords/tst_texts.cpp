@@ -32,12 +32,14 @@ void TestTexts::texts_data()
 
     row("degrees", degreesToText(-39.7478125), "-39°44′52″"); // 52.125
     row("angle of a time", angleTextFromTime("39:44:52"), "39°44′52″");
+    row("angle of a time with a line end", angleTextFromTime("39:44:52\n"), "");
     row("angle of foreign digits", angleTextFromTime(QString::fromUtf8("39:44:٥٢")), "");
 
     row("time: other separators", normalisedTime("03.23-27"), "03:23:27");
     row("time: no hour 24", normalisedTime("24:00:00"), "");
 
     row("loose time", normalisedLooseTime("7:5:3.25"), "07:05:03.25");
+    row("loose time with a line end", normalisedLooseTime("7:5:3\n"), "7:5:3\n");
     row("loose time: point without digits", normalisedLooseTime("7:5:3."), "7:5:3.");
 
     row("next day: no date", nextDay("2015.02.30"), "");
@@ -52,6 +54,7 @@ void TestTexts::texts_data()
     row("short name: two digits, south", shortSourceName("J0323-39 pulsar"), "J0323-39");
 
     row("site at the end of a path", ploshFromPath("/data/N2/2015_N1"), "N1");
+    row("site before a line end", ploshFromPath("/data/N2/2015_N1\n"), "N2");
     row("no site N3, but another", ploshFromPath("/data/N0/run_N3"), "N0");
     row("the first name in between decides", ploshFromPath("/N3/N1/a"), "");
 
