@@ -1,16 +1,21 @@
 #include "plot/pulsargrafikinfo.h"
 
+#include "base/typednumber.h"
+#include "fields/fieldstyles.h"
+#include "fields/numberbox.h"
 #include "plot/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "ui_pulsargrafikinfo.h"
 
 #include <QAbstractItemView>
 #include <QKeyEvent>
+#include <QTextCursor>
 #include <cmath>
 
 namespace {
 
 constexpr int coordsLines = 4; // index and value, and one for each row of labels
+constexpr char problemColour[] = "#b00020";
 
 } // namespace
 
@@ -22,8 +27,10 @@ PulsarGrafikInfo::PulsarGrafikInfo(PulsarGrafik *grafik, QWidget *parent)
 
     connect(ui->changePointsButton, &QPushButton::clicked, this, &PulsarGrafikInfo::changePoints);
     connect(ui->resetPointsButton, &QPushButton::clicked, this, &PulsarGrafikInfo::resetPoints);
-    connect(ui->redrawMaxSigmaButton, &QPushButton::clicked, this,
-            [this] { emit changeMaxSigma(maxSigma()); });
+    connect(ui->redrawMaxSigmaButton, &QPushButton::clicked, this, [this] {
+        if (!Fields::refuseUnread(ui->groupBox_fourier))
+            emit changeMaxSigma(maxSigma());
+    });
     connect(ui->changeDispersionsButton, &QPushButton::clicked, this,
             &PulsarGrafikInfo::readDispersions);
     connect(ui->showOneButton, &QPushButton::clicked, this,
@@ -50,7 +57,7 @@ void PulsarGrafikInfo::setDispersions(const std::array<double, 4> &dispersions)
     const auto fields = dispersionFields();
     for (size_t i = 0; i < fields.size(); ++i) {
         fields[i]->setText(QString::number(dispersions[i], 'g', QLocale::FloatingPointShortest));
-        fields[i]->setStyleSheet(QString());
+        FieldStyles::setStyle(fields[i], {});
     }
 }
 
@@ -65,9 +72,16 @@ void PulsarGrafikInfo::setMultiResults(const QVector<QString> &names)
     ui->groupBox_multiResults->setVisible(!names.isEmpty());
 }
 
-void PulsarGrafikInfo::setTexts(const QString &calculation, const QString &grafik)
+void PulsarGrafikInfo::setTexts(const QString &calculation, const QString &grafik,
+                                const QString &problem)
 {
-    ui->texts->setPlainText("Calculation:\n" + calculation + "\n\nGrafik:\n\n" + grafik);
+    const QString above = problem.isEmpty() ? QString() : problem + "\n\n";
+    ui->texts->setPlainText(above + "Calculation:\n" + calculation + "\n\nGrafik:\n\n" + grafik);
+    QTextCursor cursor(ui->texts->document());
+    cursor.setPosition(problem.size(), QTextCursor::KeepAnchor);
+    QTextCharFormat red;
+    red.setForeground(QColor(problemColour));
+    cursor.mergeCharFormat(red);
 }
 
 void PulsarGrafikInfo::setFourierControls(bool enabled)
@@ -82,7 +96,8 @@ void PulsarGrafikInfo::setDispersionControls(bool enabled)
 
 void PulsarGrafikInfo::changePoints()
 {
-    emit pointsRequested(ui->points->value());
+    if (!Fields::refuseUnread(ui->groupBox_points))
+        emit pointsRequested(ui->points->value());
 }
 
 void PulsarGrafikInfo::resetPoints()
@@ -140,18 +155,19 @@ std::array<QLineEdit *, 4> PulsarGrafikInfo::dispersionFields() const
 void PulsarGrafikInfo::readDispersions()
 {
     QVector<double> dispersions;
-    QLineEdit *firstBad = nullptr;
+    QVector<QLineEdit *> bad;
     for (QLineEdit *field : dispersionFields()) {
-        bool isNumber = false;
-        const double dispersion = field->text().trimmed().toDouble(&isNumber);
-        isNumber = isNumber && std::isfinite(dispersion) && dispersion >= 0;
-        field->setStyleSheet(isNumber ? QString() : QString("background-color: #f4cccc;"));
-        if (!isNumber && firstBad == nullptr)
-            firstBad = field;
-        dispersions.append(dispersion);
+        const std::optional<double> dispersion = Tools::typedNumber(field->text());
+        const bool isGood = dispersion && *dispersion >= 0;
+        FieldStyles::setStyle(field, isGood ? "" : FieldStyles::failing);
+        if (!isGood)
+            bad.append(field);
+        dispersions.append(dispersion.value_or(0));
     }
-    if (firstBad != nullptr)
-        firstBad->setFocus();
+    if (!bad.isEmpty())
+        FieldStyles::refuse(
+            bad[0], QString("%1: \"%2\" cannot be taken.\nAllowed: %3, 0 or more.")
+                        .arg(FieldStyles::nameOf(bad[0]), bad[0]->text(), Tools::allowedNumber));
     else
         emit changeDispersions(dispersions);
 }

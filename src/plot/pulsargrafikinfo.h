@@ -33,7 +33,9 @@ public:
     /// Offers a choice among named results, or none when there are no names.
     void setMultiResults(const QVector<QString> &names);
     /// Texts of the last calculation and of what the plot shows of it.
-    void setTexts(const QString &calculation, const QString &grafik);
+    ///
+    /// @param problem  stands above them in red; may be empty
+    void setTexts(const QString &calculation, const QString &grafik, const QString &problem = {});
 
     /// Enable what the chosen action can use.
     void setFourierControls(bool enabled);

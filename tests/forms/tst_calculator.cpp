@@ -97,7 +97,7 @@ void TestCalculator::answers()
     const QString refused = rest.arg("") + "cat2zrt_alfa cat2zrt_delta cat2zrt_date tres";
     QCOMPARE(told(catalogToZrt({"", "", "", "", ""})),
              "|No alfa! Type alfa in format hh:mm:ss|No delta! Type" + refused);
-    QCOMPARE(told(catalogToZrt({"3:23:27", "-05:10:00", "29.02.2015", "N1", "0,0124928"})),
+    QCOMPARE(told(catalogToZrt({"3:23:27", "-05:10:00", "29.02.2015", "N1", "0,012.4928"})),
              "|Bad alfa! Type alfa in format hh:mm:ss|Bad delta! Type" + refused);
 
     QCOMPARE(told(zrtToCatalog({"1.4.2015", "24:00:00<b>", "-1", "39:44:52x", "9e-6"})),
@@ -105,6 +105,8 @@ void TestCalculator::answers()
                  rest.arg("Bad time: 24:00:00&lt;b&gt; Type time in the format hh:mm:ss|"
                           "Bad point! Type a whole number, 0 or more|") +
                  "zrt2cat_deltaZrt zrt2cat_date zrt2cat_time zrt2cat_culmPoint tres");
+    QCOMPARE(told(catalogToZrt({"03:23:27", "39:44:52", "01.04.2015", "N1", " 0,0124928"})),
+             told(catalogToZrt({"03:23:27", "39:44:52", "01.04.2015", "N1", "0.0124928"})));
     // The estimate counts the point from the time on.
     const QString estimate = zrtToCatalog({"01.04.2015", "12:13:20", "0", "63:00:00", "1"})
                                  .outputs.value("zrt2cat_alfaKest");
@@ -118,6 +120,9 @@ void TestCalculator::answers()
     };
     QCOMPARE(ffa("30000", "1", "1.5"),
              "|Must have: period_min &gt;= tsamp * bins_min (1*2=2)| -> ffa_period_min");
+    QCOMPARE(ffa("30,000", "0,5", "1.500,5"),
+             "|Bad points! Type a whole number|Bad period min! Type a number of seconds| -> "
+             "ffa_poins ffa_period_min");
     QCOMPARE(ffa("3", "1", "2"), "1|&nbsp;|Results:|Error: periodogram.rows = 0 -> 1 0");
     // m rows of two bins, of which ceil(2 (m - 1) / 3) are kept.
     const auto periods = [](const char *points) {

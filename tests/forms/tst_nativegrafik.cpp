@@ -101,11 +101,17 @@ void TestNativeGrafik::cleanup()
 
 void TestNativeGrafik::passportPulseAndStatistics()
 {
+    QLocale::setDefault(QLocale("ru_RU")); // its decimal comma must change nothing
     open(write(TestSupport::recordingBytes({6000, 1, 33, 2}, sampleAt) + "tail"));
     QTRY_VERIFY(isDrawn());
     QCOMPARE(find<QTableWidget>("passport")->rowCount(), 8);
     QVERIFY(find<QLabel>("fileSize")->text().contains("4 bytes more"));
-    find<QDoubleSpinBox>("dispersion")->setValue(60);
+    auto *const dispersion = find<QDoubleSpinBox>("dispersion");
+    for (const char *text : {"60.2", "60,2", "60.0"}) {
+        dispersion->selectAll();
+        QTest::keyClicks(dispersion, text);
+        QCOMPARE(dispersion->value(), QString(text).replace(',', '.').toDouble());
+    }
     QTRY_COMPARE(peak(), 3000);
     const PlotData &data = find<PulsarGrafik>("grafik")->data();
     QCOMPARE(data.numPoints, 6000);

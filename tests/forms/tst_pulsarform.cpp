@@ -54,7 +54,9 @@ private slots:
     void refusals_data();
     void refusals();
     void refusalKeepsThePicture();
+    void decimalMarks();
     void badNumberCountsAsZero();
+    void refusedNumberRunsNothing();
     void stopsAtTheEnd();
     void changedPoints();
     void copiesTheCommand();
@@ -255,7 +257,7 @@ void TestPulsarForm::fourDispersions()
     find<QPushButton>("pushButton")->click();
     QVERIFY2(report().contains("\ndisp3 = 3.0 value = "), qPrintable(report()));
 
-    type("dispersion2", "7.5");
+    type("dispersion2", "7,5");
     find<QPushButton>("changeDispersionsButton")->click();
     QVERIFY2(report().contains("\ndisp2 = 7.5 value = "), qPrintable(report()));
 
@@ -328,14 +330,63 @@ void TestPulsarForm::refusalKeepsThePicture()
     QCOMPARE(find<QLineEdit>("firstPoint")->styleSheet(), QString());
 }
 
+void TestPulsarForm::decimalMarks()
+{
+    for (const char *locale : {"de_DE", "ru_RU"}) {
+        QLocale::setDefault(QLocale(locale));
+        openForm();
+        for (const char *dispersion : {"26.76", "26,76"}) {
+            type("dispersion", dispersion);
+            find<QRadioButton>("sumChannelsDemoNoise")->click();
+            QVERIFY2(report().startsWith("Calculation:"), qPrintable(report()));
+            QVERIFY2(report().contains("Dispersion = 26.76\n"), qPrintable(report()));
+        }
+        type("zrtUtc", "12:00:01.5"); // point 120 of 12.4928 ms
+        find<QRadioButton>("isZrtUtc")->click();
+        QCOMPARE(find<PulsarGrafik>("grafik")->data().textX2(0), QString("12:00:01.499"));
+    }
+    QLocale::setDefault(QLocale::c());
+}
+
+// A text that is no number counts as 0, which the report says first, in red.
 void TestPulsarForm::badNumberCountsAsZero()
 {
     openForm();
-    type("dispersion", "abc");
+    type("dispersion", "1,234.5");
+    type("firstPoint", "58,000");
     find<QRadioButton>("sumChannelsDemoNoise")->click();
+    QVERIFY2(report().startsWith("Dispersion: \"1,234.5\" counts as 0. Allowed: digits"),
+             qPrintable(report()));
+    QVERIFY2(report().contains("\nFirst point: \"58,000\" counts as 0. Allowed: a whole number.\n"),
+             qPrintable(report()));
     QVERIFY2(report().contains("Dispersion = 0\n"), qPrintable(report()));
-    QVERIFY2(report().contains("\"Dispersion\" is no number"), qPrintable(report()));
-    QCOMPARE(find<QLineEdit>("dispersion")->styleSheet(), QString(failing));
+    const QTextDocument *const texts = find<QPlainTextEdit>("texts")->document();
+    const auto colourOf = [&](const char *text) {
+        return texts->find(text).charFormat().foreground().color();
+    };
+    QCOMPARE(colourOf("whole number"), QColor("#b00020"));
+    QVERIFY(colourOf("Action:") != QColor("#b00020"));
+    for (const char *field : {"dispersion", "firstPoint"})
+        QCOMPARE(find<QLineEdit>(field)->styleSheet(), QString(failing));
+    QCOMPARE(find<PulsarGrafik>("grafik")->data().numPoints, 16384);
+}
+
+// What stands in a field with arrows runs only when it is a number.
+void TestPulsarForm::refusedNumberRunsNothing()
+{
+    openForm();
+    find<QRadioButton>("sumChannelsAndFourier")->click();
+    const QString before = report();
+    for (const char *field : {"averageCount", "maxSigma"}) {
+        auto *const box = find<QSpinBox>(field);
+        const int value = box->value();
+        box->selectAll();
+        QTest::keyClicks(box, "1,5");
+        find<QPushButton>("pushButton")->click();
+        QCOMPARE(box->styleSheet(), QString(failing));
+        QCOMPARE(report(), before);
+        box->setValue(value);
+    }
 }
 
 void TestPulsarForm::stopsAtTheEnd()

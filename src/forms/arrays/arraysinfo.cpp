@@ -1,6 +1,7 @@
 #include "forms/arrays/arraysinfo.h"
 
 #include "calc/seriesstatistics.h"
+#include "fields/numberbox.h"
 #include "plot/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "ui_arraysinfo.h"
@@ -101,6 +102,8 @@ void ArraysInfo::setCoordsText(const QString &text)
 
 void ArraysInfo::changePoints()
 {
+    if (Fields::refuseUnread(ui->groupBox_points))
+        return;
     plot->setVisibleX(ui->firstPoint->value(), ui->points->value());
     showPoints();
 }

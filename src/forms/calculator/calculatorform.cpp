@@ -4,7 +4,8 @@
 #include "app/lastvalues.h"
 #include "app/settings.h"
 #include "coords/raytables.h"
-#include "forms/fieldstyles.h"
+#include "fields/fieldstyles.h"
+#include "fields/numberbox.h"
 #include "forms/openrecording.h"
 #include "ui_calculatorform.h"
 
@@ -39,8 +40,19 @@ void resetColours(const QWidget *block)
 {
     for (QWidget *field : fieldsOf(block)) {
         const bool isReadOnly = field->property("readOnly").toBool();
-        field->setStyleSheet(isReadOnly ? FieldStyles::readOnly : FieldStyles::plain);
+        FieldStyles::setStyle(field, isReadOnly ? FieldStyles::readOnly : FieldStyles::plain);
     }
+}
+
+// What is wrong with the texts of number fields, by field, as lines of a report.
+QMap<QString, QString> unreadIn(const QWidget *block)
+{
+    QMap<QString, QString> lines;
+    for (const QAbstractSpinBox *box : block->findChildren<QAbstractSpinBox *>()) {
+        if (const QString problem = Fields::problemOf(box); !problem.isEmpty())
+            lines.insert(box->objectName(), problem.toHtmlEscaped().replace('\n', ' ') + "<br>");
+    }
+    return lines;
 }
 
 // The property that a user edits: text, value or choice.
@@ -114,10 +126,11 @@ void CalculatorForm::connectInputs()
 
 void CalculatorForm::calcdelta_send()
 {
-    show(ui->groupBoxCalcDelta,
-         Calculator::deltaFromRay({ui->calcdelta_plosh->currentText(),
-                                   ui->calcdelta_module->value(), ui->calcdelta_ray->value()},
-                                  Tools::rayTables()));
+    show(
+        ui->groupBoxCalcDelta,
+        Calculator::deltaFromRay({ui->calcdelta_plosh->currentText(), ui->calcdelta_module->value(),
+                                  ui->calcdelta_ray->value(), unreadIn(ui->groupBoxCalcDelta)},
+                                 Tools::rayTables()));
 }
 
 void CalculatorForm::cat2zrt_send()
@@ -149,10 +162,10 @@ void CalculatorForm::ffa_show_periods()
 
 void CalculatorForm::showFfa(bool withPeriods)
 {
-    const Calculator::FfaInput input = {ui->ffa_poins->text(),      ui->ffa_tres->text(),
-                                        ui->ffa_period_min->text(), ui->ffa_period_max->text(),
-                                        ui->ffa_bin_min->value(),   ui->ffa_bin_max->value(),
-                                        ui->ffa_ducy_max->value(),  ui->ffa_wtsp->value()};
+    const Calculator::FfaInput input = {
+        ui->ffa_poins->text(),      ui->ffa_tres->text(),     ui->ffa_period_min->text(),
+        ui->ffa_period_max->text(), ui->ffa_bin_min->value(), ui->ffa_bin_max->value(),
+        ui->ffa_ducy_max->value(),  ui->ffa_wtsp->value(),    unreadIn(ui->groupBoxFfa)};
     show(ui->groupBoxFfa, Calculator::ffaInfo(input, withPeriods));
 }
 
@@ -162,13 +175,13 @@ void CalculatorForm::show(const QGroupBox *block, const Calculator::Answer &answ
     resetColours(block);
     resetColours(ui->groupBoxMain);
     for (const QString &name : answer.failing)
-        findChild<QWidget *>(name)->setStyleSheet(FieldStyles::failing);
+        FieldStyles::setStyle(findChild<QWidget *>(name), FieldStyles::failing);
     for (auto output = answer.outputs.begin(); output != answer.outputs.end(); ++output) {
         auto *const field = findChild<QLineEdit *>(output.key());
         field->setText(output.value());
         field->setCursorPosition(0);
         if (!output.value().isEmpty() && output.value() != "nan")
-            field->setStyleSheet(FieldStyles::filled);
+            FieldStyles::setStyle(field, FieldStyles::filled);
     }
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
     ui->textInfo->setHtml(answer.report);
@@ -278,7 +291,7 @@ void CalculatorForm::pointFollowsTime()
     if (point.isEmpty())
         return;
     ui->zrt2cat_culmPoint->setText(point);
-    ui->zrt2cat_culmPoint->setStyleSheet(FieldStyles::plain);
+    FieldStyles::setStyle(ui->zrt2cat_culmPoint, FieldStyles::plain);
 }
 
 // A point that has no time within the hour is marked.
@@ -286,8 +299,8 @@ void CalculatorForm::timeFollowsPoint()
 {
     const QString time = Calculator::timeOfPoint(
         ui->zrt2cat_time->text(), ui->zrt2cat_culmPoint->text(), ui->tres->currentText());
-    ui->zrt2cat_culmPoint->setStyleSheet(time.isEmpty() ? FieldStyles::failing
-                                                        : FieldStyles::plain);
+    FieldStyles::setStyle(ui->zrt2cat_culmPoint,
+                          time.isEmpty() ? FieldStyles::failing : FieldStyles::plain);
     if (!time.isEmpty())
         ui->zrt2cat_time->setText(time);
 }
@@ -296,7 +309,7 @@ void CalculatorForm::periodFollowsBins()
 {
     const bool isBound = ui->ffa_boundPeriodBin->isChecked();
     ui->ffa_period_min->setReadOnly(isBound);
-    ui->ffa_period_min->setStyleSheet(isBound ? FieldStyles::readOnly : FieldStyles::plain);
+    FieldStyles::setStyle(ui->ffa_period_min, isBound ? FieldStyles::readOnly : FieldStyles::plain);
     if (isBound)
         ui->ffa_period_min->setText(
             Calculator::shortestPeriod(ui->ffa_bin_min->value(), ui->ffa_tres->text()));

@@ -1,5 +1,6 @@
 #include "forms/calculator/calculatortexts.h"
 
+#include "base/typednumber.h"
 #include "calc/pulsarcommand.h"
 #include "coords/alfa2000.h"
 #include "coords/angletext.h"
@@ -13,6 +14,7 @@
 #include <QRegularExpression>
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace Calculator {
 
@@ -53,6 +55,11 @@ public:
         failing << field;
         lines += line;
     }
+    void requireRead(const QMap<QString, QString> &unread)
+    {
+        for (auto line = unread.begin(); line != unread.end(); ++line)
+            require(false, line.key(), line.value());
+    }
     bool areGood() const { return failing.isEmpty(); }
     Answer refusal() const
     {
@@ -65,12 +72,10 @@ private:
     QString lines;
 };
 
-// Not a number where the text is none, or infinite.
+// Not a number where the text is none.
 double numberOf(const QString &text)
 {
-    bool isNumber = false;
-    const double value = text.toDouble(&isNumber);
-    return isNumber && std::isfinite(value) ? value : qQNaN();
+    return Tools::typedNumber(text).value_or(qQNaN());
 }
 
 bool isWhole(const QString &text, const QString &pattern)
@@ -166,6 +171,7 @@ Answer deltaFromRay(const RayInput &input, const Tools::RayTables &tables)
     checks.require(!input.plosh.isEmpty(), "calcdelta_plosh", "Select plosh in form!<br>");
     checks.require(input.module >= 1, "calcdelta_module", "Select module in form!<br>");
     checks.require(input.ray >= 1, "calcdelta_ray", "Select ray in form!<br>");
+    checks.requireRead(input.unread);
     if (!checks.areGood())
         return checks.refusal();
 
@@ -215,7 +221,7 @@ Answer catalogToZrt(const CatalogInput &input)
     const double tres = numberOf(input.tres);
     Answer answer;
     answer.command = commandOf({"cat2zrt", input.alfa, input.delta, input.date, "--plosh",
-                                input.plosh, "--tres", input.tres});
+                                input.plosh, "--tres", shortest(tres)});
     answer.report = title(name) + QString("<p><b>Parameters:</b><p>"
                                           "alfa = <span class='green'>%1</span><br>"
                                           "delta = <span class='green'>%2</span><br>"
@@ -256,8 +262,7 @@ Answer zrtToCatalog(const ZrtInput &input)
     const QString name = "From ZRT to catalog";
     const Tools::HourAngleValue time = Tools::hourAngleFromText(input.time);
     const Tools::AngleValue delta = Tools::angleFromText(input.delta);
-    bool isPoint = false;
-    const int point = input.point.toInt(&isPoint);
+    const qint64 point = Tools::typedWhole(input.point).value_or(-1);
 
     Checks checks(name);
     checkDelta(checks, input.delta, "zrt2cat_deltaZrt");
@@ -267,7 +272,7 @@ Answer zrtToCatalog(const ZrtInput &input)
     checks.require(timeOf(input.time).isValid() && std::isfinite(time.seconds), "zrt2cat_time",
                    "Bad time: " + input.time.toHtmlEscaped() +
                        " Type time in the format hh:mm:ss<br>");
-    checks.require(isPoint && point >= 0, "zrt2cat_culmPoint",
+    checks.require(point >= 0 && point <= std::numeric_limits<int>::max(), "zrt2cat_culmPoint",
                    "Bad point! Type a whole number, 0 or more<br>");
     checkTres(checks, input.tres);
     if (!checks.areGood())
@@ -280,11 +285,11 @@ Answer zrtToCatalog(const ZrtInput &input)
     const QString alfa = Tools::hourAngleText(found.alfa);
     const QString delta2000 = Tools::angleText(found.delta);
     const QString pulsar = Tools::pulsarNameFromCoords(alfa, delta2000);
-    const QString estimate =
-        Tools::getAlfa2000(QDateTime(date, timeOf(input.time), Qt::UTC), point, tres, input.delta);
+    const QString estimate = Tools::getAlfa2000(QDateTime(date, timeOf(input.time), Qt::UTC),
+                                                int(point), tres, input.delta);
     Answer answer;
-    answer.command = commandOf(
-        {"zrt2cat", input.date, input.time, input.point, input.delta, "--tres", input.tres});
+    answer.command = commandOf({"zrt2cat", input.date, input.time, QString::number(point),
+                                input.delta, "--tres", shortest(tres)});
     answer.outputs = {
         {"zrt2cat_alfa", alfa},
         {"zrt2cat_delta", delta2000},
@@ -323,10 +328,10 @@ QString pointOfTime(const QString &time, const QString &tres)
 QString timeOfPoint(const QString &time, const QString &point, const QString &tres)
 {
     const double step = numberOf(tres);
-    bool isPoint = false;
-    const double seconds = point.toUInt(&isPoint) * step;
-    if (!timeOf(time).isValid() || !isPoint || !(step >= leastTres))
+    const std::optional<qint64> number = Tools::typedWhole(point);
+    if (!timeOf(time).isValid() || !number || *number < 0 || !(step >= leastTres))
         return {};
+    const double seconds = double(*number) * step;
     // A last decimal below half a step leads back to the same point.
     const int decimals = std::max(2, int(std::ceil(-std::log10(step))));
     const double scale = std::pow(10, decimals);
@@ -392,11 +397,12 @@ QString periodTables(const FfaParameters &search, const FfaInput &input, quint64
 Answer ffaInfo(const FfaInput &input, bool withPeriods)
 {
     const QString name = "FFA info (periodogram size)";
-    bool isSize = false;
-    const FfaParameters search = {input.points.toULongLong(&isSize), numberOf(input.tres),
-                                  numberOf(input.periodMin), numberOf(input.periodMax)};
+    const std::optional<qint64> size = Tools::typedWhole(input.points);
+    const FfaParameters search = {quint64(std::max<qint64>(0, size.value_or(0))),
+                                  numberOf(input.tres), numberOf(input.periodMin),
+                                  numberOf(input.periodMax)};
     Checks checks(name);
-    checks.require(isSize, "ffa_poins", "Bad points! Type a whole number<br>");
+    checks.require(size && *size >= 0, "ffa_poins", "Bad points! Type a whole number<br>");
     checks.require(!std::isnan(search.tres), "ffa_tres", "Bad tres!<br>");
     // It stays empty where it follows a tres that is none.
     const bool isFollower = input.periodMin.isEmpty() && std::isnan(search.tres);
@@ -404,6 +410,7 @@ Answer ffaInfo(const FfaInput &input, bool withPeriods)
                    "Bad period min! Type a number of seconds<br>");
     checks.require(!std::isnan(search.periodMax), "ffa_period_max",
                    "Bad period max! Type a number of seconds<br>");
+    checks.requireRead(input.unread);
     if (checks.areGood()) {
         const QString refusal =
             Ffa::validateParameters(search.size, search.tres, search.periodMin, search.periodMax,

@@ -25,9 +25,10 @@ QString helpText();
 
 /// "Get delta from ray". Names a problem of the tables as well.
 struct RayInput {
-    QString plosh;  ///< "N0" to "N4"; empty: not selected
-    int module = 0; ///< from 1; 0: not selected
-    int ray = 0;    ///< the same
+    QString plosh;                      ///< "N0" to "N4"; empty: not selected
+    int module = 0;                     ///< from 1; 0: not selected
+    int ray = 0;                        ///< the same
+    QMap<QString, QString> unread = {}; ///< fields whose text is refused, with the line to report
 };
 Answer deltaFromRay(const RayInput &input, const Tools::RayTables &tables);
 
@@ -69,6 +70,7 @@ struct FfaInput {
     int binsMax = 0;
     double ducyMax = 0;
     double wtsp = 0;
+    QMap<QString, QString> unread = {}; ///< fields whose text is refused, with the line to report
 };
 
 /// Periods are listed for at most so many rows of the periodogram.

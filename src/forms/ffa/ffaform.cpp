@@ -5,10 +5,12 @@
 #include "app/errorbox.h"
 #include "app/lastvalues.h"
 #include "app/settings.h"
+#include "base/typednumber.h"
 #include "calc/pulsarcommand.h"
 #include "calc/reporttext.h"
+#include "fields/fieldstyles.h"
+#include "fields/numberbox.h"
 #include "forms/ffa/ffaresults.h"
-#include "forms/fieldstyles.h"
 #include "forms/pulsar/pulsartexts.h"
 #include "forms/readrecording.h"
 #include "forms/savefolder.h"
@@ -104,10 +106,8 @@ FfaForm::~FfaForm() = default;
 
 void FfaForm::connectInputs()
 {
-    for (const QLineEdit *field : findChildren<QLineEdit *>()) {
-        if (!qobject_cast<const QAbstractSpinBox *>(field->parentWidget()))
-            connect(field, &QLineEdit::textChanged, this, &FfaForm::showEstimate);
-    }
+    for (const QLineEdit *field : findChildren<QLineEdit *>()) // those of spin boxes as well
+        connect(field, &QLineEdit::textChanged, this, &FfaForm::showEstimate);
     for (const QSpinBox *field : findChildren<QSpinBox *>())
         connect(field, QOverload<int>::of(&QSpinBox::valueChanged), this, &FfaForm::showEstimate);
     connect(ui->deredden, &QGroupBox::toggled, this, &FfaForm::showEstimate);
@@ -143,20 +143,22 @@ void FfaForm::keyPressEvent(QKeyEvent *event)
 // A text that is no number is a problem of its field.
 double FfaForm::readNumber(QLineEdit *field, std::vector<FfaProblem> &problems)
 {
-    const std::vector<double> numbers = FormTexts::numbers(field->text());
-    if (numbers.size() == 1)
-        return numbers[0];
-    problems.push_back({field->objectName(), "\"" + field->text() + "\" is no number"});
-    return 0;
+    const std::optional<double> number = Tools::typedNumber(field->text());
+    if (!number)
+        problems.push_back(
+            {field->objectName(),
+             QString("\"%1\" is no number. Allowed: %2").arg(field->text(), Tools::allowedNumber)});
+    return number.value_or(0);
 }
 
 int FfaForm::readCount(QLineEdit *field, std::vector<FfaProblem> &problems)
 {
-    const double value = readNumber(field, problems);
-    constexpr double limit = 2e9; // beyond every recording
-    if (value != std::trunc(value))
-        problems.push_back({field->objectName(), "must be a whole number"});
-    return int(std::clamp(value, -limit, limit));
+    const std::optional<qint64> number = Tools::typedWhole(field->text());
+    if (!number)
+        problems.push_back(
+            {field->objectName(), QString("\"%1\" is no whole number").arg(field->text())});
+    constexpr qint64 limit = 2000000000; // beyond every recording
+    return int(std::clamp(number.value_or(0), -limit, limit));
 }
 
 PulsarParameters FfaForm::readParameters(std::vector<FfaProblem> &problems)
@@ -193,6 +195,10 @@ PulsarParameters FfaForm::readParameters(std::vector<FfaProblem> &problems)
 std::vector<FfaProblem> FfaForm::findProblems(PulsarParameters &parameters)
 {
     std::vector<FfaProblem> problems;
+    for (const QAbstractSpinBox *box : findChildren<QAbstractSpinBox *>()) {
+        if (const QString problem = Fields::problemOf(box); !problem.isEmpty())
+            problems.push_back({box->objectName(), problem});
+    }
     parameters = readParameters(problems);
     for (const FfaProblem &problem : PulsarCalculate(data, parameters).findProblems()) {
         const bool isKnown = std::any_of(problems.begin(), problems.end(), [&](const auto &known) {
@@ -243,7 +249,7 @@ void FfaForm::showProblems(const std::vector<FfaProblem> &problems)
         const bool fails = problem != problems.end();
         label->setText(fails ? problem->text : QString());
         label->setVisible(fails);
-        findChild<QWidget *>(parameter)->setStyleSheet(fails ? FieldStyles::failing : "");
+        FieldStyles::setStyle(findChild<QWidget *>(parameter), fails ? FieldStyles::failing : "");
     }
     for (const FfaProblem &problem : problems) {
         if (!findChild<QLabel *>(problem.parameter + problemSuffix))

@@ -9,7 +9,7 @@
 #include "app/settings.h"
 #include "calc/waterfall.h"
 #include "data/recordingwriter.h"
-#include "forms/fieldstyles.h"
+#include "fields/fieldstyles.h"
 #include "forms/native/nativeinfo.h"
 #include "forms/native/nativetexts.h"
 #include "forms/native/overviewstrip.h"
@@ -133,7 +133,7 @@ void NativeGrafik::fillPassport()
     const NativeTexts::SizeCheck check = NativeTexts::sizeCheck(file);
     ui->fileSize->setText(check.text);
     if (!check.isRight)
-        ui->fileSize->setStyleSheet(FieldStyles::failing);
+        FieldStyles::setStyle(ui->fileSize, FieldStyles::failing);
 
     const ObservationData &header = file.header();
     const int bands = header.channels - 1;

@@ -5,8 +5,10 @@
 #include "app/errorbox.h"
 #include "app/lastvalues.h"
 #include "app/settings.h"
+#include "base/typednumber.h"
 #include "calc/pulsarcommand.h"
-#include "forms/fieldstyles.h"
+#include "fields/fieldstyles.h"
+#include "fields/numberbox.h"
 #include "forms/pulsar/pulsartexts.h"
 #include "forms/readrecording.h"
 #include "forms/savefolder.h"
@@ -211,14 +213,17 @@ bool PulsarForm::runShowingProgress(PulsarCalculate &calculation, const QString 
     return done;
 }
 
-// Nothing, after a box, when there is no start point of that time.
+// Nothing, after a message, when a field with arrows cannot be read or there is no start point of
+// that time.
 std::optional<PulsarParameters> PulsarForm::readParameters()
 {
+    if (Fields::refuseUnread(this) || Fields::refuseUnread(info))
+        return std::nullopt;
     PulsarParameters parameters;
     parameters.module = ui->module->value();
     parameters.ray = ui->ray->value();
     parameters.channel = ui->channel->value();
-    parameters.period = readNumber(ui->period, ui->periodLabel->text());
+    parameters.period = readNumber(ui->period, ui->periodLabel->text(), Tools::allowedNumber);
     readDispersions(parameters);
     if (!readStart(parameters))
         return std::nullopt;
@@ -233,21 +238,26 @@ std::optional<PulsarParameters> PulsarForm::readParameters()
     return parameters;
 }
 
-// A text that is no number counts as 0; its field is marked and named in the report.
-double PulsarForm::readNumber(QLineEdit *field, const QString &name)
+// A text that is no number counts as 0; its field is marked and named above the report.
+double PulsarForm::readNumber(QLineEdit *field, const QString &name, const QString &allowed)
 {
-    const std::vector<double> numbers = FormTexts::numbers(field->text());
-    if (numbers.size() == 1)
-        return numbers[0];
+    const std::optional<double> number = Tools::typedNumber(field->text());
+    if (!number)
+        markUnreadable(field, name, allowed);
+    return number.value_or(0);
+}
+
+void PulsarForm::markUnreadable(QLineEdit *field, const QString &name, const QString &allowed)
+{
     markFailing(field);
-    unreadableFields << name;
-    return 0;
+    unreadableFields
+        << QString("%1: \"%2\" counts as 0. Allowed: %3.").arg(name, field->text(), allowed);
 }
 
 void PulsarForm::readDispersions(PulsarParameters &parameters)
 {
     const QString text = ui->dispersion->text();
-    const std::vector<double> numbers = FormTexts::numbers(text);
+    const std::vector<double> numbers = Tools::typedNumbers(text);
     const bool isFour = numbers.size() == 4;
     // What was entered last counts: four numbers here, or four in the panel.
     if (text != lastDispersionText && isFour) {
@@ -260,7 +270,9 @@ void PulsarForm::readDispersions(PulsarParameters &parameters)
     }
     lastDispersionText = text;
 
-    const double dm = isFour ? numbers[0] : readNumber(ui->dispersion, ui->dispersionLabel->text());
+    const double dm = isFour ? numbers[0]
+                             : readNumber(ui->dispersion, ui->dispersionLabel->text(),
+                                          Tools::allowedNumber + QString(", or four of them"));
     parameters.dispersion = dm;
     parameters.dispersions = chosenDispersions.value_or(std::array{0.0, dm / 2, dm, 2 * dm});
     info->setDispersions(parameters.dispersions);
@@ -271,13 +283,17 @@ bool PulsarForm::readStart(PulsarParameters &parameters)
 {
     const bool byPoint = ui->isFirstPoint->isChecked();
     QLineEdit *const delta = byPoint ? ui->firstPointDelta : ui->zrtUtcDelta;
-    const double typed = delta->text().isEmpty() ? 0 : readNumber(delta, ui->deltaLabel->text());
+    const double typed = delta->text().isEmpty()
+                             ? 0
+                             : readNumber(delta, ui->deltaLabel->text(), Tools::allowedNumber);
     parameters.startDelta = byPoint ? typed : typed / data.tresolution;
     if (byPoint) {
         // Far beyond every recording, so that the action names the allowed range.
-        constexpr double limit = 2e9;
-        parameters.firstPoint =
-            int(std::clamp(readNumber(ui->firstPoint, ui->isFirstPoint->text()), -limit, limit));
+        constexpr qint64 limit = 2000000000;
+        const std::optional<qint64> point = Tools::typedWhole(ui->firstPoint->text());
+        if (!point)
+            markUnreadable(ui->firstPoint, ui->isFirstPoint->text(), Tools::allowedWhole);
+        parameters.firstPoint = int(std::clamp(point.value_or(0), -limit, limit));
         return true;
     }
     const FormTexts::StartPoint start = FormTexts::pointAtUtc(data, ui->zrtUtc->text());
@@ -294,7 +310,7 @@ bool PulsarForm::readStart(PulsarParameters &parameters)
 
 void PulsarForm::markFailing(QWidget *field)
 {
-    field->setStyleSheet(FieldStyles::failing);
+    FieldStyles::setStyle(field, FieldStyles::failing);
 }
 
 void PulsarForm::clearMarks()
@@ -302,7 +318,7 @@ void PulsarForm::clearMarks()
     unreadableFields.clear();
     for (QWidget *field : findChildren<QWidget *>()) {
         if (field->styleSheet() == FieldStyles::failing)
-            field->setStyleSheet({});
+            FieldStyles::setStyle(field, {});
     }
 }
 
@@ -316,7 +332,7 @@ void PulsarForm::reportFailure(const PulsarCalculate &failed)
         field = info->findChild<QWidget *>(name);
     if (field)
         markFailing(field);
-    showError(this, failed.failure());
+    showError(this, failed.failure(), unreadableFields.join("\n"));
     if (field)
         field->setFocus();
 }
@@ -425,8 +441,6 @@ void PulsarForm::showTexts(const QString &description, const QStringList &names,
         report << readProblem;
     if (!shownLeftOut.isEmpty())
         report << shownLeftOut;
-    for (const QString &field : std::as_const(shownUnreadable))
-        report << "\"" + field + "\" is no number and counts as 0.";
 
     const FormTexts::AxisTitles titles = FormTexts::axisTitles(result.axis);
     QStringList legend;
@@ -437,5 +451,5 @@ void PulsarForm::showTexts(const QString &description, const QStringList &names,
     legend << "X, lower row: " + titles.row1;
     if (!titles.row2.isEmpty())
         legend << "X, upper row: " + titles.row2;
-    info->setTexts(report.join("\n\n"), legend.join("\n"));
+    info->setTexts(report.join("\n\n"), legend.join("\n"), shownUnreadable.join("\n"));
 }

@@ -51,7 +51,8 @@ private:
     void compute(const QString &action, int points);
     bool runShowingProgress(PulsarCalculate &calculation, const QString &action);
     std::optional<PulsarParameters> readParameters();
-    double readNumber(QLineEdit *field, const QString &name);
+    double readNumber(QLineEdit *field, const QString &name, const QString &allowed);
+    void markUnreadable(QLineEdit *field, const QString &name, const QString &allowed);
     void readDispersions(PulsarParameters &parameters);
     bool readStart(PulsarParameters &parameters);
     void markFailing(QWidget *field);
@@ -74,8 +75,8 @@ private:
     ObservationData data;
 
     bool running = false;
-    QStringList unreadableFields;
-    QString readProblem;                                    // of a file that ends early
+    QStringList unreadableFields; // what each counts as, and what it takes
+    QString readProblem;          // of a file that ends early
     std::optional<std::array<double, 4>> chosenDispersions; // by the user; none: from the DM
     bool dispersionsAreTyped = false;                       // and that in the field "Dispersion"
     QString lastDispersionText;

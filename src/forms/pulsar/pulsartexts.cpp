@@ -2,7 +2,6 @@
 
 #include "calc/pulsarcalculate.h"
 
-#include <QRegularExpression>
 #include <algorithm>
 #include <cmath>
 
@@ -114,20 +113,6 @@ QString timeOfDay(qint64 ms)
 QString fileLabel(const QString &path)
 {
     return "File: " + QString(path).replace("/", "/ ");
-}
-
-std::vector<double> numbers(const QString &text)
-{
-    std::vector<double> values;
-    const QStringList items = text.split(QRegularExpression("\\s+"), Qt::SkipEmptyParts);
-    for (const QString &item : items) {
-        bool ok = false;
-        const double value = item.toDouble(&ok);
-        if (!ok || !std::isfinite(value))
-            return {};
-        values.push_back(value);
-    }
-    return values;
 }
 
 StartPoint pointAtUtc(const ObservationData &data, const QString &time)

@@ -18,9 +18,6 @@ QString fileLabel(const QString &path);
 /// "hh:mm:ss.zzz" of a time in milliseconds since any midnight.
 QString timeOfDay(qint64 ms);
 
-/// Numbers of a text, with blanks between them; empty when one of them is no finite number.
-std::vector<double> numbers(const QString &text);
-
 /// Where a time of day lies in a recording.
 struct StartPoint {
     int point = 0;

@@ -1,0 +1,1 @@
+zrt_add_test(base/typednumber unit zrt_base)

@@ -1,0 +1,1 @@
+zrt_add_test(fields/numberbox gui zrt_fields)

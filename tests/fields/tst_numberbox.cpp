@@ -1,0 +1,151 @@
+#include "fields/fieldstyles.h"
+#include "fields/numberbox.h"
+#include "support/testmain.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QToolTip>
+#include <QVBoxLayout>
+#include <QWheelEvent>
+
+// A decimal comma, with points or blanks between thousands, must change nothing.
+class TestNumberBox : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void typed_data();
+    void typed();
+    void arrowsAndWheel();
+    void refusedTextStays();
+    void wayBack();
+
+private:
+    void type(QAbstractSpinBox *box, const QString &text)
+    {
+        box->setFocus();
+        box->selectAll();
+        QTest::keyClicks(box, text);
+    }
+    static QString style(const QWidget *box) { return box->styleSheet(); }
+
+    std::unique_ptr<QWidget> window;
+    NumberBox *number = nullptr;
+    WholeBox *whole = nullptr;
+    QLineEdit *next = nullptr;
+};
+
+void TestNumberBox::init()
+{
+    window = std::make_unique<QWidget>();
+    auto *const layout = new QVBoxLayout(window.get());
+    auto *const label = new QLabel("&Dispersion");
+    layout->addWidget(label);
+    layout->addWidget(number = new NumberBox);
+    layout->addWidget(whole = new WholeBox);
+    layout->addWidget(next = new QLineEdit);
+    label->setBuddy(number);
+    number->setRange(0, 10000);
+    whole->setRange(1, 99999);
+    whole->setObjectName("points");
+    window->show();
+    QApplication::setActiveWindow(window.get());
+    QVERIFY(QTest::qWaitForWindowActive(window.get()));
+}
+
+void TestNumberBox::typed_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<double>("value"); // below 0: refused
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<bool>("isWhole");
+    QTest::newRow("point") << "26.2" << 26.2 << "26.20" << false;
+    QTest::newRow("comma") << "26,2" << 26.2 << "26.20" << false;
+    QTest::newRow("no mark of thousands") << "1,234" << 1.23 << "1.23" << false;
+    QTest::newRow("rounded, not cut") << "26.766" << 26.77 << "26.77" << false;
+    QTest::newRow("two marks") << "1,234.5" << -1. << "1,234.5" << false;
+    QTest::newRow("beyond the range") << "10000,01" << -1. << "10000,01" << false;
+    QTest::newRow("nothing") << "\b" << -1. << "" << false;
+    QTest::newRow("word") << "x" << -1. << "x" << false;
+    QTest::newRow("whole") << " 58000 " << 58000. << "58000" << true;
+    QTest::newRow("whole with a mark") << "58,000" << -1. << "58,000" << true;
+    QTest::newRow("whole below the range") << "0" << -1. << "0" << true;
+}
+
+void TestNumberBox::typed()
+{
+    QFETCH(QString, text);
+    QFETCH(double, value);
+    QFETCH(bool, isWhole);
+    for (const char *locale : {"C", "de_DE", "ru_RU", "ar_EG"}) {
+        QLocale::setDefault(QLocale(locale));
+        init(); // fields take the locale of their birth
+        QAbstractSpinBox *const box = isWhole ? static_cast<QAbstractSpinBox *>(whole)
+                                              : static_cast<QAbstractSpinBox *>(number);
+        type(box, text);
+        QTest::keyClick(box, Qt::Key_Return);
+        QTEST(box->text(), "shown");
+        QCOMPARE(style(box) == FieldStyles::failing, value < 0);
+        QCOMPARE(Fields::refuseUnread(window.get()), value < 0);
+        if (value >= 0)
+            QCOMPARE(isWhole ? whole->value() : number->value(), value);
+    }
+}
+
+void TestNumberBox::arrowsAndWheel()
+{
+    number->setValue(26.2);
+    number->setFocus();
+    QTest::keyClick(number, Qt::Key_Up);
+    QCOMPARE(number->text(), QString("27.20"));
+    QTest::keyClick(number, Qt::Key_PageDown);
+    QCOMPARE(number->text(), QString("17.20"));
+    const QPoint middle = number->rect().center();
+    QWheelEvent wheel(middle, number->mapToGlobal(middle), {}, {0, 120}, Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(number, &wheel);
+    QCOMPARE(number->text(), QString("18.20"));
+}
+
+// The message names the field and what it takes; who goes on by Tab comes back.
+void TestNumberBox::refusedTextStays()
+{
+    number->setValue(26.2);
+    type(number, "x");
+    QTest::keyClick(number, Qt::Key_Tab);
+    QTRY_COMPARE(style(number), QString(FieldStyles::failing));
+    QVERIFY(number->hasFocus());
+    QCOMPARE(number->text(), QString("x"));
+    QCOMPARE(number->value(), 26.2);
+    QCOMPARE(QToolTip::text(),
+             QString("Dispersion: \"x\" cannot be taken.\nAllowed: digits, with a "
+                     "point or a comma before decimals, from 0 to 10000."));
+
+    type(number, "30,5");
+    QCOMPARE(style(number), QString());
+    QCOMPARE(number->value(), 30.5);
+
+    type(whole, "1.5");
+    type(number, "");
+    QTest::keyClicks(number, "\b");
+    QVERIFY2(Fields::refuseUnread(window.get()), "both at once, the first gets the focus");
+    QVERIFY(number->hasFocus());
+    QCOMPARE(style(whole), QString(FieldStyles::failing));
+}
+
+void TestNumberBox::wayBack()
+{
+    number->setValue(26.2);
+    for (const int key : {Qt::Key_Escape, Qt::Key_Up}) {
+        type(number, "x");
+        QTest::keyClick(number, Qt::Key_Return);
+        QCOMPARE(style(number), QString(FieldStyles::failing));
+        QTest::keyClick(number, Qt::Key(key));
+        QCOMPARE(number->text(), QString("26.20"));
+        QCOMPARE(style(number), QString());
+    }
+}
+
+ZRT_GUI_TEST_MAIN(TestNumberBox)
+#include "tst_numberbox.moc"
