@@ -185,7 +185,7 @@ QAction *MainWindow::viewerOf(const QString &path) const
     const QFileInfo info(path);
     if (info.isDir())
         return ui->actionShowArraysDir;
-    const QStringList textSuffixes = {"txt", "csv", "dat"};
+    const QStringList textSuffixes = {"txt", "csv", "json", "dat"};
     if (textSuffixes.contains(info.suffix(), Qt::CaseInsensitive))
         return ui->actionShowArraysFile;
     return ui->actionShow_native_data->isEnabled() ? ui->actionShow_native_data

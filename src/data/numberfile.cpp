@@ -1,220 +1,33 @@
 #include "data/numberfile.h"
 
 #include "base/systemmemory.h"
+#include "data/lineparser.h"
 #include "data/resulttotext.h"
+#include "data/tableparser.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLocale>
 #include <QRegularExpression>
 #include <QtEndian>
 #include <algorithm>
-#include <charconv>
 #include <cmath>
-#include <cstring>
-#include <string_view>
-#include <system_error>
 #include <utility>
 
 namespace {
 
 constexpr qint64 blockBytes = 1 << 20;
 constexpr qint64 headerLook = 1 << 16;
-constexpr int mostRemarks = 20; // skipped lines that are named one by one
-constexpr int longestWord = 40; // characters of a word shown in a remark
-constexpr qint64 longRow = 17;  // numbers; rows from this length on are series
+constexpr qint64 tableLook = 1 << 20; // a line above a table may name thousands of points
+constexpr qint64 longRow = 17;        // numbers; rows from this length on are series
 constexpr qint64 mostNumbers = std::numeric_limits<int>::max();
 constexpr qint64 megabyte = 1 << 20;
-constexpr double notThere = std::numeric_limits<double>::quiet_NaN();
-
-bool isGap(char c)
-{
-    return c == ' ' || c == '\t' || c == '\r';
-}
-
-bool isMark(char c)
-{
-    return c == ',' || c == ';';
-}
-
-bool isSeparator(char c)
-{
-    return isGap(c) || isMark(c) || c == '\n';
-}
 
 QString shownPath(const QString &path)
 {
     return QDir::toNativeSeparators(path);
 }
-
-// Text of numbers into a table, piece by piece. A piece ends behind a separator.
-//
-// In the text of a recording a line "i=<point>" stands before the lines of that point, and these
-// begin with "module 1 ray 1:"; all numbers of a point make a row.
-class TextParser {
-public:
-    TextParser(NumberFile &numberFile, qint64 firstLine) : file(numberFile), line(firstLine) {}
-
-    void add(const char *begin, const char *end)
-    {
-        const char *lineBegin = begin;
-        for (const char *p = begin; p < end;) {
-            const char c = *p;
-            if (c == '\n') {
-                endLine({lineBegin, std::size_t(p - lineBegin)});
-                lineBegin = ++p;
-            } else if (isGap(c)) {
-                ++p;
-            } else if (isMark(c)) {
-                if (!afterWord && !isBad)
-                    file.table.add(notThere);
-                afterWord = false;
-                ++p;
-            } else {
-                p = addWord(p, end);
-            }
-        }
-        if (end > begin)
-            unfinished = end[-1] != '\n';
-    }
-
-    // Marks the line as none of numbers, for what is too long to be one.
-    void addHugeWord() { spoil("a word of more than a million characters"); }
-
-    // A row that was cut off by the limit is left out, unless it is all there is.
-    void finish(bool isCutOff)
-    {
-        if (isCutOff && file.table.rows() > 0)
-            file.table.dropOpenRow();
-        else if (unfinished)
-            endLine({});
-        if (isRecording && file.table.openLength() > 0)
-            file.table.endRow();
-        if (skipped > mostRemarks)
-            file.remarks << QString("%1 lines in all were skipped.").arg(skipped);
-    }
-
-private:
-    const char *addWord(const char *begin, const char *end)
-    {
-        const char *const wordEnd = std::find_if(begin, end, isSeparator);
-        if (isBad)
-            return wordEnd;
-        const bool isFirst = std::exchange(isLineStart, false);
-        const std::string_view word(begin, std::size_t(wordEnd - begin));
-        if (isInTitle || (isFirst && beginsTitle(word))) {
-            addToTitle(word);
-            return wordEnd;
-        }
-        afterWord = true;
-        double value = 0;
-        const char *const digits = *begin == '+' && begin + 1 < wordEnd ? begin + 1 : begin;
-        const auto [rest, problem] = std::from_chars(digits, wordEnd, value);
-        if (problem == std::errc() && rest == wordEnd && !(digits > begin && *digits == '-')) {
-            file.table.add(value);
-            if (isRecording && file.table.rows() == 0)
-                file.columnNames << QString("%1 channel %2").arg(title).arg(++channel);
-            return wordEnd;
-        }
-        const QString shown =
-            QString::fromUtf8(begin, int(std::min<qint64>(longestWord, wordEnd - begin)));
-        spoil(problem == std::errc::result_out_of_range
-                  ? "\"" + shown + "\" is beyond the range of numbers"
-                  : "\"" + shown + "\" is no number");
-        return wordEnd;
-    }
-
-    // Whether the first word of a line belongs to the text of a recording.
-    bool beginsTitle(std::string_view word)
-    {
-        if (word.substr(0, 2) == "i=") {
-            isRecording = isRecording || file.table.rows() == 0;
-            if (isRecording && file.table.openLength() > 0)
-                file.table.endRow();
-            isInTitle = isRecording;
-        } else {
-            isInTitle = isRecording && word == "module";
-        }
-        title.clear();
-        channel = 0;
-        return isInTitle;
-    }
-
-    // A point's title goes to the end of its line, that of module and ray to the colon.
-    void addToTitle(std::string_view word)
-    {
-        if (file.table.rows() == 0)
-            title +=
-                (title.isEmpty() ? "" : " ") + QString::fromUtf8(word.data(), int(word.size()));
-        if (!word.empty() && word.back() == ':') {
-            title.chop(1);
-            isInTitle = false;
-        }
-    }
-
-    void spoil(const QString &reason)
-    {
-        if (!isBad)
-            badReason = reason;
-        isBad = true;
-    }
-
-    void endLine(std::string_view text)
-    {
-        if (isBad)
-            skipLine(text);
-        else if (!isRecording && file.table.openLength() > 0)
-            endRow();
-        ++line;
-        isBad = false;
-        isInTitle = false;
-        isLineStart = true;
-        afterWord = false;
-    }
-
-    void skipLine(std::string_view text)
-    {
-        file.table.dropOpenRow();
-        if (++skipped <= mostRemarks)
-            file.remarks << QString("Line %1 skipped: %2.").arg(line).arg(badReason);
-        if (file.table.rows() > 0)
-            return;
-        file.columnNames.clear();
-        titles = QByteArray(text.data(), int(text.size()));
-    }
-
-    void endRow()
-    {
-        file.table.endRow();
-        if (file.table.rows() != 1 || titles.isEmpty())
-            return;
-        static const QRegularExpression between("[\\s,;]+");
-        QStringList words =
-            QString::fromUtf8(titles).remove('#').split(between, Qt::SkipEmptyParts);
-        const bool isNumbers = std::any_of(words.begin(), words.end(), [](const QString &word) {
-            return QString("+-.0123456789").contains(word[0]);
-        });
-        if (isNumbers || words.size() != file.table.columns())
-            return;
-        file.columnNames = words;
-        if (skipped-- <= mostRemarks)
-            file.remarks.removeLast();
-    }
-
-    NumberFile &file;
-    qint64 line;
-    qint64 skipped = 0;
-    bool isBad = false;
-    bool afterWord = false;  // since the last comma or semicolon
-    bool unfinished = false; // the last line has no end yet
-    bool isLineStart = true;
-    bool isRecording = false;
-    bool isInTitle = false; // of a line of a recording
-    QString title;
-    int channel = 0; // last named one of that module and ray
-    QString badReason;
-    QByteArray titles; // the last skipped line above the numbers
-};
 
 // Float blocks of a result file into rows.
 class BlockParser {
@@ -260,55 +73,101 @@ public:
             header = Tools::readResultHeader(in);
         const bool isResult = header.isUsable();
         if (isResult)
-            file.header = QString::fromUtf8(header.text).split('\n', Qt::SkipEmptyParts);
+            takeHeader();
         else
             seekText();
         begin = in.pos();
         if (isResult && !restIsText())
             readBlocks(progress, cancelled);
+        else if (!isResult && head.mark)
+            readTable(progress, cancelled);
         else
             readText(progress, cancelled);
         if (isResult && file.error.isEmpty())
             groupBlocks();
         if (file.error.isEmpty() && !file.wasCancelled && file.table.count() == 0)
-            file.error = path + (in.size() == 0 ? " is empty." : " has no line of numbers.");
+            file.error = path + (in.size() == 0 ? " is empty."
+                                 : head.mark    ? " is a table without rows."
+                                                : " has no line of numbers.");
         const NumberTable &table = file.table;
         const bool areLong = table.columns() >= longRow && file.columnNames.isEmpty();
-        file.rowsAreSeries = isResult || table.rows() == 1 || areLong;
+        file.rowsAreSeries = isResult || (table.rows() == 1 && !head.mark) || areLong;
         return std::move(file);
     }
 
 private:
-    // The mark that some editors put in front of text is no part of its first number.
+    // Names of the blocks and what X is along them stand in the headers of this system's results.
+    void takeHeader()
+    {
+        file.header = QString::fromUtf8(header.text).split('\n', Qt::SkipEmptyParts);
+        const auto valueOf = [this](const QString &key) {
+            const QStringList lines = file.header.filter(QRegularExpression("^" + key + ": "));
+            return lines.isEmpty() ? QString() : lines[0].section(": ", 1);
+        };
+        const QString names = valueOf("blocks");
+        if (!names.isEmpty())
+            file.rowNames = names.split("; ");
+        file.rowAxis = {valueOf("x"), valueOf("x_first").toDouble(), valueOf("x_step").toDouble()};
+    }
+
+    // At the first row of a table. Otherwise the mark that some editors put in front of text is no
+    // part of its first number.
     void seekText()
     {
-        const QByteArray mark = "\xEF\xBB\xBF";
         in.seek(0);
-        if (in.peek(mark.size()) == mark)
+        head = NumberParser::tableHead(in.peek(tableLook));
+        const QByteArray mark = "\xEF\xBB\xBF";
+        if (head.mark)
+            in.seek(head.bytes);
+        else if (in.peek(mark.size()) == mark)
             in.seek(mark.size());
+    }
+
+    void readTable(const std::function<void(int)> &progress, const std::function<bool()> &cancelled)
+    {
+        NumberParser::TableParser parser(file, head);
+        QByteArray rest; // a line whose end has not been read yet
+        readPieces(progress, cancelled, [&](QByteArray &block) {
+            block.prepend(rest);
+            if (!isText(block) || !room(block.size() / 2 + 1))
+                return;
+            rest = block.mid(int(parser.add(block.constData(), block.constData() + block.size())));
+            if (rest.size() >= blockBytes && !in.atEnd())
+                file.error = QString("%1 is no table: line %2 has more than a million characters.")
+                                 .arg(path)
+                                 .arg(parser.lastLine() + 1);
+        });
+        parser.finish({rest.constData(), std::size_t(rest.size())}, !file.isWhole);
+    }
+
+    bool isText(const QByteArray &block)
+    {
+        if (!block.contains('\0'))
+            return true;
+        file.error =
+            path + " is no text: it holds binary data. Recordings open with \"Native data\".";
+        return false;
     }
 
     bool restIsText()
     {
         const QByteArray look = in.peek(256);
-        return std::all_of(look.begin(), look.end(),
-                           [](char c) { return isSeparator(c) || (c > ' ' && c <= '~'); });
+        return std::all_of(look.begin(), look.end(), [](char c) {
+            return NumberParser::isSeparator(c) || (c > ' ' && c <= '~');
+        });
     }
 
     void readText(const std::function<void(int)> &progress, const std::function<bool()> &cancelled)
     {
-        TextParser parser(file, header.isUsable() ? header.text.count('\n') + 1 : 1);
+        NumberParser::LineParser parser(file, header.isUsable() ? header.text.count('\n') + 1 : 1);
         QByteArray rest; // a word whose end has not been read yet
         readPieces(progress, cancelled, [&](QByteArray &block) {
-            if (const int zero = block.indexOf('\0'); zero >= 0) {
-                file.error = path + " is no text: it holds binary data. Recordings open with "
-                                    "\"Native data\".";
+            if (!isText(block))
                 return;
-            }
             block.prepend(rest);
             qint64 whole = block.size();
             if (!in.atEnd()) {
-                while (whole > 0 && !isSeparator(block[int(whole - 1)]))
+                while (whole > 0 && !NumberParser::isSeparator(block[int(whole - 1)]))
                     --whole;
             }
             rest = block.mid(int(whole));
@@ -419,6 +278,7 @@ private:
     const qint64 limit;
     qint64 begin = 0; // of the numbers
     Tools::ResultHeader header;
+    NumberParser::TableHead head;
     NumberFile file;
 };
 
@@ -468,6 +328,19 @@ bool NumberTable::reserve(qint64 numbers)
         return false;
     values.reserve(std::size_t(numbers));
     return true;
+}
+
+QString NumberFile::cell(qint64 row, qint64 column) const
+{
+    if (std::size_t(column) < words.size()) {
+        const std::vector<QString> &ofColumn = words[std::size_t(column)];
+        if (std::size_t(row) < ofColumn.size() && !ofColumn[std::size_t(row)].isNull())
+            return ofColumn[std::size_t(row)];
+    }
+    const double number = table.at(row, column);
+    return std::isnan(number) && isText(column)
+               ? QString()
+               : QString::number(number, 'g', QLocale::FloatingPointShortest);
 }
 
 namespace Tools {

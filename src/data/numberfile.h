@@ -5,6 +5,7 @@
 #include <QStringList>
 #include <functional>
 #include <limits>
+#include <set>
 #include <vector>
 
 /// Numbers in rows; the rows may differ in length.
@@ -61,16 +62,33 @@ private:
     qint64 longest = 0;
 };
 
+/// What X is along a series: first + i * step at its value i.
+struct SeriesAxis {
+    QString name; ///< with its unit
+    double first = 0;
+    double step = 0; ///< 0: not known
+};
+
 /// What a text file of numbers holds, or why there is nothing of it.
 struct NumberFile {
     NumberTable table;
     QStringList columnNames;    ///< from a line above the numbers with as many words; or empty
     bool rowsAreSeries = false; ///< long rows, or the blocks of a result file: a row is a curve
-    QStringList header;         ///< lines of a result file's header
-    QStringList remarks;        ///< skipped lines with their numbers, counts that do not agree
-    bool isWhole = true;        ///< false: the file goes on behind the limit
+    QStringList rowNames;       ///< of the blocks, where the header has them
+    SeriesAxis rowAxis;         ///< along the blocks, where the header says so
+    QStringList header;         ///< lines above a table or the blocks of a result file
+    /// Cells of a table that are words, by column and row; null and behind the last one where the
+    /// cell is none. The number is NaN there.
+    std::vector<std::vector<QString>> words;
+    std::set<qint64> textColumns; ///< columns with more words than numbers
+    QStringList remarks;          ///< skipped lines with their numbers, counts that do not agree
+    bool isWhole = true;          ///< false: the file goes on behind the limit
     bool wasCancelled = false;
     QString error; ///< for the user to read; the table is then of no use
+
+    bool isText(qint64 column) const { return textColumns.count(column) > 0; }
+    /// A cell as a table shows it: its word, or the number with all its digits.
+    QString cell(qint64 row, qint64 column) const;
 };
 
 namespace Tools {
@@ -79,7 +97,8 @@ namespace Tools {
 /// semicolons between the numbers and a point in them; nothing between two commas or semicolons
 /// is NaN. A line with anything else is skipped and remarked upon. Of a result file (see
 /// resulttotext.h), with its values as text or as the float blocks themselves, every block
-/// becomes a row; of the text of a recording, all samples of a point.
+/// becomes a row; of the text of a recording, all samples of a point. A table with names above its
+/// columns (see tableparser.h) keeps the cells that are words.
 ///
 /// @param limit      bytes after which the reading stops; a row that is not complete then is
 ///                   left out unless it is the only one

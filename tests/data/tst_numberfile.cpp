@@ -49,6 +49,9 @@ class TestNumberFile : public QObject {
 private slots:
     void read_data();
     void read();
+    void tables_data();
+    void tables();
+    void seriesHeader();
     void refused_data();
     void refused();
     void longFile();
@@ -120,6 +123,82 @@ void TestNumberFile::read()
     }
 }
 
+void TestNumberFile::tables_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("names");
+    QTest::addColumn<QString>("cells"); // with all words
+    QTest::addColumn<QString>("wordColumns");
+    QTest::addColumn<QString>("remarks"); // parts of them, in order, one a line
+    const auto row = [](const char *name, const QByteArray &bytes, const QString &names,
+                        const QString &cells, const QString &wordColumns = {},
+                        const QString &remarks = {}) {
+        QTest::newRow(name) << bytes << names << cells << wordColumns << remarks;
+    };
+    row("samples of a plot",
+        "# file: x.pnt\n# points 0 to 1 of 9\nindex,time (s),\"sum, \"\"a\"\"\"\n"
+        "0,0,1.5\n1,0.25,\n",
+        "index;time (s);sum, \"a\"", "0;0;1.5|1;0.25;nan");
+    row("candidates of a form",
+        "# file: x.pnt\nno.\tperiod, s\tremark\n"
+        "1\t0.7145700\t\n2\t1.4291400\t2 x no. 1\n",
+        "no.;period, s;remark", "1;0.71457;|2;1.42914;2 x no. 1", "2");
+    row("rows of the batch program",
+        "program: x\nrows: 2\ncolumns: period [s]; remark; file\n"
+        "0.5\t-\t7\n1\t2 x 0.5 s\tb.pnt\n",
+        "period [s];remark;file", "0.5;-;7|1;2 x 0.5 s;b.pnt", "1",
+        "1 cells of the column \"file\"");
+    row("its CSV", "# program: x\n# rows: 1\nname,remark\n\"a\nb\",-\n", "name;remark", "a\nb;-",
+        "0 1");
+    row("of others, with blanks", "\xEF\xBB\xBFname; F0\r\nB0329+54 ;1.39\r\n\r\n J1807 ; 6.1",
+        "name;F0", "B0329+54;1.39|J1807;6.1", "0");
+    row("one column", "# about\nflux of today\n1\n2\n", "flux of today", "1|2");
+    row("cut within a row", "# program: x\n# rows: 3\na,b\n1,2\n3,4\n5,6", "a;b", "1;2|3;4", {},
+        "Line 6 skipped: the file ends within it\nThe header promises 3 rows, the file has 2");
+    row("rows that do not fit", "a,b\n1,2\n3\n4,5,6\n7,8\n", "a;b", "1;2|7;8", {},
+        "Line 3 skipped: 1 cells below 2 names\nLine 4 skipped: 3 cells");
+    row("a number lost", "a,b\n1,2\n3,x\n5,6\n", "a;b", "1;2|3;x|5;6", {},
+        "1 cells of the column \"b\" are no numbers");
+}
+
+void TestNumberFile::tables()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, remarks);
+    const NumberFile found = Tools::readNumberFile(file(bytes));
+    QCOMPARE(found.error, QString());
+    QTEST(found.columnNames.join(";"), "names");
+    QStringList rows;
+    for (qint64 row = 0; row < found.table.rows(); ++row) {
+        QStringList cells;
+        for (qint64 column = 0; column < found.table.columns(); ++column)
+            cells << found.cell(row, column);
+        rows << cells.join(";");
+    }
+    QTEST(rows.join("|"), "cells");
+    QStringList wordColumns;
+    for (const qint64 column : found.textColumns)
+        wordColumns << QString::number(column);
+    QTEST(wordColumns.join(" "), "wordColumns");
+    const QStringList parts = remarks.split('\n', Qt::SkipEmptyParts);
+    QVERIFY2(found.remarks.size() == parts.size(), qPrintable(found.remarks.join("; ")));
+    for (int i = 0; i < parts.size(); ++i)
+        QVERIFY2(found.remarks[i].contains(parts[i]), qPrintable(found.remarks[i]));
+}
+
+void TestNumberFile::seriesHeader()
+{
+    const NumberFile found = Tools::readNumberFile(
+        file("program: x\nx: frequency [Hz]\nx_first: 0.5\nx_step: 0.25\npoints: 2\ntype: float\n"
+             "blocks: spectrum; 1 sigma\ndays: 2\n1\n2\n3\n4\n"));
+    QCOMPARE(textOf(found.table), QString("1 2|3 4"));
+    QCOMPARE(found.rowNames, (QStringList{"spectrum", "1 sigma"}));
+    QCOMPARE(found.rowAxis.name, QString("frequency [Hz]"));
+    QCOMPARE(found.rowAxis.first, 0.5);
+    QCOMPARE(found.rowAxis.step, 0.25);
+    QCOMPARE(found.remarks, QStringList());
+}
+
 void TestNumberFile::refused_data()
 {
     QTest::addColumn<QByteArray>("bytes");
@@ -127,6 +206,9 @@ void TestNumberFile::refused_data()
     QTest::newRow("empty") << QByteArray() << "is empty";
     QTest::newRow("words only") << QByteArray("hello\nworld\n") << "has no line of numbers";
     QTest::newRow("binary") << QByteArray("numpar 3\nnpoints 2\n\0\0\1", 22) << "binary data";
+    QTest::newRow("table without rows") << QByteArray("# program: x\na,b\n") << "without rows";
+    QTest::newRow("binary data in a table")
+        << QByteArray("# x\na,b\n1,2\n\0,1\n", 15) << "binary data";
     QTest::newRow("short block") << resultHeader(3, 2) + floats({1, 2, 3, 4}) << "Block 2 of 2 in ";
     QTest::newRow("impossible counts")
         << QByteArray("points: 2000000000\ntype: float\ndays: 99999999999999999999\n\1\2\3\4")

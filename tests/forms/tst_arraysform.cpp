@@ -1,5 +1,7 @@
 #include "app/mainwindow.h"
 #include "app/settings.h"
+#include "batch/resulttable.h"
+#include "forms/arrays/arrayreading.h"
 #include "forms/arrays/arraysdirform.h"
 #include "forms/arrays/arraysform.h"
 #include "forms/arrays/greypicture.h"
@@ -10,6 +12,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QLabel>
 #include <QListWidget>
 #include <QMouseEvent>
@@ -17,6 +20,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
+#include <QTableView>
 #include <QTableWidget>
 #include <cmath>
 
@@ -32,6 +36,9 @@ private slots:
     void columns();
     void shownPart();
     void linesAndPicture();
+    void tableWithWords();
+    void ownResults_data();
+    void ownResults();
     void refused();
     void directory();
 
@@ -174,9 +181,77 @@ void TestArraysForm::linesAndPicture()
     QTRY_COMPARE(statisticsColumn(0).value(0), QString("400"));
 }
 
+// All cells stand in the table; words are no curve.
+void TestArraysForm::tableWithWords()
+{
+    new ArraysForm(file("x.txt", "# file: a.pnt\nno.\tperiod, s\tremark\n"
+                                 "1\t0.7145700\t\n2\t1.4291400\t2 x no. 1\n"),
+                   window.get());
+    QVERIFY(find<QRadioButton>("showTable")->isChecked());
+    const auto *const view = find<QTableView>("cells");
+    QTRY_VERIFY(view->isVisible());
+    const QAbstractItemModel &model = *view->model();
+    QCOMPARE(model.rowCount(), 2);
+    QCOMPARE(model.headerData(1, Qt::Horizontal).toString(), QString("period, s"));
+    QCOMPARE(model.index(0, 2).data().toString(), QString());
+    QCOMPARE(model.index(1, 2).data().toString(), QString("2 x no. 1"));
+    QTRY_COMPARE(statisticsColumn(1).value(0), QString("2"));
+    QVERIFY(find<QPlainTextEdit>("texts")->toPlainText().contains("file: a.pnt"));
+
+    find<QTableView>("cells")->selectRow(1);
+    QTest::keyClick(find<QTableView>("cells"), Qt::Key_C, Qt::ControlModifier);
+    QCOMPARE(QApplication::clipboard()->text(),
+             QString("no.\tperiod, s\tremark\n2\t1.42914\t2 x no. 1\n"));
+
+    find<QRadioButton>("showColumns")->click();
+    QCOMPARE(shown().names, QVector<QString>{"period, s"}); // over no., and not the remarks
+    QVERIFY(!find<QRadioButton>("showRows")->isEnabled());
+}
+
+// The same spectrum in each form that the batch program writes, and as saved from a plot.
+void TestArraysForm::ownResults_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    Batch::ResultTable table;
+    table.request = {{"program", "zrt-batch 1"},
+                     {"x", "frequency [Hz]"},
+                     {"x_first", "0.5"},
+                     {"x_step", "0.25"}};
+    table.columns = {{"spectrum", {}, std::vector<float>{1, 2, 4}}};
+    QTest::newRow("text") << table.toBytes(Batch::Format::Text);
+    QTest::newRow("JSON") << table.toBytes(Batch::Format::Json);
+    table.columns.insert(table.columns.begin(),
+                         {"frequency", "Hz", std::vector<double>{0.5, 0.75, 1}});
+    QTest::newRow("CSV") << table.toBytes(Batch::Format::Csv);
+    QTest::newRow("samples of a plot")
+        << QByteArray("# points 0 to 2 of 3\nindex,frequency [Hz],spectrum\n"
+                      "0,0.5,1\n1,0.75,2\n2,1,4\n");
+}
+
+void TestArraysForm::ownResults()
+{
+    QFETCH(QByteArray, bytes);
+    const MessageBoxCatcher catcher;
+    new ArraysForm(file("x", bytes), window.get());
+    QCOMPARE(catcher.boxes().size(), 0);
+    QCOMPARE(shown().names, QVector<QString>{"spectrum"});
+    QCOMPARE(shown().graphs[0], (std::vector<float>{1, 2, 4}));
+    QCOMPARE(shown().x.name, QString("frequency [Hz]"));
+    QCOMPARE(shown().textX1(2), QString("1"));
+    QCOMPARE(shown().x.first, 0.5);
+    const QString report = find<QPlainTextEdit>("texts")->toPlainText();
+    QVERIFY2(!report.contains("skipped"), qPrintable(report));
+}
+
 void TestArraysForm::refused()
 {
     const MessageBoxCatcher catcher;
+    const auto reason = [this](const QByteArray &bytes) {
+        return ArrayReading::read(file("x.json", bytes), 1000).error;
+    };
+    QVERIFY(
+        reason("{\"columns\": [\n{\"values\": [1,\n").contains("x.json is no table in JSON, line"));
+    QVERIFY(reason("{\"a\": 1}\n").contains("it is no table"));
     const QPointer<ArraysForm> form =
         new ArraysForm(file("x.txt", QByteArray(100, '\0')), window.get());
     QCOMPARE(catcher.boxes().size(), 1);

@@ -3,6 +3,7 @@
 #include "app/busyguard.h"
 #include "app/settings.h"
 #include "calc/seriesstatistics.h"
+#include "forms/arrays/jsontable.h"
 #include "plot/plotdata.h"
 
 #include <QCoreApplication>
@@ -13,6 +14,13 @@
 
 namespace ArrayReading {
 
+NumberFile read(const QString &path, qint64 limit, const std::function<void(int)> &progress,
+                const std::function<bool()> &cancelled)
+{
+    return isJson(path) ? readJsonTable(path, limit)
+                        : Tools::readNumberFile(path, limit, progress, cancelled);
+}
+
 NumberFile readShowingProgress(const QString &path)
 {
     QProgressBar *const progressBar = Settings::instance()->progressBar();
@@ -21,7 +29,7 @@ NumberFile readShowingProgress(const QString &path)
     QObject::connect(&guard, &BusyGuard::cancelRequested, &guard, [&] { isCancelled = true; });
     progressBar->setValue(0);
     progressBar->show();
-    NumberFile file = Tools::readNumberFile(
+    NumberFile file = read(
         path, std::numeric_limits<qint64>::max(),
         [&](int percent) {
             progressBar->setValue(percent);
@@ -32,15 +40,41 @@ NumberFile readShowingProgress(const QString &path)
     return file;
 }
 
-bool firstColumnRises(const NumberTable &table)
+namespace {
+
+bool rises(const NumberTable &table, int column)
 {
-    if (table.columns() < 2 || table.rows() < 2 || !std::isfinite(table.at(0, 0)))
+    if (column + 1 >= table.columns() || table.rows() < 2 || !std::isfinite(table.at(0, column)))
         return false;
     for (qint64 row = 1; row < table.rows(); ++row) {
-        if (!(table.at(row, 0) > table.at(row - 1, 0)))
+        if (!(table.at(row, column) > table.at(row - 1, column)))
             return false;
     }
     return true;
+}
+
+} // namespace
+
+int xColumn(const NumberFile &file)
+{
+    if (!rises(file.table, 0))
+        return -1;
+    return file.columnNames.value(0) == "index" && rises(file.table, 1) ? 1 : 0;
+}
+
+std::vector<int> curveColumns(const NumberFile &file, int xColumn)
+{
+    std::vector<int> columns;
+    for (int column = xColumn + 1; column < file.table.columns(); ++column) {
+        if (!file.isText(column))
+            columns.push_back(column);
+    }
+    return columns;
+}
+
+QString columnName(const NumberFile &file, int column)
+{
+    return file.columnNames.value(column, "column " + QString::number(column + 1));
 }
 
 QImage smallPicture(const std::vector<double> &values, const QSize &size)

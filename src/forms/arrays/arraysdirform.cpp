@@ -28,8 +28,11 @@ ArrayPlot::Series curveOf(const NumberFile &file, int curve, bool firstIsX)
     const NumberTable &table = file.table;
     if (file.rowsAreSeries)
         return {{}, 0, curve < table.rows() ? table.row(curve) : std::vector<double>()};
-    const int column = curve + (firstIsX && ArrayReading::firstColumnRises(table) ? 1 : 0);
-    return {{}, 0, column < table.columns() ? table.column(column) : std::vector<double>()};
+    const std::vector<int> columns =
+        ArrayReading::curveColumns(file, firstIsX ? ArrayReading::xColumn(file) : -1);
+    if (std::size_t(curve) >= columns.size())
+        return {};
+    return {{}, 0, table.column(columns[std::size_t(curve)])};
 }
 
 } // namespace
@@ -111,8 +114,8 @@ void ArraysDirForm::lookAtNextFile()
             return;
         if (item->data(seenRole).toBool())
             continue;
-        describe(item, Tools::readNumberFile(directory.filePath(item->data(nameRole).toString()),
-                                             lookBytes));
+        describe(item, ArrayReading::read(directory.filePath(item->data(nameRole).toString()),
+                                          lookBytes));
         lookTimer.start(0);
         return;
     }
@@ -132,6 +135,10 @@ void ArraysDirForm::describe(QListWidgetItem *item, const NumberFile &file)
         return;
     }
     const NumberTable &table = file.table;
+    if (!file.isWhole && table.rows() == 0) {
+        item->setText(name + "\na large table");
+        return;
+    }
     const QString more = file.isWhole ? "" : " or more";
     item->setText(
         QString("%1\n%2%3 x %4").arg(name).arg(table.rows()).arg(more).arg(table.columns()));
@@ -193,10 +200,10 @@ void ArraysDirForm::showPicked()
             report << QString("%1 has no curve %2.").arg(name).arg(curve + 1);
             continue;
         }
-        if (series.empty() && firstIsX && !file.rowsAreSeries &&
-            ArrayReading::firstColumnRises(file.table)) {
-            x = {file.columnNames.value(0, "column 1"), file.table.column(0)};
-            report << "X is the first column of " + name + ".";
+        const int xColumn = file.rowsAreSeries ? -1 : ArrayReading::xColumn(file);
+        if (series.empty() && firstIsX && xColumn >= 0) {
+            x = {ArrayReading::columnName(file, xColumn), file.table.column(xColumn)};
+            report << QString("X is the column \"%1\" of %2.").arg(x.name, name);
         }
         one.name = name;
         one.index = int(series.size());

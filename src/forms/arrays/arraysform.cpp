@@ -4,6 +4,7 @@
 #include "app/errorbox.h"
 #include "forms/arrays/arrayreading.h"
 #include "forms/arrays/arraysinfo.h"
+#include "forms/arrays/celltable.h"
 #include "forms/arrays/greypicture.h"
 #include "forms/pulsar/pulsartexts.h"
 #include "forms/savefolder.h"
@@ -52,12 +53,18 @@ ArraysForm::ArraysForm(const QString &filePath, QWidget *parent)
     grafik->setObjectName("grafik");
     picture->setObjectName("picture");
     picture->setTable(&file.table);
+    cells = new CellTable(file);
+    cells->setObjectName("cells");
     stack->addWidget(grafik);
     stack->addWidget(picture);
+    stack->addWidget(cells);
     offerWhatThereIs();
     fillCentralWidget(this, stack, info);
     connectInputs();
-    fillCurveList();
+    if (ui->showTable->isChecked())
+        showTable();
+    else
+        fillCurveList();
     ui->curves->setFocus();
 }
 
@@ -76,16 +83,25 @@ void ArraysForm::offerWhatThereIs()
         choice->setEnabled(false);
         choice->setToolTip(why);
     };
-    if (table.rows() > mostCurves)
+    if (!file.textColumns.empty())
+        refuse(ui->showRows, "Not with columns of words");
+    else if (table.rows() > mostCurves)
         refuse(ui->showRows, QString("Only up to %1 lines").arg(mostCurves));
-    if (table.columns() > mostCurves)
+    if (ArrayReading::curveColumns(file, -1).empty())
+        refuse(ui->showColumns, "Only with a column of numbers");
+    else if (table.columns() > mostCurves)
         refuse(ui->showColumns, QString("Only up to %1 columns").arg(mostCurves));
-    if (table.columns() < 2 || table.rows() < 2)
+    if (!file.textColumns.empty())
+        refuse(ui->showPicture, "Not with columns of words");
+    else if (table.columns() < 2 || table.rows() < 2)
         refuse(ui->showPicture, "Only of several lines with several numbers");
     const bool byRows =
         ui->showRows->isEnabled() && (file.rowsAreSeries || !ui->showColumns->isEnabled());
-    (byRows ? ui->showRows : ui->showColumns)->setChecked(true);
-    ui->firstColumnIsX->setChecked(ArrayReading::firstColumnRises(table));
+    (!file.textColumns.empty() ? ui->showTable
+     : byRows                  ? ui->showRows
+                               : ui->showColumns)
+        ->setChecked(true);
+    ui->firstColumnIsX->setChecked(ArrayReading::xColumn(file) >= 0);
 }
 
 void ArraysForm::connectInputs()
@@ -93,6 +109,7 @@ void ArraysForm::connectInputs()
     for (const QRadioButton *button : {ui->showColumns, ui->showRows})
         connect(button, &QRadioButton::clicked, this, &ArraysForm::fillCurveList);
     connect(ui->showPicture, &QRadioButton::clicked, this, &ArraysForm::showPicture);
+    connect(ui->showTable, &QRadioButton::clicked, this, &ArraysForm::showTable);
     connect(ui->firstColumnIsX, &QCheckBox::clicked, this, &ArraysForm::fillCurveList);
     connect(ui->curves, &QListWidget::itemChanged, this, &ArraysForm::showCurves);
     connect(ui->allButton, &QPushButton::clicked, this, [this] { checkCurves(true); });
@@ -105,30 +122,47 @@ void ArraysForm::connectInputs()
     });
 }
 
-// Columns before this one are no curves.
-int ArraysForm::firstCurveColumn() const
+// The column that the user wants on the X axis, below 0: none. Where no column rises that is the
+// first one.
+int ArraysForm::xColumn() const
 {
-    const bool hasX = ui->showColumns->isChecked() && ui->firstColumnIsX->isChecked();
-    return hasX && file.table.columns() > 1 ? 1 : 0;
+    if (!ui->firstColumnIsX->isChecked() || file.table.columns() < 2 || file.isText(0))
+        return -1;
+    return std::max(0, ArrayReading::xColumn(file));
 }
 
 int ArraysForm::curveCount() const
 {
-    const NumberTable &table = file.table;
-    return ui->showRows->isChecked() ? int(table.rows())
-                                     : int(table.columns()) - firstCurveColumn();
+    return ui->showRows->isChecked() ? int(file.table.rows()) : int(columns.size());
 }
 
 QString ArraysForm::curveName(int curve) const
 {
-    if (ui->showRows->isChecked())
-        return (file.header.isEmpty() ? "line " : "block ") + QString::number(curve + 1);
-    const int column = curve + firstCurveColumn();
-    return file.columnNames.value(column, "column " + QString::number(column + 1));
+    if (!ui->showRows->isChecked())
+        return ArrayReading::columnName(file, columns[std::size_t(curve)]);
+    return file.rowNames.value(curve, (file.header.isEmpty() ? "line " : "block ") +
+                                          QString::number(curve + 1));
+}
+
+// Along lines the axis of the header, below columns the column of X.
+ArrayPlot::XAxis ArraysForm::xAxis() const
+{
+    if (ui->showRows->isChecked()) {
+        if (file.rowAxis.step == 0)
+            return {};
+        ArrayPlot::XAxis x = {file.rowAxis.name, std::vector<double>(file.table.columns())};
+        for (std::size_t i = 0; i < x.values.size(); ++i)
+            x.values[i] = file.rowAxis.first + file.rowAxis.step * double(i);
+        return x;
+    }
+    if (xColumn() < 0)
+        return {};
+    return {ArrayReading::columnName(file, xColumn()), file.table.column(xColumn())};
 }
 
 void ArraysForm::fillCurveList()
 {
+    columns = ArrayReading::curveColumns(file, xColumn());
     {
         const QSignalBlocker blocker(ui->curves);
         ui->curves->clear();
@@ -141,7 +175,8 @@ void ArraysForm::fillCurveList()
         ui->curves->setCurrentRow(0);
     }
     ui->groupBox_curves->setEnabled(true);
-    ui->firstColumnIsX->setEnabled(ui->showColumns->isChecked() && file.table.columns() > 1);
+    ui->firstColumnIsX->setEnabled(ui->showColumns->isChecked() && file.table.columns() > 1 &&
+                                   !file.isText(0));
     info->setPointsEnabled(true);
     stack->setCurrentWidget(grafik);
     showCurves();
@@ -168,19 +203,16 @@ void ArraysForm::showCurves()
         if (ui->curves->item(curve)->checkState() != Qt::Checked || ++checked > mostDrawn)
             continue;
         series.push_back({curveName(curve), curve,
-                          byRows ? table.row(curve) : table.column(curve + firstCurveColumn())});
+                          byRows ? table.row(curve) : table.column(columns[std::size_t(curve)])});
     }
     if (checked > mostDrawn)
         report << QString("%1 curves are checked, the first %2 of them are drawn.")
                       .arg(checked)
                       .arg(mostDrawn);
-    ArrayPlot::XAxis x;
-    if (firstCurveColumn() > 0) {
-        x = {file.columnNames.value(0, "column 1"), table.column(0)};
-        if (!x.isEven())
-            report << "X is not equally spaced: the points are drawn one step apart, the lower "
-                      "labels give their X.";
-    }
+    ArrayPlot::XAxis x = xAxis();
+    if (!x.isIndex() && !x.isEven())
+        report << "X is not equally spaced: the points are drawn one step apart, the lower labels "
+                  "give their X.";
     info->setSeries(std::move(series), std::move(x), {"file: " + path});
     showReport(report);
 }
@@ -194,6 +226,23 @@ void ArraysForm::showPicture()
     info->setSeries({{"all", 0, file.table.all()}}, {}, {"file: " + path});
     showReport({"A line of the file is a row of the picture: black is the smallest value, white "
                 "the largest, red no number."});
+}
+
+// The statistics are those of the columns of numbers.
+void ArraysForm::showTable()
+{
+    ui->groupBox_curves->setEnabled(false);
+    ui->firstColumnIsX->setEnabled(false);
+    info->setPointsEnabled(false);
+    stack->setCurrentWidget(cells);
+    std::vector<ArrayPlot::Series> series;
+    for (const int column : ArrayReading::curveColumns(file, -1)) {
+        if (int(series.size()) < mostDrawn)
+            series.push_back({ArrayReading::columnName(file, column), int(series.size()),
+                              file.table.column(column)});
+    }
+    info->setSeries(std::move(series), {}, {"file: " + path});
+    showReport({});
 }
 
 void ArraysForm::showReport(const QStringList &lines)

@@ -7,6 +7,7 @@
 #include <memory>
 
 class ArraysInfo;
+class CellTable;
 class GreyPicture;
 class PulsarGrafik;
 class QStackedWidget;
@@ -14,8 +15,8 @@ namespace Ui {
 class ArraysForm;
 }
 
-/// One text file of numbers: its columns or lines as curves, or all of it as a grey picture,
-/// with statistics and histogram of the shown part.
+/// One text file of numbers: its columns or lines as curves, all of it as a grey picture or as a
+/// table, with statistics and histogram of the shown part.
 ///
 /// Construction empties the central widget, reads the file and installs the form. A file
 /// without numbers is reported in a box; the central widget then stays empty and the form
@@ -36,16 +37,20 @@ private:
     void checkCurves(bool all);
     void showCurves();
     void showPicture();
+    void showTable();
     void showReport(const QStringList &lines);
-    int firstCurveColumn() const;
+    int xColumn() const;
+    ArrayPlot::XAxis xAxis() const;
     int curveCount() const;
     QString curveName(int curve) const;
 
     const std::unique_ptr<Ui::ArraysForm> ui;
     const QString path;
     NumberFile file;
+    std::vector<int> columns; // that are curves
     QStackedWidget *stack = nullptr;
     PulsarGrafik *grafik = nullptr;
     GreyPicture *picture = nullptr;
+    CellTable *cells = nullptr;
     ArraysInfo *info = nullptr;
 };
