@@ -2,18 +2,14 @@
 
 #include <QLabel>
 #include <QToolTip>
+#include <QVariant>
 #include <QWidget>
 
 namespace FieldStyles {
 
 void setStyle(QWidget *field, const QString &style)
 {
-    QPalette palette;
-    if (!style.isEmpty()) {
-        palette.setColor(QPalette::Text, Qt::black);
-        palette.setColor(QPalette::WindowText, Qt::black); // of a label
-    }
-    field->setPalette(palette);
+    field->setProperty("isLight", QVariant(!style.isEmpty()));
     field->setStyleSheet(style);
 }
 
@@ -26,11 +22,16 @@ QString nameOf(const QWidget *field)
     return field->objectName();
 }
 
-void refuse(QWidget *field, const QString &message)
+void markRefused(QWidget *field, const QString &message)
 {
     setStyle(field, failing);
-    field->setFocus();
     QToolTip::showText(field->mapToGlobal(field->rect().bottomLeft()), message, field);
+}
+
+void refuse(QWidget *field, const QString &message)
+{
+    field->setFocus(); // before the message, which a change of the focus hides
+    markRefused(field, message);
 }
 
 } // namespace FieldStyles

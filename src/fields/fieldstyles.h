@@ -12,14 +12,18 @@ inline constexpr char filled[] = "background-color: #98FB98;";
 inline constexpr char readOnly[] = "background-color: #dfffd3;";
 inline constexpr char plain[] = "background-color: #ffffff;";
 
-/// Gives a field one of these styles, or with "" that of the window again. All of them are light,
-/// so that the text becomes black whatever the colours of the desktop are.
+/// Gives a field one of these styles, or with "" that of the window again. All of them are light:
+/// the property "isLight" then lets the application's style sheet make the text black, whatever
+/// the colours of the desktop are.
 void setStyle(QWidget *field, const QString &style);
 
 /// What the window calls a field: the text of the label it is the buddy of, or its object name.
 QString nameOf(const QWidget *field);
 
-/// Marks a field as failing, gives it the focus and shows the message below it.
+/// Marks a field as failing and shows the message below it.
+void markRefused(QWidget *field, const QString &message);
+
+/// The same, and gives it the focus.
 void refuse(QWidget *field, const QString &message);
 
 } // namespace FieldStyles

@@ -7,7 +7,6 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QScopedValueRollback>
-#include <QTimer>
 
 namespace Fields {
 
@@ -61,13 +60,14 @@ protected:
         if (event->type() != QEvent::KeyPress && event->type() != QEvent::ShortcutOverride)
             return false;
         const int key = static_cast<QKeyEvent *>(event)->key();
-        const bool isEnter = key == Qt::Key_Return || key == Qt::Key_Enter;
-        if (!isEnter && key != Qt::Key_Escape)
+        const bool wantsOn = key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Tab ||
+                             key == Qt::Key_Backtab;
+        if (!wantsOn && key != Qt::Key_Escape)
             return false;
         event->accept();
         if (event->type() == QEvent::ShortcutOverride)
             return true;
-        if (isEnter)
+        if (wantsOn)
             refuse();
         else
             box->interpretText();
@@ -80,13 +80,12 @@ private:
         const QScopedValueRollback<bool> keeping(isKept, true);
         box->findChild<QLineEdit *>()->event(event); // the cursor goes
         box->update();
-        // To a menu or another window the user goes for a moment.
-        if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason ||
-            event->reason() == Qt::MouseFocusReason)
-            QTimer::singleShot(0, this, [this] {
-                if (!box->hasAcceptableInput())
-                    refuse();
-            });
+        // The focus is left where the user wants it: what is typed next belongs there. To a menu or
+        // another window one goes for a moment.
+        if (event->reason() == Qt::MouseFocusReason) {
+            isMarked = true;
+            FieldStyles::markRefused(box, problemOf(box));
+        }
         return true;
     }
 

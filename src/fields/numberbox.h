@@ -9,9 +9,9 @@ class UnreadText;
 
 /// A field for a number with arrows, which reads and shows numbers as typednumber.h says, whatever
 /// the language of the desktop. Every key is taken, so that what stands there is what was typed;
-/// a text that is no number of the range is refused by Enter and when the focus goes on: it stays
-/// in place, marked, with a message, and the value stays the last good one. Escape, the arrows and
-/// the wheel bring that back.
+/// a text that is no number of the range is refused by Enter and Tab and when the mouse takes the
+/// focus: it stays in place, marked, with a message, and the value stays the last good one. Escape,
+/// the arrows and the wheel bring that back.
 class NumberBox : public QDoubleSpinBox {
     Q_OBJECT
 

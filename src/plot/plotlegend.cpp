@@ -35,7 +35,7 @@ PlotLegend::PlotLegend(QWidget *plot)
                           " border: 1px solid #bebebe; }"
                           " QScrollArea, QWidget#lines { background: transparent; }"
                           " QToolButton { border: none; }"
-                          " QToolButton, QCheckBox { font-size: %1pt; }")
+                          " QToolButton, QCheckBox { font-size: %1pt; color: black; }")
                       .arg(font().pointSizeF() * fontPart));
     setCursor(Qt::ArrowCursor);
 

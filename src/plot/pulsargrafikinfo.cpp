@@ -15,7 +15,13 @@
 namespace {
 
 constexpr int coordsLines = 4; // index and value, and one for each row of labels
-constexpr char problemColour[] = "#b00020";
+
+// A red that is read on the background.
+QColor problemColour(const QPalette &palette)
+{
+    constexpr int middle = 128;
+    return palette.color(QPalette::Base).lightness() < middle ? "#ff8080" : "#b00020";
+}
 
 } // namespace
 
@@ -80,7 +86,7 @@ void PulsarGrafikInfo::setTexts(const QString &calculation, const QString &grafi
     QTextCursor cursor(ui->texts->document());
     cursor.setPosition(problem.size(), QTextCursor::KeepAnchor);
     QTextCharFormat red;
-    red.setForeground(QColor(problemColour));
+    red.setForeground(problemColour(ui->texts->palette()));
     cursor.mergeCharFormat(red);
 }
 
