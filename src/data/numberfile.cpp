@@ -138,6 +138,11 @@ private:
                                  .arg(parser.lastLine() + 1);
         });
         parser.finish({rest.constData(), std::size_t(rest.size())}, !file.isWhole);
+        if (parser.skippedLines() > file.table.rows() && file.error.isEmpty())
+            file.error = QString("%1 is no table: of most lines the cells are not as many as the "
+                                 "words of line %2.")
+                             .arg(path)
+                             .arg(head.lines);
     }
 
     bool isText(const QByteArray &block)

@@ -33,6 +33,7 @@ public:
     /// @return bytes that were taken
     qint64 add(const char *begin, const char *end);
     qint64 lastLine() const { return line; }
+    qint64 skippedLines() const { return skipped; }
     /// @param rest  what follows the last line end of the file
     void finish(std::string_view rest, bool isCutOff);
 

@@ -206,6 +206,8 @@ void TestNumberFile::refused_data()
     QTest::newRow("empty") << QByteArray() << "is empty";
     QTest::newRow("words only") << QByteArray("hello\nworld\n") << "has no line of numbers";
     QTest::newRow("binary") << QByteArray("numpar 3\nnpoints 2\n\0\0\1", 22) << "binary data";
+    QTest::newRow("prose") << QByteArray("# Title\nFirst, a line\nand, more\nof it\n\nEnd.\n")
+                           << "is no table: of most lines";
     QTest::newRow("table without rows") << QByteArray("# program: x\na,b\n") << "without rows";
     QTest::newRow("binary data in a table")
         << QByteArray("# x\na,b\n1,2\n\0,1\n", 15) << "binary data";

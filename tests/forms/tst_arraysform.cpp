@@ -277,6 +277,10 @@ void TestArraysForm::directory()
     QCOMPARE(shown().yMin, 5.0); // one scale
     QCOMPARE(shown().yMax, 300.0);
     QVERIFY(find<QPlainTextEdit>("texts")->toPlainText().contains("broken.txt has no line"));
+    QVERIFY2(shown().textX1 == nullptr, "X of one file is none of the other");
+    files->setCurrentRow(1, QItemSelectionModel::ClearAndSelect);
+    QTRY_COMPARE(shown().x.name, QString("column 1"));
+    files->selectAll();
 
     find<QSpinBox>("curve")->setValue(2);
     QVERIFY(find<QPlainTextEdit>("texts")->toPlainText().contains("a9.txt has no curve 2"));

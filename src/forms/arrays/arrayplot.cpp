@@ -69,6 +69,18 @@ bool XAxis::isEven() const
     return step != 0;
 }
 
+bool XAxis::isLike(const XAxis &other) const
+{
+    if (name != other.name || isIndex() != other.isIndex())
+        return false;
+    const std::size_t common = std::min(values.size(), other.values.size());
+    const double step = common > 1 ? (values[common - 1] - values[0]) / double(common - 1) : 0;
+    constexpr double tolerance = 1e-6;
+    return std::equal(
+        values.begin(), values.begin() + std::ptrdiff_t(common), other.values.begin(),
+        [=](double a, double b) { return std::abs(a - b) <= tolerance * std::abs(step); });
+}
+
 int longest(const std::vector<Series> &series)
 {
     std::size_t length = 0;

@@ -24,6 +24,9 @@ struct XAxis {
     bool isIndex() const { return values.empty(); }
     /// Whether neighbouring values are equally far apart, to a millionth of the way.
     bool isEven() const;
+    /// Whether another axis has the same name and, as far as both go, the same values, to a
+    /// millionth of a step.
+    bool isLike(const XAxis &other) const;
 };
 
 /// Points of every curve, from an index on.

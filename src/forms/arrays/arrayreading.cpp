@@ -11,6 +11,7 @@
 #include <QProgressBar>
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace ArrayReading {
 
@@ -42,12 +43,13 @@ NumberFile readShowingProgress(const QString &path)
 
 namespace {
 
-bool rises(const NumberTable &table, int column)
+// Whether a column, which is not the last one, rises by more than that from row to row.
+bool rises(const NumberTable &table, int column, double least)
 {
     if (column + 1 >= table.columns() || table.rows() < 2 || !std::isfinite(table.at(0, column)))
         return false;
     for (qint64 row = 1; row < table.rows(); ++row) {
-        if (!(table.at(row, column) > table.at(row - 1, column)))
+        if (!(table.at(row, column) - table.at(row - 1, column) > least))
             return false;
     }
     return true;
@@ -57,9 +59,11 @@ bool rises(const NumberTable &table, int column)
 
 int xColumn(const NumberFile &file)
 {
-    if (!rises(file.table, 0))
+    if (!rises(file.table, 0, 0))
         return -1;
-    return file.columnNames.value(0) == "index" && rises(file.table, 1) ? 1 : 0;
+    // Neighbouring periods of a search may have equal texts.
+    constexpr double orStays = -std::numeric_limits<double>::min();
+    return file.columnNames.value(0) == "index" && rises(file.table, 1, orStays) ? 1 : 0;
 }
 
 std::vector<int> curveColumns(const NumberFile &file, int xColumn)
@@ -70,6 +74,23 @@ std::vector<int> curveColumns(const NumberFile &file, int xColumn)
             columns.push_back(column);
     }
     return columns;
+}
+
+ArrayPlot::XAxis axisOf(const NumberFile &file, int column)
+{
+    if (column < 0)
+        return {};
+    return {columnName(file, column), file.table.column(column)};
+}
+
+ArrayPlot::XAxis axisOfRows(const NumberFile &file)
+{
+    if (file.rowAxis.step == 0)
+        return {};
+    ArrayPlot::XAxis x = {file.rowAxis.name, std::vector<double>(file.table.columns())};
+    for (std::size_t i = 0; i < x.values.size(); ++i)
+        x.values[i] = file.rowAxis.first + file.rowAxis.step * double(i);
+    return x;
 }
 
 QString columnName(const NumberFile &file, int column)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "data/numberfile.h"
+#include "forms/arrays/arrayplot.h"
 
 #include <QImage>
 
@@ -27,6 +28,11 @@ int xColumn(const NumberFile &file);
 
 /// Columns of numbers behind that of X, if there is one.
 std::vector<int> curveColumns(const NumberFile &file, int xColumn);
+
+/// A column as X, and what the header says of X along the rows; the index where there is none
+/// of it.
+ArrayPlot::XAxis axisOf(const NumberFile &file, int column);
+ArrayPlot::XAxis axisOfRows(const NumberFile &file);
 
 /// Name of a column, from 0, in the file or else by its number.
 QString columnName(const NumberFile &file, int column);

@@ -190,6 +190,7 @@ void ArraysDirForm::showPicked()
     const bool firstIsX = ui->firstColumnIsX->isChecked();
     std::vector<ArrayPlot::Series> series;
     ArrayPlot::XAxis x;
+    bool isOneX = true;
     for (const auto &[name, file] : picked) {
         if (!file.error.isEmpty()) {
             report << file.error;
@@ -200,16 +201,25 @@ void ArraysDirForm::showPicked()
             report << QString("%1 has no curve %2.").arg(name).arg(curve + 1);
             continue;
         }
-        const int xColumn = file.rowsAreSeries ? -1 : ArrayReading::xColumn(file);
-        if (series.empty() && firstIsX && xColumn >= 0) {
-            x = {ArrayReading::columnName(file, xColumn), file.table.column(xColumn)};
-            report << QString("X is the column \"%1\" of %2.").arg(x.name, name);
+        if (firstIsX) {
+            ArrayPlot::XAxis own = file.rowsAreSeries
+                                       ? ArrayReading::axisOfRows(file)
+                                       : ArrayReading::axisOf(file, ArrayReading::xColumn(file));
+            isOneX = isOneX && (series.empty() || own.isLike(x));
+            if (series.empty())
+                x = std::move(own);
         }
         one.name = name;
         one.index = int(series.size());
         series.push_back(std::move(one));
         for (const QString &remark : file.remarks)
             report << name + ": " + remark;
+    }
+    if (!isOneX) {
+        x = {};
+        report << "The X of the files differ: their points are counted.";
+    } else if (!x.isIndex()) {
+        report << "X is \"" + x.name + "\".";
     }
     const bool isEmpty = series.empty();
     info->setSeries(std::move(series), std::move(x), {"directory: " + directory.path()});

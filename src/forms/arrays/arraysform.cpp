@@ -61,11 +61,13 @@ ArraysForm::ArraysForm(const QString &filePath, QWidget *parent)
     offerWhatThereIs();
     fillCentralWidget(this, stack, info);
     connectInputs();
-    if (ui->showTable->isChecked())
+    if (ui->showTable->isChecked()) {
         showTable();
-    else
+        cells->setFocus();
+    } else {
         fillCurveList();
-    ui->curves->setFocus();
+        ui->curves->setFocus();
+    }
 }
 
 ArraysForm::~ArraysForm() = default;
@@ -74,16 +76,19 @@ void ArraysForm::offerWhatThereIs()
 {
     const NumberTable &table = file.table;
     const bool isEven = table.count() == table.rows() * table.columns();
-    ui->size->setText(isEven ? QString("%1 x %2 numbers").arg(table.rows()).arg(table.columns())
-                             : QString("%1 lines of up to %2 numbers, %3 in all")
-                                   .arg(table.rows())
-                                   .arg(table.columns())
-                                   .arg(table.count()));
+    const bool hasWords = !file.textColumns.empty();
+    ui->size->setText(hasWords
+                          ? QString("%1 rows, %2 columns").arg(table.rows()).arg(table.columns())
+                      : isEven ? QString("%1 x %2 numbers").arg(table.rows()).arg(table.columns())
+                               : QString("%1 lines of up to %2 numbers, %3 in all")
+                                     .arg(table.rows())
+                                     .arg(table.columns())
+                                     .arg(table.count()));
     const auto refuse = [](QWidget *choice, const QString &why) {
         choice->setEnabled(false);
         choice->setToolTip(why);
     };
-    if (!file.textColumns.empty())
+    if (hasWords)
         refuse(ui->showRows, "Not with columns of words");
     else if (table.rows() > mostCurves)
         refuse(ui->showRows, QString("Only up to %1 lines").arg(mostCurves));
@@ -91,16 +96,13 @@ void ArraysForm::offerWhatThereIs()
         refuse(ui->showColumns, "Only with a column of numbers");
     else if (table.columns() > mostCurves)
         refuse(ui->showColumns, QString("Only up to %1 columns").arg(mostCurves));
-    if (!file.textColumns.empty())
+    if (hasWords)
         refuse(ui->showPicture, "Not with columns of words");
     else if (table.columns() < 2 || table.rows() < 2)
         refuse(ui->showPicture, "Only of several lines with several numbers");
     const bool byRows =
         ui->showRows->isEnabled() && (file.rowsAreSeries || !ui->showColumns->isEnabled());
-    (!file.textColumns.empty() ? ui->showTable
-     : byRows                  ? ui->showRows
-                               : ui->showColumns)
-        ->setChecked(true);
+    (hasWords ? ui->showTable : byRows ? ui->showRows : ui->showColumns)->setChecked(true);
     ui->firstColumnIsX->setChecked(ArrayReading::xColumn(file) >= 0);
 }
 
@@ -147,17 +149,8 @@ QString ArraysForm::curveName(int curve) const
 // Along lines the axis of the header, below columns the column of X.
 ArrayPlot::XAxis ArraysForm::xAxis() const
 {
-    if (ui->showRows->isChecked()) {
-        if (file.rowAxis.step == 0)
-            return {};
-        ArrayPlot::XAxis x = {file.rowAxis.name, std::vector<double>(file.table.columns())};
-        for (std::size_t i = 0; i < x.values.size(); ++i)
-            x.values[i] = file.rowAxis.first + file.rowAxis.step * double(i);
-        return x;
-    }
-    if (xColumn() < 0)
-        return {};
-    return {ArrayReading::columnName(file, xColumn()), file.table.column(xColumn())};
+    return ui->showRows->isChecked() ? ArrayReading::axisOfRows(file)
+                                     : ArrayReading::axisOf(file, xColumn());
 }
 
 void ArraysForm::fillCurveList()
