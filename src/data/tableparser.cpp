@@ -3,7 +3,7 @@
 #include "data/lineparser.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cstring>
 #include <limits>
 
 namespace NumberParser {
@@ -33,16 +33,42 @@ bool startsWith(std::string_view text, std::string_view begin)
     return text.substr(0, begin.size()) == begin;
 }
 
+// Follows the bytes of a line and knows whether they are within quotes. Quotes begin with a cell;
+// two of them within stand for one. Cells between tabs have none.
+class Quotes {
+public:
+    explicit Quotes(char cellMark) : mark(cellMark) {}
+
+    bool areOpen() const { return isOpen; }
+    void take(char c)
+    {
+        if (c == '"' && mark != '\t') {
+            isOpen = !isOpen && (isCellBegin || isClosed);
+            isClosed = !isOpen;
+        } else {
+            isClosed = false;
+        }
+        isCellBegin = c == mark || (isCellBegin && c == ' ');
+    }
+
+private:
+    const char mark;
+    bool isOpen = false;
+    bool isCellBegin = true;
+    bool isClosed = false; // by the byte before
+};
+
 // The end of a line that begins there: the next line end outside of quotes. Null where the text
 // ends before.
 const char *lineEnd(const char *begin, const char *end, char mark)
 {
-    bool isQuoted = false;
+    if (mark == '\t')
+        return static_cast<const char *>(std::memchr(begin, '\n', std::size_t(end - begin)));
+    Quotes quotes(mark);
     for (const char *p = begin; p < end; ++p) {
-        if (*p == '\n' && !isQuoted)
+        if (*p == '\n' && !quotes.areOpen())
             return p;
-        if (*p == '"' && mark != '\t')
-            isQuoted = !isQuoted;
+        quotes.take(*p);
     }
     return nullptr;
 }
@@ -51,12 +77,11 @@ const char *lineEnd(const char *begin, const char *end, char mark)
 void split(std::string_view line, char mark, std::vector<std::string_view> &cells)
 {
     cells.clear();
-    bool isQuoted = false;
+    Quotes quotes(mark);
     std::size_t begin = 0;
     for (std::size_t i = 0; i < line.size(); ++i) {
-        if (line[i] == '"' && mark != '\t')
-            isQuoted = !isQuoted;
-        if (line[i] != mark || isQuoted)
+        quotes.take(line[i]);
+        if (line[i] != mark || quotes.areOpen())
             continue;
         cells.push_back(line.substr(begin, i - begin));
         begin = i + 1;

@@ -7,6 +7,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QScopedValueRollback>
+#include <QTimer>
 
 namespace Fields {
 
@@ -53,8 +54,11 @@ public:
 protected:
     bool eventFilter(QObject *, QEvent *event) override
     {
-        if (box->hasAcceptableInput())
+        if (box->hasAcceptableInput()) {
+            if (isMarked) // another value was set meanwhile
+                QTimer::singleShot(0, this, &UnreadText::unmark);
             return false;
+        }
         if (event->type() == QEvent::FocusOut)
             return loseFocus(static_cast<QFocusEvent *>(event));
         if (event->type() != QEvent::KeyPress && event->type() != QEvent::ShortcutOverride)

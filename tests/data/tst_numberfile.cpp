@@ -150,6 +150,8 @@ void TestNumberFile::tables_data()
         "1 cells of the column \"file\"");
     row("its CSV", "# program: x\n# rows: 1\nname,remark\n\"a\nb\",-\n", "name;remark", "a\nb;-",
         "0 1");
+    row("marks of inches", "size,n\n5\" dish,3\n \"a \"\"b\"\", c\",4\n", "size;n",
+        "5\" dish;3|a \"b\", c;4", "0");
     row("of others, with blanks", "\xEF\xBB\xBFname; F0\r\nB0329+54 ;1.39\r\n\r\n J1807 ; 6.1",
         "name;F0", "B0329+54;1.39|J1807;6.1", "0");
     row("one column", "# about\nflux of today\n1\n2\n", "flux of today", "1|2");

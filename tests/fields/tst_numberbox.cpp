@@ -149,6 +149,10 @@ void TestNumberBox::wayBack()
         QCOMPARE(number->text(), QString("26.20"));
         QCOMPARE(style(number), QString());
     }
+    type(number, "x");
+    QTest::keyClick(number, Qt::Key_Return);
+    number->setValue(26.2); // by the program, the same as before
+    QTRY_COMPARE(style(number), QString());
 }
 
 ZRT_GUI_TEST_MAIN(TestNumberBox)

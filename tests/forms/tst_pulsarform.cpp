@@ -369,6 +369,11 @@ void TestPulsarForm::badNumberCountsAsZero()
     for (const char *field : {"dispersion", "firstPoint"})
         QCOMPARE(find<QLineEdit>(field)->styleSheet(), QString(failing));
     QCOMPARE(find<PulsarGrafik>("grafik")->data().numPoints, 16384);
+    QGuiApplication::clipboard()->setText("before");
+    const MessageBoxCatcher catcher;
+    find<QPushButton>("commandButton")->click();
+    QCOMPARE(catcher.boxes().size(), 1);
+    QCOMPARE(QGuiApplication::clipboard()->text(), QString("before"));
 }
 
 // What stands in a field with arrows runs only when it is a number.

@@ -159,6 +159,10 @@ void PulsarForm::copyCommand()
     std::optional<PulsarParameters> parameters = readParameters();
     if (!parameters)
         return;
+    if (!unreadableFields.isEmpty()) {
+        showError(this, "No command was copied.", unreadableFields.join("\n"));
+        return;
+    }
     parameters->points = takesPoints(action) && action == shownAction ? wantedPoints : 0;
     QGuiApplication::clipboard()->setText(pulsarCommand(action, *parameters, recordingPath));
 }
