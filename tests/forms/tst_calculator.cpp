@@ -69,6 +69,7 @@ private:
 // The declinations are the nominal ones, whatever the user of this machine has.
 void TestCalculator::initTestCase()
 {
+    QLocale::setDefault(QLocale("ru_RU")); // numbers, times and dates do not follow it
     qputenv("XDG_CONFIG_HOME", folder.path().toLocal8Bit());
     qApp->setStyleSheet(".blue { color: #010203; } .green { color: #040506; } "
                         ".red { color: #070809; }");

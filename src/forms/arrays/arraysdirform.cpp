@@ -121,6 +121,14 @@ void ArraysDirForm::lookAtNextFile()
     }
 }
 
+// Results of a recording differ in the ends of their names.
+QString ArraysDirForm::shownName(const QString &name) const
+{
+    constexpr int margins = 12; // pixels beside the text
+    const int width = ui->files->viewport()->width() - ui->files->iconSize().width() - margins;
+    return ui->files->fontMetrics().elidedText(name, Qt::ElideMiddle, width);
+}
+
 void ArraysDirForm::describe(QListWidgetItem *item, const NumberFile &file)
 {
     item->setData(seenRole, true);
@@ -128,7 +136,7 @@ void ArraysDirForm::describe(QListWidgetItem *item, const NumberFile &file)
     if (!file.error.isEmpty()) {
         const QString path = QDir::toNativeSeparators(directory.filePath(name));
         const bool startsWithPath = file.error.startsWith(path);
-        item->setText(name + "\n" +
+        item->setText(shownName(name) + "\n" +
                       (startsWithPath ? file.error.mid(path.size()).trimmed() : file.error));
         item->setToolTip(file.error + "\n" + file.remarks.mid(0, 3).join("\n"));
         item->setForeground(QColor(refusedColour));
@@ -136,12 +144,15 @@ void ArraysDirForm::describe(QListWidgetItem *item, const NumberFile &file)
     }
     const NumberTable &table = file.table;
     if (!file.isWhole && table.rows() == 0) {
-        item->setText(name + "\na large table");
+        item->setText(shownName(name) + "\na large table");
         return;
     }
     const QString more = file.isWhole ? "" : " or more";
-    item->setText(
-        QString("%1\n%2%3 x %4").arg(name).arg(table.rows()).arg(more).arg(table.columns()));
+    item->setText(QString("%1\n%2%3 x %4")
+                      .arg(shownName(name))
+                      .arg(table.rows())
+                      .arg(more)
+                      .arg(table.columns()));
     item->setToolTip(QString("%1\n%2%3 lines of up to %4 numbers")
                          .arg(name)
                          .arg(table.rows())

@@ -37,6 +37,7 @@ protected:
 private:
     void listFiles(const QStringList &names);
     void lookAtNextFile();
+    QString shownName(const QString &name) const;
     void describe(QListWidgetItem *item, const NumberFile &file);
     void showPicked();
     bool readPicked();
