@@ -139,6 +139,8 @@ void TestFfaForm::editsAreJudgedAtOnce_data()
         QTest::addRow("%s %s", field, text) << QString(field) << QString(text) << QString(problem);
     };
     row("dispersion", "x", "\"x\" is no number");
+    row("dispersion", "1,5", "");
+    row("dispersion", "1,000.5", "\"1,000.5\" is no number. Allowed: digits");
     row("dispersion", "1e6", "delays a band");
     row("firstPoint", "1.5", "whole number");
     row("firstPoint", "19999", "Allowed: 0 to 19998");
