@@ -3,12 +3,12 @@
 # scripts of the repository's root.
 
 build_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev qtbase5-dev-tools
-    libqt5svg5-dev libcli11-dev)
+    libqt5svg5-dev libcli11-dev liberfa-dev)
 # Fonts of the plots and of the help documents.
 font_packages=(fonts-liberation fonts-dejavu-core)
 run_packages=("${build_packages[@]}" "${font_packages[@]}")
 # The end-to-end test drives the built program in an X server of its own.
-test_packages=("${run_packages[@]}" libfftw3-dev liberfa-dev xvfb openbox xdotool imagemagick)
+test_packages=("${run_packages[@]}" libfftw3-dev xvfb openbox xdotool imagemagick)
 package_packages=("${run_packages[@]}" dpkg-dev file help2man lintian)
 cluster_packages=("${run_packages[@]}" slurmd slurmctld slurm-client munge parallel)
 bench_packages=("${run_packages[@]}" libbenchmark-dev libfftw3-dev libqcustomplot-dev)

@@ -16,9 +16,9 @@ using namespace Site;
 // This estimate has a longitude, a precession and a sidereal time of its own, which differ from
 // those of the other conversions in their last digits or more.
 constexpr double pi = 3.141592653589793;
-constexpr double eastLongitude = 2.5094444444444446; // h
-constexpr double precessionN = 9.890199072e-05;      // rad
-constexpr double precessionM = 0.00022349910648;     // rad
+constexpr double estimateLongitude = 2.5094444444444446; // h
+constexpr double precessionN = 9.890199072e-05;          // rad
+constexpr double precessionM = 0.00022349910648;         // rad
 constexpr double lcSquared = 0.3319082106334796;
 constexpr double fourA = 3.999809822573784;
 constexpr double twoA = 1.999904911286892;
@@ -68,7 +68,7 @@ QString getAlfa2000(const QDateTime &dateTime, int point, double tres, const QSt
     const double k = x / std::sqrt(1 - x * x);
     const double alphaDate =
         ((ut * siderealPerUt + 6.697375 + 2400.051111111111 * t + 2.5862222222222222e-05 * t * t -
-          1.7416666666666665e-09 * t * t * t + eastLongitude) *
+          1.7416666666666665e-09 * t * t * t + estimateLongitude) *
          pi) /
             12 +
         std::atan(k);

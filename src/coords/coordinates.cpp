@@ -20,9 +20,7 @@ constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr double pi = 3.14159265358979;
 constexpr double twoPi = 6.28318530717958;
 
-constexpr double eastLongitude = 2.508666666666667;    // h
-constexpr double utPerSidereal = 0.9972621527777777;   // hours of UT in a sidereal hour
-constexpr double siderealPerUt = 1.002737909;          // the other way round, in siderealTimeAt
+constexpr double siderealPerUt = 1.002737909;          // of siderealTimeAt
 constexpr double precessionN = 9.890199094634522e-05;  // rad/year
 constexpr double precessionM = 0.00022349910699149587; // rad/year
 
@@ -126,6 +124,16 @@ double hourAngleOfPlane(double u, double delta)
     return std::atan(x / std::sqrt(1 - x * x));
 }
 
+// Sidereal time at the telescope, up to 48 hours. The way back of culminationHours: with the same
+// constant, not with that of siderealTimeAt.
+double unwrappedTimeOnSite(const CalendarDate &date, double ut)
+{
+    double siderealTime = siderealTimeAt(date) + positive(ut / utPerSidereal, 24);
+    if (siderealTime > 24)
+        siderealTime -= 24;
+    return positive(siderealTime + eastLongitude, 24);
+}
+
 double secondsOfText(const QString &text)
 {
     static const QRegularExpression pattern(
@@ -199,6 +207,23 @@ double siderealTimeAt(const CalendarDate &date, double ut)
     return positive(turns - std::trunc(turns), 1) * 24;
 }
 
+double siderealTimeOnSite(const CalendarDate &date, double ut)
+{
+    return wrappedHours(unwrappedTimeOnSite(date, ut));
+}
+
+double culminationHours(const CoordinatePair &of2000, const CalendarDate &date)
+{
+    const CoordinatePair position = precessFrom2000(of2000, date);
+    const double before = beamPlaneHourAngle(radians(position.delta));
+    const double alpha = positive(radians(position.alfa) - before, twoPi);
+    if (!std::isfinite(alpha))
+        return notANumber;
+    const double siderealTime = positive(hoursOfRadians(alpha) - eastLongitude, 24);
+    const double sinceMidnight = positive(siderealTime - siderealTimeAt(date), 24);
+    return positive(sinceMidnight * utPerSidereal, 24);
+}
+
 CulminationResult culminationFromCatalog(const QString &alfa, const QString &delta,
                                          const QString &date, int plosh, double tres, int timeZone,
                                          int spanPoints)
@@ -216,17 +241,12 @@ CulminationResult culminationFromCatalog(const QString &alfa, const QString &del
         debugLine("Tools::culminationFromCatalog(): bad position=", alfa, " ", delta);
         return result;
     }
-    const CoordinatePair position = precessFrom2000(of2000, calendarDate);
-
-    const double before = beamPlaneHourAngle(radians(position.delta));
-    const double alpha = positive(radians(position.alfa) - before, twoPi);
-    if (!std::isfinite(alpha)) {
+    const double hours = culminationHours(of2000, calendarDate);
+    if (!std::isfinite(hours)) {
         result.isReached = false;
         return result;
     }
-    const double siderealTime = positive(hoursOfRadians(alpha) - eastLongitude, 24);
-    const double sinceMidnight = positive(siderealTime - siderealTimeAt(calendarDate), 24);
-    const auto ut = sexagesimal<HourAngleValue>(positive(sinceMidnight * utPerSidereal, 24));
+    const auto ut = sexagesimal<HourAngleValue>(hours);
 
     const double point = std::trunc((ut.minutes * 60 + ut.seconds) / tres - spanPoints * 0.5);
     if (!(tres > 0 && std::abs(point) <= std::numeric_limits<int>::max())) {
@@ -251,10 +271,7 @@ CoordinatePair catalogFromCulmination(const CalendarDate &date, const HourAngleV
 CoordinatePair catalogFromHourAngle(const CalendarDate &date, const HourAngleValue &time,
                                     const AngleValue &delta, double hourAngle)
 {
-    double siderealTime = siderealTimeAt(date) + positive(hoursOf(time) / utPerSidereal, 24);
-    if (siderealTime > 24)
-        siderealTime -= 24;
-    const double onPlane = positive(siderealTime + eastLongitude, 24) * 15 * pi / 180;
+    const double onPlane = unwrappedTimeOnSite(date, hoursOf(time)) * 15 * pi / 180;
     const double alpha = positive(onPlane + hourAngle, twoPi);
     return precessTo2000({hourAngleOf(alpha), delta}, date);
 }

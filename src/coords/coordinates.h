@@ -83,6 +83,22 @@ double inverseBeamPlaneHourAngle(double delta);
 /// @return hours, 0 to 24; not a number where the date does not exist
 double siderealTimeAt(const CalendarDate &date, double ut = 0);
 
+/// Hours of universal time in an hour of sidereal time.
+inline constexpr double utPerSidereal = 0.9972621527777777;
+
+/// Sidereal time at the telescope.
+///
+/// @param ut  hours of universal time on that date
+/// @return hours, 0 to 24; not a number where the date does not exist
+double siderealTimeOnSite(const CalendarDate &date, double ut);
+
+/// When a source crosses the beam plane: the first time on that date.
+///
+/// @param position  of 2000
+/// @return hours of universal time, 0 to 24 x utPerSidereal; not a number where it never does or
+///         the date does not exist
+double culminationHours(const CoordinatePair &position, const CalendarDate &date);
+
 /// When and in which file a source crosses the beam plane.
 ///
 /// @param alfa, delta  of 2000; "hh:mm:ss" and "dd:mm:ss" with any separators, whole seconds
