@@ -3,7 +3,7 @@
 # scripts of the repository's root.
 
 build_packages=(g++ cmake ninja-build ccache pkg-config qtbase5-dev qtbase5-dev-tools
-    libqt5svg5-dev libcli11-dev liberfa-dev)
+    libqt5svg5-dev libcli11-dev liberfa-dev libboost-math-dev)
 # Fonts of the plots and of the help documents.
 font_packages=(fonts-liberation fonts-dejavu-core)
 run_packages=("${build_packages[@]}" "${font_packages[@]}")
