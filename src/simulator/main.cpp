@@ -1,3 +1,4 @@
+#include "base/process.h"
 #include "simulator/simulatecommand.h"
 
 #include <QCoreApplication>
@@ -19,6 +20,7 @@ void showProgress(int percent)
 
 int main(int argc, char **argv)
 {
+    setUpProcess();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName("zrt-simulate");
     QCoreApplication::setApplicationVersion("2.0.0");
