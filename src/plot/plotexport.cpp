@@ -92,21 +92,35 @@ std::vector<Column> visibleColumns(const PlotData &data)
     return columns;
 }
 
+bool hasPoints(const PlotData &data)
+{
+    return data.pointStep > 0;
+}
+
+// Number in the recording of the point that an index stands for.
+QByteArray pointText(const PlotData &data, int index)
+{
+    constexpr int digits = 12;
+    return QByteArray::number(data.firstPoint + index * data.pointStep, 'g', digits);
+}
+
 QByteArray tableHead(const PlotData &data, const IndexRange &points,
                      const std::vector<Column> &columns)
 {
     QStringList lines;
     for (const QString &line : data.source)
         lines << "# " + QString(line).replace('\n', ' ');
-    lines << QString("# points %1 to %2 of %3")
-                 .arg(points.begin)
-                 .arg(points.end - 1)
-                 .arg(int(allOfX(data).max));
-    if (data.xOffset != 0)
-        lines << QString("# index 0 is point %1 of the recording").arg(data.xOffset);
+    if (hasPoints(data))
+        lines << "# points " + pointText(data, points.begin) + " to " +
+                     pointText(data, points.end - 1) + " of the recording";
+    else
+        lines << QString("# points %1 to %2 of %3")
+                     .arg(points.begin)
+                     .arg(points.end - 1)
+                     .arg(int(allOfX(data).max));
     if (!data.yName.isEmpty())
         lines << "# values: " + withUnit(data.yName, data.yUnit);
-    QStringList names = {"index"};
+    QStringList names = {hasPoints(data) ? "point" : "index"};
     if (!data.x.name.isEmpty())
         names << inQuotes(withUnit(data.x.name, data.x.unit));
     for (const Column &column : columns)
@@ -126,7 +140,7 @@ void append(QByteArray &text, float value)
 void appendRow(QByteArray &text, const PlotData &data, const std::vector<Column> &columns, int i)
 {
     constexpr int axisDigits = 12;
-    text += QByteArray::number(i);
+    text += hasPoints(data) ? pointText(data, i) : QByteArray::number(i);
     if (!data.x.name.isEmpty())
         text += ',' + QByteArray::number(axisValue(data.x, i), 'g', axisDigits);
     for (const Column &column : columns) {

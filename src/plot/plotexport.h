@@ -55,9 +55,9 @@ using GoOn = std::function<bool(int percent)>;
 
 /// Writes the samples of all visible curves as a table of comma separated values, UTF-8, with "."
 /// in numbers whatever the user's language. Lines that begin with "#" say where they come from;
-/// then follow the columns' names and a line per point: its index, its X value where the axis has
-/// a name, and the curves' values with all their digits ("nan" where there is none, nothing beyond
-/// a curve's end).
+/// then follow the columns' names and a line per point: its number in the recording, or its index
+/// where it is no point of one, its X value where the axis has a name, and the curves' values with
+/// all their digits ("nan" where there is none, nothing beyond a curve's end).
 ///
 /// @param points  within 0 and the number of X positions
 /// @return false when stopped or when the device does not take it

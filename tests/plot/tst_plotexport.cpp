@@ -134,7 +134,8 @@ void TestPlotExport::table()
     data.multiGraphs = {{-1e-30F}};
     data.names = {"sum, 32 bands", "hidden"};
     data.visible = {true, false};
-    data.xOffset = 58000;
+    data.firstPoint = 58000;
+    data.pointStep = 0.25;
     data.x = {"time", "s", 10, 0.0124928, {}};
     data.yName = "signal";
     data.yUnit = "sigma";
@@ -144,14 +145,13 @@ void TestPlotExport::table()
     QVERIFY(Plot::writeSamples(buffer, data, {1, 4}, [](int) { return true; }));
     QCOMPARE(buffer.data(), QByteArray("# file: a.pnt\n"
                                        "# ray: 7\n"
-                                       "# points 1 to 3 of 4\n"
-                                       "# index 0 is point 58000 of the recording\n"
+                                       "# points 58000.25 to 58000.75 of the recording\n"
                                        "# values: signal (sigma)\n"
-                                       "index,time (s),\"sum, 32 bands\",curve 3,"
+                                       "point,time (s),\"sum, 32 bands\",curve 3,"
                                        "\"sum, 32 bands, below\"\n"
-                                       "1,10.0124928,0.1,,\n"
-                                       "2,10.0249856,nan,,\n"
-                                       "3,10.0374784,,,\n"));
+                                       "58000.25,10.0124928,0.1,,\n"
+                                       "58000.5,10.0249856,nan,,\n"
+                                       "58000.75,10.0374784,,,\n"));
     const Plot::IndexRange whole = Plot::wholePoints(data, {0.4, 2.9});
     QCOMPARE(whole.begin * 10 + whole.end, 13);
 }
