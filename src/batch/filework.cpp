@@ -389,7 +389,7 @@ Work plotWork(const OutputOptions &output)
         QFile file(input);
         if (Failure failure = openInput(file))
             return failure;
-        const ReadTable read = file.size() > largestResult ? ReadTable{{}, "it is too long"}
+        const ReadTable read = file.size() > largestResult ? ReadTable{{}, "it is too long", {}}
                                                            : readTable(file.readAll());
         if (!read.problem.isEmpty())
             return {ExitCode::BadData, QString("%1 cannot be drawn: %2.").arg(input, read.problem)};
