@@ -257,7 +257,7 @@ Failure mergeCandidates(const QStringList &inputs, const MergeRequest &request)
                      {"tables", QString::number(tables)}};
     table.columns = candidateColumns(candidates, true);
     removeAbandoned({request.output});
-    return writeTogether({{request.output, table.toBytes(request.format)}});
+    return writeOutputs({{request.output, table.toBytes(request.format)}});
 }
 
 } // namespace Batch

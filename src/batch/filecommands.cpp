@@ -3,6 +3,7 @@
 #include "batch/filework.h"
 #include "batch/info.h"
 #include "batch/inputlist.h"
+#include "batch/stopsignal.h"
 #include "calc/pulsarcommand.h"
 #include "simulator/simulatecommand.h"
 
@@ -36,12 +37,13 @@ void addSimulate(CLI::App &app, Chosen &chosen)
             arguments << textOf(word);
         chosen.run = [arguments] {
             QCoreApplication::setApplicationVersion(ZRT_VERSION);
-            const Simulator::CommandEnd end = Simulator::simulate(
-                arguments, [](int percent) { Settings::instance()->setProgress(percent); });
-            if (end.problem.isEmpty())
-                return ExitCode::Done;
-            printError("simulate: " + end.problem);
-            return end.isUsage ? ExitCode::Usage : ExitCode::CannotCreate;
+            const Simulator::CommandEnd end = Simulator::simulate(arguments, [](int percent) {
+                Settings::instance()->setProgress(percent);
+                return !isStopRequested();
+            });
+            if (!end.problem.isEmpty())
+                printError("simulate: " + end.problem);
+            return ExitCode(end.code);
         };
     });
 }
@@ -111,7 +113,9 @@ void addPlot(CLI::App &app, Chosen &chosen)
     CLI::App *const command = app.add_subcommand(
         "plot",
         "Pictures of results that are there already, of any command and in any form (text, CSV,\n"
-        "JSON): the same as --plot makes beside a new result.");
+        "JSON). Curves look as --plot makes them beside a new result; tables of candidates, of "
+        "ffa\n"
+        "and of merge, become S/N over period, those with a remark in a colour of their own.");
     command->footer("Example: a vector picture of a spectrum for a paper:\n"
                     "  zrt-batch fourier --tag paper demo.pnt\n"
                     "  zrt-batch plot --kind pdf --size 800x500 demo.pnt.fourier.paper.txt");

@@ -228,7 +228,8 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
         markers << QString::number(marker);
     if (!markers.isEmpty())
         table.result.push_back({"steps_at", markers.join(' ')});
-    table.result.push_back({"report", reportOf(result)});
+    if (const QString report = reportOf(result); !report.isEmpty())
+        table.result.push_back({"report", report});
     if (request.output.format == Format::Csv)
         table.columns.push_back(axisColumn(result.axis, result.points));
     for (std::size_t i = 0; i < result.curves.size(); ++i)
