@@ -143,6 +143,7 @@ void addExport(CLI::App &app, Chosen &chosen)
         std::string kind = "fil";
         int module = pulsarPresets().module;
         int ray = pulsarPresets().ray;
+        PlaceOptions places;
         double dispersion = pulsarPresets().dispersion;
     };
     const auto arguments = std::make_shared<Arguments>();
@@ -161,12 +162,7 @@ void addExport(CLI::App &app, Chosen &chosen)
         ->type_name("KIND")
         ->capture_default_str()
         ->check(CLI::IsMember({"fil", "dat"}));
-    command->add_option("--module", arguments->module, "Receiver module, from 1.")
-        ->type_name("N")
-        ->capture_default_str();
-    command->add_option("--ray", arguments->ray, "Ray of the module, from 1.")
-        ->type_name("N")
-        ->capture_default_str();
+    addPlaceOptions(*command, arguments->module, arguments->ray, arguments->places);
     command->add_option("--dm", arguments->dispersion, "Dispersion of a \"dat\", pc/cm^3.")
         ->type_name("DM")
         ->capture_default_str();
@@ -175,6 +171,8 @@ void addExport(CLI::App &app, Chosen &chosen)
         request.kind = textOf(arguments->kind);
         request.module = arguments->module;
         request.ray = arguments->ray;
+        request.moduleNumber = arguments->places.moduleNumber;
+        request.rayNumber = arguments->places.rayNumber;
         request.dispersion = arguments->dispersion;
         request.output.folder = textOf(arguments->folder);
         chosen.run = [arguments, request] { return runOn(exportWork(request), *arguments); };

@@ -181,20 +181,13 @@ Failure exportSeries(const ExportRequest &request, const QString &key, Recording
         {{paths[1], seriesDescription(request, key, file, paths[0])}, {paths[0], bytes}});
 }
 
-// The request with numbers of the passport turned into places.
-Failure findPlaces(const RecordingFile &file, ExportRequest &request)
+// Turns numbers of the passport into places in the file.
+Failure findRequested(const RecordingFile &file, ExportRequest &request)
 {
-    std::vector<int> places;
-    if (request.moduleNumber) {
-        if (Failure failure = findNumbers(file, {*request.moduleNumber}, false, places))
-            return failure;
-        request.module = places[0];
-    }
-    if (request.rayNumber) {
-        if (Failure failure = findNumbers(file, {*request.rayNumber}, true, places))
-            return failure;
-        request.ray = places[0];
-    }
+    if (Failure failure = findPlace(file, Numbered::Module, request.moduleNumber, request.module))
+        return failure;
+    if (Failure failure = findPlace(file, Numbered::Ray, request.rayNumber, request.ray))
+        return failure;
     return findRay(file, request.module, request.ray);
 }
 
@@ -206,7 +199,7 @@ QStringList exportPaths(const ExportRequest &request, const QString &input)
     ExportRequest found = request;
     int module = request.moduleNumber.value_or(request.module);
     int ray = request.rayNumber.value_or(request.ray);
-    if (file.open(input) && !findPlaces(file, found)) {
+    if (file.open(input) && !findRequested(file, found)) {
         module = moduleNumber(file.header(), found.module - 1);
         ray = rayNumber(file.header(), found.ray - 1);
     }
@@ -342,7 +335,7 @@ Work exportWork(const ExportRequest &request)
         if (Failure failure = openRecordingFile(file, input, control))
             return failure;
         ExportRequest found = request;
-        if (Failure failure = findPlaces(file, found))
+        if (Failure failure = findRequested(file, found))
             return failure;
         const QStringList paths = outputs(input);
         return found.kind == "fil" ? exportFilterbank(found, key, file, paths[0], control)

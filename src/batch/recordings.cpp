@@ -55,9 +55,10 @@ Failure findRay(const RecordingFile &file, int module, int ray)
     return {};
 }
 
-Failure findNumbers(const RecordingFile &file, const std::vector<int> &numbers, bool isRay,
-                    std::vector<int> &places)
+Failure findPlaces(const RecordingFile &file, Numbered what, const std::vector<int> &numbers,
+                   std::vector<int> &places)
 {
+    const bool isRay = what == Numbered::Ray;
     const ObservationData &header = file.header();
     QStringList known;
     places.assign(numbers.size(), 0);
@@ -80,6 +81,18 @@ Failure findNumbers(const RecordingFile &file, const std::vector<int> &numbers, 
                               .arg(isRay ? "ray" : "module")
                               .arg(numbers[std::size_t(missing - places.begin())])
                               .arg(known.join(", "))};
+}
+
+Failure findPlace(const RecordingFile &file, Numbered what, const std::optional<int> &number,
+                  int &place)
+{
+    if (!number)
+        return {};
+    std::vector<int> places;
+    Failure failure = findPlaces(file, what, {*number}, places);
+    if (!failure)
+        place = places[0];
+    return failure;
 }
 
 Failure readRays(RecordingFile &file, const RaySelection &selection, qint64 first, qint64 end,

@@ -5,6 +5,8 @@
 #include "batch/runner.h"
 #include "data/recordingfile.h"
 
+#include <optional>
+
 namespace Batch {
 
 /// Opens a recording and checks that it has the size that its passport announces: one that is
@@ -14,13 +16,19 @@ Failure openRecordingFile(RecordingFile &file, const QString &path, const Contro
 /// Whether a recording has that module and ray, both places in the file from 1.
 Failure findRay(const RecordingFile &file, int module, int ray);
 
+/// What the passport numbers.
+enum class Numbered { Module, Ray };
+
 /// Places from 1 of the modules, or rays, that the passport gives these numbers.
 ///
-/// @param isRay   rays, else modules
 /// @param places  filled in the order of the numbers
 /// @return which number is not in the recording, and which ones are
-Failure findNumbers(const RecordingFile &file, const std::vector<int> &numbers, bool isRay,
-                    std::vector<int> &places);
+Failure findPlaces(const RecordingFile &file, Numbered what, const std::vector<int> &numbers,
+                   std::vector<int> &places);
+
+/// The same for one number; where none is given the place stays.
+Failure findPlace(const RecordingFile &file, Numbered what, const std::optional<int> &number,
+                  int &place);
 
 /// Rays of modules, each list ascending, places in the file from 1.
 struct RaySelection {

@@ -87,10 +87,8 @@ QString readJson(const QByteArray &bytes, ResultTable &table)
     const int rows = header["points"].toInt(-1);
     for (const Column &column : table.columns) {
         if (column.size() != rows)
-            return QString("its column \"%1\" has %2 values, its header says %3")
-                .arg(column.name)
-                .arg(column.size())
-                .arg(rows);
+            return "its column \"" + column.name +
+                   QString("\" has %1 values, its header says %2").arg(column.size()).arg(rows);
     }
     return {};
 }

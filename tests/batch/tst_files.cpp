@@ -24,6 +24,8 @@ private slots:
     void fullDisk();
     void skipsByRequest_data();
     void skipsByRequest();
+    void trueNumbers();
+    void oneChannelHasNoDispersion();
     void namesOfAnyBytes();
     void namesWithPercent();
     void listFromPipe();
@@ -113,7 +115,7 @@ void TestFiles::skipsByRequest_data()
                                 << "--dm 5";
     QTest::newRow("series") << "export --ray 1 --kind dat"
                             << "again.pnt"
-                            << "";
+                            << "--ray-number 1";
     QTest::newRow("import") << "import"
                             << "again.fil"
                             << "";
@@ -127,7 +129,10 @@ void TestFiles::skipsByRequest()
     QFile::remove(path("again.pnt"));
     QVERIFY(QFile::copy(path("short.pnt"), path("again.pnt")));
     const auto wasSkipped = [&](QString options) {
-        options = command + " " + options;
+        if (options.contains("--ray-number")) // instead of the place
+            options = QString(command).remove("--ray 1") + " " + options;
+        else
+            options = command + " " + options;
         const Ended end = run((options + " " + input).split(' ', Qt::SkipEmptyParts));
         return end.code == 0 && end.errors.contains("is done with the same parameters");
     };
@@ -144,6 +149,61 @@ void TestFiles::skipsByRequest()
     file.close();
     QVERIFY(!wasSkipped({}));
     QVERIFY(wasSkipped({}));
+}
+
+// What a passport numbers 6 and 5 is called so everywhere, however it was chosen.
+void TestFiles::trueNumbers()
+{
+    const QStringList sum = {"sum", "--first-point", "0", "--count", "1000"};
+    QCOMPARE(run(sum + QStringList{"--module", "2", "--ray", "2", "numbers.pnt"}).code, 0);
+    QCOMPARE(run(sum + QStringList{"--module-number", "6", "--ray-number", "2", "--tag", "number",
+                                   "numbers.pnt"})
+                 .code,
+             0);
+    const auto linesOf = [this](const QString &name) {
+        return QString::fromUtf8(contentOf(path(name))).split('\n');
+    };
+    const QStringList byPlace = linesOf("numbers.pnt.sum.txt");
+    const QStringList byNumber = linesOf("numbers.pnt.sum.number.txt");
+    QVERIFY(byPlace.contains("module: 6") && byPlace.contains("ray: 2"));
+    QVERIFY(byNumber.contains("module: 6") && byNumber.contains("module_number: 6"));
+    QCOMPARE(byPlace.mid(byPlace.size() - 1001), byNumber.mid(byNumber.size() - 1001));
+
+    QCOMPARE(run(sum + QStringList{"--ray-number", "5", "ray.pnt"}).code, 0);
+    QVERIFY(linesOf("ray.pnt.sum.txt").contains("ray: 5"));
+    QCOMPARE(run({"export", "--module", "2", "--ray", "1", "numbers.pnt"}).code, 0);
+    QCOMPARE(run({"export", "--ray-number", "5", "--kind", "dat", "--dm", "0", "ray.pnt"}).code, 0);
+    QVERIFY(QFile::exists(path("numbers.pnt.m6_r1.fil")));
+    QVERIFY(contentOf(path("ray.pnt.m1_r5_DM0.inf")).contains("Module 1, ray 5 of ray.pnt"));
+
+    QCOMPARE(run({"simulate", "--points", "20000", "--rays", "2", "--modules", "2", "--pulsar",
+                  "module=2,ray=2,period=1.3,strength=2", "search.pnt"})
+                 .code,
+             0);
+    writeFile(path("search.pnt"),
+              contentOf(path("search.pnt")).replace("modulus 1 2\n", "modulus 4 6\n"));
+    QCOMPARE(run({"ffa", "--module-number", "6", "--ray", "all", "--dm", "0", "--period-min", "1",
+                  "--period-max", "2", "--plot", "svg", "search.pnt"})
+                 .code,
+             0);
+    const Batch::ReadCandidates found =
+        Batch::readCandidates(contentOf(path("search.pnt.ffa.txt")));
+    QVERIFY(!found.candidates.empty());
+    QCOMPARE(found.candidates[0].module * 10 + found.candidates[0].ray, 62);
+    QVERIFY(linesOf("search.pnt.ffa.txt").contains("modules: 6"));
+    QVERIFY(linesOf("search.pnt.ffa.txt").contains("rays: 1 2"));
+    QVERIFY(contentOf(path("search.pnt.ffa.svg")).contains("module 6, ray 2, dispersion 0"));
+}
+
+void TestFiles::oneChannelHasNoDispersion()
+{
+    for (const QString command : {"native", "fold"}) {
+        QCOMPARE(run({command, "--ray", "1", "--first-point", "0", "--tag", "one", "ray.pnt"}).code,
+                 0);
+        const QByteArray table = contentOf(path("ray.pnt." + command + ".one.txt"));
+        QVERIFY(table.contains("\nchannel: 1\n") && table.contains("\nfrequency: 120 MHz\n"));
+        QVERIFY2(!table.contains("disp"), table.left(2000).constData());
+    }
 }
 
 // The bytes of a name in KOI8-R come through arguments, lists, folders, headers, messages and

@@ -119,6 +119,12 @@ void TestProgram::failures_data()
     QTest::newRow("result without days") << "totext nodays.res" << 65 << "Error! No days in";
     QTest::newRow("name too long")
         << "native --ray 1 --first-point 0 " + longName << 73 << "File name too long";
+    QTest::newRow("no such number") << "sum --module-number 3 numbers.pnt" << 65
+                                    << "no module number 3 in the recording. It "
+                                       "has 4, 6.";
+    QTest::newRow("place and number") << "sum --ray 1 --ray-number 5 demo.pnt" << 64 << "excludes";
+    QTest::newRow("no table") << "merge -o t.txt short.pnt" << 65 << "short.pnt cannot be merged";
+    QTest::newRow("no filterbank") << "import short.pnt" << 65 << "SIGPROC";
     QTest::newRow("file for a folder")
         << "native --ray 1 --first-point 0 -o text.pnt/x short.pnt" << 73 << "cannot be made";
     QTest::newRow("log in no folder") << "native --json nothing/log short.pnt" << 73 << "--json";
