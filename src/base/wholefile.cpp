@@ -24,6 +24,16 @@ QString systemReason(int error)
     return QString::fromLocal8Bit(std::strerror(error));
 }
 
+// Whether an ending is one of those random ones: letters of both cases, not just a capital in
+// front, so that nobody's "table.txt.backup" is taken for one.
+bool isTemporary(const QString &ending)
+{
+    const auto isLetter = [](QChar c) { return c.unicode() < 0x80 && c.isLetter(); };
+    const QString letters = ending.mid(1);
+    return ending.startsWith('.') && std::all_of(letters.begin(), letters.end(), isLetter) &&
+           letters.mid(1) != letters.mid(1).toLower() && letters != letters.toUpper();
+}
+
 // What fails a file that could be made otherwise.
 bool isOfTheDisk(int error)
 {
@@ -159,8 +169,8 @@ void removeAbandoned(const QStringList &paths)
         namesByFolder[QFileInfo(path).absolutePath()].insert(QFileInfo(path).fileName());
     for (auto folder = namesByFolder.begin(); folder != namesByFolder.end(); ++folder) {
         for (const QString &name : QDir(folder.key()).entryList(QDir::Files)) {
-            const int point = name.size() - temporaryEnding;
-            if (point < 1 || name[point] != '.' || !folder->contains(name.left(point)))
+            if (!isTemporary(name.right(temporaryEnding)) ||
+                !folder->contains(name.chopped(temporaryEnding)))
                 continue;
             const QByteArray file = QFile::encodeName(folder.key() + "/" + name);
             const int handle = open(file.constData(), O_RDWR);
