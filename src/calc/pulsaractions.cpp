@@ -445,14 +445,20 @@ void PulsarCalculate::setSpectrumAxis(int averageCount)
     outcome.axis = {PulsarAxis::Kind::Frequency, 0, 1 / (2 * outcome.points * step), 0};
 }
 
-// Subtracts a baseline, and normalises where that is asked for.
-void PulsarCalculate::removeBaseline(std::vector<double> &samples,
-                                     const std::vector<double> &baseline) const
+// Subtracts a baseline, and normalises where that is asked for. Returns what the rest was divided
+// by: 1 where it was not.
+double PulsarCalculate::removeBaseline(std::vector<double> &samples,
+                                       const std::vector<double> &baseline) const
 {
     const int count = int(samples.size());
-    Tools::deduct(samples.data(), baseline.data(), samples.data(), count);
+    std::vector<double> rest(samples.size());
+    Tools::deduct(samples.data(), baseline.data(), rest.data(), count);
+    Tools::clearResidue(samples.data(), rest.data(), count);
+    samples.swap(rest);
+    const double sigma = parameters.normalise ? Tools::sigma(samples.data(), count) : 0;
     if (parameters.normalise)
         Tools::normalise(samples.data(), count);
+    return sigma > 0 ? sigma : 1;
 }
 
 void PulsarCalculate::remarkOnBands()

@@ -110,6 +110,7 @@ bool PulsarCalculate::sumWithoutNoise(double *dataOut, int count, double dispers
     if (!noiseBaseline(sum, dispersion, baseline.data()) ||
         !Tools::deduct(sum.data(), baseline.data(), dataOut, count))
         return false;
+    Tools::clearResidue(sum.data(), dataOut, count);
     return !parameters.normalise || Tools::normalise(dataOut, count);
 }
 

@@ -141,7 +141,7 @@ private:
     bool noiseBaseline(const std::vector<double> &sum, double dispersion, double *baseline,
                        std::vector<double> *backSum = nullptr);
     bool channelBaseline(const std::vector<double> &samples, double *baseline) const;
-    void removeBaseline(std::vector<double> &samples, const std::vector<double> &baseline) const;
+    double removeBaseline(std::vector<double> &samples, const std::vector<double> &baseline) const;
 
     void addCurve(const std::vector<double> &values, const QString &name);
     void setSpectrumAxis(int averageCount);
