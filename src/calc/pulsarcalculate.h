@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calc/fold.h"
 #include "calc/pulsarresult.h"
 #include "data/observationdata.h"
 
@@ -142,6 +143,10 @@ private:
                        std::vector<double> *backSum = nullptr);
     bool channelBaseline(const std::vector<double> &samples, double *baseline) const;
     double removeBaseline(std::vector<double> &samples, const std::vector<double> &baseline) const;
+    bool describeFold(const std::vector<double> &series, const Tools::FoldedProfile &profile,
+                      double sampleSigma);
+    bool foldBeside(const std::vector<double> &series, double sampleSigma,
+                    std::vector<double> &snr);
 
     void addCurve(const std::vector<double> &values, const QString &name);
     void setSpectrumAxis(int averageCount);

@@ -1,11 +1,13 @@
 #include "calc/pulsarcommand.h"
 
 #include "calc/pulsarcalculate.h"
+#include "calc/reporttext.h"
 
-#include <QLocale>
 #include <QMap>
 #include <QRegularExpression>
 #include <QStringList>
+
+using ReportText::exact;
 
 namespace {
 
@@ -34,11 +36,6 @@ const QMap<QString, ActionOptions> &actionOptions()
         {"sumTimeDispersions", {"dmscan", false, true, false, true, true}},
     };
     return options;
-}
-
-QString exact(double value)
-{
-    return QString::number(value, 'g', QLocale::FloatingPointShortest);
 }
 
 } // namespace

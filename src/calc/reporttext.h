@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QLocale>
 #include <QString>
 
 /// Numbers as reports write them.
@@ -9,6 +10,12 @@ namespace ReportText {
 inline QString general(double value)
 {
     return QString::number(value, 'g', 6);
+}
+
+/// As many digits as it takes to read the same number back.
+inline QString exact(double value)
+{
+    return QString::number(value, 'g', QLocale::FloatingPointShortest);
 }
 
 /// An expected number of things: two digits where it is small, whole where it is not.
