@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 // Dispatch, checks and the channel sums with their spectra. Each action checks the selection,
@@ -317,14 +318,19 @@ bool PulsarCalculate::acceptSelection(double dispersion)
         return refuse(QString("The recording has %1 points; sums need more than %2.")
                           .arg(data.npoints)
                           .arg(stretch));
-    if (parameters.firstPoint < 0 || parameters.firstPoint > last)
-        return refuse(QString("First point %1 leaves no %2 before the end of the "
-                              "recording.\nAllowed: %3 to %4; %5.")
-                          .arg(pointText(parameters.firstPoint),
-                               stretch == 1 ? "point" : QString("%1 points").arg(stretch))
-                          .arg(pointText(0), pointText(last), fullStartText(dispersion)),
-                      "firstPoint");
-    return true;
+    if (parameters.firstPoint >= 0 && parameters.firstPoint <= last)
+        return true;
+    const QString reason =
+        parameters.firstPoint < 0 ? "lies before the recording"
+        : stretch == 1
+            ? "is not before the last one of the recording, which sums do not take"
+            : QString("leaves fewer than %1 points before the last one of the recording, "
+                      "which sums do not take")
+                  .arg(stretch);
+    return refuse(QString("First point %1 %2.\nAllowed: %3 to %4; %5.")
+                      .arg(pointText(parameters.firstPoint), reason, pointText(0), pointText(last),
+                           fullStartText(dispersion)),
+                  "firstPoint");
 }
 
 // A point as the user chose the start: by number, or as a time.
@@ -332,8 +338,8 @@ QString PulsarCalculate::pointText(int point) const
 {
     if (parameters.startTime.isEmpty())
         return QString::number(point);
-    const qint64 ms = qint64(point * data.tresolution * 1000);
-    return data.beginTime.addMSecs(ms).toString("hh:mm:ss");
+    const qint64 ms = qint64(std::floor(point * data.tresolution * 1000));
+    return data.beginTime.addMSecs(ms).toString("hh:mm:ss.zzz");
 }
 
 // Which starts give sums with every band whole.
@@ -342,7 +348,7 @@ QString PulsarCalculate::fullStartText(double dispersion) const
     const int last = lastFullStart(dispersion);
     if (last < 0)
         return "at this dispersion no first point has every band whole";
-    return QString("up to %1 every band is whole").arg(pointText(last));
+    return QString("up to %1 every band has all its points").arg(pointText(last));
 }
 
 // Longest delay of a band against the reference, in whole samples; limited to the recording.
@@ -356,26 +362,34 @@ int PulsarCalculate::longestShift(double dispersion) const
     return int(std::min(std::ceil(longest), double(data.npoints)));
 }
 
-// Last first point whose sum at this dispersion has every sample of every band; -1 when the
-// recording is too short for one.
-int PulsarCalculate::lastFullStart(double dispersion) const
+// Samples by which the sum, and the sum with opposite delays where there is one, reads a band later
+// at most (of `sign` 1) or earlier (of `sign` -1).
+int PulsarCalculate::longestReading(double dispersion, int sign) const
 {
-    const int last = data.npoints - stretch - std::max(1, longestShift(dispersion));
-    return std::max(-1, last);
-}
-
-// Points at the begin of the stretch that lack a band whose shifted samples lie before the
-// recording: with falling frequencies, or in the sum with opposite delays.
-int PulsarCalculate::pointsWithoutAllBands(double dispersion) const
-{
-    double earliest = 0;
+    double longest = 0;
     for (int band = 0; band < sumBands - 1; ++band) {
         const double delay =
             Tools::dispersionDelay(data.fbands[std::size_t(band)], data.fbands[sumBands - 1],
                                    dispersion, data.tresolution);
-        earliest = std::min(earliest, parameters.noise == "backSum" ? -std::abs(delay) : delay);
+        const double shift = std::round(delay);
+        longest = std::max(longest, parameters.noise == "backSum" ? std::abs(shift) : sign * shift);
     }
-    return int(std::clamp(-std::round(earliest) - parameters.firstPoint, 0.0, double(stretch)));
+    return int(std::min(longest, double(data.npoints)));
+}
+
+// Last first point whose sum at this dispersion has every sample of every band; -1 when the
+// recording is too short for one.
+int PulsarCalculate::lastFullStart(double dispersion) const
+{
+    const int last = data.npoints - stretch - std::max(1, longestReading(dispersion, 1));
+    return std::max(-1, last);
+}
+
+// Points at the begin of a stretch that lack a band whose shifted samples lie before the
+// recording: with falling frequencies, or in the sum with opposite delays.
+int PulsarCalculate::pointsWithoutAllBands(double dispersion, int firstPoint) const
+{
+    return std::clamp(longestReading(dispersion, -1) - firstPoint, 0, stretch);
 }
 
 bool PulsarCalculate::acceptDispersion(double dispersion, const QString &parameter)
@@ -461,24 +475,41 @@ double PulsarCalculate::removeBaseline(std::vector<double> &samples,
     return sigma > 0 ? sigma : 1;
 }
 
-void PulsarCalculate::remarkOnBands()
+void PulsarCalculate::remarkOnBands(const std::vector<int> &starts)
 {
     const int bands = data.channels - 1;
     if (bands > sumBands)
         outcome.remarks << QString("bands 1-%1 of %2 used").arg(sumBands).arg(bands);
-    if (fewestBands < sumBands)
-        outcome.remarks << QString("The recording ends before the delayed samples of every band: "
-                                   "the sum holds %1 of the %2 bands whole; %3.")
+    const auto startsWhere = [&](auto isMeant) {
+        std::vector<int> meant;
+        std::copy_if(starts.begin(), starts.end(), std::back_inserter(meant), isMeant);
+        return starts.size() > 1 ? " (first point " + startsText(meant) + ")" : QString();
+    };
+    if (fewestBands < sumBands) {
+        const int last = lastFullStart(largestDispersion);
+        outcome.remarks << QString("The recording ends before the delayed samples of every band%1: "
+                                   "the sum holds %2 of the %3 bands whole; %4.")
+                               .arg(startsWhere([last](int start) { return start > last; }))
                                .arg(fewestBands)
                                .arg(sumBands)
                                .arg(fullStartText(largestDispersion));
-    const int missing = pointsWithoutAllBands(largestDispersion);
+    }
+    const int missing = pointsWithoutAllBands(largestDispersion, starts.front());
+    const int whole = starts.front() + missing;
     if (missing > 0)
-        outcome.remarks << QString(
-                               "The first %1 points lack bands whose shifted samples lie before "
-                               "the recording; from first point %2 on none is missing.")
+        outcome.remarks << QString("The first %1 points%2 lack bands whose shifted samples lie "
+                                   "before the recording; from first point %3 on none is missing.")
                                .arg(missing)
-                               .arg(pointText(parameters.firstPoint + missing));
+                               .arg(startsWhere([whole](int start) { return start < whole; }))
+                               .arg(pointText(whole));
+}
+
+QString PulsarCalculate::startsText(const std::vector<int> &starts) const
+{
+    QStringList texts;
+    for (const int start : starts)
+        texts << pointText(start);
+    return texts.join(", ");
 }
 
 // A sum shows every pulse at the time of its arrival in the reference band.

@@ -121,7 +121,8 @@ private:
     bool acceptNumbers(const std::vector<double> &series);
     int lastFullStart(double dispersion) const;
     int longestShift(double dispersion) const;
-    int pointsWithoutAllBands(double dispersion) const;
+    int longestReading(double dispersion, int sign) const;
+    int pointsWithoutAllBands(double dispersion, int firstPoint) const;
     QString fullStartText(double dispersion) const;
     QString pointText(int point) const;
 
@@ -151,7 +152,9 @@ private:
     void addCurve(const std::vector<double> &values, const QString &name);
     void setSpectrumAxis(int averageCount);
     QString startText() const;
-    void remarkOnBands();
+    void remarkOnBands() { remarkOnBands({parameters.firstPoint}); }
+    void remarkOnBands(const std::vector<int> &starts);
+    QString startsText(const std::vector<int> &starts) const;
     void remarkOnTimes(int channel);
 
     ObservationData data;

@@ -6,6 +6,7 @@
 #include "calc/fourier.h"
 #include "calc/reporttext.h"
 
+#include <QScopedValueRollback>
 #include <algorithm>
 #include <cmath>
 
@@ -112,7 +113,7 @@ std::vector<double> PulsarCalculate::trialDispersions() const
 bool PulsarCalculate::scanDispersions(int firstPoint, int averageCount, int progressFrom,
                                       int progressTo, Scan &scan)
 {
-    parameters.firstPoint = firstPoint;
+    const QScopedValueRollback<int> start(parameters.firstPoint, firstPoint);
     const int length = Tools::averagedLength(fixedPoints, averageCount, parameters.withNull);
     const int used = Tools::averagedLength(fixedPoints, averageCount, false);
     const HarmonicAmplitude amplitude(used, length, parameters.harmonicNum);
@@ -323,6 +324,7 @@ bool PulsarCalculate::sumTimeDispersions()
         QString("Delta = %1 points, %2 s\n\nChange: first point (see colors)\n\n")
             .arg(delta)
             .arg(ReportText::general(delta * data.tresolution));
+    outcome.starts = starts;
     const int curves = int(starts.size());
     for (int k = 0; k < curves; ++k) {
         Scan scan;
@@ -332,6 +334,6 @@ bool PulsarCalculate::sumTimeDispersions()
         addScan(scan, QString("first point %1").arg(starts[std::size_t(k)]));
     }
     markSteps();
-    remarkOnBands();
+    remarkOnBands(starts);
     return true;
 }

@@ -1,15 +1,64 @@
 #include "calc/actions.h"
+#include "calc/channelsum.h"
 
 #include <random>
 
 using namespace TestSupport;
+using Simulator::Simulation;
 
 class TestPulsarReports : public QObject {
     Q_OBJECT
 
 private slots:
+    void lastStart();
+    void startsAtTheEnd();
     void foldTellsItsNoise();
 };
+
+// The range that a refusal names is the one that runs.
+void TestPulsarReports::lastStart()
+{
+    const ObservationData data = sines(100, 1); // 20000 points: 20000 - 16384 - 1
+    PulsarParameters parameters = parametersFor(0, 100);
+    for (const int start : {3615, 3616}) {
+        parameters.firstPoint = start;
+        PulsarCalculate calculate(data, parameters);
+        QCOMPARE(calculate.run("sumChannelsDemoNoise"), start == 3615);
+        QVERIFY2(start == 3615 || calculate.failure().contains("Allowed: 0 to 3615; up to 3615"),
+                 qPrintable(calculate.failure()));
+    }
+    parameters.dispersion = 1.7; // delays the lowest band by 1.58 points
+    const double delay =
+        Tools::dispersionDelay(data.fbands[0], data.fbands[31], 1.7, data.tresolution);
+    const int last = 20000 - 16384 - int(std::lround(delay));
+    for (const int start : {last, last + 1}) {
+        parameters.firstPoint = start;
+        const QString remarks =
+            resultOf("sumChannelsDemoNoise", data, parameters).remarks.join('\n');
+        QCOMPARE(remarks.contains("31 of the 32 bands whole"), start > last);
+        QVERIFY2(start == last || remarks.contains(QString("up to %1 every band").arg(last)),
+                 qPrintable(remarks));
+    }
+}
+
+// Each start is judged by itself, and the parameters stay as they were typed.
+void TestPulsarReports::startsAtTheEnd()
+{
+    PulsarParameters parameters = parametersFor(26.2, 500);
+    parameters.startDelta = 23600;
+    PulsarCalculate calculate(Simulator::makeRecording(oneRay()), parameters);
+    for (int run = 0; run < 2; ++run) {
+        QVERIFY(calculate.run("sumTimeDispersions"));
+        QCOMPARE(calculate.result().starts, (std::vector<int>{0, 23600}));
+        const QString remarks = calculate.result().remarks.join('\n');
+        QVERIFY2(remarks.contains("every band (first point 23600)"), qPrintable(remarks));
+    }
+    parameters.startDelta = 20000;
+    const QString remarks =
+        resultOf("sumTimeDispersions", Simulator::makeRecording(oneRay()), parameters)
+            .remarks.join('\n');
+    QVERIFY2(!remarks.contains("ends before"), qPrintable(remarks));
+}
 
 // What noise reaches is told from folds beside, drift included; coarse samples have a noise.
 void TestPulsarReports::foldTellsItsNoise()
