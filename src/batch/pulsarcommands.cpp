@@ -250,7 +250,7 @@ void addDmScan(CLI::App &app, Chosen &chosen)
         "The amplitude of one line of the spectrum at 201 dispersions from 0 to twice the given "
         "one\n"
         "(at least to 20), with a polynomial of degree 3: \"First harmonic/disp\" of the pulsar\n"
-        "form. The report gives the dispersion of the maximum with its error.",
+        "form. The report gives the dispersion at which the bands add up best, with its error.",
         "Examples: harmonic 1080; the same for every averaging to 2; from several first points:\n"
         "  zrt-batch dmscan --harmonic 1080 demo.pnt\n"
         "  zrt-batch dmscan --harmonic 1080 --average 2 --each-average --tag averages demo.pnt\n"

@@ -1,12 +1,15 @@
 #pragma once
 
+#include "calc/dispersionpeak.h"
 #include "calc/fold.h"
 #include "calc/pulsarresult.h"
 #include "data/observationdata.h"
 
 #include <QObject>
 #include <QString>
+#include <array>
 #include <memory>
+#include <optional>
 #include <vector>
 
 /// Runs one analysis action of the pulsar form or of the FFA form on one recording and keeps its
@@ -20,6 +23,8 @@ public:
     static constexpr int fixedPoints = 16384;
     /// Bands that take part in a sum; the last of them is the reference.
     static constexpr int sumBands = 32;
+    /// Samples by which a sum reads the bands below the reference later.
+    using BandShifts = std::array<int, sumBands - 1>;
 
     PulsarCalculate(const ObservationData &data, const PulsarParameters &parameters,
                     QObject *parent = nullptr);
@@ -129,10 +134,18 @@ private:
     struct Scan;
     bool scanDispersions(int firstPoint, int averageCount, int progressFrom, int progressTo,
                          Scan &scan);
+    void exchangeBands(int firstPoint, const BandShifts &shifts, const BandShifts &next,
+                       std::vector<double> &sum) const;
     bool acceptScan(int averageCount);
     std::vector<double> trialDispersions() const;
     QString describeScan(const Scan &scan);
     void addScan(const Scan &scan, const QString &name);
+    std::vector<std::optional<int>> readableShifts(int firstPoint, double dispersion,
+                                                   double largest) const;
+    Tools::BandHarmonics bandHarmonics(int firstPoint, int averageCount,
+                                       const std::vector<std::optional<int>> &shifts) const;
+    Tools::DispersionPeak findDispersion(int firstPoint, int averageCount, double strongest,
+                                         double largest) const;
 
     const float *bandSamples(int channel) const;
     bool deleteSteps(int begin, int end, int firstChannel, int lastChannel,
