@@ -70,6 +70,13 @@ void addDispersion(CLI::App &command, PulsarArguments &arguments)
         ->capture_default_str();
 }
 
+void addPeriod(CLI::App &command, PulsarArguments &arguments, const std::string &help)
+{
+    command.add_option("--period", arguments.parameters.period, help)
+        ->type_name("SECONDS")
+        ->capture_default_str();
+}
+
 void addSpectrum(CLI::App &command, PulsarArguments &arguments)
 {
     command
@@ -148,9 +155,7 @@ void addFold(CLI::App &app, Chosen &chosen)
         [](CLI::App &command, PulsarArguments &arguments) {
             addChannel(command, arguments);
             addNormalise(command, arguments);
-            command.add_option("--period", arguments.parameters.period, "Period, s.")
-                ->type_name("SECONDS")
-                ->capture_default_str();
+            addPeriod(command, arguments, "Period, s.");
             command
                 .add_option("--count", arguments.parameters.points,
                             "Points to fold, at least 512. Default: all to the end.")
@@ -225,11 +230,7 @@ void addFourier(CLI::App &app, Chosen &chosen)
                 ->type_name("N")
                 ->capture_default_str()
                 ->check(CLI::Range(1, 1000));
-            command
-                .add_option("--period", arguments.parameters.period,
-                            "Period, s, whose harmonic number the report tells.")
-                ->type_name("SECONDS")
-                ->capture_default_str();
+            addPeriod(command, arguments, "Period, s, whose harmonic number the report tells.");
             command.add_option("--compare", arguments.compare, "Four dispersions to compare.")
                 ->type_name("DM DM DM DM")
                 ->expected(4);
@@ -259,6 +260,8 @@ void addDmScan(CLI::App &app, Chosen &chosen)
             addDispersion(command, arguments);
             addNormalise(command, arguments);
             addSpectrum(command, arguments);
+            addPeriod(command, arguments,
+                      "Period, s; the report says if the harmonic is none of its.");
             auto *const averages =
                 command.add_flag("--each-average", arguments.eachAverage,
                                  "One scan for every averaging up to --average.");

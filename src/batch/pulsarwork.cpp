@@ -257,7 +257,7 @@ std::vector<HeaderLine> parameterLines(const PulsarRequest &request)
         lines.push_back({"start_utc", given.startTime});
     else
         lines.push_back({"start_point", QString::number(given.firstPoint)});
-    if (action == "sumPeriod" || action == "sumChannelsAndFourier")
+    if (action == "sumPeriod" || action == "sumChannelsAndFourier" || request.command == "dmscan")
         lines.push_back({"period", numberText(given.period) + " s"});
     lines.push_back({"noise", given.noise});
     lines.push_back({"normalise", yesNo(given.normalise)});

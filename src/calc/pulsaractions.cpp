@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <limits>
 
 // Dispatch, checks and the channel sums with their spectra. Each action checks the selection,
@@ -18,14 +17,6 @@ namespace {
 constexpr int maxListedHarmonics = 15;
 constexpr double spectrumRaise = 0.05; // distance between neighbouring spectra of four
 constexpr int shortestSpectrum = 128;  // points that getFourier takes at least
-
-// Values that noise alone puts above `multiple` sigma among `count` amplitudes. Amplitudes of
-// Gaussian noise are Rayleigh distributed: with the scale s their standard deviation is
-// s sqrt(2 - pi/2), and a share of exp(-t^2 / (2 s^2)) exceeds t.
-double expectedAbove(int count, int multiple)
-{
-    return count * std::exp(-multiple * double(multiple) * (2 - M_PI / 2) / 2);
-}
 
 QString baselineText(const QString &noise)
 {
@@ -193,13 +184,13 @@ bool PulsarCalculate::sumChannelsAndFourier()
            " sigma = " + ReportText::general(threshold) +
            "\n\nHarmonics >= " + QString::number(multiple) + " sigma:\n\n";
     int above = 0;
+    std::vector<int> listed;
     for (int i = 0; i < n; ++i) {
         const double value = spectrum[std::size_t(i)];
-        if (!(value > threshold))
+        if (!(value > threshold) || ++above > maxListedHarmonics)
             continue;
-        if (above < maxListedHarmonics)
-            text += QString::number(i) + ": " + ReportText::general(value) + "\n";
-        ++above;
+        text += QString::number(i) + ": " + ReportText::general(value) + "\n";
+        listed.push_back(i);
     }
     text += "\nFirst harmonic:\nnum = " + QString::number(parameters.harmonicNum) +
             "\nvalue = " + ReportText::general(spectrum[std::size_t(parameters.harmonicNum)]) +
@@ -212,20 +203,7 @@ bool PulsarCalculate::sumChannelsAndFourier()
     outcome.points = n;
     setSpectrumAxis(parameters.averageCount);
 
-    outcome.remarks << QString("%1 of %2 values lie above %3 sigma%4; noise alone (Rayleigh "
-                               "distributed amplitudes) would put about %5 there.")
-                           .arg(above)
-                           .arg(n)
-                           .arg(multiple)
-                           .arg(above > maxListedHarmonics
-                                    ? QString(", the first %1 are listed").arg(maxListedHarmonics)
-                                    : QString())
-                           .arg(ReportText::count(expectedAbove(n, multiple)));
-    if (parameters.period > 0)
-        outcome.remarks
-            << QString("The typed period of %1 s (topocentric) belongs to harmonic number %2.")
-                   .arg(ReportText::general(parameters.period))
-                   .arg(1 / (parameters.period * outcome.axis.step), 0, 'f', 2);
+    remarkOnLines(spectrum, threshold, listed, above);
     markSteps();
     remarkOnBands();
     return true;
@@ -473,54 +451,4 @@ double PulsarCalculate::removeBaseline(std::vector<double> &samples,
     if (parameters.normalise)
         Tools::normalise(samples.data(), count);
     return sigma > 0 ? sigma : 1;
-}
-
-void PulsarCalculate::remarkOnBands(const std::vector<int> &starts)
-{
-    const int bands = data.channels - 1;
-    if (bands > sumBands)
-        outcome.remarks << QString("bands 1-%1 of %2 used").arg(sumBands).arg(bands);
-    const auto startsWhere = [&](auto isMeant) {
-        std::vector<int> meant;
-        std::copy_if(starts.begin(), starts.end(), std::back_inserter(meant), isMeant);
-        return starts.size() > 1 ? " (first point " + startsText(meant) + ")" : QString();
-    };
-    if (fewestBands < sumBands) {
-        const int last = lastFullStart(largestDispersion);
-        outcome.remarks << QString("The recording ends before the delayed samples of every band%1: "
-                                   "the sum holds %2 of the %3 bands whole; %4.")
-                               .arg(startsWhere([last](int start) { return start > last; }))
-                               .arg(fewestBands)
-                               .arg(sumBands)
-                               .arg(fullStartText(largestDispersion));
-    }
-    const int missing = pointsWithoutAllBands(largestDispersion, starts.front());
-    const int whole = starts.front() + missing;
-    if (missing > 0)
-        outcome.remarks << QString("The first %1 points%2 lack bands whose shifted samples lie "
-                                   "before the recording; from first point %3 on none is missing.")
-                               .arg(missing)
-                               .arg(startsWhere([whole](int start) { return start < whole; }))
-                               .arg(pointText(whole));
-}
-
-QString PulsarCalculate::startsText(const std::vector<int> &starts) const
-{
-    QStringList texts;
-    for (const int start : starts)
-        texts << pointText(start);
-    return texts.join(", ");
-}
-
-// A sum shows every pulse at the time of its arrival in the reference band.
-void PulsarCalculate::remarkOnTimes(int channel)
-{
-    if (channel <= int(data.fbands.size()))
-        outcome.remarks << QString("Times and periods are topocentric, at %1 MHz (band %2).")
-                               .arg(data.fbands[std::size_t(channel - 1)])
-                               .arg(channel);
-    else
-        outcome.remarks << QString("Channel %1 is no frequency band; times and periods are "
-                                   "topocentric.")
-                               .arg(channel);
 }

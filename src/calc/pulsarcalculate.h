@@ -95,6 +95,10 @@ public:
     ///         untouched
     static bool getFourier(const double *dataIn, double *dataOut, int countIn, int countOut);
 
+    /// Number, with fraction, that the first harmonic of the typed period has in the spectra of the
+    /// actions; averaging does not change it.
+    static double harmonicOfPeriod(const PulsarParameters &parameters, double tresolution);
+
 signals:
     void progress(int percent);
 
@@ -165,6 +169,9 @@ private:
     void addCurve(const std::vector<double> &values, const QString &name);
     void setSpectrumAxis(int averageCount);
     QString startText() const;
+    void remarkOnLines(const std::vector<double> &spectrum, double threshold,
+                       const std::vector<int> &listed, int above);
+    void remarkOnHarmonic();
     void remarkOnBands() { remarkOnBands({parameters.firstPoint}); }
     void remarkOnBands(const std::vector<int> &starts);
     QString startsText(const std::vector<int> &starts) const;

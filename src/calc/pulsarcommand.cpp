@@ -31,9 +31,9 @@ const QMap<QString, ActionOptions> &actionOptions()
         {"sumChannelsAndAverage", {"sum"}},
         {"sumChannelsAndFourier", {"fourier", false, true, true, true, true}},
         {"sum4Dispersions", {"fourier", false, false, false, true, true}},
-        {"sumAllDispersions", {"dmscan", false, true, false, true, true}},
-        {"sumMultiDispersions", {"dmscan", false, true, false, true, true}},
-        {"sumTimeDispersions", {"dmscan", false, true, false, true, true}},
+        {"sumAllDispersions", {"dmscan", false, true, true, true, true}},
+        {"sumMultiDispersions", {"dmscan", false, true, true, true, true}},
+        {"sumTimeDispersions", {"dmscan", false, true, true, true, true}},
     };
     return options;
 }

@@ -254,6 +254,7 @@ bool PulsarCalculate::sumAllDispersions()
     addCurve(scan.cubic, "approximation by polinom 3");
     outcome.description += "\n" + describeScan(scan);
     markSteps();
+    remarkOnHarmonic();
     remarkOnBands();
     return true;
 }
@@ -275,6 +276,7 @@ bool PulsarCalculate::sumMultiDispersions()
         addScan(scan, QString("averaging number %1").arg(n));
     }
     markSteps();
+    remarkOnHarmonic();
     remarkOnBands();
     return true;
 }
@@ -314,6 +316,7 @@ bool PulsarCalculate::sumTimeDispersions()
         addScan(scan, QString("first point %1").arg(starts[std::size_t(k)]));
     }
     markSteps();
+    remarkOnHarmonic();
     remarkOnBands(starts);
     return true;
 }

@@ -10,10 +10,85 @@ class TestPulsarReports : public QObject {
     Q_OBJECT
 
 private slots:
+    void linesAndNoise();
+    void harmonicOfThePeriod();
+    void constantRecordings();
     void lastStart();
     void startsAtTheEnd();
     void foldTellsItsNoise();
 };
+
+// The noise is told from the lines around each, whatever stands out of them; line 0 is none.
+void TestPulsarReports::linesAndNoise()
+{
+    Simulation simulation = oneRay();
+    PulsarParameters parameters = parametersFor(26.2, 300);
+    parameters.period = 16384 * 0.0124928 / 300;
+    parameters.sigmaMultiple = 3;
+    simulation.pulseTrains.push_back({1, 1, parameters.period, 0.05, 26.2, 2, 0});
+    const ObservationData data = Simulator::makeRecording(simulation);
+    const PulsarResult result = resultOf("sumChannelsAndFourier", data, parameters);
+    // Of 32 bands of noise 1 the amplitudes have the scale sqrt(32) sqrt(2 / 16384) = 0.0625.
+    const QString &noise = result.remarks[0];
+    QVERIFY2(std::abs(numberAfter(noise, "Noise level =") - 0.0625) < 0.002, qPrintable(noise));
+    QVERIFY2(noise.contains("noise of this level would put none there"), qPrintable(noise));
+    QVERIFY2(noise.contains("Of those listed, 300, 600, 900, 1200, 1500"), qPrintable(noise));
+    // The harmonics of the pulsar fall on lines; the highest come first, without the mean.
+    QVERIFY2(result.remarks[1].contains(QRegularExpression("levels\\)\n(300|600|900): ")),
+             qPrintable(result.remarks[1]));
+    QCOMPARE(result.remarks[1].count('\n'), 15);
+    QVERIFY2(result.remarks[2].contains("has the harmonic number 300.00; line 300 has "),
+             qPrintable(result.remarks[2]));
+
+    parameters.noise = "without";
+    const PulsarResult withMean = resultOf("sumChannelsAndFourier", data, parameters);
+    QVERIFY2(withMean.remarks[0].contains("none stands above 5 noise levels; line 0 is the mean"),
+             qPrintable(withMean.remarks[0]));
+    QVERIFY(withMean.remarks[1].contains(QRegularExpression("levels\\)\n300: ")));
+}
+
+void TestPulsarReports::harmonicOfThePeriod()
+{
+    PulsarParameters parameters = parametersFor(0, 229);
+    parameters.noise = "without";
+    parameters.period = 16384 * 0.0124928 / 229.3;
+    const auto isAnother = [&](int harmonic) {
+        parameters.harmonicNum = harmonic;
+        return resultOf("sumAllDispersions", sines(229, 1), parameters)
+            .remarks.join('\n')
+            .contains("is none of the period of");
+    };
+    for (const int own : {229, 230, 458, 459, 1146, 1147})
+        QVERIFY2(!isAnother(own), qPrintable(QString::number(own)));
+    for (const int other : {1, 228, 231, 460, 1148})
+        QVERIFY2(isAnother(other), qPrintable(QString::number(other)));
+    parameters.withNull = true; // lines half as far apart
+    QVERIFY(!isAnother(459) && isAnother(229));
+    parameters.period = 0; // none typed
+    QVERIFY(!isAnother(229));
+}
+
+// What the rounding of a baseline leaves of a level is no harmonic.
+void TestPulsarReports::constantRecordings()
+{
+    const ObservationData data = TestSupport::makeRecording(
+        {40000}, [](int, int, int channel, int) { return 445400.3F + float(channel); });
+    PulsarParameters parameters = parametersFor(26.2, 300);
+    parameters.firstPoint = 100;
+    parameters.normalise = true;
+    for (const char *const noise : {"polinom5", "median", "backSum"}) {
+        parameters.noise = noise;
+        const PulsarResult spectrum = resultOf("sumChannelsAndFourier", data, parameters);
+        QCOMPARE(spectrum.curves[0], std::vector<float>(8192, 0.0F));
+        QVERIFY2(spectrum.description.contains("6 sigma:\n\n\nFirst"),
+                 qPrintable(spectrum.description));
+        QVERIFY(spectrum.remarks[0].contains("holds no noise"));
+        const PulsarResult scan = resultOf("sumAllDispersions", data, parameters);
+        QVERIFY2(scan.description.contains("fewer than two bands hold more than a level"),
+                 qPrintable(scan.description));
+        QVERIFY(resultOf("sumPeriod", data, parameters).description.contains("\nS/N = -"));
+    }
+}
 
 // The range that a refusal names is the one that runs.
 void TestPulsarReports::lastStart()

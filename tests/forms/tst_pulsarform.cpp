@@ -59,6 +59,7 @@ private slots:
     void refusedNumberRunsNothing();
     void stopsAtTheEnd();
     void changedPoints();
+    void harmonicOfThePeriod();
     void copiesTheCommand();
     void escapeStopsReading();
     void closingStopsReading();
@@ -415,6 +416,28 @@ void TestPulsarForm::changedPoints()
     QCOMPARE(plot.graphs[0].size(), std::size_t(1000));
     find<QPushButton>("resetPointsButton")->click();
     QCOMPARE(plot.numPoints, 16384);
+}
+
+void TestPulsarForm::harmonicOfThePeriod()
+{
+    openForm();
+    auto *const button = find<QPushButton>("harmonicOfPeriod");
+    auto *const number = find<QSpinBox>("harmonicNum");
+    type("period", "2.0469"); // 16384 x 12.4928 ms / 100
+    button->click();
+    QCOMPARE(number->value(), 100);
+    find<QCheckBox>("averageWithNull")->setChecked(true);
+    button->click();
+    QCOMPARE(number->value(), 200);
+    const MessageBoxCatcher catcher;
+    for (const char *const beyond : {"500", "0.02", "0", "x"}) {
+        type("period", beyond);
+        button->click();
+        QCOMPARE(number->value(), 200);
+        QCOMPARE(find<QLineEdit>("period")->styleSheet(), QString(failing));
+        QVERIFY2(catcher.boxes().last().text.contains("Allowed: more than 0.0249856 s, up to 204.682 s"),
+                 qPrintable(catcher.boxes().last().text));
+    }
 }
 
 void TestPulsarForm::copiesTheCommand()

@@ -6,7 +6,9 @@
 #include "app/lastvalues.h"
 #include "app/settings.h"
 #include "base/typednumber.h"
+#include "calc/fourier.h"
 #include "calc/pulsarcommand.h"
+#include "calc/reporttext.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
 #include "forms/pulsar/pulsartexts.h"
@@ -24,6 +26,7 @@
 #include <QProgressBar>
 #include <QScopedValueRollback>
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -111,6 +114,7 @@ void PulsarForm::connectInputs()
         connect(button, &QAbstractButton::clicked, this, &PulsarForm::redraw);
 
     connect(ui->commandButton, &QPushButton::clicked, this, &PulsarForm::copyCommand);
+    connect(ui->harmonicOfPeriod, &QPushButton::clicked, this, &PulsarForm::takeHarmonicOfPeriod);
 
     connect(info, &PulsarGrafikInfo::changeMaxSigma, this, &PulsarForm::redraw);
     connect(info, &PulsarGrafikInfo::changeDispersions, this, &PulsarForm::changeDispersions);
@@ -165,6 +169,33 @@ void PulsarForm::copyCommand()
     }
     parameters->points = takesPoints(action) && action == shownAction ? wantedPoints : 0;
     QGuiApplication::clipboard()->setText(pulsarCommand(action, *parameters, recordingPath));
+}
+
+// Nothing is computed: the number takes effect as a typed one does.
+void PulsarForm::takeHarmonicOfPeriod()
+{
+    clearMarks();
+    PulsarParameters parameters;
+    parameters.period = readNumber(ui->period, ui->periodLabel->text(), Tools::allowedNumber);
+    parameters.withNull = ui->averageWithNull->isChecked();
+    // Two values of the averaged series, and all of the series.
+    const double shortest =
+        2 * data.tresolution * Tools::averagedStepFactor(ui->averageCount->value(), false);
+    const double longest = PulsarCalculate::fixedPoints * data.tresolution;
+    if (parameters.period > shortest && parameters.period <= longest) {
+        const double number = PulsarCalculate::harmonicOfPeriod(parameters, data.tresolution);
+        ui->harmonicNum->setValue(int(std::round(number)));
+        ui->harmonicNum->setFocus();
+        return;
+    }
+    markFailing(ui->period);
+    showError(this,
+              QString("A period of %1 s has no line in the spectrum.\nAllowed: more than %2 "
+                      "s, up to %3 s.")
+                  .arg(ReportText::exact(parameters.period), ReportText::general(shortest),
+                       ReportText::general(longest)),
+              unreadableFields.join("\n"));
+    ui->period->setFocus();
 }
 
 // A success replaces what is shown; a failure is reported and changes nothing.

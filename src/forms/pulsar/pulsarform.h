@@ -48,6 +48,7 @@ private:
     bool readRecording(const QString &path);
     void connectInputs();
     void copyCommand();
+    void takeHarmonicOfPeriod();
     void compute(const QString &action, int points);
     bool runShowingProgress(PulsarCalculate &calculation, const QString &action);
     std::optional<PulsarParameters> readParameters();
