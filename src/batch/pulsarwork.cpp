@@ -2,6 +2,7 @@
 
 #include "batch/axis.h"
 #include "calc/channelsum.h"
+#include "calc/computedon.h"
 #include "calc/pulsarcalculate.h"
 #include "forms/pulsar/pulsartexts.h"
 
@@ -24,11 +25,6 @@ struct PointRange {
     qint64 first = 0;
     qint64 end = 0;
 };
-
-bool worksOnChannel(const QString &action)
-{
-    return action == "showNative" || action == "sumPeriod";
-}
 
 // The largest dispersion that an action sums with.
 double largestDispersion(const PulsarRequest &request)
@@ -222,6 +218,9 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
 
     addRayHeader(data, work.parameters.dispersion, work.parameters.firstPoint,
                  !worksOnChannel(work.action), work.parameters.channel, table.result);
+    if (const QString utc = utcRange(data, work.parameters.firstPoint, result.stretch);
+        !utc.isEmpty())
+        table.result.push_back({"utc", utc});
     addAxis(result.axis, table.result);
     QStringList markers;
     for (const int marker : result.markers)

@@ -290,6 +290,7 @@ void PulsarCalculate::markSteps()
         return;
     std::sort(stepPoints.begin(), stepPoints.end());
     stepPoints.erase(std::unique(stepPoints.begin(), stepPoints.end()), stepPoints.end());
+    outcome.steps = stepCount;
     outcome.description += "\nDeleted steps = " + QString::number(stepCount);
     if (outcome.axis.kind != PulsarAxis::Kind::Points)
         return;

@@ -1,5 +1,6 @@
 #include "calc/actions.h"
 #include "calc/channelsum.h"
+#include "calc/computedon.h"
 #include "calc/fourier.h"
 #include "calc/pulsarcalculate.h"
 #include "data/reader.h"
@@ -323,6 +324,8 @@ void TestPulsarActions::deletedSteps()
     parameters.deleteStep = true;
     const PulsarResult result = resultOf("sumChannelsDemoNoise", data, parameters);
     QVERIFY2(result.description.contains("Deleted steps = 32"), qPrintable(result.description));
+    QCOMPARE(computedOn("x", "sumChannelsDemoNoise", data, parameters, result).back(),
+             QString("steps taken out: 32"));
     QVERIFY(!result.markers.empty());
     for (const int marker : result.markers)
         QVERIFY(std::abs(marker - 5000) <= 1);

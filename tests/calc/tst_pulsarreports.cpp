@@ -1,5 +1,6 @@
 #include "calc/actions.h"
 #include "calc/channelsum.h"
+#include "calc/computedon.h"
 
 #include <random>
 
@@ -16,6 +17,8 @@ private slots:
     void lastStart();
     void startsAtTheEnd();
     void foldTellsItsNoise();
+    void computedOnWhat_data();
+    void computedOnWhat();
 };
 
 // The noise is told from the lines around each, whatever stands out of them; line 0 is none.
@@ -170,6 +173,65 @@ void TestPulsarReports::foldTellsItsNoise()
     QVERIFY2(numberAfter(coarse.description, "S/N =") < 4.5, qPrintable(coarse.description));
     QVERIFY2(std::abs(reached(coarse) - 2.6) < 0.6, qPrintable(coarse.remarks[0]));
     QVERIFY2(white.description.contains("\nPeriod = 0.71452\n"), "all digits that were typed");
+}
+
+void TestPulsarReports::computedOnWhat_data()
+{
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<QStringList>("lines");
+    QTest::newRow("channel") << "sumPeriod"
+                             << QStringList{
+                                    "channel: 5, 120.3125 MHz",
+                                    "points: 39900 from first point 100 on, step 12.4928 ms",
+                                    "UTC: 2015-04-01 12:00:01.249 to 12:08:19.699",
+                                    "base line: line through means of 128 points, taken "
+                                    "off, normalised",
+                                    "steps: not taken out"};
+    QTest::newRow("sum") << "sumChannelsDemoNoise"
+                         << QStringList{"dispersion: 26.2 pc/cm^3, bands 1 to 32, reference "
+                                        "122.421875 MHz",
+                                        "points: 16384 from first point 100 on, step 12.4928 ms",
+                                        "UTC: 2015-04-01 12:00:01.249 to 12:03:25.918",
+                                        "base line: backSum, not taken off, not normalised",
+                                        "steps: not taken out"};
+    QTest::newRow("spectra") << "sum4Dispersions"
+                             << QStringList{"dispersion: 0, 13.1, 26.2, 52.4 pc/cm^3, bands 1 to "
+                                            "32, reference 122.421875 MHz",
+                                            "points: 16384 from first point 100 on, step 12.4928 "
+                                            "ms",
+                                            "UTC: 2015-04-01 12:00:01.249 to 12:03:25.918",
+                                            "base line: backSum, taken off, normalised",
+                                            "averaging: 2 times, 4 points each, with null",
+                                            "steps: not taken out"};
+    QTest::newRow("starts") << "sumTimeDispersions"
+                            << QStringList{"dispersion: 0 to 52.4 pc/cm^3, bands 1 to 32, "
+                                           "reference 122.421875 MHz",
+                                           "points: 16384 from each of the first points 100, 20100 "
+                                           "on, step 12.4928 ms",
+                                           "UTC: 2015-04-01 12:00:01.249 to 12:03:25.918",
+                                           "base line: backSum, taken off, normalised",
+                                           "averaging: 2 times, 4 points each, with null",
+                                           "steps: not taken out"};
+}
+
+void TestPulsarReports::computedOnWhat()
+{
+    QFETCH(QString, action);
+    QFETCH(QStringList, lines);
+    ObservationData data = Simulator::makeRecording(oneRay());
+    data.moduleNumbers = {3};
+    data.ray = 5;
+    PulsarParameters parameters = parametersFor(26.2, 300);
+    parameters.channel = 5;
+    parameters.firstPoint = 100;
+    parameters.startDelta = 20000;
+    parameters.noise = "backSum";
+    parameters.normalise = true;
+    parameters.averageCount = 2;
+    parameters.withNull = true;
+    const PulsarResult result = resultOf(action, data, parameters);
+    QCOMPARE(computedOn("/data/x.pnt", action, data, parameters, result),
+             QStringList({"file: /data/x.pnt", "module: 1 (number 3), ray: 1 (number 5)"}) + lines);
 }
 
 ZRT_UNIT_TEST_MAIN(TestPulsarReports)

@@ -60,6 +60,7 @@ private slots:
     void stopsAtTheEnd();
     void changedPoints();
     void harmonicOfThePeriod();
+    void reportsTellWhatTheyAreOf();
     void copiesTheCommand();
     void escapeStopsReading();
     void closingStopsReading();
@@ -435,9 +436,26 @@ void TestPulsarForm::harmonicOfThePeriod()
         button->click();
         QCOMPARE(number->value(), 200);
         QCOMPARE(find<QLineEdit>("period")->styleSheet(), QString(failing));
-        QVERIFY2(catcher.boxes().last().text.contains("Allowed: more than 0.0249856 s, up to 204.682 s"),
-                 qPrintable(catcher.boxes().last().text));
+        QVERIFY2(
+            catcher.boxes().last().text.contains("Allowed: more than 0.0249856 s, up to 204.682 s"),
+            qPrintable(catcher.boxes().last().text));
     }
+}
+
+void TestPulsarForm::reportsTellWhatTheyAreOf()
+{
+    openForm();
+    find<QCheckBox>("withNormalization")->setChecked(true);
+    find<QRadioButton>("sumChannelsDemoNoise")->click();
+    const PlotData &plot = find<PulsarGrafik>("grafik")->data();
+    QVERIFY2(plot.yUnit.isEmpty(), "the sum itself is not normalised");
+    QVERIFY(plot.source.contains("base line: polinom5, not taken off, not normalised"));
+    QCOMPARE(report().count("Channel:"), 1);
+    find<QCheckBox>("showDeductNoise")->click();
+    QCOMPARE(plot.yUnit, QString("sigma"));
+    for (const QString &line : plot.source.mid(1))
+        QVERIFY2(report().contains("\n" + line), qPrintable(line));
+    QVERIFY(plot.source.contains("points: 16384 from first point 0 on, step 12.4928 ms"));
 }
 
 void TestPulsarForm::copiesTheCommand()

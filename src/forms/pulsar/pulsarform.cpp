@@ -6,6 +6,7 @@
 #include "app/lastvalues.h"
 #include "app/settings.h"
 #include "base/typednumber.h"
+#include "calc/computedon.h"
 #include "calc/fourier.h"
 #include "calc/pulsarcommand.h"
 #include "calc/reporttext.h"
@@ -38,12 +39,6 @@ QString checkedButton(const QWidget *group)
             return button->objectName();
     }
     return {};
-}
-
-// Actions that work on as many points as are wanted.
-bool takesPoints(const QString &action)
-{
-    return action == "showNative" || action == "sumPeriod";
 }
 
 // Noise methods by the names of their buttons.
@@ -153,7 +148,7 @@ void PulsarForm::copyCommand()
         showError(this, "Check Action!");
         return;
     }
-    if (!takesPoints(action) && ui->leaveOutChannels->isEnabled() &&
+    if (!worksOnChannel(action) && ui->leaveOutChannels->isEnabled() &&
         ui->leaveOutChannels->isChecked()) {
         showError(this, "The batch program computes with all channels; uncheck \"" +
                             ui->leaveOutChannels->text() + "\" first.");
@@ -167,7 +162,7 @@ void PulsarForm::copyCommand()
         showError(this, "No command was copied.", unreadableFields.join("\n"));
         return;
     }
-    parameters->points = takesPoints(action) && action == shownAction ? wantedPoints : 0;
+    parameters->points = worksOnChannel(action) && action == shownAction ? wantedPoints : 0;
     QGuiApplication::clipboard()->setText(pulsarCommand(action, *parameters, recordingPath));
 }
 
@@ -209,8 +204,8 @@ void PulsarForm::compute(const QString &action, int points)
 
     // What a single channel shows is there whether the channel is on or off.
     const SwitchedRecording recording =
-        takesPoints(action) ? SwitchedRecording{data, {}}
-                            : switchedRecording(data, ui->leaveOutChannels, recordingPath);
+        worksOnChannel(action) ? SwitchedRecording{data, {}}
+                               : switchedRecording(data, ui->leaveOutChannels, recordingPath);
     if (!recording.data.samples) {
         showError(this, "There is no memory to leave out channels.");
         return;
@@ -386,7 +381,7 @@ void PulsarForm::changePoints(int points)
 {
     if (!calculate || running)
         return;
-    if (takesPoints(shownAction)) {
+    if (worksOnChannel(shownAction)) {
         // "Reset points" goes back to all of the recording.
         compute(shownAction, points > 0 ? points : data.npoints);
         return;
@@ -426,7 +421,7 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, const
                             int firstColour)
 {
     const PulsarResult &result = calculate->result();
-    const bool isCut = wantedPoints > 0 && !takesPoints(shownAction);
+    const bool isCut = wantedPoints > 0 && !worksOnChannel(shownAction);
     const int count = isCut ? std::min(wantedPoints, result.points) : result.points;
     PlotData plot;
     for (const std::vector<float> &curve : curves) {
@@ -443,11 +438,8 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, const
     plot.yName = result.axis.kind == PulsarAxis::Kind::Points  ? "signal"
                  : result.axis.kind == PulsarAxis::Kind::Phase ? "mean signal"
                                                                : "amplitude";
-    plot.yUnit = shownParameters.normalise ? "sigma" : "";
-    plot.source = FormTexts::source(recordingPath, shownAction, data, shownParameters,
-                                    !takesPoints(shownAction));
-    if (!shownLeftOut.isEmpty())
-        plot.source << shownLeftOut;
+    plot.yUnit = isNormalised(shownAction, shownParameters) ? "sigma" : "";
+    plot.source = QStringList("action: " + shownAction) + computedOnLines();
     for (const int marker : result.markers) {
         if (marker < count)
             plot.markers.push_back(marker);
@@ -463,7 +455,17 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, const
     plot.yPrecision = FormTexts::labelDecimals(range.max - range.min);
     grafik->setData(std::move(plot));
     grafik->recomputeRange();
-    info->setPoints(takesPoints(shownAction) ? result.stretch : count);
+    info->setPoints(worksOnChannel(shownAction) ? result.stretch : count);
+}
+
+// For the report, for tables and for pictures.
+QStringList PulsarForm::computedOnLines() const
+{
+    QStringList lines =
+        computedOn(recordingPath, shownAction, data, shownParameters, calculate->result());
+    if (!shownLeftOut.isEmpty())
+        lines << shownLeftOut;
+    return lines;
 }
 
 void PulsarForm::showTexts(const QString &description, const QStringList &names, int firstColour)
@@ -474,8 +476,7 @@ void PulsarForm::showTexts(const QString &description, const QStringList &names,
     report << result.remarks;
     if (!readProblem.isEmpty())
         report << readProblem;
-    if (!shownLeftOut.isEmpty())
-        report << shownLeftOut;
+    report << "Computed on\n" + computedOnLines().join('\n');
 
     const FormTexts::AxisTitles titles = FormTexts::axisTitles(result.axis);
     QStringList legend;
