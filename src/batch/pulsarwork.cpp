@@ -115,31 +115,29 @@ Failure sumOfLength(const PulsarRequest &request, PulsarCalculate &calculate,
     const int count = request.sumLength;
     const qint64 last = qint64(data.npoints) - count - 1;
     if (last < 0)
-        return {ExitCode::BadData, QString("%1 has %2 points; a sum of %3 needs more.")
-                                       .arg(path)
-                                       .arg(data.npoints)
-                                       .arg(count)};
+        return {
+            ExitCode::BadData,
+            path + QString(" has %1 points; a sum of %2 needs more.").arg(data.npoints).arg(count)};
     if (given.firstPoint < 0 || given.firstPoint > last)
         return {ExitCode::BadData,
-                QString("%1: first point %2 leaves no %3 points before the end of the recording. "
-                        "Allowed: 0 to %4.")
-                    .arg(path)
-                    .arg(given.firstPoint)
-                    .arg(count)
-                    .arg(last)};
+                path + QString(": first point %1 leaves no %2 points before the end of the "
+                               "recording. Allowed: 0 to %3.")
+                           .arg(given.firstPoint)
+                           .arg(count)
+                           .arg(last)};
     std::vector<double> sum(std::size_t(count), 0.0);
     const bool isSummed = given.deductNoise
                               ? calculate.sumWithoutNoise(sum.data(), count, given.dispersion)
                               : calculate.sumChannels(sum.data(), count, given.dispersion, true);
     if (!isSummed)
         return {ExitCode::BadData,
-                QString("%1: its %2 bands cannot be summed over %3 points at dispersion %4. Sums "
-                        "need %5 bands with their frequencies, base lines some hundred points.")
-                    .arg(path)
-                    .arg(data.channels - 1)
-                    .arg(count)
-                    .arg(given.dispersion)
-                    .arg(PulsarCalculate::sumBands)};
+                path + QString(": its %1 bands cannot be summed over %2 points at dispersion %3. "
+                               "Sums need %4 bands with their frequencies, base lines some hundred "
+                               "points.")
+                           .arg(data.channels - 1)
+                           .arg(count)
+                           .arg(given.dispersion)
+                           .arg(PulsarCalculate::sumBands)};
     result.curves.emplace_back(sum.begin(), sum.end());
     result.visible = {true};
     result.names << (given.deductNoise ? "minus noise base line" : "sum on canals");
@@ -160,19 +158,23 @@ QString reportOf(const PulsarResult &result)
     return (result.description.split('\n', Qt::SkipEmptyParts) + result.remarks).join('\n');
 }
 
-// What is the same for every table of a ray: how its numbers can be placed in time and frequency.
-void addRayHeader(const ObservationData &data, double dispersion, int firstPoint, bool isSum,
-                  int channel, std::vector<HeaderLine> &lines)
+// What is the same for every table of a ray: what it is of, and how its numbers can be placed in
+// time and frequency. The samples of one channel have no dispersion.
+void addRayHeader(const PulsarRequest &request, const ObservationData &header,
+                  std::vector<HeaderLine> &lines)
 {
-    lines.push_back({"first_point", QString::number(firstPoint)});
-    lines.push_back({"disp", QString::number(std::lround(dispersion))});
-    lines.push_back({"tresolution", numberText(data.tresolution) + " s"});
-    if (data.beginTime.isValid())
-        lines.push_back({"begin", data.beginTime.toString(Qt::ISODateWithMs)});
-    const int band = isSum ? PulsarCalculate::sumBands : channel;
-    if (band >= 1 && band <= int(data.fbands.size()))
-        lines.push_back(
-            {"reference_frequency", numberText(data.fbands[std::size_t(band - 1)]) + " MHz"});
+    const PulsarParameters &given = request.parameters;
+    const bool isSum = !worksOnChannel(request.action);
+    const std::vector<HeaderLine> ray = rayLines(header, given.module, given.ray);
+    lines.insert(lines.end(), ray.begin(), ray.end());
+    lines.push_back({"first_point", QString::number(given.firstPoint)});
+    if (isSum)
+        lines.push_back({"disp", QString::number(std::lround(given.dispersion))});
+    lines.push_back({"tresolution", numberText(header.tresolution) + " s"});
+    const int band = isSum ? PulsarCalculate::sumBands : given.channel;
+    if (band >= 1 && band <= int(header.fbands.size()))
+        lines.push_back({isSum ? "reference_frequency" : "frequency",
+                         numberText(header.fbands[std::size_t(band - 1)]) + " MHz"});
 }
 
 Failure compute(const PulsarRequest &request, RecordingFile &file, const Control &control,
@@ -180,6 +182,11 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
 {
     PulsarRequest work = request;
     const ObservationData &header = file.header();
+    if (Failure failure =
+            findPlace(file, Numbered::Module, work.moduleNumber, work.parameters.module))
+        return failure;
+    if (Failure failure = findPlace(file, Numbered::Ray, work.rayNumber, work.parameters.ray))
+        return failure;
     if (Failure failure = findStart(work.parameters, file))
         return failure;
     // A sum of another length has other limits, checked by itself.
@@ -216,9 +223,8 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
     }
     const PulsarResult &result = work.sumLength > 0 ? ownResult : calculate.result();
 
-    addRayHeader(data, work.parameters.dispersion, work.parameters.firstPoint,
-                 !worksOnChannel(work.action), work.parameters.channel, table.result);
-    if (const QString utc = utcRange(data, work.parameters.firstPoint, result.stretch);
+    addRayHeader(work, header, table.result);
+    if (const QString utc = utcRange(header, work.parameters.firstPoint, result.stretch);
         !utc.isEmpty())
         table.result.push_back({"utc", utc});
     addAxis(result.axis, table.result);
@@ -227,7 +233,8 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
         markers << QString::number(marker);
     if (!markers.isEmpty())
         table.result.push_back({"steps_at", markers.join(' ')});
-    table.result.push_back({"report", reportOf(result)});
+    if (const QString report = reportOf(result); !report.isEmpty())
+        table.result.push_back({"report", report});
     if (request.output.format == Format::Csv)
         table.columns.push_back(axisColumn(result.axis, result.points));
     for (std::size_t i = 0; i < result.curves.size(); ++i)
@@ -240,9 +247,13 @@ std::vector<HeaderLine> parameterLines(const PulsarRequest &request)
     const PulsarParameters &given = request.parameters;
     const QString &action = request.action;
     const auto yesNo = [](bool is) { return QString(is ? "yes" : "no"); };
+    const auto placeOr = [](const QString &what, int place, const std::optional<int> &number) {
+        return number ? HeaderLine{what + "_number", QString::number(*number)}
+                      : HeaderLine{what + "_place", QString::number(place)};
+    };
     std::vector<HeaderLine> lines = {{"action", action},
-                                     {"module", QString::number(given.module)},
-                                     {"ray", QString::number(given.ray)}};
+                                     placeOr("module", given.module, request.moduleNumber),
+                                     placeOr("ray", given.ray, request.rayNumber)};
     if (worksOnChannel(action)) {
         lines.push_back({"channel", QString::number(given.channel)});
         lines.push_back({"count", given.points > 0 ? QString::number(given.points) : "all"});

@@ -2,17 +2,24 @@
 
 #include "calc/pulsarcalculate.h"
 #include "calc/reporttext.h"
+#include "data/truenumbers.h"
 
 #include <cmath>
 
 namespace {
 
-// A count from 1 with the number that the passport gives to what it counts, where it differs.
-QString withTrueNumber(int number, int trueNumber)
+// A number of the telescope, with the place in the file that the fields count where it differs.
+QString withPlace(int number, int place)
 {
     const QString text = QString::number(number);
-    return trueNumber < 1 || number == trueNumber ? text
-                                                  : text + QString(" (number %1)").arg(trueNumber);
+    return number == place ? text : text + QString(" (place %1 in the file)").arg(place);
+}
+
+// A place in the file with the number that the passport gives to what stands there.
+QString withNumber(int place, int number)
+{
+    const QString text = QString::number(place);
+    return number == place ? text : text + QString(" (number %1)").arg(number);
 }
 
 QString frequencyText(const ObservationData &data, int band)
@@ -86,14 +93,12 @@ QString averagingText(const QString &action, const PulsarParameters &parameters)
 
 QString moduleText(const ObservationData &data, int module)
 {
-    const auto index = std::size_t(module - 1);
-    return withTrueNumber(module,
-                          index < data.moduleNumbers.size() ? data.moduleNumbers[index] : module);
+    return withNumber(module, moduleNumber(data, module - 1));
 }
 
 QString rayText(const ObservationData &data, int ray)
 {
-    return withTrueNumber(ray, data.ray > 0 && data.rays == 1 ? data.ray : ray);
+    return withNumber(ray, rayNumber(data, ray - 1));
 }
 
 bool worksOnChannel(const QString &action)
@@ -126,8 +131,10 @@ QString utcRange(const ObservationData &data, int firstPoint, int points)
 QStringList computedOn(const QString &path, const QString &action, const ObservationData &data,
                        const PulsarParameters &parameters, const PulsarResult &result)
 {
-    QStringList lines = {"file: " + path, "module: " + moduleText(data, parameters.module) +
-                                              ", ray: " + rayText(data, parameters.ray)};
+    const int module = moduleNumber(data, parameters.module - 1);
+    const int ray = rayNumber(data, parameters.ray - 1);
+    QStringList lines = {"file: " + path, "module: " + withPlace(module, parameters.module) +
+                                              ", ray: " + withPlace(ray, parameters.ray)};
     constexpr int bands = PulsarCalculate::sumBands;
     if (worksOnChannel(action))
         lines << QString("channel: %1, %2")

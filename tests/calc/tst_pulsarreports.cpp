@@ -231,7 +231,9 @@ void TestPulsarReports::computedOnWhat()
     parameters.withNull = true;
     const PulsarResult result = resultOf(action, data, parameters);
     QCOMPARE(computedOn("/data/x.pnt", action, data, parameters, result),
-             QStringList({"file: /data/x.pnt", "module: 1 (number 3), ray: 1 (number 5)"}) + lines);
+             QStringList({"file: /data/x.pnt",
+                          "module: 3 (place 1 in the file), ray: 5 (place 1 in the file)"}) +
+                 lines);
 }
 
 ZRT_UNIT_TEST_MAIN(TestPulsarReports)
