@@ -180,6 +180,7 @@ void Worker::begin(Job job)
     busy = true;
     stopping = false;
     line->put(std::move(job));
+    emit started();
 }
 
 void Worker::stop()

@@ -58,6 +58,8 @@ public:
     bool isBusy() const { return busy; }
 
 signals:
+    /// A job was asked for; the one before, if there was any, is not heard of again.
+    void started();
     /// Of the newest job, 0 to 100; the same percentage once.
     void progress(int percent);
     void remark(const QString &text);
