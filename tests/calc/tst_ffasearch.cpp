@@ -9,7 +9,8 @@ using TestSupport::Series;
 
 namespace {
 
-constexpr double step = 0.0124928; // s, of the recordings that are made here
+constexpr double step = 0.0124928;   // s, of the recordings that are made here
+constexpr double fastStep = 0.00025; // s
 
 // A recording whose sum over the bands is the series.
 ObservationData recordingOf(const Series &series)
@@ -52,7 +53,9 @@ private slots:
     void slowChangesGoPulsesStay();
     void injectedPulses_data();
     void injectedPulses();
+    void noiseStaysAtItsMaximum_data();
     void noiseStaysAtItsMaximum();
+    void presetsAvoidWholeFactors();
     void familiesAreNamed();
     void refusedSeries_data();
     void refusedSeries();
@@ -171,20 +174,60 @@ void TestFfaSearch::injectedPulses()
     QCOMPARE(fold.picture.size(), std::size_t(fold.parts) * fold.profile.size());
 }
 
+void TestFfaSearch::noiseStaysAtItsMaximum_data()
+{
+    QTest::addColumn<double>("shortest"); // s, at 0.25 ms
+    QTest::addColumn<double>("longest");
+    QTest::addColumn<int>("fewest");
+    QTest::addColumn<int>("most");
+    QTest::newRow("no whole factor") << 0.1001 << 1.0 << 40 << 80;
+    QTest::newRow("the first is whole") << 0.1 << 1.0 << 40 << 80;
+    QTest::newRow("all are whole") << 0.03 << 1.0 << 40 << 79;
+    QTest::newRow("one, and whole") << 0.1 << 0.1999 << 40 << 79;
+    QTest::newRow("one and a half") << 0.015 << 0.0299 << 40 << 79;
+    QTest::newRow("rounded below whole ones") << 0.03 * (1 - 1e-13) << 1.0 << 40 << 79;
+}
+
 void TestFfaSearch::noiseStaysAtItsMaximum()
 {
-    const ObservationData data = recordingOf(TestSupport::noise(40000));
-    const PulsarParameters parameters = searchOf(data);
-    PulsarCalculate calculate(data, parameters);
-    QVERIFY(calculate.run("createFFA"));
-    const std::vector<float> &snr = calculate.result().ffa->periodogram.snr;
-    const FfaEstimate estimate =
-        Tools::estimateFfa(parameters.ffa, calculate.ffaPoints(), data.tresolution);
-    // The maximum of one draw scatters by 0.25 around its mean.
-    const double highest = *std::max_element(snr.begin(), snr.end());
-    QVERIFY2(std::abs(highest - estimate.noiseMaximum) < 0.75,
-             qPrintable(QString("%1, not %2").arg(highest).arg(estimate.noiseMaximum)));
-    QCOMPARE(snr.size(), std::size_t(estimate.trials) * std::size_t(estimate.widths));
+    FfaParameters ffa;
+    QFETCH(double, shortest);
+    QFETCH(double, longest);
+    QFETCH(int, fewest);
+    QFETCH(int, most);
+    ffa.period_min = shortest;
+    ffa.period_max = longest;
+    ffa.bins_min = fewest;
+    ffa.bins_max = most;
+    constexpr int count = 40000;
+    constexpr unsigned seeds = 16;
+    double sum = 0;
+    const FfaEstimate estimate = Tools::estimateFfa(ffa, count, fastStep);
+    for (unsigned seed = 0; seed < seeds; ++seed) {
+        const Series series = TestSupport::noise(count, seed, 1);
+        const std::vector<float> samples(series.begin(), series.end());
+        const Periodogram periodogram(samples.data(), samples.size(), fastStep, shortest, longest,
+                                      fewest, most, ffa.ducy_max, ffa.wtsp);
+        const std::vector<float> &snr = periodogram.snr;
+        sum += double(*std::max_element(snr.begin(), snr.end()));
+        QCOMPARE(snr.size(), std::size_t(estimate.trials) * std::size_t(estimate.widths));
+    }
+    // The highest of one search scatters by 0.3 at most.
+    QVERIFY2(std::abs(sum / seeds - estimate.noiseMaximum) < 0.25,
+             qPrintable(QString("%1, not %2").arg(sum / seeds).arg(estimate.noiseMaximum)));
+}
+
+void TestFfaSearch::presetsAvoidWholeFactors()
+{
+    for (const double interval : {0.0001, 0.00025, 0.0005, 0.001, 0.002, 0.004, 0.005, 0.01}) {
+        for (const double length : {5.0, 60.0, 600.0}) {
+            const int points = int(length / interval);
+            const FfaParameters ffa = Tools::presetFfa(points, interval);
+            QVERIFY(Tools::findFfaProblems(ffa, points, interval).empty());
+            QVERIFY(Tools::wholeFactorSteps(ffa, points, interval).empty());
+            QVERIFY(ffa.period_min <= std::max(0.1, 40 * interval) * (1 + 1e-3));
+        }
+    }
 }
 
 void TestFfaSearch::familiesAreNamed()
