@@ -118,6 +118,7 @@ private:
     bool acceptSpectrum(int length);
     bool acceptHarmonic(int spectrumLength);
     bool acceptNumbers(const std::vector<double> &series);
+    bool fillFfaSeries(std::vector<double> &series);
     int lastFullStart(double dispersion) const;
     int longestShift(double dispersion) const;
     int pointsWithoutAllBands(double dispersion) const;

@@ -31,6 +31,10 @@ double sigmaOf(const std::vector<float> &values)
 // Share of the sigma of a series that its white noise has at least, without a remark.
 constexpr double whitePart = 0.8;
 
+const QString constantSum =
+    "Error of calculating sigma: the sum of the bands is constant.\nThere is "
+    "nothing to search; choose another module, ray or stretch.";
+
 constexpr double leastSigma = -100;
 constexpr double largestSigma = 1000;
 
@@ -98,18 +102,8 @@ bool PulsarCalculate::createFFA()
         return false;
 
     std::vector<double> series(static_cast<std::size_t>(count));
-    if (!sumWithoutNoise(series.data(), count, parameters.dispersion))
-        return refuse("The noise base line cannot be computed.\nIt needs more points, or choose "
-                      "to search without noise deduction.");
-    fewestBands = completeBands;
-    if (!acceptNumbers(series) || !goOn(0))
+    if (!fillFfaSeries(series))
         return false;
-    if (ffa.deredden)
-        Tools::deredden(series, ffa.rmed_width / data.tresolution, ffa.rmed_minpts);
-    if (!(Tools::sigma(series.data(), count) > 0))
-        return refuse("Error of calculating sigma\nAll values of the sum are equal: there is "
-                      "nothing to search.");
-    Ffa::normalizeSeries(series.data(), count);
 
     std::vector<float> samples(series.begin(), series.end());
     Periodogram periodogram(samples.data(), samples.size(), data.tresolution, ffa.period_min,
@@ -146,6 +140,31 @@ bool PulsarCalculate::createFFA()
                                .arg(1 / pointNoise, 0, 'f', 1);
     remarkOnBands();
     remarkOnTimes(sumBands);
+    return true;
+}
+
+// The series that is searched: the sum less its baseline and what is slow, normalised.
+bool PulsarCalculate::fillFfaSeries(std::vector<double> &series)
+{
+    const int count = int(series.size());
+    if (!sumChannels(series.data(), count, parameters.dispersion, true))
+        return refuse("The bands cannot be summed.");
+    // What rounding leaves of it above the base line is no noise.
+    const auto [lowest, highest] = std::minmax_element(series.begin(), series.end());
+    if (*lowest == *highest)
+        return refuse(constantSum);
+    if (!sumWithoutNoise(series.data(), count, parameters.dispersion))
+        return refuse("The noise base line cannot be computed.\nIt needs more points, or choose "
+                      "to search without noise deduction.");
+    fewestBands = completeBands;
+    if (!acceptNumbers(series) || !goOn(0))
+        return false;
+    if (parameters.ffa.deredden)
+        Tools::deredden(series, parameters.ffa.rmed_width / data.tresolution,
+                        parameters.ffa.rmed_minpts);
+    if (!(Tools::sigma(series.data(), count) > 0))
+        return refuse(constantSum);
+    Ffa::normalizeSeries(series.data(), count);
     return true;
 }
 

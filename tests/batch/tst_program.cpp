@@ -61,6 +61,10 @@ void TestProgram::initTestCase()
     writeFile(path("bands.pnt"), TestSupport::recordingBytes({600, 1, 9, 1}, sample));
     writeFile(path("numbers.pnt"), TestSupport::recordingBytes({600, 2, 33, 1}, sample)
                                        .replace("modulus 1 2\n", "modulus 4 6\n"));
+    const TestSupport::Shape constant = {20000, 1, 33, 1};
+    writeFile(path("constant.pnt"), TestSupport::recordingBytes(constant, [](int, int, int, int) {
+                  return 445400.3F; // no base line takes it off without rounding
+              }));
     QDir(folder.path()).mkdir("many");
     for (int i = 0; i < 50; ++i)
         writeFile(path(QString("many/%1.pnt").arg(i, 2, 10, QChar('0'))), bytes);
@@ -100,6 +104,7 @@ void TestProgram::failures_data()
     QTest::newRow("bins beyond all samples")
         << "ffa --bins-min 2147483647 --bins-max 2147483647 demo.pnt" << 65 << "period_min >=";
     QTest::newRow("no periods") << "ffa --period-min 9 --period-max 1 demo.pnt" << 65 << "eriod";
+    QTest::newRow("equal samples") << "ffa --dm 0 constant.pnt" << 65 << "bands is constant";
     QTest::newRow("no result") << "plot demo.pnt" << 65 << "no result of zrt-batch";
     QTest::newRow("neither curve nor candidates")
         << "plot names.csv" << 65 << "neither curves nor candidates";
