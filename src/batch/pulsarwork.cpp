@@ -2,6 +2,7 @@
 
 #include "batch/axis.h"
 #include "calc/channelsum.h"
+#include "calc/computedon.h"
 #include "calc/pulsarcalculate.h"
 #include "forms/pulsar/pulsartexts.h"
 
@@ -24,11 +25,6 @@ struct PointRange {
     qint64 first = 0;
     qint64 end = 0;
 };
-
-bool worksOnChannel(const QString &action)
-{
-    return action == "showNative" || action == "sumPeriod";
-}
 
 // The largest dispersion that an action sums with.
 double largestDispersion(const PulsarRequest &request)
@@ -228,6 +224,9 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
     const PulsarResult &result = work.sumLength > 0 ? ownResult : calculate.result();
 
     addRayHeader(work, header, table.result);
+    if (const QString utc = utcRange(header, work.parameters.firstPoint, result.stretch);
+        !utc.isEmpty())
+        table.result.push_back({"utc", utc});
     addAxis(result.axis, table.result);
     QStringList markers;
     for (const int marker : result.markers)
@@ -268,7 +267,7 @@ std::vector<HeaderLine> parameterLines(const PulsarRequest &request)
         lines.push_back({"start_utc", given.startTime});
     else
         lines.push_back({"start_point", QString::number(given.firstPoint)});
-    if (action == "sumPeriod" || action == "sumChannelsAndFourier")
+    if (action == "sumPeriod" || action == "sumChannelsAndFourier" || request.command == "dmscan")
         lines.push_back({"period", numberText(given.period) + " s"});
     lines.push_back({"noise", given.noise});
     lines.push_back({"normalise", yesNo(given.normalise)});

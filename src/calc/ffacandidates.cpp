@@ -19,6 +19,7 @@ constexpr double leastFold = 2.0 / 3;  // of the true S/N, which a pulsar folds 
 constexpr int mostParts = 16;          // of the ratio of two harmonics
 constexpr double noiseFold = 5;        // S/N that a fold of noise hardly reaches
 constexpr double mainsTurns = 3;       // over the series, from a line to a harmonic of a period
+constexpr double sampleSigma = 1;      // of the searched series
 
 // Index of the best width of a trial; widths whose S/N is no number do not count.
 int bestWidth(const Periodogram &periodogram, int trial)
@@ -80,9 +81,9 @@ void nameHarmonic(FfaCandidate &candidate, const std::vector<FfaCandidate> &stro
 // S/N of a series folded at exactly the period of a candidate.
 double foldedSnr(const std::vector<double> &series, double tsamp, const FfaCandidate &candidate)
 {
-    const int count = int(series.size());
-    const auto profile = fold(series.data(), count, candidate.period / tsamp, candidate.bins).bins;
-    return bestBoxcar(profile, std::sqrt(double(candidate.bins) / count)).snr;
+    const FoldedProfile profile =
+        fold(series.data(), int(series.size()), candidate.period / tsamp, candidate.bins);
+    return bestBoxcar(profile, sampleSigma).snr;
 }
 
 // The line that runs through a whole number of cycles in a period, the strongest of several, or

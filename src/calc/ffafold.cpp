@@ -1,7 +1,6 @@
 #include "calc/ffafold.h"
 
 #include "calc/fold.h"
-#include "ffa/boxcar.h"
 #include "ffa/normalise.h"
 
 #include <algorithm>
@@ -22,11 +21,7 @@ constexpr double curveShare = 0.82; // of it, down to which a parabola is fitted
 constexpr int curveSteps = 2;       // to either side at least
 constexpr double sampleDrift = 0.2; // samples of drift that a pulse of one sample leaves uncertain
 
-// Noise of the mean of a bin, for samples of unit noise.
-double binSigma(const FfaResult &result, int bins)
-{
-    return std::sqrt(double(bins) / double(result.series.size()));
-}
+constexpr double sampleSigma = 1; // of the searched series
 
 int binsOf(const FfaResult &result, double period, int bins)
 {
@@ -55,15 +50,14 @@ public:
     {
         const std::vector<double> &series = quiet.empty() ? result.series : quiet;
         const int count = int(series.size());
-        return bestBoxcar(Tools::fold(series.data(), count, period / result.tsamp, bins).bins,
-                          sigma * binSigma(result, bins));
+        return bestBoxcar(Tools::fold(series.data(), count, period / result.tsamp, bins), sigma);
     }
 
 private:
     const FfaResult &result;
     const int bins;
-    std::vector<double> quiet; // empty: the series as it was searched
-    double sigma = 1;          // of its samples
+    std::vector<double> quiet;  // empty: the series as it was searched
+    double sigma = sampleSigma; // of its samples
 };
 
 // Index of the centre of gravity of the S/N above three quarters of the highest, round it.
@@ -133,7 +127,8 @@ FfaFold foldSeries(const FfaResult &result, double period, int wantedBins)
     const int bins = binsOf(result, period, wantedBins);
     const int count = int(result.series.size());
     const double samples = period / result.tsamp;
-    fold.profile = Tools::fold(result.series.data(), count, samples, bins).bins;
+    const FoldedProfile profile = Tools::fold(result.series.data(), count, samples, bins);
+    fold.profile = profile.bins;
 
     fold.parts = std::clamp(int(count / samples), 1, mostParts);
     fold.picture.reserve(std::size_t(fold.parts) * std::size_t(bins));
@@ -147,17 +142,12 @@ FfaFold foldSeries(const FfaResult &result, double period, int wantedBins)
                                                       : std::numeric_limits<float>::quiet_NaN());
     }
 
-    std::vector<quint64> widths;
-    for (int w = 1; w <= bins / 2; w = std::max(w + 1, w * 11 / 10))
-        widths.push_back(quint64(w));
-    const std::vector<float> profile(fold.profile.begin(), fold.profile.end());
-    std::vector<float> snr(widths.size());
-    Ffa::boxcarSnr(profile.data(), quint32(bins), widths.data(), widths.size(),
-                   float(binSigma(result, bins)), snr.data());
-    fold.widths.assign(widths.begin(), widths.end());
-    fold.snr.assign(snr.begin(), snr.end());
-    fold.best = int(std::max_element(snr.begin(), snr.end()) - snr.begin());
-    fold.phase = bestBoxcar(fold.profile, binSigma(result, bins)).phase;
+    const std::vector<BoxcarPeak> peaks = boxcarPeaks(profile, sampleSigma);
+    fold.widths = boxcarWidths(bins);
+    for (const BoxcarPeak &peak : peaks)
+        fold.snr.push_back(peak.snr);
+    fold.best = int(std::max_element(fold.snr.begin(), fold.snr.end()) - fold.snr.begin());
+    fold.phase = peaks[std::size_t(fold.best)].phase;
     return fold;
 }
 

@@ -1,11 +1,15 @@
 #pragma once
 
+#include "calc/dispersionpeak.h"
+#include "calc/fold.h"
 #include "calc/pulsarresult.h"
 #include "data/observationdata.h"
 
 #include <QObject>
 #include <QString>
+#include <array>
 #include <memory>
+#include <optional>
 #include <vector>
 
 /// Runs one analysis action of the pulsar form or of the FFA form on one recording and keeps its
@@ -19,6 +23,8 @@ public:
     static constexpr int fixedPoints = 16384;
     /// Bands that take part in a sum; the last of them is the reference.
     static constexpr int sumBands = 32;
+    /// Samples by which a sum reads the bands below the reference later.
+    using BandShifts = std::array<int, sumBands - 1>;
 
     PulsarCalculate(const ObservationData &data, const PulsarParameters &parameters,
                     QObject *parent = nullptr);
@@ -89,6 +95,10 @@ public:
     ///         untouched
     static bool getFourier(const double *dataIn, double *dataOut, int countIn, int countOut);
 
+    /// Number, with fraction, that the first harmonic of the typed period has in the spectra of the
+    /// actions; averaging does not change it.
+    static double harmonicOfPeriod(const PulsarParameters &parameters, double tresolution);
+
 signals:
     void progress(int percent);
 
@@ -121,17 +131,26 @@ private:
     bool fillFfaSeries(std::vector<double> &series);
     int lastFullStart(double dispersion) const;
     int longestShift(double dispersion) const;
-    int pointsWithoutAllBands(double dispersion) const;
+    int longestReading(double dispersion, int sign) const;
+    int pointsWithoutAllBands(double dispersion, int firstPoint) const;
     QString fullStartText(double dispersion) const;
     QString pointText(int point) const;
 
     struct Scan;
     bool scanDispersions(int firstPoint, int averageCount, int progressFrom, int progressTo,
                          Scan &scan);
+    void exchangeBands(int firstPoint, const BandShifts &shifts, const BandShifts &next,
+                       std::vector<double> &sum) const;
     bool acceptScan(int averageCount);
     std::vector<double> trialDispersions() const;
     QString describeScan(const Scan &scan);
     void addScan(const Scan &scan, const QString &name);
+    std::vector<std::optional<int>> readableShifts(int firstPoint, double dispersion,
+                                                   double largest) const;
+    Tools::BandHarmonics bandHarmonics(int firstPoint, int averageCount,
+                                       const std::vector<std::optional<int>> &shifts) const;
+    Tools::DispersionPeak findDispersion(int firstPoint, int averageCount, double strongest,
+                                         double largest) const;
 
     const float *bandSamples(int channel) const;
     bool deleteSteps(int begin, int end, int firstChannel, int lastChannel,
@@ -142,12 +161,21 @@ private:
     bool noiseBaseline(const std::vector<double> &sum, double dispersion, double *baseline,
                        std::vector<double> *backSum = nullptr);
     bool channelBaseline(const std::vector<double> &samples, double *baseline) const;
-    void removeBaseline(std::vector<double> &samples, const std::vector<double> &baseline) const;
+    double removeBaseline(std::vector<double> &samples, const std::vector<double> &baseline) const;
+    bool describeFold(const std::vector<double> &series, const Tools::FoldedProfile &profile,
+                      double sampleSigma);
+    bool foldBeside(const std::vector<double> &series, double sampleSigma,
+                    std::vector<double> &snr);
 
     void addCurve(const std::vector<double> &values, const QString &name);
     void setSpectrumAxis(int averageCount);
     QString startText() const;
-    void remarkOnBands();
+    void remarkOnLines(const std::vector<double> &spectrum, double threshold,
+                       const std::vector<int> &listed, int above);
+    void remarkOnHarmonic();
+    void remarkOnBands() { remarkOnBands({parameters.firstPoint}); }
+    void remarkOnBands(const std::vector<int> &starts);
+    QString startsText(const std::vector<int> &starts) const;
     void remarkOnTimes(int channel);
 
     ObservationData data;
