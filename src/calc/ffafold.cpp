@@ -19,7 +19,7 @@ constexpr double topShare = 0.75;  // of the highest S/N
 constexpr int refinedBins = 512;
 constexpr double curveShare = 0.82; // of it, down to which a parabola is fitted
 constexpr int curveSteps = 2;       // to either side at least
-constexpr double sampleDrift = 0.2; // samples of drift that a pulse of one sample leaves uncertain
+constexpr double sampleDrift = 0.3; // samples of drift that a pulse of one sample leaves uncertain
 
 constexpr double sampleSigma = 1; // of the searched series
 
@@ -177,8 +177,12 @@ FfaRefinement refinePeriod(const FfaResult &result, double period, int searchedB
     FfaRefinement refined;
     refined.period = period + (centreOfGravity(peaks, top) - refineSteps) * step;
     const double seconds = best->width * refined.period / bins;
-    const double samples = sampleDrift * result.tsamp * result.tsamp / seconds;
-    refined.error = std::hypot(curveError(peaks, top) * step, samples * refined.period / length);
+    const double sampled = sampleDrift * result.tsamp * result.tsamp / seconds;
+    // Samples that neighbouring bins share lower the noise of a boxcar, but smear the pulse as
+    // much, so that they tell nothing of its time.
+    const double own = 1 - 1 / (3 * std::max(1.0, seconds / result.tsamp));
+    refined.error = std::hypot(curveError(peaks, top) * step / std::sqrt(own),
+                               sampled * refined.period / length);
     return refined;
 }
 

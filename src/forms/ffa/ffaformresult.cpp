@@ -33,9 +33,10 @@ void FfaForm::showResult()
                           : count < mostCandidates
                               ? QString("%1 candidates").arg(count)
                               : QString("The strongest %1 candidates").arg(count);
-    QString noise = QString("%1 above S/N %2, the highest that white noise is expected to reach in "
+    QString noise = QString("%1 above %2 %3, the highest that white noise is expected to reach in "
                             "this search. Periods are topocentric.")
                         .arg(found)
+                        .arg(result().wholeFactors.empty() ? "S/N" : "true S/N")
                         .arg(estimate.noiseThreshold, 0, 'f', 1);
     if (calculate->result().remarks.size() > 1) // the last one speaks of times
         noise +=
@@ -155,7 +156,7 @@ void FfaForm::choosePeriod(double period, int bins, const QString &refined)
     const int width = fold.widths[std::size_t(fold.best)];
     const int count = int(fold.profile.size());
     results->showFold(fold, seconds(),
-                      QString("Period %1 (topocentric), %2 Hz\nFold: S/N %3, width %4 of %5 bins, "
+                      QString("Period %1, %2 Hz\nFold: S/N %3, width %4 of %5 bins, "
                               "%6 ms, phase %7")
                           .arg(refined.isEmpty() ? periodText(period) : refined)
                           .arg(1 / period, 0, 'f', 6)
