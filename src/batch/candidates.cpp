@@ -34,10 +34,11 @@ auto sortable(double number)
 // the inputs shows.
 bool isStronger(const Candidate &a, const Candidate &b)
 {
-    if (a.peak.snr != b.peak.snr)
-        return a.peak.snr > b.peak.snr;
+    if (a.peak.strength() != b.peak.strength())
+        return a.peak.strength() > b.peak.strength();
     const auto rest = [](const Candidate &c) {
-        return std::tuple(identity(c), c.remark, sortable(c.peak.foldSnr), sortable(c.periodError));
+        return std::tuple(identity(c), c.remark, sortable(c.peak.foldSnr),
+                          sortable(c.peak.snrFactor), sortable(c.peak.periodError));
     };
     return rest(a) < rest(b);
 }
@@ -75,8 +76,9 @@ struct NumberColumn {
     bool mayBeNone; // NaN: it was not measured
     bool isWhole;
 };
-constexpr std::array<NumberColumn, 9> numberColumns = {{
+constexpr std::array<NumberColumn, 10> numberColumns = {{
     {"snr", true, false, false},
+    {"snr_factor", false, false, false},
     {"period", true, false, false},
     {"period_error", false, true, false},
     {"dispersion", false, false, false},
@@ -166,10 +168,11 @@ std::vector<Column> candidateColumns(const std::vector<Candidate> &candidates, b
         columns.push_back({name, unit, values});
     };
     addNumbers("snr", {}, [](const Candidate &c) { return c.peak.snr; });
+    addNumbers("snr_factor", {}, [](const Candidate &c) { return c.peak.snrFactor; });
     addNumbers(
         "period", "s", [](const Candidate &c) { return c.peak.period; }, 12);
     addNumbers(
-        "period_error", "s", [](const Candidate &c) { return c.periodError; }, 2);
+        "period_error", "s", [](const Candidate &c) { return c.peak.periodError; }, 2);
     addNumbers("dispersion", "pc/cm^3", [](const Candidate &c) { return c.dispersion; });
     addNumbers("module", {}, [](const Candidate &c) { return c.module; });
     addNumbers("ray", {}, [](const Candidate &c) { return c.ray; });
@@ -207,7 +210,9 @@ ReadCandidates readCandidates(const QByteArray &bytes)
         Candidate candidate;
         candidate.peak.snr = float(numberAt(snr, row));
         candidate.peak.period = numberAt(period, row);
-        candidate.periodError = numberAt(columnNamed(columns, "period_error"), row);
+        candidate.peak.periodError = numberAt(columnNamed(columns, "period_error"), row);
+        if (const Column *const factor = columnNamed(columns, "snr_factor"))
+            candidate.peak.snrFactor = numberAt(factor, row);
         candidate.dispersion = numberAt(columnNamed(columns, "dispersion"), row);
         candidate.module = wholeAt(columnNamed(columns, "module"), row);
         candidate.ray = wholeAt(columnNamed(columns, "ray"), row);
@@ -237,7 +242,7 @@ Failure mergeCandidates(const QStringList &inputs, const MergeRequest &request)
             printError(input + ": " + read.remark + ".");
         ++tables;
         for (const Candidate &candidate : read.candidates) {
-            if (double(candidate.peak.snr) >= request.threshold &&
+            if (candidate.peak.strength() >= request.threshold &&
                 (!request.onlyBase || candidate.remark.isEmpty()))
                 candidates.push_back(candidate);
         }

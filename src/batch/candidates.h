@@ -5,7 +5,6 @@
 #include "calc/ffacandidates.h"
 
 #include <QStringList>
-#include <limits>
 #include <vector>
 
 namespace Batch {
@@ -13,16 +12,15 @@ namespace Batch {
 /// A peak of a search with the place it was found at.
 struct Candidate {
     FfaCandidate peak;
-    int module = 1;                                                ///< number by the passport
-    int ray = 1;                                                   ///< number by the passport
-    double dispersion = 0;                                         ///< pc/cm^3
-    double periodError = std::numeric_limits<double>::quiet_NaN(); ///< s; NaN: not refined
-    QString remark; ///< refers to candidates of the same search
+    int module = 1;        ///< number by the passport
+    int ray = 1;           ///< number by the passport
+    double dispersion = 0; ///< pc/cm^3
+    QString remark;        ///< refers to candidates of the same search
     QString file;
 };
 
-/// The strongest first; equal ones by file, module, ray, period and dispersion, so that the order
-/// depends on nothing else.
+/// The strongest true S/N first; equal ones by file, module, ray, period and dispersion, so that
+/// the order depends on nothing else.
 void sortCandidates(std::vector<Candidate> &candidates);
 
 /// Of candidates of one ray whose periods agree within half a turn over the length (s) of the
@@ -45,7 +43,7 @@ ReadCandidates readCandidates(const QByteArray &bytes);
 struct MergeRequest {
     QString output;
     Format format = Format::Text;
-    double threshold = 0;  ///< S/N
+    double threshold = 0;  ///< true S/N
     bool onlyBase = false; ///< leave out harmonics, mains hum and what does not fold
 };
 

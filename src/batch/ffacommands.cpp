@@ -147,7 +147,11 @@ void addFfa(CLI::App &app, Chosen &chosen)
         "recording unless they are given. Of a period found at several dispersions of a ray the\n"
         "strongest remains. Candidates above --threshold are listed; without it, above what noise\n"
         "alone is expected to reach in one search, so that of many searches of noise about half\n"
-        "give one. Harmonics of a stronger candidate and mains hum are named in the remark.");
+        "give one. The remark names harmonics of a stronger candidate, mains hum with the\n"
+        "frequency that was measured, and what does not fold to its S/N.\n"
+        "Where a range steps through whole downsampling factors from 3 on, S/N comes out several\n"
+        "times too low: a warning names the periods and the nearest --period-min without. The\n"
+        "candidates there are chosen and ordered by their true S/N, snr times snr_factor.");
     command->footer(
         "Examples: ray 7 at its dispersion, with the picture of S/N over period; a survey of\n"
         "some rays and dispersions of every recording in a folder, then one table of them:\n"
@@ -182,13 +186,15 @@ void addFfa(CLI::App &app, Chosen &chosen)
     addSearchOptions(*command, request);
     command->add_flag("--no-deredden", arguments->noDeredden, "Do not subtract a running median.");
     command
-        ->add_option("--threshold", request.threshold, "S/N from which on candidates are listed.")
+        ->add_option("--threshold", request.threshold,
+                     "True S/N from which on candidates are listed.")
         ->type_name("SNR");
     command->add_option("--most", request.most, "Candidates of each ray and dispersion.")
         ->type_name("N")
         ->capture_default_str()
         ->check(CLI::Range(1, 10000));
-    command->add_flag("--refine", request.refine, "Make the periods more precise, with errors.");
+    command->add_flag("--refine", request.refine,
+                      "Make the periods more precise, with errors; fold there.");
     addTableOptions(*command, *arguments);
     command->callback([&chosen, arguments] {
         FfaRequest complete = arguments->request;
@@ -234,7 +240,7 @@ void addMerge(CLI::App &app, Chosen &chosen)
     addFormatOption(*command, arguments->format);
     command
         ->add_option("--threshold", arguments->request.threshold,
-                     "S/N from which on they are kept.")
+                     "True S/N from which on they are kept.")
         ->type_name("SNR")
         ->capture_default_str();
     command->add_flag("--only-base", arguments->request.onlyBase,

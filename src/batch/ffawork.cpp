@@ -3,7 +3,6 @@
 #include "batch/candidates.h"
 #include "batch/picture.h"
 #include "calc/ffacandidates.h"
-#include "calc/ffafold.h"
 #include "calc/pulsarcalculate.h"
 #include "data/truenumbers.h"
 
@@ -110,7 +109,27 @@ PulsarParameters parametersOf(const FfaRequest &request, const ObservationData &
         Tools::presetMedianWidth(ffa.period_max, points, header.tresolution));
     take(ffa.rmed_minpts, request.medianPoints);
     ffa.deredden = request.deredden;
+    if (!request.periodMin && Tools::findFfaProblems(ffa, points, header.tresolution).empty())
+        ffa.period_min = Tools::periodMinWithoutWholeFactors(ffa, points, header.tresolution);
     return parameters;
+}
+
+// What to know of the downsampling factors of a search, with the option that avoids whole ones;
+// empty where none is.
+QString wholeFactorRemark(const PulsarParameters &parameters, const ObservationData &header)
+{
+    const FfaParameters &ffa = parameters.ffa;
+    const int points = PulsarCalculate(header, parameters).ffaPoints();
+    if (!Tools::findFfaProblems(ffa, points, header.tresolution).empty())
+        return {};
+    const QString text =
+        Tools::wholeFactorText(Tools::wholeFactorSteps(ffa, points, header.tresolution));
+    if (text.isEmpty())
+        return {};
+    const double offered = Tools::periodMinWithoutWholeFactors(ffa, points, header.tresolution);
+    return offered == ffa.period_min
+               ? text
+               : text + QString(" --period-min %1 avoids it.").arg(QString(numberText(offered)));
 }
 
 Failure refusalOf(const PulsarCalculate &calculate, const Search &search, const QString &path)
@@ -127,7 +146,9 @@ Failure refusalOf(const PulsarCalculate &calculate, const Search &search, const 
 PlotData plotOf(const FfaResult &result, double threshold)
 {
     FfaSpectrum spectrum = Tools::sortedSpectrum(result.periodogram);
-    std::vector<float> level(spectrum.snr.size(), float(threshold));
+    std::vector<float> level = Tools::snrFactors(spectrum, result.wholeFactors);
+    for (float &value : level)
+        value = float(threshold) / value;
     return periodPlot(std::move(spectrum.periods), {std::move(spectrum.snr), std::move(level)},
                       {"S/N, best width", "threshold"});
 }
@@ -159,6 +180,10 @@ public:
             for (const int ray : {all.rays.front(), all.rays.back()})
                 if (Failure failure = findRay(file, module, ray))
                     return failure;
+        wholeFactors =
+            wholeFactorRemark(parametersOf(request, header, dispersions.front()), header);
+        if (!wholeFactors.isEmpty())
+            control.remark(file.path() + ": " + wholeFactors);
         for (const RaySelection &group : groupsOf(all, memoryOfRay(file, header.npoints))) {
             if (Failure failure = searchGroup(group, dispersions, result))
                 return failure;
@@ -222,15 +247,37 @@ private:
             return calculate.wasCancelled() ? Failure{ExitCode::TryLater, "Stopped."}
                                             : refusalOf(calculate, selected, file.path());
         const FfaResult &ffa = *calculate.result().ffa;
-        const double noise =
-            Tools::estimateFfa(parameters.ffa, calculate.ffaPoints(), data.tresolution)
-                .noiseMaximum;
-        const double threshold = request.threshold.value_or(noise);
-        const std::vector<FfaCandidate> peaks =
+        estimate = Tools::estimateFfa(parameters.ffa, calculate.ffaPoints(), data.tresolution);
+        const double threshold = request.threshold.value_or(estimate.noiseThreshold);
+        std::vector<FfaCandidate> peaks =
             Tools::findCandidates(ffa, threshold, request.most,
                                   [this](int percent) { return showProgress(90 + percent / 10); });
+        if (request.refine)
+            for (FfaCandidate &peak : peaks)
+                Tools::refineCandidate(ffa, peak, [this](int) { return !control.isStopped(); });
         if (control.isStopped())
             return {ExitCode::TryLater, "Stopped."};
+        addCandidates(peaks, selected, found);
+        remarks = calculate.result().remarks;
+        length = double(ffa.series.size()) * ffa.tsamp;
+        searched = parameters.ffa;
+        usedThreshold = threshold;
+        points = calculate.ffaPoints();
+        trials = ffa.periodogram.length;
+        widths = ffa.periodogram.nwidths;
+        const double highest = peaks.empty() ? 0 : peaks.front().strength();
+        if (!request.output.picture.isEmpty() && highest > shownSnr) {
+            shownSnr = highest;
+            shown = selected;
+            result.plot = plotOf(ffa, threshold);
+            result.plot->source = QStringList{"ffa of " + file.path(), nameOf(selected)};
+        }
+        return {};
+    }
+
+    static void addCandidates(const std::vector<FfaCandidate> &peaks, const Search &selected,
+                              std::vector<Candidate> &found)
+    {
         for (const FfaCandidate &peak : peaks) {
             Candidate candidate;
             candidate.peak = peak;
@@ -242,35 +289,7 @@ private:
             constexpr int digits = 9;
             candidate.remark =
                 Tools::candidateRemark(peak, QString::number(base, 'g', digits) + " s");
-            if (request.refine)
-                refine(ffa, candidate);
             found.push_back(candidate);
-        }
-        length = double(ffa.series.size()) * ffa.tsamp;
-        searched = parameters.ffa;
-        noiseMaximum = noise;
-        usedThreshold = threshold;
-        points = calculate.ffaPoints();
-        trials = ffa.periodogram.length;
-        widths = ffa.periodogram.nwidths;
-        const float highest = peaks.empty() ? 0 : peaks.front().snr;
-        if (!request.output.picture.isEmpty() && highest > shownSnr) {
-            shownSnr = highest;
-            shown = selected;
-            result.plot = plotOf(ffa, threshold);
-            result.plot->source = QStringList{"ffa of " + file.path(), nameOf(selected)};
-        }
-        return {};
-    }
-
-    void refine(const FfaResult &ffa, Candidate &candidate) const
-    {
-        const FfaRefinement refined =
-            Tools::refinePeriod(ffa, candidate.peak.period, candidate.peak.bins,
-                                [this](int) { return !control.isStopped(); });
-        if (refined.period > 0) {
-            candidate.peak.period = refined.period;
-            candidate.periodError = refined.error;
         }
     }
 
@@ -315,13 +334,21 @@ private:
                                                ? numberText(searched.rmed_width) + " s"
                                                : QString("no")});
         lines.push_back({"trials", QString("%1 periods x %2 widths").arg(trials).arg(widths)});
-        lines.push_back(
-            {"noise_reaches", QString::number(noiseMaximum, 'f', 2) + " S/N in each search"});
+        lines.push_back({"noise_reaches",
+                         QString::number(estimate.noiseThreshold, 'f', 2) + " S/N in each search"});
         lines.push_back({"threshold_used", QString::number(usedThreshold, 'f', 2)});
         if (shownSnr > 0)
             lines.push_back({"picture_of", nameOf(shown)});
+        if (!wholeFactors.isEmpty())
+            lines.push_back({"remark", wholeFactors});
+        for (const QString &remark : count == 1 ? remarks : QStringList()) {
+            if (!wholeFactors.startsWith(remark))
+                lines.push_back({"remark", remark});
+        }
         lines.push_back({"report", "Periods are topocentric. S/N is that of the best boxcar of the "
-                                   "fold; fold_snr that of the series folded at the period."});
+                                   "fold; it is too low by snr_factor, which is 1 but at whole "
+                                   "downsampling factors. fold_snr is that of the series folded at "
+                                   "the period."});
     }
 
     FfaRequest request;
@@ -333,12 +360,14 @@ private:
     // Of the last search; the others differ in points by their delays only.
     double length = 0;
     FfaParameters searched;
-    double noiseMaximum = 0;
+    FfaEstimate estimate;
     double usedThreshold = 0;
+    QString wholeFactors; // a remark
+    QStringList remarks;
     int points = 0;
     int trials = 0;
     int widths = 0;
-    float shownSnr = 0;
+    double shownSnr = 0;
     Search shown;
 };
 

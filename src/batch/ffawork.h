@@ -24,7 +24,7 @@ struct FfaRequest {
     std::optional<double> periodMin, periodMax, ducyMax, wtsp, medianWidth;
     std::optional<int> binsMin, binsMax, fewestPeriods, medianPoints;
     bool deredden = true;
-    std::optional<double> threshold; ///< S/N; none: what noise alone is expected to reach
+    std::optional<double> threshold; ///< true S/N; none: what noise alone is expected to reach
     int most = 50;                   ///< candidates of each search
     bool refine = false;             ///< make the periods more precise
     OutputOptions output;

@@ -1,6 +1,8 @@
 #include "calc/ffacandidates.h"
 
+#include "calc/ffafold.h"
 #include "calc/fold.h"
+#include "calc/reporttext.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,8 +15,11 @@ namespace {
 
 constexpr float neighbourShare = 0.2F; // of a peak's S/N
 constexpr double gapTurns = 1;         // that ends the neighbourhood of a peak
+constexpr double leastFold = 2.0 / 3;  // of the true S/N, which a pulsar folds to
 constexpr int mostParts = 16;          // of the ratio of two harmonics
-constexpr double mainsTolerance = 0.002;
+constexpr double noiseFold = 5;        // S/N that a fold of noise hardly reaches
+constexpr double mainsTurns = 3;       // over the series, from a line to a harmonic of a period
+constexpr double sampleSigma = 1;      // of the searched series
 
 // Index of the best width of a trial; widths whose S/N is no number do not count.
 int bestWidth(const Periodogram &periodogram, int trial)
@@ -59,7 +64,7 @@ void nameHarmonic(FfaCandidate &candidate, const std::vector<FfaCandidate> &stro
             const int p = int(std::lround(q * candidate.period / base.period));
             if (p < 1 || p > mostParts || std::gcd(p, q) > 1 || p + q >= fewestParts)
                 continue;
-            if (candidate.snr > 2 * base.snr / std::sqrt(double(p * q)))
+            if (candidate.strength() > 2 * base.strength() / std::sqrt(double(p * q)))
                 continue;
             const double drift = std::abs(p / candidate.period - q / base.period) * length;
             const double resolved = p * candidate.dutyCycle() + q * base.dutyCycle();
@@ -73,69 +78,79 @@ void nameHarmonic(FfaCandidate &candidate, const std::vector<FfaCandidate> &stro
     }
 }
 
-// Share of the variance of a profile that lies in one of its harmonics.
-double harmonicShare(const std::vector<double> &profile, int harmonic)
+// S/N of a series folded at exactly the period of a candidate.
+double foldedSnr(const std::vector<double> &series, double tsamp, const FfaCandidate &candidate)
 {
-    const double bins = double(profile.size());
-    const double mean = std::accumulate(profile.begin(), profile.end(), 0.0) / bins;
-    double cosine = 0;
-    double sine = 0;
-    double squares = 0;
-    for (std::size_t b = 0; b < profile.size(); ++b) {
-        const double angle = 2 * M_PI * harmonic * double(b) / bins;
-        cosine += (profile[b] - mean) * std::cos(angle);
-        sine += (profile[b] - mean) * std::sin(angle);
-        squares += (profile[b] - mean) * (profile[b] - mean);
+    const FoldedProfile profile =
+        fold(series.data(), int(series.size()), candidate.period / tsamp, candidate.bins);
+    return bestBoxcar(profile, sampleSigma).snr;
+}
+
+// The line that runs through a whole number of cycles in a period, the strongest of several, or
+// of all where none does.
+const MainsLine &mainsLine(const FfaResult &result, double period)
+{
+    const double turn = 1 / (double(result.series.size()) * result.tsamp);
+    const auto fits = [=](const MainsLine &line) {
+        const double nearest = std::round(line.frequency * period) / period;
+        return std::abs(line.frequency - nearest) < (line.to - line.from) / 2 + mainsTurns * turn;
+    };
+    return *std::max_element(
+        result.mains.begin(), result.mains.end(), [&](const MainsLine &a, const MainsLine &b) {
+            return std::pair(fits(a), a.variance) < std::pair(fits(b), b.variance);
+        });
+}
+
+// Tells mains hum from the rest by folding the series without it.
+class HumTest {
+public:
+    explicit HumTest(const FfaResult &searched) : result(searched)
+    {
+        if (result.mains.empty())
+            return;
+        quiet = result.series;
+        removeMains(quiet, result.tsamp, result.mains);
     }
-    const double share = 2 * (cosine * cosine + sine * sine) / (bins * squares);
-    return 2 * harmonic == int(profile.size()) ? share / 2 : share;
-}
 
-// Where a sine shows in samples of that rate.
-double aliasOf(double frequency, double rate)
-{
-    return std::abs(frequency - std::round(frequency / rate) * rate);
-}
-
-// The mains frequency, or its double, that most of the folded power belongs to; 0: none.
-double mainsOf(const FfaResult &result, double period)
-{
-    const double rate = 1 / result.tsamp;
-    std::vector<double> profile;
-    for (const double mains : {50.0, 60.0}) {
-        double share = 0;
-        double largest = 0;
-        double strongest = 0;
-        for (const double frequency : {mains, 2 * mains}) {
-            const int harmonic = int(std::lround(aliasOf(frequency, rate) * period));
-            const double off = std::abs(harmonic / period - aliasOf(frequency, rate));
-            if (harmonic < 1 || off > mainsTolerance * frequency)
-                continue;
-            if (profile.empty())
-                profile = fold(result.series.data(), int(result.series.size()), period * rate,
-                               std::max(2, int(period * rate)))
-                              .bins;
-            if (2 * harmonic > int(profile.size()))
-                continue;
-            const double part = harmonicShare(profile, harmonic);
-            share += part;
-            if (part > largest) {
-                largest = part;
-                strongest = frequency;
-            }
-        }
-        if (share > 0.5)
-            return strongest;
+    // Frequency of the hum that a candidate consists of, Hz; 0 where it folds without hum.
+    double mainsOf(const FfaCandidate &candidate, double threshold) const
+    {
+        if (quiet.empty())
+            return 0;
+        const double snr = foldedSnr(quiet, result.tsamp, candidate);
+        if (snr > std::max(threshold, noiseFold) || !isMostlyHum(candidate.foldSnr, snr))
+            return 0;
+        return mainsLine(result, candidate.period).frequency;
     }
-    return 0;
+
+private:
+    const FfaResult &result;
+    std::vector<double> quiet; // empty: there is no hum
+};
+
+// The peaks above a threshold, the highest first.
+std::vector<std::size_t> peaksAbove(const std::vector<float> &snr, double threshold)
+{
+    std::vector<std::size_t> order;
+    for (std::size_t i = 0; i < snr.size(); ++i) {
+        if (double(snr[i]) > threshold)
+            order.push_back(i);
+    }
+    std::stable_sort(order.begin(), order.end(),
+                     [&snr](std::size_t a, std::size_t b) { return snr[a] > snr[b]; });
+    return order;
 }
 
-// S/N of the series folded at exactly the period of a candidate.
-double foldedSnr(const FfaResult &result, const FfaCandidate &candidate)
+FfaCandidate candidateAt(const Periodogram &periodogram, int trial)
 {
-    const FoldedProfile profile = fold(result.series.data(), int(result.series.size()),
-                                       candidate.period / result.tsamp, candidate.bins);
-    return bestBoxcar(profile, 1).snr; // the series has sigma 1
+    FfaCandidate candidate;
+    const int best = bestWidth(periodogram, trial);
+    const std::size_t row = std::size_t(trial) * std::size_t(periodogram.nwidths);
+    candidate.period = periodogram.periods[std::size_t(trial)];
+    candidate.snr = periodogram.snr[row + std::size_t(best)];
+    candidate.width = int(periodogram.widths[std::size_t(best)]);
+    candidate.bins = int(periodogram.foldbins[std::size_t(trial)]);
+    return candidate;
 }
 
 } // namespace
@@ -162,46 +177,62 @@ FfaSpectrum sortedSpectrum(const Periodogram &periodogram, int width)
     return spectrum;
 }
 
+std::vector<float> snrFactors(const FfaSpectrum &spectrum,
+                              const std::vector<Ffa::WholeFactorStep> &steps)
+{
+    std::vector<float> factors(spectrum.trials.size(), 1.0F);
+    for (const Ffa::WholeFactorStep &step : steps) {
+        for (std::size_t i = 0; i < factors.size(); ++i) {
+            const auto trial = quint64(spectrum.trials[i]);
+            if (trial >= step.firstTrial && trial < step.firstTrial + step.trials)
+                factors[i] = float(step.snrFactor);
+        }
+    }
+    return factors;
+}
+
 std::vector<FfaCandidate> findCandidates(const FfaResult &result, double threshold, int most,
                                          const std::function<bool(int percent)> &progress)
 {
-    const Periodogram &periodogram = result.periodogram;
-    const FfaSpectrum spectrum = sortedSpectrum(periodogram);
-    std::vector<std::size_t> order;
-    for (std::size_t i = 0; i < spectrum.snr.size(); ++i) {
-        if (double(spectrum.snr[i]) > threshold)
-            order.push_back(i);
-    }
-    std::stable_sort(order.begin(), order.end(), [&spectrum](std::size_t a, std::size_t b) {
-        return spectrum.snr[a] > spectrum.snr[b];
-    });
-
+    FfaSpectrum spectrum = sortedSpectrum(result.periodogram);
+    const std::vector<float> factors = snrFactors(spectrum, result.wholeFactors);
+    for (std::size_t i = 0; i < factors.size(); ++i)
+        spectrum.snr[i] *= factors[i];
+    const HumTest hum(result);
     const double length = double(result.series.size()) * result.tsamp;
     std::vector<bool> taken(spectrum.snr.size());
     std::vector<FfaCandidate> candidates;
-    for (const std::size_t peak : order) {
+    for (const std::size_t peak : peaksAbove(spectrum.snr, threshold)) {
         if (int(candidates.size()) == most)
             break;
         if (taken[peak])
             continue;
         if (progress && !progress(int(100 * candidates.size() / std::size_t(most))))
             break;
-        FfaCandidate candidate;
-        const int trial = spectrum.trials[peak];
-        candidate.period = spectrum.periods[peak];
-        candidate.snr = spectrum.snr[peak];
-        candidate.width = int(periodogram.widths[std::size_t(bestWidth(periodogram, trial))]);
-        candidate.bins = int(periodogram.foldbins[std::size_t(trial)]);
-        const float lowest = std::max(float(threshold), neighbourShare * candidate.snr);
+        FfaCandidate candidate = candidateAt(result.periodogram, spectrum.trials[peak]);
+        candidate.snrFactor = double(factors[peak]);
+        const float lowest = std::max(float(threshold), neighbourShare * spectrum.snr[peak]);
         takeNeighbours(spectrum, peak, 1, lowest, length, taken);
         takeNeighbours(spectrum, peak, -1, lowest, length, taken);
-        candidate.foldSnr = foldedSnr(result, candidate);
-        candidate.mains = mainsOf(result, candidate.period);
+        candidate.foldSnr = foldedSnr(result.series, result.tsamp, candidate);
+        candidate.mains = hum.mainsOf(candidate, threshold);
         if (candidate.mains == 0)
             nameHarmonic(candidate, candidates, length);
         candidates.push_back(candidate);
     }
     return candidates;
+}
+
+bool refineCandidate(const FfaResult &result, FfaCandidate &candidate,
+                     const std::function<bool(int percent)> &progress)
+{
+    const FfaRefinement refined = refinePeriod(result, candidate.period, candidate.bins, progress);
+    if (!(refined.period > 0))
+        return false;
+    candidate.period = refined.period;
+    candidate.periodError = refined.error;
+    candidate.foldSnr = foldedSnr(result.series, result.tsamp, candidate);
+    return true;
 }
 
 QString candidateRemark(const FfaCandidate &candidate, const QString &base)
@@ -215,24 +246,34 @@ QString candidateRemark(const FfaCandidate &candidate, const QString &base)
                        (base.isEmpty() ? QString("no. %1").arg(candidate.base + 1) : base);
     }
     if (candidate.mains > 0)
-        remarks << QString("%1 Hz mains").arg(candidate.mains);
-    if (candidate.foldSnr < candidate.snr / 2)
+        remarks << QString("%1 Hz mains").arg(candidate.mains, 0, 'f', 2);
+    if (candidate.foldSnr < leastFold * candidate.strength())
         remarks << QString("folds to %1").arg(candidate.foldSnr, 0, 'f', 1);
     return remarks.join(", ");
 }
 
 QStringList candidateTitles()
 {
-    return {"no.",         "period, s", "S/N",     "remark",    "frequency, Hz",
-            "width, bins", "width, ms", "duty, %", "fold, bins"};
+    return {"no.",           "period, s",   "error, s",  "S/N",     "remark",
+            "frequency, Hz", "width, bins", "width, ms", "duty, %", "fold, bins"};
 }
 
 QStringList candidateFields(const FfaCandidate &candidate, int number)
 {
+    // Refined, to the second digit of the error.
+    const bool isRefined = std::isfinite(candidate.periodError);
+    const QString refined = ReportText::withError(candidate.period, candidate.periodError);
+    QStringList remarks;
+    if (candidate.snrFactor > 1)
+        remarks << QString("S/N %1 times too low").arg(candidate.snrFactor, 0, 'f', 1);
+    const QString remark = candidateRemark(candidate);
+    if (!remark.isEmpty())
+        remarks << remark;
     return {QString::number(number),
-            QString::number(candidate.period, 'f', 7),
+            isRefined ? refined.section(' ', 0, 0) : QString::number(candidate.period, 'f', 7),
+            isRefined ? refined.section(' ', -1) : QString("-"),
             QString::number(double(candidate.snr), 'f', 1),
-            candidateRemark(candidate),
+            remarks.join(", "),
             QString::number(1 / candidate.period, 'f', 6),
             QString::number(candidate.width),
             QString::number(1000 * candidate.widthSeconds(), 'f', 2),

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include <limits>
 #include <vector>
 
 /// S/N over period, periods rising.
@@ -16,18 +17,21 @@ struct FfaSpectrum {
 
 /// One peak of a search, its neighbours merged into it.
 struct FfaCandidate {
-    double period = 0; ///< s, topocentric
-    float snr = 0;     ///< of the best width
-    int width = 0;     ///< of the boxcar, bins
-    int bins = 0;      ///< of the fold
-    int base = -1;     ///< index of the stronger candidate that it is a harmonic of; -1: none
-    int multiple = 1;  ///< its period is multiple / divisor of that of the base
+    double period = 0;                                             ///< s, topocentric
+    double periodError = std::numeric_limits<double>::quiet_NaN(); ///< s; NaN: not refined
+    float snr = 0;        ///< of the best width, as the search gives it
+    double snrFactor = 1; ///< by which it is too low, above 1 at a whole downsampling factor
+    int width = 0;        ///< of the boxcar, bins
+    int bins = 0;         ///< of the fold
+    int base = -1;        ///< index of the stronger candidate that it is a harmonic of; -1: none
+    int multiple = 1;     ///< its period is multiple / divisor of that of the base
     int divisor = 1;
-    double mains = 0;   ///< Hz, the mains frequency or its double that it consists of; 0: none
+    double mains = 0;   ///< Hz, frequency of the mains hum that it consists of; 0: none
     double foldSnr = 0; ///< of the series folded at exactly this period
 
     double dutyCycle() const { return double(width) / bins; }
     double widthSeconds() const { return dutyCycle() * period; }
+    double strength() const { return double(snr) * snrFactor; } ///< the true S/N
 };
 
 namespace Tools {
@@ -37,7 +41,12 @@ namespace Tools {
 /// @param width  index of the width to show; below 0: the best of each period
 FfaSpectrum sortedSpectrum(const Periodogram &periodogram, int width = -1);
 
-/// Peaks above a threshold, the strongest first.
+/// By how much the S/N of each period is too low: 1 but at whole downsampling factors.
+std::vector<float> snrFactors(const FfaSpectrum &spectrum,
+                              const std::vector<Ffa::WholeFactorStep> &steps);
+
+/// Peaks above a threshold, the strongest first. Where the search gives too low an S/N
+/// (Ffa::WholeFactorStep), the true one counts.
 ///
 /// A peak takes in its neighbours on both sides as long as they stay above the threshold and
 /// above a fifth of it without a gap of more than one turn of drift over the series (1/T in
@@ -46,16 +55,24 @@ FfaSpectrum sortedSpectrum(const Periodogram &periodogram, int width = -1);
 /// there the pulses fall on p phases, and the S/N is 1/sqrt(p q) of the stronger one's, the
 /// double at most.
 ///
-/// A peak is marked as mains hum when more than half of the folded power lies in the harmonics
-/// of its period that are 50 or 60 Hz or the double, within 0.2 %, as the sampling shows them.
+/// A peak is marked as mains hum when the series without its hum folds to less than half of the
+/// power, S/N squared, and to less than the threshold, or than S/N 5 where that is higher. The line
+/// named is the strongest that runs through a whole number of cycles in the period within three
+/// turns over the series, or the strongest of all.
 ///
 /// @param most      candidates to find
 /// @param progress  called with 0 to 100 before every candidate; false ends the list there
 std::vector<FfaCandidate> findCandidates(const FfaResult &result, double threshold, int most,
                                          const std::function<bool(int percent)> &progress = {});
 
-/// "2 x no. 1", "3/2 x no. 1", "50 Hz mains", "folds to 3.1" where the folded series has less
-/// than half of the S/N; empty where there is nothing to remark.
+/// Makes the period of a candidate more precise and folds there, see refinePeriod().
+///
+/// @return false, with the candidate as it was, when `progress` ended it
+bool refineCandidate(const FfaResult &result, FfaCandidate &candidate,
+                     const std::function<bool(int percent)> &progress = {});
+
+/// "2 x no. 1", "3/2 x no. 1", "50.02 Hz mains", "folds to 3.1" where the folded series has less
+/// than two thirds of the true S/N; empty where there is nothing to remark.
 ///
 /// @param base  what to call the candidate that it is a harmonic of, where its number in the
 ///              search would tell nothing
@@ -64,7 +81,7 @@ QString candidateRemark(const FfaCandidate &candidate, const QString &base = {})
 /// Titles of the columns of a table of candidates, units after a comma.
 QStringList candidateTitles();
 
-/// One row of it.
+/// One row of it. The remark begins with the factor by which the S/N is too low where it is.
 ///
 /// @param number  of the candidate, from 1
 QStringList candidateFields(const FfaCandidate &candidate, int number);

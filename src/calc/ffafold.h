@@ -21,7 +21,6 @@ struct FfaFold {
 struct FfaRefinement {
     double period = 0; ///< s
     double error = 0;  ///< s, one sigma
-    double snr = 0;
 };
 
 namespace Tools {
@@ -32,11 +31,13 @@ namespace Tools {
 /// @param bins    at least 2
 FfaFold foldSeries(const FfaResult &result, double period, int bins);
 
-/// Folds at 49 periods around one, with up to 512 bins, as far as the sampling allows. The last
-/// ones are as far away as makes a drift over the series of two widths of the pulse, three bins
-/// of the search at least. The period is the centre of gravity of the S/N above three quarters of
-/// the highest, round it. The error is that of a straight line through the times of a pulse of this
-/// width w, sqrt(12) P w / (S/N T), and of the steps.
+/// Folds the series, without its mains hum, at 49 periods around one, with up to 512 bins, as far
+/// as the sampling allows. The last ones are as far away as makes a drift over the series of two
+/// widths of the pulse, three bins of the search at least. The period is the centre of gravity of
+/// the S/N above three quarters of the highest, round it. The error comes from the curvature of the
+/// squared S/N at the top, and from the sampling: 0.3 samples of drift over the series for a pulse
+/// of one sample, less for a wider one. On simulated pulses of S/N 7 to 100 it is true within 15 %,
+/// and too large for pulses of few samples: up to 1.5 times to S/N 25, 2.2 times at S/N 100.
 ///
 /// @param searchedBins  of the fold that gave the period
 /// @param progress      called with 0 to 100 before every fold; false ends it

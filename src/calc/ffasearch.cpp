@@ -42,41 +42,73 @@ QString parameterOf(const QString &message)
     return message.mid(message.startsWith("Must have: ") ? 11 : 0).section(' ', 0, 0);
 }
 
-// Values of noise of about one standard deviation, the mean of theirs.
-struct NoiseValues {
-    double count = 0;
-    double sigma = 0;
-
-    void add(double moreValues, double theirSigma)
-    {
-        count += moreValues;
-        if (moreValues > 0)
-            sigma += (theirSigma - sigma) * moreValues / count;
-    }
-};
-
 // Standard deviations that differ by less count as one: a search has up to some ten thousand
 // downsamplings with as many widths, and the maximum does not tell them apart.
 constexpr double sigmaStep = 1.0 / 1024;
 constexpr double largestNoise = 4; // those of a search lie close to 1
+// A wide boxcar slides by single bins, which gives it more independent places than fit side by
+// side; found on simulated noise.
+constexpr double slidingGain = 1.5;
 
-double expectedMaximum(const std::vector<NoiseValues> &noise)
-{
-    double low = 0;
-    double high = 100;
-    for (int i = 0; i < 60; ++i) {
-        const double middle = (low + high) / 2;
-        double exponent = 0; // logarithm of the probability that all values are below
-        for (const NoiseValues &values : noise) {
-            if (!(values.count > 0))
-                continue;
-            const double tail = std::erfc(middle / values.sigma / std::sqrt(2.0)) / 2;
-            exponent += values.count * std::log1p(-tail);
-        }
-        (exponent < std::log(0.5264) ? low : high) = middle;
+// Independent values of noise, gathered by their standard deviation.
+class NoiseValues {
+public:
+    void add(double count, double sigma)
+    {
+        if (!(count > 0))
+            return;
+        Group &group = groups[std::size_t(std::clamp(sigma, 0.0, largestNoise) / sigmaStep)];
+        group.count += count;
+        group.sigma += (sigma - group.sigma) * count / group.count;
     }
-    return (low + high) / 2;
-}
+
+    double expectedMaximum() const
+    {
+        double low = 0;
+        double high = 100;
+        for (int i = 0; i < 60; ++i) {
+            const double middle = (low + high) / 2;
+            double exponent = 0; // logarithm of the probability that all values are below
+            for (const Group &group : groups) {
+                if (!(group.count > 0))
+                    continue;
+                const double tail = std::erfc(middle / group.sigma / std::sqrt(2.0)) / 2;
+                exponent += group.count * std::log1p(-tail);
+            }
+            (exponent < std::log(0.5264) ? low : high) = middle;
+        }
+        return (low + high) / 2;
+    }
+
+private:
+    struct Group {
+        double count = 0;
+        double sigma = 0; // mean
+    };
+    std::vector<Group> groups = std::vector<Group>(std::size_t(largestNoise / sigmaStep) + 1);
+};
+
+// The values of one step of a search: in units of the S/N as it is told, and of the true one.
+struct SearchNoise {
+    NoiseValues told;
+    NoiseValues real;
+
+    // `profileBins` counts the bins of all its trial periods, `bins` those of a typical one.
+    void add(const std::vector<qint32> &widths, int points, double f, double profileBins,
+             double bins)
+    {
+        const double v = Ffa::downsampledVariance(quint64(points), f);
+        const double oneValue = Ffa::trueVariance(quint64(points), f);
+        const double factor = Ffa::snrFactor(quint64(points), f);
+        for (const double w : widths) {
+            const double variance = (w - 1) * f + oneValue - w * w * f / bins;
+            const double sigma = std::sqrt(std::max(0.0, variance) / (v * w * (1 - w / bins)));
+            const double count = (w > 1 ? slidingGain : 1) * profileBins / w;
+            told.add(count, sigma);
+            real.add(count, sigma * factor);
+        }
+    }
+};
 
 // Values of a moving window in two halves.
 class MedianWindow {
@@ -122,6 +154,8 @@ FfaParameters presetFfa(int points, double tsamp)
     ffa.period_min = rounded(shortest, 2, true);
     ffa.period_max = rounded(longest, 3, false);
     ffa.rmed_width = rounded(3 * ffa.period_max, 2, true);
+    if (findFfaProblems(ffa, points, tsamp).empty())
+        ffa.period_min = periodMinWithoutWholeFactors(ffa, points, tsamp);
     return ffa;
 }
 
@@ -171,6 +205,41 @@ std::vector<FfaProblem> findFfaProblems(const FfaParameters &ffa, int points, do
     return problems;
 }
 
+std::vector<Ffa::WholeFactorStep> wholeFactorSteps(const FfaParameters &ffa, int points,
+                                                   double tsamp)
+{
+    return Ffa::wholeFactorSteps(quint64(points), tsamp, ffa.period_min, ffa.period_max,
+                                 ffa.bins_min, ffa.bins_max);
+}
+
+double periodMinWithoutWholeFactors(const FfaParameters &ffa, int points, double tsamp)
+{
+    return Ffa::periodMinWithoutWholeFactors(quint64(points), tsamp, ffa.period_min, ffa.period_max,
+                                             ffa.bins_min, ffa.bins_max);
+}
+
+QString wholeFactorText(const std::vector<Ffa::WholeFactorStep> &steps)
+{
+    if (steps.empty())
+        return {};
+    constexpr std::size_t mostNamed = 3;
+    const std::size_t named = std::min(steps.size(), mostNamed);
+    QStringList ranges;
+    QStringList factors;
+    for (std::size_t i = 0; i < named; ++i) {
+        ranges << QString("%1 to %2 s (%3 times)")
+                      .arg(number(steps[i].shortest), number(steps[i].longest))
+                      .arg(steps[i].snrFactor, 0, 'f', 1);
+        factors << QString::number(std::floor(steps[i].factor));
+    }
+    const QString more =
+        steps.size() > named ? QString(" and %1 more").arg(steps.size() - named) : QString();
+    return QString(
+               "S/N comes out too low at periods of %1%2, where the downsampling factor is whole "
+               "(%3%2).")
+        .arg(ranges.join(", "), more, factors.join(", "));
+}
+
 FfaEstimate estimateFfa(const FfaParameters &ffa, int points, double tsamp)
 {
     FfaEstimate estimate;
@@ -178,7 +247,7 @@ FfaEstimate estimateFfa(const FfaParameters &ffa, int points, double tsamp)
     estimate.widths = int(widths.size());
     const double perBin = sumTime + widthTime * estimate.widths;
     double nanoseconds = 0;
-    std::vector<NoiseValues> noise(std::size_t(largestNoise / sigmaStep) + 1);
+    SearchNoise noise;
     const Ffa::SearchPlan plan(quint64(points), tsamp, ffa.period_min, ffa.period_max, ffa.bins_min,
                                ffa.bins_max);
     for (qint64 i = 0; const auto step = plan.step(i); ++i) {
@@ -192,16 +261,11 @@ FfaEstimate estimateFfa(const FfaParameters &ffa, int points, double tsamp)
             estimate.trials += fold.evaluated;
             profileBins += double(fold.evaluated) * bins;
         }
-        const double f = step->factor;
-        const double v = Ffa::downsampledVariance(quint64(points), f);
-        for (const double w : widths) {
-            const double sigma = std::sqrt(((w - 1) * f + v) / (w * v));
-            const double place = std::clamp(sigma, 0.0, largestNoise) / sigmaStep;
-            noise[std::size_t(place)].add(profileBins / w, sigma);
-        }
+        noise.add(widths, points, step->factor, profileBins, (ffa.bins_min + step->binsLast) / 2.0);
     }
     estimate.seconds = nanoseconds * 1e-9;
-    estimate.noiseMaximum = expectedMaximum(noise);
+    estimate.noiseMaximum = noise.told.expectedMaximum();
+    estimate.noiseThreshold = noise.real.expectedMaximum();
     // The result holds the S/N values twice, in the periodogram and as a curve; the series
     // stands in double and in float, and summing it takes two more of it.
     estimate.bytes = Ffa::searchBytes(quint64(points), tsamp, ffa.period_min, ffa.period_max,

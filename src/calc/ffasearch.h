@@ -1,6 +1,9 @@
 #pragma once
 
+#include "ffa/ffaplan.h"
+
 #include <QString>
+#include <QStringList>
 #include <QtGlobal>
 #include <functional>
 #include <vector>
@@ -33,13 +36,16 @@ struct FfaEstimate {
     double seconds = 0; ///< on one core of ordinary speed
     /// Highest S/N that noise alone is expected to reach, see Tools::estimateFfa.
     double noiseMaximum = 0;
+    /// The same of true S/N, from which on candidates count: above noiseMaximum where a step gives
+    /// too low an S/N (Ffa::WholeFactorStep).
+    double noiseThreshold = 0;
 };
 
 namespace Tools {
 
 /// A search that suits a series of so many points: 40 to 80 bins; from the shortest period that
-/// has them, but 0.1 s at least, to 30 s or what `fpmin` periods leave room for; a running
-/// median of three of the longest periods.
+/// has them, but 0.1 s at least, or the nearest without whole factors, to 30 s or what `fpmin`
+/// periods leave room for; a running median of three of the longest periods.
 FfaParameters presetFfa(int points, double tsamp);
 
 /// Width of the running median that goes with a longest period, s: three times it, but not more
@@ -52,17 +58,32 @@ double presetMedianWidth(double period_max, int points, double tsamp);
 /// @param tsamp  s, above 0
 std::vector<FfaProblem> findFfaProblems(const FfaParameters &ffa, int points, double tsamp);
 
+/// The steps of a search without problems that downsample by a whole factor: S/N comes out several
+/// times too low there.
+std::vector<Ffa::WholeFactorStep> wholeFactorSteps(const FfaParameters &ffa, int points,
+                                                   double tsamp);
+
+/// The shortest period nearest to that of a search without problems whose range has none of them;
+/// its own where it has none already, or none is found.
+double periodMinWithoutWholeFactors(const FfaParameters &ffa, int points, double tsamp);
+
+/// "S/N comes out too low at periods of 0.1 to 0.2025 s (2.9 times), where the downsampling factor
+/// is whole (10)."; empty without steps. Of many the first three.
+QString wholeFactorText(const std::vector<Ffa::WholeFactorStep> &steps);
+
 /// Size of a search without problems, and what noise alone is expected to reach in it.
 ///
 /// The highest of n independent values of unit Gaussian noise is expected where
 /// (1 - Q(x))^n = 0.5264, with the Gaussian tail Q (Chen & Tyler 1999, Commun. Stat. Simul.
 /// Comput. 28, 177). Trials are not independent: neighbouring periods, phases and widths share
-/// most of their samples. Every period of b bins counts as b/w values for each width w, the
-/// boxcars that fit side by side; simulated noise reaches that maximum on average within 0.1.
+/// most of their samples. Every period of b bins counts as b values for the width 1 and 1.5 b / w
+/// for a width w above; simulated noise reaches that maximum on average within 0.1, and within 0.2
+/// where the series holds some ten periods only.
 ///
-/// Downsampled values by a factor f that is not whole share samples at their ends. The S/N is
-/// that of independent ones of the variance v (Ffa::downsampledVariance), so that noise has
-/// not 1 but sqrt(((w - 1) f + v) / (w v)) for its standard deviation, which enters here.
+/// S/N is told in units of a noise of the variance v (Ffa::downsampledVariance), and as if
+/// downsampled values were independent. The best of w of b bins, less its share of the profile,
+/// has the variance V - w^2 f / b at the factor f, V that of w values (Ffa::trueVariance), so that
+/// noise has not 1 but sqrt((V - w^2 f / b) / (v w (1 - w / b))) for its standard deviation.
 FfaEstimate estimateFfa(const FfaParameters &ffa, int points, double tsamp);
 
 /// Replaces each value by the median of the `window` values around it, of those that there are

@@ -128,6 +128,7 @@ private:
     bool acceptSpectrum(int length);
     bool acceptHarmonic(int spectrumLength);
     bool acceptNumbers(const std::vector<double> &series);
+    bool fillFfaSeries(std::vector<double> &series);
     int lastFullStart(double dispersion) const;
     int longestShift(double dispersion) const;
     int longestReading(double dispersion, int sign) const;

@@ -31,6 +31,53 @@ double sigmaOf(const std::vector<float> &values)
 // Share of the sigma of a series that its white noise has at least, without a remark.
 constexpr double whitePart = 0.8;
 
+const QString constantSum =
+    "Error of calculating sigma: the sum of the bands is constant.\nThere is "
+    "nothing to search; choose another module, ray or stretch.";
+
+constexpr int mostLines = 3;            // of hum, in a remark
+constexpr double leastHumFactor = 1.05; // of S/N, to be told
+
+QString humText(std::vector<MainsLine> lines)
+{
+    std::sort(lines.begin(), lines.end(),
+              [](const MainsLine &a, const MainsLine &b) { return a.variance > b.variance; });
+    QStringList texts;
+    for (const MainsLine &line : lines) {
+        if (texts.size() < mostLines)
+            texts << QString("%1 Hz (%2 %%3)")
+                         .arg(line.frequency, 0, 'f', 2)
+                         .arg(100 * line.variance, 0, 'g', 2)
+                         .arg(texts.isEmpty() ? " of the variance" : "");
+    }
+    const int more = int(lines.size()) - texts.size();
+    const double factor = 1 / Tools::sigmaWithoutMains(lines);
+    return QString("Mains hum at %1%2%3. Candidates that consist of it are marked.")
+        .arg(texts.join(", "), more > 0 ? QString(" and %1 more").arg(more) : QString(),
+             factor < leastHumFactor
+                 ? QString()
+                 : QString(" makes every S/N %1 times lower").arg(factor, 0, 'f', 1));
+}
+
+// What makes the S/N of a search differ from that of white noise.
+QStringList noiseRemarks(const FfaResult &result)
+{
+    QStringList remarks;
+    // Of white noise the difference of neighbours has the noise of the series.
+    const std::vector<float> samples(result.series.begin(), result.series.end());
+    const double pointNoise = Tools::robustSigma(samples.data(), int(samples.size()));
+    const double slow = pointNoise / Tools::sigmaWithoutMains(result.mains);
+    if (slow < whitePart)
+        remarks << QString("Drift or strong pulses make the sigma of the series %1 times its "
+                           "noise: every S/N is lower by this factor.")
+                       .arg(1 / slow, 0, 'f', 1);
+    if (!result.mains.empty())
+        remarks << humText(result.mains);
+    if (!result.wholeFactors.empty())
+        remarks << Tools::wholeFactorText(result.wholeFactors);
+    return remarks;
+}
+
 constexpr double leastSigma = -100;
 constexpr double largestSigma = 1000;
 
@@ -98,19 +145,8 @@ bool PulsarCalculate::createFFA()
         return false;
 
     std::vector<double> series(static_cast<std::size_t>(count));
-    if (!sumWithoutNoise(series.data(), count, parameters.dispersion))
-        return refuse("The noise base line cannot be computed.\nIt needs more points, or choose "
-                      "to search without noise deduction.");
-    fewestBands = completeBands;
-    if (!acceptNumbers(series) || !goOn(0))
+    if (!fillFfaSeries(series))
         return false;
-    if (ffa.deredden)
-        Tools::deredden(series, ffa.rmed_width / data.tresolution, ffa.rmed_minpts);
-    if (!(Tools::sigma(series.data(), count) > 0))
-        return refuse("Error of calculating sigma\nAll values of the sum are equal: there is "
-                      "nothing to search.");
-    Ffa::normalizeSeries(series.data(), count);
-
     std::vector<float> samples(series.begin(), series.end());
     Periodogram periodogram(samples.data(), samples.size(), data.tresolution, ffa.period_min,
                             ffa.period_max, 0, ffa.bins_min, ffa.bins_max, ffa.ducy_max, ffa.wtsp,
@@ -135,17 +171,39 @@ bool PulsarCalculate::createFFA()
             .arg(periodogram.length)
             .arg(periodogram.nwidths)
             .arg(ReportText::general(sigma));
+    std::vector<MainsLine> mains = Tools::findMains(Tools::powerSpectrum(series, data.tresolution));
     outcome.ffa = std::make_shared<const FfaResult>(
-        FfaResult{std::move(series), data.tresolution, std::move(periodogram)});
+        FfaResult{std::move(series), data.tresolution, std::move(periodogram), std::move(mains),
+                  Tools::wholeFactorSteps(ffa, count, data.tresolution)});
     markSteps();
-    // Of white noise the difference of neighbours has the noise of the series.
-    const double pointNoise = Tools::robustSigma(samples.data(), count);
-    if (pointNoise < whitePart)
-        outcome.remarks << QString("Drift or strong pulses make the sigma of the series %1 times "
-                                   "its noise: every S/N is lower by this factor.")
-                               .arg(1 / pointNoise, 0, 'f', 1);
+    outcome.remarks << noiseRemarks(*outcome.ffa);
     remarkOnBands();
     remarkOnTimes(sumBands);
+    return true;
+}
+
+// The series that is searched: the sum less its baseline and what is slow, normalised.
+bool PulsarCalculate::fillFfaSeries(std::vector<double> &series)
+{
+    const int count = int(series.size());
+    if (!sumChannels(series.data(), count, parameters.dispersion, true))
+        return refuse("The bands cannot be summed.");
+    // What rounding leaves of it above the base line is no noise.
+    const auto [lowest, highest] = std::minmax_element(series.begin(), series.end());
+    if (*lowest == *highest)
+        return refuse(constantSum);
+    if (!sumWithoutNoise(series.data(), count, parameters.dispersion))
+        return refuse("The noise base line cannot be computed.\nIt needs more points, or choose "
+                      "to search without noise deduction.");
+    fewestBands = completeBands;
+    if (!acceptNumbers(series) || !goOn(0))
+        return false;
+    if (parameters.ffa.deredden)
+        Tools::deredden(series, parameters.ffa.rmed_width / data.tresolution,
+                        parameters.ffa.rmed_minpts);
+    if (!(Tools::sigma(series.data(), count) > 0))
+        return refuse(constantSum);
+    Ffa::normalizeSeries(series.data(), count);
     return true;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "calc/ffasearch.h"
+#include "calc/mainshum.h"
 #include "ffa/periodogram.h"
 
 #include <QString>
@@ -61,6 +62,8 @@ struct FfaResult {
     std::vector<double> series; ///< of mean 0 and sigma 1
     double tsamp = 0;           ///< s
     Periodogram periodogram;
+    std::vector<MainsLine> mains;                   ///< hum in the series
+    std::vector<Ffa::WholeFactorStep> wholeFactors; ///< where its S/N is too low
 };
 
 /// What a form shows of an action.

@@ -23,6 +23,17 @@ float averagedSample(const float *data, quint64 size, double factor, quint64 ind
     return sum + float(end - double(last)) * data[last];
 }
 
+// Mean of cos(2 pi i turns) over i = 0 .. count - 1.
+double meanCosine(double turns, double count)
+{
+    const double half = M_PI * (turns - std::round(turns));
+    if (std::abs(half) * count < 1e-6)
+        return 1;
+    return std::cos((count - 1) * half) * std::sin(count * half) / (count * std::sin(half));
+}
+
+constexpr int fourierTerms = 64;
+
 } // namespace
 
 void downsample(const float *data, quint64 size, double factor, float *out)
@@ -58,6 +69,17 @@ double downsampledVariance(quint64 size, double factor)
     if (x > 1)
         return factor - 1.0 / 3.0;
     return (whole - 1) * (whole - 1) + 2.0 / 3.0 * (x * x) - x + 1;
+}
+
+// With the fraction x of i factor, x (1 - x) = 1/6 - sum of cos(2 pi k x) / (pi k)^2 over k >= 1:
+// its mean takes as many terms for a long series as for a short one.
+double trueVariance(quint64 size, double factor)
+{
+    const double count = double(downsampledLength(size, factor));
+    double shared = 1.0 / 6;
+    for (int k = 1; k <= fourierTerms; ++k)
+        shared -= meanCosine(k * (factor - std::floor(factor)), count) / (M_PI * M_PI * k * k);
+    return factor - 2 * shared;
 }
 
 } // namespace Ffa

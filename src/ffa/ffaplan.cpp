@@ -1,6 +1,7 @@
 #include "ffa/ffaplan.h"
 
 #include "base/debugline.h"
+#include "ffa/downsample.h"
 
 #include <algorithm>
 #include <cmath>
@@ -35,6 +36,19 @@ const char *failedRangeCheck(quint64 size, double tsamp, double period_min, doub
 
 // Counts up to here are exact in a double; no series is longer.
 constexpr double maxSamples = 9007199254740992.0;
+
+constexpr double leastWhole = 3; // below, the variance of a whole factor is right
+constexpr int offeredDigits = 4; // of a shortest period
+constexpr int mostOffers = 100;  // to either side
+
+bool hasWholeFactor(quint64 size, const SearchPlan &plan)
+{
+    for (qint64 i = 0; const auto step = plan.step(i); ++i) {
+        if (snrFactor(size, step->factor) > 1)
+            return true;
+    }
+    return false;
+}
 
 } // namespace
 
@@ -138,6 +152,59 @@ std::optional<PlanStep> SearchPlan::step(qint64 index) const
         return {};
     step.binsLast = qint32(last);
     return step;
+}
+
+double snrFactor(quint64 size, double factor)
+{
+    const double whole = std::floor(factor);
+    const bool isWhole =
+        whole >= leastWhole && double(downsampledLength(size, factor)) * (factor - whole) <= 1;
+    return isWhole ? std::sqrt(downsampledVariance(size, factor) / trueVariance(size, factor)) : 1;
+}
+
+std::vector<WholeFactorStep> wholeFactorSteps(quint64 size, double tsamp, double period_min,
+                                              double period_max, qint32 bins_min, qint32 bins_max)
+{
+    std::vector<WholeFactorStep> found;
+    const SearchPlan plan(size, tsamp, period_min, period_max, bins_min, bins_max);
+    quint64 trials = 0;
+    for (qint64 i = 0; const auto step = plan.step(i); ++i) {
+        const quint64 firstTrial = trials;
+        for (qint64 bins = bins_min; bins <= step->binsLast; ++bins)
+            trials += step->fold(qint32(bins)).evaluated;
+        const double loss = snrFactor(size, step->factor);
+        if (loss > 1)
+            found.push_back({step->factor, step->tau * bins_min,
+                             std::min(step->tau * (step->binsLast + 1), period_max), firstTrial,
+                             trials - firstTrial, loss});
+    }
+    return found;
+}
+
+double periodMinWithoutWholeFactors(quint64 size, double tsamp, double period_min,
+                                    double period_max, qint32 bins_min, qint32 bins_max)
+{
+    const auto isGood = [=](double shortest) {
+        return validateParameters(size, tsamp, shortest, period_max, bins_min, bins_max)
+                   .isEmpty() &&
+               !hasWholeFactor(size, {size, tsamp, shortest, period_max, bins_min, bins_max});
+    };
+    if (isGood(period_min))
+        return period_min;
+    // Quotients of whole numbers and powers of ten are the doubles of short decimals.
+    const double scale = std::pow(10.0, offeredDigits - 1 - std::floor(std::log10(period_min)));
+    for (int k = 1; k <= mostOffers; ++k) {
+        const double lower = (std::ceil(period_min * scale) - k) / scale;
+        const double upper = (std::floor(period_min * scale) + k) / scale;
+        constexpr double slack = 1e-3; // of the rounding of equal distances
+        const bool isLowerNearer = period_min - lower < (1 + slack) * (upper - period_min);
+        for (const double shortest :
+             {isLowerNearer ? lower : upper, isLowerNearer ? upper : lower}) {
+            if (isGood(shortest))
+                return shortest;
+        }
+    }
+    return period_min;
 }
 
 } // namespace Ffa

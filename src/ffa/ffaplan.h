@@ -84,4 +84,31 @@ private:
     double steps;
 };
 
+/// By how much S/N comes out too low at a whole factor of 3 or more, where the variance that it is
+/// computed with (downsampledVariance) is too large; 1 at other factors.
+double snrFactor(quint64 size, double factor);
+
+/// A step of a search with such a factor.
+struct WholeFactorStep {
+    double factor = 0;
+    double shortest = 0; ///< trial periods of the step, in the unit of tsamp
+    double longest = 0;
+    quint64 firstTrial = 0; ///< their place in the periodogram
+    quint64 trials = 0;
+    double snrFactor = 1; ///< above 1
+};
+
+/// The whole factors among the steps of a search, in order. Parameters must be valid.
+std::vector<WholeFactorStep> wholeFactorSteps(quint64 size, double tsamp, double period_min,
+                                              double period_max, qint32 bins_min, qint32 bins_max);
+
+/// The shortest period nearest to `period_min`, of 4 significant digits, with which a search has no
+/// whole factors; the lower one of two that are equally near, for it leaves out nothing. A change
+/// of 1 / size of the shortest period, which scales all factors, is enough for a whole one to count
+/// as such no longer, whereas the bins would change every fold, and not the first factor.
+///
+/// @return period_min itself where it has none, or where none is found near it
+double periodMinWithoutWholeFactors(quint64 size, double tsamp, double period_min,
+                                    double period_max, qint32 bins_min, qint32 bins_max);
+
 } // namespace Ffa

@@ -148,7 +148,7 @@ void TestFormats::mergingIgnoresOrder()
         Candidate other = same;
         other.remark = i % 2 ? "2 x 0.5 s" : "";
         other.peak.foldSnr = i % 3;
-        other.periodError = i == 4 ? 1e-6 : std::numeric_limits<double>::quiet_NaN();
+        other.peak.periodError = i == 4 ? 1e-6 : std::numeric_limits<double>::quiet_NaN();
         other.ray = 1 + i % 4;
         ResultTable table;
         table.request = {{"program", "zrt-batch"}};

@@ -33,6 +33,7 @@ private slots:
     void sameAsForm_data();
     void sameAsForm();
     void candidatesAreThoseOfTheForm();
+    void wholeFactorsAreNamed();
     void presetsAreThoseOfTheForm();
     void killedRunsGoOn();
     void stopsAtSignal();
@@ -61,6 +62,10 @@ void TestProgram::initTestCase()
     writeFile(path("bands.pnt"), TestSupport::recordingBytes({600, 1, 9, 1}, sample));
     writeFile(path("numbers.pnt"), TestSupport::recordingBytes({600, 2, 33, 1}, sample)
                                        .replace("modulus 1 2\n", "modulus 4 6\n"));
+    const TestSupport::Shape constant = {20000, 1, 33, 1};
+    writeFile(path("constant.pnt"), TestSupport::recordingBytes(constant, [](int, int, int, int) {
+                  return 445400.3F; // no base line takes it off without rounding
+              }));
     QDir(folder.path()).mkdir("many");
     for (int i = 0; i < 50; ++i)
         writeFile(path(QString("many/%1.pnt").arg(i, 2, 10, QChar('0'))), bytes);
@@ -100,6 +105,7 @@ void TestProgram::failures_data()
     QTest::newRow("bins beyond all samples")
         << "ffa --bins-min 2147483647 --bins-max 2147483647 demo.pnt" << 65 << "period_min >=";
     QTest::newRow("no periods") << "ffa --period-min 9 --period-max 1 demo.pnt" << 65 << "eriod";
+    QTest::newRow("equal samples") << "ffa --dm 0 constant.pnt" << 65 << "bands is constant";
     QTest::newRow("no result") << "plot demo.pnt" << 65 << "no result of zrt-batch";
     QTest::newRow("neither curve nor candidates")
         << "plot names.csv" << 65 << "neither curves nor candidates";
@@ -273,7 +279,7 @@ void TestProgram::candidatesAreThoseOfTheForm()
     const FfaEstimate estimate =
         Tools::estimateFfa(parameters.ffa, form.ffaPoints(), data.tresolution);
     const std::vector<FfaCandidate> expected =
-        Tools::findCandidates(*form.result().ffa, estimate.noiseMaximum, 50);
+        Tools::findCandidates(*form.result().ffa, estimate.noiseThreshold, 50);
     QVERIFY(!expected.empty() && qAbs(expected[0].period - 1.274) < 1e-3);
     QCOMPARE(read.candidates.size(), expected.size());
     for (std::size_t i = 0; i < expected.size(); ++i) {
@@ -285,6 +291,40 @@ void TestProgram::candidatesAreThoseOfTheForm()
             base < 0 ? "" : QString::number(expected[std::size_t(base)].period, 'g', 9) + " s";
         QCOMPARE(read.candidates[i].remark, Tools::candidateRemark(expected[i], period));
     }
+}
+
+void TestProgram::wholeFactorsAreNamed()
+{
+    // 1.499136 s are 3 x 40 samples, and the pulsar of 3.032 s lies in that step.
+    const Ended end = runShell("zrt-batch ffa --ray 7 --dm 26.2 --period-min 1.499136 "
+                               "--period-max 8 --refine --tag whole demo.pnt");
+    QVERIFY2(end.code == 0, qPrintable(end.errors));
+    QVERIFY2(end.errors.contains("demo.pnt: S/N comes out too low at periods of 1.4991 to 3.0358 s "
+                                 "(1.3 times), where the downsampling factor is whole (3). "
+                                 "--period-min 1.499 avoids it."),
+             qPrintable(end.errors));
+    const QByteArray table = contentOf(path("demo.pnt.ffa.whole.txt"));
+    QCOMPARE(table.count("remark: S/N comes out too low"), 1);
+    const Batch::ReadCandidates read = Batch::readCandidates(table);
+    QVERIFY(read.candidates.size() > 1);
+    const FfaCandidate &pulsar = read.candidates[0].peak;
+    QVERIFY2(qAbs(pulsar.period - 3.032) < 1e-3, qPrintable(QString::number(pulsar.period)));
+    QVERIFY(qAbs(pulsar.snrFactor - std::sqrt(5 / 3.0)) < 1e-3);
+    // Harmonics name the refined period of their base.
+    const QString base = QString::number(pulsar.period, 'g', 9) + " s";
+    const QString harmonic = "2 x " + base;
+    QVERIFY(std::any_of(read.candidates.begin(), read.candidates.end(),
+                        [&](const auto &candidate) { return candidate.remark == harmonic; }));
+
+    // Merged by the true S/N, and no remark of its own.
+    const double threshold = (pulsar.strength() + double(pulsar.snr)) / 2;
+    QCOMPARE(run({"merge", "--only-base", "--threshold", QString::number(threshold), "-o",
+                  "strong.txt", "demo.pnt.ffa.whole.txt"})
+                 .code,
+             0);
+    const Batch::ReadCandidates strong = Batch::readCandidates(contentOf(path("strong.txt")));
+    QCOMPARE(strong.candidates.size(), std::size_t(1));
+    QCOMPARE(strong.candidates[0].peak.snrFactor, pulsar.snrFactor);
 }
 
 void TestProgram::presetsAreThoseOfTheForm()

@@ -52,10 +52,10 @@ inline void checkRefusal()
     QCOMPARE(untouched, Series(256, guard));
 }
 
-inline Series noise(int count)
+inline Series noise(int count, unsigned seed = 7, double sigma = 3)
 {
-    std::mt19937 random(7);
-    std::normal_distribution<double> normal(0, 3);
+    std::mt19937 random(seed);
+    std::normal_distribution<double> normal(0, sigma);
     Series series(static_cast<std::size_t>(count));
     for (double &value : series)
         value = normal(random);

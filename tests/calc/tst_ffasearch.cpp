@@ -3,6 +3,7 @@
 #include "calc/pulsarcalculate.h"
 #include "calc/samples.h"
 #include "ffa/downsample.h"
+#include "ffa/normalise.h"
 #include "ffa/syntheticsignal.h"
 
 using TestSupport::Series;
@@ -31,13 +32,42 @@ void add(Series &series, const Series &other, double factor = 1)
         series[i] += factor * other[i];
 }
 
-PulsarParameters searchOf(const ObservationData &data)
+PulsarParameters parametersOf(const ObservationData &data)
 {
     PulsarParameters parameters;
     parameters.noise = "without";
     parameters.ffa =
         Tools::presetFfa(PulsarCalculate(data, parameters).ffaPoints(), data.tresolution);
     return parameters;
+}
+
+constexpr double fastStep = 0.00025; // s
+
+// What "createFFA" gives for a series without a baseline.
+FfaResult searchOf(const Series &series, double interval, const FfaParameters &ffa)
+{
+    Series normal = Ffa::normalizeSeries(series);
+    const std::vector<float> samples(normal.begin(), normal.end());
+    Periodogram periodogram(samples.data(), samples.size(), interval, ffa.period_min,
+                            ffa.period_max, ffa.bins_min, ffa.bins_max, ffa.ducy_max, ffa.wtsp);
+    std::vector<MainsLine> mains = Tools::findMains(Tools::powerSpectrum(normal, interval));
+    return {std::move(normal), interval, std::move(periodogram), std::move(mains),
+            Tools::wholeFactorSteps(ffa, int(series.size()), interval)};
+}
+
+FfaResult searchOf(const Series &series, double interval)
+{
+    return searchOf(series, interval, Tools::presetFfa(int(series.size()), interval));
+}
+
+void addHum(Series &series, double interval, double frequency, double amplitude, double drift)
+{
+    const double length = double(series.size()) * interval;
+    for (std::size_t i = 0; i < series.size(); ++i) {
+        const double t = double(i) * interval;
+        const double turns = (frequency - drift / 2) * t + drift * t * t / (2 * length);
+        series[i] += amplitude * (std::cos(2 * M_PI * turns) + std::cos(4 * M_PI * turns + 1) / 2);
+    }
 }
 
 } // namespace
@@ -52,8 +82,18 @@ private slots:
     void slowChangesGoPulsesStay();
     void injectedPulses_data();
     void injectedPulses();
+    void noiseStaysAtItsMaximum_data();
     void noiseStaysAtItsMaximum();
+    void presetsAvoidWholeFactors();
+    void pulsesAtAWholeFactorCountInFull();
     void familiesAreNamed();
+    void humIsMarked_data();
+    void humIsMarked();
+    void pulsarsNearHumAreNot_data();
+    void pulsarsNearHumAreNot();
+    void refinedCandidatesFoldThere();
+    void errorsOfPeriodsAreTrue_data();
+    void errorsOfPeriodsAreTrue();
     void refusedSeries_data();
     void refusedSeries();
 };
@@ -138,7 +178,7 @@ void TestFfaSearch::injectedPulses()
     Series series = pulses(count, period, ducy, amplitude);
     add(series, TestSupport::noise(count), 1 / 3.0); // unit noise
     const ObservationData data = recordingOf(series);
-    PulsarParameters parameters = searchOf(data);
+    PulsarParameters parameters = parametersOf(data);
     PulsarCalculate calculate(data, parameters);
     QVERIFY2(calculate.run("createFFA"), qPrintable(calculate.failure()));
     const FfaResult &result = *calculate.result().ffa;
@@ -171,20 +211,84 @@ void TestFfaSearch::injectedPulses()
     QCOMPARE(fold.picture.size(), std::size_t(fold.parts) * fold.profile.size());
 }
 
+void TestFfaSearch::noiseStaysAtItsMaximum_data()
+{
+    QTest::addColumn<double>("shortest"); // s, at 0.25 ms
+    QTest::addColumn<double>("longest");
+    QTest::addColumn<int>("fewest");
+    QTest::addColumn<int>("most");
+    QTest::newRow("no whole factor") << 0.1001 << 1.0 << 40 << 80;
+    QTest::newRow("the first is whole") << 0.1 << 1.0 << 40 << 80;
+    QTest::newRow("all are whole") << 0.03 << 1.0 << 40 << 79;
+    QTest::newRow("one, and whole") << 0.1 << 0.1999 << 40 << 79;
+    QTest::newRow("one and a half") << 0.015 << 0.0299 << 40 << 79;
+    QTest::newRow("rounded below whole ones") << 0.03 * (1 - 1e-13) << 1.0 << 40 << 79;
+}
+
 void TestFfaSearch::noiseStaysAtItsMaximum()
 {
-    const ObservationData data = recordingOf(TestSupport::noise(40000));
-    const PulsarParameters parameters = searchOf(data);
-    PulsarCalculate calculate(data, parameters);
-    QVERIFY(calculate.run("createFFA"));
-    const std::vector<float> &snr = calculate.result().ffa->periodogram.snr;
-    const FfaEstimate estimate =
-        Tools::estimateFfa(parameters.ffa, calculate.ffaPoints(), data.tresolution);
-    // The maximum of one draw scatters by 0.25 around its mean.
-    const double highest = *std::max_element(snr.begin(), snr.end());
-    QVERIFY2(std::abs(highest - estimate.noiseMaximum) < 0.75,
-             qPrintable(QString("%1, not %2").arg(highest).arg(estimate.noiseMaximum)));
-    QCOMPARE(snr.size(), std::size_t(estimate.trials) * std::size_t(estimate.widths));
+    FfaParameters ffa;
+    QFETCH(double, shortest);
+    QFETCH(double, longest);
+    QFETCH(int, fewest);
+    QFETCH(int, most);
+    ffa.period_min = shortest;
+    ffa.period_max = longest;
+    ffa.bins_min = fewest;
+    ffa.bins_max = most;
+    constexpr int count = 40000;
+    constexpr unsigned seeds = 16;
+    double sum = 0;
+    const FfaEstimate estimate = Tools::estimateFfa(ffa, count, fastStep);
+    for (unsigned seed = 0; seed < seeds; ++seed) {
+        const FfaResult result = searchOf(TestSupport::noise(count, seed, 1), fastStep, ffa);
+        const std::vector<float> &snr = result.periodogram.snr;
+        sum += double(*std::max_element(snr.begin(), snr.end()));
+        QCOMPARE(snr.size(), std::size_t(estimate.trials) * std::size_t(estimate.widths));
+        QVERIFY(Tools::findCandidates(result, estimate.noiseThreshold + 1.2, 1).empty());
+    }
+    // The highest of one search scatters by 0.3 at most.
+    QVERIFY2(std::abs(sum / seeds - estimate.noiseMaximum) < 0.25,
+             qPrintable(QString("%1, not %2").arg(sum / seeds).arg(estimate.noiseMaximum)));
+}
+
+void TestFfaSearch::presetsAvoidWholeFactors()
+{
+    for (const double interval : {0.0001, 0.00025, 0.0005, 0.001, 0.002, 0.004, 0.005, 0.01}) {
+        for (const double length : {5.0, 60.0, 600.0}) {
+            const int points = int(length / interval);
+            const FfaParameters ffa = Tools::presetFfa(points, interval);
+            QVERIFY(Tools::findFfaProblems(ffa, points, interval).empty());
+            QVERIFY(Tools::wholeFactorSteps(ffa, points, interval).empty());
+            QVERIFY(ffa.period_min <= std::max(0.1, 40 * interval) * (1 + 1e-3));
+        }
+    }
+}
+
+// The same pulses at and beside a factor of ten.
+void TestFfaSearch::pulsesAtAWholeFactorCountInFull()
+{
+    constexpr int count = 120000;
+    Series series = TestSupport::noise(count, 4, 1);
+    add(series, pulses(count, 0.15 * step / fastStep, 0.05, 17));
+    FfaParameters ffa;
+    ffa.period_max = 3;
+    std::vector<FfaCandidate> strongest;
+    for (const double shortest : {0.1, 0.0999}) {
+        ffa.period_min = shortest;
+        const FfaResult result = searchOf(series, fastStep, ffa);
+        const double threshold = Tools::estimateFfa(ffa, count, fastStep).noiseThreshold;
+        const auto candidates = Tools::findCandidates(result, threshold, 5);
+        QVERIFY(!candidates.empty());
+        strongest.push_back(candidates[0]);
+        QVERIFY2(std::abs(candidates[0].period / 0.15 - 1) < 2e-4,
+                 qPrintable(QString::number(candidates[0].period)));
+    }
+    QVERIFY(strongest[0].snr < strongest[1].snr / 2.5F);
+    QVERIFY(std::abs(strongest[0].strength() / strongest[1].strength() - 1) < 0.06);
+    const int remark = Tools::candidateTitles().indexOf("remark");
+    QCOMPARE(Tools::candidateFields(strongest[0], 1)[remark], QString("S/N 2.9 times too low"));
+    QCOMPARE(Tools::candidateFields(strongest[1], 1)[remark], QString());
 }
 
 void TestFfaSearch::familiesAreNamed()
@@ -197,7 +301,7 @@ void TestFfaSearch::familiesAreNamed()
         series[std::size_t(i)] += 0.9 * std::sin(2 * M_PI * 50.04 * i * interval);
     ObservationData data = recordingOf(series);
     data.tresolution = interval;
-    PulsarCalculate calculate(data, searchOf(data));
+    PulsarCalculate calculate(data, parametersOf(data));
     QVERIFY(calculate.run("createFFA"));
     const auto candidates = Tools::findCandidates(*calculate.result().ffa, 7, 60);
     const auto remarkAt = [&](double period) {
@@ -212,7 +316,7 @@ void TestFfaSearch::familiesAreNamed()
     QCOMPARE(remarkAt(1.4), QString("2 x no. 1"));
     QCOMPARE(remarkAt(0.35), QString("1/2 x no. 1"));
     QCOMPARE(remarkAt(1.05), QString("3/2 x no. 1"));
-    QCOMPARE(remarkAt(9 / 50.04), QString("50 Hz mains"));
+    QCOMPARE(remarkAt(9 / 50.04), QString("50.04 Hz mains"));
     // One candidate per peak: none lies within a turn of another.
     for (std::size_t i = 0; i < candidates.size(); ++i)
         for (std::size_t k = 0; k < i; ++k)
@@ -220,11 +324,148 @@ void TestFfaSearch::familiesAreNamed()
                     0.5 / (count * interval));
 }
 
+void TestFfaSearch::humIsMarked_data()
+{
+    QTest::addColumn<double>("interval"); // s
+    QTest::addColumn<double>("frequency");
+    QTest::addColumn<double>("drift"); // Hz
+    QTest::newRow("50.22") << 0.004 << 50.22 << 0.0;
+    QTest::newRow("49.8") << 0.001 << 49.8 << 0.0;
+    QTest::newRow("60.1") << 0.004 << 60.1 << 0.0;
+    QTest::newRow("drifting") << 0.004 << 50.0 << 0.02;
+    QTest::newRow("folded back") << step << 50.22 << 0.0;
+    QTest::newRow("folded back among pulsars") << 0.01 << 49.8 << 0.0;
+}
+
+void TestFfaSearch::humIsMarked()
+{
+    QFETCH(double, interval);
+    QFETCH(double, frequency);
+    QFETCH(double, drift);
+    Series series = TestSupport::noise(40000, 5, 1);
+    addHum(series, interval, frequency, 1.5, drift);
+    int marked = 0;
+    for (const FfaCandidate &candidate :
+         Tools::findCandidates(searchOf(series, interval), 6.5, 30)) {
+        const QString remark = Tools::candidateRemark(candidate);
+        QVERIFY2(!remark.isEmpty() && candidate.base < 0, qPrintable(remark));
+        if (candidate.mains == 0)
+            continue; // what does not fold
+        ++marked;
+        const double cycle = candidate.mains / frequency;
+        QVERIFY2(std::abs(cycle - std::round(cycle)) < 2e-4, qPrintable(remark));
+    }
+    QVERIFY2(marked > 5, qPrintable(QString::number(marked)));
+}
+
+void TestFfaSearch::pulsarsNearHumAreNot_data()
+{
+    QTest::addColumn<double>("cycles"); // of the hum in a period
+    QTest::addColumn<double>("amplitude");
+    QTest::newRow("without hum") << 25.0 << 0.0;
+    QTest::newRow("a whole multiple") << 25.0 << 0.5;
+    QTest::newRow("a turn over the series away") << 25.0 + 0.5 / 160 << 0.5;
+    QTest::newRow("three away") << 25.0 - 1.5 / 160 << 0.5;
+    QTest::newRow("half a cycle") << 25.5 << 0.5;
+}
+
+void TestFfaSearch::pulsarsNearHumAreNot()
+{
+    QFETCH(double, cycles);
+    QFETCH(double, amplitude);
+    constexpr double interval = 0.004;
+    const double period = cycles / 50.22;
+    Series series = TestSupport::noise(40000, 6, 1);
+    addHum(series, interval, 50.22, amplitude, 0);
+    add(series, pulses(40000, period * step / interval, 0.04, 16));
+    const FfaResult result = searchOf(series, interval);
+    QCOMPARE(result.mains.empty(), amplitude == 0);
+    const auto candidates = Tools::findCandidates(result, 6, 30);
+    const auto isPulsar = [&](const FfaCandidate &candidate) {
+        return std::abs(candidate.period / period - 1) < 5e-4;
+    };
+    const auto found = std::find_if(candidates.begin(), candidates.end(), isPulsar);
+    QVERIFY(found != candidates.end());
+    QCOMPARE(Tools::candidateRemark(*found), QString());
+}
+
+void TestFfaSearch::refinedCandidatesFoldThere()
+{
+    constexpr double interval = 0.004;
+    constexpr double period = 0.7123456;
+    Series series = TestSupport::noise(40000, 8, 1);
+    add(series, pulses(40000, period * step / interval, 0.03, 40));
+    const FfaResult result = searchOf(series, interval);
+    FfaCandidate candidate = Tools::findCandidates(result, 10, 1).at(0);
+    const FfaCandidate searched = candidate;
+    QVERIFY(!Tools::refineCandidate(result, candidate, [](int) { return false; }));
+    QCOMPARE(candidate.period, searched.period);
+    QVERIFY(Tools::refineCandidate(result, candidate));
+    const double truth = period * 2 * M_PI / 6.283; // the generator's two pi is short
+    QVERIFY2(std::abs(candidate.period - truth) < 4 * candidate.periodError,
+             qPrintable(QString::number(candidate.period, 'f', 7)));
+    QVERIFY(candidate.foldSnr != searched.foldSnr && candidate.foldSnr > 0.95 * searched.foldSnr);
+    // The table tells the period to the second digit of its error.
+    const QStringList fields = Tools::candidateFields(candidate, 1);
+    const int column = Tools::candidateTitles().indexOf("period, s");
+    QCOMPARE(fields[column].size(), fields[column + 1].size());
+    QVERIFY(std::abs(fields[column].toDouble() - candidate.period) < candidate.periodError / 10);
+    QCOMPARE(Tools::candidateFields(searched, 1)[column + 1], QString("-"));
+}
+
+void TestFfaSearch::errorsOfPeriodsAreTrue_data()
+{
+    QTest::addColumn<double>("ducy");
+    QTest::addColumn<double>("amplitude");
+    QTest::addColumn<double>("hum");
+    QTest::newRow("weak, narrow") << 0.03 << 10.0 << 0.0;
+    QTest::newRow("strong, wide") << 0.15 << 40.0 << 0.0;
+    QTest::newRow("with hum") << 0.06 << 20.0 << 2.0;
+}
+
+void TestFfaSearch::errorsOfPeriodsAreTrue()
+{
+    QFETCH(double, ducy);
+    QFETCH(double, amplitude);
+    QFETCH(double, hum);
+    constexpr int count = 6000;
+    constexpr double interval = 0.004;
+    constexpr int searchedBins = 60;
+    constexpr unsigned seeds = 60;
+    int within1 = 0;
+    int within2 = 0;
+    for (unsigned seed = 0; seed < seeds; ++seed) {
+        // Half a cycle of the hum and of its double from a multiple of either.
+        const double period = (std::round((0.2 + 0.013 * seed) * 100.2) + 0.5) / 100.2;
+        Series series = TestSupport::noise(count, seed, 1);
+        add(series, pulses(count, period * step / interval, ducy, amplitude));
+        addHum(series, interval, 50.1, hum, 0);
+        series = Ffa::normalizeSeries(series);
+        const FfaResult result = {series,
+                                  interval,
+                                  Periodogram(nullptr, 0, 0, 0, 0, 0, 0, 0, 0),
+                                  Tools::findMains(Tools::powerSpectrum(series, interval)),
+                                  {}};
+        const double truth = period * 2 * M_PI / 6.283; // the generator's two pi is short
+        const double trial = truth * truth / (searchedBins * count * interval);
+        const FfaRefinement refined =
+            Tools::refinePeriod(result, truth + (seed % 3 - 1.0) * trial / 2, searchedBins);
+        const double off = std::abs(refined.period - truth) / refined.error;
+        within1 += off < 1 ? 1 : 0;
+        within2 += off < 2 ? 1 : 0;
+    }
+    // 68 and 95 % of 60, and what chance scatters.
+    QVERIFY2(within1 > 32 && within1 < 53, qPrintable(QString::number(within1)));
+    QVERIFY2(within2 > 52, qPrintable(QString::number(within2)));
+}
+
 void TestFfaSearch::refusedSeries_data()
 {
     QTest::addColumn<Series>("series");
     QTest::addColumn<QString>("text");
-    QTest::newRow("constant") << Series(20000, 32.0) << "Error of calculating sigma";
+    QTest::newRow("constant") << Series(20000, 32.0) << "sum of the bands is constant";
+    QTest::newRow("constant, rounded by a base line")
+        << Series(20000, 445400.3 * 32) << "is constant";
     Series holed = TestSupport::noise(20000);
     holed[4567] = NAN;
     QTest::newRow("one sample is no number") << holed << "no number at point 4567";
@@ -235,9 +476,16 @@ void TestFfaSearch::refusedSeries()
     QFETCH(Series, series);
     QFETCH(QString, text);
     const ObservationData data = recordingOf(series);
-    PulsarCalculate calculate(data, searchOf(data));
-    QVERIFY(!calculate.run("createFFA"));
-    QVERIFY2(calculate.failure().contains(text), qPrintable(calculate.failure()));
+    for (const QString noise : {"polinom5", "median", "backSum", "without"}) {
+        PulsarParameters parameters = parametersOf(data);
+        parameters.noise = noise;
+        for (const bool normalise : {false, true}) {
+            parameters.normalise = normalise;
+            PulsarCalculate calculate(data, parameters);
+            QVERIFY2(!calculate.run("createFFA"), qPrintable(noise));
+            QVERIFY2(calculate.failure().contains(text), qPrintable(calculate.failure()));
+        }
+    }
 }
 
 ZRT_UNIT_TEST_MAIN(TestFfaSearch)

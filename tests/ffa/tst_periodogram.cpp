@@ -1,3 +1,4 @@
+#include "ffa/downsample.h"
 #include "ffa/ffaplan.h"
 #include "ffa/foldsearch.h"
 #include "ffa/normalise.h"
@@ -56,6 +57,7 @@ struct Search {
 } // namespace
 
 Q_DECLARE_METATYPE(Search)
+Q_DECLARE_METATYPE(std::vector<double>)
 
 class TestPeriodogram : public QObject {
     Q_OBJECT
@@ -66,6 +68,10 @@ private slots:
     void validation();
     void length();
     void vectorLengthsAgree();
+    void varianceOfDownsampledNoise_data();
+    void varianceOfDownsampledNoise();
+    void wholeFactors_data();
+    void wholeFactors();
     void searchEqualsStraight_data();
     void searchEqualsStraight();
     void pulsesAreFound_data();
@@ -152,6 +158,96 @@ void TestPeriodogram::vectorLengthsAgree()
             QCOMPARE(first.back(), -9.0f);
         }
     }
+}
+
+void TestPeriodogram::varianceOfDownsampledNoise_data()
+{
+    QTest::addColumn<double>("factor");
+    QTest::addColumn<bool>("isTold"); // by the variance that S/N is computed with
+    QTest::newRow("none") << 1.0 << true;
+    QTest::newRow("two") << 2.0 << true;
+    QTest::newRow("three") << 3.0 << false;
+    QTest::newRow("ten") << 10.0 << false;
+    QTest::newRow("just above ten") << 10.00005 << false;
+    QTest::newRow("above ten, all phases") << 10.01 << true;
+    QTest::newRow("rounded below ten") << 9.999999999999 << false;
+    QTest::newRow("halves") << 1.5 << false;
+    QTest::newRow("thirds") << 10 + 1 / 3.0 << true;
+    QTest::newRow("any") << 6.2832 << true;
+}
+
+// The mean of the squared weights, summed sample by sample.
+void TestPeriodogram::varianceOfDownsampledNoise()
+{
+    QFETCH(double, factor);
+    QFETCH(bool, isTold);
+    constexpr int size = 100000;
+    double sum = 0;
+    const int count = int(size / factor);
+    for (int i = 0; i < count; ++i) {
+        const double begin = i * factor;
+        const double end = begin + factor;
+        for (int j = int(begin); j < end; ++j) {
+            const double weight = std::min(j + 1.0, end) - std::max(double(j), begin);
+            sum += weight * weight;
+        }
+    }
+    const double expected = sum / count;
+    const double found = Ffa::trueVariance(size, factor);
+    QVERIFY2(std::abs(found / expected - 1) < 0.004, qPrintable(QString::number(found)));
+    const double told = Ffa::downsampledVariance(size, factor);
+    QCOMPARE(std::abs(told / expected - 1) < 0.01, isTold);
+    const double low = Ffa::snrFactor(size, factor);
+    QVERIFY(low == 1 ? told < 1.1 * expected : std::abs(low * low * expected / told - 1) < 0.004);
+}
+
+void TestPeriodogram::wholeFactors_data()
+{
+    QTest::addColumn<double>("shortest"); // s, at 0.25 ms
+    QTest::addColumn<int>("fewest");
+    QTest::addColumn<int>("most");
+    QTest::addColumn<std::vector<double>>("factors");
+    QTest::addColumn<double>("offered");
+    using List = std::vector<double>;
+    QTest::newRow("the first") << 0.1 << 40 << 80 << List{10} << 0.0999;
+    QTest::newRow("above it") << 0.1001 << 40 << 80 << List{} << 0.1001;
+    QTest::newRow("later ones") << 0.1 << 64 << 127 << List{25, 50, 100} << 0.0999;
+    QTest::newRow("one bin more") << 0.1 << 64 << 128 << List{} << 0.1;
+    QTest::newRow("one and two are right, no shorter period")
+        << 0.01 << 40 << 79 << List{4, 8, 16, 32, 64, 128, 256} << 0.01001;
+    QTest::newRow("below a whole one") << 0.09999999 << 40 << 80 << List{} << 0.09999999;
+}
+
+void TestPeriodogram::wholeFactors()
+{
+    QFETCH(double, shortest);
+    QFETCH(int, fewest);
+    QFETCH(int, most);
+    QFETCH(std::vector<double>, factors);
+    QFETCH(double, offered);
+    constexpr quint64 size = 120000;
+    constexpr double tsamp = 0.00025;
+    constexpr double longest = 3;
+    const auto steps = Ffa::wholeFactorSteps(size, tsamp, shortest, longest, fewest, most);
+    std::vector<double> found;
+    const quint64 length = Ffa::periodogramLength(size, tsamp, shortest, longest, fewest, most);
+    std::vector<double> periods(length);
+    std::vector<quint32> bins(length);
+    Ffa::trialPeriods(size, tsamp, shortest, longest, fewest, most, periods.data(), bins.data());
+    for (const Ffa::WholeFactorStep &step : steps) {
+        found.push_back(std::round(step.factor));
+        for (quint64 i = step.firstTrial; i < step.firstTrial + step.trials; ++i) {
+            QVERIFY(periods[i] > (1 - 1e-9) * step.shortest && periods[i] < step.longest);
+            // A trial of b bins spans b downsampled samples or a little more.
+            const double factor = periods[i] / bins[i] / tsamp;
+            QVERIFY(factor > (1 - 1e-9) * step.factor && factor < step.factor * (1 + 1.0 / fewest));
+        }
+    }
+    QCOMPARE(found, factors);
+    const double other =
+        Ffa::periodMinWithoutWholeFactors(size, tsamp, shortest, longest, fewest, most);
+    QCOMPARE(other, offered);
+    QVERIFY(Ffa::wholeFactorSteps(size, tsamp, other, longest, fewest, most).empty());
 }
 
 void TestPeriodogram::searchEqualsStraight_data()

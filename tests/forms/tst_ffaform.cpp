@@ -41,6 +41,7 @@ private slots:
     void files();
     void editsAreJudgedAtOnce_data();
     void editsAreJudgedAtOnce();
+    void wholeFactorsAreNamedAndAvoided();
     void searchFoldsAndSaves();
     void escapeStopsTheSearch();
     void realRecordings_data();
@@ -56,8 +57,9 @@ private:
             qFatal("no widget %s", qPrintable(name));
         return widget;
     }
-    QString cell(int row, int column) const
+    QString cell(int row, const QString &title) const
     {
+        const int column = Tools::candidateTitles().indexOf(title);
         return find<QTableWidget>("candidates")->item(row, column)->text();
     }
 
@@ -180,13 +182,34 @@ void TestFfaForm::editsAreJudgedAtOnce()
     QVERIFY(find<QLabel>("estimate")->text().contains(" periods x 5 widths"));
 }
 
+void TestFfaForm::wholeFactorsAreNamedAndAvoided()
+{
+    new FfaForm(file(pulses), window.get());
+    const QLabel *const warning = find<QLabel>("wholeFactors");
+    QPushButton *const offer = find<QPushButton>("withoutWholeFactors");
+    QLineEdit *const shortest = find<QLineEdit>("period_min");
+    QVERIFY(warning->isHidden() && offer->isHidden());
+    shortest->setText("1.499136"); // 3 x 40 x the step
+    QVERIFY(!warning->isHidden() && !offer->isHidden());
+    QVERIFY2(warning->text().contains("1.4991 to 3.0358 s (1.3 times)"),
+             qPrintable(warning->text()));
+    find<QPushButton>("pushButton")->click(); // searches all the same, and says so
+    QVERIFY(find<QLabel>("noiseMaximum")->text().contains(warning->text()));
+    offer->click();
+    QCOMPARE(shortest->text(), QString("1.499"));
+    QVERIFY(warning->isHidden() && offer->isHidden());
+    shortest->setText("x");
+    QVERIFY(warning->isHidden());
+}
+
 void TestFfaForm::searchFoldsAndSaves()
 {
     new FfaForm(file(pulses), window.get());
     find<QSpinBox>("ray")->setValue(2);
     QTest::keyClick(find<QLineEdit>("firstPoint"), Qt::Key_Return);
     const double truth = period * 2 * M_PI / 6.283; // the generator's two pi is short
-    QVERIFY2(std::abs(cell(0, 1).toDouble() - truth) < 4e-4, qPrintable(cell(0, 1)));
+    QVERIFY2(std::abs(cell(0, "period, s").toDouble() - truth) < 4e-4,
+             qPrintable(cell(0, "period, s")));
     const PulsarGrafik *const grafik = find<PulsarGrafik>("grafik");
     const auto periodAt = [&](int index) { return grafik->data().x.values.at(std::size_t(index)); };
     const std::vector<int> markers = grafik->data().markers;
@@ -198,9 +221,9 @@ void TestFfaForm::searchFoldsAndSaves()
     const QLabel *const foldText = find<QLabel>("foldText");
     auto *const table = find<QTableWidget>("candidates");
     table->setCurrentCell(1, 0);
-    QVERIFY2(foldText->text().contains(cell(1, 1)), qPrintable(foldText->text()));
+    QVERIFY2(foldText->text().contains(cell(1, "period, s")), qPrintable(foldText->text()));
     emit find<PulsarGrafik>("grafik")->clicked({markers[1] + 1.0, 5});
-    QVERIFY2(foldText->text().contains(cell(0, 1)), qPrintable(foldText->text()));
+    QVERIFY2(foldText->text().contains(cell(0, "period, s")), qPrintable(foldText->text()));
     QCOMPARE(table->currentRow(), 0);
     find<QPushButton>("refineButton")->click();
     // The noise differs from run to run: five times the error is never passed.
@@ -211,10 +234,18 @@ void TestFfaForm::searchFoldsAndSaves()
     QVERIFY2(std::abs(match.captured(1).toDouble() - truth) < 5 * error,
              qPrintable(foldText->text()));
 
+    // The row has the refined period now, and gives it when it is chosen again.
+    QCOMPARE(cell(0, "period, s"), match.captured(1));
+    QCOMPARE(cell(0, "error, s"), match.captured(2));
+    QCOMPARE(cell(1, "error, s"), QString("-"));
+    table->setCurrentCell(1, 0);
+    table->setCurrentCell(0, 0);
+    QVERIFY2(foldText->text().contains(match.captured(0)), qPrintable(foldText->text()));
+
     QTest::keyClick(table, Qt::Key_C, Qt::ControlModifier);
     const QStringList copied = QApplication::clipboard()->text().split('\n');
     QCOMPARE(copied.size(), 3); // titles, the selected row and its end
-    QVERIFY(copied[1].startsWith("1\t" + cell(0, 1) + "\t"));
+    QVERIFY(copied[1].startsWith("1\t" + match.captured(1) + "\t" + match.captured(2) + "\t"));
 
     const QString path = folder->filePath("table.txt");
     QTimer::singleShot(0, qApp, [&] {
@@ -261,11 +292,12 @@ void TestFfaForm::realRecordings()
         QSKIP("no real recordings on this machine");
     new FfaForm(path, window.get());
     find<QPushButton>("pushButton")->click();
-    QVERIFY2(std::abs(cell(0, 1).toDouble() - period) < tolerance, qPrintable(cell(0, 1)));
-    QCOMPARE(cell(0, 3), QString());
+    QVERIFY2(std::abs(cell(0, "period, s").toDouble() - period) < tolerance,
+             qPrintable(cell(0, "period, s")));
+    QCOMPARE(cell(0, "remark"), QString());
     bool hums = false;
     for (int row = 0; row < find<QTableWidget>("candidates")->rowCount(); ++row)
-        hums = hums || cell(row, 3).contains("mains");
+        hums = hums || cell(row, "remark").contains("mains");
     QCOMPARE(hums, name.startsWith("b1508"));
 }
 

@@ -16,13 +16,11 @@
 #include "forms/readrecording.h"
 #include "forms/savefolder.h"
 #include "forms/switchedchannels.h"
-#include "plot/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "ui_ffaform.h"
 
 #include <QCheckBox>
 #include <QClipboard>
-#include <QDir>
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -35,8 +33,6 @@
 namespace {
 
 const QString problemSuffix = "Problem";
-constexpr int mostCandidates = 50;
-constexpr double catchPixels = 3; // beside a click, where a peak is looked for
 
 // Noise methods in the order of the choice.
 const QStringList noiseMethods = {"polinom5", "median", "backSum", "without"};
@@ -57,11 +53,6 @@ QString secondsText(double seconds)
         return "Less than 1 s";
     return seconds < 120 ? QString("About %1 s").arg(seconds, 0, 'f', 0)
                          : QString("About %1 min").arg(seconds / 60, 0, 'f', 0);
-}
-
-QString periodText(double period)
-{
-    return QString::number(period, 'f', 7) + " s";
 }
 
 } // namespace
@@ -113,6 +104,7 @@ void FfaForm::connectInputs()
         connect(field, QOverload<int>::of(&QSpinBox::valueChanged), this, &FfaForm::showEstimate);
     connect(ui->deredden, &QGroupBox::toggled, this, &FfaForm::showEstimate);
     connect(ui->pushButton, &QPushButton::clicked, this, &FfaForm::search);
+    connect(ui->withoutWholeFactors, &QPushButton::clicked, this, &FfaForm::takeOffer);
     connect(ui->commandButton, &QPushButton::clicked, this, &FfaForm::copyCommand);
     connect(grafik, &PulsarGrafik::clicked, this, &FfaForm::choosePeak);
     connect(results, &FfaResults::candidateChosen, this, &FfaForm::chooseCandidate);
@@ -220,19 +212,41 @@ void FfaForm::showEstimate()
     ui->points->setPlaceholderText(QString::number(points));
     ui->rmed_width->setPlaceholderText(
         number(Tools::presetMedianWidth(parameters.ffa.period_max, points, data.tresolution)));
+    showWholeFactors(problems.empty() ? &parameters.ffa : nullptr, points);
     if (!problems.empty())
         return;
     constexpr double megabyte = 1e6;
-    const FfaEstimate estimate = Tools::estimateFfa(parameters.ffa, points, data.tresolution);
+    const FfaEstimate size = Tools::estimateFfa(parameters.ffa, points, data.tresolution);
     ui->estimate->setText(
         QString("%1 s of data, %2 MB of memory\n%3 periods x %4 widths\n%5; noise "
                 "reaches S/N %6")
             .arg(number(points * data.tresolution))
-            .arg(std::ceil(estimate.bytes / megabyte), 0, 'f', 0)
-            .arg(estimate.trials)
-            .arg(estimate.widths)
-            .arg(secondsText(estimate.seconds * slowness))
-            .arg(estimate.noiseMaximum, 0, 'f', 1));
+            .arg(std::ceil(size.bytes / megabyte), 0, 'f', 0)
+            .arg(size.trials)
+            .arg(size.widths)
+            .arg(secondsText(size.seconds * slowness))
+            .arg(size.noiseMaximum, 0, 'f', 1));
+}
+
+// Warns of whole downsampling factors and offers the nearest range without. A search that cannot be
+// made is none.
+void FfaForm::showWholeFactors(const FfaParameters *ffa, int points)
+{
+    const QString warning =
+        ffa ? Tools::wholeFactorText(Tools::wholeFactorSteps(*ffa, points, data.tresolution))
+            : QString();
+    if (!warning.isEmpty())
+        offeredPeriod = Tools::periodMinWithoutWholeFactors(*ffa, points, data.tresolution);
+    ui->wholeFactors->setText(warning);
+    ui->wholeFactors->setVisible(!warning.isEmpty());
+    ui->withoutWholeFactors->setText(QString("Begin at %1 s instead").arg(number(offeredPeriod)));
+    ui->withoutWholeFactors->setVisible(!warning.isEmpty() && offeredPeriod != ffa->period_min);
+}
+
+void FfaForm::takeOffer()
+{
+    ui->period_min->setText(number(offeredPeriod));
+    ui->period_min->setFocus();
 }
 
 // Each problem below its field; those of no field, or of one without such a place, in the frame
@@ -330,7 +344,7 @@ void FfaForm::search()
     });
     bool done = false;
     std::vector<FfaCandidate> found;
-    const FfaEstimate estimate =
+    const FfaEstimate size =
         Tools::estimateFfa(parameters.ffa, next->ffaPoints(), data.tresolution);
     runShowingProgress([&] {
         QElapsedTimer time;
@@ -340,8 +354,8 @@ void FfaForm::search()
             return;
         const double measured = double(time.nsecsElapsed()) * 1e-9;
         if (measured > measurable)
-            slowness = measured / estimate.seconds;
-        found = Tools::findCandidates(*next->result().ffa, estimate.noiseMaximum, mostCandidates,
+            slowness = measured / size.seconds;
+        found = Tools::findCandidates(*next->result().ffa, size.noiseThreshold, mostCandidates,
                                       [this](int percent) { return showPercent(percent); });
     });
     if (!done && !next->wasCancelled()) {
@@ -354,44 +368,10 @@ void FfaForm::search()
     calculate = std::move(next);
     searched = parameters;
     leftOut = recording.note;
-    noiseMaximum = estimate.noiseMaximum;
+    estimate = size;
     candidates = std::move(found);
     showResult();
     showEstimate();
-}
-
-void FfaForm::showResult()
-{
-    chosenPeriod = 0;
-    const int count = int(candidates.size());
-    const QString found = count == 0   ? "No candidate"
-                          : count == 1 ? "1 candidate"
-                          : count < mostCandidates
-                              ? QString("%1 candidates").arg(count)
-                              : QString("The strongest %1 candidates").arg(count);
-    QString noise = QString("%1 above S/N %2, the highest that white noise is expected to reach in "
-                            "this search. Periods are topocentric.")
-                        .arg(found)
-                        .arg(noiseMaximum, 0, 'f', 1);
-    if (calculate->result().remarks.size() > 1) // the last one speaks of times
-        noise +=
-            "\n" +
-            calculate->result().remarks.mid(0, calculate->result().remarks.size() - 1).join("\n");
-    if (!readProblem.isEmpty())
-        noise += "\n" + readProblem;
-    if (!leftOut.isEmpty())
-        noise += "\n" + leftOut;
-    const Settings *const settings = Settings::instance();
-    const QString folder =
-        settings->lastSavePath().isEmpty() ? settings->lastOpenPath() : settings->lastSavePath();
-    const QString name = data.fileName.section('.', 0, -2) + "_ffa.txt";
-    results->showSearch(candidates, result().periodogram.widths, noise, sourceLines(),
-                        QDir(folder).filePath(name));
-    showSpectrum(results->shownWidth());
-    if (!candidates.empty()) {
-        results->selectRow(0);
-        chooseCandidate(0);
-    }
 }
 
 // What explains a saved table or plot: the report of the search, and what it leaves out.
@@ -412,119 +392,36 @@ QStringList FfaForm::sourceLines() const
                              .arg(ffa.bins_max)
                              .arg(number(ffa.ducy_max), number(ffa.wtsp))};
     lines << calculate->result().description.split('\n');
-    lines << QString("S/N that white noise is expected to reach: %1").arg(noiseMaximum, 0, 'f', 2);
+    lines << QString("S/N that white noise is expected to reach: %1")
+                 .arg(estimate.noiseThreshold, 0, 'f', 2);
     lines << calculate->result().remarks;
     if (!leftOut.isEmpty())
         lines << leftOut;
     return lines;
 }
 
-// Periods of the plot that are the chosen one, its half, double and triple.
-std::vector<int> FfaForm::markers() const
-{
-    std::vector<int> found;
-    const std::vector<double> &periods = spectrum->periods;
-    for (const double factor : {0.5, 1.0, 2.0, 3.0}) {
-        const double period = factor * chosenPeriod;
-        if (!(period >= periods.front()) || period > periods.back())
-            continue;
-        const auto after = std::lower_bound(periods.begin(), periods.end(), period);
-        const bool earlier = after == periods.end() ||
-                             (after != periods.begin() && period - *(after - 1) < *after - period);
-        found.push_back(int(after - periods.begin()) - (earlier ? 1 : 0));
-    }
-    return found;
-}
-
-void FfaForm::showSpectrum(int width)
-{
-    if (!calculate)
-        return;
-    spectrum =
-        std::make_shared<const FfaSpectrum>(Tools::sortedSpectrum(result().periodogram, width));
-    PlotData plot;
-    plot.graphs = {spectrum->snr, std::vector<float>(spectrum->snr.size(), float(noiseMaximum))};
-    plot.colours = {plotColour(0).code, plotColour(2).code};
-    plot.names = {
-        width < 0
-            ? QString("S/N, best width")
-            : QString("S/N, width %1 bins").arg(result().periodogram.widths[std::size_t(width)]),
-        "noise alone"};
-    plot.numPoints = int(spectrum->snr.size());
-    plot.x = {"period", "s", 0, 1, spectrum->periods};
-    plot.yName = "S/N";
-    plot.source = sourceLines();
-    const auto shown = spectrum;
-    plot.textX1 = [shown](int i) { return number(shown->periods[std::size_t(i)]) + " s"; };
-    plot.textX2 = [shown](int i) { return number(1 / shown->periods[std::size_t(i)]) + " Hz"; };
-    plot.markers = markers();
-    const Plot::Range range = Plot::verticalRange(plot);
-    plot.yPrecision = FormTexts::labelDecimals(range.max - range.min);
-    grafik->setData(std::move(plot));
-    grafik->recomputeRange();
-}
-
-// The highest peak within some pixels of a click.
-void FfaForm::choosePeak(QPointF coords)
-{
-    if (!calculate || running || spectrum->snr.empty())
-        return;
-    const double reach = catchPixels * std::abs(grafik->dataPerPixel().x());
-    const double last = double(spectrum->snr.size()) - 1;
-    const auto begin = std::size_t(std::clamp(std::floor(coords.x() - reach), 0.0, last));
-    const auto end = std::size_t(std::clamp(std::ceil(coords.x() + reach), 0.0, last)) + 1;
-    const float *const snr = spectrum->snr.data();
-    const auto peak = std::size_t(std::max_element(snr + begin, snr + end) - snr);
-    const double period = spectrum->periods[peak];
-    const auto isThere = [&](const FfaCandidate &candidate) {
-        return std::abs(1 / candidate.period - 1 / period) * seconds() < 0.5;
-    };
-    const auto candidate = std::find_if(candidates.begin(), candidates.end(), isThere);
-    results->selectRow(candidate == candidates.end() ? -1 : int(candidate - candidates.begin()));
-    const int trial = spectrum->trials[peak];
-    choosePeriod(period, int(result().periodogram.foldbins[std::size_t(trial)]));
-}
-
-void FfaForm::chooseCandidate(int row)
-{
-    if (!calculate || running || row >= int(candidates.size()))
-        return;
-    const FfaCandidate &candidate = candidates[std::size_t(row)];
-    choosePeriod(candidate.period, candidate.bins);
-}
-
-void FfaForm::choosePeriod(double period, int bins, const QString &remark)
-{
-    chosenPeriod = period;
-    chosenBins = bins;
-    PlotData plot = grafik->data();
-    plot.markers = markers();
-    grafik->setData(std::move(plot));
-    const FfaFold fold = Tools::foldSeries(result(), period, bins);
-    const int width = fold.widths[std::size_t(fold.best)];
-    const int count = int(fold.profile.size());
-    results->showFold(fold, seconds(),
-                      QString("Period %1 (topocentric), %2 Hz\nFold: S/N %3, width %4 of %5 bins, "
-                              "%6 ms, phase %7")
-                          .arg(remark.isEmpty() ? periodText(period) : remark)
-                          .arg(1 / period, 0, 'f', 6)
-                          .arg(fold.snr[std::size_t(fold.best)], 0, 'f', 1)
-                          .arg(width)
-                          .arg(count)
-                          .arg(1000 * width * period / count, 0, 'f', 2)
-                          .arg(fold.phase, 0, 'f', 3));
-}
-
 void FfaForm::refine()
 {
     if (!calculate || running || !(chosenPeriod > 0))
         return;
-    FfaRefinement refined;
+    FfaCandidate candidate; // of a peak that is none in the table
+    candidate.period = chosenPeriod;
+    candidate.bins = chosenBins;
+    if (chosenRow >= 0) {
+        candidate = candidates[std::size_t(chosenRow)];
+        candidate.period = chosenPeriod;
+    }
+    bool done = false;
     runShowingProgress([&] {
-        refined = Tools::refinePeriod(result(), chosenPeriod, chosenBins,
+        done = Tools::refineCandidate(result(), candidate,
                                       [this](int percent) { return showPercent(percent); });
     });
-    if (refined.period > 0)
-        choosePeriod(refined.period, chosenBins,
-                     ReportText::withError(refined.period, refined.error) + " s");
+    if (!done)
+        return;
+    if (chosenRow >= 0) {
+        candidates[std::size_t(chosenRow)] = candidate;
+        results->showCandidate(chosenRow, candidate);
+    }
+    choosePeriod(candidate.period, candidate.bins,
+                 ReportText::withError(candidate.period, candidate.periodError) + " s");
 }

@@ -44,10 +44,14 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    static constexpr int mostCandidates = 50;
+
     void connectInputs();
     void copyCommand();
     void fillPresets();
     void showEstimate();
+    void showWholeFactors(const FfaParameters *ffa, int points);
+    void takeOffer();
     PulsarParameters readParameters(std::vector<FfaProblem> &problems);
     double readNumber(QLineEdit *field, std::vector<FfaProblem> &problems);
     int readCount(QLineEdit *field, std::vector<FfaProblem> &problems);
@@ -61,7 +65,7 @@ private:
     void showSpectrum(int width);
     void choosePeak(QPointF coords);
     void chooseCandidate(int row);
-    void choosePeriod(double period, int bins, const QString &remark = {});
+    void choosePeriod(double period, int bins, const QString &refined = {});
     std::vector<int> markers() const;
     QStringList sourceLines() const;
     const FfaResult &result() const { return *calculate->result().ffa; }
@@ -76,16 +80,18 @@ private:
     ObservationData data;
     QString readProblem; // of a file that ends early
 
+    double offeredPeriod = 0; // s, a shortest one without whole factors
     bool running = false;
     bool cancelled = false;
 
     // The last successful search, and what is shown of it.
     std::unique_ptr<PulsarCalculate> calculate;
     PulsarParameters searched;
-    QString leftOut; // a note on the channels that are switched off
-    double noiseMaximum = 0;
+    QString leftOut;      // a note on the channels that are switched off
+    FfaEstimate estimate; // of it
     std::vector<FfaCandidate> candidates;
     std::shared_ptr<const FfaSpectrum> spectrum;
     double chosenPeriod = 0; // s; 0: none
     int chosenBins = 0;
+    int chosenRow = -1; // of the candidate there; -1: none
 };

@@ -84,18 +84,27 @@ void FfaResults::fillTable(const std::vector<FfaCandidate> &candidates)
     ui->candidates->clearSelection();
     ui->candidates->setCurrentCell(-1, -1);
     ui->candidates->setRowCount(int(candidates.size()));
-    for (int row = 0; row < int(candidates.size()); ++row) {
-        const QStringList fields = Tools::candidateFields(candidates[std::size_t(row)], row + 1);
-        for (int column = 0; column < fields.size(); ++column) {
-            auto *const item = new QTableWidgetItem(fields[column]);
-            const bool isNumber = column != remarkColumn;
-            item->setTextAlignment(
-                int((isNumber ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter));
-            ui->candidates->setItem(row, column, item);
-        }
-    }
+    for (int row = 0; row < int(candidates.size()); ++row)
+        setRow(row, candidates[std::size_t(row)]);
     ui->candidates->resizeColumnsToContents();
     ui->candidates->scrollToTop();
+}
+
+void FfaResults::showCandidate(int row, const FfaCandidate &candidate)
+{
+    setRow(row, candidate);
+    ui->candidates->resizeColumnsToContents();
+}
+
+void FfaResults::setRow(int row, const FfaCandidate &candidate)
+{
+    const QStringList fields = Tools::candidateFields(candidate, row + 1);
+    for (int column = 0; column < fields.size(); ++column) {
+        auto *const item = new QTableWidgetItem(fields[column]);
+        const bool isNumber = column != remarkColumn;
+        item->setTextAlignment(int((isNumber ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter));
+        ui->candidates->setItem(row, column, item);
+    }
 }
 
 void FfaResults::selectRow(int row)

@@ -28,6 +28,9 @@ public:
     void showSearch(const std::vector<FfaCandidate> &candidates, const std::vector<quint64> &widths,
                     const QString &noise, const QStringList &source, const QString &path);
 
+    /// Replaces one row of the table.
+    void showCandidate(int row, const FfaCandidate &candidate);
+
     /// Selects a row without choosing it again; below 0: none.
     void selectRow(int row);
 
@@ -52,6 +55,7 @@ protected:
 
 private:
     void fillTable(const std::vector<FfaCandidate> &candidates);
+    void setRow(int row, const FfaCandidate &candidate);
     QString tableText(bool onlySelected) const;
 
     const std::unique_ptr<Ui::FfaResults> ui;

@@ -1,0 +1,168 @@
+#include "app/settings.h"
+#include "calc/reporttext.h"
+#include "forms/ffa/ffaform.h"
+#include "forms/ffa/ffaresults.h"
+#include "forms/pulsar/pulsartexts.h"
+#include "plot/plotgeometry.h"
+#include "plot/pulsargrafik.h"
+
+#include <QDir>
+#include <algorithm>
+#include <cmath>
+
+// What FfaForm shows of a search: the plot, the table of candidates and the fold at one period.
+
+namespace {
+
+constexpr double catchPixels = 3; // beside a click, where a peak is looked for
+
+QString periodText(double period)
+{
+    return QString::number(period, 'f', 7) + " s";
+}
+
+} // namespace
+
+void FfaForm::showResult()
+{
+    chosenPeriod = 0;
+    chosenRow = -1;
+    const int count = int(candidates.size());
+    const QString found = count == 0   ? "No candidate"
+                          : count == 1 ? "1 candidate"
+                          : count < mostCandidates
+                              ? QString("%1 candidates").arg(count)
+                              : QString("The strongest %1 candidates").arg(count);
+    QString noise = QString("%1 above %2 %3, the highest that white noise is expected to reach in "
+                            "this search. Periods are topocentric.")
+                        .arg(found)
+                        .arg(result().wholeFactors.empty() ? "S/N" : "true S/N")
+                        .arg(estimate.noiseThreshold, 0, 'f', 1);
+    if (calculate->result().remarks.size() > 1) // the last one speaks of times
+        noise +=
+            "\n" +
+            calculate->result().remarks.mid(0, calculate->result().remarks.size() - 1).join("\n");
+    if (!readProblem.isEmpty())
+        noise += "\n" + readProblem;
+    if (!leftOut.isEmpty())
+        noise += "\n" + leftOut;
+    const Settings *const settings = Settings::instance();
+    const QString folder =
+        settings->lastSavePath().isEmpty() ? settings->lastOpenPath() : settings->lastSavePath();
+    const QString name = data.fileName.section('.', 0, -2) + "_ffa.txt";
+    results->showSearch(candidates, result().periodogram.widths, noise, sourceLines(),
+                        QDir(folder).filePath(name));
+    showSpectrum(results->shownWidth());
+    if (!candidates.empty()) {
+        results->selectRow(0);
+        chooseCandidate(0);
+    }
+}
+
+// Periods of the plot that are the chosen one, its half, double and triple.
+std::vector<int> FfaForm::markers() const
+{
+    std::vector<int> found;
+    const std::vector<double> &periods = spectrum->periods;
+    for (const double factor : {0.5, 1.0, 2.0, 3.0}) {
+        const double period = factor * chosenPeriod;
+        if (!(period >= periods.front()) || period > periods.back())
+            continue;
+        const auto after = std::lower_bound(periods.begin(), periods.end(), period);
+        const bool earlier = after == periods.end() ||
+                             (after != periods.begin() && period - *(after - 1) < *after - period);
+        found.push_back(int(after - periods.begin()) - (earlier ? 1 : 0));
+    }
+    return found;
+}
+
+void FfaForm::showSpectrum(int width)
+{
+    if (!calculate)
+        return;
+    spectrum =
+        std::make_shared<const FfaSpectrum>(Tools::sortedSpectrum(result().periodogram, width));
+    PlotData plot;
+    std::vector<float> noise = Tools::snrFactors(*spectrum, result().wholeFactors);
+    for (float &value : noise)
+        value = float(estimate.noiseThreshold) / value;
+    plot.graphs = {spectrum->snr, std::move(noise)};
+    plot.colours = {plotColour(0).code, plotColour(2).code};
+    plot.names = {
+        width < 0
+            ? QString("S/N, best width")
+            : QString("S/N, width %1 bins").arg(result().periodogram.widths[std::size_t(width)]),
+        "noise alone"};
+    plot.numPoints = int(spectrum->snr.size());
+    plot.x = {"period", "s", 0, 1, spectrum->periods};
+    plot.yName = "S/N";
+    plot.source = sourceLines();
+    const auto shown = spectrum;
+    plot.textX1 = [shown](int i) {
+        return ReportText::general(shown->periods[std::size_t(i)]) + " s";
+    };
+    plot.textX2 = [shown](int i) {
+        return ReportText::general(1 / shown->periods[std::size_t(i)]) + " Hz";
+    };
+    plot.markers = markers();
+    const Plot::Range range = Plot::verticalRange(plot);
+    plot.yPrecision = FormTexts::labelDecimals(range.max - range.min);
+    grafik->setData(std::move(plot));
+    grafik->recomputeRange();
+}
+
+// The highest peak within some pixels of a click.
+void FfaForm::choosePeak(QPointF coords)
+{
+    if (!calculate || running || spectrum->snr.empty())
+        return;
+    const double reach = catchPixels * std::abs(grafik->dataPerPixel().x());
+    const double last = double(spectrum->snr.size()) - 1;
+    const auto begin = std::size_t(std::clamp(std::floor(coords.x() - reach), 0.0, last));
+    const auto end = std::size_t(std::clamp(std::ceil(coords.x() + reach), 0.0, last)) + 1;
+    const float *const snr = spectrum->snr.data();
+    const auto peak = std::size_t(std::max_element(snr + begin, snr + end) - snr);
+    const double period = spectrum->periods[peak];
+    const auto isThere = [&](const FfaCandidate &candidate) {
+        return std::abs(1 / candidate.period - 1 / period) * seconds() < 0.5;
+    };
+    const auto candidate = std::find_if(candidates.begin(), candidates.end(), isThere);
+    chosenRow = candidate == candidates.end() ? -1 : int(candidate - candidates.begin());
+    results->selectRow(chosenRow);
+    const int trial = spectrum->trials[peak];
+    choosePeriod(period, int(result().periodogram.foldbins[std::size_t(trial)]));
+}
+
+void FfaForm::chooseCandidate(int row)
+{
+    if (!calculate || running || row >= int(candidates.size()))
+        return;
+    chosenRow = row;
+    const FfaCandidate &candidate = candidates[std::size_t(row)];
+    choosePeriod(candidate.period, candidate.bins,
+                 std::isfinite(candidate.periodError)
+                     ? ReportText::withError(candidate.period, candidate.periodError) + " s"
+                     : QString());
+}
+
+void FfaForm::choosePeriod(double period, int bins, const QString &refined)
+{
+    chosenPeriod = period;
+    chosenBins = bins;
+    PlotData plot = grafik->data();
+    plot.markers = markers();
+    grafik->setData(std::move(plot));
+    const FfaFold fold = Tools::foldSeries(result(), period, bins);
+    const int width = fold.widths[std::size_t(fold.best)];
+    const int count = int(fold.profile.size());
+    results->showFold(fold, seconds(),
+                      QString("Period %1, %2 Hz\nFold: S/N %3, width %4 of %5 bins, "
+                              "%6 ms, phase %7")
+                          .arg(refined.isEmpty() ? periodText(period) : refined)
+                          .arg(1 / period, 0, 'f', 6)
+                          .arg(fold.snr[std::size_t(fold.best)], 0, 'f', 1)
+                          .arg(width)
+                          .arg(count)
+                          .arg(1000 * width * period / count, 0, 'f', 2)
+                          .arg(fold.phase, 0, 'f', 3));
+}
