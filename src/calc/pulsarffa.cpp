@@ -153,6 +153,8 @@ bool PulsarCalculate::createFFA()
                             true, [this](int percent) { return goOn(percent); });
     if (!periodogram.error.isEmpty())
         return refuse(periodogram.error);
+    if (!goOn(100))
+        return false;
     const double sigma = sigmaOf(periodogram.snr);
     if (!(sigma >= leastSigma && sigma <= largestSigma))
         return refuse("Error of calculating sigma");
@@ -172,6 +174,8 @@ bool PulsarCalculate::createFFA()
             .arg(periodogram.nwidths)
             .arg(ReportText::general(sigma));
     std::vector<MainsLine> mains = Tools::findMains(Tools::powerSpectrum(series, data.tresolution));
+    if (!goOn(100))
+        return false;
     outcome.ffa = std::make_shared<const FfaResult>(
         FfaResult{std::move(series), data.tresolution, std::move(periodogram), std::move(mains),
                   Tools::wholeFactorSteps(ffa, count, data.tresolution)});
@@ -188,6 +192,8 @@ bool PulsarCalculate::fillFfaSeries(std::vector<double> &series)
     const int count = int(series.size());
     if (!sumChannels(series.data(), count, parameters.dispersion, true))
         return refuse("The bands cannot be summed.");
+    if (!goOn(0))
+        return false;
     // What rounding leaves of it above the base line is no noise.
     const auto [lowest, highest] = std::minmax_element(series.begin(), series.end());
     if (*lowest == *highest)
@@ -196,6 +202,8 @@ bool PulsarCalculate::fillFfaSeries(std::vector<double> &series)
         return refuse("The noise base line cannot be computed.\nIt needs more points, or choose "
                       "to search without noise deduction.");
     fewestBands = completeBands;
+    if (!goOn(0))
+        return false;
     if (!acceptNumbers(series) || !goOn(0))
         return false;
     if (parameters.ffa.deredden)
