@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 #include "app/settings.h"
+#include "forms/ffa/ffaform.h"
 #include "forms/pulsar/pulsarform.h"
 #include "support/messageboxcatcher.h"
 #include "support/recordings.h"
@@ -8,8 +9,10 @@
 #include <QApplication>
 #include <QLineEdit>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
+#include <QTableWidget>
 #include <atomic>
 #include <cstdlib>
 #include <new>
@@ -49,6 +52,7 @@ private slots:
     void init();
     void cleanup();
     void actionEndsInABox();
+    void searchEndsInABox();
 
 private:
     template <typename Widget>
@@ -99,6 +103,24 @@ void TestLittleMemory::actionEndsInABox()
     QVERIFY(Settings::instance()->progressBar()->isHidden());
     QVERIFY(find<QWidget>("menubar")->isEnabled());
     find<QRadioButton>("sumChannelsAndFourier")->click();
+    QCOMPARE(catcher.boxes().size(), 1);
+}
+
+void TestLittleMemory::searchEndsInABox()
+{
+    const MessageBoxCatcher catcher;
+    new FfaForm(path, window.get());
+    const QProgressBar *const bar = Settings::instance()->progressBar();
+    tooMuch = 100000;
+    find<QPushButton>("pushButton")->click();
+    QTRY_VERIFY(bar->isHidden());
+    tooMuch = 0;
+    QTRY_COMPARE(catcher.boxes().size(), 1);
+    QVERIFY2(catcher.boxes()[0].text.startsWith("There is not enough memory"),
+             qPrintable(catcher.boxes()[0].text));
+    find<QPushButton>("pushButton")->click();
+    QTRY_VERIFY(bar->isHidden());
+    QVERIFY(find<QTableWidget>("candidates")->isVisible());
     QCOMPARE(catcher.boxes().size(), 1);
 }
 

@@ -1,3 +1,5 @@
+#include "jobs/items.h"
+#include "jobs/memorygate.h"
 #include "jobs/worker.h"
 
 #include "support/testmain.h"
@@ -71,6 +73,7 @@ private slots:
     void nothingArrivesAfterDestruction();
     void receiverDeletesTheWorker();
     void receiverRunsAnEventLoop();
+    void productsArriveWhileTheRestRuns();
     void exceptionsBecomeFailures_data();
     void exceptionsBecomeFailures();
 };
@@ -268,6 +271,33 @@ void TestWorker::receiverRunsAnEventLoop()
         });
     QTRY_VERIFY(!worker.isBusy());
     QCOMPARE(heard, QStringList({"first", "second", "ended"}));
+}
+
+// Many items in one job: the last one ends only after the window has got the others.
+void TestWorker::productsArriveWhileTheRestRuns()
+{
+    constexpr int items = 20;
+    Worker worker;
+    std::vector<int> received;
+    std::binary_semaphore othersAreThere(0);
+    worker.start<int>(
+        [&](const Control &control, const Deliver<int> &deliver) {
+            Jobs::MemoryGate gate(100);
+            Jobs::runItems(items, 3, control, [&](int item, const Control &own) {
+                const Jobs::MemoryGate::Pass pass(gate, 30, own);
+                if (item == 0)
+                    othersAreThere.acquire();
+                deliver(item);
+            });
+        },
+        [&](int item) {
+            received.push_back(item);
+            if (received.size() == items - 1)
+                othersAreThere.release();
+        });
+    QTRY_VERIFY(!worker.isBusy());
+    QCOMPARE(received.size(), std::size_t(items));
+    QCOMPARE(received.back(), 0);
 }
 
 void TestWorker::exceptionsBecomeFailures_data()

@@ -4,12 +4,18 @@
 
 #include <QElapsedTimer>
 
+namespace {
+
+constexpr int searchShare = 90; // percent of the whole; the rest is for candidates
+
+} // namespace
+
 FfaSearchOutcome searchFfa(const FfaSearchRequest &request, const Jobs::Control &control)
 {
     FfaSearchOutcome outcome;
     PulsarCalculate calculate(request.data, request.parameters);
     QObject::connect(&calculate, &PulsarCalculate::progress, [&](int percent) {
-        control.progress(percent);
+        control.progress(percent * searchShare / 100);
         if (control.isStopped())
             calculate.cancel();
     });
@@ -22,10 +28,10 @@ FfaSearchOutcome searchFfa(const FfaSearchRequest &request, const Jobs::Control 
     if (!isDone)
         return outcome;
     outcome.result = calculate.result();
-    outcome.candidates = Tools::findCandidates(*outcome.result.ffa, request.threshold,
-                                               request.mostCandidates, [&](int percent) {
-                                                   control.progress(percent);
-                                                   return !control.isStopped();
-                                               });
+    outcome.candidates = Tools::findCandidates(
+        *outcome.result.ffa, request.threshold, request.mostCandidates, [&](int percent) {
+            control.progress(searchShare + percent * (100 - searchShare) / 100);
+            return !control.isStopped();
+        });
     return outcome;
 }
