@@ -4,6 +4,7 @@
 #include "calc/ffacandidates.h"
 #include "calc/ffafold.h"
 #include "calc/pulsarcalculate.h"
+#include "data/recordingtime.h"
 #include "forms/pulsar/pulsartexts.h"
 #include "plot/plotgeometry.h"
 
@@ -272,7 +273,7 @@ private:
         lines.push_back({"disp", QString::number(std::lround(dispersion))});
         lines.push_back({"tresolution", numberText(header.tresolution) + " s"});
         if (header.beginTime.isValid())
-            lines.push_back({"begin", header.beginTime.toString(Qt::ISODateWithMs)});
+            lines.push_back({"begin", exactBegin(header).toString(Qt::ISODateWithMs)});
         if (int(header.fbands.size()) >= PulsarCalculate::sumBands)
             lines.push_back({"reference_frequency",
                              numberText(header.fbands[PulsarCalculate::sumBands - 1]) + " MHz"});

@@ -4,6 +4,7 @@
 #include "batch/outputfiles.h"
 #include "batch/picture.h"
 #include "calc/stretchsum.h"
+#include "data/recordingtime.h"
 #include "data/resulttotext.h"
 
 #include <QDir>
@@ -132,7 +133,7 @@ Failure exportFilterbank(const ExportRequest &request, RecordingFile &file, cons
                                        .arg(file.path())};
     FilterbankHeader fil;
     fil.source = QFileInfo(file.path()).completeBaseName();
-    fil.begin = header.beginTime.isValid() ? modifiedJulianDate(header.beginTime) : 0;
+    fil.begin = header.beginTime.isValid() ? modifiedJulianDate(exactBegin(header)) : 0;
     fil.step = header.tresolution;
     fil.channels = int(order.size());
     fil.firstBand = header.fbands[std::size_t(order.front())];
@@ -182,7 +183,7 @@ QByteArray seriesDescription(const ExportRequest &request, const RecordingFile &
     const double first = header.fbands.front();
     const double last = header.fbands[std::size_t(bands - 1)];
     const double spacing = bands > 1 ? std::abs(last - first) / (bands - 1) : 0;
-    const double begin = header.beginTime.isValid() ? modifiedJulianDate(header.beginTime) : 0;
+    const double begin = header.beginTime.isValid() ? modifiedJulianDate(exactBegin(header)) : 0;
     const std::vector<std::pair<QString, QString>> lines = {
         {"Data file name without suffix", QFileInfo(path).completeBaseName()},
         {"Telescope used", "ZRT"},
@@ -269,7 +270,7 @@ QByteArray importedPassport(const FilterbankHeader &fil, int npoints)
     const QDateTime begin = dateOfModifiedJulian(fil.begin);
     if (begin.isValid()) {
         lines << "date_begin " + begin.toString("dd.MM.yyyy");
-        lines << "time_begin " + begin.toString("h:mm:ss") + " UTC";
+        lines << "time_begin " + begin.toString("h:mm:ss.zzz") + " UTC";
         lines << "mjd_begin " + QString::number(fil.begin, 'f', 12);
     }
     lines << "source " + fil.source.simplified();

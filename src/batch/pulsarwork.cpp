@@ -3,6 +3,7 @@
 #include "batch/axis.h"
 #include "calc/channelsum.h"
 #include "calc/pulsarcalculate.h"
+#include "data/recordingtime.h"
 #include "forms/pulsar/pulsartexts.h"
 
 #include <algorithm>
@@ -172,7 +173,7 @@ void addRayHeader(const ObservationData &data, double dispersion, int firstPoint
     lines.push_back({"disp", QString::number(std::lround(dispersion))});
     lines.push_back({"tresolution", numberText(data.tresolution) + " s"});
     if (data.beginTime.isValid())
-        lines.push_back({"begin", data.beginTime.toString(Qt::ISODateWithMs)});
+        lines.push_back({"begin", exactBegin(data).toString(Qt::ISODateWithMs)});
     const int band = isSum ? PulsarCalculate::sumBands : channel;
     if (band >= 1 && band <= int(data.fbands.size()))
         lines.push_back(

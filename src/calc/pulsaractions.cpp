@@ -4,6 +4,7 @@
 #include "calc/channelsum.h"
 #include "calc/fourier.h"
 #include "calc/reporttext.h"
+#include "data/recordingtime.h"
 
 #include <algorithm>
 #include <cmath>
@@ -332,8 +333,7 @@ QString PulsarCalculate::pointText(int point) const
 {
     if (parameters.startTime.isEmpty())
         return QString::number(point);
-    const qint64 ms = qint64(point * data.tresolution * 1000);
-    return data.beginTime.addMSecs(ms).toString("hh:mm:ss");
+    return RecordingClock(data).utc(point).toString("hh:mm:ss");
 }
 
 // Which starts give sums with every band whole.

@@ -1,6 +1,7 @@
 #include "data/recordingfile.h"
 
 #include "base/systemmemory.h"
+#include "data/recordingtime.h"
 
 #include <QFileInfo>
 #include <QLocale>
@@ -13,8 +14,6 @@
 
 namespace {
 
-constexpr double siderealRate = 1.002737909; // sidereal seconds per second
-constexpr double longestTime = 1e15;         // ms; beyond it a step is no time
 // One line of points is buffered whole; the lists beside it take the room of a few points more.
 constexpr qint64 bufferedPoints = 24;
 constexpr qint64 copiedBytes = qint64(4) << 20;
@@ -62,30 +61,6 @@ std::vector<PointRun> runsOf(int first, int count, int npoints)
         point = 0;
     }
     return runs;
-}
-
-// The sidereal clock so many seconds later; unreadable texts stay.
-QString laterSiderealTime(const QString &text, double seconds)
-{
-    const QStringList parts = text.split(':');
-    if (parts.size() != 3)
-        return text;
-    constexpr int daySeconds = 86400;
-    const double clock =
-        parts[0].toInt() * 3600 + parts[1].toInt() * 60 + parts[2].toInt() + seconds * siderealRate;
-    const int whole = int(clock - daySeconds * std::floor(clock / daySeconds)) % daySeconds;
-    return QString("%1:%2:%3").arg(whole / 3600).arg(whole / 60 % 60).arg(whole % 60);
-}
-
-void moveBegin(ObservationData &data, int first)
-{
-    data.point += first;
-    const double ms = first * data.tresolution * 1000;
-    if (!(std::abs(ms) < longestTime))
-        return;
-    if (data.beginTime.isValid())
-        data.beginTime = data.beginTime.addMSecs(qint64(std::floor(ms)));
-    data.starTime = laterSiderealTime(data.starTime, ms / 1000);
 }
 
 } // namespace

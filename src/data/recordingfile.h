@@ -40,8 +40,8 @@ enum class StretchEnd {
 /// What reading a part gave.
 struct StretchReading {
     /// The part as a recording of its own: `npoints` points, the chosen modules, rays and
-    /// channels, `point` and `beginTime` (to the millisecond) those of its first point, so that
-    /// every analysis works on it as on a whole one. Without samples unless Complete or Short.
+    /// channels, `point` and the begin those of its first point, so that every analysis works on
+    /// it as on a whole one. Without samples unless Complete or Short.
     ObservationData data;
     StretchEnd end = StretchEnd::Refused;
     QString reason; ///< which file, what is wrong, what can be done; empty when complete

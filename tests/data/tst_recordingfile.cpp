@@ -2,6 +2,7 @@
 
 #include "calc/channelsum.h"
 #include "calc/stretchsum.h"
+#include "data/recordingtime.h"
 #include "data/recordingwriter.h"
 #include "support/recordings.h"
 #include "support/testmain.h"
@@ -97,8 +98,9 @@ void TestRecordingFile::partsHoldTheirSamples()
     QCOMPARE(int(data.fbands.size()), channels.size() - 1);
     QCOMPARE(data.fbands[0], file.header().fbands[std::size_t(channels[0])]);
     QCOMPARE(data.point, first);
-    QCOMPARE(data.beginTime, QDateTime(QDate(2015, 4, 1), QTime(12, 0), Qt::UTC)
-                                 .addMSecs(qint64(std::floor(first * 12.4928))));
+    const QDateTime noon(QDate(2015, 4, 1), QTime(12, 0), Qt::UTC);
+    QCOMPARE(exactBegin(data), noon.addMSecs(qint64(std::floor(first * 12.4928))));
+    QCOMPARE(data.beginTime, noon.addSecs(qint64(first * 0.0124928)));
     for (int m = 0; m < data.modules; ++m)
         for (int c = 0; c < data.channels; ++c)
             for (int r = 0; r < data.rays; ++r)
@@ -175,6 +177,7 @@ void TestRecordingFile::savedStretchReadsBackEqual()
     const QString first = folder.filePath("first.pnthr");
     const QString second = folder.filePath("second.pnthr");
     QVERIFY(file.open(parent));
+    const RecordingClock whole(file.header());
     QCOMPARE(saveStretch(file, 201, 700, 26.8, first), QString());
     QVERIFY(file.open(first));
     QCOMPARE(saveStretch(file, 99, 300, 26.8, second), QString());
@@ -191,7 +194,12 @@ void TestRecordingFile::savedStretchReadsBackEqual()
         const QDateTime noon(QDate(2015, 4, 1), QTime(12, 0), Qt::UTC);
         const QDateTime begin = noon.addSecs(seconds);
         QCOMPARE(header.beginTime, begin);
-        QCOMPARE(header.nativeName, begin.toString("dd.MM.yyyy hh:mm:ss") + " UTC");
+        const QDateTime exact = noon.addMSecs(qint64(point * 12.4928));
+        QCOMPARE(exactBegin(header), exact);
+        QCOMPARE(header.nativeName, exact.toString("dd.MM.yyyy hh:mm:ss.zzz") + " UTC");
+        // Every point has the UTC that it has in the parent.
+        for (int p = 0; p < count; ++p)
+            QCOMPARE(RecordingClock(header).utc(p), whole.utc(point + p));
         QCOMPARE(header.starTime, QString("0:0:%1").arg(seconds - 2)); // past sidereal midnight
         const auto &entries = file.passport().entries;
         QCOMPARE(entries.value("observer"), QString("Заря"));

@@ -1,5 +1,6 @@
 #include "forms/native/nativetexts.h"
 
+#include "data/recordingtime.h"
 #include "forms/pulsar/pulsartexts.h"
 
 #include <QLocale>
@@ -10,8 +11,7 @@ namespace NativeTexts {
 
 namespace {
 
-constexpr double longestTime = 1e15;         // ms; beyond it a step is no time
-constexpr double siderealRate = 1.002737909; // sidereal seconds per second
+constexpr double longestTime = 1e15; // ms; beyond it a step is no time
 
 QString bytesText(qint64 bytes)
 {
@@ -61,26 +61,17 @@ SizeCheck sizeCheck(const RecordingFile &file)
 
 QString utcText(const ObservationData &header, double point)
 {
-    const double ms = std::floor(point * header.tresolution * 1000);
-    if (!header.beginTime.isValid() || !(std::abs(ms) < longestTime))
-        return {};
-    return FormTexts::timeOfDay(header.beginTime.time().msecsSinceStartOfDay() + qint64(ms));
+    const RecordingClock clock(header);
+    return clock.utc(point).isValid() ? FormTexts::timeOfDay(clock.msOfDay(point)) : QString();
 }
 
 QString siderealText(const ObservationData &header, double point)
 {
-    const QStringList parts = header.starTime.split(':');
+    const std::optional<int> begin = siderealSeconds(header.starTime);
     const double seconds = point * header.tresolution * siderealRate;
-    if (parts.size() != 3 || !(std::abs(seconds) * 1000 < longestTime))
+    if (!begin || !(std::abs(seconds) * 1000 < longestTime))
         return {};
-    qint64 begin = 0;
-    for (const QString &part : parts) {
-        bool isNumber = false;
-        begin = begin * 60 + part.toInt(&isNumber);
-        if (!isNumber)
-            return {};
-    }
-    return FormTexts::timeOfDay((begin + qint64(std::floor(seconds))) * 1000).left(8);
+    return FormTexts::timeOfDay((*begin + qint64(std::floor(seconds))) * 1000).left(8);
 }
 
 QString coordsText(const ObservationData &header, double point, const QString &value)

@@ -7,6 +7,7 @@
 #include "app/settings.h"
 #include "base/typednumber.h"
 #include "calc/pulsarcommand.h"
+#include "data/recordingtime.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
 #include "forms/pulsar/pulsartexts.h"
@@ -425,8 +426,7 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, const
     if (result.axis.kind == PulsarAxis::Kind::Points) {
         plot.xOffset = int(result.axis.first);
         plot.msPerPoint = data.tresolution * result.axis.step * 1000;
-        plot.beginTime =
-            data.beginTime.addMSecs(qint64(result.axis.first * data.tresolution * 1000));
+        plot.beginTime = RecordingClock(data).utc(result.axis.first);
     }
     const Plot::Range range = Plot::verticalRange(plot);
     plot.yPrecision = FormTexts::labelDecimals(range.max - range.min);
