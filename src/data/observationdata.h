@@ -40,4 +40,12 @@ struct ObservationData {
     std::vector<int> moduleNumbers; ///< of the modules in file order, as the passport has them
     Samples samples;                ///< samples[module][channel][ray][point]; null: passport only
     double beginRest = 0;  ///< ms from `beginTime` to the first sample, with fractions of a ms
+    int missingPoints = 0; ///< points at the end that are not whole in the file; what is missing of
+                           ///< them reads as 0
 };
+
+/// Points whose samples are all there: those from 0 on and before this one.
+inline int completePoints(const ObservationData &data)
+{
+    return data.npoints - data.missingPoints;
+}
