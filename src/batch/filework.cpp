@@ -93,13 +93,10 @@ Failure recordingToText(const QString &input, const QString &output, const Contr
     Stretch all;
     all.count = file.header().npoints;
     const StretchReading reading = file.read(all, hooks);
-    if (reading.end == StretchEnd::Cancelled)
-        return stopped();
-    if (reading.end != StretchEnd::Complete)
-        return {reading.end == StretchEnd::Short ? ExitCode::InputOutput : ExitCode::TryLater,
-                reading.reason};
+    if (!reading.whole())
+        return failureOf(reading.end(), reading.reason());
     const QString problem =
-        Tools::observationToText(reading.data, output, control.progress, control.isStopped);
+        Tools::observationToText(*reading.whole(), output, control.progress, control.isStopped);
     return problem.isEmpty() ? Failure() : Failure{ExitCode::InputOutput, problem};
 }
 
@@ -156,12 +153,11 @@ Failure exportFilterbank(const ExportRequest &request, RecordingFile &file, cons
         stretch.modules = {request.module - 1};
         stretch.rays = {request.ray - 1};
         const StretchReading reading = file.read(stretch, hooks);
-        if (reading.end == StretchEnd::Cancelled)
-            return stopped();
-        if (reading.end != StretchEnd::Complete)
-            return {ExitCode::InputOutput, reading.reason};
+        const ObservationData *const part = reading.whole();
+        if (!part)
+            return failureOf(reading.end(), reading.reason());
         for (std::size_t band = 0; band < order.size(); ++band) {
-            const float *const samples = reading.data.samples[0][order[band]][0];
+            const float *const samples = part->samples[0][order[band]][0];
             for (int i = 0; i < stretch.count; ++i)
                 row[std::size_t(i) * order.size() + band] = samples[i];
         }
@@ -225,16 +221,13 @@ Failure exportSeries(const ExportRequest &request, RecordingFile &file, const QS
     const Tools::StretchSum sum =
         Tools::sumChannels(file, request.dispersion, request.module - 1, request.ray - 1, 0,
                            file.header().npoints, hooks);
-    if (sum.end == StretchEnd::Cancelled)
-        return stopped();
-    if (sum.sums.empty())
-        return {ExitCode::BadData,
-                sum.reason.isEmpty()
-                    ? QString("%1: its bands cannot be summed; check the frequencies and the step "
-                              "of its passport.")
-                          .arg(file.path())
-                    : sum.reason};
-    const std::vector<float> values(sum.sums.begin(), sum.sums.end());
+    if (!sum.whole())
+        return sum.end() == StretchEnd::Refused ? Failure{ExitCode::BadData, sum.reason()}
+                                                : failureOf(sum.end(), sum.reason());
+    if (!sum.whole()->remark.isEmpty())
+        control.remark(QString("%1: %2 They count as the median of their channel.")
+                           .arg(file.path(), sum.whole()->remark));
+    const std::vector<float> values(sum.whole()->sums.begin(), sum.whole()->sums.end());
     QByteArray bytes(int(values.size() * sizeof(float)), Qt::Uninitialized);
     qToLittleEndian<quint32>(values.data(), qsizetype(values.size()), bytes.data());
     return writeTogether(

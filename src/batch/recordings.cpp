@@ -1,21 +1,13 @@
 #include "batch/recordings.h"
 
 #include "data/batchtexts.h"
+#include "data/recordingtime.h"
 
 #include <QDateTime>
 #include <QFileInfo>
 #include <algorithm>
 
 namespace Batch {
-
-namespace {
-
-Failure stopped()
-{
-    return {ExitCode::TryLater, "Stopped."};
-}
-
-} // namespace
 
 Failure openRecordingFile(RecordingFile &file, const QString &path, const Control &control)
 {
@@ -24,15 +16,20 @@ Failure openRecordingFile(RecordingFile &file, const QString &path, const Contro
         const bool isMissing = !info.isFile() || !info.isReadable();
         return {isMissing ? ExitCode::NoInput : ExitCode::BadData, file.reason()};
     }
-    if (file.completePoints() < file.header().npoints) {
+    if (file.header().missingPoints > 0) {
         if (control.print)
             control.print(QString::asprintf(BatchTexts::wrongSize, path.toLocal8Bit().constData()));
+        const QDateTime last = RecordingClock(file.header()).utc(file.completePoints() - 1);
+        const QString upTo = file.completePoints() > 0 && last.isValid()
+                                 ? last.toString("', the last at 'hh:mm:ss.zzz' UTC'")
+                                 : QString();
         return {ExitCode::BadData,
-                QString("%1 ends early: of %2 points that its passport announces it holds %3. Copy "
-                        "the file again.")
+                QString("%1 ends early: of %2 points that its passport announces it holds %3%4. "
+                        "Copy the file again.")
                     .arg(path)
                     .arg(file.header().npoints)
-                    .arg(file.completePoints())};
+                    .arg(file.completePoints())
+                    .arg(upTo)};
     }
     return {};
 }
@@ -75,23 +72,31 @@ Failure readRays(RecordingFile &file, const RaySelection &selection, qint64 firs
         return false;
     };
     const StretchReading reading = file.readInPlace(stretch, hooks);
-    data = reading.data;
-    switch (reading.end) {
+    if (const ObservationData *const whole = reading.whole()) {
+        data = *whole;
+        return {};
+    }
+    if (isSlow)
+        return {ExitCode::InputOutput,
+                QString("%1: reading took more than an hour and was given up. Copy the file to a "
+                        "faster disk.")
+                    .arg(path)};
+    return failureOf(reading.end(), reading.reason());
+}
+
+Failure failureOf(StretchEnd end, const QString &reason)
+{
+    switch (end) {
     case StretchEnd::Complete:
         return {};
     case StretchEnd::Short:
-        return {ExitCode::InputOutput, reading.reason};
+        return {ExitCode::InputOutput, reason};
     case StretchEnd::Cancelled:
-        if (isSlow)
-            return {ExitCode::InputOutput,
-                    QString("%1: reading took more than an hour and was given up. Copy the file to "
-                            "a faster disk.")
-                        .arg(path)};
-        return stopped();
+        return {ExitCode::TryLater, "Stopped."};
     case StretchEnd::Refused:
         break;
     }
-    return {ExitCode::TryLater, reading.reason};
+    return {ExitCode::TryLater, reason};
 }
 
 qint64 memoryOfRay(const RecordingFile &file, qint64 points)

@@ -55,7 +55,10 @@ bool findShifts(const ObservationData &data, double dispersion, bool forward, Ba
 PulsarCalculate::PulsarCalculate(const ObservationData &recording,
                                  const PulsarParameters &pulsarParameters, QObject *parent)
     : QObject(parent), data(recording), parameters(pulsarParameters)
-{}
+{
+    data.npoints = completePoints(recording);
+    data.missingPoints = 0;
+}
 
 bool PulsarCalculate::sumChannels(double *dataOut, int count, double dispersion, bool forward)
 {

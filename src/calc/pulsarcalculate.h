@@ -20,6 +20,7 @@ public:
     /// Bands that take part in a sum; the last of them is the reference.
     static constexpr int sumBands = 32;
 
+    /// @param data  a recording that ends early counts as one of the points that are whole
     PulsarCalculate(const ObservationData &data, const PulsarParameters &parameters,
                     QObject *parent = nullptr);
 

@@ -147,6 +147,14 @@ void appendValues(QByteArray &text, const QByteArray &bytes)
     }
 }
 
+// The number that the passport gives to a module; a record made in memory counts from its first.
+qint64 moduleNumber(const ObservationData &data, int module)
+{
+    const auto index = std::size_t(module);
+    return index < data.moduleNumbers.size() ? data.moduleNumbers[index]
+                                             : qint64(data.firstModule) + module;
+}
+
 void appendPoint(QByteArray &text, const ObservationData &data, int point)
 {
     text += "i=" + QByteArray::number(point) + "\n";
@@ -154,7 +162,7 @@ void appendPoint(QByteArray &text, const ObservationData &data, int point)
         for (int ray = 0; ray < data.rays; ++ray) {
             // A file of one ray says which one it is.
             const int rayNumber = data.ray > 0 && data.rays == 1 ? data.ray : ray + 1;
-            text += "module " + QByteArray::number(data.firstModule + module) + " ray " +
+            text += "module " + QByteArray::number(moduleNumber(data, module)) + " ray " +
                     QByteArray::number(rayNumber) + ":";
             for (int channel = 0; channel < data.channels; ++channel) {
                 text += ' ';

@@ -51,12 +51,10 @@ SizeCheck sizeCheck(const RecordingFile &file)
     if (announced >= 0 && difference > 0)
         return {false, QString("Size: %1, %2 more than the passport says; they are not shown")
                            .arg(bytesText(file.size()), bytesText(difference))};
-    return {false,
-            QString("Size: %1, but the passport announces %2. Shown are the %3 points that are "
-                    "there; copy the file again")
-                .arg(bytesText(file.size()),
-                     announced < 0 ? QString("more than 8 EiB") : bytesText(announced))
-                .arg(file.completePoints())};
+    return {false, QString("Size: %1, but the passport announces %2. %3 Copy the file again")
+                       .arg(bytesText(file.size()),
+                            announced < 0 ? QString("more than 8 EiB") : bytesText(announced),
+                            dataEndText(file.header()))};
 }
 
 QString utcText(const ObservationData &header, double point)
@@ -99,11 +97,14 @@ QString statisticsHtml(const StatisticsPart &part)
                        .arg(part.first)
                        .arg(part.last)
                        .arg(valueText(part.seconds));
-    const auto orDash = [&](double value) { return part.isReduced ? "-" : valueText(value); };
-    html += "<table width='100%'>" + tableRow("mean", valueText(s.mean)) +
-            tableRow("sigma", valueText(s.sigma)) + tableRow("median", orDash(s.median)) +
-            tableRow("MAD", orDash(part.deviation)) + tableRow("minimum", valueText(s.min)) +
-            tableRow("maximum", valueText(s.max));
+    const auto orDash = [&](double value) {
+        return s.count == 0 ? QString("-") : valueText(value);
+    };
+    const auto ofSamples = [&](double value) { return part.isReduced ? "-" : orDash(value); };
+    html += "<table width='100%'>" + tableRow("mean", orDash(s.mean)) +
+            tableRow("sigma", orDash(s.sigma)) + tableRow("median", ofSamples(s.median)) +
+            tableRow("MAD", ofSamples(part.deviation)) + tableRow("minimum", orDash(s.min)) +
+            tableRow("maximum", orDash(s.max));
     if (part.isSelected)
         html += tableRow("S/N", part.isReduced || part.signal.surroundings == 0
                                     ? "-"

@@ -74,6 +74,7 @@ PulsarForm::PulsarForm(const QString &path, QWidget *parent)
     PulsarParameters presets;
     readDispersions(presets);
     fillCentralWidget(this, grafik, info);
+    showDataEnd(ui->dataEnd, data);
     offerSwitchedChannels(ui->leaveOutChannels, path, data.channels);
     connectInputs();
     lastValues = std::make_unique<LastValues>(this);

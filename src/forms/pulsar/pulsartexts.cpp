@@ -138,7 +138,7 @@ StartPoint pointAtUtc(const ObservationData &data, const QString &time)
     // The tiny surplus keeps a time that is a whole number of steps on its own point.
     const double point =
         std::max(0.0, std::floor(clock.pointAt(isNextDay ? ms + msPerDay : ms) + 1e-6));
-    const int last = data.npoints - 1;
+    const int last = completePoints(data) - 1;
     if (point > last)
         return {0, QString("%1 UTC is not in the recording.\nAllowed: %2 to %3.")
                        .arg(time, clock.utc(0).toString("hh:mm:ss.zzz"),
