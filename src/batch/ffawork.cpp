@@ -21,6 +21,8 @@ namespace {
 // A recording stands in the file point by point, so that every reading passes through all of it:
 // as many rays are read at once as take this much memory.
 constexpr qint64 memoryAtOnce = qint64(1) << 30;
+// Far more than any telescope has; a passport that says more is damaged.
+constexpr qint64 mostRays = 100000;
 
 // One search of a recording.
 struct Search {
@@ -57,6 +59,16 @@ std::vector<RaySelection> groupsOf(const RaySelection &all, qint64 bytesOfRay)
         }
     }
     return groups;
+}
+
+// Asked before lists of them are made.
+bool hasTooManyRays(const FfaRequest &request, const ObservationData &header)
+{
+    const auto countOf = [](const std::vector<int> &chosen, int all) {
+        return chosen.empty() ? qint64(std::max(all, 0)) : qint64(chosen.size());
+    };
+    return countOf(request.modules, header.modules) > mostRays ||
+           countOf(request.modules, header.modules) * countOf(request.rays, header.rays) > mostRays;
 }
 
 RaySelection selectionOf(const FfaRequest &request, const ObservationData &header)
@@ -146,6 +158,13 @@ public:
     Failure run(TableResult &result)
     {
         const ObservationData &header = file.header();
+        if (hasTooManyRays(request, header))
+            return {ExitCode::BadData,
+                    QString("%1: its passport announces %2 modules of %3 rays, too many to search "
+                            "all of them. Choose some with --module and --ray.")
+                        .arg(file.path())
+                        .arg(header.modules)
+                        .arg(header.rays)};
         const RaySelection all = selectionOf(request, header);
         const std::vector<double> dispersions = dispersionsOf(request, header);
         count = all.count() * int(dispersions.size());
@@ -213,6 +232,8 @@ private:
         if (!calculate.run("createFFA"))
             return calculate.wasCancelled() ? Failure{ExitCode::TryLater, "Stopped."}
                                             : refusalOf(calculate, selected, file.path());
+        if (const QString &text = calculate.result().nonFinite; !text.isEmpty())
+            noteNonFinite(selected, text);
         const FfaResult &ffa = *calculate.result().ffa;
         const double noise =
             Tools::estimateFfa(parameters.ffa, calculate.ffaPoints(), data.tresolution)
@@ -252,6 +273,16 @@ private:
             result.plot = plotOf(ffa, threshold);
         }
         return {};
+    }
+
+    // Once a ray: its dispersions take in nearly the same samples.
+    void noteNonFinite(const Search &selected, const QString &text)
+    {
+        const QString ray = QString("module %1, ray %2: ").arg(selected.module).arg(selected.ray);
+        if (!nonFinite.isEmpty() && nonFinite.constLast().startsWith(ray))
+            return;
+        nonFinite << ray + text;
+        control.remark(file.path() + ": " + nonFinite.constLast());
     }
 
     void refine(const FfaResult &ffa, Candidate &candidate) const
@@ -299,6 +330,8 @@ private:
                                                .arg(shown.dispersion)});
         lines.push_back({"report", "Periods are topocentric. S/N is that of the best boxcar of the "
                                    "fold; fold_snr that of the series folded at the period."});
+        for (const QString &note : nonFinite)
+            lines.push_back({"report", note});
     }
 
     const FfaRequest &request;
@@ -317,6 +350,7 @@ private:
     int widths = 0;
     float shownSnr = 0;
     Search shown;
+    QStringList nonFinite; // of each ray that has samples which are no numbers
 };
 
 template <typename Number>
@@ -367,6 +401,8 @@ std::vector<HeaderLine> parameterLines(const FfaRequest &request)
 qint64 memoryOf(const FfaRequest &request, const RecordingFile &file)
 {
     const ObservationData &header = file.header();
+    if (hasTooManyRays(request, header)) // which the search will refuse
+        return 0;
     const PulsarParameters parameters =
         parametersOf(request, header, dispersionsOf(request, header).front());
     const int points = PulsarCalculate(header, parameters).ffaPoints();

@@ -10,7 +10,6 @@ struct PulsarRequest {
     QString command;             ///< "sum", "fourier", ...
     QString action;              ///< of PulsarCalculate
     PulsarParameters parameters; ///< startTime instead of a first point where it is not empty
-    int sumLength = 0;           ///< points of "sumChannelsDemoNoise"; 0: as the form, 16384
     OutputOptions output;
 };
 

@@ -35,6 +35,11 @@ bool isSelectionRefused(const ObservationData &data, const PulsarParameters &sel
     return true;
 }
 
+bool hasBaseline(const QString &noise)
+{
+    return noise == "polinom5" || noise == "median" || noise == "backSum";
+}
+
 // Shifts of the bands below the reference; false after a debug line when one is beyond an int.
 bool findShifts(const ObservationData &data, double dispersion, bool forward, BandShifts &shifts)
 {
@@ -109,10 +114,14 @@ bool PulsarCalculate::sumWithoutNoise(double *dataOut, int count, double dispers
         debugLine("ERROR: sumChannels return false!");
         return false;
     }
-    std::vector<double> baseline(sum.size());
-    if (!noiseBaseline(sum, dispersion, baseline.data()) ||
-        !Tools::deduct(sum.data(), baseline.data(), dataOut, count))
-        return false;
+    if (hasBaseline(parameters.noise)) {
+        std::vector<double> baseline(sum.size());
+        if (!noiseBaseline(sum, dispersion, baseline.data()) ||
+            !Tools::deduct(sum.data(), baseline.data(), dataOut, count))
+            return false;
+    } else {
+        std::copy_n(sum.data(), count, dataOut);
+    }
     return !parameters.normalise || Tools::normalise(dataOut, count);
 }
 

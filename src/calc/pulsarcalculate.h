@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calc/finitesamples.h"
 #include "calc/pulsarresult.h"
 #include "data/observationdata.h"
 
@@ -7,6 +8,17 @@
 #include <QString>
 #include <memory>
 #include <vector>
+
+/// What an action takes in of a recording.
+struct PulsarNeeds {
+    int module = 1;                  ///< from 1
+    int ray = 1;                     ///< from 1
+    std::vector<SampleRange> ranges; ///< ascending by channel and begin, apart from each other
+
+    /// The points of all ranges; `end` is not included.
+    int begin() const;
+    int end() const;
+};
 
 /// Runs one analysis action of the pulsar form or of the FFA form on one recording and keeps its
 /// result.
@@ -24,7 +36,17 @@ public:
     PulsarCalculate(const ObservationData &data, const PulsarParameters &parameters,
                     QObject *parent = nullptr);
 
-    /// Runs the action of that name.
+    /// Whether an action accepts its parameters for this recording. Nothing is computed and no
+    /// sample looked at: the record may be without any.
+    ///
+    /// @return false: failure() and failedParameter() say why
+    bool validate(const QString &action);
+
+    /// Which samples an action that validate() has accepted takes in.
+    PulsarNeeds needs(const QString &action) const;
+
+    /// Runs the action of that name. Samples that are no finite numbers count as the median of
+    /// what the action takes in of their channel; a channel without any finite one is refused.
     ///
     /// @return false when the action is unknown, refused or cancelled; failure() then says
     ///         why, and the result stays as far as it was built
@@ -98,6 +120,14 @@ public slots:
     void cancel() { cancelled = true; }
 
 private:
+    // By its name: what is checked before anything is read, and what is computed.
+    struct Action {
+        QString name;
+        bool (PulsarCalculate::*accept)();
+        bool (PulsarCalculate::*compute)();
+    };
+    static const Action *findAction(const QString &name);
+
     // The actions, in pulsaractions.cpp, pulsarffa.cpp, pulsarnative.cpp and pulsarscans.cpp.
     bool showNative();
     bool sumPeriod();
@@ -113,12 +143,19 @@ private:
     bool refuse(const QString &reason, const QString &parameter = {});
     bool goOn(int percent);
 
+    bool acceptFfa();
+    bool acceptFixedSum();
+    bool acceptFold();
+    bool acceptFourDispersions();
+    bool acceptFourier();
+    bool acceptScan();
+    bool acceptStarts();
+    bool acceptSum();
     bool acceptChannelSelection();
     bool acceptSelection(double dispersion);
     bool acceptDispersion(double dispersion, const QString &parameter = "dispersion");
     bool acceptSpectrum(int length);
     bool acceptHarmonic(int spectrumLength);
-    bool acceptNumbers(const std::vector<double> &series);
     int lastFullStart(double dispersion) const;
     int longestShift(double dispersion) const;
     int pointsWithoutAllBands(double dispersion) const;
@@ -128,15 +165,19 @@ private:
     struct Scan;
     bool scanDispersions(int firstPoint, int averageCount, int progressFrom, int progressTo,
                          Scan &scan);
-    bool acceptScan(int averageCount);
+    void beginScan();
     std::vector<double> trialDispersions() const;
+    int scanDelta() const;
+    std::vector<int> scanStarts() const;
     QString describeScan(const Scan &scan);
     void addScan(const Scan &scan, const QString &name);
 
     const float *bandSamples(int channel) const;
-    bool deleteSteps(int begin, int end, int firstChannel, int lastChannel,
-                     double markDispersion = 0);
-    bool deleteStepsForSums(double dispersion);
+    int channelPoints(const QString &action) const;
+    bool prepareSamples(const QString &action);
+    void leaveGaps(std::vector<float> &curve) const;
+    bool deleteSteps(const PulsarNeeds &needed, const Tools::FiniteSamples &finite,
+                     double markDispersion);
     void markSteps();
 
     bool noiseBaseline(const std::vector<double> &sum, double dispersion, double *baseline,
@@ -157,8 +198,8 @@ private:
     int fewestBands = sumBands;   // over all sums of the running action
     double largestDispersion = 0; // of the running action
 
-    std::shared_ptr<SampleBlock> workingCopy; // one module, one ray; null: the record itself
-    std::vector<int> stepPoints;              // where they show, indices within the recording
+    Samples workingCopy;         // what the action takes in; empty: the record itself
+    std::vector<int> stepPoints; // where they show, indices within the recording
     int stepCount = 0;
 
     PulsarResult outcome;

@@ -3,6 +3,7 @@ zrt_add_test(calc/approximation unit zrt_calc)
 zrt_add_test(calc/fourier unit zrt_calc)
 zrt_add_test(calc/seriesstatistics unit zrt_calc)
 zrt_add_test(calc/pulsarcalculate unit zrt_calc)
+zrt_add_test(calc/pulsarneeds unit zrt_calc)
 zrt_add_test(calc/ffasearch unit zrt_calc)
 zrt_add_test(calc/significance unit zrt_calc)
 

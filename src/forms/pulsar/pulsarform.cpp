@@ -176,7 +176,8 @@ void PulsarForm::compute(const QString &action, int points)
     std::optional<PulsarParameters> parameters = readParameters();
     if (!parameters)
         return;
-    parameters->points = points;
+    // The other actions show so many points of what they give.
+    parameters->points = takesPoints(action) ? points : 0;
 
     // What a single channel shows is there whether the channel is on or off.
     const SwitchedRecording recording =
