@@ -137,6 +137,9 @@ Failure exportFilterbank(const ExportRequest &request, RecordingFile &file, cons
     fil.bandStep = order.size() > 1 ? (header.fbands[std::size_t(order.back())] - fil.firstBand) /
                                           double(order.size() - 1)
                                     : -1;
+    if (const QString problem = filterbankProblem(fil); !problem.isEmpty())
+        return {ExitCode::BadData,
+                QString("%1 cannot be exported as a .fil: %2.").arg(file.path(), problem)};
     OutputWriter writer;
     if (Failure failure = writer.open(path))
         return failure;
@@ -213,6 +216,23 @@ QByteArray seriesDescription(const ExportRequest &request, const RecordingFile &
     return text.toUtf8();
 }
 
+// Sums as little-endian floats, a block at a time: all of them may be more than one array of bytes
+// can hold.
+Failure writeFloats(const std::vector<double> &sums, OutputWriter &writer)
+{
+    std::vector<float> block;
+    for (std::size_t first = 0; first < sums.size(); first += blockPoints) {
+        const std::size_t end = std::min(first + blockPoints, sums.size());
+        block.assign(sums.begin() + std::ptrdiff_t(first), sums.begin() + std::ptrdiff_t(end));
+        const qint64 count = qint64(block.size());
+        qToLittleEndian<quint32>(block.data(), count, block.data());
+        if (Failure failure = writer.write(reinterpret_cast<const char *>(block.data()),
+                                           count * qint64(sizeof(float))))
+            return failure;
+    }
+    return {};
+}
+
 Failure exportSeries(const ExportRequest &request, RecordingFile &file, const QStringList &paths,
                      const Control &control)
 {
@@ -227,11 +247,10 @@ Failure exportSeries(const ExportRequest &request, RecordingFile &file, const QS
     if (!sum.whole()->remark.isEmpty())
         control.remark(QString("%1: %2 They count as the median of their channel.")
                            .arg(file.path(), sum.whole()->remark));
-    const std::vector<float> values(sum.whole()->sums.begin(), sum.whole()->sums.end());
-    QByteArray bytes(int(values.size() * sizeof(float)), Qt::Uninitialized);
-    qToLittleEndian<quint32>(values.data(), qsizetype(values.size()), bytes.data());
+    const std::vector<double> &sums = sum.whole()->sums;
     return writeTogether(
-        {{paths[1], seriesDescription(request, file, paths[0])}, {paths[0], bytes}});
+        {{paths[1], seriesDescription(request, file, paths[0])},
+         {paths[0], {}, [&sums](OutputWriter &writer) { return writeFloats(sums, writer); }}});
 }
 
 QStringList exportPaths(const ExportRequest &request, const QString &input)
@@ -271,6 +290,17 @@ QByteArray importedPassport(const FilterbankHeader &fil, int npoints)
            (lines.join('\n') + '\n').toUtf8();
 }
 
+// What a reader would have against the passport of an imported recording; empty: nothing.
+QString passportProblem(const QByteArray &passport)
+{
+    if (passport.size() > passportSizeLimit)
+        return "the frequencies of so many channels make a longer passport than readers take";
+    const RecordingHeader header = recordingHeader(parsePassport(passport), {});
+    if (header.problem.isEmpty() && !(header.data.tresolution > 0))
+        return "its sampling interval is none that a passport can hold";
+    return header.problem;
+}
+
 // Values of one sample of the file, lowest band first, and their mean as the extra channel.
 void convertSample(const char *bytes, const FilterbankHeader &fil, float *values)
 {
@@ -307,10 +337,13 @@ Failure importFilterbank(const QString &input, const QString &output, const Cont
     if (available % sampleBytes != 0)
         control.remark(QString("%1: the last sample is not whole and was left out.").arg(input));
 
+    const QByteArray passport = importedPassport(fil, int(npoints));
+    if (const QString problem = passportProblem(passport); !problem.isEmpty())
+        return {ExitCode::BadData, QString("%1 cannot be imported: %2.").arg(input, problem)};
     OutputWriter writer;
     if (Failure failure = writer.open(output))
         return failure;
-    if (Failure failure = writer.write(importedPassport(fil, int(npoints))))
+    if (Failure failure = writer.write(passport))
         return failure;
     const qint64 valuesPerPoint = qint64(fil.channels) + 1;
     const qint64 step = std::clamp<qint64>(mostImportBlock / (valuesPerPoint * 4), 1, blockPoints);

@@ -122,6 +122,8 @@ Failure writeTogether(const std::vector<OutputFile> &files)
             return failure;
         if (Failure failure = writers[i].write(files[i].bytes))
             return failure;
+        if (Failure failure = files[i].rest ? files[i].rest(writers[i]) : Failure())
+            return failure;
         if (Failure failure = writers[i].flush())
             return failure;
     }

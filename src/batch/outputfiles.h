@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QSaveFile>
 #include <QStringList>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -29,6 +30,8 @@ private:
 struct OutputFile {
     QString path;
     QByteArray bytes;
+    /// Writes what follows the bytes, piece by piece; empty: nothing does.
+    std::function<Failure(OutputWriter &writer)> rest = {};
 };
 
 /// Writes files that belong together, each whole or not at all: all are on the disk under
