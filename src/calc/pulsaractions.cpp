@@ -81,13 +81,25 @@ bool PulsarCalculate::run(const QString &action)
     outcome.axis.first = parameters.firstPoint;
     bool done = false;
     try {
-        done = prepareSamples(action) && (this->*findAction(action)->compute)() && !cancelled;
+        done = prepareSamples(action) && (this->*findAction(action)->compute)() && !cancelled &&
+               acceptCurves();
     } catch (const std::bad_alloc &) {
         done = refuse("There is not enough memory for this action.\nClose other programs, or take "
                       "a shorter stretch.");
     }
     workingCopy = {};
     return done;
+}
+
+// Finite samples may have sums that no float holds.
+bool PulsarCalculate::acceptCurves()
+{
+    const std::vector<float> &curve = outcome.curves[0];
+    return curve.empty() ||
+           std::any_of(curve.begin(), curve.end(),
+                       [](float value) { return std::isfinite(value); }) ||
+           refuse("No finite value came out: the samples are too large to be added.\nCheck the "
+                  "file, or choose another stretch, ray or module.");
 }
 
 bool PulsarCalculate::sumChannelsAction()

@@ -143,6 +143,7 @@ private:
     bool refuse(const QString &reason, const QString &parameter = {});
     bool goOn(int percent);
 
+    bool acceptCurves();
     bool acceptFfa();
     bool acceptFixedSum();
     bool acceptFold();

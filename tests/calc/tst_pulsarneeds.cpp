@@ -119,6 +119,7 @@ private slots:
     void medianForWhatIsNoNumber();
     void namesWhatIsNoNumber();
     void channelWithoutNumbers();
+    void sumsBeyondAnyFloat();
     void stepsBesideGaps();
     void validatesWithoutSamples_data();
     void validatesWithoutSamples();
@@ -279,6 +280,17 @@ void TestPulsarNeeds::channelWithoutNumbers()
     PulsarParameters otherRay = parameters;
     otherRay.ray = 2;
     QCOMPARE(answerOf(holed.data, otherRay, "sumChannelsDemoNoise").nonFinite, QString());
+}
+
+void TestPulsarNeeds::sumsBeyondAnyFloat()
+{
+    const Recording large;
+    for (int c = 0; c < 32; ++c)
+        std::fill_n(large.channel(c), npoints, 3e38f);
+    PulsarParameters parameters = selected(0);
+    parameters.noise = "without";
+    const Answer answer = answerOf(large.data, parameters, "sumChannelsDemoNoise");
+    QVERIFY2(answer.failure.startsWith("No finite value came out"), qPrintable(answer.failure));
 }
 
 // Steps are found and taken out beside samples that are no numbers, which then stand at the level
