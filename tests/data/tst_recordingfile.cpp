@@ -183,6 +183,7 @@ void TestRecordingFile::refusedAndShort()
     stretch.rays = {0};
     QVERIFY(file.read(stretch).end() == StretchEnd::Refused);
     QCOMPARE(file.announcedSize(), qint64(-1));
+    QCOMPARE(Tools::recordingTextBytes(file.path()), qint64(0));
 }
 
 // A stretch, and a stretch of that stretch, which is one of the first recording again.
