@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 #include "app/settings.h"
+#include "base/process.h"
 
 #include <QApplication>
 #include <QFile>
@@ -7,6 +8,7 @@
 
 int main(int argc, char **argv)
 {
+    setUpProcess();
     QApplication application(argc, argv);
 
     QFile styles(":/styles/styles.qss");

@@ -1,11 +1,12 @@
 #include "batch/candidates.h"
 
 #include "batch/axis.h"
+#include "batch/inputlist.h"
 #include "batch/outputfiles.h"
+#include "batch/runner.h"
 
-#include <QFile>
-#include <QSet>
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <tuple>
 
@@ -13,8 +14,8 @@ namespace Batch {
 
 namespace {
 
-// A merged table of a survey has some hundred bytes per candidate.
-constexpr qint64 largestTable = qint64(2) << 30;
+// A merged table of a survey has some hundred bytes per candidate; a text takes twice its bytes.
+constexpr qint64 largestTable = qint64(1) << 29;
 
 // Where two tables name the same search of the same file, both have the same candidates.
 auto identity(const Candidate &candidate)
@@ -23,11 +24,22 @@ auto identity(const Candidate &candidate)
                       candidate.dispersion, candidate.peak.width, candidate.peak.bins);
 }
 
+// A number that sorts: NaN behind all others.
+auto sortable(double number)
+{
+    return std::isnan(number) ? std::pair(true, 0.0) : std::pair(false, number);
+}
+
+// Every column counts, so that equal candidates are the same to the last letter and no order of
+// the inputs shows.
 bool isStronger(const Candidate &a, const Candidate &b)
 {
     if (a.peak.snr != b.peak.snr)
         return a.peak.snr > b.peak.snr;
-    return identity(a) < identity(b);
+    const auto rest = [](const Candidate &c) {
+        return std::tuple(identity(c), c.remark, sortable(c.peak.foldSnr), sortable(c.periodError));
+    };
+    return rest(a) < rest(b);
 }
 
 const Column *columnNamed(const std::vector<Column> &columns, const QString &name)
@@ -51,8 +63,70 @@ QString textAt(const Column *column, int row)
 
 int wholeAt(const Column *column, int row)
 {
-    const double number = numberAt(column, row);
-    return std::abs(number) < 1e9 ? int(number) : 0;
+    return column ? int(numberAt(column, row)) : 0;
+}
+
+constexpr double mostWhole = 1e9;
+
+// What the numbers of a column of candidates may be.
+struct NumberColumn {
+    const char *name;
+    bool isNeeded;  // in every table
+    bool mayBeNone; // NaN: it was not measured
+    bool isWhole;
+};
+constexpr std::array<NumberColumn, 9> numberColumns = {{
+    {"snr", true, false, false},
+    {"period", true, false, false},
+    {"period_error", false, true, false},
+    {"dispersion", false, false, false},
+    {"module", false, false, true},
+    {"ray", false, false, true},
+    {"width_bins", false, false, true},
+    {"fold_bins", false, false, true},
+    {"fold_snr", false, true, false},
+}};
+
+bool isAllowed(const NumberColumn &kind, double number)
+{
+    if (std::isnan(number))
+        return kind.mayBeNone;
+    if (kind.isWhole)
+        return std::abs(number) < mostWhole && number == std::trunc(number);
+    return std::isfinite(float(number));
+}
+
+// The first cell of a column that is no number of its kind; empty where all are.
+QString columnProblem(const NumberColumn &kind, const Column &column)
+{
+    for (int row = 0; row < column.size(); ++row) {
+        bool isNumber = true;
+        const auto *const texts = std::get_if<QStringList>(&column.values);
+        const double number = texts ? texts->at(row).toDouble(&isNumber) : numberAt(&column, row);
+        if (!isNumber || !isAllowed(kind, number))
+            return QString("in row %1 the %2 \"").arg(row + 1).arg(kind.name) +
+                   (texts ? texts->at(row).left(40) : QString(numberText(number))) +
+                   "\" is no number that can be used";
+    }
+    return {};
+}
+
+QString tableProblem(const ReadTable &read)
+{
+    if (!read.problem.isEmpty())
+        return read.problem;
+    const std::vector<Column> &columns = read.table.columns;
+    if (!columnNamed(columns, "remark"))
+        return "it is no table of candidates";
+    for (const NumberColumn &kind : numberColumns) {
+        const Column *const column = columnNamed(columns, kind.name);
+        if (!column && kind.isNeeded)
+            return "it is no table of candidates";
+        if (const QString problem = column ? columnProblem(kind, *column) : QString();
+            !problem.isEmpty())
+            return problem;
+    }
+    return {};
 }
 
 } // namespace
@@ -119,16 +193,15 @@ ReadCandidates readCandidates(const QByteArray &bytes)
 {
     ReadCandidates read;
     const ReadTable table = readTable(bytes);
-    read.problem = table.problem;
+    read.remark = table.remark;
+    read.problem = tableProblem(table);
+    if (!read.problem.isEmpty())
+        return read;
     const std::vector<Column> &columns = table.table.columns;
     const Column *const snr = columnNamed(columns, "snr");
     const Column *const period = columnNamed(columns, "period");
     const Column *const remark = columnNamed(columns, "remark");
     const Column *const file = columnNamed(columns, "file");
-    if (read.problem.isEmpty() && (!snr || !period || !remark))
-        read.problem = "it is no table of candidates";
-    if (!read.problem.isEmpty())
-        return read;
     const QString fileOfAll = valueOf(table.table.request, "file");
     for (int row = 0; row < table.table.rows(); ++row) {
         Candidate candidate;
@@ -154,16 +227,14 @@ Failure mergeCandidates(const QStringList &inputs, const MergeRequest &request)
     std::vector<Candidate> candidates;
     int tables = 0;
     for (const QString &input : inputs) {
-        QFile file(input);
-        if (!file.open(QIODevice::ReadOnly))
-            return {ExitCode::NoInput,
-                    QString("%1 cannot be opened: %2.").arg(input, file.errorString())};
-        if (file.size() > largestTable)
-            return {ExitCode::BadData, QString("%1 is too long for a table.").arg(input)};
-        const ReadCandidates read = readCandidates(file.readAll());
+        QByteArray bytes;
+        if (Failure failure = readInput(input, largestTable, bytes))
+            return failure;
+        const ReadCandidates read = readCandidates(bytes);
         if (!read.problem.isEmpty())
-            return {ExitCode::BadData,
-                    QString("%1 cannot be merged: %2.").arg(input, read.problem)};
+            return {ExitCode::BadData, input + " cannot be merged: " + read.problem + "."};
+        if (!read.remark.isEmpty())
+            printError(input + ": " + read.remark + ".");
         ++tables;
         for (const Candidate &candidate : read.candidates) {
             if (double(candidate.peak.snr) >= request.threshold &&
@@ -186,7 +257,7 @@ Failure mergeCandidates(const QStringList &inputs, const MergeRequest &request)
                      {"tables", QString::number(tables)}};
     table.columns = candidateColumns(candidates, true);
     removeAbandoned({request.output});
-    return writeTogether({{request.output, table.toBytes(request.format)}});
+    return writeOutputs({{request.output, table.toBytes(request.format)}});
 }
 
 } // namespace Batch

@@ -13,8 +13,8 @@ namespace Batch {
 /// A peak of a search with the place it was found at.
 struct Candidate {
     FfaCandidate peak;
-    int module = 1;                                                ///< from 1
-    int ray = 1;                                                   ///< from 1
+    int module = 1;                                                ///< number by the passport
+    int ray = 1;                                                   ///< number by the passport
     double dispersion = 0;                                         ///< pc/cm^3
     double periodError = std::numeric_limits<double>::quiet_NaN(); ///< s; NaN: not refined
     QString remark; ///< refers to candidates of the same search
@@ -32,10 +32,12 @@ std::vector<Candidate> strongestOfDispersions(std::vector<Candidate> candidates,
 /// One row per candidate; with files a column says which file it is of.
 std::vector<Column> candidateColumns(const std::vector<Candidate> &candidates, bool withFiles);
 
-/// Reads the candidates of a result; the problem is empty when it holds a table of them.
+/// Reads the candidates of a result; the problem is empty when it holds a whole table of them,
+/// every number of it usable.
 struct ReadCandidates {
     std::vector<Candidate> candidates;
     QString problem;
+    QString remark; ///< what a user should know of the table; or empty
 };
 ReadCandidates readCandidates(const QByteArray &bytes);
 

@@ -51,6 +51,25 @@ void addRunOptions(CLI::App &command, RunArguments &arguments, const std::string
         ->check(CLI::AsSizeValue(false));
 }
 
+void addPlaceOptions(CLI::App &command, int &module, int &ray, PlaceOptions &numbers)
+{
+    const auto add = [&command](const std::string &what, int &place, std::optional<int> &number) {
+        auto *const byPlace =
+            command
+                .add_option("--" + what, place, "Place of the " + what + " in the file, from 1.")
+                ->type_name("N")
+                ->capture_default_str();
+        command
+            .add_option("--" + what + "-number", number,
+                        "Number of the " + what +
+                            " by the passport instead, where the files hold different ones.")
+            ->type_name("N")
+            ->excludes(byPlace);
+    };
+    add("module", module, numbers.moduleNumber);
+    add("ray", ray, numbers.rayNumber);
+}
+
 void addFormatOption(CLI::App &command, std::string &format)
 {
     command.add_option("--format", format, "Form of the numbers: text, csv or json.")

@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,10 +37,18 @@ struct TableArguments : RunArguments {
     std::string pictureSize = "1280x720";
 };
 
+/// Numbers of the passport that choose a module and a ray instead of their places in the file.
+struct PlaceOptions {
+    std::optional<int> moduleNumber;
+    std::optional<int> rayNumber;
+};
+
 QString textOf(const std::string &text);
 
 void addRunOptions(CLI::App &command, RunArguments &arguments, const std::string &inputHelp);
 void addTableOptions(CLI::App &command, TableArguments &arguments);
+/// --module and --ray, by place, and --module-number and --ray-number.
+void addPlaceOptions(CLI::App &command, int &module, int &ray, PlaceOptions &numbers);
 void addFormatOption(CLI::App &command, std::string &format);
 void addSizeOption(CLI::App &command, std::string &size);
 

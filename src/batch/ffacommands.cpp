@@ -18,6 +18,8 @@ struct FfaArguments : TableArguments {
     FfaRequest request;
     std::string modules = "1";
     std::string rays = "1";
+    std::string moduleNumbers; // empty: by place
+    std::string rayNumbers;
     std::string dispersions;
     std::string noise = request.noise.toStdString();
     bool noDeredden = false;
@@ -64,13 +66,15 @@ bool readDispersions(const std::string &text, std::vector<double> &dispersions)
     return true;
 }
 
-CLI::Validator numberList()
+CLI::Validator numberList(bool mayBeAll)
 {
     return CLI::Validator(
-        [](const std::string &text) {
+        [mayBeAll](const std::string &text) {
             std::vector<int> numbers;
-            return readNumbers(text, numbers) ? std::string()
-                                              : "numbers from 1 with commas, or all";
+            const bool isRead = readNumbers(text, numbers) && (mayBeAll || !numbers.empty());
+            return isRead
+                       ? std::string()
+                       : std::string("numbers from 1 with commas") + (mayBeAll ? ", or all" : "");
         },
         "");
 }
@@ -84,6 +88,30 @@ CLI::Validator dispersionList()
                                                       : "a DM, DMs with commas, or from:to:step";
         },
         "");
+}
+
+// Modules and rays by place or by number.
+void addRayLists(CLI::App &command, FfaArguments &arguments)
+{
+    const auto add = [&command](const std::string &what, std::string &places,
+                                std::string &numbers) {
+        auto *const byPlace =
+            command
+                .add_option("--" + what, places,
+                            "Places of " + what + "s in the file, from 1: 1, 1,3 or all.")
+                ->type_name("LIST")
+                ->capture_default_str()
+                ->check(numberList(true));
+        command
+            .add_option("--" + what + "-number", numbers,
+                        "Numbers of " + what +
+                            "s by the passport instead, where the files hold different ones.")
+            ->type_name("LIST")
+            ->check(numberList(false))
+            ->excludes(byPlace);
+    };
+    add("module", arguments.modules, arguments.moduleNumbers);
+    add("ray", arguments.rays, arguments.rayNumbers);
 }
 
 void addSearchOptions(CLI::App &command, FfaRequest &request)
@@ -126,14 +154,7 @@ void addFfa(CLI::App &app, Chosen &chosen)
         "  zrt-batch ffa --ray 7 --dm 26.2 --period-min 0.5 --plot png demo.pnt\n"
         "  zrt-batch ffa --ray 3,7 --dm 0:40:20 --period-min 1 --threshold 8 -o results .\n"
         "  zrt-batch merge --output candidates.txt results/*.ffa.txt");
-    command->add_option("--module", arguments->modules, "Modules, from 1: 1, 1,2 or all.")
-        ->type_name("LIST")
-        ->capture_default_str()
-        ->check(numberList());
-    command->add_option("--ray", arguments->rays, "Rays, from 1: 7, 1,3 or all.")
-        ->type_name("LIST")
-        ->capture_default_str()
-        ->check(numberList());
+    addRayLists(*command, *arguments);
     command
         ->add_option("--dm", arguments->dispersions,
                      "Dispersions, pc/cm^3: 26.2 or 0,10,20 or from:to:step. Default: that of the "
@@ -173,6 +194,10 @@ void addFfa(CLI::App &app, Chosen &chosen)
         FfaRequest complete = arguments->request;
         readNumbers(arguments->modules, complete.modules);
         readNumbers(arguments->rays, complete.rays);
+        if (!arguments->moduleNumbers.empty())
+            readNumbers(arguments->moduleNumbers, complete.moduleNumbers);
+        if (!arguments->rayNumbers.empty())
+            readNumbers(arguments->rayNumbers, complete.rayNumbers);
         if (!arguments->dispersions.empty())
             readDispersions(arguments->dispersions, complete.dispersions);
         complete.noise = QString::fromStdString(arguments->noise);

@@ -1,17 +1,15 @@
 #include "batch/ffawork.h"
 
 #include "batch/candidates.h"
+#include "batch/picture.h"
 #include "calc/ffacandidates.h"
 #include "calc/ffafold.h"
 #include "calc/pulsarcalculate.h"
-#include "data/recordingtime.h"
-#include "forms/pulsar/pulsartexts.h"
-#include "plot/plotgeometry.h"
+#include "data/truenumbers.h"
 
 #include <QDateTime>
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <numeric>
 
 namespace Batch {
@@ -24,7 +22,7 @@ constexpr qint64 memoryAtOnce = qint64(1) << 30;
 // Far more than any telescope has; a passport that says more is damaged.
 constexpr qint64 mostRays = 100000;
 
-// One search of a recording.
+// One search of a recording; module and ray by their numbers.
 struct Search {
     int module = 1;
     int ray = 1;
@@ -76,6 +74,19 @@ RaySelection selectionOf(const FfaRequest &request, const ObservationData &heade
     return {chosenOrAll(request.modules, header.modules), chosenOrAll(request.rays, header.rays)};
 }
 
+// The request with numbers of the passport turned into places in the file.
+Failure findRays(FfaRequest &request, const RecordingFile &file)
+{
+    if (!request.moduleNumbers.empty())
+        if (Failure failure =
+                findPlaces(file, Numbered::Module, request.moduleNumbers, request.modules))
+            return failure;
+    if (!request.rayNumbers.empty())
+        if (Failure failure = findPlaces(file, Numbered::Ray, request.rayNumbers, request.rays))
+            return failure;
+    return {};
+}
+
 std::vector<double> dispersionsOf(const FfaRequest &request, const ObservationData &header)
 {
     if (!request.dispersions.empty())
@@ -116,36 +127,29 @@ PulsarParameters parametersOf(const FfaRequest &request, const ObservationData &
 
 Failure refusalOf(const PulsarCalculate &calculate, const Search &search, const QString &path)
 {
-    return {ExitCode::BadData, QString("%1: module %2, ray %3, dispersion %4: %5")
-                                   .arg(path)
-                                   .arg(search.module)
-                                   .arg(search.ray)
-                                   .arg(search.dispersion)
-                                   .arg(QString(calculate.failure()).replace('\n', ' '))};
+    return {ExitCode::BadData, path +
+                                   QString(": module %1, ray %2, dispersion %3: ")
+                                       .arg(search.module)
+                                       .arg(search.ray)
+                                       .arg(search.dispersion) +
+                                   QString(calculate.failure()).replace('\n', ' ')};
 }
 
 // S/N over period, as the form draws it.
 PlotData plotOf(const FfaResult &result, double threshold)
 {
-    const auto spectrum =
-        std::make_shared<const FfaSpectrum>(Tools::sortedSpectrum(result.periodogram));
-    PlotData plot;
-    plot.graphs = {spectrum->snr, std::vector<float>(spectrum->snr.size(), float(threshold))};
-    plot.names = {"S/N, best width", "threshold"};
-    plot.numPoints = int(spectrum->snr.size());
-    plot.x = {"period", "s", 0, 1, spectrum->periods};
-    plot.yName = "S/N";
-    plot.textX1 = [spectrum](int i) {
-        return QString::number(spectrum->periods[std::size_t(i)], 'g', 6) + " s";
-    };
-    plot.textX2 = [spectrum](int i) {
-        return QString::number(1 / spectrum->periods[std::size_t(i)], 'g', 6) + " Hz";
-    };
-    const Plot::Range range = Plot::verticalRange(plot);
-    plot.yMin = range.min;
-    plot.yMax = range.max;
-    plot.yPrecision = FormTexts::labelDecimals(range.max - range.min);
-    return plot;
+    FfaSpectrum spectrum = Tools::sortedSpectrum(result.periodogram);
+    std::vector<float> level(spectrum.snr.size(), float(threshold));
+    return periodPlot(std::move(spectrum.periods), {std::move(spectrum.snr), std::move(level)},
+                      {"S/N, best width", "threshold"});
+}
+
+QString nameOf(const Search &search)
+{
+    return QString("module %1, ray %2, dispersion %3 pc/cm^3")
+        .arg(search.module)
+        .arg(search.ray)
+        .arg(search.dispersion);
 }
 
 // Searches of one recording, from the first to the last.
@@ -158,13 +162,15 @@ public:
     Failure run(TableResult &result)
     {
         const ObservationData &header = file.header();
+        if (Failure failure = findRays(request, file))
+            return failure;
         if (hasTooManyRays(request, header))
             return {ExitCode::BadData,
-                    QString("%1: its passport announces %2 modules of %3 rays, too many to search "
-                            "all of them. Choose some with --module and --ray.")
-                        .arg(file.path())
-                        .arg(header.modules)
-                        .arg(header.rays)};
+                    file.path() + QString(": its passport announces %1 modules of %2 rays, too "
+                                          "many to search all of them. Choose some with --module "
+                                          "and --ray.")
+                                      .arg(header.modules)
+                                      .arg(header.rays)};
         const RaySelection all = selectionOf(request, header);
         const std::vector<double> dispersions = dispersionsOf(request, header);
         count = all.count() * int(dispersions.size());
@@ -177,7 +183,7 @@ public:
                 return failure;
         }
         sortCandidates(candidates);
-        describe(dispersions.front(), result.table);
+        describe(all, dispersions, result.table);
         result.table.columns = candidateColumns(candidates, false);
         return {};
     }
@@ -193,7 +199,9 @@ private:
             for (std::size_t ray = 0; ray < group.rays.size(); ++ray) {
                 std::vector<Candidate> ofRay;
                 for (const double dispersion : dispersions) {
-                    const Search selected = {group.modules[module], group.rays[ray], dispersion};
+                    const Search selected = {moduleNumber(file.header(), group.modules[module] - 1),
+                                             rayNumber(file.header(), group.rays[ray] - 1),
+                                             dispersion};
                     const Place place = {int(module) + 1, int(ray) + 1};
                     if (Failure failure = search(data, place, selected, ofRay, result))
                         return failure;
@@ -271,6 +279,7 @@ private:
             shownSnr = highest;
             shown = selected;
             result.plot = plotOf(ffa, threshold);
+            result.plot->source = QStringList{"ffa of " + file.path(), nameOf(selected)};
         }
         return {};
     }
@@ -296,15 +305,32 @@ private:
         }
     }
 
-    void describe(double dispersion, ResultTable &table) const
+    // True numbers of what was searched.
+    void describeRays(const RaySelection &all, std::vector<HeaderLine> &lines) const
+    {
+        const auto numbers = [](const std::vector<int> &places, const auto &numberOf) {
+            QStringList texts;
+            for (const int place : places)
+                texts << QString::number(numberOf(place - 1));
+            return texts.join(' ');
+        };
+        const ObservationData &header = file.header();
+        lines.push_back(
+            {"modules", numbers(all.modules, [&](int i) { return moduleNumber(header, i); })});
+        lines.push_back({"rays", numbers(all.rays, [&](int i) { return rayNumber(header, i); })});
+        lines.push_back(beginLine(header));
+    }
+
+    void describe(const RaySelection &all, const std::vector<double> &dispersions,
+                  ResultTable &table) const
     {
         const ObservationData &header = file.header();
         std::vector<HeaderLine> &lines = table.result;
+        describeRays(all, lines);
         lines.push_back({"first_point", QString::number(request.firstPoint)});
-        lines.push_back({"disp", QString::number(std::lround(dispersion))});
+        if (dispersions.size() == 1) // of several, every candidate has its own
+            lines.push_back({"disp", QString::number(std::lround(dispersions.front()))});
         lines.push_back({"tresolution", numberText(header.tresolution) + " s"});
-        if (header.beginTime.isValid())
-            lines.push_back({"begin", exactBegin(header).toString(Qt::ISODateWithMs)});
         if (int(header.fbands.size()) >= PulsarCalculate::sumBands)
             lines.push_back({"reference_frequency",
                              numberText(header.fbands[PulsarCalculate::sumBands - 1]) + " MHz"});
@@ -324,17 +350,14 @@ private:
             {"noise_reaches", QString::number(noiseMaximum, 'f', 2) + " S/N in each search"});
         lines.push_back({"threshold_used", QString::number(usedThreshold, 'f', 2)});
         if (shownSnr > 0)
-            lines.push_back({"picture_of", QString("module %1, ray %2, dispersion %3 pc/cm^3")
-                                               .arg(shown.module)
-                                               .arg(shown.ray)
-                                               .arg(shown.dispersion)});
+            lines.push_back({"picture_of", nameOf(shown)});
         lines.push_back({"report", "Periods are topocentric. S/N is that of the best boxcar of the "
                                    "fold; fold_snr that of the series folded at the period."});
         for (const QString &note : nonFinite)
             lines.push_back({"report", note});
     }
 
-    const FfaRequest &request;
+    FfaRequest request;
     RecordingFile &file;
     const Control &control;
     std::vector<Candidate> candidates;
@@ -377,8 +400,11 @@ std::vector<HeaderLine> parameterLines(const FfaRequest &request)
     const auto yesNo = [](bool is) { return QString(is ? "yes" : "no"); };
     return {
         {"action", "createFFA"},
-        {"modules", listOr(request.modules, "all")},
-        {"rays", listOr(request.rays, "all")},
+        request.moduleNumbers.empty()
+            ? HeaderLine{"module_places", listOr(request.modules, "all")}
+            : HeaderLine{"module_numbers", listOr(request.moduleNumbers, {})},
+        request.rayNumbers.empty() ? HeaderLine{"ray_places", listOr(request.rays, "all")}
+                                   : HeaderLine{"ray_numbers", listOr(request.rayNumbers, {})},
         {"dispersions", listOr(request.dispersions, "of the passport") + " pc/cm^3"},
         {"start_point", QString::number(request.firstPoint)},
         {"count", request.points > 0 ? QString::number(request.points) : QString("all")},
@@ -398,10 +424,10 @@ std::vector<HeaderLine> parameterLines(const FfaRequest &request)
         {"refine", yesNo(request.refine)}};
 }
 
-qint64 memoryOf(const FfaRequest &request, const RecordingFile &file)
+qint64 memoryOf(FfaRequest request, const RecordingFile &file)
 {
     const ObservationData &header = file.header();
-    if (hasTooManyRays(request, header)) // which the search will refuse
+    if (findRays(request, file) || hasTooManyRays(request, header)) // which the search will refuse
         return 0;
     const PulsarParameters parameters =
         parametersOf(request, header, dispersionsOf(request, header).front());

@@ -10,8 +10,10 @@ namespace Batch {
 
 /// A fast folding search of rays and dispersions of each recording.
 struct FfaRequest {
-    std::vector<int> modules;        ///< from 1; empty: all
-    std::vector<int> rays;           ///< from 1; empty: all
+    std::vector<int> modules;       ///< places in the file, from 1; empty: all
+    std::vector<int> rays;          ///< places in the file, from 1; empty: all
+    std::vector<int> moduleNumbers; ///< by the passport, instead of places where not empty
+    std::vector<int> rayNumbers;
     std::vector<double> dispersions; ///< pc/cm^3; empty: that of the passport
     int firstPoint = 0;
     int points = 0; ///< 0: to the end of what has every band

@@ -3,6 +3,7 @@
 #include "batch/filework.h"
 #include "batch/info.h"
 #include "batch/inputlist.h"
+#include "batch/stopsignal.h"
 #include "calc/pulsarcommand.h"
 #include "simulator/simulatecommand.h"
 
@@ -36,12 +37,13 @@ void addSimulate(CLI::App &app, Chosen &chosen)
             arguments << textOf(word);
         chosen.run = [arguments] {
             QCoreApplication::setApplicationVersion(ZRT_VERSION);
-            const Simulator::CommandEnd end = Simulator::simulate(
-                arguments, [](int percent) { Settings::instance()->setProgress(percent); });
-            if (end.problem.isEmpty())
-                return ExitCode::Done;
-            printError("simulate: " + end.problem);
-            return end.isUsage ? ExitCode::Usage : ExitCode::CannotCreate;
+            const Simulator::CommandEnd end = Simulator::simulate(arguments, [](int percent) {
+                Settings::instance()->setProgress(percent);
+                return !isStopRequested();
+            });
+            if (!end.problem.isEmpty())
+                printError("simulate: " + end.problem);
+            return ExitCode(end.code);
         };
     });
 }
@@ -111,7 +113,9 @@ void addPlot(CLI::App &app, Chosen &chosen)
     CLI::App *const command = app.add_subcommand(
         "plot",
         "Pictures of results that are there already, of any command and in any form (text, CSV,\n"
-        "JSON): the same as --plot makes beside a new result.");
+        "JSON). Curves look as --plot makes them beside a new result; tables of candidates, of "
+        "ffa\n"
+        "and of merge, become S/N over period, those with a remark in a colour of their own.");
     command->footer("Example: a vector picture of a spectrum for a paper:\n"
                     "  zrt-batch fourier --tag paper demo.pnt\n"
                     "  zrt-batch plot --kind pdf --size 800x500 demo.pnt.fourier.paper.txt");
@@ -139,6 +143,7 @@ void addExport(CLI::App &app, Chosen &chosen)
         std::string kind = "fil";
         int module = pulsarPresets().module;
         int ray = pulsarPresets().ray;
+        PlaceOptions places;
         double dispersion = pulsarPresets().dispersion;
     };
     const auto arguments = std::make_shared<Arguments>();
@@ -157,12 +162,7 @@ void addExport(CLI::App &app, Chosen &chosen)
         ->type_name("KIND")
         ->capture_default_str()
         ->check(CLI::IsMember({"fil", "dat"}));
-    command->add_option("--module", arguments->module, "Receiver module, from 1.")
-        ->type_name("N")
-        ->capture_default_str();
-    command->add_option("--ray", arguments->ray, "Ray of the module, from 1.")
-        ->type_name("N")
-        ->capture_default_str();
+    addPlaceOptions(*command, arguments->module, arguments->ray, arguments->places);
     command->add_option("--dm", arguments->dispersion, "Dispersion of a \"dat\", pc/cm^3.")
         ->type_name("DM")
         ->capture_default_str();
@@ -171,6 +171,8 @@ void addExport(CLI::App &app, Chosen &chosen)
         request.kind = textOf(arguments->kind);
         request.module = arguments->module;
         request.ray = arguments->ray;
+        request.moduleNumber = arguments->places.moduleNumber;
+        request.rayNumber = arguments->places.rayNumber;
         request.dispersion = arguments->dispersion;
         request.output.folder = textOf(arguments->folder);
         chosen.run = [arguments, request] { return runOn(exportWork(request), *arguments); };

@@ -1,13 +1,16 @@
 #include "batch/filework.h"
 
+#include "base/bytetext.h"
 #include "batch/filterbank.h"
+#include "batch/inputlist.h"
+#include "batch/keyedwork.h"
 #include "batch/outputfiles.h"
-#include "batch/picture.h"
 #include "calc/stretchsum.h"
 #include "data/recordingtime.h"
-#include "data/resulttotext.h"
+#include "data/recordingwriter.h"
+#include "data/truenumbers.h"
 
-#include <QDir>
+#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 #include <QtEndian>
@@ -22,82 +25,11 @@ namespace {
 
 constexpr int blockPoints = 16384;
 constexpr qint64 mostImportBlock = qint64(64) << 20; // bytes
-// A result is far smaller; what is not is no result.
-constexpr qint64 largestResult = qint64(1) << 30;
+constexpr int longestText = 80; // bytes of a text in the header of a filterbank
 
 Failure stopped()
 {
     return {ExitCode::TryLater, "Stopped."};
-}
-
-// Work whose outputs have no room for what they were made with: their names tell it, and they
-// count as done when they are not older than the input.
-Work plainWork(const QString &command, const std::function<QStringList(const QString &)> &outputs)
-{
-    Work work;
-    work.command = command;
-    work.outputs = outputs;
-    work.isDone = [outputs](const QString &input) {
-        const QFileInfo source(input);
-        const QStringList paths = outputs(input);
-        return source.exists() && std::all_of(paths.begin(), paths.end(), [&](const QString &path) {
-                   const QFileInfo info(path);
-                   return info.exists() && info.lastModified() >= source.lastModified();
-               });
-    };
-    work.memory = [](const QString &) { return qint64(0); };
-    return work;
-}
-
-QString besideOrIn(const QString &input, const OutputOptions &output, const QString &name)
-{
-    const QDir folder(output.folder.isEmpty() ? QFileInfo(input).absolutePath() : output.folder);
-    return QDir::cleanPath(folder.absoluteFilePath(name));
-}
-
-// Rows of a table have texts among them, curves only numbers.
-bool holdsCurves(const ResultTable &table)
-{
-    return table.rows() > 0 &&
-           std::none_of(table.columns.begin(), table.columns.end(), [](const Column &column) {
-               return std::holds_alternative<QStringList>(column.values);
-           });
-}
-
-// A file that must be there and open; the failure says what is wrong.
-Failure openInput(QFile &file)
-{
-    const QFileInfo info(file.fileName());
-    if (info.exists() && !info.isFile())
-        return {ExitCode::NoInput, QString("%1 is not an ordinary file.").arg(file.fileName())};
-    if (!file.open(QIODevice::ReadOnly))
-        return {ExitCode::NoInput, QString("%1 cannot be opened: %2. Check the path and the "
-                                           "permissions.")
-                                       .arg(file.fileName(), file.errorString())};
-    return {};
-}
-
-bool isResultFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) && Tools::readResultHeader(file).isUsable();
-}
-
-Failure recordingToText(const QString &input, const QString &output, const Control &control)
-{
-    RecordingFile file;
-    if (Failure failure = openRecordingFile(file, input, control))
-        return failure;
-    SampleReadingHooks hooks;
-    hooks.keepAlive = [&control] { return !control.isStopped(); };
-    Stretch all;
-    all.count = file.header().npoints;
-    const StretchReading reading = file.read(all, hooks);
-    if (!reading.whole())
-        return failureOf(reading.end(), reading.reason());
-    const QString problem =
-        Tools::observationToText(*reading.whole(), output, control.progress, control.isStopped);
-    return problem.isEmpty() ? Failure() : Failure{ExitCode::InputOutput, problem};
 }
 
 // Bands in descending order, as indices of channels; empty where they are not equally spaced.
@@ -119,16 +51,27 @@ std::vector<int> descendingBands(const ObservationData &header)
     return order;
 }
 
-Failure exportFilterbank(const ExportRequest &request, RecordingFile &file, const QString &path,
-                         const Control &control)
+// The name of a recording with the key of a request behind it, in 80 bytes.
+QString rawDataName(const QString &path, const QString &key)
+{
+    QString name = QFileInfo(path).fileName();
+    while (bytesOfText(name).size() + 1 + key.size() > longestText)
+        name.chop(1);
+    return name + " " + key;
+}
+
+Failure exportFilterbank(const ExportRequest &request, const QString &key, RecordingFile &file,
+                         const QString &path, const Control &control)
 {
     const ObservationData &header = file.header();
     const std::vector<int> order = descendingBands(header);
     if (order.empty())
-        return {ExitCode::BadData, QString("%1: its bands are missing in the passport or not "
-                                           "equally spaced, which a .fil cannot say.")
-                                       .arg(file.path())};
+        return {ExitCode::BadData,
+                file.path() +
+                    ": its bands are missing in the passport or not equally spaced, which "
+                    "a .fil cannot say."};
     FilterbankHeader fil;
+    fil.rawDataFile = rawDataName(file.path(), key);
     fil.source = QFileInfo(file.path()).completeBaseName();
     fil.begin = header.beginTime.isValid() ? modifiedJulianDate(exactBegin(header)) : 0;
     fil.step = header.tresolution;
@@ -139,11 +82,13 @@ Failure exportFilterbank(const ExportRequest &request, RecordingFile &file, cons
                                     : -1;
     if (const QString problem = filterbankProblem(fil); !problem.isEmpty())
         return {ExitCode::BadData,
-                QString("%1 cannot be exported as a .fil: %2.").arg(file.path(), problem)};
-    OutputWriter writer;
-    if (Failure failure = writer.open(path))
+                file.path() + " cannot be exported as a .fil: " + problem + "."};
+    WholeFile writer;
+    if (Failure failure = makeFolderOf(path))
         return failure;
-    if (Failure failure = writer.write(filterbankBytes(fil)))
+    if (Failure failure = failureOf(writer.open(path)))
+        return failure;
+    if (Failure failure = failureOf(writer.write(filterbankBytes(fil))))
         return failure;
 
     std::vector<float> row(std::size_t(blockPoints) * order.size());
@@ -166,16 +111,16 @@ Failure exportFilterbank(const ExportRequest &request, RecordingFile &file, cons
         }
         const qint64 count = qint64(stretch.count) * qint64(order.size());
         qToLittleEndian<quint32>(row.data(), count, row.data());
-        if (Failure failure = writer.write(reinterpret_cast<const char *>(row.data()),
-                                           count * qint64(sizeof(float))))
+        if (Failure failure = failureOf(writer.write(reinterpret_cast<const char *>(row.data()),
+                                                     count * qint64(sizeof(float)))))
             return failure;
         control.progress(int(100 * (qint64(first) + stretch.count) / header.npoints));
     }
-    return writer.commit();
+    return failureOf(writer.commit());
 }
 
-QByteArray seriesDescription(const ExportRequest &request, const RecordingFile &file,
-                             const QString &path)
+QByteArray seriesDescription(const ExportRequest &request, const QString &key,
+                             const RecordingFile &file, const QString &path)
 {
     const ObservationData &header = file.header();
     const int bands = header.channels - 1;
@@ -206,19 +151,19 @@ QByteArray seriesDescription(const ExportRequest &request, const RecordingFile &
         {"Data analyzed by", "zrt-batch " ZRT_VERSION},
     };
     QString text;
-    for (const auto &[key, value] : lines)
-        text += QString(" %1 =  %2\n").arg(key, -38).arg(value);
-    text += QString(" Any additional notes:\n    Module %1, ray %2 of %3; position not known.\n"
-                    "    Delays refer to %4 MHz and wrap round the end of the recording.\n")
-                .arg(request.module)
-                .arg(request.ray)
-                .arg(QFileInfo(file.path()).fileName(), QString(numberText(last)));
-    return text.toUtf8();
+    for (const auto &[name, value] : lines)
+        text += " " + name.leftJustified(38) + " =  " + value + "\n";
+    text += QString(" Any additional notes:\n    Module %1, ray %2 of ")
+                .arg(moduleNumber(header, request.module - 1))
+                .arg(rayNumber(header, request.ray - 1)) +
+            QFileInfo(file.path()).fileName() + "; position not known.\n    Delays refer to " +
+            numberText(last) + " MHz and wrap round the end of the recording.\n    " + key + "\n";
+    return bytesOfText(text);
 }
 
 // Sums as little-endian floats, a block at a time: all of them may be more than one array of bytes
 // can hold.
-Failure writeFloats(const std::vector<double> &sums, OutputWriter &writer)
+WriteFailure writeFloats(const std::vector<double> &sums, WholeFile &writer)
 {
     std::vector<float> block;
     for (std::size_t first = 0; first < sums.size(); first += blockPoints) {
@@ -226,15 +171,15 @@ Failure writeFloats(const std::vector<double> &sums, OutputWriter &writer)
         block.assign(sums.begin() + std::ptrdiff_t(first), sums.begin() + std::ptrdiff_t(end));
         const qint64 count = qint64(block.size());
         qToLittleEndian<quint32>(block.data(), count, block.data());
-        if (Failure failure = writer.write(reinterpret_cast<const char *>(block.data()),
-                                           count * qint64(sizeof(float))))
+        if (WriteFailure failure = writer.write(reinterpret_cast<const char *>(block.data()),
+                                                count * qint64(sizeof(float))))
             return failure;
     }
     return {};
 }
 
-Failure exportSeries(const ExportRequest &request, RecordingFile &file, const QStringList &paths,
-                     const Control &control)
+Failure exportSeries(const ExportRequest &request, const QString &key, RecordingFile &file,
+                     const QStringList &paths, const Control &control)
 {
     SampleReadingHooks hooks;
     hooks.keepAlive = [&control] { return !control.isStopped(); };
@@ -245,18 +190,37 @@ Failure exportSeries(const ExportRequest &request, RecordingFile &file, const QS
         return sum.end() == StretchEnd::Refused ? Failure{ExitCode::BadData, sum.reason()}
                                                 : failureOf(sum.end(), sum.reason());
     if (!sum.whole()->remark.isEmpty())
-        control.remark(QString("%1: %2 They count as the median of their channel.")
-                           .arg(file.path(), sum.whole()->remark));
+        control.remark(file.path() + ": " + sum.whole()->remark +
+                       " They count as the median of their channel.");
     const std::vector<double> &sums = sum.whole()->sums;
-    return writeTogether(
-        {{paths[1], seriesDescription(request, file, paths[0])},
-         {paths[0], {}, [&sums](OutputWriter &writer) { return writeFloats(sums, writer); }}});
+    return writeOutputs(
+        {{paths[1], seriesDescription(request, key, file, paths[0])},
+         {paths[0], {}, [&sums](WholeFile &writer) { return writeFloats(sums, writer); }}});
 }
 
+// Turns numbers of the passport into places in the file.
+Failure findRequested(const RecordingFile &file, ExportRequest &request)
+{
+    if (Failure failure = findPlace(file, Numbered::Module, request.moduleNumber, request.module))
+        return failure;
+    if (Failure failure = findPlace(file, Numbered::Ray, request.rayNumber, request.ray))
+        return failure;
+    return findRay(file, request.module, request.ray);
+}
+
+// Names tell the true numbers of module and ray; of a file that cannot be read, which will be
+// refused, the given ones.
 QStringList exportPaths(const ExportRequest &request, const QString &input)
 {
-    QString name =
-        QString("%1.m%2_r%3").arg(QFileInfo(input).fileName()).arg(request.module).arg(request.ray);
+    RecordingFile file;
+    ExportRequest found = request;
+    int module = request.moduleNumber.value_or(request.module);
+    int ray = request.rayNumber.value_or(request.ray);
+    if (file.open(input) && !findRequested(file, found)) {
+        module = moduleNumber(file.header(), found.module - 1);
+        ray = rayNumber(file.header(), found.ray - 1);
+    }
+    QString name = QFileInfo(input).fileName() + QString(".m%1_r%2").arg(module).arg(ray);
     if (request.kind == "fil")
         return {besideOrIn(input, request.output, name + ".fil")};
     name += "_DM" + numberText(request.dispersion);
@@ -264,14 +228,29 @@ QStringList exportPaths(const ExportRequest &request, const QString &input)
             besideOrIn(input, request.output, name + ".inf")};
 }
 
-QByteArray importedPassport(const FilterbankHeader &fil, int npoints)
+std::vector<HeaderLine> exportParameters(const ExportRequest &request)
+{
+    const auto numberOr = [](const std::optional<int> &number, int place) {
+        return number ? QString("number %1").arg(*number) : QString("place %1").arg(place);
+    };
+    return {{"kind", request.kind},
+            {"module", numberOr(request.moduleNumber, request.module)},
+            {"ray", numberOr(request.rayNumber, request.ray)},
+            {"dispersion", numberText(request.dispersion)}};
+}
+
+QByteArray importedPassport(const FilterbankHeader &fil, int npoints, const QString &input,
+                            const QString &key)
 {
     QStringList bands;
     for (int i = 0; i < fil.channels; ++i) {
         const int channel = fil.bandStep < 0 ? fil.channels - 1 - i : i;
         bands << numberText(fil.firstBand + channel * fil.bandStep);
     }
+    // Its own lines come first, so that the key is found at the begin however many bands follow.
     QStringList lines = {
+        "made_of " + input,
+        "made_by " + key,
         "npoints " + QString::number(npoints),
         "nbands " + QString::number(fil.channels),
         "fbands " + bands.join(' '),
@@ -286,8 +265,7 @@ QByteArray importedPassport(const FilterbankHeader &fil, int npoints)
         lines << "mjd_begin " + QString::number(fil.begin, 'f', 12);
     }
     lines << "source " + fil.source.simplified();
-    return QString("numpar %1\n").arg(lines.size() + 1).toLatin1() +
-           (lines.join('\n') + '\n').toUtf8();
+    return passportText(lines);
 }
 
 // What a reader would have against the passport of an imported recording; empty: nothing.
@@ -320,30 +298,31 @@ void convertSample(const char *bytes, const FilterbankHeader &fil, float *values
     values[fil.channels] = float(sum / fil.channels);
 }
 
-Failure importFilterbank(const QString &input, const QString &output, const Control &control)
+Failure importFilterbank(const QString &input, const QString &output, const QString &key,
+                         const Control &control)
 {
     QFile file(input);
     if (Failure failure = openInput(file))
         return failure;
     FilterbankHeader fil;
     if (const QString problem = readFilterbank(file, fil); !problem.isEmpty())
-        return {ExitCode::BadData, QString("%1 cannot be imported: %2.").arg(input, problem)};
+        return {ExitCode::BadData, input + " cannot be imported: " + problem + "."};
     const qint64 sampleBytes = qint64(fil.channels) * fil.bits / 8;
     const qint64 available = file.size() - file.pos();
     const qint64 npoints = available / sampleBytes;
     if (npoints < 1 || npoints > std::numeric_limits<int>::max())
         return {ExitCode::BadData,
-                QString("%1 cannot be imported: it holds %2 samples.").arg(input).arg(npoints)};
+                input + QString(" cannot be imported: it holds %1 samples.").arg(npoints)};
     if (available % sampleBytes != 0)
-        control.remark(QString("%1: the last sample is not whole and was left out.").arg(input));
+        control.remark(input + ": the last sample is not whole and was left out.");
 
-    const QByteArray passport = importedPassport(fil, int(npoints));
+    const QByteArray passport = importedPassport(fil, int(npoints), input, key);
     if (const QString problem = passportProblem(passport); !problem.isEmpty())
-        return {ExitCode::BadData, QString("%1 cannot be imported: %2.").arg(input, problem)};
-    OutputWriter writer;
-    if (Failure failure = writer.open(output))
+        return {ExitCode::BadData, input + " cannot be imported: " + problem + "."};
+    RecordingWriter writer;
+    if (Failure failure = makeFolderOf(output))
         return failure;
-    if (Failure failure = writer.write(passport))
+    if (Failure failure = failureOf(writer.open(output, passport)))
         return failure;
     const qint64 valuesPerPoint = qint64(fil.channels) + 1;
     const qint64 step = std::clamp<qint64>(mostImportBlock / (valuesPerPoint * 4), 1, blockPoints);
@@ -354,117 +333,60 @@ Failure importFilterbank(const QString &input, const QString &output, const Cont
         const qint64 count = std::min(step, npoints - first);
         const QByteArray bytes = file.read(count * sampleBytes);
         if (bytes.size() != count * sampleBytes)
-            return {ExitCode::InputOutput,
-                    QString("%1 cannot be read: %2.").arg(input, file.errorString())};
+            return {ExitCode::InputOutput, input + " cannot be read: " + file.errorString() + "."};
         for (qint64 i = 0; i < count; ++i)
             convertSample(bytes.constData() + i * sampleBytes, fil,
                           values.data() + i * valuesPerPoint);
-        const qint64 all = count * valuesPerPoint;
-        qToLittleEndian<quint32>(values.data(), all, values.data());
-        if (Failure failure = writer.write(reinterpret_cast<const char *>(values.data()),
-                                           all * qint64(sizeof(float))))
+        if (Failure failure = failureOf(writer.write(values.data(), count * valuesPerPoint)))
             return failure;
         control.progress(int(100 * (first + count) / npoints));
     }
-    return writer.commit();
+    return failureOf(writer.commit());
 }
 
 } // namespace
 
-Work textWork(const OutputOptions &output)
-{
-    const auto outputs = [output](const QString &input) {
-        return QStringList(besideOrIn(input, output, QFileInfo(input).fileName() + ".txt"));
-    };
-    Work work = plainWork("totext", outputs);
-    work.memory = [](const QString &input) {
-        RecordingFile file;
-        if (isResultFile(input) || !file.open(input))
-            return qint64(0);
-        const ObservationData &header = file.header();
-        return std::max<qint64>(
-            0, memoryToRead({header.npoints, header.modules, header.channels, header.rays}));
-    };
-    work.run = [outputs](const QString &input, const Control &control) {
-        const QString path = outputs(input).constFirst();
-        // Makes the folder, and tells of one that cannot be written to.
-        OutputWriter probe;
-        QFile file(input);
-        if (Failure failure = openInput(file))
-            return failure;
-        if (Failure failure = probe.open(path))
-            return failure;
-        if (!isResultFile(input))
-            return recordingToText(input, path, control);
-        const QString problem =
-            Tools::resultToText(input, path, control.progress, control.isStopped);
-        return problem.isEmpty() ? Failure()
-                                 : Failure{ExitCode::InputOutput,
-                                           input + ": " + QString(problem).replace('\n', ' ')};
-    };
-    return work;
-}
-
-Work plotWork(const OutputOptions &output)
-{
-    const auto outputs = [output](const QString &input) {
-        return QStringList(
-            besideOrIn(input, output, QFileInfo(input).completeBaseName() + "." + output.picture));
-    };
-    Work work = plainWork("plot", outputs);
-    work.run = [outputs, output](const QString &input, const Control &control) -> Failure {
-        QFile file(input);
-        if (Failure failure = openInput(file))
-            return failure;
-        const ReadTable read = file.size() > largestResult ? ReadTable{{}, "it is too long"}
-                                                           : readTable(file.readAll());
-        if (!read.problem.isEmpty())
-            return {ExitCode::BadData, QString("%1 cannot be drawn: %2.").arg(input, read.problem)};
-        if (!holdsCurves(read.table))
-            return {ExitCode::BadData,
-                    QString("%1 cannot be drawn: it is a table, not a curve. The "
-                            "picture of a search comes from ffa --plot.")
-                        .arg(input)};
-        const PlotData plot = plotOf(read.table);
-        control.progress(50);
-        return writeTogether({{outputs(input).constFirst(),
-                               pictureBytes(plot, output.picture, output.pictureSize)}});
-    };
-    return work;
-}
-
 Work exportWork(const ExportRequest &request)
 {
+    const std::vector<HeaderLine> parameters = exportParameters(request);
     const auto outputs = [request](const QString &input) { return exportPaths(request, input); };
-    Work work = plainWork("export", outputs);
+    // The description of a series stands behind its samples.
+    Work work = keyedWork("export", parameters, outputs,
+                          [outputs](const QString &input) { return outputs(input).constLast(); });
     work.memory = [request](const QString &input) {
         RecordingFile file;
         if (!file.open(input))
             return qint64(0);
         return memoryOfRay(file, request.kind == "fil" ? blockPoints : file.header().npoints) * 2;
     };
-    work.run = [request, outputs](const QString &input, const Control &control) {
+    work.run = [=](const QString &input, const Control &control) {
+        const QString key = requestKey(requestOf("export", input, parameters));
         RecordingFile file;
         if (Failure failure = openRecordingFile(file, input, control))
             return failure;
-        if (Failure failure = findRay(file, request.module, request.ray))
+        ExportRequest found = request;
+        if (Failure failure = findRequested(file, found))
             return failure;
         const QStringList paths = outputs(input);
-        return request.kind == "fil" ? exportFilterbank(request, file, paths[0], control)
-                                     : exportSeries(request, file, paths, control);
+        return found.kind == "fil" ? exportFilterbank(found, key, file, paths[0], control)
+                                   : exportSeries(found, key, file, paths, control);
     };
     return work;
 }
 
 Work importWork(const OutputOptions &output)
 {
-    const auto outputs = [output](const QString &input) {
-        return QStringList(besideOrIn(input, output, QFileInfo(input).fileName() + ".pnt"));
+    const auto recordingOf = [output](const QString &input) {
+        return besideOrIn(input, output, QFileInfo(input).fileName() + ".pnt");
     };
-    Work work = plainWork("import", outputs);
+    Work work = keyedWork(
+        "import", {},
+        [recordingOf](const QString &input) { return QStringList(recordingOf(input)); },
+        recordingOf);
     work.memory = [](const QString &) { return 2 * mostImportBlock; };
-    work.run = [outputs](const QString &input, const Control &control) {
-        return importFilterbank(input, outputs(input).constFirst(), control);
+    work.run = [recordingOf](const QString &input, const Control &control) {
+        return importFilterbank(input, recordingOf(input),
+                                requestKey(requestOf("import", input, {})), control);
     };
     return work;
 }

@@ -1,5 +1,7 @@
 #include "batch/filterbank.h"
 
+#include "base/bytetext.h"
+
 #include <QDateTime>
 #include <QIODevice>
 #include <QSet>
@@ -94,7 +96,11 @@ QByteArray filterbankBytes(const FilterbankHeader &header)
     appendText(bytes, "HEADER_START");
     appendText(bytes, "source_name");
     appendText(bytes, header.source.isEmpty() ? QByteArray("unknown")
-                                              : header.source.toUtf8().left(longestKey));
+                                              : bytesOfText(header.source).left(longestKey));
+    if (!header.rawDataFile.isEmpty()) {
+        appendText(bytes, "rawdatafile");
+        appendText(bytes, bytesOfText(header.rawDataFile).left(longestKey));
+    }
     appendKey(bytes, "machine_id", 0);
     appendKey(bytes, "telescope_id", 0);
     appendKey(bytes, "data_type", 1);
@@ -133,7 +139,9 @@ QString readFilterbank(QIODevice &device, FilterbankHeader &header)
             if (!readText(device, text))
                 break;
             if (key == "source_name")
-                header.source = QString::fromUtf8(text);
+                header.source = textOfBytes(text);
+            else
+                header.rawDataFile = textOfBytes(text);
         } else if (key == "signed") {
             if (device.read(1).size() != 1)
                 break;

@@ -12,6 +12,7 @@ namespace Batch {
 /// Header of a SIGPROC filterbank file, one IF.
 struct FilterbankHeader {
     QString source;
+    QString rawDataFile;  ///< at most 80 bytes; empty: not in the header
     double begin = 0;     ///< MJD (UTC) of the first sample
     double step = 0;      ///< s
     double firstBand = 0; ///< MHz, centre of the first channel in the file

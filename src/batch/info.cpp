@@ -1,5 +1,6 @@
 #include "batch/info.h"
 
+#include "base/bytetext.h"
 #include "batch/inputlist.h"
 #include "batch/recordings.h"
 #include "data/recordingtime.h"
@@ -98,7 +99,7 @@ ExitCode printInfo(const QStringList &names, Format format)
         for (std::size_t i = 0; i < info.lines.size(); ++i) {
             std::get<QStringList>(table.columns[i].values) << info.lines[i].value;
             text +=
-                QString("%1 %2\n").arg(info.lines[i].key, -12).arg(info.lines[i].value).toUtf8();
+                bytesOfText(info.lines[i].key.leftJustified(12) + " " + info.lines[i].value + "\n");
         }
         text += "\n";
     }

@@ -1,3 +1,4 @@
+#include "base/process.h"
 #include "batch/commands.h"
 #include "batch/helptext.h"
 #include "batch/stopsignal.h"
@@ -39,6 +40,7 @@ std::unique_ptr<QCoreApplication> makeApplication(bool paints, int &argc, char *
 
 int run(int argc, char **argv)
 {
+    setUpProcess();
     CLI::App app(manual, "zrt-batch");
     app.set_version_flag("--version", "zrt-batch " ZRT_VERSION);
     app.require_subcommand(1);

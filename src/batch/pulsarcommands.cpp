@@ -18,6 +18,7 @@ struct PulsarArguments : TableArguments {
     std::vector<double> compare;
     int count = 0;
     int average = -1; // not given
+    PlaceOptions places;
     bool eachAverage = false;
     bool eachStart = false;
 };
@@ -25,12 +26,7 @@ struct PulsarArguments : TableArguments {
 void addSelection(CLI::App &command, PulsarArguments &arguments)
 {
     PulsarParameters &parameters = arguments.parameters;
-    command.add_option("--module", parameters.module, "Receiver module, from 1.")
-        ->type_name("N")
-        ->capture_default_str();
-    command.add_option("--ray", parameters.ray, "Ray of the module, from 1.")
-        ->type_name("N")
-        ->capture_default_str();
+    addPlaceOptions(command, parameters.module, parameters.ray, arguments.places);
     auto *const point = command
                             .add_option("--first-point", parameters.firstPoint,
                                         "First point of the stretch, from 0.")
@@ -104,6 +100,8 @@ Arguments addCommand(CLI::App &app, Chosen &chosen, const std::string &name,
         PulsarRequest request;
         request.command = QString::fromStdString(name);
         request.parameters = arguments->parameters;
+        request.moduleNumber = arguments->places.moduleNumber;
+        request.rayNumber = arguments->places.rayNumber;
         request.parameters.startTime = QString::fromStdString(arguments->utc);
         request.parameters.noise = QString::fromStdString(arguments->noise);
         const double dm = request.parameters.dispersion;

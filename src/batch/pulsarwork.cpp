@@ -2,7 +2,6 @@
 
 #include "batch/axis.h"
 #include "calc/pulsarcalculate.h"
-#include "data/recordingtime.h"
 #include "forms/pulsar/pulsartexts.h"
 
 #include <algorithm>
@@ -43,24 +42,27 @@ QString reportOf(const PulsarResult &result)
     return (result.description.split('\n', Qt::SkipEmptyParts) + result.remarks).join('\n');
 }
 
-// What is the same for every table of a ray: how its numbers can be placed in time and frequency.
-void addRayHeader(const ObservationData &data, double dispersion, int firstPoint, bool isSum,
-                  int channel, std::vector<HeaderLine> &lines)
+// What is the same for every table of a ray: what it is of, and how its numbers can be placed in
+// time and frequency. The samples of one channel have no dispersion.
+void addRayHeader(const QString &action, const PulsarParameters &given,
+                  const ObservationData &header, std::vector<HeaderLine> &lines)
 {
-    lines.push_back({"first_point", QString::number(firstPoint)});
-    lines.push_back({"disp", QString::number(std::lround(dispersion))});
-    lines.push_back({"tresolution", numberText(data.tresolution) + " s"});
-    if (data.beginTime.isValid())
-        lines.push_back({"begin", exactBegin(data).toString(Qt::ISODateWithMs)});
-    const int band = isSum ? PulsarCalculate::sumBands : channel;
-    if (band >= 1 && band <= int(data.fbands.size()))
-        lines.push_back(
-            {"reference_frequency", numberText(data.fbands[std::size_t(band - 1)]) + " MHz"});
+    const bool isSum = !worksOnChannel(action);
+    const std::vector<HeaderLine> ray = rayLines(header, given.module, given.ray);
+    lines.insert(lines.end(), ray.begin(), ray.end());
+    lines.push_back({"first_point", QString::number(given.firstPoint)});
+    if (isSum)
+        lines.push_back({"disp", QString::number(std::lround(given.dispersion))});
+    lines.push_back({"tresolution", numberText(header.tresolution) + " s"});
+    const int band = isSum ? PulsarCalculate::sumBands : given.channel;
+    if (band >= 1 && band <= int(header.fbands.size()))
+        lines.push_back({isSum ? "reference_frequency" : "frequency",
+                         numberText(header.fbands[std::size_t(band - 1)]) + " MHz"});
 }
 
 // The action's parameters for a recording of which only the passport was read.
 struct Accepted {
-    PulsarParameters parameters; // with the first point where a time was given
+    PulsarParameters parameters; // with places and the first point, however they were given
     PulsarNeeds needs;
     Failure failure;
 };
@@ -69,10 +71,15 @@ Accepted accept(const PulsarRequest &request, const RecordingFile &file)
 {
     Accepted accepted;
     accepted.parameters = request.parameters;
-    accepted.failure = findStart(accepted.parameters, file);
+    PulsarParameters &given = accepted.parameters;
+    accepted.failure = findPlace(file, Numbered::Module, request.moduleNumber, given.module);
+    if (!accepted.failure)
+        accepted.failure = findPlace(file, Numbered::Ray, request.rayNumber, given.ray);
+    if (!accepted.failure)
+        accepted.failure = findStart(given, file);
     if (accepted.failure)
         return accepted;
-    PulsarCalculate calculate(file.header(), accepted.parameters);
+    PulsarCalculate calculate(file.header(), given);
     if (calculate.validate(request.action))
         accepted.needs = calculate.needs(request.action);
     else
@@ -109,17 +116,17 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
     }
     const PulsarResult &result = calculate.result();
     if (!result.nonFinite.isEmpty())
-        control.remark(QString("%1: %2").arg(file.path(), result.nonFinite));
+        control.remark(file.path() + ": " + result.nonFinite);
 
-    addRayHeader(data, parameters.dispersion, parameters.firstPoint,
-                 !worksOnChannel(request.action), parameters.channel, table.result);
+    addRayHeader(request.action, accepted.parameters, file.header(), table.result);
     addAxis(result.axis, table.result);
     QStringList markers;
     for (const int marker : result.markers)
         markers << QString::number(marker);
     if (!markers.isEmpty())
         table.result.push_back({"steps_at", markers.join(' ')});
-    table.result.push_back({"report", reportOf(result)});
+    if (const QString report = reportOf(result); !report.isEmpty())
+        table.result.push_back({"report", report});
     if (request.output.format == Format::Csv)
         table.columns.push_back(axisColumn(result.axis, result.points));
     for (std::size_t i = 0; i < result.curves.size(); ++i)
@@ -132,9 +139,13 @@ std::vector<HeaderLine> parameterLines(const PulsarRequest &request)
     const PulsarParameters &given = request.parameters;
     const QString &action = request.action;
     const auto yesNo = [](bool is) { return QString(is ? "yes" : "no"); };
+    const auto placeOr = [](const QString &what, int place, const std::optional<int> &number) {
+        return number ? HeaderLine{what + "_number", QString::number(*number)}
+                      : HeaderLine{what + "_place", QString::number(place)};
+    };
     std::vector<HeaderLine> lines = {{"action", action},
-                                     {"module", QString::number(given.module)},
-                                     {"ray", QString::number(given.ray)}};
+                                     placeOr("module", given.module, request.moduleNumber),
+                                     placeOr("ray", given.ray, request.rayNumber)};
     if (worksOnChannel(action)) {
         lines.push_back({"channel", QString::number(given.channel)});
         lines.push_back({"count", given.points > 0 ? QString::number(given.points) : "all"});

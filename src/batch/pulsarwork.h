@@ -3,13 +3,17 @@
 #include "batch/tablework.h"
 #include "calc/pulsarresult.h"
 
+#include <optional>
+
 namespace Batch {
 
 /// An action of the pulsar form on each recording.
 struct PulsarRequest {
-    QString command;             ///< "sum", "fourier", ...
-    QString action;              ///< of PulsarCalculate
-    PulsarParameters parameters; ///< startTime instead of a first point where it is not empty
+    QString command;                 ///< "sum", "fourier", ...
+    QString action;                  ///< of PulsarCalculate
+    PulsarParameters parameters;     ///< startTime instead of a first point where it is not empty
+    std::optional<int> moduleNumber; ///< by the passport, instead of the place in the file
+    std::optional<int> rayNumber;
     OutputOptions output;
 };
 

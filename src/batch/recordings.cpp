@@ -2,12 +2,19 @@
 
 #include "data/batchtexts.h"
 #include "data/recordingtime.h"
+#include "data/truenumbers.h"
 
 #include <QDateTime>
 #include <QFileInfo>
 #include <algorithm>
 
 namespace Batch {
+
+namespace {
+
+constexpr int mostNamed = 32; // modules or rays in a message
+
+} // namespace
 
 Failure openRecordingFile(RecordingFile &file, const QString &path, const Control &control)
 {
@@ -18,18 +25,18 @@ Failure openRecordingFile(RecordingFile &file, const QString &path, const Contro
     }
     if (file.header().missingPoints > 0) {
         if (control.print)
-            control.print(QString::asprintf(BatchTexts::wrongSize, path.toLocal8Bit().constData()));
+            control.print(QString(BatchTexts::wrongSize).replace("%s", path));
         const QDateTime last = RecordingClock(file.header()).utc(file.completePoints() - 1);
         const QString upTo = file.completePoints() > 0 && last.isValid()
                                  ? last.toString("', the last at 'hh:mm:ss.zzz' UTC'")
                                  : QString();
         return {ExitCode::BadData,
-                QString("%1 ends early: of %2 points that its passport announces it holds %3%4. "
-                        "Copy the file again.")
-                    .arg(path)
-                    .arg(file.header().npoints)
-                    .arg(file.completePoints())
-                    .arg(upTo)};
+                path +
+                    QString(" ends early: of %1 points that its passport announces it holds %2%3. "
+                            "Copy the file again.")
+                        .arg(file.header().npoints)
+                        .arg(file.completePoints())
+                        .arg(upTo)};
     }
     return {};
 }
@@ -39,16 +46,55 @@ Failure findRay(const RecordingFile &file, int module, int ray)
     const ObservationData &data = file.header();
     if (module < 1 || module > data.modules)
         return {ExitCode::BadData,
-                QString("%1: module %2 is not in the recording. Allowed: 1 to %3.")
-                    .arg(file.path())
-                    .arg(module)
-                    .arg(data.modules)};
+                file.path() + QString(": module %1 is not in the recording. Allowed: 1 to %2.")
+                                  .arg(module)
+                                  .arg(data.modules)};
     if (ray < 1 || ray > data.rays)
-        return {ExitCode::BadData, QString("%1: ray %2 is not in the recording. Allowed: 1 to %3.")
-                                       .arg(file.path())
-                                       .arg(ray)
-                                       .arg(data.rays)};
+        return {ExitCode::BadData,
+                file.path() + QString(": ray %1 is not in the recording. Allowed: 1 to %2.")
+                                  .arg(ray)
+                                  .arg(data.rays)};
     return {};
+}
+
+Failure findPlaces(const RecordingFile &file, Numbered what, const std::vector<int> &numbers,
+                   std::vector<int> &places)
+{
+    const bool isRay = what == Numbered::Ray;
+    const ObservationData &header = file.header();
+    QStringList known;
+    places.assign(numbers.size(), 0);
+    const int count = isRay ? header.rays : header.modules;
+    for (int index = 0; index < count; ++index) {
+        const int number = isRay ? rayNumber(header, index) : moduleNumber(header, index);
+        if (index < mostNamed)
+            known << QString::number(number);
+        else if (index == mostNamed)
+            known << "...";
+        for (std::size_t i = 0; i < numbers.size(); ++i)
+            if (numbers[i] == number && places[i] == 0)
+                places[i] = index + 1;
+    }
+    const auto missing = std::find(places.begin(), places.end(), 0);
+    if (missing == places.end())
+        return {};
+    return {ExitCode::BadData,
+            file.path() + QString(": there is no %1 number %2 in the recording. It has %3.")
+                              .arg(isRay ? "ray" : "module")
+                              .arg(numbers[std::size_t(missing - places.begin())])
+                              .arg(known.join(", "))};
+}
+
+Failure findPlace(const RecordingFile &file, Numbered what, const std::optional<int> &number,
+                  int &place)
+{
+    if (!number)
+        return {};
+    std::vector<int> places;
+    Failure failure = findPlaces(file, what, {*number}, places);
+    if (!failure)
+        place = places[0];
+    return failure;
 }
 
 Failure readRays(RecordingFile &file, const RaySelection &selection, qint64 first, qint64 end,
@@ -67,7 +113,7 @@ Failure readRays(RecordingFile &file, const RaySelection &selection, qint64 firs
     SampleReadingHooks hooks;
     hooks.keepAlive = [&control] { return !control.isStopped(); };
     hooks.continueSlow = [&] {
-        control.print(QString::asprintf(BatchTexts::tooSlow, path.toLocal8Bit().constData()));
+        control.print(QString(BatchTexts::tooSlow).replace("%s", path));
         isSlow = true;
         return false;
     };
@@ -78,9 +124,8 @@ Failure readRays(RecordingFile &file, const RaySelection &selection, qint64 firs
     }
     if (isSlow)
         return {ExitCode::InputOutput,
-                QString("%1: reading took more than an hour and was given up. Copy the file to a "
-                        "faster disk.")
-                    .arg(path)};
+                path + ": reading took more than an hour and was given up. Copy the file to a "
+                       "faster disk."};
     return failureOf(reading.end(), reading.reason());
 }
 
@@ -114,6 +159,30 @@ std::vector<HeaderLine> inputHeader(const QString &command, const QString &path)
             {"file", path},
             {"file_size", QString::number(info.size()) + " bytes"},
             {"file_time", info.lastModified().toUTC().toString(Qt::ISODateWithMs)}};
+}
+
+HeaderLine beginLine(const ObservationData &header)
+{
+    const bool isKnown = header.beginTime.isValid();
+    return {"begin", isKnown ? exactBegin(header).toString(Qt::ISODateWithMs) : QString("unknown")};
+}
+
+std::vector<HeaderLine> rayLines(const ObservationData &header, int module, int ray)
+{
+    return {{"module", QString::number(moduleNumber(header, module - 1))},
+            {"ray", QString::number(rayNumber(header, ray - 1))},
+            beginLine(header)};
+}
+
+Failure checkHeader(const std::vector<HeaderLine> &lines, const QString &path)
+{
+    for (const HeaderLine &line : lines) {
+        if (line.value.isEmpty())
+            return {ExitCode::InputOutput, path + ": the line \"" + line.key +
+                                               "\" of the result came out empty. Nothing was "
+                                               "written; run the same command again."};
+    }
+    return {};
 }
 
 } // namespace Batch

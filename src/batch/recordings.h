@@ -5,16 +5,32 @@
 #include "batch/runner.h"
 #include "data/recordingfile.h"
 
+#include <optional>
+
 namespace Batch {
 
 /// Opens a recording and checks that it has the size that its passport announces: one that is
 /// too short is ignored, as everywhere without a window, and the reader's text is printed.
 Failure openRecordingFile(RecordingFile &file, const QString &path, const Control &control);
 
-/// Whether a recording has that module and ray, both from 1.
+/// Whether a recording has that module and ray, both places in the file from 1.
 Failure findRay(const RecordingFile &file, int module, int ray);
 
-/// Rays of modules, each list ascending, from 1.
+/// What the passport numbers.
+enum class Numbered { Module, Ray };
+
+/// Places from 1 of the modules, or rays, that the passport gives these numbers.
+///
+/// @param places  filled in the order of the numbers
+/// @return which number is not in the recording, and which ones are
+Failure findPlaces(const RecordingFile &file, Numbered what, const std::vector<int> &numbers,
+                   std::vector<int> &places);
+
+/// The same for one number; where none is given the place stays.
+Failure findPlace(const RecordingFile &file, Numbered what, const std::optional<int> &number,
+                  int &place);
+
+/// Rays of modules, each list ascending, places in the file from 1.
 struct RaySelection {
     std::vector<int> modules;
     std::vector<int> rays;
@@ -36,5 +52,15 @@ qint64 memoryOfRay(const RecordingFile &file, qint64 points);
 
 /// Which program, which command, which file with its size and its time of change (UTC).
 std::vector<HeaderLine> inputHeader(const QString &command, const QString &path);
+
+/// The module and ray of a result by their true numbers, and when the recording begins.
+///
+/// @param module, ray  places in the file, from 1
+std::vector<HeaderLine> rayLines(const ObservationData &header, int module, int ray);
+/// When the recording begins, UTC; "unknown" where its passport does not say.
+HeaderLine beginLine(const ObservationData &header);
+
+/// Refuses a header that has lost the value of one of its lines.
+Failure checkHeader(const std::vector<HeaderLine> &lines, const QString &path);
 
 } // namespace Batch

@@ -1,5 +1,7 @@
 #include "batch/resulttable.h"
 
+#include "base/bytetext.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <algorithm>
@@ -27,17 +29,11 @@ QString oneLine(QString text)
     return text.replace('\r', ' ').replace('\n', ' ');
 }
 
-QByteArray jsonText(const QString &text)
-{
-    const QByteArray array = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
-    return array.mid(1, array.size() - 2);
-}
-
 QByteArray csvText(const QString &text)
 {
     if (!text.contains(',') && !text.contains('"') && !text.contains('\n'))
-        return text.toUtf8();
-    return ('"' + QString(text).replace('"', "\"\"") + '"').toUtf8();
+        return bytesOfText(text);
+    return bytesOfText('"' + QString(text).replace('"', "\"\"") + '"');
 }
 
 QByteArray headerText(const std::vector<HeaderLine> &lines, Format format)
@@ -48,8 +44,8 @@ QByteArray headerText(const std::vector<HeaderLine> &lines, Format format)
             text += "  " + jsonText(line.key) + ": " + jsonText(line.value) + ",\n";
         } else {
             for (const QString &part : line.value.split('\n'))
-                text +=
-                    ((format == Format::Csv ? "# " : "") + line.key + ": " + part + "\n").toUtf8();
+                text += bytesOfText((format == Format::Csv ? "# " : "") + line.key + ": " + part +
+                                    "\n");
         }
     }
     return text;
@@ -63,7 +59,8 @@ QByteArray valueText(const Column &column, int row, Format format)
         const QString &text = texts->at(row);
         if (format == Format::Json)
             return jsonText(text);
-        return format == Format::Csv ? csvText(text) : oneLine(text).replace('\t', ' ').toUtf8();
+        return format == Format::Csv ? csvText(text)
+                                     : bytesOfText(oneLine(text).replace('\t', ' '));
     }
     const auto *floats = std::get_if<std::vector<float>>(&column.values);
     const QByteArray text = floats
@@ -98,6 +95,26 @@ void appendJsonColumns(const std::vector<Column> &columns, QByteArray &text)
 int Column::size() const
 {
     return std::visit([](const auto &list) { return int(list.size()); }, values);
+}
+
+QByteArray jsonText(const QString &text)
+{
+    QByteArray json = "\"";
+    const auto append = [&](const QString &part) {
+        const QByteArray array = QJsonDocument(QJsonArray{part}).toJson(QJsonDocument::Compact);
+        json += array.mid(2, array.size() - 4); // between [" and "]
+    };
+    // A byte of a name that is not UTF-8 stands as the escape that other programs use for it too.
+    int begin = 0;
+    for (int i = 0; i < text.size(); ++i) {
+        if (!isLoneByte(text, i))
+            continue;
+        append(text.mid(begin, i - begin));
+        json += "\\u" + QByteArray::number(text[i].unicode(), 16);
+        begin = i + 1;
+    }
+    append(text.mid(begin));
+    return json + '"';
 }
 
 QString extensionOf(Format format)
@@ -136,7 +153,7 @@ QByteArray ResultTable::toBytes(Format format) const
         QByteArray names;
         for (const QString &title : std::as_const(titles))
             names += (names.isEmpty() ? "" : ",") + csvText(title);
-        text += names + "\n";
+        text += "# rows: " + QByteArray::number(rows()) + "\n" + names + "\n";
         break;
     }
     case Format::Text:

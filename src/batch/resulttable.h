@@ -35,7 +35,8 @@ struct Column {
 /// "days:" with the number of blocks, then block after block one value a line. Other tables as
 /// text have a line per row, with tabs between the values, below a last header line
 /// "columns:". As CSV the header stands behind "#" and the names of the columns in a line of
-/// their own; as JSON there is one object with "header" and "columns".
+/// their own; as JSON there is one object with "header" and "columns". All say how many rows there
+/// are, so that a table that was cut is known.
 struct ResultTable {
     std::vector<HeaderLine> request; ///< known before the work: what was asked of which file
     std::vector<HeaderLine> result;  ///< found by the work
@@ -49,16 +50,22 @@ private:
     void appendBlocks(const QStringList &titles, QByteArray &text) const;
 };
 
-/// A table read back from what toBytes() wrote, with all header lines in `request`.
+/// A table read back from what toBytes() wrote, with all header lines in `request`. One that is
+/// not whole is a problem.
 struct ReadTable {
     ResultTable table;
-    QString problem; ///< empty when the file was understood
+    QString problem; ///< empty when the file was understood and is whole
+    QString remark;  ///< what a user should know of it; or empty
 };
 ReadTable readTable(const QByteArray &bytes);
 
 /// What every file made for a request begins with: a file that does so is what the request
 /// would give again.
 QByteArray requestBytes(const std::vector<HeaderLine> &request, Format format);
+
+/// A text as JSON writes it, with its quotes; bytes that are not UTF-8 (see base/bytetext.h) as
+/// escapes of their code units.
+QByteArray jsonText(const QString &text);
 
 /// Shortest text that reads back as the same number; "nan" and "inf" where it is none.
 QByteArray numberText(double value);

@@ -2,16 +2,15 @@
 
 #include "app/settings.h"
 #include "base/systemmemory.h"
+#include "base/wholefile.h"
 #include "batch/memorygate.h"
-#include "batch/outputfiles.h"
+#include "batch/resulttable.h"
 #include "batch/stopsignal.h"
 
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <QMap>
 #include <QSet>
 #include <QThread>
 #include <algorithm>
@@ -58,11 +57,14 @@ public:
     {
         if (path.isEmpty())
             return {};
-        handle = ::open(QFile::encodeName(path).constData(), O_WRONLY | O_APPEND | O_CREAT, 0666);
+        // Without waiting: opening a pipe that nobody reads from would never end.
+        handle = ::open(QFile::encodeName(path).constData(),
+                        O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK, 0666);
         if (handle < 0)
             return {ExitCode::CannotCreate,
                     QString("%1 cannot be opened: %2. Choose another file with --json.")
                         .arg(path, QString::fromLocal8Bit(std::strerror(errno)))};
+        fcntl(handle, F_SETFL, O_APPEND);
         return {};
     }
 
@@ -72,13 +74,23 @@ public:
             close(handle);
     }
 
-    bool write(const QJsonObject &object)
+    /// Values by their names, as JSON already.
+    bool write(const QMap<QByteArray, QByteArray> &values)
     {
         if (handle < 0)
             return true;
-        const QByteArray line = QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
-        return ::write(handle, line.constData(), std::size_t(line.size())) == line.size();
+        QByteArray line;
+        for (auto value = values.begin(); value != values.end(); ++value)
+            line += (line.isEmpty() ? "{\"" : ",\"") + value.key() + "\":" + value.value();
+        line += "}\n";
+        errno = 0;
+        if (::write(handle, line.constData(), std::size_t(line.size())) == line.size())
+            return true;
+        reason = QString::fromLocal8Bit(errno ? std::strerror(errno) : "No space left");
+        return false;
     }
+
+    QString reason; ///< of the last failure
 
 private:
     int handle = -1;
@@ -140,7 +152,9 @@ private:
                 return {Status::Waiting, {}, 0};
             const Failure failure = work.run(input, controlOf(index));
             if (failure && isStopRequested() && failure.code == ExitCode::TryLater)
-                return {Status::Waiting, {}, 0};
+                return {Status::Waiting,
+                        {ExitCode::TryLater, input + " was stopped; nothing of it was kept."},
+                        0};
             return {failure ? Status::Failed : Status::Done, failure, 0};
         } catch (const std::bad_alloc &) {
             return {Status::Failed,
@@ -184,23 +198,25 @@ private:
     {
         const QString &input = inputs[index];
         outcomes[std::size_t(index)] = outcome;
-        if (outcome.status == Status::Waiting)
-            return;
         if (outcome.failure)
             printError(outcome.failure.text);
-        else if (outcome.status == Status::Skipped && !options.quiet)
+        if (outcome.status == Status::Waiting)
+            return;
+        if (outcome.status == Status::Skipped && !options.quiet)
             printError(
                 QString("%1 is done with the same parameters already; --force does it again.")
                     .arg(input));
-        QJsonObject line;
-        line["command"] = work.command;
-        line["file"] = input;
-        line["status"] = statusText(outcome.status);
-        line["code"] = int(outcome.failure.code);
-        line["outputs"] =
-            QJsonArray::fromStringList(outcome.failure ? QStringList() : work.outputs(input));
-        line["message"] = outcome.failure.text;
-        line["seconds"] = outcome.seconds;
+        QByteArray outputs;
+        for (const QString &output : outcome.failure ? QStringList() : work.outputs(input))
+            outputs += (outputs.isEmpty() ? "" : ",") + jsonText(output);
+        const QMap<QByteArray, QByteArray> line = {
+            {"command", jsonText(work.command)},
+            {"file", jsonText(input)},
+            {"status", jsonText(statusText(outcome.status))},
+            {"code", QByteArray::number(int(outcome.failure.code))},
+            {"outputs", "[" + outputs + "]"},
+            {"message", jsonText(outcome.failure.text)},
+            {"seconds", numberText(outcome.seconds)}};
         {
             const std::lock_guard lock(mutex);
             isJsonWhole = lines.write(line) && isJsonWhole;
@@ -228,7 +244,7 @@ private:
         if (waiting > 0 || (!options.quiet && inputs.size() > 1))
             printError(summary + ".");
         if (!isJsonWhole) {
-            printError(QString("%1 could not be written whole.").arg(options.jsonPath));
+            printError(options.jsonPath + " could not be written whole: " + lines.reason + ".");
             return ExitCode::InputOutput;
         }
         if (waiting > 0)
@@ -254,13 +270,29 @@ private:
     MemoryGate gate;
 };
 
-// Inputs of one name from different folders would overwrite each other's results. What killed
-// runs left behind of the outputs is removed.
-Failure prepareOutputs(const Work &work, const QStringList &inputs)
+// A file by whatever name it is called.
+QString canonicalPath(const QString &path)
 {
+    const QString canonical = QFileInfo(path).canonicalFilePath();
+    return canonical.isEmpty() ? path : canonical;
+}
+
+// Inputs of one name from different folders would overwrite each other's results, and a result
+// may take no input's place. What killed runs left behind of the outputs is removed.
+Failure prepareOutputs(const Work &work, const QStringList &inputs, const QString &jsonPath)
+{
+    QSet<QString> sources;
+    for (const QString &input : inputs)
+        sources.insert(canonicalPath(input));
+    if (!jsonPath.isEmpty() && sources.contains(canonicalPath(jsonPath)))
+        return {ExitCode::Usage, jsonPath + " is an input. Choose another file with --json."};
     QHash<QString, QString> inputOf;
     for (const QString &input : inputs) {
         for (const QString &output : work.outputs(input)) {
+            if (sources.contains(canonicalPath(output)))
+                return {ExitCode::Usage, output + ", made of " + input +
+                                             ", would take the place of an input. Choose another "
+                                             "folder with --output."};
             if (inputOf.contains(output))
                 return {
                     ExitCode::Usage,
@@ -288,7 +320,7 @@ int jobCount()
 
 ExitCode runWork(const Work &work, const QStringList &inputs, const RunOptions &options)
 {
-    if (Failure failure = prepareOutputs(work, inputs)) {
+    if (Failure failure = prepareOutputs(work, inputs, options.jsonPath)) {
         printError(failure.text);
         return failure.code;
     }

@@ -1,5 +1,7 @@
 #include "batch/resulttable.h"
 
+#include "base/bytetext.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -64,7 +66,12 @@ bool addRow(const QStringList &cells, std::vector<Column> &columns)
 
 QString readJson(const QByteArray &bytes, ResultTable &table)
 {
-    const QJsonObject object = QJsonDocument::fromJson(bytes).object();
+    QJsonParseError error = {};
+    const QJsonObject object = QJsonDocument::fromJson(bytes, &error).object();
+    if (error.error != QJsonParseError::NoError)
+        return QString("it is no whole JSON text (%1 at byte %2)")
+            .arg(error.errorString())
+            .arg(error.offset);
     if (!object.contains("columns"))
         return "it is no table";
     const QJsonObject header = object["header"].toObject();
@@ -77,20 +84,48 @@ QString readJson(const QByteArray &bytes, ResultTable &table)
                 << (cell.isNull() ? "nan" : cell.toVariant().toString());
         table.columns.push_back(column);
     }
+    const int rows = header["points"].toInt(-1);
+    for (const Column &column : table.columns) {
+        if (column.size() != rows)
+            return "its column \"" + column.name +
+                   QString("\" has %1 values, its header says %2").arg(column.size()).arg(rows);
+    }
     return {};
 }
 
-QString readCsv(const QStringList &lines, ResultTable &table)
+QString rowsDiffer(int rows, const QString &announced)
 {
-    for (const QString &line : lines) {
-        if (line.startsWith("# "))
-            table.request.push_back({line.mid(2).section(": ", 0, 0), line.section(": ", 1)});
-        else if (table.columns.empty())
+    return QString("it has %1 rows, its header says %2").arg(rows).arg(announced);
+}
+
+QString readCsv(const QStringList &lines, ReadTable &read)
+{
+    ResultTable &table = read.table;
+    QString announced;
+    for (int i = 0; i < lines.size(); ++i) {
+        if (table.columns.empty() && lines[i].startsWith("# ")) {
+            table.request.push_back(
+                {lines[i].mid(2).section(": ", 0, 0), lines[i].section(": ", 1)});
+            if (table.request.back().key == "rows")
+                announced = table.request.back().value;
+            continue;
+        }
+        QString line = lines[i];
+        while (line.count('"') % 2 != 0 && i + 1 < lines.size()) // a cell of several lines
+            line += '\n' + lines[++i];
+        if (table.columns.empty())
             for (const QString &title : csvCells(line))
                 table.columns.push_back(columnOf(title));
         else if (!addRow(csvCells(line), table.columns))
             return QString("the line \"%1\" has not as many cells as columns").arg(line.left(60));
     }
+    if (table.columns.empty())
+        return "its header has no end";
+    if (announced.isEmpty())
+        read.remark =
+            "it does not say how many rows it has: whether some are missing cannot be told";
+    else if (announced != QString::number(table.rows()))
+        return rowsDiffer(table.rows(), announced);
     return {};
 }
 
@@ -107,12 +142,15 @@ QString readBlocks(const QStringList &values, int points, std::vector<Column> &c
 QString readText(const QStringList &lines, ResultTable &table)
 {
     int points = 0;
+    QString announced = "no number of them";
     for (int i = 0; i < lines.size(); ++i) {
         const QString key = lines[i].section(": ", 0, 0);
         const QString value = lines[i].section(": ", 1);
         table.request.push_back({key, value});
         if (key == "points")
             points = value.toInt();
+        if (key == "rows")
+            announced = value;
         if (key == "blocks" || key == "columns")
             for (const QString &title : value.split("; "))
                 table.columns.push_back(columnOf(title));
@@ -125,7 +163,8 @@ QString readText(const QStringList &lines, ResultTable &table)
                 return QString("the line \"%1\" has not as many values as columns")
                     .arg(line.left(60));
         }
-        return {};
+        const int rows = table.rows();
+        return announced == QString::number(rows) ? QString() : rowsDiffer(rows, announced);
     }
     return "its header has no end";
 }
@@ -135,17 +174,17 @@ QString readText(const QStringList &lines, ResultTable &table)
 ReadTable readTable(const QByteArray &bytes)
 {
     ReadTable read;
-    const QStringList lines = QString::fromUtf8(bytes).split('\n', Qt::SkipEmptyParts);
-    if (!bytes.startsWith('{') && !bytes.startsWith("# program: ") &&
-        !bytes.startsWith("program: "))
-        read.problem = "it is no result of zrt-batch";
-    else if (!bytes.endsWith('\n'))
-        read.problem = "it ends within a line";
-    else if (bytes.startsWith('{'))
+    if (bytes.startsWith('{')) {
         read.problem = readJson(bytes, read.table);
-    else
-        read.problem =
-            bytes.startsWith('#') ? readCsv(lines, read.table) : readText(lines, read.table);
+    } else if (!bytes.startsWith("# program: ") && !bytes.startsWith("program: ")) {
+        read.problem = "it is no result of zrt-batch";
+    } else if (!bytes.endsWith('\n')) {
+        read.problem = "it ends within a line";
+    } else {
+        QStringList lines = textOfBytes(bytes).split('\n');
+        lines.removeLast(); // behind the last line end
+        read.problem = bytes.startsWith('#') ? readCsv(lines, read) : readText(lines, read.table);
+    }
     for (Column &column : read.table.columns)
         makeNumbers(column);
     return read;

@@ -1,9 +1,9 @@
 #include "batch/tablework.h"
 
+#include "batch/keyedwork.h"
 #include "batch/outputfiles.h"
 #include "batch/picture.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -13,14 +13,10 @@ namespace {
 
 std::vector<HeaderLine> requestOf(const TableRequest &request, const QString &input)
 {
-    std::vector<HeaderLine> lines = inputHeader(request.command, input);
-    lines.insert(lines.end(), request.parameters.begin(), request.parameters.end());
+    std::vector<HeaderLine> parameters = request.parameters;
     if (!request.output.picture.isEmpty())
-        lines.push_back({"picture", QString("%1 %2x%3")
-                                        .arg(request.output.picture)
-                                        .arg(request.output.pictureSize.width())
-                                        .arg(request.output.pictureSize.height())});
-    return lines;
+        parameters.push_back(pictureLine(request.output));
+    return requestOf(request.command, input, parameters);
 }
 
 QString tablePath(const TableRequest &request, const QString &input)
@@ -35,12 +31,14 @@ QString picturePath(const TableRequest &request, const QString &input)
 
 bool isDone(const TableRequest &request, const QString &input)
 {
-    if (!request.output.picture.isEmpty() && !QFile::exists(picturePath(request, input)))
+    const std::vector<HeaderLine> lines = requestOf(request, input);
+    if (!request.output.picture.isEmpty() &&
+        !holdsKey(picturePath(request, input), requestKey(lines)))
         return false;
     QFile file(tablePath(request, input));
-    if (!file.open(QIODevice::ReadOnly))
+    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly))
         return false;
-    const QByteArray wanted = requestBytes(requestOf(request, input), request.output.format);
+    const QByteArray wanted = requestBytes(lines, request.output.format);
     return file.read(wanted.size()) == wanted;
 }
 
@@ -56,27 +54,41 @@ Failure makeTable(const TableRequest &request, const QString &input, const Contr
     if (control.isStopped())
         return {ExitCode::TryLater, "Stopped."};
 
+    for (const auto *const lines : {&result.table.request, &result.table.result})
+        if (Failure failure = checkHeader(*lines, input))
+            return failure;
+
     const OutputOptions &output = request.output;
-    std::vector<OutputFile> files;
-    if (!output.picture.isEmpty())
-        files.push_back({picturePath(request, input),
-                         pictureBytes(result.plot ? *result.plot : plotOf(result.table),
-                                      output.picture, output.pictureSize)});
+    std::vector<FileContent> files;
+    if (!output.picture.isEmpty()) {
+        const Plot::PictureBytes picture =
+            pictureBytes(result.plot ? *result.plot : plotOf(result.table), output.picture,
+                         output.pictureSize, requestKey(result.table.request));
+        if (!picture.problem.isEmpty())
+            return {ExitCode::TryLater, input + ": " + picture.problem + "."};
+        files.push_back({picturePath(request, input), picture.bytes});
+    }
     files.push_back({tablePath(request, input), result.table.toBytes(output.format)});
-    return writeTogether(files);
+    return writeOutputs(files);
 }
 
 } // namespace
 
+HeaderLine pictureLine(const OutputOptions &output)
+{
+    return {"picture", QString("%1 %2x%3")
+                           .arg(output.picture)
+                           .arg(output.pictureSize.width())
+                           .arg(output.pictureSize.height())};
+}
+
 QString outputPath(const QString &input, const QString &command, const OutputOptions &output,
                    const QString &extension)
 {
-    const QFileInfo info(input);
-    QString name = info.fileName() + "." + command;
+    QString name = QFileInfo(input).fileName() + "." + command;
     if (!output.tag.isEmpty())
         name += "." + output.tag;
-    const QDir folder(output.folder.isEmpty() ? info.absolutePath() : output.folder);
-    return QDir::cleanPath(folder.absoluteFilePath(name + "." + extension));
+    return besideOrIn(input, output, name + "." + extension);
 }
 
 Work tableWork(const TableRequest &request)

@@ -37,6 +37,9 @@ struct TableRequest {
     std::function<Failure(RecordingFile &file, const Control &control, TableResult &result)> fill;
 };
 
+/// The header line of a picture: its kind and size.
+HeaderLine pictureLine(const OutputOptions &output);
+
 /// Name of what a subcommand makes of an input: "<input>.<command>[.<tag>].<extension>".
 QString outputPath(const QString &input, const QString &command, const OutputOptions &output,
                    const QString &extension);

@@ -1,5 +1,6 @@
 #include "data/passport.h"
 
+#include "base/bytetext.h"
 #include "base/debugline.h"
 #include "data/recordingtime.h"
 
@@ -37,7 +38,7 @@ void addEntry(QByteArray line, QMap<QString, QString> &entries)
     int valueBegin = keyEnd;
     while (valueBegin < line.size() && line[valueBegin] == ' ')
         ++valueBegin;
-    entries.insert(QString::fromUtf8(line.left(keyEnd)), QString::fromUtf8(line.mid(valueBegin)));
+    entries.insert(textOfBytes(line.left(keyEnd)), textOfBytes(line.mid(valueBegin)));
 }
 
 QStringList items(const QString &list)

@@ -28,7 +28,7 @@ inline constexpr qint64 passportSizeLimit = qint64(1) << 20;
 ///
 /// Line 1 ends in the number of passport lines, itself included; "\n" ends a line and a
 /// "\r" before it is dropped. Every other line is a key, a blank (or tab) and a value. Text
-/// that is not UTF-8 loses only the characters concerned.
+/// that is not UTF-8 keeps its bytes, see base/bytetext.h.
 ///
 /// @param bytes  any bytes, from the first of the file
 /// @return the lines that are there; `complete` is false when `bytes` ends before the last

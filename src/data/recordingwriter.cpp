@@ -1,8 +1,8 @@
 #include "data/recordingwriter.h"
 
+#include "base/bytetext.h"
 #include "data/recordingtime.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <QtEndian>
 #include <cmath>
@@ -10,38 +10,24 @@
 
 QByteArray passportText(const QStringList &lines)
 {
-    const QString text = QString("numpar %1\n").arg(lines.size() + 1) + lines.join('\n') + '\n';
-    return text.toUtf8();
+    QString text = QString("numpar %1\n").arg(lines.size() + 1);
+    for (const QString &line : lines)
+        text += QString(line).replace('\n', ' ') + '\n'; // names of files may hold line ends
+    return bytesOfText(text);
 }
 
-bool RecordingWriter::open(const QString &path, const QByteArray &passport)
+WriteFailure RecordingWriter::open(const QString &path, const QByteArray &passport)
 {
-    file.setFileName(path);
-    return file.open(QIODevice::WriteOnly) && write(passport);
+    if (WriteFailure failure = file.open(path))
+        return failure;
+    return file.write(passport);
 }
 
-bool RecordingWriter::write(const float *values, qint64 count)
+WriteFailure RecordingWriter::write(const float *values, qint64 count)
 {
     turned.resize(std::size_t(count));
     qToLittleEndian<quint32>(values, count, turned.data());
-    const qint64 bytes = count * qint64(sizeof(float));
-    return file.write(reinterpret_cast<const char *>(turned.data()), bytes) == bytes;
-}
-
-bool RecordingWriter::write(const QByteArray &bytes)
-{
-    return file.write(bytes) == bytes.size();
-}
-
-bool RecordingWriter::commit()
-{
-    return file.commit();
-}
-
-QString RecordingWriter::failure() const
-{
-    return QString("Cannot write \"%1\": %2.")
-        .arg(QDir::toNativeSeparators(file.fileName()), file.errorString());
+    return file.write(reinterpret_cast<const char *>(turned.data()), count * qint64(sizeof(float)));
 }
 
 QByteArray stretchPassport(const RecordingFile &file, int first, int count, double dispersion)
@@ -65,7 +51,7 @@ QByteArray stretchPassport(const RecordingFile &file, int first, int count, doub
     }
     entries["native_datetime"] = clock.isKnown()
                                      ? clock.utc(0).toString("dd.MM.yyyy hh:mm:ss.zzz") + " UTC"
-                                     : QString("%1 point %2").arg(whole.fileName).arg(part.point);
+                                     : whole.fileName + QString(" point %1").arg(part.point);
     entries["file_path"] = whole.filePath;
     entries["point"] = QString::number(part.point);
     entries["dispersion"] = QString::number(std::lround(dispersion));
@@ -81,10 +67,8 @@ QString saveStretch(RecordingFile &file, int first, int count, double dispersion
 {
     const ObservationData &whole = file.header();
     if (first < 0 || count < 1 || qint64(first) + count > file.completePoints())
-        return QString("%1 has no points %2 to %3.")
-            .arg(whole.filePath)
-            .arg(first)
-            .arg(qint64(first) + count - 1);
+        return whole.filePath +
+               QString(" has no points %1 to %2.").arg(first).arg(qint64(first) + count - 1);
     if (qint64(whole.point) + first > std::numeric_limits<int>::max() ||
         !(std::abs(dispersion) <= std::numeric_limits<int>::max()))
         return "The first point or the dispersion is too large for the file's passport.";
@@ -92,13 +76,16 @@ QString saveStretch(RecordingFile &file, int first, int count, double dispersion
         return "The stretch would take the place of the recording it is cut from: " + path;
 
     RecordingWriter writer;
-    if (!writer.open(path, stretchPassport(file, first, count, dispersion)))
-        return writer.failure();
+    if (const WriteFailure failure =
+            writer.open(path, stretchPassport(file, first, count, dispersion)))
+        return failure.text();
     const qint64 all = file.pointBytes() * count;
     qint64 done = 0;
     bool isStopped = false;
+    WriteFailure unwritten;
     const bool isRead = file.readBytes(first, count, [&](const QByteArray &bytes) {
-        if (!writer.write(bytes))
+        unwritten = writer.write(bytes);
+        if (unwritten)
             return false;
         done += bytes.size();
         isStopped = progress && !progress(int((done - 1) * 100 / all));
@@ -106,7 +93,9 @@ QString saveStretch(RecordingFile &file, int first, int count, double dispersion
     });
     if (isStopped)
         return {};
+    if (unwritten)
+        return unwritten.text();
     if (!isRead)
-        return done < all && !file.reason().isEmpty() ? file.reason() : writer.failure();
-    return writer.commit() ? QString() : writer.failure();
+        return file.reason().isEmpty() ? file.path() + " cannot be read." : file.reason();
+    return writer.commit().text();
 }

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "base/wholefile.h"
 #include "data/recordingfile.h"
 
 #include <QByteArray>
-#include <QSaveFile>
 #include <QString>
 #include <QStringList>
 
@@ -15,17 +15,14 @@ QByteArray passportText(const QStringList &lines);
 /// module, ray, channel. The file appears whole with commit() or not at all.
 class RecordingWriter {
 public:
-    bool open(const QString &path, const QByteArray &passport);
-    bool write(const float *values, qint64 count);
+    WriteFailure open(const QString &path, const QByteArray &passport);
+    WriteFailure write(const float *values, qint64 count);
     /// Bytes of samples that have the order of the file already.
-    bool write(const QByteArray &bytes);
-    bool commit();
-
-    /// What went wrong, in plain words with the path.
-    QString failure() const;
+    WriteFailure write(const QByteArray &bytes) { return file.write(bytes); }
+    WriteFailure commit() { return file.commit(); }
 
 private:
-    QSaveFile file;
+    WholeFile file;
     std::vector<float> turned;
 };
 

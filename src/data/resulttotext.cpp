@@ -1,13 +1,13 @@
 #include "data/resulttotext.h"
 
 #include "base/debugline.h"
+#include "base/wholefile.h"
 #include "data/recordingfile.h"
+#include "data/truenumbers.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <QSaveFile>
 #include <QtEndian>
 #include <algorithm>
 #include <charconv>
@@ -44,57 +44,54 @@ void appendNumber(QByteArray &text, float value)
     text.append(buffer, int(number.ptr - buffer));
 }
 
-QString shownPath(const QString &path)
+TextEnd endOf(const WriteFailure &failure)
 {
-    return QDir::toNativeSeparators(path);
-}
-
-QString writeFailure(const QSaveFile &file)
-{
-    return QString("Error! Cannot write %1: %2")
-        .arg(shownPath(file.fileName()), file.errorString());
+    if (!failure)
+        return {};
+    return {failure.kind == WriteFailure::Kind::CannotCreate ? TextEnd::Kind::CannotCreate
+                                                             : TextEnd::Kind::CannotWrite,
+            failure.text()};
 }
 
 // Collects text and writes it in large pieces, and tells of the progress.
 class TextWriter {
 public:
-    TextWriter(QSaveFile &saveFile, const TextProgress &textProgress,
+    TextWriter(WholeFile &wholeFile, const TextProgress &textProgress,
                const TextCancelled &textCancelled)
-        : file(saveFile), progress(textProgress), cancelled(textCancelled)
+        : file(wholeFile), progress(textProgress), cancelled(textCancelled)
     {
         text.reserve(textBlock + textBlock / 8);
     }
 
-    // Called after each small step. Empty, or why the work must end.
-    QString step(qint64 done, qint64 all)
+    // Called after each small step; Done: the work goes on.
+    TextEnd step(qint64 done, qint64 all)
     {
         const int percent = int(double(done) / double(all) * 100);
         if (progress && percent != lastPercent)
             progress(lastPercent = percent);
         if (cancelled && cancelled())
-            return cancelledText;
-        return text.size() < textBlock ? QString() : flush();
+            return {TextEnd::Kind::Cancelled, cancelledText};
+        return text.size() < textBlock ? TextEnd() : flush();
     }
 
     // Puts the file in place.
-    QString finish()
+    TextEnd finish(const QDateTime &modified)
     {
-        if (QString failure = flush(); !failure.isEmpty())
-            return failure;
-        return file.commit() ? QString() : writeFailure(file);
+        TextEnd end = flush();
+        return end.kind == TextEnd::Kind::Done ? endOf(file.commit(modified)) : end;
     }
 
     QByteArray text;
 
 private:
-    QString flush()
+    TextEnd flush()
     {
-        const bool isWritten = file.write(text) == text.size();
+        const WriteFailure failure = file.write(text);
         text.resize(0); // keeps the memory
-        return isWritten ? QString() : writeFailure(file);
+        return endOf(failure);
     }
 
-    QSaveFile &file;
+    WholeFile &file;
     const TextProgress &progress;
     const TextCancelled &cancelled;
     int lastPercent = -1;
@@ -122,12 +119,10 @@ QString refusedSize(const ResultHeader &header, qint64 available, const QString 
     const qint64 whole = available / blockBytes(header);
     if (header.blocks <= whole)
         return {};
-    return QString("Error! Block %1 of %2 in %3 is short: it needs %4 bytes, the file has %5")
-        .arg(whole + 1)
-        .arg(header.blocks)
-        .arg(path)
-        .arg(blockBytes(header))
-        .arg(available - whole * blockBytes(header));
+    return QString("Error! Block %1 of %2 in ").arg(whole + 1).arg(header.blocks) + path +
+           QString(" is short: it needs %1 bytes, the file has %2")
+               .arg(blockBytes(header))
+               .arg(available - whole * blockBytes(header));
 }
 
 // What stands against turning a file into text; it is at its first block.
@@ -146,23 +141,13 @@ void appendValues(QByteArray &text, const QByteArray &bytes)
     }
 }
 
-// The number that the passport gives to a module; a record made in memory counts from its first.
-qint64 moduleNumber(const ObservationData &data, int module)
-{
-    const auto index = std::size_t(module);
-    return index < data.moduleNumbers.size() ? data.moduleNumbers[index]
-                                             : qint64(data.firstModule) + module;
-}
-
 void appendPoint(QByteArray &text, const ObservationData &data, int point)
 {
     text += "i=" + QByteArray::number(point) + "\n";
     for (int module = 0; module < data.modules; ++module) {
         for (int ray = 0; ray < data.rays; ++ray) {
-            // A file of one ray says which one it is.
-            const int rayNumber = data.ray > 0 && data.rays == 1 ? data.ray : ray + 1;
             text += "module " + QByteArray::number(moduleNumber(data, module)) + " ray " +
-                    QByteArray::number(rayNumber) + ":";
+                    QByteArray::number(rayNumber(data, ray)) + ":";
             for (int channel = 0; channel < data.channels; ++channel) {
                 text += ' ';
                 appendNumber(text, data.samples[module][channel][ray][point]);
@@ -209,25 +194,29 @@ ResultHeader readResultHeader(QIODevice &device)
     return header;
 }
 
-QString resultToText(const QString &inPath, const QString &outPath, const TextProgress &progress,
-                     const TextCancelled &cancelled)
+TextEnd resultToText(const QString &inPath, const QString &outPath, const TextProgress &progress,
+                     const TextCancelled &cancelled, const QDateTime &modified)
 {
+    using Kind = TextEnd::Kind;
     if (inPath.isEmpty())
-        return "ERROR!\nНет файла для чтения!";
+        return {Kind::CannotRead, "ERROR!\nНет файла для чтения!"};
     QFile in(inPath);
     if (!in.open(QIODevice::ReadOnly))
-        return cannotRead;
+        return {Kind::CannotRead, cannotRead};
     if (outPath.isEmpty())
-        return "ERROR!\nНет файла для записи!";
+        return {Kind::CannotCreate, "ERROR!\nНет файла для записи!"};
     if (QFileInfo(inPath) == QFileInfo(outPath))
-        return "Error! The text would take the place of the file it is made of: " + inPath;
-    QSaveFile out(outPath);
-    if (!out.open(QIODevice::WriteOnly))
-        return "ERROR!\nНе могу открыть файл для записи\n";
+        return {Kind::CannotCreate,
+                "Error! The text would take the place of the file it is made of: " + inPath};
+    WholeFile out;
+    if (const TextEnd end = endOf(out.open(outPath)); end.kind == Kind::CannotWrite)
+        return end;
+    else if (end.kind == Kind::CannotCreate)
+        return {Kind::CannotCreate, "ERROR!\nНе могу открыть файл для записи\n"};
 
     const ResultHeader header = readResultHeader(in);
-    if (QString text = refused(header, in); !text.isEmpty())
-        return text;
+    if (const QString text = refused(header, in); !text.isEmpty())
+        return {Kind::BadInput, text};
 
     TextWriter writer(out, progress, cancelled);
     writer.text += header.text;
@@ -235,14 +224,25 @@ QString resultToText(const QString &inPath, const QString &outPath, const TextPr
     for (qint64 done = 0; done < all;) {
         const qint64 wanted = std::min(all - done, valueBlock * qint64(sizeof(float)));
         const QByteArray bytes = in.read(wanted);
-        if (bytes.size() != wanted) // it became shorter meanwhile, or the disk fails
-            return refusedSize(header, done + bytes.size(), inPath);
+        if (bytes.size() != wanted && in.error() != QFileDevice::NoError)
+            return {Kind::CannotRead, inPath + " cannot be read: " + in.errorString() + "."};
+        if (bytes.size() != wanted) // it became shorter meanwhile
+            return {Kind::BadInput, refusedSize(header, done + bytes.size(), inPath)};
         appendValues(writer.text, bytes);
         done += wanted;
-        if (QString text = writer.step(done, all); !text.isEmpty())
-            return text;
+        if (TextEnd end = writer.step(done, all); end.kind != Kind::Done)
+            return end;
     }
-    return writer.finish();
+    return writer.finish(modified);
+}
+
+bool isResultFile(const QString &path)
+{
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
+        return false;
+    const ResultHeader header = readResultHeader(file);
+    return header.points > 0 || header.blocks >= 0;
 }
 
 QString resultProblem(const QString &inPath)
@@ -272,23 +272,24 @@ qint64 resultTextBytes(const QString &inPath)
     return header.text.size() + qint64(double(text.size()) / double(values) * all);
 }
 
-QString observationToText(const ObservationData &data, const QString &path,
-                          const TextProgress &progress, const TextCancelled &cancelled)
+TextEnd observationToText(const ObservationData &data, const QString &path,
+                          const TextProgress &progress, const TextCancelled &cancelled,
+                          const QDateTime &modified)
 {
     if (!hasSamples(data))
-        return "Error! The recording has no samples.";
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
+        return {TextEnd::Kind::BadInput, "Error! The recording has no samples."};
+    WholeFile file;
+    if (TextEnd end = endOf(file.open(path)); end.kind != TextEnd::Kind::Done) {
         debugLine("can't open file ", path, " for writing");
-        return writeFailure(file);
+        return end;
     }
     TextWriter writer(file, progress, cancelled);
     for (int point = 0; point < data.npoints; ++point) {
         appendPoint(writer.text, data, point);
-        if (QString text = writer.step(point + 1, data.npoints); !text.isEmpty())
-            return text;
+        if (TextEnd end = writer.step(point + 1, data.npoints); end.kind != TextEnd::Kind::Done)
+            return end;
     }
-    return writer.finish();
+    return writer.finish(modified);
 }
 
 qint64 observationTextBytes(const ObservationData &data)

@@ -24,6 +24,20 @@ struct ResultHeader {
     bool isUsable() const { return points > 0 && blocks >= 0 && isFloat; }
 };
 
+/// How making a text ended.
+struct [[nodiscard]] TextEnd {
+    enum class Kind {
+        Done,
+        BadInput,     ///< the file is damaged or of another kind
+        CannotRead,   ///< it is missing or may not be read
+        CannotCreate, ///< no place for the text
+        CannotWrite,  ///< a full disk, a broken device
+        Cancelled,
+    };
+    Kind kind = Kind::Done;
+    QString text; ///< what went wrong, for the user to read; empty when the text stands
+};
+
 /// Percentage done, 0 to 100; may be empty.
 using TextProgress = std::function<void(int)>;
 
@@ -37,9 +51,13 @@ ResultHeader readResultHeader(QIODevice &device);
 /// Writes a result file as text: its header, then one value per line, with as many digits as
 /// bring back the same float. The text appears whole or not at all.
 ///
-/// @return empty on success, else what went wrong, for the user to read
-QString resultToText(const QString &inPath, const QString &outPath,
-                     const TextProgress &progress = {}, const TextCancelled &cancelled = {});
+/// @param modified  time of change that the text gets; invalid: now
+TextEnd resultToText(const QString &inPath, const QString &outPath,
+                     const TextProgress &progress = {}, const TextCancelled &cancelled = {},
+                     const QDateTime &modified = {});
+
+/// Whether a file is a result file, sound or not, rather than a recording.
+bool isResultFile(const QString &path);
 
 /// What resultToText will say against a file before it writes anything; empty where nothing
 /// stands against it.
@@ -54,11 +72,12 @@ qint64 resultTextBytes(const QString &inPath);
 /// "module 1 ray 1: <value of every channel, the extra last one included>". The text appears
 /// whole or not at all; memory stays at a megabyte whatever its size.
 ///
-/// @param data  whole recording; only read
-/// @return empty on success, else what went wrong, for the user to read; one debug line as
-///         well when the file cannot be opened
-QString observationToText(const ObservationData &data, const QString &path,
-                          const TextProgress &progress = {}, const TextCancelled &cancelled = {});
+/// @param data      whole recording; only read
+/// @param modified  time of change that the text gets; invalid: now
+/// @return one debug line as well when the file cannot be opened
+TextEnd observationToText(const ObservationData &data, const QString &path,
+                          const TextProgress &progress = {}, const TextCancelled &cancelled = {},
+                          const QDateTime &modified = {});
 
 /// About how many bytes observationToText will write, from a look at the first points.
 qint64 observationTextBytes(const ObservationData &data);

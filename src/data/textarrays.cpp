@@ -1,9 +1,9 @@
 #include "data/textarrays.h"
 
 #include "base/debugline.h"
+#include "base/wholefile.h"
 
 #include <QFile>
-#include <QSaveFile>
 
 namespace Tools {
 
@@ -11,6 +11,7 @@ namespace {
 
 // The binary blocks of a result file may hold no line end for gigabytes.
 constexpr qint64 longestPiece = 4096; // bytes
+constexpr int textBlock = 1 << 20;    // bytes collected before they are written
 
 // What follows `key` at the start of the first line that has it.
 QByteArray valueOfKey(QFile &file, const QByteArray &key)
@@ -30,18 +31,25 @@ QByteArray valueOfKey(QFile &file, const QByteArray &key)
 
 bool writeArrToFile(const std::vector<double> &values, const QString &path)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) {
-        debugLine("ERROR! Tools::writeArrToFile(): Can't open file ", path, "\n");
-        return false;
+    WholeFile file;
+    WriteFailure failure = file.open(path);
+    QByteArray text;
+    for (std::size_t i = 0; i < values.size() && !failure; ++i) {
+        text += QByteArray::number(values[i], 'f', 3) + "\n";
+        if (text.size() < textBlock)
+            continue;
+        failure = file.write(text);
+        text.resize(0);
     }
-    for (const double value : values)
-        file.write(QByteArray::number(value, 'f', 3) + "\n");
-    if (!file.commit()) {
-        debugLine("ERROR! Tools::writeArrToFile(): Can't write file ", path, "\n");
-        return false;
-    }
-    return true;
+    if (!failure)
+        failure = file.write(text);
+    if (!failure)
+        failure = file.commit();
+    if (failure)
+        debugLine("ERROR! Tools::writeArrToFile(): Can't ",
+                  failure.kind == WriteFailure::Kind::CannotCreate ? "open" : "write", " file ",
+                  path, "\n");
+    return !failure;
 }
 
 bool addArrToFile(const std::vector<float> &values, const QString &path)

@@ -1,9 +1,11 @@
 #include "app/mainwindow.h"
 #include "app/settings.h"
+#include "base/wholefile.h"
 #include "forms/ffa/ffaform.h"
 #include "forms/pulsar/pulsarform.h"
 
 #include <QApplication>
+#include <QBuffer>
 #include <QDir>
 #include <QFile>
 #include <QGroupBox>
@@ -32,12 +34,15 @@ QTextStream &errors()
 bool savePicture(QWidget &window, const QString &path)
 {
     QApplication::processEvents();
-    if (window.grab().save(path)) {
+    QBuffer picture;
+    picture.open(QIODevice::WriteOnly);
+    window.grab().save(&picture, "PNG");
+    const WriteFailure failure = writeWhole(path, picture.data());
+    if (failure)
+        errors() << failure.text() << "\n";
+    else
         QTextStream(stdout) << path << "\n";
-        return true;
-    }
-    errors() << "Cannot write " << path << ".\n";
-    return false;
+    return !failure;
 }
 
 bool pictureEachAction(MainWindow &window, PulsarForm &form, const QDir &folder)

@@ -2,6 +2,8 @@
 // relative to the document; one that is missing fails the run, so that no help without its
 // pictures is ever built.
 
+#include "base/wholefile.h"
+
 #include <QAbstractTextDocumentLayout>
 #include <QBuffer>
 #include <QFile>
@@ -12,7 +14,6 @@
 #include <QPageSize>
 #include <QPainter>
 #include <QPdfWriter>
-#include <QSaveFile>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -315,10 +316,7 @@ QString convert(const QString &from, const QString &to)
     }
     painter.end();
 
-    QSaveFile file(to);
-    if (!file.open(QIODevice::WriteOnly) || file.write(pdf.data()) != pdf.size() || !file.commit())
-        return QString("cannot write %1: %2").arg(to, file.errorString());
-    return {};
+    return writeWhole(to, pdf.data()).text();
 }
 
 } // namespace

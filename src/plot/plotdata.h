@@ -42,6 +42,10 @@ struct PlotData {
     double yMin = 0.0;
     int yPrecision = 3; ///< decimals of the Y labels
     int xOffset = 0;    ///< number, in the recording, of the point at index 0
+    /// The index as points of the recording, for tables: that of index 0, and from one index to
+    /// the next. A step of 0: the index is no point.
+    double firstPoint = 0;
+    double pointStep = 0;
     /// X positions that exist, where the curves are a part of more; empty: they are all.
     Plot::Range wholeX;
 

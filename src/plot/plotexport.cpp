@@ -1,13 +1,15 @@
 #include "plot/plotexport.h"
 
+#include "base/bytetext.h"
+#include "base/wholefile.h"
 #include "plot/curvelines.h"
 #include "plot/plotpainter.h"
 
+#include <QBuffer>
 #include <QFileInfo>
 #include <QPageSize>
 #include <QPainter>
 #include <QPdfWriter>
-#include <QSaveFile>
 #include <QSvgGenerator>
 #include <algorithm>
 #include <charconv>
@@ -92,27 +94,41 @@ std::vector<Column> visibleColumns(const PlotData &data)
     return columns;
 }
 
+bool hasPoints(const PlotData &data)
+{
+    return data.pointStep > 0;
+}
+
+// Number in the recording of the point that an index stands for.
+QByteArray pointText(const PlotData &data, int index)
+{
+    constexpr int digits = 12;
+    return QByteArray::number(data.firstPoint + index * data.pointStep, 'g', digits);
+}
+
 QByteArray tableHead(const PlotData &data, const IndexRange &points,
                      const std::vector<Column> &columns)
 {
     QStringList lines;
     for (const QString &line : data.source)
         lines << "# " + QString(line).replace('\n', ' ');
-    lines << QString("# points %1 to %2 of %3")
-                 .arg(points.begin)
-                 .arg(points.end - 1)
-                 .arg(int(allOfX(data).max));
-    if (data.xOffset != 0)
-        lines << QString("# index 0 is point %1 of the recording").arg(data.xOffset);
+    if (hasPoints(data))
+        lines << "# points " + pointText(data, points.begin) + " to " +
+                     pointText(data, points.end - 1) + " of the recording";
+    else
+        lines << QString("# points %1 to %2 of %3")
+                     .arg(points.begin)
+                     .arg(points.end - 1)
+                     .arg(int(allOfX(data).max));
     if (!data.yName.isEmpty())
         lines << "# values: " + withUnit(data.yName, data.yUnit);
-    QStringList names = {"index"};
+    QStringList names = {hasPoints(data) ? "point" : "index"};
     if (!data.x.name.isEmpty())
         names << inQuotes(withUnit(data.x.name, data.x.unit));
     for (const Column &column : columns)
         names << inQuotes(column.name);
     lines << names.join(',') + "\n";
-    return lines.join('\n').toUtf8();
+    return bytesOfText(lines.join('\n'));
 }
 
 // The shortest text that gives the same float again.
@@ -126,7 +142,7 @@ void append(QByteArray &text, float value)
 void appendRow(QByteArray &text, const PlotData &data, const std::vector<Column> &columns, int i)
 {
     constexpr int axisDigits = 12;
-    text += QByteArray::number(i);
+    text += hasPoints(data) ? pointText(data, i) : QByteArray::number(i);
     if (!data.x.name.isEmpty())
         text += ',' + QByteArray::number(axisValue(data.x, i), 'g', axisDigits);
     for (const Column &column : columns) {
@@ -137,71 +153,82 @@ void appendRow(QByteArray &text, const PlotData &data, const std::vector<Column>
     text += '\n';
 }
 
-QString writeFailure(const QString &path, const QString &reason)
+// For the user of a window; empty when nothing failed.
+QString adviceOf(const WriteFailure &failure)
 {
-    return QString("Cannot write %1: %2.\nNothing was changed. Choose another folder or make room.")
-        .arg(path, reason);
+    return failure ? failure.text() + "\nNothing was changed. Choose another folder or make room."
+                   : QString();
 }
 
-QString savePng(QIODevice &file, const Drawing &drawing)
+// The painters of SVG and PDF ignore what their device says: they get one that cannot fail.
+QString paintPng(QBuffer &buffer, const Drawing &drawing)
 {
     QImage image(drawing.size * pngScale, QImage::Format_RGB32);
     if (image.isNull())
         return "there is not enough memory for the picture";
     image.setDotsPerMeterX(int(screenDpi * pngScale * inchesPerMeter));
     image.setDotsPerMeterY(image.dotsPerMeterX());
+    if (!drawing.comment.isEmpty())
+        image.setText("Comment", drawing.comment);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.scale(pngScale, pngScale);
     drawing.draw(painter);
     painter.end();
-    return image.save(&file, "PNG") ? QString() : file.errorString();
+    return image.save(&buffer, "PNG") ? QString() : "the picture cannot be made";
 }
 
-QString saveSvg(QIODevice &file, const Drawing &drawing)
+QString paintSvg(QBuffer &buffer, const Drawing &drawing)
 {
     QSvgGenerator svg;
-    svg.setOutputDevice(&file);
+    svg.setOutputDevice(&buffer);
     svg.setResolution(int(screenDpi));
     svg.setSize(drawing.size);
     svg.setViewBox(QRect(QPoint(0, 0), drawing.size));
     svg.setTitle(drawing.title);
+    svg.setDescription(drawing.comment);
     QPainter painter;
     if (!painter.begin(&svg))
-        return file.errorString();
+        return "the picture cannot be made";
     drawing.draw(painter);
     return {};
 }
 
-QString savePdf(QIODevice &file, const Drawing &drawing)
+QString paintPdf(QBuffer &buffer, const Drawing &drawing)
 {
     constexpr double pointsPerInch = 72;
-    QPdfWriter pdf(&file);
+    QPdfWriter pdf(&buffer);
     pdf.setResolution(pdfDpi);
     pdf.setPageSize(QPageSize(QSizeF(drawing.size) * pointsPerInch / screenDpi, QPageSize::Point,
                               {}, QPageSize::ExactMatch));
     pdf.setPageMargins(QMarginsF());
     pdf.setTitle(drawing.title);
+    if (!drawing.comment.isEmpty())
+        pdf.setCreator(drawing.comment);
     QPainter painter;
     if (!painter.begin(&pdf))
-        return file.errorString();
+        return "the picture cannot be made";
     painter.scale(pdfDpi / screenDpi, pdfDpi / screenDpi);
     drawing.draw(painter);
     return {};
 }
 
-QString writeDrawing(QIODevice &device, const QString &kind, const Drawing &drawing)
+PictureBytes paint(const QString &kind, const Drawing &drawing)
 {
-    return kind == "png"   ? savePng(device, drawing)
-           : kind == "svg" ? saveSvg(device, drawing)
-                           : savePdf(device, drawing);
+    PictureBytes picture;
+    QBuffer buffer(&picture.bytes);
+    buffer.open(QIODevice::WriteOnly);
+    picture.problem = kind == "png"   ? paintPng(buffer, drawing)
+                      : kind == "svg" ? paintSvg(buffer, drawing)
+                                      : paintPdf(buffer, drawing);
+    return picture;
 }
 
 // Only as long as the content is there.
 Drawing drawingOf(const PictureContent &content)
 {
     return {content.size, content.data.source.join("; "),
-            [&content](QPainter &painter) { drawPlot(painter, content); }};
+            [&content](QPainter &painter) { drawPlot(painter, content); }, content.comment};
 }
 
 } // namespace
@@ -233,9 +260,9 @@ void drawPlot(QPainter &painter, const PictureContent &content)
     paintMarks(painter, data, view, content.marks);
 }
 
-QString writePicture(QIODevice &device, const QString &kind, const PictureContent &content)
+PictureBytes pictureBytes(const QString &kind, const PictureContent &content)
 {
-    return writeDrawing(device, kind, drawingOf(content));
+    return paint(kind, drawingOf(content));
 }
 
 QString savePicture(const QString &path, const PictureContent &content)
@@ -248,16 +275,13 @@ QString saveDrawing(const QString &path, const Drawing &drawing)
     const QString kind = QFileInfo(path).suffix().toLower();
     if (kind != "png" && kind != "svg" && kind != "pdf")
         return QString("Cannot write %1: its name must end with .png, .svg or .pdf.").arg(path);
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return writeFailure(path, file.errorString());
-    const QString failure = writeDrawing(file, kind, drawing);
-    if (!failure.isEmpty())
-        return writeFailure(path, failure);
-    return file.commit() ? QString() : writeFailure(path, file.errorString());
+    const PictureBytes picture = paint(kind, drawing);
+    if (!picture.problem.isEmpty())
+        return path + " was not written: " + picture.problem + ".";
+    return adviceOf(writeWhole(path, picture.bytes));
 }
 
-bool writeSamples(QIODevice &device, const PlotData &data, const IndexRange &points,
+bool writeSamples(const TakeBytes &take, const PlotData &data, const IndexRange &points,
                   const GoOn &goOn)
 {
     constexpr int chunkBytes = 1 << 16;
@@ -268,30 +292,25 @@ bool writeSamples(QIODevice &device, const PlotData &data, const IndexRange &poi
         appendRow(text, data, columns, i);
         if (text.size() < chunkBytes)
             continue;
-        if (device.write(text) != text.size() || !goOn(int(100 * ((i - points.begin) / count))))
+        if (!take(text) || !goOn(int(100 * ((i - points.begin) / count))))
             return false;
         text.resize(0);
     }
-    return device.write(text) == text.size();
+    return take(text);
 }
 
 QString saveSamples(const QString &path, const PlotData &data, const IndexRange &points,
                     const GoOn &goOn)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return writeFailure(path, file.errorString());
-    bool stopped = false;
-    const auto watched = [&](int percent) {
-        stopped = !goOn(percent);
-        return !stopped;
+    WholeFile file;
+    WriteFailure failure = file.open(path);
+    const auto take = [&](const QByteArray &text) {
+        failure = file.write(text);
+        return !failure;
     };
-    const bool written = writeSamples(file, data, points, watched);
-    if (stopped)
-        return {};
-    if (!written || !file.commit())
-        return writeFailure(path, file.errorString());
-    return {};
+    if (!failure && writeSamples(take, data, points, goOn))
+        failure = file.commit();
+    return adviceOf(failure);
 }
 
 IndexRange wholePoints(const PlotData &data, const Range &x)

@@ -7,7 +7,6 @@
 #include <QString>
 #include <functional>
 
-class QIODevice;
 class QPainter;
 
 /// Pictures and tables of a plot as files, without a widget: what it takes is a QGuiApplication
@@ -21,6 +20,7 @@ struct PictureContent {
     QSize size;                ///< of the plot on a screen, pixels
     Zoom zoom;
     Marks marks;
+    QString comment = {}; ///< as in Drawing
 };
 
 /// Draws the plot with lines instead of pixels: the same curves, texts and marks, at home on any
@@ -33,6 +33,13 @@ struct Drawing {
     QSize size; ///< on a screen, pixels
     QString title;
     std::function<void(QPainter &painter)> draw;
+    QString comment = {}; ///< stands in the file where programs, not people, look for it
+};
+
+/// The bytes of a file, or why there are none.
+struct PictureBytes {
+    QByteArray bytes;
+    QString problem; ///< for the user; empty on success
 };
 
 /// Writes a drawing to a file, whole or not at all. The end of the name decides what it becomes:
@@ -44,24 +51,26 @@ QString saveDrawing(const QString &path, const Drawing &drawing);
 /// Writes the plot as drawPlot() draws it, as above.
 QString savePicture(const QString &path, const PictureContent &content);
 
-/// The same to a device.
+/// What savePicture() would write.
 ///
 /// @param kind  "png", "svg" or "pdf"
-/// @return why it failed; empty on success
-QString writePicture(QIODevice &device, const QString &kind, const PictureContent &content);
+PictureBytes pictureBytes(const QString &kind, const PictureContent &content);
 
 /// Asked now and then with the percentage done; false stops.
 using GoOn = std::function<bool(int percent)>;
 
+/// Takes the next bytes of a file; false when it cannot.
+using TakeBytes = std::function<bool(const QByteArray &bytes)>;
+
 /// Writes the samples of all visible curves as a table of comma separated values, UTF-8, with "."
 /// in numbers whatever the user's language. Lines that begin with "#" say where they come from;
-/// then follow the columns' names and a line per point: its index, its X value where the axis has
-/// a name, and the curves' values with all their digits ("nan" where there is none, nothing beyond
-/// a curve's end).
+/// then follow the columns' names and a line per point: its number in the recording, or its index
+/// where it is no point of one, its X value where the axis has a name, and the curves' values with
+/// all their digits ("nan" where there is none, nothing beyond a curve's end).
 ///
 /// @param points  within 0 and the number of X positions
-/// @return false when stopped or when the device does not take it
-bool writeSamples(QIODevice &device, const PlotData &data, const IndexRange &points,
+/// @return false when stopped or when `take` does not take it
+bool writeSamples(const TakeBytes &take, const PlotData &data, const IndexRange &points,
                   const GoOn &goOn);
 
 /// writeSamples() to a file, whole or not at all.

@@ -1,3 +1,4 @@
+#include "base/process.h"
 #include "simulator/simulatecommand.h"
 
 #include <QCoreApplication>
@@ -8,17 +9,18 @@
 namespace {
 
 // Shows the percentage in one line of a terminal; a log file gets nothing.
-void showProgress(int percent)
+bool showProgress(int percent)
 {
-    if (!isatty(fileno(stderr)))
-        return;
-    QTextStream(stderr) << '\r' << percent << " %" << (percent == 100 ? "\n" : "");
+    if (isatty(fileno(stderr)))
+        QTextStream(stderr) << '\r' << percent << " %" << (percent == 100 ? "\n" : "");
+    return true;
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
+    setUpProcess();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName("zrt-simulate");
     QCoreApplication::setApplicationVersion("2.0.0");
@@ -29,5 +31,5 @@ int main(int argc, char **argv)
     if (end.problem.isEmpty())
         return 0;
     QTextStream(stderr) << "zrt-simulate: " << end.problem << '\n';
-    return 1;
+    return end.code;
 }

@@ -69,14 +69,12 @@ QByteArray passport(const Simulation &s)
     return passportText(lines);
 }
 
-QString writeRecording(const Simulation &simulation, const QString &path,
-                       const std::function<void(int)> &progress)
+WriteFailure writeRecording(const Simulation &simulation, const QString &path,
+                            const std::function<bool(int)> &progress)
 {
-    if (QString text = refusal(simulation); !text.isEmpty())
-        return text;
     RecordingWriter writer;
-    if (!writer.open(path, passport(simulation)))
-        return writer.failure();
+    if (WriteFailure failure = writer.open(path, passport(simulation)))
+        return failure;
 
     SampleSource source(simulation);
     const int blockPoints = pointsPerBlock(simulation);
@@ -86,14 +84,14 @@ QString writeRecording(const Simulation &simulation, const QString &path,
     for (int point = 0; point < simulation.npoints;) {
         const int count = std::min(blockPoints, simulation.npoints - point);
         source.read(block.data(), count);
-        if (!writer.write(block.data(), count * stride))
-            return writer.failure();
+        if (WriteFailure failure = writer.write(block.data(), count * stride))
+            return failure;
         point += count;
         const int reached = int(qint64(point) * 100 / simulation.npoints);
-        if (progress && reached != percent)
-            progress(percent = reached);
+        if (progress && reached != percent && !progress(percent = reached))
+            return {WriteFailure::Kind::Stopped, path, {}};
     }
-    return writer.commit() ? QString() : writer.failure();
+    return writer.commit();
 }
 
 ObservationData makeRecording(const Simulation &simulation)

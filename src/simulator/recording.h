@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/wholefile.h"
 #include "data/observationdata.h"
 #include "simulator/simulation.h"
 
@@ -17,10 +18,11 @@ QByteArray passport(const Simulation &simulation);
 /// Writes a ".pnt" file: the passport, then float32 little-endian samples. The file appears
 /// whole or not at all; memory stays at a few megabytes whatever its size.
 ///
-/// @param progress  called with the percentage written, 0 to 100; may be empty
-/// @return what went wrong, in plain words; empty when the file stands
-QString writeRecording(const Simulation &simulation, const QString &path,
-                       const std::function<void(int)> &progress = {});
+/// @param simulation  not refused
+/// @param progress    called with the percentage written, 0 to 100; false stops without a file.
+///                    May be empty
+WriteFailure writeRecording(const Simulation &simulation, const QString &path,
+                            const std::function<bool(int)> &progress = {});
 
 /// The same recording in memory, its record filled as from the file.
 ///

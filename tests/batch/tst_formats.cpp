@@ -1,3 +1,4 @@
+#include "base/wholefile.h"
 #include "batch/candidates.h"
 #include "batch/filterbank.h"
 #include "data/numberfile.h"
@@ -5,6 +6,7 @@
 
 #include <QBuffer>
 #include <limits>
+#include <random>
 
 using namespace Batch;
 
@@ -14,6 +16,9 @@ class TestFormats : public QObject {
 private slots:
     void tablesComeBack_data();
     void tablesComeBack();
+    void damagedTables_data();
+    void damagedTables();
+    void mergingIgnoresOrder();
     void onePeriodAtSeveralDispersions();
     void refusedFilterbanks_data();
     void refusedFilterbanks();
@@ -36,13 +41,14 @@ void TestFormats::tablesComeBack()
 {
     QFETCH(int, format);
     QFETCH(bool, isSeries);
-    const QString strange = "a \"name\", with; all: of 100% [it]";
+    const QString strange = QString("a \"name\", with; all: of 100% [it]") + QChar(0xDCD0);
+    const QString lines = format == int(Format::Text) ? "x" : "x\ny"; // one line a row there
     ResultTable table;
     table.request = {{"program", "zrt-batch"}, {"file", "/tmp/" + strange}, {"report", "one\ntwo"}};
     table.columns = {{"S/N, best", "mJy", std::vector<float>{0.1F, -1.5e-38F, 16777217.0F}}};
     if (!isSeries) {
         table.columns.push_back({"period", "s", std::vector<double>{1 / 3.0, 5e-324, 1e22}});
-        table.columns.push_back({"remark", {}, QStringList{strange, "-", "x"}});
+        table.columns.push_back({"remark", {}, QStringList{strange, lines, "-"}});
     }
 
     const QByteArray bytes = table.toBytes(Format(format));
@@ -71,6 +77,100 @@ void TestFormats::tablesComeBack()
     QVERIFY(shown.rowsAreSeries);
     QCOMPARE(shown.table.rows(), qint64(1));
     QCOMPARE(float(shown.table.at(0, 2)), 16777217.0F);
+}
+
+void TestFormats::damagedTables_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("problem"); // "": it is whole
+    std::vector<Candidate> candidates(2);
+    candidates[0].peak.snr = 9.5;
+    candidates[1].peak.snr = 8.5;
+    ResultTable table;
+    table.request = {{"program", "zrt-batch"}};
+    table.columns = candidateColumns(candidates, true);
+    const auto bytes = [&table](Format format) { return table.toBytes(format); };
+    const auto with = [&](Format format, const char *before, const char *after) {
+        return bytes(format).replace(before, after);
+    };
+    const auto withoutLastLine = [&](Format format) {
+        const QByteArray all = bytes(format);
+        return all.left(all.lastIndexOf('\n', all.size() - 2) + 1);
+    };
+    const QByteArray csv = bytes(Format::Csv);
+    for (const Format format : {Format::Text, Format::Csv, Format::Json}) {
+        const QByteArray kind = extensionOf(format).toUtf8();
+        const auto row = [&kind](const char *name, const QByteArray &damaged, const char *problem) {
+            QTest::newRow((kind + ", " + name).constData()) << damaged << QString(problem);
+        };
+        row("whole", bytes(format), "");
+        row("cut in a line", bytes(format).chopped(2),
+            format == Format::Json ? "no whole JSON text" : "ends within a line");
+        row("no S/N", with(format, "9.5", format == Format::Json ? "\"abc\"" : "abc"),
+            "in row 1 the snr \"abc\" is no number");
+        row("none there", with(format, "8.5", format == Format::Json ? "null" : "nan"),
+            "in row 2 the snr \"nan\" is no number");
+        row("infinite", with(format, "9.5", "1e39"), "in row 1 the snr \"1e+39\" is no number");
+        row("cut at a line", withoutLastLine(format),
+            format == Format::Json ? "no whole JSON text" : "it has 1 rows, its header says 2");
+    }
+    QTest::newRow("columns of unequal length")
+        << with(Format::Json, "[9.5,8.5]", "[9.5]")
+        << QString("column \"snr\" has 1 values, its header says 2");
+    QTest::newRow("longer columns than announced")
+        << with(Format::Json, "\"points\": 2", "\"points\": 1") << QString("its header says 1");
+    QTest::newRow("no rows at all")
+        << csv.left(csv.indexOf("# rows")) << QString("its header has no end");
+    QTest::newRow("another table")
+        << with(Format::Csv, ",remark,", ",remarks,") << QString("no table of candidates");
+}
+
+void TestFormats::damagedTables()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, problem);
+    const ReadCandidates read = readCandidates(bytes);
+    QVERIFY2(read.problem.contains(problem), qPrintable(read.problem));
+    QCOMPARE(read.problem.isEmpty(), problem.isEmpty());
+    QCOMPARE(int(read.candidates.size()), problem.isEmpty() ? 2 : 0);
+}
+
+// Candidates that differ in a single column, some of them in two tables, give the same bytes in
+// whatever order they come.
+void TestFormats::mergingIgnoresOrder()
+{
+    const QTemporaryDir folder;
+    QStringList inputs;
+    for (int i = 0; i < 6; ++i) {
+        Candidate same;
+        same.peak.snr = 10;
+        same.file = "a.pnt";
+        Candidate other = same;
+        other.remark = i % 2 ? "2 x 0.5 s" : "";
+        other.peak.foldSnr = i % 3;
+        other.periodError = i == 4 ? 1e-6 : std::numeric_limits<double>::quiet_NaN();
+        other.ray = 1 + i % 4;
+        ResultTable table;
+        table.request = {{"program", "zrt-batch"}};
+        table.columns = candidateColumns({same, other}, true);
+        inputs << folder.filePath(QString::number(i));
+        QVERIFY(!writeWhole(inputs.back(), table.toBytes(Format::Text)));
+    }
+    QByteArray first;
+    for (int i = 0; i < 50; ++i) {
+        std::mt19937 random{unsigned(i)};
+        std::shuffle(inputs.begin(), inputs.end(), random);
+        MergeRequest request;
+        request.output = folder.filePath("merged");
+        QVERIFY(!mergeCandidates(inputs, request));
+        QFile merged(request.output);
+        QVERIFY(merged.open(QIODevice::ReadOnly));
+        const QByteArray bytes = merged.readAll();
+        if (first.isEmpty())
+            first = bytes;
+        QCOMPARE(bytes, first);
+    }
+    QCOMPARE(readCandidates(first).candidates.size(), std::size_t(4));
 }
 
 void TestFormats::onePeriodAtSeveralDispersions()

@@ -4,6 +4,7 @@
 #include "calc/pulsarcalculate.h"
 #include "calc/pulsarcommand.h"
 #include "data/reader.h"
+#include "support/batchfolder.h"
 #include "support/recordings.h"
 #include "support/testmain.h"
 
@@ -13,44 +14,16 @@
 #include <QRandomGenerator>
 #include <QRegularExpression>
 #include <csignal>
-#include <sys/mount.h>
+#include <sys/stat.h>
 
 // The program as a user or a batch system calls it.
 
 Q_DECLARE_METATYPE(PulsarParameters)
 
-namespace {
+using TestSupport::contentOf;
+using TestSupport::Ended;
 
-struct Ended {
-    int code = -1;
-    QString out;
-    QString errors;
-};
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-}
-
-// Files of a folder by name.
-QMap<QString, QByteArray> filesOf(const QString &folder)
-{
-    QMap<QString, QByteArray> files;
-    for (const QString &name : QDir(folder).entryList(QDir::Files | QDir::Hidden))
-        files[name] = contentOf(folder + "/" + name);
-    return files;
-}
-
-} // namespace
-
-class TestProgram : public QObject {
+class TestProgram : public TestSupport::BatchFolder {
     Q_OBJECT
 
 private slots:
@@ -64,45 +37,12 @@ private slots:
     void killedRunsGoOn();
     void stopsAtSignal();
     void skipsWhatIsDone();
-    void diskFull();
     void filterbankRoundTrip();
     void importedFilterbanks_data();
     void importedFilterbanks();
     void exportedSeries();
     void examples_data();
     void examples();
-
-private:
-    QString path(const QString &name) const { return folder.filePath(name); }
-
-    Ended run(const QStringList &arguments) const
-    {
-        QProcess process;
-        process.setWorkingDirectory(folder.path());
-        process.start(ZRT_BATCH, arguments);
-        process.closeWriteChannel();
-        return ended(process);
-    }
-
-    Ended runShell(QString command) const
-    {
-        QProcess process;
-        process.setWorkingDirectory(folder.path());
-        command.replace(QRegularExpression("(^|\n)zrt-batch "), "\\1" ZRT_BATCH " ");
-        process.start("sh", {"-ec", command});
-        return ended(process);
-    }
-
-    static Ended ended(QProcess &process)
-    {
-        if (!process.waitForFinished(120000))
-            return {};
-        return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-                QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
-    }
-
-    QTemporaryDir folder;
 };
 
 void TestProgram::initTestCase()
@@ -119,6 +59,8 @@ void TestProgram::initTestCase()
     writeFile(path("cut.pnt"), bytes.chopped(4));
     writeFile(path("text.pnt"), "this is no recording\n");
     writeFile(path("bands.pnt"), TestSupport::recordingBytes({600, 1, 9, 1}, sample));
+    writeFile(path("numbers.pnt"), TestSupport::recordingBytes({600, 2, 33, 1}, sample)
+                                       .replace("modulus 1 2\n", "modulus 4 6\n"));
     QDir(folder.path()).mkdir("many");
     for (int i = 0; i < 50; ++i)
         writeFile(path(QString("many/%1.pnt").arg(i, 2, 10, QChar('0'))), bytes);
@@ -130,6 +72,8 @@ void TestProgram::failures_data()
     QTest::addColumn<QString>("arguments");
     QTest::addColumn<int>("code");
     QTest::addColumn<QString>("words"); // that the message has
+    const QString longName = QString(240, 'x') + ".pnt";
+    QVERIFY(QFile::exists(path(longName)) || QFile::copy(path("short.pnt"), path(longName)));
     QTest::newRow("no command") << "" << 64 << "subcommand is required";
     QTest::newRow("unknown command") << "sums demo.pnt" << 64 << "subcommand is required";
     QTest::newRow("no input") << "sum" << 64 << "FILE";
@@ -157,7 +101,28 @@ void TestProgram::failures_data()
         << "ffa --bins-min 2147483647 --bins-max 2147483647 demo.pnt" << 65 << "period_min >=";
     QTest::newRow("no periods") << "ffa --period-min 9 --period-max 1 demo.pnt" << 65 << "eriod";
     QTest::newRow("no result") << "plot demo.pnt" << 65 << "no result of zrt-batch";
-    QTest::newRow("no curve") << "plot candidates.txt" << 65 << "ffa --plot";
+    QTest::newRow("neither curve nor candidates")
+        << "plot names.csv" << 65 << "neither curves nor candidates";
+    QTest::newRow("plot onto its input") << "plot result.png" << 64 << "take the place of an input";
+    QTest::newRow("log onto an input") << "native --json demo.pnt demo.pnt" << 64 << "is an input";
+    QTest::newRow("pipe as a list") << "sum @pipe" << 66 << "pipe that nothing comes from";
+    QTest::newRow("pipe as a table") << "merge -o t.txt pipe" << 66 << "nothing comes from";
+    QTest::newRow("pipe to text") << "totext pipe" << 66 << "not an ordinary file";
+    QTest::newRow("pipe as a recording") << "sum pipe" << 66 << "not an ordinary file";
+    QTest::newRow("pipe as a log") << "native --json pipe short.pnt" << 73 << "--json";
+    QTest::newRow("pipe as an output")
+        << "merge -o pipe candidates.txt" << 73 << "not an ordinary file";
+    QTest::newRow("pipe to simulate") << "simulate --points 9 pipe" << 73 << "not an ordinary file";
+    QTest::newRow("short result") << "totext short.res" << 65 << "Block 1 of 2 in";
+    QTest::newRow("result without points")
+        << "totext nopoints.res" << 65 << "нет points в паспорте";
+    QTest::newRow("result without days") << "totext nodays.res" << 65 << "Error! No days in";
+    QTest::newRow("name too long")
+        << "native --ray 1 --first-point 0 " + longName << 73 << "File name too long";
+    QTest::newRow("no such number") << "sum --module-number 3 numbers.pnt" << 65
+                                    << "no module number 3 in the recording. It "
+                                       "has 4, 6.";
+    QTest::newRow("place and number") << "sum --ray 1 --ray-number 5 demo.pnt" << 64 << "excludes";
     QTest::newRow("no table") << "merge -o t.txt short.pnt" << 65 << "short.pnt cannot be merged";
     QTest::newRow("no filterbank") << "import short.pnt" << 65 << "SIGPROC";
     QTest::newRow("file for a folder")
@@ -171,6 +136,14 @@ void TestProgram::failures_data()
     table.columns = Batch::candidateColumns(std::vector<Batch::Candidate>(2), true);
     writeFile(path("candidates.txt"), table.toBytes(Batch::Format::Text));
     writeFile(path("folders"), "# a comment\n\nempty\n");
+    table.columns = {{"name", {}, QStringList{"a", "b"}}};
+    writeFile(path("names.csv"), table.toBytes(Batch::Format::Csv));
+    table.columns = {{"sum", {}, std::vector<float>{1, 2}}};
+    writeFile(path("result.png"), table.toBytes(Batch::Format::Text));
+    QCOMPARE(mkfifo(QFile::encodeName(path("pipe")).constData(), 0600), 0);
+    writeFile(path("short.res"), "points: 9\ntype: float\ndays: 2\nxx");
+    writeFile(path("nopoints.res"), "type: float\ndays: 2\n");
+    writeFile(path("nodays.res"), "points: 9\ntype: float\n");
 }
 
 void TestProgram::failures()
@@ -392,6 +365,18 @@ void TestProgram::stopsAtSignal()
     QCOMPARE(end.code, 75);
     QVERIFY2(end.errors.contains("2 not begun or stopped"), qPrintable(end.errors));
     QVERIFY(!QFile::exists(path("demo.pnt.ffa.stopped.txt")));
+
+    // A result of 400 MB of zeros, of which the disk has none.
+    const QByteArray header = "points: 100000000\ndays: 1\n";
+    writeFile(path("long.res"), header);
+    QVERIFY(QFile::resize(path("long.res"), header.size() + 400000000));
+    process.start(ZRT_BATCH, {"totext", "--jobs", "1", "long.res"});
+    QVERIFY(process.waitForReadyRead());
+    QCOMPARE(::kill(pid_t(process.processId()), SIGTERM), 0);
+    const Ended text = ended(process);
+    QCOMPARE(text.code, 75);
+    QVERIFY2(text.errors.contains(path("long.res") + " was stopped"), qPrintable(text.errors));
+    QVERIFY(!QFile::exists(path("long.res.txt")));
 }
 
 void TestProgram::skipsWhatIsDone()
@@ -411,29 +396,16 @@ void TestProgram::skipsWhatIsDone()
     QFile::remove(path("again/short.pnt.native.png"));
     QVERIFY(!wasSkipped({"--plot", "png"}));
     QVERIFY(wasSkipped({"--plot", "png"}));
+    // A picture of the same name, but of another request.
+    QCOMPARE(run({"plot", "--size", "300x200", "again/short.pnt.native.txt"}).code, 0);
+    QVERIFY(!wasSkipped({"--plot", "png"}));
+    QVERIFY(wasSkipped({"--plot", "png"}));
     QFile recording(path("short.pnt"));
     QVERIFY(recording.open(QIODevice::ReadWrite));
     QVERIFY(recording.setFileTime(QDateTime::currentDateTime().addDays(-1),
                                   QFileDevice::FileModificationTime));
     recording.close();
     QVERIFY(!wasSkipped({"--plot", "png"}));
-}
-
-void TestProgram::diskFull()
-{
-    QDir(folder.path()).mkdir("small");
-    const QByteArray disk = path("small").toLocal8Bit();
-    if (mount("none", disk.constData(), "tmpfs", 0, "size=300k") != 0)
-        QSKIP("A small file system cannot be mounted here; it takes the administrator.");
-    const Ended end = run({"sum", "-o", "small", "demo.pnt", "--jobs", "1"});
-    const Ended fits = run({"native", "--count", "600", "-o", "small", "demo.pnt"});
-    const auto files = filesOf(path("small"));
-    QCOMPARE(umount(disk.constData()), 0);
-    QCOMPARE(end.code, 74);
-    QVERIFY2(end.errors.contains("demo.pnt.sum.txt cannot be written: No space left"),
-             qPrintable(end.errors));
-    QCOMPARE(fits.code, 0);
-    QCOMPARE(files.keys(), QStringList{"demo.pnt.native.txt"});
 }
 
 void TestProgram::filterbankRoundTrip()

@@ -58,9 +58,11 @@ void TestResultToText::conversion()
     for (const auto &[header, values, text, error] : files) {
         const QByteArray bytes = header + QByteArray::fromHex(values);
         QVERIFY(write(in, bytes) && write(out, "the old text"));
-        QCOMPARE(resultToText(in, out), QString(error).replace("%1", in));
+        const TextEnd end = resultToText(in, out);
+        QCOMPARE(end.text, QString(error).replace("%1", in));
+        QCOMPARE(end.kind, error.isEmpty() ? TextEnd::Kind::Done : TextEnd::Kind::BadInput);
         QCOMPARE(contents(out), error.isEmpty() ? header + text : QByteArray("the old text"));
-        QVERIFY(resultToText(in, in).startsWith("Error! The text would take the place of"));
+        QVERIFY(resultToText(in, in).text.startsWith("Error! The text would take the place of"));
         QCOMPARE(contents(in), bytes);
     }
 }
@@ -71,12 +73,12 @@ void TestResultToText::recordingAsText()
         TestSupport::makeRecording({2, 2, 2, 1}, [](int point, int module, int channel, int) {
             return float(1000 * point + 100 * module + channel) + 0.5f;
         });
-    data.firstModule = 4;
+    data.moduleNumbers = {4, 6};
     data.ray = 6;
-    QCOMPARE(observationToText(data, out), QString());
-    QCOMPARE(contents(out), QByteArray("i=0\nmodule 4 ray 6: 0.5 1.5\nmodule 5 ray 6: 100.5 101.5\n"
+    QCOMPARE(observationToText(data, out).text, QString());
+    QCOMPARE(contents(out), QByteArray("i=0\nmodule 4 ray 6: 0.5 1.5\nmodule 6 ray 6: 100.5 101.5\n"
                                        "i=1\nmodule 4 ray 6: 1000.5 1001.5\n"
-                                       "module 5 ray 6: 1100.5 1101.5\n"));
+                                       "module 6 ray 6: 1100.5 1101.5\n"));
 }
 
 void TestResultToText::progressAndCancelling()
@@ -93,11 +95,11 @@ void TestResultToText::progressAndCancelling()
                                : resultToText(in, out, progress, cancelled);
         };
         QVERIFY(write(out, "the old text"));
-        QCOMPARE(work([&] { return last >= 40; }), QString("Cancelled."));
+        QCOMPARE(work([&] { return last >= 40; }).kind, TextEnd::Kind::Cancelled);
         QVERIFY(last >= 40 && last < 60);
         QCOMPARE(contents(out), QByteArray("the old text"));
         QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 2);
-        QCOMPARE(work({}), QString());
+        QCOMPARE(work({}).text, QString());
         QCOMPARE(last, 100);
         QVERIFY(isRecording || contents(out) == header + QByteArray("0.1\n").repeated(400000));
         const qint64 foretold = isRecording ? observationTextBytes(data) : resultTextBytes(in);

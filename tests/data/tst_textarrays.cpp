@@ -1,10 +1,9 @@
 #include "data/textarrays.h"
+#include "support/fulldisk.h"
 #include "support/testmain.h"
 
 #include <QLocale>
 #include <QTemporaryDir>
-#include <csignal>
-#include <sys/resource.h>
 
 using namespace Tools;
 
@@ -67,21 +66,16 @@ void TestTextArrays::missingFiles()
     QVERIFY(!writeArrToFile({1}, none) && !addArrToFile({1}, none));
 }
 
-// The limit on the size of files stands for the full disk: the system refuses the write.
 void TestTextArrays::fullDisk()
 {
     QVERIFY(writeArrToFile({1}, path));
-    rlimit limit = {};
-    QCOMPARE(getrlimit(RLIMIT_FSIZE, &limit), 0);
-    const rlimit small = {100000, limit.rlim_max};
-    std::signal(SIGXFSZ, SIG_IGN);
-    QCOMPARE(setrlimit(RLIMIT_FSIZE, &small), 0);
+    auto disk = std::make_unique<TestSupport::FullDisk>(100000);
     const QString line = "ERROR! %1(): Can't write file " + path + "\n";
     QTest::ignoreMessage(QtDebugMsg, qPrintable(line.arg("Tools::writeArrToFile")));
     const bool isWritten = writeArrToFile(std::vector<double>(100000, 1.5), path);
     QTest::ignoreMessage(QtDebugMsg, qPrintable(line.arg("Tools:addArrToFile")));
     const bool isAdded = addArrToFile(std::vector<float>(100000, 1.5f), path);
-    QCOMPARE(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    disk.reset();
     QVERIFY(!isWritten && !isAdded);
     QCOMPARE(contents(), QByteArray("1.000\n"));
 }

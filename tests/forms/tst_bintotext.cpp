@@ -71,7 +71,7 @@ void TestBinToText::conversions()
         QString box;     // "%1" stands for the path
     } files[] = {
         {result, "/proc/out", "none", "ERROR!\nНе могу открыть файл для записи"},
-        {recording, "/proc/out", "none", "Error! Cannot write /proc/out: "},
+        {recording, "/proc/out", "none", "/proc/out cannot be made: "},
         {recording, out, two + "i=2\nmodule 1 ray 1: 2 2.25 2.5\n", ""},
         {recording.chopped(1), out, two, "File size is incorrect, data is broken"},
         {recording, in, two, "The text would take the place of the file"},

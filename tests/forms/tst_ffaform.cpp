@@ -72,6 +72,7 @@ void TestFfaForm::initTestCase()
     pulses = TestSupport::recordingBytes({points, 1, 33, 2}, [&](int point, int, int, int ray) {
         return ray == 1 ? train[std::size_t(point)] : float(point % 7);
     });
+    pulses.replace("modulus 1\n", "modulus 4\n");
 }
 
 void TestFfaForm::init()
@@ -228,7 +229,8 @@ void TestFfaForm::searchFoldsAndSaves()
     QFile saved(path);
     QVERIFY(saved.open(QIODevice::ReadOnly));
     const QString text = QString::fromUtf8(saved.readAll());
-    QVERIFY2(text.contains("ray: 2") && text.contains("\n" + copied[1] + "\n"), qPrintable(text));
+    QVERIFY2(text.contains("module: 4, ray: 2") && text.contains("\n" + copied[1] + "\n"),
+             qPrintable(text));
 }
 
 void TestFfaForm::escapeStopsTheSearch()

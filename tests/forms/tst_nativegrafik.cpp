@@ -250,7 +250,7 @@ void TestNativeGrafik::hugeRecordingInLittleMemory()
     // 3 GB that take no room on the disk.
     const QByteArray head = TestSupport::recordingBytes({1, 6, 33, 8}, sampleAt).left(0);
     QByteArray passport = TestSupport::recordingBytes({500000, 6, 33, 0}, sampleAt);
-    passport.replace("rays 0", "rays 8");
+    passport.replace("rays 0", "rays 8").replace("modulus 1 ", "modulus 9 ");
     const QString path = write(passport + head);
     QVERIFY(QFile::resize(path, passport.size() + qint64(500000) * 6 * 33 * 8 * 4));
     const qint64 before = residentBytes();
@@ -259,6 +259,8 @@ void TestNativeGrafik::hugeRecordingInLittleMemory()
     QTRY_VERIFY(isDrawn()); // long before all of it was read
     auto *const grafik = find<PulsarGrafik>("grafik");
     QCOMPARE(grafik->data().xOffset, 0);
+    QVERIFY(grafik->data().source.contains("module 9")); // by the passport
+    QVERIFY(grafik->data().pointStep > 1);
     auto *const overview = find<OverviewStrip>("overview");
     for (int i = 0; i < 30; ++i)
         QTest::keyClick(overview, Qt::Key_Up);

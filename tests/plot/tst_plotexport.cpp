@@ -2,10 +2,10 @@
 
 #include "plot/plotpainter.h"
 #include "plot/straightplot.h"
+#include "support/fulldisk.h"
 #include "support/testmain.h"
 
 #include <QApplication>
-#include <QBuffer>
 #include <QSvgRenderer>
 #include <QTemporaryDir>
 #include <cmath>
@@ -134,24 +134,31 @@ void TestPlotExport::table()
     data.multiGraphs = {{-1e-30F}};
     data.names = {"sum, 32 bands", "hidden"};
     data.visible = {true, false};
-    data.xOffset = 58000;
+    data.firstPoint = 58000;
+    data.pointStep = 0.25;
     data.x = {"time", "s", 10, 0.0124928, {}};
     data.yName = "signal";
     data.yUnit = "sigma";
     data.source = QStringList{"file: a.pnt", "ray: 7"};
-    QBuffer buffer;
-    QVERIFY(buffer.open(QIODevice::WriteOnly));
-    QVERIFY(Plot::writeSamples(buffer, data, {1, 4}, [](int) { return true; }));
-    QCOMPARE(buffer.data(), QByteArray("# file: a.pnt\n"
-                                       "# ray: 7\n"
-                                       "# points 1 to 3 of 4\n"
-                                       "# index 0 is point 58000 of the recording\n"
-                                       "# values: signal (sigma)\n"
-                                       "index,time (s),\"sum, 32 bands\",curve 3,"
-                                       "\"sum, 32 bands, below\"\n"
-                                       "1,10.0124928,0.1,,\n"
-                                       "2,10.0249856,nan,,\n"
-                                       "3,10.0374784,,,\n"));
+    const auto written = [&data] {
+        QByteArray text;
+        const auto take = [&text](const QByteArray &more) {
+            text += more;
+            return true;
+        };
+        return Plot::writeSamples(take, data, {1, 4}, [](int) { return true; }) ? text : "";
+    };
+    QCOMPARE(written(), QByteArray("# file: a.pnt\n"
+                                   "# ray: 7\n"
+                                   "# points 58000.25 to 58000.75 of the recording\n"
+                                   "# values: signal (sigma)\n"
+                                   "point,time (s),\"sum, 32 bands\",curve 3,"
+                                   "\"sum, 32 bands, below\"\n"
+                                   "58000.25,10.0124928,0.1,,\n"
+                                   "58000.5,10.0249856,nan,,\n"
+                                   "58000.75,10.0374784,,,\n"));
+    data.pointStep = 0; // a spectrum
+    QVERIFY(written().contains("# points 1 to 3 of 4\n") && written().contains("\n1,10.0124928,"));
     const Plot::IndexRange whole = Plot::wholePoints(data, {0.4, 2.9});
     QCOMPARE(whole.begin * 10 + whole.end, 13);
 }
@@ -164,6 +171,17 @@ void TestPlotExport::refusedFiles()
     QVERIFY(Plot::savePicture(nowhere, {data, blocks, size, {}, {}}).contains(nowhere));
     QVERIFY(Plot::savePicture(folder.filePath("a.bmp"), {data, blocks, size, {}, {}})
                 .contains(".png, .svg or .pdf"));
+    for (const char *name : {"a.png", "a.svg", "a.pdf", "a.csv"}) {
+        const QString full = folder.filePath(name);
+        const TestSupport::FullDisk disk(500);
+        const QString failure =
+            full.endsWith(".csv")
+                ? Plot::saveSamples(full, data, {0, 20000}, [](int) { return true; })
+                : Plot::savePicture(full, {data, blocks, size, {}, {}});
+        QVERIFY2(failure.startsWith(full + " cannot be written: File too large."),
+                 qPrintable(failure));
+        QVERIFY(!QFile::exists(full));
+    }
     const QString path = folder.filePath("stopped.csv");
     QCOMPARE(Plot::saveSamples(path, data, {0, 20000}, [](int) { return false; }), QString());
     QVERIFY(!QFile::exists(path));

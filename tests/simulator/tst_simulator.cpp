@@ -1,6 +1,7 @@
 #include "data/passport.h"
 #include "simulator/recording.h"
 #include "simulator/simulationoptions.h"
+#include "support/fulldisk.h"
 #include "support/testmain.h"
 
 #include <QCryptographicHash>
@@ -49,13 +50,15 @@ private slots:
     void pulseArrival();
     void refusals_data();
     void refusals();
+    void stoppedAndFull();
 
 private:
     QByteArray written(const Simulation &s)
     {
         QFile file(folder.filePath("a.pnt"));
-        const QString error = writeRecording(s, file.fileName());
-        return error.isEmpty() && file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        return !writeRecording(s, file.fileName()) && file.open(QIODevice::ReadOnly)
+                   ? file.readAll()
+                   : QByteArray();
     }
 
     QTemporaryDir folder;
@@ -167,7 +170,7 @@ void TestSimulator::refusals_data()
     const auto row = [](const char *options, const char *message) {
         QTest::newRow(options) << message;
     };
-    row("--seed 2", "Cannot write"); // where the folder is missing
+    row("--seed 2", "cannot be made"); // where the folder is missing
     row("--points 0", "points must be at least 1, not 0");
     row("--bands 0", "between 1 and 100000 bands");
     row("--modules 2000000000 --rays 2000000000", "more than one point may hold");
@@ -187,11 +190,26 @@ void TestSimulator::refusals()
     QFETCH(QString, message);
     QString error;
     const Simulation s = simulation(QTest::currentDataTag(), &error);
-    const QString path = folder.filePath(message.startsWith("Cannot") ? "missing/b.pnt" : "b.pnt");
+    const QString path = folder.filePath(message.startsWith("cannot") ? "missing/b.pnt" : "b.pnt");
     if (error.isEmpty())
-        error = writeRecording(s, path);
+        error = refusal(s);
+    if (error.isEmpty())
+        error = writeRecording(s, path).text();
     QVERIFY2(error.contains(message), qPrintable(error));
     QVERIFY(!QFile::exists(path));
+}
+
+void TestSimulator::stoppedAndFull()
+{
+    const QString path = folder.filePath("c.pnt");
+    const Simulation s = simulation("--points 40000 --rays 1");
+    const auto stop = [](int percent) { return percent < 50; };
+    QCOMPARE(writeRecording(s, path, stop).kind, WriteFailure::Kind::Stopped);
+    {
+        const TestSupport::FullDisk disk(2000000);
+        QCOMPARE(writeRecording(s, path).kind, WriteFailure::Kind::CannotWrite);
+    }
+    QVERIFY(QDir(folder.path()).entryList({"c*"}, QDir::Files).isEmpty());
 }
 
 ZRT_UNIT_TEST_MAIN(TestSimulator)

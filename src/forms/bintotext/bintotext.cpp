@@ -4,6 +4,7 @@
 #include "app/directoryof.h"
 #include "app/errorbox.h"
 #include "app/settings.h"
+#include "base/wholefile.h"
 #include "data/passport.h"
 #include "data/reader.h"
 #include "data/resulttotext.h"
@@ -16,7 +17,6 @@
 #include <QLocale>
 #include <QMessageBox>
 #include <QProgressBar>
-#include <QSaveFile>
 #include <QStorageInfo>
 
 namespace {
@@ -49,9 +49,7 @@ Binary recognise(const QString &path)
     } else if (!file.open(QIODevice::ReadOnly)) {
         binary.problem = shown + " cannot be opened: " + file.errorString() + ".";
     } else {
-        const Tools::ResultHeader header = Tools::readResultHeader(file);
-        const bool isResult = header.points > 0 || header.blocks >= 0;
-        file.seek(0);
+        const bool isResult = Tools::isResultFile(path);
         const Passport passport = readPassport(file);
         binary.isRecording = !isResult && passport.entries.contains("npoints");
         if (!isResult && !binary.isRecording)
@@ -108,14 +106,14 @@ public:
     {
         if (!binary.isRecording) {
             bar->setFormat("Writing %p%");
-            return Tools::resultToText(binary.path, outPath, progress(), cancelled());
+            return Tools::resultToText(binary.path, outPath, progress(), cancelled()).text;
         }
         bar->setFormat("Reading %p%");
         ObservationData data = read();
         if (isCancelled || !problem.isEmpty())
             return problem;
         bar->setFormat("Writing %p%");
-        return Tools::observationToText(data, outPath, progress(), cancelled());
+        return Tools::observationToText(data, outPath, progress(), cancelled()).text;
     }
 
     bool wasCancelled() const { return isCancelled; }
@@ -170,11 +168,9 @@ private:
 // What the system says about writing there; empty where nothing speaks against it.
 QString whyNotWritable(const QString &path)
 {
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly))
-        return {};
-    return QString("%1 cannot be written: %2. ")
-        .arg(QDir::toNativeSeparators(path), file.errorString());
+    WholeFile file;
+    const WriteFailure failure = file.open(path);
+    return failure ? failure.text() + " " : QString();
 }
 
 void convert(const Binary &binary, const QString &outPath, QWidget *window)

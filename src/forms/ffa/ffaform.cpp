@@ -8,6 +8,7 @@
 #include "base/typednumber.h"
 #include "calc/pulsarcommand.h"
 #include "calc/reporttext.h"
+#include "data/truenumbers.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
 #include "forms/ffa/ffaresults.h"
@@ -400,8 +401,8 @@ QStringList FfaForm::sourceLines() const
     const FfaParameters &ffa = searched.ffa;
     QStringList lines = {"file: " + data.filePath,
                          QString("module: %1, ray: %2, step: %3 s, base line: %4")
-                             .arg(searched.module)
-                             .arg(searched.ray)
+                             .arg(moduleNumber(data, searched.module - 1))
+                             .arg(rayNumber(data, searched.ray - 1))
                              .arg(number(result().tsamp), searched.noise),
                          ffa.deredden ? QString("running median: %1 s, %2 points")
                                             .arg(number(ffa.rmed_width))

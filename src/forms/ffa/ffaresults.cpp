@@ -3,6 +3,8 @@
 #include "app/directoryof.h"
 #include "app/errorbox.h"
 #include "app/settings.h"
+#include "base/bytetext.h"
+#include "base/wholefile.h"
 #include "forms/savefolder.h"
 #include "plot/picturemenu.h"
 #include "ui_ffaresults.h"
@@ -10,7 +12,6 @@
 #include <QClipboard>
 #include <QFileDialog>
 #include <QKeyEvent>
-#include <QSaveFile>
 #include <QSignalBlocker>
 
 namespace {
@@ -150,9 +151,7 @@ void FfaResults::saveTable()
     for (const QString &line : std::as_const(sourceLines))
         text += "# " + line + "\n";
     text += tableText(false);
-    QSaveFile file(path);
-    const QByteArray bytes = text.toUtf8();
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+    if (const WriteFailure failure = writeWhole(path, bytesOfText(text)))
         showError(this, "The table cannot be saved.",
-                  path + "\n" + file.errorString() + "\nChoose another folder or free some room.");
+                  failure.text() + "\nChoose another folder or free some room.");
 }

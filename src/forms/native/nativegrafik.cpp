@@ -10,6 +10,7 @@
 #include "calc/finitesamples.h"
 #include "calc/waterfall.h"
 #include "data/recordingwriter.h"
+#include "data/truenumbers.h"
 #include "fields/fieldstyles.h"
 #include "forms/native/nativeinfo.h"
 #include "forms/native/nativetexts.h"
@@ -408,6 +409,8 @@ void NativeGrafik::drawCurves(const PointRange &part)
     const double step = drawn.step;
     if (step == 1)
         plot.xOffset = int(first);
+    plot.firstPoint = first;
+    plot.pointStep = step;
     plot.msPerPoint = header.tresolution * step * 1000;
     plot.x = {"time", "s", first * header.tresolution, step * header.tresolution, {}};
     plot.wholeX = {-first / step, (npoints - first) / step};
@@ -424,8 +427,10 @@ void NativeGrafik::drawCurves(const PointRange &part)
         plot.textX3 = [record, first, step](int index) {
             return NativeTexts::siderealText(*record, std::floor(first + index * step));
         };
-    plot.source = QStringList{"file " + file.path(), QString("module %1").arg(ui->module->value()),
-                              QString("ray %1").arg(ui->ray->value())};
+    plot.source =
+        QStringList{"file " + file.path(),
+                    QString("module %1").arg(moduleNumber(header, ui->module->value() - 1)),
+                    QString("ray %1").arg(rayNumber(header, ui->ray->value() - 1))};
     const auto bands = std::size_t(header.channels - 1);
     if (chosen.show == NativeShow::Sum || chosen.show == NativeShow::Waterfall) {
         plot.source << QString("dispersion %1 pc/cm^3").arg(chosen.dispersion);
@@ -677,9 +682,8 @@ void NativeGrafik::saveSelection()
     Settings *const settings = Settings::instance();
     const QString folder =
         settings->lastSavePath().isEmpty() ? directoryOf(file.path()) : settings->lastSavePath();
-    const QString proposal = QString("%1/%2_%3.pnthr")
-                                 .arg(folder, QFileInfo(file.path()).completeBaseName())
-                                 .arg(qint64(part.first));
+    const QString proposal = folder + "/" + QFileInfo(file.path()).completeBaseName() +
+                             QString("_%1.pnthr").arg(qint64(part.first));
     const QString path = QFileDialog::getSaveFileName(this, "Save selection", proposal,
                                                       "Stretch of a recording (*.pnthr)");
     if (path.isEmpty())

@@ -93,10 +93,9 @@ bool PulsarForm::readRecording(const QString &path)
     readProblem = recording->problem;
     if (data.npoints < shortestRecording) {
         showError(parentWidget(), "Bad file!\nFile with short data, must be long data",
-                  QString("%1 has %2 points; this form needs at least %3.")
-                      .arg(path)
-                      .arg(data.npoints)
-                      .arg(shortestRecording));
+                  path + QString(" has %1 points; this form needs at least %2.")
+                             .arg(data.npoints)
+                             .arg(shortestRecording));
         return false;
     }
     return true;
@@ -427,6 +426,8 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, const
     plot.numPoints = count;
     if (result.axis.kind == PulsarAxis::Kind::Points) {
         plot.xOffset = int(result.axis.first);
+        plot.firstPoint = result.axis.first;
+        plot.pointStep = result.axis.step;
         plot.msPerPoint = data.tresolution * result.axis.step * 1000;
         plot.beginTime = RecordingClock(data).utc(result.axis.first);
     }

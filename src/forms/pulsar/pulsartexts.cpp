@@ -2,6 +2,7 @@
 
 #include "calc/pulsarcalculate.h"
 #include "data/recordingtime.h"
+#include "data/truenumbers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -18,17 +19,6 @@ QString withTrueNumber(int number, int trueNumber)
     const QString text = QString::number(number);
     return trueNumber < 1 || number == trueNumber ? text
                                                   : text + QString(" (number %1)").arg(trueNumber);
-}
-
-int trueModule(const ObservationData &data, const PulsarParameters &parameters)
-{
-    const std::size_t module = std::size_t(parameters.module - 1);
-    return module < data.moduleNumbers.size() ? data.moduleNumbers[module] : parameters.module;
-}
-
-int trueRay(const ObservationData &data, const PulsarParameters &parameters)
-{
-    return data.ray > 0 && data.rays == 1 ? data.ray : parameters.ray;
 }
 
 // One digit beyond the step: neighbouring values differ, and no digit is noise.
@@ -149,10 +139,10 @@ StartPoint pointAtUtc(const ObservationData &data, const QString &time)
 QString selection(const QString &action, const ObservationData &data,
                   const PulsarParameters &parameters, int points)
 {
-    return "Action:" + action +
-           "\nModule:" + withTrueNumber(parameters.module, trueModule(data, parameters)) +
+    return "Action:" + action + "\nModule:" +
+           withTrueNumber(parameters.module, moduleNumber(data, parameters.module - 1)) +
            "\nChannel:" + QString::number(parameters.channel) +
-           "\nRay:" + withTrueNumber(parameters.ray, trueRay(data, parameters)) +
+           "\nRay:" + withTrueNumber(parameters.ray, rayNumber(data, parameters.ray - 1)) +
            "\nPoints:" + QString::number(points);
 }
 
@@ -208,8 +198,8 @@ QStringList source(const QString &path, const QString &action, const Observation
         lines << "begin of the recording: " + exactBegin(data).toString("yyyy-MM-dd hh:mm:ss.zzz") +
                      " UTC";
     lines << QString("step: %1 ms").arg(data.tresolution * 1000)
-          << "module: " + withTrueNumber(parameters.module, trueModule(data, parameters))
-          << "ray: " + withTrueNumber(parameters.ray, trueRay(data, parameters));
+          << "module: " + QString::number(moduleNumber(data, parameters.module - 1))
+          << "ray: " + QString::number(rayNumber(data, parameters.ray - 1));
     const auto band = std::size_t(sumsBands ? PulsarCalculate::sumBands : parameters.channel);
     const QString frequency = band > 0 && band <= data.fbands.size()
                                   ? QString("%1 MHz").arg(data.fbands[band - 1], 0, 'g', 10)

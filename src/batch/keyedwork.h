@@ -1,0 +1,31 @@
+#pragma once
+
+#include "batch/runner.h"
+#include "batch/tablework.h"
+
+namespace Batch {
+
+/// Path of an output: in the folder of the outputs, or beside the input.
+QString besideOrIn(const QString &input, const OutputOptions &output, const QString &name);
+
+/// What is asked of a file as it is now.
+std::vector<HeaderLine> requestOf(const QString &command, const QString &input,
+                                  const std::vector<HeaderLine> &parameters);
+
+/// A short text that stands for a request, for files without a header that could tell it:
+/// "zrt-request-" and 24 hexadecimal digits of its SHA-256. Not longer than what a picture keeps as
+/// plain text.
+QString requestKey(const std::vector<HeaderLine> &request);
+
+/// Whether the begin of a file, where all kinds of ours have it, holds a key.
+bool holdsKey(const QString &path, const QString &key);
+
+/// Work whose outputs count as done when one of them holds the key of the request at its begin and
+/// the others are there. `memory` is 0, `run` is left empty.
+///
+/// @param keyFile  the output of an input that holds the key
+Work keyedWork(const QString &command, const std::vector<HeaderLine> &parameters,
+               const std::function<QStringList(const QString &input)> &outputs,
+               const std::function<QString(const QString &input)> &keyFile);
+
+} // namespace Batch

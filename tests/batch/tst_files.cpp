@@ -1,0 +1,298 @@
+#include "base/process.h"
+#include "batch/candidates.h"
+#include "batch/filterbank.h"
+#include "batch/picture.h"
+#include "support/batchfolder.h"
+#include "support/recordings.h"
+#include "support/testmain.h"
+
+#include <QImage>
+#include <cmath>
+#include <sys/stat.h>
+
+// Names, numbers and fates of the files that the batch program makes.
+
+using TestSupport::contentOf;
+using TestSupport::Ended;
+
+class TestFiles : public TestSupport::BatchFolder {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void fullDisk_data();
+    void fullDisk();
+    void skipsByRequest_data();
+    void skipsByRequest();
+    void trueNumbers();
+    void oneChannelHasNoDispersion();
+    void namesOfAnyBytes();
+    void namesWithPercent();
+    void listFromPipe();
+    void candidatesAsPicture();
+};
+
+void TestFiles::initTestCase()
+{
+    QVERIFY(folder.isValid());
+    // Two modules and two rays whose places are not their numbers; each ray has its own level.
+    const auto sample = [](int point, int module, int channel, int ray) {
+        return float(100 * module + 10 * ray + channel % 3 + point % 7);
+    };
+    const QByteArray shorter = TestSupport::recordingBytes({600, 1, 33, 1}, sample);
+    writeFile(path("short.pnt"), shorter);
+    writeFile(path("cut.pnt"), shorter.chopped(4));
+    writeFile(path("numbers.pnt"), TestSupport::recordingBytes({20000, 2, 33, 2}, sample)
+                                       .replace("modulus 1 2\n", "modulus 4 6\n"));
+    writeFile(
+        path("ray.pnt"),
+        TestSupport::recordingBytes({20000, 1, 33, 1}, sample).replace("rays 1\n", "ray 5\n"));
+    Batch::FilterbankHeader header;
+    header.step = 0.25;
+    header.firstBand = 110;
+    header.bandStep = 1;
+    header.channels = 2;
+    writeFile(path("again.fil"), Batch::filterbankBytes(header) + QByteArray(16, 'x'));
+    writeFile(path("curve.res"), "points: 2\ndays: 1\n12345678");
+    Batch::ResultTable table;
+    table.request = {{"program", "zrt-batch"}, {"command", "sum"}};
+    table.columns = {{"sum", {}, std::vector<float>{1, 3, 2}}};
+    writeFile(path("curve.txt"), table.toBytes(Batch::Format::Text));
+    table.columns = Batch::candidateColumns(std::vector<Batch::Candidate>(2), true);
+    writeFile(path("candidates.txt"), table.toBytes(Batch::Format::Text));
+}
+
+void TestFiles::fullDisk_data()
+{
+    QTest::addColumn<QString>("command");
+    for (const char *command :
+         {"native --ray 1 --first-point 0 short.pnt",
+          "native --ray 1 --first-point 0 --plot svg short.pnt", "totext curve.res",
+          "totext short.pnt", "plot curve.txt", "plot --kind svg curve.txt",
+          "plot --kind pdf curve.txt", "export --ray 1 short.pnt",
+          "export --ray 1 --kind dat short.pnt", "import again.fil"})
+        QTest::newRow(command) << command + QString(" -o full");
+    QTest::newRow("merge") << "merge -o full/merged.txt candidates.txt";
+    QTest::newRow("simulate") << "simulate --points 9 full/simulated.pnt";
+}
+
+// Not a byte can be written, though everything fits into one buffer: it is told, with the file
+// and the cause, and nothing appears. A limit on the size of files stands for the disk.
+void TestFiles::fullDisk()
+{
+    QFETCH(QString, command);
+    const Ended end = runShell("mkdir -p full\nulimit -f 0\nzrt-batch " + command);
+    QCOMPARE(end.code, 74);
+    QVERIFY2(end.errors.contains("cannot be written: File too large") &&
+                 end.errors.contains(QRegularExpression("[^ ]*full/[^ ]+ cannot be written")),
+             qPrintable(end.errors));
+    QVERIFY(filesOf(path("full")).isEmpty());
+}
+
+// Another option or another input does the work again, the same ones do not.
+void TestFiles::skipsByRequest_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("input");
+    QTest::addColumn<QString>("other"); // options of another request for the same output
+    QTest::newRow("png") << "plot"
+                         << "curve.txt"
+                         << "--size 300x200";
+    QTest::newRow("svg") << "plot --kind svg"
+                         << "curve.txt"
+                         << "--size 300x200";
+    QTest::newRow("pdf") << "plot --kind pdf"
+                         << "curve.txt"
+                         << "--size 300x200";
+    QTest::newRow("text of a result") << "totext"
+                                      << "curve.res"
+                                      << "";
+    QTest::newRow("text of a recording") << "totext"
+                                         << "again.pnt"
+                                         << "";
+    QTest::newRow("filterbank") << "export --ray 1"
+                                << "again.pnt"
+                                << "--dm 5";
+    QTest::newRow("series") << "export --ray 1 --kind dat"
+                            << "again.pnt"
+                            << "--ray-number 1";
+    QTest::newRow("import") << "import"
+                            << "again.fil"
+                            << "";
+}
+
+void TestFiles::skipsByRequest()
+{
+    QFETCH(QString, command);
+    QFETCH(QString, input);
+    QFETCH(QString, other);
+    QFile::remove(path("again.pnt"));
+    QVERIFY(QFile::copy(path("short.pnt"), path("again.pnt")));
+    const auto wasSkipped = [&](QString options) {
+        if (options.contains("--ray-number")) // instead of the place
+            options = QString(command).remove("--ray 1") + " " + options;
+        else
+            options = command + " " + options;
+        const Ended end = run((options + " " + input).split(' ', Qt::SkipEmptyParts));
+        return end.code == 0 && end.errors.contains("is done with the same parameters");
+    };
+    QVERIFY(!wasSkipped({}));
+    QVERIFY(wasSkipped({}));
+    if (!other.isEmpty()) {
+        QVERIFY(!wasSkipped(other));
+        QVERIFY(wasSkipped(other));
+    }
+    QFile file(path(input)); // an older one in its place
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    QVERIFY(file.setFileTime(QDateTime::currentDateTime().addDays(-100),
+                             QFileDevice::FileModificationTime));
+    file.close();
+    QVERIFY(!wasSkipped({}));
+    QVERIFY(wasSkipped({}));
+}
+
+// What a passport numbers 6 and 5 is called so everywhere, however it was chosen.
+void TestFiles::trueNumbers()
+{
+    const QStringList sum = {"sum", "--first-point", "0", "--count", "1000"};
+    QCOMPARE(run(sum + QStringList{"--module", "2", "--ray", "2", "numbers.pnt"}).code, 0);
+    QCOMPARE(run(sum + QStringList{"--module-number", "6", "--ray-number", "2", "--tag", "number",
+                                   "numbers.pnt"})
+                 .code,
+             0);
+    const auto linesOf = [this](const QString &name) {
+        return QString::fromUtf8(contentOf(path(name))).split('\n');
+    };
+    const QStringList byPlace = linesOf("numbers.pnt.sum.txt");
+    const QStringList byNumber = linesOf("numbers.pnt.sum.number.txt");
+    QVERIFY(byPlace.contains("module: 6") && byPlace.contains("ray: 2"));
+    QVERIFY(byNumber.contains("module: 6") && byNumber.contains("module_number: 6"));
+    QCOMPARE(byPlace.mid(byPlace.size() - 1001), byNumber.mid(byNumber.size() - 1001));
+
+    QCOMPARE(run(sum + QStringList{"--ray-number", "5", "ray.pnt"}).code, 0);
+    QVERIFY(linesOf("ray.pnt.sum.txt").contains("ray: 5"));
+    QCOMPARE(run({"export", "--module", "2", "--ray", "1", "numbers.pnt"}).code, 0);
+    QCOMPARE(run({"export", "--ray-number", "5", "--kind", "dat", "--dm", "0", "ray.pnt"}).code, 0);
+    QVERIFY(QFile::exists(path("numbers.pnt.m6_r1.fil")));
+    QVERIFY(contentOf(path("ray.pnt.m1_r5_DM0.inf")).contains("Module 1, ray 5 of ray.pnt"));
+
+    QCOMPARE(run({"simulate", "--points", "20000", "--rays", "2", "--modules", "2", "--pulsar",
+                  "module=2,ray=2,period=1.3,strength=2", "search.pnt"})
+                 .code,
+             0);
+    writeFile(path("search.pnt"),
+              contentOf(path("search.pnt")).replace("modulus 1 2\n", "modulus 4 6\n"));
+    QCOMPARE(run({"ffa", "--module-number", "6", "--ray", "all", "--dm", "0", "--period-min", "1",
+                  "--period-max", "2", "--plot", "svg", "search.pnt"})
+                 .code,
+             0);
+    const Batch::ReadCandidates found =
+        Batch::readCandidates(contentOf(path("search.pnt.ffa.txt")));
+    QVERIFY(!found.candidates.empty());
+    QCOMPARE(found.candidates[0].module * 10 + found.candidates[0].ray, 62);
+    QVERIFY(linesOf("search.pnt.ffa.txt").contains("modules: 6"));
+    QVERIFY(linesOf("search.pnt.ffa.txt").contains("rays: 1 2"));
+    QVERIFY(contentOf(path("search.pnt.ffa.svg")).contains("module 6, ray 2, dispersion 0"));
+}
+
+void TestFiles::oneChannelHasNoDispersion()
+{
+    for (const QString command : {"native", "fold"}) {
+        QCOMPARE(run({command, "--ray", "1", "--first-point", "0", "--tag", "one", "ray.pnt"}).code,
+                 0);
+        const QByteArray table = contentOf(path("ray.pnt." + command + ".one.txt"));
+        QVERIFY(table.contains("\nchannel: 1\n") && table.contains("\nfrequency: 120 MHz\n"));
+        QVERIFY2(!table.contains("disp"), table.left(2000).constData());
+    }
+}
+
+// The bytes of a name in KOI8-R come through arguments, lists, folders, headers, messages and
+// logs, in the locale "C" too.
+void TestFiles::namesOfAnyBytes()
+{
+    const Ended end =
+        runShell("export LC_ALL=C\nmkdir koi\nname=$(printf 'koi/\\320\\321\\377.pnt')\n"
+                 "cp short.pnt \"$name\"\ncp cut.pnt \"koi/cut-${name#koi/}\"\n"
+                 "echo \"$name\" > koi.list\n"
+                 "zrt-batch native --ray 1 --first-point 0 --json koi.log --plot svg \"$name\"\n"
+                 "zrt-batch native --ray 1 --first-point 0 @koi.list 2>&1 | grep -q 'is done'\n"
+                 "zrt-batch plot --kind pdf \"$name.native.txt\"\n"
+                 "zrt-batch simulate --points 9 \"$name\"x\n"
+                 "zrt-batch native --ray 1 --first-point 0 --force koi || test $? = 65\n");
+    QVERIFY2(end.code == 0, qPrintable(end.errors));
+    const QByteArray name = "/koi/\xD0\xD1\xFF.pnt";
+    QProcess list;
+    list.start("sh", {"-c", "cd " + path("koi") + " && LC_ALL=C ls"});
+    QVERIFY(list.waitForFinished());
+    QCOMPARE(list.readAllStandardOutput(),
+             QByteArray("cut-\xD0\xD1\xFF.pnt\n"
+                        "\xD0\xD1\xFF.pnt\n\xD0\xD1\xFF.pnt.native.pdf\n"
+                        "\xD0\xD1\xFF.pnt.native.svg\n\xD0\xD1\xFF.pnt.native.txt\n"
+                        "\xD0\xD1\xFF.pntx\n"));
+    QProcess table;
+    table.start("sh", {"-c", "grep -a ^file: " + path("koi") + "/*.txt"});
+    QVERIFY(table.waitForFinished());
+    QCOMPARE(table.readAllStandardOutput(),
+             "file: " + QFile::encodeName(folder.path()) + name + "\n");
+    QVERIFY(contentOf(path("koi.log")).contains("/koi/\\udcd0\\udcd1\\udcff.pnt\""));
+}
+
+// "%1" in a name is no place for a number.
+void TestFiles::namesWithPercent()
+{
+    for (const char *name : {"a%1.pnt", "a%2.pnt"})
+        QVERIFY(QFile::copy(path("short.pnt"), path(name)));
+    QCOMPARE(run({"export", "--ray", "1", "a%1.pnt", "a%2.pnt"}).code, 0);
+    QVERIFY(QFile::exists(path("a%1.pnt.m1_r1.fil")) && QFile::exists(path("a%2.pnt.m1_r1.fil")));
+    const Ended end = run({"export", "--ray", "9", "a%2.pnt"});
+    QVERIFY2(
+        end.errors.contains(path("a%2.pnt") + ": ray 9 is not in the recording. Allowed: 1 to 1"),
+        qPrintable(end.errors));
+}
+
+// Somebody who writes to a pipe slowly is waited for.
+void TestFiles::listFromPipe()
+{
+    QCOMPARE(mkfifo(QFile::encodeName(path("pipe")).constData(), 0600), 0);
+    const Ended end = runShell("(sleep 0.2; echo short.pnt; sleep 0.2; echo ray.pnt) > pipe &\n"
+                               "zrt-batch native --ray 1 --first-point 0 --tag list @pipe");
+    QVERIFY2(end.code == 0 && end.errors.contains("2 done"), qPrintable(end.errors));
+}
+
+// The highest places of the picture are those of the candidates.
+void TestFiles::candidatesAsPicture()
+{
+    std::vector<Batch::Candidate> candidates(3);
+    const double periods[] = {0.5, 1, 2};
+    for (std::size_t i = 0; i < 3; ++i) {
+        candidates[i].peak.period = periods[i];
+        candidates[i].peak.snr = 10 + float(i);
+    }
+    candidates[0].remark = "1/2 x 1 s";
+    Batch::ResultTable table;
+    table.request = {{"program", "zrt-batch"}, {"command", "merge"}};
+    table.result = {{"period_min", "0.25 s"}, {"period_max", "4 s"}};
+    table.columns = Batch::candidateColumns(candidates, true);
+    const PlotData plot = Batch::plotOf(table);
+    QCOMPARE(plot.graphs.size(), std::size_t(2));
+    const auto places = [&](std::size_t curve) {
+        std::vector<double> found;
+        for (int i = 0; i < plot.numPoints; ++i)
+            if (plot.graphs[curve][std::size_t(i)] > 0)
+                found.push_back(std::round(plot.x.values[std::size_t(i)] * 100) / 100);
+        return found;
+    };
+    QCOMPARE(places(0), (std::vector<double>{1, 2}));
+    QCOMPARE(places(1), (std::vector<double>{0.5}));
+    QCOMPARE(plot.x.values.front(), 0.25);
+    writeFile(path("cands.txt"), table.toBytes(Batch::Format::Text));
+    QCOMPARE(run({"plot", "cands.txt"}).code, 0);
+    QCOMPARE(QImage(path("cands.png")).size(), QSize(1280, 720));
+}
+
+int main(int argc, char **argv)
+{
+    setUpProcess(); // for the folder with names of any bytes is removed at the end
+    return TestSupport::runTest<QCoreApplication, TestFiles>(argc, argv);
+}
+#include "tst_files.moc"
