@@ -1,6 +1,7 @@
 #include "batch/filework.h"
 
 #include "base/bytetext.h"
+#include "base/timetext.h"
 #include "batch/filterbank.h"
 #include "batch/inputlist.h"
 #include "batch/keyedwork.h"
@@ -81,8 +82,7 @@ Failure exportFilterbank(const ExportRequest &request, const QString &key, Recor
                                           double(order.size() - 1)
                                     : -1;
     if (const QString problem = filterbankProblem(fil); !problem.isEmpty())
-        return {ExitCode::BadData,
-                file.path() + " cannot be exported as a .fil: " + problem + "."};
+        return {ExitCode::BadData, file.path() + " cannot be exported as a .fil: " + problem + "."};
     WholeFile writer;
     if (Failure failure = makeFolderOf(path))
         return failure;
@@ -260,8 +260,8 @@ QByteArray importedPassport(const FilterbankHeader &fil, int npoints, const QStr
     };
     const QDateTime begin = dateOfModifiedJulian(fil.begin);
     if (begin.isValid()) {
-        lines << "date_begin " + begin.toString("dd.MM.yyyy");
-        lines << "time_begin " + begin.toString("h:mm:ss.zzz") + " UTC";
+        lines << "date_begin " + textOfTime(begin, "dd.MM.yyyy");
+        lines << "time_begin " + textOfTime(begin, "h:mm:ss.zzz") + " UTC";
         lines << "mjd_begin " + QString::number(fil.begin, 'f', 12);
     }
     lines << "source " + fil.source.simplified();

@@ -1,5 +1,6 @@
 #include "batch/recordings.h"
 
+#include "base/timetext.h"
 #include "data/batchtexts.h"
 #include "data/recordingtime.h"
 #include "data/truenumbers.h"
@@ -28,7 +29,7 @@ Failure openRecordingFile(RecordingFile &file, const QString &path, const Contro
             control.print(QString(BatchTexts::wrongSize).replace("%s", path));
         const QDateTime last = RecordingClock(file.header()).utc(file.completePoints() - 1);
         const QString upTo = file.completePoints() > 0 && last.isValid()
-                                 ? last.toString("', the last at 'hh:mm:ss.zzz' UTC'")
+                                 ? textOfTime(last, "', the last at 'hh:mm:ss.zzz' UTC'")
                                  : QString();
         return {ExitCode::BadData,
                 path +

@@ -1,5 +1,6 @@
 #include "calc/pulsarcalculate.h"
 
+#include "base/timetext.h"
 #include "calc/approximation.h"
 #include "calc/channelsum.h"
 #include "calc/fourier.h"
@@ -337,7 +338,7 @@ QString PulsarCalculate::pointText(int point) const
 {
     if (parameters.startTime.isEmpty())
         return QString::number(point);
-    return RecordingClock(data).utc(point).toString("hh:mm:ss");
+    return textOfTime(RecordingClock(data).utc(point), "hh:mm:ss");
 }
 
 // Which starts give sums with every band whole.

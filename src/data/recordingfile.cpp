@@ -1,6 +1,7 @@
 #include "data/recordingfile.h"
 
 #include "base/systemmemory.h"
+#include "base/timetext.h"
 #include "data/recordingtime.h"
 
 #include <QFileInfo>
@@ -155,7 +156,7 @@ QString dataEndText(const ObservationData &data)
     const QDateTime utc = RecordingClock(data).utc(last);
     return QString("The data end at point %1%2, of %3 points announced.")
         .arg(last)
-        .arg(utc.isValid() ? utc.toString("', 'hh:mm:ss.zzz' UTC'") : QString())
+        .arg(utc.isValid() ? textOfTime(utc, "', 'hh:mm:ss.zzz' UTC'") : QString())
         .arg(data.npoints);
 }
 
@@ -337,9 +338,9 @@ StretchReading RecordingFile::readRuns(const Stretch &chosen, const std::vector<
             return StretchReading::complete(std::move(part));
         const RunsEnd stop = endOf(runs, end.valuesRead * qint64(sizeof(float)) / onePoint);
         part.missingPoints = int(points - stop.target);
-        QString reason = QString("%1 ends early: its points from %2 on are missing. Copy the file "
+        QString reason = file.fileName() +
+                         QString(" ends early: its points from %1 on are missing. Copy the file "
                                  "again or use its first part only.")
-                             .arg(file.fileName())
                              .arg(stop.point);
         if (!end.error.isEmpty())
             reason += " The system says: " + end.error;
@@ -358,10 +359,11 @@ bool RecordingFile::readBytes(int first, int count,
     while (goes && left > 0) {
         const QByteArray some = file.read(std::min(left, copiedBytes));
         if (some.isEmpty()) {
-            problem = QString("%1 ends early: %2 of its points %3 to %4 are missing.")
-                          .arg(file.fileName(), sizeText(left))
-                          .arg(first)
-                          .arg(qint64(first) + count - 1);
+            problem =
+                file.fileName() + QString(" ends early: %1 of its points %2 to %3 are missing.")
+                                      .arg(sizeText(left))
+                                      .arg(first)
+                                      .arg(qint64(first) + count - 1);
             return false;
         }
         left -= some.size();

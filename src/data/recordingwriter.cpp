@@ -1,6 +1,7 @@
 #include "data/recordingwriter.h"
 
 #include "base/bytetext.h"
+#include "base/timetext.h"
 #include "data/recordingtime.h"
 
 #include <QFileInfo>
@@ -46,11 +47,11 @@ QByteArray stretchPassport(const RecordingFile &file, int first, int count, doub
         entries["star_time"] = part.starTime;
     if (clock.isKnown() && entries.contains("date_end") && entries.contains("time_end")) {
         const QDateTime end = clock.utc(count);
-        entries["date_end"] = end.toString("dd.MM.yyyy");
-        entries["time_end"] = end.toString("h:mm:ss") + " UTC";
+        entries["date_end"] = textOfTime(end, "dd.MM.yyyy");
+        entries["time_end"] = textOfTime(end, "h:mm:ss") + " UTC";
     }
     entries["native_datetime"] = clock.isKnown()
-                                     ? clock.utc(0).toString("dd.MM.yyyy hh:mm:ss.zzz") + " UTC"
+                                     ? textOfTime(clock.utc(0), "dd.MM.yyyy hh:mm:ss.zzz") + " UTC"
                                      : whole.fileName + QString(" point %1").arg(part.point);
     entries["file_path"] = whole.filePath;
     entries["point"] = QString::number(part.point);

@@ -1,5 +1,7 @@
 #include "plot/plotgeometry.h"
 
+#include "base/timetext.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -416,7 +418,7 @@ QString timeText(const PlotData &data, int index)
     constexpr double limit = 1e15; // some 30000 years
     if (!(std::abs(milliseconds) < limit))
         return {};
-    return data.beginTime.addMSecs(qint64(milliseconds)).toString("hh:mm:ss");
+    return textOfTime(data.beginTime.addMSecs(qint64(milliseconds)), "hh:mm:ss");
 }
 
 QString coordinateText(double value, double perPixel)

@@ -1,5 +1,6 @@
 #include "forms/pulsar/pulsartexts.h"
 
+#include "base/timetext.h"
 #include "calc/pulsarcalculate.h"
 #include "data/recordingtime.h"
 #include "data/truenumbers.h"
@@ -131,8 +132,8 @@ StartPoint pointAtUtc(const ObservationData &data, const QString &time)
     const int last = completePoints(data) - 1;
     if (point > last)
         return {0, QString("%1 UTC is not in the recording.\nAllowed: %2 to %3.")
-                       .arg(time, clock.utc(0).toString("hh:mm:ss.zzz"),
-                            clock.utc(last).toString("hh:mm:ss.zzz"))};
+                       .arg(time, textOfTime(clock.utc(0), "hh:mm:ss.zzz"),
+                            textOfTime(clock.utc(last), "hh:mm:ss.zzz"))};
     return {int(point), {}};
 }
 
@@ -195,8 +196,8 @@ QStringList source(const QString &path, const QString &action, const Observation
 {
     QStringList lines = {"file: " + path};
     if (data.beginTime.isValid())
-        lines << "begin of the recording: " + exactBegin(data).toString("yyyy-MM-dd hh:mm:ss.zzz") +
-                     " UTC";
+        lines << "begin of the recording: " +
+                     textOfTime(exactBegin(data), "yyyy-MM-dd hh:mm:ss.zzz") + " UTC";
     lines << QString("step: %1 ms").arg(data.tresolution * 1000)
           << "module: " + QString::number(moduleNumber(data, parameters.module - 1))
           << "ray: " + QString::number(rayNumber(data, parameters.ray - 1));
