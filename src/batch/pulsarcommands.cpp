@@ -66,6 +66,13 @@ void addDispersion(CLI::App &command, PulsarArguments &arguments)
         ->capture_default_str();
 }
 
+void addPeriod(CLI::App &command, PulsarArguments &arguments, const std::string &help)
+{
+    command.add_option("--period", arguments.parameters.period, help)
+        ->type_name("SECONDS")
+        ->capture_default_str();
+}
+
 void addSpectrum(CLI::App &command, PulsarArguments &arguments)
 {
     command
@@ -146,9 +153,7 @@ void addFold(CLI::App &app, Chosen &chosen)
         [](CLI::App &command, PulsarArguments &arguments) {
             addChannel(command, arguments);
             addNormalise(command, arguments);
-            command.add_option("--period", arguments.parameters.period, "Period, s.")
-                ->type_name("SECONDS")
-                ->capture_default_str();
+            addPeriod(command, arguments, "Period, s.");
             command
                 .add_option("--count", arguments.parameters.points,
                             "Points to fold, at least 512. Default: all to the end.")
@@ -219,11 +224,7 @@ void addFourier(CLI::App &app, Chosen &chosen)
                 ->type_name("N")
                 ->capture_default_str()
                 ->check(CLI::Range(1, 1000));
-            command
-                .add_option("--period", arguments.parameters.period,
-                            "Period, s, whose harmonic number the report tells.")
-                ->type_name("SECONDS")
-                ->capture_default_str();
+            addPeriod(command, arguments, "Period, s, whose harmonic number the report tells.");
             command.add_option("--compare", arguments.compare, "Four dispersions to compare.")
                 ->type_name("DM DM DM DM")
                 ->expected(4);
@@ -244,7 +245,7 @@ void addDmScan(CLI::App &app, Chosen &chosen)
         "The amplitude of one line of the spectrum at 201 dispersions from 0 to twice the given "
         "one\n"
         "(at least to 20), with a polynomial of degree 3: \"First harmonic/disp\" of the pulsar\n"
-        "form. The report gives the dispersion of the maximum with its error.",
+        "form. The report gives the dispersion at which the bands add up best, with its error.",
         "Examples: harmonic 1080; the same for every averaging to 2; from several first points:\n"
         "  zrt-batch dmscan --harmonic 1080 demo.pnt\n"
         "  zrt-batch dmscan --harmonic 1080 --average 2 --each-average --tag averages demo.pnt\n"
@@ -253,6 +254,8 @@ void addDmScan(CLI::App &app, Chosen &chosen)
             addDispersion(command, arguments);
             addNormalise(command, arguments);
             addSpectrum(command, arguments);
+            addPeriod(command, arguments,
+                      "Period, s; the report says if the harmonic is none of its.");
             auto *const averages =
                 command.add_flag("--each-average", arguments.eachAverage,
                                  "One scan for every averaging up to --average.");

@@ -1,6 +1,7 @@
 #include "batch/pulsarwork.h"
 
 #include "batch/axis.h"
+#include "calc/computedon.h"
 #include "calc/pulsarcalculate.h"
 #include "forms/pulsar/pulsartexts.h"
 
@@ -10,11 +11,6 @@
 namespace Batch {
 
 namespace {
-
-bool worksOnChannel(const QString &action)
-{
-    return action == "showNative" || action == "sumPeriod";
-}
 
 // The action's own words, in one line.
 Failure refusalOf(const PulsarCalculate &calculate, const QString &path)
@@ -119,6 +115,9 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
         control.remark(file.path() + ": " + result.nonFinite);
 
     addRayHeader(request.action, accepted.parameters, file.header(), table.result);
+    if (const QString utc = utcRange(file.header(), accepted.parameters.firstPoint, result.stretch);
+        !utc.isEmpty())
+        table.result.push_back({"utc", utc});
     addAxis(result.axis, table.result);
     QStringList markers;
     for (const int marker : result.markers)
@@ -159,7 +158,7 @@ std::vector<HeaderLine> parameterLines(const PulsarRequest &request)
         lines.push_back({"start_utc", given.startTime});
     else
         lines.push_back({"start_point", QString::number(given.firstPoint)});
-    if (action == "sumPeriod" || action == "sumChannelsAndFourier")
+    if (action == "sumPeriod" || action == "sumChannelsAndFourier" || request.command == "dmscan")
         lines.push_back({"period", numberText(given.period) + " s"});
     lines.push_back({"noise", given.noise});
     lines.push_back({"normalise", yesNo(given.normalise)});

@@ -339,6 +339,17 @@ bool deduct(const double *dataIn1, const double *dataIn2, double *dataOut, int c
     return false;
 }
 
+void clearResidue(const double *whole, double *rest, int count)
+{
+    constexpr double residue = 1e-9;
+    double largest = 0;
+    for (int i = 0; i < count; ++i)
+        largest = std::max(largest, std::abs(whole[i]));
+    const auto isResidue = [&](double value) { return std::abs(value) <= residue * largest; };
+    if (std::all_of(rest, rest + count, isResidue))
+        std::fill_n(rest, count, 0.0);
+}
+
 double sigma(const double *values, int count)
 {
     if (!values || count < 2)

@@ -94,6 +94,11 @@ std::vector<double> approxMedian(const std::vector<double> &values, int len);
 /// @return false, after a debug line, below 2 values or without an array
 bool deduct(const double *dataIn1, const double *dataIn2, double *dataOut, int countIn);
 
+/// Sets all values of `rest`, what a baseline left of `whole`, to 0 when none exceeds a thousand
+/// millionth of the largest of `whole`: float samples differ by more or not at all, so that this is
+/// the rounding of the baseline, not noise.
+void clearResidue(const double *whole, double *rest, int count);
+
 /// Sample standard deviation: root of the sum of squared deviations from the mean over
 /// count - 1, sums in rising order.
 ///

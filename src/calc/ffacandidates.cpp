@@ -133,10 +133,9 @@ double mainsOf(const FfaResult &result, double period)
 // S/N of the series folded at exactly the period of a candidate.
 double foldedSnr(const FfaResult &result, const FfaCandidate &candidate)
 {
-    const int count = int(result.series.size());
-    const auto profile =
-        fold(result.series.data(), count, candidate.period / result.tsamp, candidate.bins).bins;
-    return bestBoxcar(profile, std::sqrt(double(candidate.bins) / count)).snr;
+    const FoldedProfile profile = fold(result.series.data(), int(result.series.size()),
+                                       candidate.period / result.tsamp, candidate.bins);
+    return bestBoxcar(profile, 1).snr; // the series has sigma 1
 }
 
 } // namespace

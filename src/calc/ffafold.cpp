@@ -1,7 +1,6 @@
 #include "calc/ffafold.h"
 
 #include "calc/fold.h"
-#include "ffa/boxcar.h"
 
 #include <algorithm>
 #include <cmath>
@@ -18,11 +17,7 @@ constexpr double refineWidths = 2; // of the pulse
 constexpr double topShare = 0.75;  // of the highest S/N
 constexpr int refinedBins = 512;
 
-// Noise of the mean of a bin, for samples of unit noise.
-double binSigma(const FfaResult &result, int bins)
-{
-    return std::sqrt(double(bins) / double(result.series.size()));
-}
+constexpr double sampleSigma = 1; // of the searched series
 
 int binsOf(const FfaResult &result, double period, int bins)
 {
@@ -38,7 +33,8 @@ FfaFold foldSeries(const FfaResult &result, double period, int wantedBins)
     const int bins = binsOf(result, period, wantedBins);
     const int count = int(result.series.size());
     const double samples = period / result.tsamp;
-    fold.profile = Tools::fold(result.series.data(), count, samples, bins).bins;
+    const FoldedProfile profile = Tools::fold(result.series.data(), count, samples, bins);
+    fold.profile = profile.bins;
 
     fold.parts = std::clamp(int(count / samples), 1, mostParts);
     fold.picture.reserve(std::size_t(fold.parts) * std::size_t(bins));
@@ -52,17 +48,12 @@ FfaFold foldSeries(const FfaResult &result, double period, int wantedBins)
                                                       : std::numeric_limits<float>::quiet_NaN());
     }
 
-    std::vector<quint64> widths;
-    for (int w = 1; w <= bins / 2; w = std::max(w + 1, w * 11 / 10))
-        widths.push_back(quint64(w));
-    const std::vector<float> profile(fold.profile.begin(), fold.profile.end());
-    std::vector<float> snr(widths.size());
-    Ffa::boxcarSnr(profile.data(), quint32(bins), widths.data(), widths.size(),
-                   float(binSigma(result, bins)), snr.data());
-    fold.widths.assign(widths.begin(), widths.end());
-    fold.snr.assign(snr.begin(), snr.end());
-    fold.best = int(std::max_element(snr.begin(), snr.end()) - snr.begin());
-    fold.phase = bestBoxcar(fold.profile, binSigma(result, bins)).phase;
+    const std::vector<BoxcarPeak> peaks = boxcarPeaks(profile, sampleSigma);
+    fold.widths = boxcarWidths(bins);
+    for (const BoxcarPeak &peak : peaks)
+        fold.snr.push_back(peak.snr);
+    fold.best = int(std::max_element(fold.snr.begin(), fold.snr.end()) - fold.snr.begin());
+    fold.phase = peaks[std::size_t(fold.best)].phase;
     return fold;
 }
 
@@ -73,8 +64,8 @@ FfaRefinement refinePeriod(const FfaResult &result, double period, int searchedB
     const int count = int(result.series.size());
     const double length = count * result.tsamp;
     const auto peakAt = [&](double trial) {
-        return bestBoxcar(Tools::fold(result.series.data(), count, trial / result.tsamp, bins).bins,
-                          binSigma(result, bins));
+        return bestBoxcar(Tools::fold(result.series.data(), count, trial / result.tsamp, bins),
+                          sampleSigma);
     };
     const double width = double(peakAt(period).width) / bins; // of a turn
     const double drift = std::max(refineBins / searchedBins, refineWidths * width);

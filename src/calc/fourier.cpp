@@ -314,6 +314,39 @@ void remainingStages(const Work &work, int begin, int count, int h)
         twoStages(work, begin, count, h);
 }
 
+// Values and twiddle factors, real and imaginary parts, in one block: the heap keeps one for the
+// next spectrum where it would return several to the system.
+struct Workspace {
+    explicit Workspace(int count) : isTiled(count >= minTiledCount)
+    {
+        const int bits = std::countr_zero(unsigned(count));
+        const std::size_t part = std::size_t(std::max(count, lineDoubles)) + tile * Work::rowGap;
+        block = std::make_unique_for_overwrite<double[]>(4 * part + lineDoubles);
+        double *const parts = lineStart(block.get());
+        work = {{parts, parts + part},
+                {parts + 2 * part, parts + 3 * part},
+                isTiled ? bits - std::countr_zero(unsigned(tile)) : bits};
+        fillTwiddles(work.twiddles, count);
+    }
+
+    bool isTiled;
+    Work work;
+
+private:
+    std::unique_ptr<double[]> block;
+};
+
+// The whole transform of few samples.
+void transformUntiled(const Work &work, const double *samples, int count)
+{
+    const int bits = std::countr_zero(unsigned(count));
+    for (int i = 0; i < count; ++i) {
+        work.values.re[i] = 0;
+        work.values.im[i] = samples[reversed(i, bits)];
+    }
+    remainingStages(work, 0, count, 1);
+}
+
 } // namespace
 
 int powerOfTwoFloor(int n)
@@ -325,20 +358,9 @@ int powerOfTwoFloor(int n)
 
 void amplitudeSpectrum(const double *dataIn, double *dataOut, int countIn, int countOut)
 {
-    const bool tiled = countIn >= minTiledCount;
-    const int bits = std::countr_zero(unsigned(countIn));
-
-    // Values and twiddle factors, real and imaginary parts, in one block: the heap keeps one
-    // for the next spectrum where it would return several to the system.
-    const std::size_t part = std::size_t(std::max(countIn, lineDoubles)) + tile * Work::rowGap;
-    const auto block = std::make_unique_for_overwrite<double[]>(4 * part + lineDoubles);
-    double *const parts = lineStart(block.get());
-    const Work work{{parts, parts + part},
-                    {parts + 2 * part, parts + 3 * part},
-                    tiled ? bits - std::countr_zero(unsigned(tile)) : bits};
-    fillTwiddles(work.twiddles, countIn);
-
-    if (tiled) {
+    const Workspace space(countIn);
+    const Work &work = space.work;
+    if (space.isTiled) {
         reorderWithFirstStages(work, dataIn, countIn);
         const int quarter = countIn / 4;
         for (int q = 0; q < 4; ++q)
@@ -346,14 +368,27 @@ void amplitudeSpectrum(const double *dataIn, double *dataOut, int countIn, int c
         lastStages(work, dataOut, countIn);
         return;
     }
-
-    for (int i = 0; i < countIn; ++i) {
-        work.values.re[i] = 0;
-        work.values.im[i] = dataIn[reversed(i, bits)];
-    }
-    remainingStages(work, 0, countIn, 1);
+    transformUntiled(work, dataIn, countIn);
     for (int k = 0; k < countOut; ++k)
         dataOut[k] = amplitude(work.values.re[k], work.values.im[k], countIn);
+}
+
+void complexSpectrum(const double *dataIn, std::complex<double> *dataOut, int countIn, int countOut)
+{
+    const Workspace space(countIn);
+    const Work &work = space.work;
+    if (space.isTiled) {
+        reorderWithFirstStages(work, dataIn, countIn);
+        remainingStages(work, 0, countIn, tile);
+    } else {
+        transformUntiled(work, dataIn, countIn);
+    }
+    const double scale = 2.0 / countIn;
+    for (int k = 0; k < countOut; ++k) {
+        // With the samples in the imaginary parts every value is i times that of the series.
+        const Complex value = work.at(k);
+        dataOut[k] = {scale * *value.im, -scale * *value.re};
+    }
 }
 
 bool averagePairs(const double *dataIn, double *dataOut, int count, int n, bool zeroPad)

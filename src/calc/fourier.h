@@ -1,5 +1,7 @@
 #pragma once
 
+#include <complex>
+
 namespace Tools {
 
 /// Largest power of two not above n, for n of at least 2; capped: anything above 2^20 gives
@@ -21,6 +23,11 @@ int powerOfTwoFloor(int n);
 /// @param countIn  power of two, at least 2
 /// @param countOut countIn / 2
 void amplitudeSpectrum(const double *dataIn, double *dataOut, int countIn, int countOut);
+
+/// The same spectrum with its phases: dataOut[k] = 2 F_k / countIn, F_k the sum of
+/// dataIn[i] exp(-2 pi i k i / countIn); |dataOut[k]| is the amplitude above but for rounding.
+void complexSpectrum(const double *dataIn, std::complex<double> *dataOut, int countIn,
+                     int countOut);
 
 /// Shortens a series by n halvings, each the mean of neighbouring pairs (a last odd value is
 /// dropped). Beyond the first, a halving takes place only while at least 16 values remain.

@@ -1,5 +1,7 @@
 #include "calc/levelsteps.h"
 
+#include "calc/robuststatistics.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -130,13 +132,15 @@ LevelStep stepNear(LevelGrid &grid, const std::vector<float> &series, int guess,
     return {point, height};
 }
 
-// Of samples so coarse that most neighbours are equal.
-double sigmaOfDifferences(const std::vector<float> &series)
+// Median of the absolute values of some hundred samples from all over the series.
+double typicalSize(const float *samples, int count)
 {
-    double squares = 0;
-    for (std::size_t i = 1; i < series.size(); ++i)
-        squares += std::pow(double(series[i]) - series[i - 1], 2);
-    return std::sqrt(squares / double(series.size()) / 2);
+    constexpr int looks = 500;
+    std::vector<float> sizes;
+    for (int i = 0; i < count; i += 1 + count / looks)
+        sizes.push_back(std::isfinite(samples[i]) ? std::abs(samples[i]) : 0);
+    std::nth_element(sizes.begin(), sizes.begin() + std::ptrdiff_t(sizes.size() / 2), sizes.end());
+    return double(sizes[sizes.size() / 2]);
 }
 
 } // namespace
@@ -148,16 +152,18 @@ double robustSigma(const float *samples, int count)
     std::vector<float> differences;
     differences.reserve(std::size_t(count - 1));
     for (int i = 1; i < count; ++i) {
-        const float difference = std::abs(samples[i] - samples[i - 1]);
+        const float difference = samples[i] - samples[i - 1];
         if (std::isfinite(difference))
             differences.push_back(difference);
     }
     if (differences.empty())
         return 0;
     const auto middle = differences.begin() + std::ptrdiff_t(differences.size() / 2);
-    std::nth_element(differences.begin(), middle, differences.end());
-    constexpr double sigmaPerMad = 1.4826; // of a normal distribution
-    return *middle * sigmaPerMad / std::sqrt(2.0);
+    std::nth_element(differences.begin(), middle, differences.end(),
+                     [](float a, float b) { return std::abs(a) < std::abs(b); });
+    const double deviation = std::abs(*middle);
+    return noiseSigma(differences, 0, deviation, floatResolution(typicalSize(samples, count))) /
+           std::sqrt(2.0);
 }
 
 std::vector<LevelStep> findLevelSteps(const float *samples, int count,
@@ -170,9 +176,7 @@ std::vector<LevelStep> findLevelSteps(const float *samples, int count,
     std::vector<float> series(samples, samples + count);
     std::replace_if(
         series.begin(), series.end(), [](float value) { return !std::isfinite(value); }, 0.0f);
-    double sigma = robustSigma(samples, count);
-    if (sigma == 0)
-        sigma = sigmaOfDifferences(series);
+    const double sigma = robustSigma(samples, count);
     const double limit = threshold * sigma;
     if (!(limit > 0) || std::isinf(limit))
         return steps;

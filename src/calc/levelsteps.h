@@ -28,9 +28,10 @@ std::vector<LevelStep> findLevelSteps(const float *samples, int count,
 void removeLevelSteps(float *samples, int count, const std::vector<LevelStep> &steps);
 
 /// Robust standard deviation of the noise of a series: median absolute difference of
-/// neighbouring samples x 1.4826 / sqrt(2). Drift, steps and pulses hardly enter.
+/// neighbouring samples x 1.4826 / sqrt(2); of coarse samples see noiseSigma(). Drift, steps and
+/// pulses hardly enter.
 ///
-/// @return 0 for fewer than two samples
+/// @return 0 for fewer than two samples and for equal ones
 double robustSigma(const float *samples, int count);
 
 } // namespace Tools

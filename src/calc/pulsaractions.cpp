@@ -21,14 +21,6 @@ constexpr int maxListedHarmonics = 15;
 constexpr double spectrumRaise = 0.05; // distance between neighbouring spectra of four
 constexpr int shortestSpectrum = 128;  // points that getFourier takes at least
 
-// Values that noise alone puts above `multiple` sigma among `count` amplitudes. Amplitudes of
-// Gaussian noise are Rayleigh distributed: with the scale s their standard deviation is
-// s sqrt(2 - pi/2), and a share of exp(-t^2 / (2 s^2)) exceeds t.
-double expectedAbove(int count, int multiple)
-{
-    return count * std::exp(-multiple * double(multiple) * (2 - M_PI / 2) / 2);
-}
-
 QString baselineText(const QString &noise)
 {
     if (noise == "polinom5")
@@ -209,13 +201,13 @@ bool PulsarCalculate::sumChannelsAndFourier()
            " sigma = " + ReportText::general(threshold) +
            "\n\nHarmonics >= " + QString::number(multiple) + " sigma:\n\n";
     int above = 0;
+    std::vector<int> listed;
     for (int i = 0; i < n; ++i) {
         const double value = spectrum[std::size_t(i)];
-        if (!(value > threshold))
+        if (!(value > threshold) || ++above > maxListedHarmonics)
             continue;
-        if (above < maxListedHarmonics)
-            text += QString::number(i) + ": " + ReportText::general(value) + "\n";
-        ++above;
+        text += QString::number(i) + ": " + ReportText::general(value) + "\n";
+        listed.push_back(i);
     }
     text += "\nFirst harmonic:\nnum = " + QString::number(parameters.harmonicNum) +
             "\nvalue = " + ReportText::general(spectrum[std::size_t(parameters.harmonicNum)]) +
@@ -228,20 +220,7 @@ bool PulsarCalculate::sumChannelsAndFourier()
     outcome.points = n;
     setSpectrumAxis(parameters.averageCount);
 
-    outcome.remarks << QString("%1 of %2 values lie above %3 sigma%4; noise alone (Rayleigh "
-                               "distributed amplitudes) would put about %5 there.")
-                           .arg(above)
-                           .arg(n)
-                           .arg(multiple)
-                           .arg(above > maxListedHarmonics
-                                    ? QString(", the first %1 are listed").arg(maxListedHarmonics)
-                                    : QString())
-                           .arg(ReportText::count(expectedAbove(n, multiple)));
-    if (parameters.period > 0)
-        outcome.remarks
-            << QString("The typed period of %1 s (topocentric) belongs to harmonic number %2.")
-                   .arg(ReportText::general(parameters.period))
-                   .arg(1 / (parameters.period * outcome.axis.step), 0, 'f', 2);
+    remarkOnLines(spectrum, threshold, listed, above);
     markSteps();
     remarkOnBands();
     return true;
@@ -323,14 +302,19 @@ bool PulsarCalculate::acceptSelection(double dispersion)
         return refuse(QString("The recording has %1 points; sums need more than %2.")
                           .arg(data.npoints)
                           .arg(stretch));
-    if (parameters.firstPoint < 0 || parameters.firstPoint > last)
-        return refuse(QString("First point %1 leaves no %2 before the end of the "
-                              "recording.\nAllowed: %3 to %4; %5.")
-                          .arg(pointText(parameters.firstPoint),
-                               stretch == 1 ? "point" : QString("%1 points").arg(stretch))
-                          .arg(pointText(0), pointText(last), fullStartText(dispersion)),
-                      "firstPoint");
-    return true;
+    if (parameters.firstPoint >= 0 && parameters.firstPoint <= last)
+        return true;
+    const QString reason =
+        parameters.firstPoint < 0 ? "lies before the recording"
+        : stretch == 1
+            ? "is not before the last one of the recording, which sums do not take"
+            : QString("leaves fewer than %1 points before the last one of the recording, "
+                      "which sums do not take")
+                  .arg(stretch);
+    return refuse(QString("First point %1 %2.\nAllowed: %3 to %4; %5.")
+                      .arg(pointText(parameters.firstPoint), reason, pointText(0), pointText(last),
+                           fullStartText(dispersion)),
+                  "firstPoint");
 }
 
 // A point as the user chose the start: by number, or as a time.
@@ -338,7 +322,7 @@ QString PulsarCalculate::pointText(int point) const
 {
     if (parameters.startTime.isEmpty())
         return QString::number(point);
-    return textOfTime(RecordingClock(data).utc(point), "hh:mm:ss");
+    return textOfTime(RecordingClock(data).utc(point), "hh:mm:ss.zzz");
 }
 
 // Which starts give sums with every band whole.
@@ -347,7 +331,7 @@ QString PulsarCalculate::fullStartText(double dispersion) const
     const int last = lastFullStart(dispersion);
     if (last < 0)
         return "at this dispersion no first point has every band whole";
-    return QString("up to %1 every band is whole").arg(pointText(last));
+    return QString("up to %1 every band has all its points").arg(pointText(last));
 }
 
 // Longest delay of a band against the reference, in whole samples; limited to the recording.
@@ -361,26 +345,34 @@ int PulsarCalculate::longestShift(double dispersion) const
     return int(std::min(std::ceil(longest), double(data.npoints)));
 }
 
-// Last first point whose sum at this dispersion has every sample of every band; -1 when the
-// recording is too short for one.
-int PulsarCalculate::lastFullStart(double dispersion) const
+// Samples by which the sum, and the sum with opposite delays where there is one, reads a band later
+// at most (of `sign` 1) or earlier (of `sign` -1).
+int PulsarCalculate::longestReading(double dispersion, int sign) const
 {
-    const int last = data.npoints - stretch - std::max(1, longestShift(dispersion));
-    return std::max(-1, last);
-}
-
-// Points at the begin of the stretch that lack a band whose shifted samples lie before the
-// recording: with falling frequencies, or in the sum with opposite delays.
-int PulsarCalculate::pointsWithoutAllBands(double dispersion) const
-{
-    double earliest = 0;
+    double longest = 0;
     for (int band = 0; band < sumBands - 1; ++band) {
         const double delay =
             Tools::dispersionDelay(data.fbands[std::size_t(band)], data.fbands[sumBands - 1],
                                    dispersion, data.tresolution);
-        earliest = std::min(earliest, parameters.noise == "backSum" ? -std::abs(delay) : delay);
+        const double shift = std::round(delay);
+        longest = std::max(longest, parameters.noise == "backSum" ? std::abs(shift) : sign * shift);
     }
-    return int(std::clamp(-std::round(earliest) - parameters.firstPoint, 0.0, double(stretch)));
+    return int(std::min(longest, double(data.npoints)));
+}
+
+// Last first point whose sum at this dispersion has every sample of every band; -1 when the
+// recording is too short for one.
+int PulsarCalculate::lastFullStart(double dispersion) const
+{
+    const int last = data.npoints - stretch - std::max(1, longestReading(dispersion, 1));
+    return std::max(-1, last);
+}
+
+// Points at the begin of a stretch that lack a band whose shifted samples lie before the
+// recording: with falling frequencies, or in the sum with opposite delays.
+int PulsarCalculate::pointsWithoutAllBands(double dispersion, int firstPoint) const
+{
+    return std::clamp(longestReading(dispersion, -1) - firstPoint, 0, stretch);
 }
 
 bool PulsarCalculate::acceptDispersion(double dispersion, const QString &parameter)
@@ -450,45 +442,18 @@ void PulsarCalculate::setSpectrumAxis(int averageCount)
     outcome.axis = {PulsarAxis::Kind::Frequency, 0, 1 / (2 * outcome.points * step), 0};
 }
 
-// Subtracts a baseline, and normalises where that is asked for.
-void PulsarCalculate::removeBaseline(std::vector<double> &samples,
-                                     const std::vector<double> &baseline) const
+// Subtracts a baseline, and normalises where that is asked for. Returns what the rest was divided
+// by: 1 where it was not.
+double PulsarCalculate::removeBaseline(std::vector<double> &samples,
+                                       const std::vector<double> &baseline) const
 {
     const int count = int(samples.size());
-    Tools::deduct(samples.data(), baseline.data(), samples.data(), count);
+    std::vector<double> rest(samples.size());
+    Tools::deduct(samples.data(), baseline.data(), rest.data(), count);
+    Tools::clearResidue(samples.data(), rest.data(), count);
+    samples.swap(rest);
+    const double sigma = parameters.normalise ? Tools::sigma(samples.data(), count) : 0;
     if (parameters.normalise)
         Tools::normalise(samples.data(), count);
-}
-
-void PulsarCalculate::remarkOnBands()
-{
-    const int bands = data.channels - 1;
-    if (bands > sumBands)
-        outcome.remarks << QString("bands 1-%1 of %2 used").arg(sumBands).arg(bands);
-    if (fewestBands < sumBands)
-        outcome.remarks << QString("The recording ends before the delayed samples of every band: "
-                                   "the sum holds %1 of the %2 bands whole; %3.")
-                               .arg(fewestBands)
-                               .arg(sumBands)
-                               .arg(fullStartText(largestDispersion));
-    const int missing = pointsWithoutAllBands(largestDispersion);
-    if (missing > 0)
-        outcome.remarks << QString(
-                               "The first %1 points lack bands whose shifted samples lie before "
-                               "the recording; from first point %2 on none is missing.")
-                               .arg(missing)
-                               .arg(pointText(parameters.firstPoint + missing));
-}
-
-// A sum shows every pulse at the time of its arrival in the reference band.
-void PulsarCalculate::remarkOnTimes(int channel)
-{
-    if (channel <= int(data.fbands.size()))
-        outcome.remarks << QString("Times and periods are topocentric, at %1 MHz (band %2).")
-                               .arg(data.fbands[std::size_t(channel - 1)])
-                               .arg(channel);
-    else
-        outcome.remarks << QString("Channel %1 is no frequency band; times and periods are "
-                                   "topocentric.")
-                               .arg(channel);
+    return sigma > 0 ? sigma : 1;
 }

@@ -12,8 +12,6 @@ namespace {
 constexpr int minFourierPoints = 65;
 constexpr int referenceBand = PulsarCalculate::sumBands - 1;
 
-using BandShifts = std::array<int, referenceBand>;
-
 bool isSelectionRefused(const ObservationData &data, const PulsarParameters &selected)
 {
     if (selected.module < 1 || selected.module > data.modules)
@@ -41,7 +39,8 @@ bool hasBaseline(const QString &noise)
 }
 
 // Shifts of the bands below the reference; false after a debug line when one is beyond an int.
-bool findShifts(const ObservationData &data, double dispersion, bool forward, BandShifts &shifts)
+bool findShifts(const ObservationData &data, double dispersion, bool forward,
+                PulsarCalculate::BandShifts &shifts)
 {
     for (int k = referenceBand - 1; k >= 0; --k) {
         const double delay = Tools::dispersionDelay(
@@ -119,6 +118,7 @@ bool PulsarCalculate::sumWithoutNoise(double *dataOut, int count, double dispers
         if (!noiseBaseline(sum, dispersion, baseline.data()) ||
             !Tools::deduct(sum.data(), baseline.data(), dataOut, count))
             return false;
+        Tools::clearResidue(sum.data(), dataOut, count);
     } else {
         std::copy_n(sum.data(), count, dataOut);
     }

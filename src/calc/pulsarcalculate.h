@@ -1,12 +1,16 @@
 #pragma once
 
+#include "calc/dispersionpeak.h"
 #include "calc/finitesamples.h"
+#include "calc/fold.h"
 #include "calc/pulsarresult.h"
 #include "data/observationdata.h"
 
 #include <QObject>
 #include <QString>
+#include <array>
 #include <memory>
+#include <optional>
 #include <vector>
 
 /// What an action takes in of a recording.
@@ -31,6 +35,8 @@ public:
     static constexpr int fixedPoints = 16384;
     /// Bands that take part in a sum; the last of them is the reference.
     static constexpr int sumBands = 32;
+    /// Samples by which a sum reads the bands below the reference later.
+    using BandShifts = std::array<int, sumBands - 1>;
 
     /// @param data  a recording that ends early counts as one of the points that are whole
     PulsarCalculate(const ObservationData &data, const PulsarParameters &parameters,
@@ -112,6 +118,10 @@ public:
     ///         untouched
     static bool getFourier(const double *dataIn, double *dataOut, int countIn, int countOut);
 
+    /// Number, with fraction, that the first harmonic of the typed period has in the spectra of the
+    /// actions; averaging does not change it.
+    static double harmonicOfPeriod(const PulsarParameters &parameters, double tresolution);
+
 signals:
     void progress(int percent);
 
@@ -159,7 +169,8 @@ private:
     bool acceptHarmonic(int spectrumLength);
     int lastFullStart(double dispersion) const;
     int longestShift(double dispersion) const;
-    int pointsWithoutAllBands(double dispersion) const;
+    int longestReading(double dispersion, int sign) const;
+    int pointsWithoutAllBands(double dispersion, int firstPoint) const;
     QString fullStartText(double dispersion) const;
     QString pointText(int point) const;
 
@@ -167,11 +178,19 @@ private:
     bool scanDispersions(int firstPoint, int averageCount, int progressFrom, int progressTo,
                          Scan &scan);
     void beginScan();
+    void exchangeBands(int firstPoint, const BandShifts &shifts, const BandShifts &next,
+                       std::vector<double> &sum) const;
     std::vector<double> trialDispersions() const;
     int scanDelta() const;
     std::vector<int> scanStarts() const;
     QString describeScan(const Scan &scan);
     void addScan(const Scan &scan, const QString &name);
+    std::vector<std::optional<int>> readableShifts(int firstPoint, double dispersion,
+                                                   double largest) const;
+    Tools::BandHarmonics bandHarmonics(int firstPoint, int averageCount,
+                                       const std::vector<std::optional<int>> &shifts) const;
+    Tools::DispersionPeak findDispersion(int firstPoint, int averageCount, double strongest,
+                                         double largest) const;
 
     const float *bandSamples(int channel) const;
     int channelPoints(const QString &action) const;
@@ -184,12 +203,21 @@ private:
     bool noiseBaseline(const std::vector<double> &sum, double dispersion, double *baseline,
                        std::vector<double> *backSum = nullptr);
     bool channelBaseline(const std::vector<double> &samples, double *baseline) const;
-    void removeBaseline(std::vector<double> &samples, const std::vector<double> &baseline) const;
+    double removeBaseline(std::vector<double> &samples, const std::vector<double> &baseline) const;
+    bool describeFold(const std::vector<double> &series, const Tools::FoldedProfile &profile,
+                      double sampleSigma);
+    bool foldBeside(const std::vector<double> &series, double sampleSigma,
+                    std::vector<double> &snr);
 
     void addCurve(const std::vector<double> &values, const QString &name);
     void setSpectrumAxis(int averageCount);
     QString startText() const;
-    void remarkOnBands();
+    void remarkOnLines(const std::vector<double> &spectrum, double threshold,
+                       const std::vector<int> &listed, int above);
+    void remarkOnHarmonic();
+    void remarkOnBands() { remarkOnBands({parameters.firstPoint}); }
+    void remarkOnBands(const std::vector<int> &starts);
+    QString startsText(const std::vector<int> &starts) const;
     void remarkOnTimes(int channel);
 
     ObservationData data;

@@ -1,11 +1,13 @@
 #include "calc/pulsarcommand.h"
 
 #include "calc/pulsarcalculate.h"
+#include "calc/reporttext.h"
 
-#include <QLocale>
 #include <QMap>
 #include <QRegularExpression>
 #include <QStringList>
+
+using ReportText::exact;
 
 namespace {
 
@@ -29,16 +31,11 @@ const QMap<QString, ActionOptions> &actionOptions()
         {"sumChannelsAndAverage", {"sum"}},
         {"sumChannelsAndFourier", {"fourier", false, true, true, true, true}},
         {"sum4Dispersions", {"fourier", false, false, false, true, true}},
-        {"sumAllDispersions", {"dmscan", false, true, false, true, true}},
-        {"sumMultiDispersions", {"dmscan", false, true, false, true, true}},
-        {"sumTimeDispersions", {"dmscan", false, true, false, true, true}},
+        {"sumAllDispersions", {"dmscan", false, true, true, true, true}},
+        {"sumMultiDispersions", {"dmscan", false, true, true, true, true}},
+        {"sumTimeDispersions", {"dmscan", false, true, true, true, true}},
     };
     return options;
-}
-
-QString exact(double value)
-{
-    return QString::number(value, 'g', QLocale::FloatingPointShortest);
 }
 
 } // namespace

@@ -8,12 +8,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 // The actions on one channel.
 
 namespace {
 
 constexpr int shortestStretch = 512;
+constexpr int fewestPeriods = 15; // that tell what other periods give
+constexpr int mostTurns = 7;      // of the other periods against the folded one
 
 } // namespace
 
@@ -61,44 +64,23 @@ bool PulsarCalculate::sumPeriod()
         return refuse("The noise base line cannot be computed.");
     if (!goOn(40))
         return false;
-    removeBaseline(series, baseline);
+    const double divisor = removeBaseline(series, baseline);
     if (!goOn(50))
         return false;
 
     const int bins = int(std::round(period));
     const Tools::FoldedProfile profile = Tools::fold(series.data(), count, period, bins);
-    if (!goOn(70))
+    if (!goOn(60))
         return false;
     addCurve(profile.bins, "sum on period");
     outcome.points = bins;
     outcome.stretch = count;
     outcome.axis = {PulsarAxis::Kind::Phase, 0, 1.0 / bins, parameters.period};
-
-    // Mean samples per bin; shared ones count by their overlap.
-    // Of a channel without noise, what rounding left of it is no noise either.
-    const std::vector<float> noise(series.begin(), series.end());
-    const bool hasNoise = Tools::robustSigma(samples, count) > 0;
-    if (!goOn(85))
+    outcome.description = "Summation on period\nPeriod = " + ReportText::exact(parameters.period) +
+                          startText() + "\nNumber of points = " + QString::number(count);
+    // The samples as recorded tell their noise, the rest hides how coarse they are.
+    if (!describeFold(series, profile, Tools::robustSigma(samples, count) / divisor))
         return false;
-    const double binSigma =
-        hasNoise ? Tools::robustSigma(noise.data(), count) / std::sqrt(double(count) / bins) : 0;
-    const Tools::BoxcarPeak peak = Tools::bestBoxcar(profile.bins, binSigma);
-    outcome.description =
-        "Summation on period\nPeriod = " + ReportText::general(parameters.period) + startText() +
-        "\nNumber of points = " + QString::number(count) +
-        QString("\nBins = %1\nPeriods folded = %2").arg(bins).arg(profile.periods, 0, 'f', 1);
-    if (peak.width > 0)
-        outcome.description +=
-            QString("\nS/N = %1\nWidth = %2 bins, %3 ms\nPhase of peak = %4, %5 s")
-                .arg(peak.snr, 0, 'f', 1)
-                .arg(peak.width)
-                .arg(peak.width * parameters.period / bins * 1000, 0, 'f', 2)
-                .arg(peak.phase, 0, 'f', 4)
-                .arg(peak.phase * parameters.period, 0, 'f', 4);
-    else
-        outcome.description += "\nS/N = -";
-    outcome.remarks << "S/N is that of the best boxcar against the noise of the fold; noise alone "
-                       "reaches 3 to 4.";
     remarkOnTimes(parameters.channel);
     markSteps();
     return true;
@@ -114,6 +96,75 @@ void PulsarCalculate::leaveGaps(std::vector<float> &curve) const
         if (!std::isfinite(sample))
             curve[i] = sample;
     }
+}
+
+// The pulse of a profile, and what noise does in its place; false when the user wants to stop.
+bool PulsarCalculate::describeFold(const std::vector<double> &series,
+                                   const Tools::FoldedProfile &profile, double sampleSigma)
+{
+    const int bins = int(profile.bins.size());
+    outcome.description +=
+        QString("\nBins = %1\nPeriods folded = %2").arg(bins).arg(profile.periods, 0, 'f', 1);
+    if (!(sampleSigma > 0)) {
+        outcome.description += "\nS/N = -";
+        outcome.remarks << "The channel holds no noise, so that there is no S/N.";
+        return true;
+    }
+    const Tools::BoxcarPeak peak = Tools::bestBoxcar(profile, sampleSigma);
+    outcome.description += QString("\nS/N = %1\nWidth = %2 bins, %3 ms\nPhase of peak = %4, %5 s")
+                               .arg(peak.snr, 0, 'f', 1)
+                               .arg(peak.width)
+                               .arg(peak.width * parameters.period / bins * 1000, 0, 'f', 2)
+                               .arg(peak.phase, 0, 'f', 4)
+                               .arg(peak.phase * parameters.period, 0, 'f', 4);
+    QString text =
+        QString("S/N is that of the best boxcar, of 1 to %1 bins, against the noise of the "
+                "samples. White noise alone would reach about %2 in this fold.")
+            .arg(bins / 2)
+            .arg(Tools::expectedNoisePeak(bins), 0, 'f', 1);
+    std::vector<double> beside;
+    if (!foldBeside(series, sampleSigma, beside))
+        return false;
+    if (beside.empty()) {
+        outcome.remarks << text + QString(" What drift adds to that cannot be told from fewer than "
+                                          "%1 periods.")
+                                      .arg(fewestPeriods);
+        return true;
+    }
+    const double mean = std::accumulate(beside.begin(), beside.end(), 0.0) / double(beside.size());
+    const double length = profile.periods * parameters.period;
+    outcome.remarks << text + QString(" At %1 other periods, %2 to %3 s, noise with what drift, "
+                                      "interference and unsteady pulses add reaches %4 on average, "
+                                      "%5 at most.")
+                                  .arg(beside.size())
+                                  .arg(length / (profile.periods + mostTurns), 0, 'g', 4)
+                                  .arg(length / (profile.periods - mostTurns), 0, 'g', 4)
+                                  .arg(mean, 0, 'f', 1)
+                                  .arg(*std::max_element(beside.begin(), beside.end()), 0, 'f', 1);
+    return true;
+}
+
+// S/N of the best boxcars at periods close to the folded one. Over the series they drift through
+// whole turns against it, which spreads a steady pulse evenly over all bins. Nothing of few
+// periods.
+bool PulsarCalculate::foldBeside(const std::vector<double> &series, double sampleSigma,
+                                 std::vector<double> &snr)
+{
+    const int count = int(series.size());
+    const double periods = count * data.tresolution / parameters.period;
+    if (periods < fewestPeriods)
+        return true;
+    for (const int turns : {-mostTurns, -6, -5, -4, 4, 5, 6, mostTurns}) {
+        const double period = count / (periods + turns);
+        if (period < 2)
+            continue;
+        const Tools::FoldedProfile profile =
+            Tools::fold(series.data(), count, period, int(std::round(period)));
+        snr.push_back(Tools::bestBoxcar(profile, sampleSigma).snr);
+        if (!goOn(60 + 5 * int(snr.size())))
+            return false;
+    }
+    return true;
 }
 
 // The selection of the actions that work on one channel.

@@ -1,6 +1,7 @@
 #include "calc/pulsarcalculate.h"
 
 #include "calc/channelsum.h"
+#include "calc/computedon.h"
 #include "calc/fourier.h"
 #include "calc/levelsteps.h"
 #include "calc/reporttext.h"
@@ -21,11 +22,6 @@ struct DispersionSpan {
     double least = 0; // pc/cm^3
     double largest = 0;
 };
-
-bool worksOnChannel(const QString &action)
-{
-    return action == "showNative" || action == "sumPeriod";
-}
 
 std::vector<DispersionSpan> spansOf(const QString &action, const PulsarParameters &given,
                                     const std::vector<double> &trials)
@@ -307,6 +303,7 @@ void PulsarCalculate::markSteps()
         return;
     std::sort(stepPoints.begin(), stepPoints.end());
     stepPoints.erase(std::unique(stepPoints.begin(), stepPoints.end()), stepPoints.end());
+    outcome.steps = stepCount;
     outcome.description += "\nDeleted steps = " + QString::number(stepCount);
     if (outcome.axis.kind != PulsarAxis::Kind::Points)
         return;

@@ -70,6 +70,8 @@ struct PulsarResult {
     QStringList names;         ///< one per curve
     int points = 0;            ///< number of X values
     int stretch = 0;           ///< points of the recording that they were made from
+    std::vector<int> starts;   ///< first points, where the action compares several
+    int steps = 0;             ///< of the level, taken out
     PulsarAxis axis;
     std::vector<int> markers; ///< X indices where a step of the level was taken out
     QString description;      ///< what was computed, in the program's own texts

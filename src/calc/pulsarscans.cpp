@@ -2,10 +2,10 @@
 
 #include "calc/approximation.h"
 #include "calc/channelsum.h"
-#include "calc/dispersionpeak.h"
 #include "calc/fourier.h"
 #include "calc/reporttext.h"
 
+#include <QScopedValueRollback>
 #include <algorithm>
 #include <cmath>
 
@@ -17,8 +17,6 @@ constexpr int trials = 201;
 constexpr double smallestTop = 20; // pc/cm^3: a scan reaches at least this far
 constexpr int maxStarts = 8;
 constexpr int movedBands = PulsarCalculate::sumBands - 1;
-
-using Shifts = std::array<int, movedBands>;
 
 // One value of the amplitude spectrum of a series, without the others.
 class HarmonicAmplitude {
@@ -63,30 +61,13 @@ private:
     double scale;
 };
 
-Shifts shiftsAt(const ObservationData &data, double dispersion)
+PulsarCalculate::BandShifts shiftsAt(const ObservationData &data, double dispersion)
 {
-    Shifts shifts;
+    PulsarCalculate::BandShifts shifts;
     for (int band = 0; band < movedBands; ++band)
         shifts[std::size_t(band)] = Tools::stretchShift(Tools::dispersionDelay(
             data.fbands[std::size_t(band)], data.fbands[movedBands], dispersion, data.tresolution));
     return shifts;
-}
-
-// Error of a dispersion whose delays are rounded to whole samples: errors uniform over one
-// sample, seen through the least-squares slope over the bands.
-double roundingError(const ObservationData &data)
-{
-    std::array<double, PulsarCalculate::sumBands> delays = {};
-    double mean = 0;
-    for (std::size_t band = 0; band < delays.size(); ++band) {
-        delays[band] =
-            Tools::dispersionDelay(data.fbands[band], data.fbands[movedBands], 1, data.tresolution);
-        mean += delays[band] / double(delays.size());
-    }
-    double spread = 0;
-    for (const double delay : delays)
-        spread += (delay - mean) * (delay - mean);
-    return std::sqrt(1 / 12.0) / std::sqrt(spread);
 }
 
 } // namespace
@@ -94,6 +75,7 @@ double roundingError(const ObservationData &data)
 struct PulsarCalculate::Scan {
     std::vector<double> dispersions; // pc/cm^3
     std::vector<double> values;      // of the harmonic
+    int wholeBands = sumBands;       // of the sum that has the fewest
     std::vector<double> cubic;       // fit of degree 3
     Approximation::Extrema extrema;  // of the fit, positions in trials
     Tools::DispersionPeak peak;
@@ -108,11 +90,28 @@ std::vector<double> PulsarCalculate::trialDispersions() const
     return dispersions;
 }
 
+// From one trial to the next few bands move by a sample: exchanging those in the sum is a fraction
+// of a new one. The samples are floats, so that the sums stay as exact.
+void PulsarCalculate::exchangeBands(int firstPoint, const BandShifts &shifts,
+                                    const BandShifts &next, std::vector<double> &sum) const
+{
+    for (int band = 0; band < movedBands; ++band) {
+        const int from = shifts[std::size_t(band)];
+        const int to = next[std::size_t(band)];
+        if (from == to)
+            continue;
+        const float *const oldSamples = bandSamples(band) + firstPoint + from;
+        const float *const newSamples = bandSamples(band) + firstPoint + to;
+        for (std::size_t i = 0; i < sum.size(); ++i)
+            sum[i] += double(newSamples[i]) - double(oldSamples[i]);
+    }
+}
+
 // False when the user stopped it or, with a refusal, when a sum cannot be computed.
 bool PulsarCalculate::scanDispersions(int firstPoint, int averageCount, int progressFrom,
                                       int progressTo, Scan &scan)
 {
-    parameters.firstPoint = firstPoint;
+    const QScopedValueRollback<int> start(parameters.firstPoint, firstPoint);
     const int length = Tools::averagedLength(fixedPoints, averageCount, parameters.withNull);
     const int used = Tools::averagedLength(fixedPoints, averageCount, false);
     const HarmonicAmplitude amplitude(used, length, parameters.harmonicNum);
@@ -122,11 +121,11 @@ bool PulsarCalculate::scanDispersions(int firstPoint, int averageCount, int prog
     std::vector<double> baseline(fixedPoints);
     std::vector<double> rest;
     std::vector<double> averaged(fixedPoints);
-    Shifts shifts = {};
+    BandShifts shifts = {};
     bool sumIsWhole = false;
     for (int trial = 0; trial < trials; ++trial) {
         const double dispersion = scan.dispersions[std::size_t(trial)];
-        const Shifts next = shiftsAt(data, dispersion);
+        const BandShifts next = shiftsAt(data, dispersion);
         if (trial > 0 && next == shifts) {
             scan.values.push_back(scan.values.back());
             continue;
@@ -135,24 +134,13 @@ bool PulsarCalculate::scanDispersions(int firstPoint, int averageCount, int prog
             const qint64 begin = qint64(firstPoint) + shift;
             return begin >= 0 && begin + fixedPoints <= data.npoints;
         };
-        // From one trial to the next few bands move by a sample: exchanging those is a
-        // fraction of a new sum. The samples are floats, so that the sums stay as exact.
         if (sumIsWhole && std::all_of(next.begin(), next.end(), inside)) {
-            for (int band = 0; band < movedBands; ++band) {
-                const int from = shifts[std::size_t(band)];
-                const int to = next[std::size_t(band)];
-                if (from == to)
-                    continue;
-                const float *const oldSamples = bandSamples(band) + firstPoint + from;
-                const float *const newSamples = bandSamples(band) + firstPoint + to;
-                for (std::size_t i = 0; i < sum.size(); ++i)
-                    sum[i] += double(newSamples[i]) - double(oldSamples[i]);
-            }
+            exchangeBands(firstPoint, shifts, next, sum);
         } else {
             if (!sumChannels(sum.data(), fixedPoints, dispersion, true))
                 return refuse(QString("The channels cannot be summed at dispersion %1.")
                                   .arg(ReportText::general(dispersion)));
-            fewestBands = std::min(fewestBands, completeBands);
+            scan.wholeBands = std::min(scan.wholeBands, completeBands);
             sumIsWhole = std::all_of(next.begin(), next.end(), inside);
         }
         shifts = next;
@@ -166,6 +154,7 @@ bool PulsarCalculate::scanDispersions(int firstPoint, int averageCount, int prog
             return false;
     }
 
+    fewestBands = std::min(fewestBands, scan.wholeBands);
     scan.cubic.resize(scan.values.size());
     Approximation fit(scan.values.data(), scan.cubic.data(), trials);
     if (!fit.polynomial(3, true))
@@ -173,20 +162,9 @@ bool PulsarCalculate::scanDispersions(int firstPoint, int averageCount, int prog
     scan.extrema = fit.extrema();
 
     const auto top = std::max_element(scan.values.begin(), scan.values.end());
-    auto spectrum = std::vector<double>(std::size_t(length / 2));
-    if (!getFourierOfSum(spectrum.data(), fixedPoints,
-                         scan.dispersions[std::size_t(top - scan.values.begin())], averageCount,
-                         parameters.withNull))
-        return refuse("The spectrum of the sum cannot be computed.");
-    Tools::HarmonicScale scale;
-    scale.period = length * Tools::averagedStepFactor(averageCount, false) * data.tresolution /
-                   parameters.harmonicNum;
-    scale.bandDelay = std::abs(Tools::dispersionDelay(data.fbands[0], data.fbands[movedBands], 1,
-                                                      data.tresolution)) *
-                      data.tresolution;
-    scale.noise = Tools::noiseScaleAround(spectrum, parameters.harmonicNum);
-    scale.rounding = roundingError(data);
-    scan.peak = Tools::findDispersionPeak(scan.dispersions, scan.values, scale);
+    scan.peak = findDispersion(firstPoint, averageCount,
+                               scan.dispersions[std::size_t(top - scan.values.begin())],
+                               scan.dispersions.back());
     return true;
 }
 
@@ -211,13 +189,16 @@ QString PulsarCalculate::describeScan(const Scan &scan)
     text += QString("\nMaximum:\ndisp = %1 value = %2\n")
                 .arg(scan.dispersions[std::size_t(top - scan.values.begin())], 0, 'f', 2)
                 .arg(ReportText::general(*top));
-    if (scan.peak.unconstrained.isEmpty())
-        text += QString("\nDM = %1 pc/cm^3\n")
-                    .arg(ReportText::withError(scan.peak.dispersion, scan.peak.error));
+    const Tools::DispersionPeak &peak = scan.peak;
+    const bool isOutside = peak.dispersion < 0 || peak.dispersion > scan.dispersions.back();
+    if (peak.unconstrained.isEmpty())
+        text += QString("\nDM = %1 pc/cm^3%2\n")
+                    .arg(ReportText::withError(peak.dispersion, peak.error),
+                         isOutside ? " (outside the scan)" : "");
     else
         text += QString("\nHarmonic %1 does not tell the dispersion: %2.\n")
                     .arg(parameters.harmonicNum)
-                    .arg(scan.peak.unconstrained);
+                    .arg(peak.unconstrained);
     return text;
 }
 
@@ -298,6 +279,7 @@ bool PulsarCalculate::sumAllDispersions()
     addCurve(scan.cubic, "approximation by polinom 3");
     outcome.description += "\n" + describeScan(scan);
     markSteps();
+    remarkOnHarmonic();
     remarkOnBands();
     return true;
 }
@@ -316,6 +298,7 @@ bool PulsarCalculate::sumMultiDispersions()
         addScan(scan, QString("averaging number %1").arg(n));
     }
     markSteps();
+    remarkOnHarmonic();
     remarkOnBands();
     return true;
 }
@@ -329,6 +312,7 @@ bool PulsarCalculate::sumTimeDispersions()
         QString("Delta = %1 points, %2 s\n\nChange: first point (see colors)\n\n")
             .arg(delta)
             .arg(ReportText::general(delta * data.tresolution));
+    outcome.starts = starts;
     const int curves = int(starts.size());
     for (int k = 0; k < curves; ++k) {
         Scan scan;
@@ -338,6 +322,7 @@ bool PulsarCalculate::sumTimeDispersions()
         addScan(scan, QString("first point %1").arg(starts[std::size_t(k)]));
     }
     markSteps();
-    remarkOnBands();
+    remarkOnHarmonic();
+    remarkOnBands(starts);
     return true;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QLocale>
 #include <QString>
 
 /// Numbers as reports write them.
@@ -11,10 +12,20 @@ inline QString general(double value)
     return QString::number(value, 'g', 6);
 }
 
-/// An expected number of things: two digits where it is small, whole where it is not.
+/// As many digits as it takes to read the same number back.
+inline QString exact(double value)
+{
+    return QString::number(value, 'g', QLocale::FloatingPointShortest);
+}
+
+/// An expected number of things: "none" below a hundredth, "about" two digits where it is small and
+/// a whole number where it is not.
 inline QString count(double expected)
 {
-    return expected < 10 ? QString::number(expected, 'g', 2) : QString::number(qRound(expected));
+    if (expected < 0.01)
+        return "none";
+    return "about " +
+           (expected < 10 ? QString::number(expected, 'g', 2) : QString::number(expected, 'f', 0));
 }
 
 /// A value with its error, both to the second digit of the error: "26.21 +- 0.13".

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstddef>
 #include <iterator>
+#include <limits>
 
 namespace Tools {
 
@@ -14,6 +15,11 @@ namespace {
 
 constexpr int sideFactor = 5;     // surroundings on a side, lengths of the part
 constexpr int shortestSide = 256; // points
+
+// Beyond this share of deviations that equal their median, the step between neighbouring values
+// exceeds a twentieth of sigma, and the median can be wrong by some per cent.
+constexpr double coarseShare = 0.02;
+constexpr double clipSigmas = 3.5;
 
 // Reorders the values, at least one; of an even number the mean of the two in the middle.
 template <typename Value>
@@ -35,16 +41,26 @@ double deviationOf(std::vector<Value> &values, double median)
     return medianOf(values);
 }
 
-double standardDeviation(const std::vector<float> &values)
+// Of the finite values within `reach` of the centre.
+template <typename Value>
+double standardDeviation(const std::vector<Value> &values, double centre, double reach)
 {
+    const auto isInside = [&](Value value) { return std::abs(double(value) - centre) <= reach; };
+    qint64 count = 0;
     double sum = 0;
-    for (const float value : values)
-        sum += double(value);
-    const double mean = sum / double(values.size());
+    for (const Value value : values) {
+        if (isInside(value)) {
+            sum += double(value) - centre;
+            ++count;
+        }
+    }
+    const double mean = centre + sum / double(std::max<qint64>(count, 1));
     double squares = 0;
-    for (const float value : values)
-        squares += (double(value) - mean) * (double(value) - mean);
-    return values.size() > 1 ? std::sqrt(squares / double(values.size() - 1)) : 0;
+    for (const Value value : values) {
+        if (isInside(value))
+            squares += (double(value) - mean) * (double(value) - mean);
+    }
+    return count > 1 ? std::sqrt(squares / double(count - 1)) : 0;
 }
 
 } // namespace
@@ -57,6 +73,45 @@ double medianAbsoluteDeviation(std::vector<double> values, double median)
     return values.empty() ? 0 : deviationOf(values, median);
 }
 
+double floatResolution(double value)
+{
+    // Half a unit for each sample of two differences; a unit is at most this part of the value.
+    constexpr double roundings = 1.5;
+    return roundings * std::numeric_limits<float>::epsilon() * std::abs(value);
+}
+
+template <typename Value>
+double noiseSigma(const std::vector<Value> &values, double centre, double deviation,
+                  double resolution)
+{
+    qint64 finite = 0;
+    qint64 equal = 0;
+    double step = std::numeric_limits<double>::infinity();
+    for (const Value value : values) {
+        const double distance = std::abs(std::abs(double(value) - centre) - deviation);
+        if (!std::isfinite(distance))
+            continue;
+        ++finite;
+        if (distance <= resolution)
+            ++equal;
+        else
+            step = std::min(step, distance);
+    }
+    const double sigma = madToSigma * deviation;
+    // The median itself is one or two of the deviations.
+    if (deviation > resolution && double(equal - 2) <= coarseShare * double(finite))
+        return sigma;
+    if (deviation > resolution) // of values that all lie half a step from the centre
+        step = std::min(step, 2 * deviation);
+    if (std::isinf(step))
+        return 0;
+    // The median of coarse values is right to half a step.
+    return standardDeviation(values, centre, clipSigmas * madToSigma * (deviation + step / 2));
+}
+
+template double noiseSigma(const std::vector<float> &, double, double, double);
+template double noiseSigma(const std::vector<double> &, double, double, double);
+
 RobustLevel robustLevel(const float *values, int count, std::vector<float> &scratch)
 {
     scratch.clear();
@@ -66,9 +121,9 @@ RobustLevel robustLevel(const float *values, int count, std::vector<float> &scra
         return {};
     RobustLevel level;
     level.median = medianOf(scratch);
-    const double sigma = standardDeviation(scratch);
     const double deviation = deviationOf(scratch, level.median);
-    level.spread = deviation > 0 ? madToSigma * deviation : sigma;
+    scratch.assign(values, values + count);
+    level.spread = noiseSigma(scratch, level.median, deviation, floatResolution(level.median));
     return level;
 }
 
@@ -87,9 +142,12 @@ PartSignal partSignal(const std::vector<double> &series, int begin, int end)
     const SeriesStatistics noise = seriesStatistics(around);
     PartSignal signal;
     signal.surroundings = int(noise.count);
-    const double deviation =
-        noise.count > 0 ? medianAbsoluteDeviation(std::move(around), noise.median) : 0;
-    if (deviation == 0)
+    if (noise.count == 0)
+        return signal;
+    const double sigma =
+        noiseSigma(around, noise.median, medianAbsoluteDeviation(around, noise.median),
+                   floatResolution(noise.median));
+    if (sigma == 0)
         return signal;
     double sum = 0;
     int count = 0;
@@ -100,7 +158,7 @@ PartSignal partSignal(const std::vector<double> &series, int begin, int end)
         ++count;
     }
     if (count > 0)
-        signal.snr = sum / (madToSigma * deviation * std::sqrt(double(count)));
+        signal.snr = sum / (sigma * std::sqrt(double(count)));
     return signal;
 }
 

@@ -84,6 +84,7 @@ private slots:
     void medianOfAwkwardValues();
     void cubicAndItsExtrema();
     void deductsAndNormalises();
+    void clearsWhatRoundingLeaves();
     void refusals_data();
     void refusals() { checkRefusal(); }
 };
@@ -191,6 +192,30 @@ void TestApproximation::deductsAndNormalises()
     Series constant = {2, 2, 2};
     QVERIFY(Tools::normalise(constant.data(), 3) && Tools::normalise(constant.data(), 1));
     QCOMPARE(constant, Series(3, 2.0));
+}
+
+void TestApproximation::clearsWhatRoundingLeaves()
+{
+    const Series level(16384, 32 * double(445400.3F));
+    Series rest(level.size());
+    QVERIFY(Approximation(level.data(), rest.data(), 16384).polynomial(5, false));
+    QVERIFY(Tools::deduct(level.data(), rest.data(), rest.data(), 16384));
+    QVERIFY2(rest != Series(level.size(), 0.0), "the polynomial rounds");
+    Tools::clearResidue(level.data(), rest.data(), 16384);
+    QCOMPARE(rest, Series(level.size(), 0.0));
+
+    // One sample of one band that differs by the last bit of a float is none of it.
+    Series almost = level;
+    almost[100] += 0.03125;
+    rest.assign(level.size(), 0.0);
+    rest[100] = 0.03125;
+    const Series before = rest;
+    Tools::clearResidue(almost.data(), rest.data(), 16384);
+    QCOMPARE(rest, before);
+    rest[7] = notANumber;
+    rest[100] = 0;
+    Tools::clearResidue(almost.data(), rest.data(), 16384);
+    QVERIFY(std::isnan(rest[7]));
 }
 
 void TestApproximation::refusals_data()

@@ -32,6 +32,7 @@ private slots:
     void equalsStraightLoops();
     void agreesWithOracle();
     void sineHasOneLine();
+    void phases();
     void powerOfTwoFloor();
     void averages();
     void refusals_data();
@@ -88,6 +89,26 @@ void TestFourier::sineHasOneLine()
         const Series out = spectrum(in);
         QVERIFY2(std::equal(out.begin(), out.end(), expected.begin(), expected.end(), near),
                  qPrintable(QString::number(line)));
+    }
+}
+
+void TestFourier::phases()
+{
+    for (const int count : {128, 2048, 4096, 32768}) {
+        const Series in = noise(count);
+        std::vector<std::complex<double>> lines(in.size() / 2);
+        Tools::complexSpectrum(in.data(), lines.data(), count, count / 2);
+        const Series amplitudes = spectrum(in);
+        for (std::size_t k = 0; k < lines.size(); ++k)
+            QVERIFY(std::abs(std::abs(lines[k]) - amplitudes[k]) < 1e-14);
+        for (const int k : {1, count / 3, count / 2 - 1}) {
+            std::complex<double> sum = 0;
+            for (qint64 i = 0; i < count; ++i)
+                sum +=
+                    in[std::size_t(i)] * std::polar(1.0, -2 * pi * double(i * k % count) / count);
+            // The recurrence of the twiddle factors loses some digits.
+            QVERIFY(std::abs(lines[std::size_t(k)] - sum * (2.0 / count)) < 1e-12);
+        }
     }
 }
 

@@ -1,9 +1,12 @@
 #include "calc/levelsteps.h"
+#include "calc/robuststatistics.h"
 #include "simulator/recording.h"
 #include "support/testmain.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <random>
 
 using Simulator::Simulation;
 
@@ -37,6 +40,8 @@ private slots:
     void findsStepsOnly();
     void noNumbersAndShortSeries();
     void sigmaOfNoise();
+    void sigmaOfCoarseSamples_data();
+    void sigmaOfCoarseSamples();
 };
 
 void TestLevelSteps::findsStepsOnly_data()
@@ -111,6 +116,54 @@ void TestLevelSteps::sigmaOfNoise()
     // the first half only. 20000 samples give the sigma to about 1 %.
     QVERIFY(std::abs(Tools::robustSigma(series.data(), 20000) - 2.5) < 0.1);
     QCOMPARE(Tools::robustSigma(series.data(), 1), 0.0);
+    // Continuous samples keep the value of the definition to the last bit.
+    std::vector<float> differences;
+    for (std::size_t i = 1; i < 20000; ++i)
+        differences.push_back(std::abs(series[i] - series[i - 1]));
+    std::sort(differences.begin(), differences.end());
+    const float median = differences[differences.size() / 2];
+    QVERIFY(Tools::robustSigma(series.data(), 20000) == median * 1.4826 / std::sqrt(2.0));
+}
+
+void TestLevelSteps::sigmaOfCoarseSamples_data()
+{
+    QTest::addColumn<double>("sigma"); // of the noise before it is rounded, in steps
+    QTest::addColumn<double>("level"); // steps
+    QTest::addColumn<double>("step");
+    for (const double sigma : {0.2, 0.4, 0.5, 0.7, 1.0, 1.5, 2.0, 5.0, 20.0})
+        for (const double level : {100.0, 100.5})
+            for (const double step : {1.0, 0.1})
+                QTest::addRow("sigma %g, level %g, step %g", sigma, level, step)
+                    << sigma << level << step;
+}
+
+void TestLevelSteps::sigmaOfCoarseSamples()
+{
+    QFETCH(double, sigma);
+    QFETCH(double, level);
+    QFETCH(double, step);
+    std::mt19937 random(3);
+    std::normal_distribution<double> normal(level, sigma);
+    std::vector<float> samples(40000);
+    double sum = 0;
+    double squares = 0;
+    for (float &sample : samples) {
+        const double steps = std::round(normal(random));
+        sum += steps - level;
+        squares += (steps - level) * (steps - level);
+        sample = float(steps * step);
+    }
+    // What the rounded samples scatter, by the definition.
+    const double count = double(samples.size());
+    const double expected = step * std::sqrt(squares / count - sum * sum / count / count);
+    // One in a hundred is hit by an impulse.
+    for (std::size_t i = 0; i < samples.size(); i += 100)
+        samples[i] += float(100 * (1 + sigma) * step);
+    std::vector<float> scratch;
+    const double robust = Tools::robustSigma(samples.data(), int(samples.size()));
+    const double spread = Tools::robustLevel(samples.data(), int(samples.size()), scratch).spread;
+    QVERIFY2(std::abs(robust / expected - 1) < 0.04, qPrintable(QString::number(robust)));
+    QVERIFY2(std::abs(spread / expected - 1) < 0.04, qPrintable(QString::number(spread)));
 }
 
 ZRT_UNIT_TEST_MAIN(TestLevelSteps)

@@ -175,10 +175,11 @@ void TestWaterfall::signalOfAPart_data()
     QTest::addColumn<int>("end");
     QTest::addColumn<double>("snr");
     QTest::addColumn<int>("surroundings");
-    // Around it 10 and 12 by turns: median 11, MAD 1. Points 1000 to 1003 are 31.
-    QTest::newRow("pulse") << 1000 << 1004 << 4 * 20 / (1.4826 * 2) << 512;
-    QTest::newRow("pulse and as much beside")
-        << 1000 << 1008 << 80 / (1.4826 * std::sqrt(8)) << 512;
+    // Around it 10 and 12 by turns: median 11, standard deviation sqrt(512 / 511). Points 1000 to
+    // 1003 are 31.
+    const double sigma = std::sqrt(512 / 511.0);
+    QTest::newRow("pulse") << 1000 << 1004 << 4 * 20 / (sigma * 2) << 512;
+    QTest::newRow("pulse and as much beside") << 1000 << 1008 << 80 / (sigma * std::sqrt(8)) << 512;
     QTest::newRow("long part") << 2000 << 2100 << 0.0 << 1000;
     QTest::newRow("at the begin") << 0 << 2 << 0.0 << 256;
     QTest::newRow("all") << 0 << 3000 << 0.0 << 0;

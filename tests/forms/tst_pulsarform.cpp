@@ -62,6 +62,8 @@ private slots:
     void endsWithTheData();
     void samplesThatAreNoNumbers();
     void changedPoints();
+    void harmonicOfThePeriod();
+    void reportsTellWhatTheyAreOf();
     void copiesTheCommand();
     void escapeStopsReading();
     void closingStopsReading();
@@ -460,6 +462,45 @@ void TestPulsarForm::changedPoints()
     QCOMPARE(plot.graphs[0].size(), std::size_t(1000));
     find<QPushButton>("resetPointsButton")->click();
     QCOMPARE(plot.numPoints, 16384);
+}
+
+void TestPulsarForm::harmonicOfThePeriod()
+{
+    openForm();
+    auto *const button = find<QPushButton>("harmonicOfPeriod");
+    auto *const number = find<QSpinBox>("harmonicNum");
+    type("period", "2.0469"); // 16384 x 12.4928 ms / 100
+    button->click();
+    QCOMPARE(number->value(), 100);
+    find<QCheckBox>("averageWithNull")->setChecked(true);
+    button->click();
+    QCOMPARE(number->value(), 200);
+    const MessageBoxCatcher catcher;
+    for (const char *const beyond : {"500", "0.02", "0", "x"}) {
+        type("period", beyond);
+        button->click();
+        QCOMPARE(number->value(), 200);
+        QCOMPARE(find<QLineEdit>("period")->styleSheet(), QString(failing));
+        QVERIFY2(
+            catcher.boxes().last().text.contains("Allowed: more than 0.0249856 s, up to 204.682 s"),
+            qPrintable(catcher.boxes().last().text));
+    }
+}
+
+void TestPulsarForm::reportsTellWhatTheyAreOf()
+{
+    openForm();
+    find<QCheckBox>("withNormalization")->setChecked(true);
+    find<QRadioButton>("sumChannelsDemoNoise")->click();
+    const PlotData &plot = find<PulsarGrafik>("grafik")->data();
+    QVERIFY2(plot.yUnit.isEmpty(), "the sum itself is not normalised");
+    QVERIFY(plot.source.contains("base line: polinom5, not taken off, not normalised"));
+    QCOMPARE(report().count("Channel:"), 1);
+    find<QCheckBox>("showDeductNoise")->click();
+    QCOMPARE(plot.yUnit, QString("sigma"));
+    for (const QString &line : plot.source.mid(1))
+        QVERIFY2(report().contains("\n" + line), qPrintable(line));
+    QVERIFY(plot.source.contains("points: 16384 from first point 0 on, step 12.4928 ms"));
 }
 
 void TestPulsarForm::copiesTheCommand()

@@ -1,3 +1,4 @@
+#include "calc/computedon.h"
 #include "forms/pulsar/pulsartexts.h"
 #include "support/recordings.h"
 #include "support/testmain.h"
@@ -66,8 +67,8 @@ void TestFormTexts::trueNumbers()
     QCOMPARE(FormTexts::selection("sum4Dispersions", data, parameters, 8192),
              QString("Action:sum4Dispersions\nModule:1 (number 3)\nChannel:1\nRay:1 (number 5)\n"
                      "Points:8192"));
-    const QStringList source = FormTexts::source("a.pnt", "showNative", data, parameters, false);
-    QVERIFY(source.contains("module: 3") && source.contains("ray: 5"));
+    QVERIFY(computedOn("a.pnt", "showNative", data, parameters, {})
+                .contains("module: 3 (place 1 in the file), ray: 5 (place 1 in the file)"));
     data.moduleNumbers = {1};
     data.ray = -1;
     data.rays = 8;

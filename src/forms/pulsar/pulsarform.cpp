@@ -6,7 +6,10 @@
 #include "app/lastvalues.h"
 #include "app/settings.h"
 #include "base/typednumber.h"
+#include "calc/computedon.h"
+#include "calc/fourier.h"
 #include "calc/pulsarcommand.h"
+#include "calc/reporttext.h"
 #include "data/recordingtime.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
@@ -25,6 +28,7 @@
 #include <QProgressBar>
 #include <QScopedValueRollback>
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -36,12 +40,6 @@ QString checkedButton(const QWidget *group)
             return button->objectName();
     }
     return {};
-}
-
-// Actions that work on as many points as are wanted.
-bool takesPoints(const QString &action)
-{
-    return action == "showNative" || action == "sumPeriod";
 }
 
 // Noise methods by the names of their buttons.
@@ -112,6 +110,7 @@ void PulsarForm::connectInputs()
         connect(button, &QAbstractButton::clicked, this, &PulsarForm::redraw);
 
     connect(ui->commandButton, &QPushButton::clicked, this, &PulsarForm::copyCommand);
+    connect(ui->harmonicOfPeriod, &QPushButton::clicked, this, &PulsarForm::takeHarmonicOfPeriod);
 
     connect(info, &PulsarGrafikInfo::changeMaxSigma, this, &PulsarForm::redraw);
     connect(info, &PulsarGrafikInfo::changeDispersions, this, &PulsarForm::changeDispersions);
@@ -150,7 +149,7 @@ void PulsarForm::copyCommand()
         showError(this, "Check Action!");
         return;
     }
-    if (!takesPoints(action) && ui->leaveOutChannels->isEnabled() &&
+    if (!worksOnChannel(action) && ui->leaveOutChannels->isEnabled() &&
         ui->leaveOutChannels->isChecked()) {
         showError(this, "The batch program computes with all channels; uncheck \"" +
                             ui->leaveOutChannels->text() + "\" first.");
@@ -164,8 +163,35 @@ void PulsarForm::copyCommand()
         showError(this, "No command was copied.", unreadableFields.join("\n"));
         return;
     }
-    parameters->points = takesPoints(action) && action == shownAction ? wantedPoints : 0;
+    parameters->points = worksOnChannel(action) && action == shownAction ? wantedPoints : 0;
     QGuiApplication::clipboard()->setText(pulsarCommand(action, *parameters, recordingPath));
+}
+
+// Nothing is computed: the number takes effect as a typed one does.
+void PulsarForm::takeHarmonicOfPeriod()
+{
+    clearMarks();
+    PulsarParameters parameters;
+    parameters.period = readNumber(ui->period, ui->periodLabel->text(), Tools::allowedNumber);
+    parameters.withNull = ui->averageWithNull->isChecked();
+    // Two values of the averaged series, and all of the series.
+    const double shortest =
+        2 * data.tresolution * Tools::averagedStepFactor(ui->averageCount->value(), false);
+    const double longest = PulsarCalculate::fixedPoints * data.tresolution;
+    if (parameters.period > shortest && parameters.period <= longest) {
+        const double number = PulsarCalculate::harmonicOfPeriod(parameters, data.tresolution);
+        ui->harmonicNum->setValue(int(std::round(number)));
+        ui->harmonicNum->setFocus();
+        return;
+    }
+    markFailing(ui->period);
+    showError(this,
+              QString("A period of %1 s has no line in the spectrum.\nAllowed: more than %2 "
+                      "s, up to %3 s.")
+                  .arg(ReportText::exact(parameters.period), ReportText::general(shortest),
+                       ReportText::general(longest)),
+              unreadableFields.join("\n"));
+    ui->period->setFocus();
 }
 
 // A success replaces what is shown; a failure is reported and changes nothing.
@@ -176,12 +202,12 @@ void PulsarForm::compute(const QString &action, int points)
     if (!parameters)
         return;
     // The other actions show so many points of what they give.
-    parameters->points = takesPoints(action) ? points : 0;
+    parameters->points = worksOnChannel(action) ? points : 0;
 
     // What a single channel shows is there whether the channel is on or off.
     const SwitchedRecording recording =
-        takesPoints(action) ? SwitchedRecording{data, {}}
-                            : switchedRecording(data, ui->leaveOutChannels, recordingPath);
+        worksOnChannel(action) ? SwitchedRecording{data, {}}
+                               : switchedRecording(data, ui->leaveOutChannels, recordingPath);
     if (!recording.data.samples) {
         showError(this, "There is no memory to leave out channels.");
         return;
@@ -357,7 +383,7 @@ void PulsarForm::changePoints(int points)
 {
     if (!calculate || running)
         return;
-    if (takesPoints(shownAction)) {
+    if (worksOnChannel(shownAction)) {
         // "Reset points" goes back to all of the recording.
         compute(shownAction, points > 0 ? points : data.npoints);
         return;
@@ -397,7 +423,7 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, const
                             int firstColour)
 {
     const PulsarResult &result = calculate->result();
-    const bool isCut = wantedPoints > 0 && !takesPoints(shownAction);
+    const bool isCut = wantedPoints > 0 && !worksOnChannel(shownAction);
     const int count = isCut ? std::min(wantedPoints, result.points) : result.points;
     PlotData plot;
     for (const std::vector<float> &curve : curves) {
@@ -414,11 +440,8 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, const
     plot.yName = result.axis.kind == PulsarAxis::Kind::Points  ? "signal"
                  : result.axis.kind == PulsarAxis::Kind::Phase ? "mean signal"
                                                                : "amplitude";
-    plot.yUnit = shownParameters.normalise ? "sigma" : "";
-    plot.source = FormTexts::source(recordingPath, shownAction, data, shownParameters,
-                                    !takesPoints(shownAction));
-    if (!shownLeftOut.isEmpty())
-        plot.source << shownLeftOut;
+    plot.yUnit = isNormalised(shownAction, shownParameters) ? "sigma" : "";
+    plot.source = QStringList("action: " + shownAction) + computedOnLines();
     for (const int marker : result.markers) {
         if (marker < count)
             plot.markers.push_back(marker);
@@ -435,7 +458,17 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, const
     plot.yPrecision = FormTexts::labelDecimals(range.max - range.min);
     grafik->setData(std::move(plot));
     grafik->recomputeRange();
-    info->setPoints(takesPoints(shownAction) ? result.stretch : count);
+    info->setPoints(worksOnChannel(shownAction) ? result.stretch : count);
+}
+
+// For the report, for tables and for pictures.
+QStringList PulsarForm::computedOnLines() const
+{
+    QStringList lines =
+        computedOn(recordingPath, shownAction, data, shownParameters, calculate->result());
+    if (!shownLeftOut.isEmpty())
+        lines << shownLeftOut;
+    return lines;
 }
 
 void PulsarForm::showTexts(const QString &description, const QStringList &names, int firstColour)
@@ -446,8 +479,7 @@ void PulsarForm::showTexts(const QString &description, const QStringList &names,
     report << result.remarks;
     if (!readProblem.isEmpty())
         report << readProblem;
-    if (!shownLeftOut.isEmpty())
-        report << shownLeftOut;
+    report << "Computed on\n" + computedOnLines().join('\n');
 
     const FormTexts::AxisTitles titles = FormTexts::axisTitles(result.axis);
     QStringList legend;

@@ -48,6 +48,7 @@ private:
     bool readRecording(const QString &path);
     void connectInputs();
     void copyCommand();
+    void takeHarmonicOfPeriod();
     void compute(const QString &action, int points);
     bool runShowingProgress(PulsarCalculate &calculation, const QString &action);
     std::optional<PulsarParameters> readParameters();
@@ -64,6 +65,7 @@ private:
     void showMultiResult(int index);
     void showCurves(const std::vector<std::vector<float>> &curves, const QStringList &names,
                     int firstColour);
+    QStringList computedOnLines() const;
     void showTexts(const QString &description, const QStringList &names, int firstColour);
 
     const std::unique_ptr<Ui::PulsarForm> ui;

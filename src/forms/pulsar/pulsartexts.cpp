@@ -1,9 +1,8 @@
 #include "forms/pulsar/pulsartexts.h"
 
 #include "base/timetext.h"
-#include "calc/pulsarcalculate.h"
+#include "calc/computedon.h"
 #include "data/recordingtime.h"
-#include "data/truenumbers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,14 +12,6 @@ namespace FormTexts {
 namespace {
 
 constexpr qint64 msPerDay = 24LL * 3600 * 1000;
-
-// A count from 1 with the number that the passport gives to what it counts, where it differs.
-QString withTrueNumber(int number, int trueNumber)
-{
-    const QString text = QString::number(number);
-    return trueNumber < 1 || number == trueNumber ? text
-                                                  : text + QString(" (number %1)").arg(trueNumber);
-}
 
 // One digit beyond the step: neighbouring values differ, and no digit is noise.
 int decimalsOfStep(double step)
@@ -140,11 +131,9 @@ StartPoint pointAtUtc(const ObservationData &data, const QString &time)
 QString selection(const QString &action, const ObservationData &data,
                   const PulsarParameters &parameters, int points)
 {
-    return "Action:" + action + "\nModule:" +
-           withTrueNumber(parameters.module, moduleNumber(data, parameters.module - 1)) +
+    return "Action:" + action + "\nModule:" + moduleText(data, parameters.module) +
            "\nChannel:" + QString::number(parameters.channel) +
-           "\nRay:" + withTrueNumber(parameters.ray, rayNumber(data, parameters.ray - 1)) +
-           "\nPoints:" + QString::number(points);
+           "\nRay:" + rayText(data, parameters.ray) + "\nPoints:" + QString::number(points);
 }
 
 AxisTitles axisTitles(const PulsarAxis &axis)
@@ -189,35 +178,6 @@ PlotAxis plotAxis(const PulsarAxis &axis, double tresolution)
             return {"point", "", axis.first, axis.step, {}};
         return {"time", "s", axis.first * tresolution, axis.step * tresolution, {}};
     }
-}
-
-QStringList source(const QString &path, const QString &action, const ObservationData &data,
-                   const PulsarParameters &parameters, bool sumsBands)
-{
-    QStringList lines = {"file: " + path};
-    if (data.beginTime.isValid())
-        lines << "begin of the recording: " +
-                     textOfTime(exactBegin(data), "yyyy-MM-dd hh:mm:ss.zzz") + " UTC";
-    lines << QString("step: %1 ms").arg(data.tresolution * 1000)
-          << "module: " + QString::number(moduleNumber(data, parameters.module - 1))
-          << "ray: " + QString::number(rayNumber(data, parameters.ray - 1));
-    const auto band = std::size_t(sumsBands ? PulsarCalculate::sumBands : parameters.channel);
-    const QString frequency = band > 0 && band <= data.fbands.size()
-                                  ? QString("%1 MHz").arg(data.fbands[band - 1], 0, 'g', 10)
-                                  : QString("unknown");
-    if (!sumsBands) {
-        lines << QString("channel: %1, frequency: %2").arg(band).arg(frequency);
-    } else {
-        QStringList dispersions;
-        if (action == "sum4Dispersions")
-            for (const double dispersion : parameters.dispersions)
-                dispersions << QString::number(dispersion);
-        else
-            dispersions << QString::number(parameters.dispersion);
-        lines << "dispersion: " + dispersions.join(", ") + " pc/cm^3"
-              << QString("reference frequency: %1 (band %2)").arg(frequency).arg(band);
-    }
-    return lines << "action: " + action << "base line: " + parameters.noise;
 }
 
 int labelDecimals(double range)

@@ -54,13 +54,6 @@ AxisTexts axisTexts(const PulsarAxis &axis, int count, const ObservationData &da
 /// @param tresolution  s; without one, time series keep their point numbers
 PlotAxis plotAxis(const PulsarAxis &axis, double tresolution);
 
-/// Where a result comes from, for pictures and tables: file, module, ray, dispersion and its
-/// reference frequency or channel, action and base line, a line each.
-///
-/// @param sumsBands  false for the actions on one channel
-QStringList source(const QString &path, const QString &action, const ObservationData &data,
-                   const PulsarParameters &parameters, bool sumsBands);
-
 /// Decimals that tell labels 50 pixels apart from each other on an axis of that range.
 int labelDecimals(double range);
 

@@ -1,0 +1,156 @@
+#include "calc/computedon.h"
+
+#include "base/timetext.h"
+#include "calc/pulsarcalculate.h"
+#include "calc/reporttext.h"
+#include "data/recordingtime.h"
+#include "data/truenumbers.h"
+
+namespace {
+
+// A number of the telescope, with the place in the file that the fields count where it differs.
+QString withPlace(int number, int place)
+{
+    const QString text = QString::number(number);
+    return number == place ? text : text + QString(" (place %1 in the file)").arg(place);
+}
+
+// A place in the file with the number that the passport gives to what stands there.
+QString withNumber(int place, int number)
+{
+    const QString text = QString::number(place);
+    return number == place ? text : text + QString(" (number %1)").arg(number);
+}
+
+QString frequencyText(const ObservationData &data, int band)
+{
+    const auto index = std::size_t(band - 1);
+    return index < data.fbands.size() ? QString("%1 MHz").arg(data.fbands[index], 0, 'g', 10)
+                                      : QString("no frequency");
+}
+
+bool isScan(const QString &action)
+{
+    return action == "sumAllDispersions" || action == "sumMultiDispersions" ||
+           action == "sumTimeDispersions";
+}
+
+bool isAveraged(const QString &action)
+{
+    return isScan(action) || action == "sumChannelsAndAverage" ||
+           action == "sumChannelsAndFourier" || action == "sum4Dispersions";
+}
+
+QString dispersionText(const QString &action, const PulsarParameters &parameters,
+                       const PulsarResult &result)
+{
+    if (action == "sum4Dispersions") {
+        QStringList texts;
+        for (const double dispersion : parameters.dispersions)
+            texts << ReportText::exact(dispersion);
+        return texts.join(", ");
+    }
+    if (isScan(action))
+        return "0 to " + ReportText::general((result.points - 1) * result.axis.step);
+    return ReportText::exact(parameters.dispersion);
+}
+
+QString startText(const PulsarResult &result, const PulsarParameters &parameters)
+{
+    QStringList starts;
+    for (const int start : result.starts)
+        starts << QString::number(start);
+    return starts.size() > 1 ? "each of the first points " + starts.join(", ")
+                             : "first point " + QString::number(parameters.firstPoint);
+}
+
+QString baselineText(const QString &action, const PulsarParameters &parameters)
+{
+    if (parameters.noise != "polinom5" && parameters.noise != "median" &&
+        parameters.noise != "backSum")
+        return "none";
+    const bool isShown = action == "showNative" ||
+                         (action == "sumChannelsDemoNoise" && !parameters.deductNoise) ||
+                         (action == "sumChannels" && !parameters.deductNoise);
+    // A single channel has no sum with opposite delays.
+    const QString name = worksOnChannel(action) && parameters.noise == "backSum"
+                             ? QString("line through means of 128 points")
+                             : parameters.noise;
+    return name + (isShown ? ", not taken off" : ", taken off");
+}
+
+QString averagingText(const QString &action, const PulsarParameters &parameters)
+{
+    const bool pads = parameters.withNull && action != "sumChannelsAndAverage";
+    const int n = parameters.averageCount;
+    return (action == "sumMultiDispersions" ? QString("0 to %1 times").arg(n)
+            : n == 0                        ? QString("none")
+                     : QString("%1 times, %2 points each").arg(n).arg(1 << n)) +
+           (pads ? ", with null" : "");
+}
+
+} // namespace
+
+QString moduleText(const ObservationData &data, int module)
+{
+    return withNumber(module, moduleNumber(data, module - 1));
+}
+
+QString rayText(const ObservationData &data, int ray)
+{
+    return withNumber(ray, rayNumber(data, ray - 1));
+}
+
+bool worksOnChannel(const QString &action)
+{
+    return action == "showNative" || action == "sumPeriod";
+}
+
+bool isNormalised(const QString &action, const PulsarParameters &parameters)
+{
+    if (action == "showNative")
+        return false;
+    const bool isPlainSum = action == "sumChannels" || action == "sumChannelsDemoNoise";
+    return parameters.normalise && (!isPlainSum || parameters.deductNoise);
+}
+
+QString utcRange(const ObservationData &data, int firstPoint, int points)
+{
+    const RecordingClock clock(data);
+    const QDateTime first = clock.utc(firstPoint);
+    const QDateTime last = clock.utc(double(firstPoint) + points - 1);
+    if (!first.isValid() || !last.isValid())
+        return {};
+    return textOfTime(first, "yyyy-MM-dd hh:mm:ss.zzz") + " to " + textOfTime(last, "hh:mm:ss.zzz");
+}
+
+QStringList computedOn(const QString &path, const QString &action, const ObservationData &data,
+                       const PulsarParameters &parameters, const PulsarResult &result)
+{
+    const int module = moduleNumber(data, parameters.module - 1);
+    const int ray = rayNumber(data, parameters.ray - 1);
+    QStringList lines = {"file: " + path, "module: " + withPlace(module, parameters.module) +
+                                              ", ray: " + withPlace(ray, parameters.ray)};
+    constexpr int bands = PulsarCalculate::sumBands;
+    if (worksOnChannel(action))
+        lines << QString("channel: %1, %2")
+                     .arg(parameters.channel)
+                     .arg(frequencyText(data, parameters.channel));
+    else
+        lines << QString("dispersion: %1 pc/cm^3, bands 1 to %2, reference %3")
+                     .arg(dispersionText(action, parameters, result))
+                     .arg(bands)
+                     .arg(frequencyText(data, bands));
+    lines << QString("points: %1 from %2 on, step %3 ms")
+                 .arg(result.stretch)
+                 .arg(startText(result, parameters), ReportText::exact(data.tresolution * 1000));
+    if (const QString utc = utcRange(data, parameters.firstPoint, result.stretch); !utc.isEmpty())
+        lines << "UTC: " + utc;
+    lines << "base line: " + baselineText(action, parameters) +
+                 (isNormalised(action, parameters) ? ", normalised" : ", not normalised");
+    if (isAveraged(action))
+        lines << "averaging: " + averagingText(action, parameters);
+    lines << (parameters.deleteStep ? QString("steps taken out: %1").arg(result.steps)
+                                    : QString("steps: not taken out"));
+    return lines;
+}

@@ -1,0 +1,145 @@
+#include "calc/pulsarcalculate.h"
+
+#include "calc/approximation.h"
+#include "calc/channelsum.h"
+#include "calc/fourier.h"
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+
+// One harmonic of every band by itself, for the dispersion that a scan tells.
+
+namespace {
+
+constexpr int fewestLinesBeside = 32; // on a side
+constexpr int mostLinesBeside = 200;
+
+// The lines of a spectrum that tell the noise of one: as many above as below, or more on one side
+// where the spectrum ends. The noise of a low line is that of a narrower range, for it changes
+// fast.
+std::vector<int> linesBeside(int line, int spectrumLength, bool withNull)
+{
+    const int spread = withNull ? 2 : 1; // lines in the width of one
+    const int reach = spread * std::clamp(line / 2, fewestLinesBeside, mostLinesBeside);
+    const int first = std::max(1, std::min(line - reach, spectrumLength - 1 - 2 * reach));
+    const int last = std::min(spectrumLength - 1, first + 2 * reach);
+    std::vector<int> lines;
+    for (int i = first; i <= last; ++i) {
+        if (std::abs(i - line) > spread)
+            lines.push_back(i);
+    }
+    return lines;
+}
+
+// exp(-2 pi i line shift / period), exact for any product.
+std::complex<double> turnBack(int line, int shift, qint64 period)
+{
+    const double turn = double(qint64(line) * shift % period) / double(period);
+    return std::polar(1.0, -2 * M_PI * turn);
+}
+
+// Takes the base line off, and what it leaves of a level: with zeros behind, that would leak into
+// every line with a phase of its own.
+void removeLevel(std::vector<double> &series, const std::vector<double> &baseline)
+{
+    std::vector<double> rest(series.size());
+    double sum = 0;
+    for (std::size_t i = 0; i < series.size(); ++i)
+        sum += rest[i] = series[i] - baseline[i];
+    for (double &value : rest)
+        value -= sum / double(rest.size());
+    Tools::clearResidue(series.data(), rest.data(), int(rest.size()));
+    series.swap(rest);
+}
+
+} // namespace
+
+// Samples by which a sum reads each band later at `dispersion`. Where the recording is too short
+// for that the shift is less; nothing for a band that the scan never reads whole, and for those
+// below it, at which the sums have stopped.
+std::vector<std::optional<int>> PulsarCalculate::readableShifts(int firstPoint, double dispersion,
+                                                                double largest) const
+{
+    std::vector<std::optional<int>> shifts(sumBands);
+    for (int band = sumBands - 1; band >= 0; --band) {
+        const auto shiftAt = [&](double dm) {
+            return Tools::stretchShift(Tools::dispersionDelay(
+                data.fbands[std::size_t(band)], data.fbands[sumBands - 1], dm, data.tresolution));
+        };
+        const int atLargest = shiftAt(largest);
+        const int least = std::max(std::min(0, atLargest), -firstPoint);
+        const int most = std::min(std::max(0, atLargest), data.npoints - fixedPoints - firstPoint);
+        if (least > most)
+            break;
+        shifts[std::size_t(band)] = std::clamp(shiftAt(dispersion), least, most);
+    }
+    return shifts;
+}
+
+// The harmonic in every band, each read at its delay and freed of its own base line.
+Tools::BandHarmonics
+PulsarCalculate::bandHarmonics(int firstPoint, int averageCount,
+                               const std::vector<std::optional<int>> &shifts) const
+{
+    const int length = Tools::averagedLength(fixedPoints, averageCount, parameters.withNull);
+    const qint64 period = qint64(length) << averageCount; // of line 1, samples
+    Tools::BandHarmonics harmonics;
+    harmonics.number = parameters.harmonicNum;
+    harmonics.highest = length / 2 - 1;
+    harmonics.frequency = double(harmonics.number) / double(period);
+    const std::vector<int> lines = linesBeside(harmonics.number, length / 2, parameters.withNull);
+    harmonics.amplitudes.resize(sumBands);
+    harmonics.beside.resize(lines.size() * sumBands);
+
+    std::vector<double> baseline(fixedPoints);
+    std::vector<double> averaged(2 * std::size_t(fixedPoints));
+    auto spectrum = std::vector<std::complex<double>>(std::size_t(length / 2));
+    for (int band = 0; band < sumBands; ++band) {
+        const std::size_t b = std::size_t(band);
+        harmonics.delays.push_back(
+            Tools::dispersionDelay(data.fbands[b], data.fbands[sumBands - 1], 1, data.tresolution));
+        if (!shifts[b])
+            continue;
+        const float *const samples = bandSamples(band) + firstPoint + *shifts[b];
+        std::vector<double> series(samples, samples + fixedPoints);
+        if (!channelBaseline(series, baseline.data()))
+            continue;
+        removeLevel(series, baseline);
+        Tools::averagePairs(series.data(), averaged.data(), fixedPoints, averageCount,
+                            parameters.withNull);
+        Tools::complexSpectrum(averaged.data(), spectrum.data(), length, length / 2);
+        const auto inStep = [&](int line) {
+            return spectrum[std::size_t(line)] * turnBack(line, *shifts[b], period);
+        };
+        harmonics.amplitudes[b] = inStep(harmonics.number);
+        for (std::size_t i = 0; i < lines.size(); ++i)
+            harmonics.beside[i * sumBands + b] = inStep(lines[i]);
+    }
+    return harmonics;
+}
+
+// The dispersion of the harmonic, for the stretch from `firstPoint` on. The bands are read at the
+// delays of the dispersion that comes out, so that an harmonic between two lines is in step too.
+Tools::DispersionPeak PulsarCalculate::findDispersion(int firstPoint, int averageCount,
+                                                      double strongest, double largest) const
+{
+    constexpr int mostReadings = 5;
+    Tools::DispersionPeak peak;
+    double dispersion = strongest;
+    std::vector<std::optional<int>> shifts = readableShifts(firstPoint, dispersion, largest);
+    for (int reading = 0; reading < mostReadings; ++reading) {
+        peak =
+            Tools::findDispersionPeak(bandHarmonics(firstPoint, averageCount, shifts), 0, largest);
+        if (!peak.unconstrained.isEmpty())
+            break;
+        const auto next =
+            readableShifts(firstPoint, std::clamp(peak.dispersion, 0.0, largest), largest);
+        const bool isNear = std::equal(next.begin(), next.end(), shifts.begin(),
+                                       [](auto a, auto b) { return !a || std::abs(*a - *b) <= 1; });
+        if (isNear)
+            break;
+        shifts = next;
+    }
+    return peak;
+}
