@@ -193,6 +193,9 @@ Failure exportSeries(const ExportRequest &request, const QString &key, Recording
         control.remark(file.path() + ": " + sum.whole()->remark +
                        " They count as the median of their channel.");
     const std::vector<double> &sums = sum.whole()->sums;
+    if (std::any_of(sums.begin(), sums.end(), [](double v) { return !std::isfinite(float(v)); }))
+        return {ExitCode::BadData, file.path() + ": its samples are too large to be added; a .dat "
+                                                 "holds no sums beyond 3.4e38. Check the file."};
     return writeOutputs(
         {{paths[1], seriesDescription(request, key, file, paths[0])},
          {paths[0], {}, [&sums](WholeFile &writer) { return writeFloats(sums, writer); }}});

@@ -50,6 +50,7 @@ private slots:
     void samplesThatAreNoNumbers();
     void nothingFinite_data();
     void nothingFinite();
+    void seriesBeyondAnyFloat();
     void sumsOfAnyLength();
     void exactTimes();
     void hugeCounts();
@@ -122,6 +123,15 @@ void TestRecordings::nothingFinite()
     QCOMPARE(end.code, 65);
     QVERIFY2(end.errors.contains("no finite number"), qPrintable(end.errors));
     QVERIFY(QDir(folder.path()).entryList({"none.pnt.*"}).isEmpty());
+}
+
+void TestRecordings::seriesBeyondAnyFloat()
+{
+    write("large.pnt", TestSupport::recordingBytes(
+                           shape, [](int p, int, int, int) { return p == 700 ? 3e38f : 1.0f; }));
+    const Ended end = run("export --kind dat --ray 1 large.pnt");
+    QVERIFY2(end.code == 65 && end.errors.contains("too large"), qPrintable(end.errors));
+    QVERIFY(QDir(folder.path()).entryList({"large.pnt.*"}).isEmpty());
 }
 
 // Another length than the form's is the same sum.
