@@ -87,6 +87,7 @@ FfaForm::FfaForm(const QString &path, QWidget *parent)
     fillCentralWidget(this, splitter, nullptr);
 
     fillPresets();
+    showDataEnd(ui->dataEnd, data);
     offerSwitchedChannels(ui->leaveOutChannels, path, data.channels);
     connectInputs();
     showEstimate();
