@@ -10,6 +10,7 @@ zrt_add_test(calc/pulsarneeds unit zrt_calc)
 zrt_add_test(calc/ffasearch unit zrt_calc)
 zrt_add_test(calc/significance unit zrt_calc)
 zrt_add_test(calc/mainshum unit zrt_calc)
+zrt_add_test(calc/whitening unit zrt_calc)
 
 find_package(PkgConfig)
 if(PkgConfig_FOUND)
