@@ -145,6 +145,8 @@ WriteFailure writeTogether(const std::vector<FileContent> &files)
             return failure;
         if (WriteFailure failure = writers[i].write(files[i].bytes))
             return failure;
+        if (WriteFailure failure = files[i].rest ? files[i].rest(writers[i]) : WriteFailure())
+            return failure;
         if (WriteFailure failure = writers[i].flush())
             return failure;
     }

@@ -5,6 +5,7 @@
 #include <QSaveFile>
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -55,6 +56,8 @@ private:
 struct FileContent {
     QString path;
     QByteArray bytes;
+    /// Writes what follows the bytes, piece by piece; empty: nothing does.
+    std::function<WriteFailure(WholeFile &file)> rest = {};
 };
 
 /// Writes files that belong together, each whole or not at all: all are on the disk under

@@ -18,6 +18,8 @@ namespace {
 // A recording stands in the file point by point, so that every reading passes through all of it:
 // as many rays are read at once as take this much memory.
 constexpr qint64 memoryAtOnce = qint64(1) << 30;
+// Far more than any telescope has; a passport that says more is damaged.
+constexpr qint64 mostRays = 100000;
 
 // One search of a recording; module and ray by their numbers.
 struct Search {
@@ -54,6 +56,16 @@ std::vector<RaySelection> groupsOf(const RaySelection &all, qint64 bytesOfRay)
         }
     }
     return groups;
+}
+
+// Asked before lists of them are made.
+bool hasTooManyRays(const FfaRequest &request, const ObservationData &header)
+{
+    const auto countOf = [](const std::vector<int> &chosen, int all) {
+        return chosen.empty() ? qint64(std::max(all, 0)) : qint64(chosen.size());
+    };
+    return countOf(request.modules, header.modules) > mostRays ||
+           countOf(request.modules, header.modules) * countOf(request.rays, header.rays) > mostRays;
 }
 
 RaySelection selectionOf(const FfaRequest &request, const ObservationData &header)
@@ -173,6 +185,13 @@ public:
         const ObservationData &header = file.header();
         if (Failure failure = findRays(request, file))
             return failure;
+        if (hasTooManyRays(request, header))
+            return {ExitCode::BadData,
+                    file.path() + QString(": its passport announces %1 modules of %2 rays, too "
+                                          "many to search all of them. Choose some with --module "
+                                          "and --ray.")
+                                      .arg(header.modules)
+                                      .arg(header.rays)};
         const RaySelection all = selectionOf(request, header);
         const std::vector<double> dispersions = dispersionsOf(request, header);
         count = all.count() * int(dispersions.size());
@@ -246,6 +265,8 @@ private:
         if (!calculate.run("createFFA"))
             return calculate.wasCancelled() ? Failure{ExitCode::TryLater, "Stopped."}
                                             : refusalOf(calculate, selected, file.path());
+        if (const QString &text = calculate.result().nonFinite; !text.isEmpty())
+            noteNonFinite(selected, text);
         const FfaResult &ffa = *calculate.result().ffa;
         estimate = Tools::estimateFfa(parameters.ffa, calculate.ffaPoints(), data.tresolution);
         const double threshold = request.threshold.value_or(estimate.noiseThreshold);
@@ -291,6 +312,16 @@ private:
                 Tools::candidateRemark(peak, QString::number(base, 'g', digits) + " s");
             found.push_back(candidate);
         }
+    }
+
+    // Once a ray: its dispersions take in nearly the same samples.
+    void noteNonFinite(const Search &selected, const QString &text)
+    {
+        const QString ray = QString("module %1, ray %2: ").arg(selected.module).arg(selected.ray);
+        if (!nonFinite.isEmpty() && nonFinite.constLast().startsWith(ray))
+            return;
+        nonFinite << ray + text;
+        control.remark(file.path() + ": " + nonFinite.constLast());
     }
 
     // True numbers of what was searched.
@@ -349,6 +380,8 @@ private:
                                    "fold; it is too low by snr_factor, which is 1 but at whole "
                                    "downsampling factors. fold_snr is that of the series folded at "
                                    "the period."});
+        for (const QString &note : nonFinite)
+            lines.push_back({"report", note});
     }
 
     FfaRequest request;
@@ -369,6 +402,7 @@ private:
     int widths = 0;
     double shownSnr = 0;
     Search shown;
+    QStringList nonFinite; // of each ray that has samples which are no numbers
 };
 
 template <typename Number>
@@ -422,7 +456,7 @@ std::vector<HeaderLine> parameterLines(const FfaRequest &request)
 qint64 memoryOf(FfaRequest request, const RecordingFile &file)
 {
     const ObservationData &header = file.header();
-    if (findRays(request, file))
+    if (findRays(request, file) || hasTooManyRays(request, header)) // which the search will refuse
         return 0;
     const PulsarParameters parameters =
         parametersOf(request, header, dispersionsOf(request, header).front());

@@ -1,11 +1,13 @@
 #include "batch/filework.h"
 
 #include "base/bytetext.h"
+#include "base/timetext.h"
 #include "batch/filterbank.h"
 #include "batch/inputlist.h"
 #include "batch/keyedwork.h"
 #include "batch/outputfiles.h"
 #include "calc/stretchsum.h"
+#include "data/recordingtime.h"
 #include "data/recordingwriter.h"
 #include "data/truenumbers.h"
 
@@ -72,13 +74,15 @@ Failure exportFilterbank(const ExportRequest &request, const QString &key, Recor
     FilterbankHeader fil;
     fil.rawDataFile = rawDataName(file.path(), key);
     fil.source = QFileInfo(file.path()).completeBaseName();
-    fil.begin = header.beginTime.isValid() ? modifiedJulianDate(header.beginTime) : 0;
+    fil.begin = header.beginTime.isValid() ? modifiedJulianDate(exactBegin(header)) : 0;
     fil.step = header.tresolution;
     fil.channels = int(order.size());
     fil.firstBand = header.fbands[std::size_t(order.front())];
     fil.bandStep = order.size() > 1 ? (header.fbands[std::size_t(order.back())] - fil.firstBand) /
                                           double(order.size() - 1)
                                     : -1;
+    if (const QString problem = filterbankProblem(fil); !problem.isEmpty())
+        return {ExitCode::BadData, file.path() + " cannot be exported as a .fil: " + problem + "."};
     WholeFile writer;
     if (Failure failure = makeFolderOf(path))
         return failure;
@@ -97,12 +101,11 @@ Failure exportFilterbank(const ExportRequest &request, const QString &key, Recor
         stretch.modules = {request.module - 1};
         stretch.rays = {request.ray - 1};
         const StretchReading reading = file.read(stretch, hooks);
-        if (reading.end == StretchEnd::Cancelled)
-            return stopped();
-        if (reading.end != StretchEnd::Complete)
-            return {ExitCode::InputOutput, reading.reason};
+        const ObservationData *const part = reading.whole();
+        if (!part)
+            return failureOf(reading.end(), reading.reason());
         for (std::size_t band = 0; band < order.size(); ++band) {
-            const float *const samples = reading.data.samples[0][order[band]][0];
+            const float *const samples = part->samples[0][order[band]][0];
             for (int i = 0; i < stretch.count; ++i)
                 row[std::size_t(i) * order.size() + band] = samples[i];
         }
@@ -124,7 +127,7 @@ QByteArray seriesDescription(const ExportRequest &request, const QString &key,
     const double first = header.fbands.front();
     const double last = header.fbands[std::size_t(bands - 1)];
     const double spacing = bands > 1 ? std::abs(last - first) / (bands - 1) : 0;
-    const double begin = header.beginTime.isValid() ? modifiedJulianDate(header.beginTime) : 0;
+    const double begin = header.beginTime.isValid() ? modifiedJulianDate(exactBegin(header)) : 0;
     const std::vector<std::pair<QString, QString>> lines = {
         {"Data file name without suffix", QFileInfo(path).completeBaseName()},
         {"Telescope used", "ZRT"},
@@ -158,6 +161,23 @@ QByteArray seriesDescription(const ExportRequest &request, const QString &key,
     return bytesOfText(text);
 }
 
+// Sums as little-endian floats, a block at a time: all of them may be more than one array of bytes
+// can hold.
+WriteFailure writeFloats(const std::vector<double> &sums, WholeFile &writer)
+{
+    std::vector<float> block;
+    for (std::size_t first = 0; first < sums.size(); first += blockPoints) {
+        const std::size_t end = std::min(first + blockPoints, sums.size());
+        block.assign(sums.begin() + std::ptrdiff_t(first), sums.begin() + std::ptrdiff_t(end));
+        const qint64 count = qint64(block.size());
+        qToLittleEndian<quint32>(block.data(), count, block.data());
+        if (WriteFailure failure = writer.write(reinterpret_cast<const char *>(block.data()),
+                                                count * qint64(sizeof(float))))
+            return failure;
+    }
+    return {};
+}
+
 Failure exportSeries(const ExportRequest &request, const QString &key, RecordingFile &file,
                      const QStringList &paths, const Control &control)
 {
@@ -166,19 +186,19 @@ Failure exportSeries(const ExportRequest &request, const QString &key, Recording
     const Tools::StretchSum sum =
         Tools::sumChannels(file, request.dispersion, request.module - 1, request.ray - 1, 0,
                            file.header().npoints, hooks);
-    if (sum.end == StretchEnd::Cancelled)
-        return stopped();
-    if (sum.sums.empty())
-        return {ExitCode::BadData,
-                sum.reason.isEmpty()
-                    ? file.path() + ": its bands cannot be summed; check the frequencies and the "
-                                    "step of its passport."
-                    : sum.reason};
-    const std::vector<float> values(sum.sums.begin(), sum.sums.end());
-    QByteArray bytes(int(values.size() * sizeof(float)), Qt::Uninitialized);
-    qToLittleEndian<quint32>(values.data(), qsizetype(values.size()), bytes.data());
+    if (!sum.whole())
+        return sum.end() == StretchEnd::Refused ? Failure{ExitCode::BadData, sum.reason()}
+                                                : failureOf(sum.end(), sum.reason());
+    if (!sum.whole()->remark.isEmpty())
+        control.remark(file.path() + ": " + sum.whole()->remark +
+                       " They count as the median of their channel.");
+    const std::vector<double> &sums = sum.whole()->sums;
+    if (std::any_of(sums.begin(), sums.end(), [](double v) { return !std::isfinite(float(v)); }))
+        return {ExitCode::BadData, file.path() + ": its samples are too large to be added; a .dat "
+                                                 "holds no sums beyond 3.4e38. Check the file."};
     return writeOutputs(
-        {{paths[1], seriesDescription(request, key, file, paths[0])}, {paths[0], bytes}});
+        {{paths[1], seriesDescription(request, key, file, paths[0])},
+         {paths[0], {}, [&sums](WholeFile &writer) { return writeFloats(sums, writer); }}});
 }
 
 // Turns numbers of the passport into places in the file.
@@ -243,12 +263,23 @@ QByteArray importedPassport(const FilterbankHeader &fil, int npoints, const QStr
     };
     const QDateTime begin = dateOfModifiedJulian(fil.begin);
     if (begin.isValid()) {
-        lines << "date_begin " + begin.toString("dd.MM.yyyy");
-        lines << "time_begin " + begin.toString("h:mm:ss") + " UTC";
+        lines << "date_begin " + textOfTime(begin, "dd.MM.yyyy");
+        lines << "time_begin " + textOfTime(begin, "h:mm:ss.zzz") + " UTC";
         lines << "mjd_begin " + QString::number(fil.begin, 'f', 12);
     }
     lines << "source " + fil.source.simplified();
     return passportText(lines);
+}
+
+// What a reader would have against the passport of an imported recording; empty: nothing.
+QString passportProblem(const QByteArray &passport)
+{
+    if (passport.size() > passportSizeLimit)
+        return "the frequencies of so many channels make a longer passport than readers take";
+    const RecordingHeader header = recordingHeader(parsePassport(passport), {});
+    if (header.problem.isEmpty() && !(header.data.tresolution > 0))
+        return "its sampling interval is none that a passport can hold";
+    return header.problem;
 }
 
 // Values of one sample of the file, lowest band first, and their mean as the extra channel.
@@ -288,11 +319,13 @@ Failure importFilterbank(const QString &input, const QString &output, const QStr
     if (available % sampleBytes != 0)
         control.remark(input + ": the last sample is not whole and was left out.");
 
+    const QByteArray passport = importedPassport(fil, int(npoints), input, key);
+    if (const QString problem = passportProblem(passport); !problem.isEmpty())
+        return {ExitCode::BadData, input + " cannot be imported: " + problem + "."};
     RecordingWriter writer;
     if (Failure failure = makeFolderOf(output))
         return failure;
-    if (Failure failure =
-            failureOf(writer.open(output, importedPassport(fil, int(npoints), input, key))))
+    if (Failure failure = failureOf(writer.open(output, passport)))
         return failure;
     const qint64 valuesPerPoint = qint64(fil.channels) + 1;
     const qint64 step = std::clamp<qint64>(mostImportBlock / (valuesPerPoint * 4), 1, blockPoints);

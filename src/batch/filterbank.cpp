@@ -74,12 +74,12 @@ bool readText(QIODevice &device, QByteArray &text)
     return text.size() == length;
 }
 
-QString refusedHeader(const FilterbankHeader &header, int interfaces)
+} // namespace
+
+QString filterbankProblem(const FilterbankHeader &header)
 {
     if (header.channels < 1 || header.channels > mostChannels)
         return QString("it has %1 channels").arg(header.channels);
-    if (interfaces != 1)
-        return QString("it holds %1 polarisations; one can be imported").arg(interfaces);
     if (header.bits != 8 && header.bits != 16 && header.bits != 32)
         return QString("its values have %1 bits; 8, 16 and 32 can be imported").arg(header.bits);
     if (!(header.step > 0) || std::isinf(header.step))
@@ -89,8 +89,6 @@ QString refusedHeader(const FilterbankHeader &header, int interfaces)
         return QString("its channels reach from %1 to %2 MHz").arg(header.firstBand).arg(last);
     return {};
 }
-
-} // namespace
 
 QByteArray filterbankBytes(const FilterbankHeader &header)
 {
@@ -131,7 +129,9 @@ QString readFilterbank(QIODevice &device, FilterbankHeader &header)
         if (!readText(device, key))
             break;
         if (key == "HEADER_END")
-            return refusedHeader(header, interfaces);
+            return interfaces == 1
+                       ? filterbankProblem(header)
+                       : QString("it holds %1 polarisations; one can be imported").arg(interfaces);
         QByteArray text;
         double number = 0;
         int whole = 0;

@@ -21,6 +21,10 @@ struct FilterbankHeader {
     int bits = 32; ///< of a value: 8 and 16 are unsigned integers, 32 floats
 };
 
+/// What is wrong with the counts and numbers of a header, in plain words; empty when it can be
+/// written and read.
+QString filterbankProblem(const FilterbankHeader &header);
+
 /// The header as it stands at the begin of a file.
 QByteArray filterbankBytes(const FilterbankHeader &header);
 

@@ -3,6 +3,7 @@
 #include "base/bytetext.h"
 #include "batch/inputlist.h"
 #include "batch/recordings.h"
+#include "data/recordingtime.h"
 
 #include <QDateTime>
 #include <QFileInfo>
@@ -60,7 +61,8 @@ Info infoOf(const QString &path)
         {"points", text(QString::number(data.npoints))},
         {"step", text(seconds(data.tresolution))},
         {"length", text(seconds(data.npoints * data.tresolution))},
-        {"begin", data.beginTime.isValid() ? data.beginTime.toString(Qt::ISODate) : QString("-")},
+        {"begin",
+         data.beginTime.isValid() ? exactBegin(data).toString(Qt::ISODateWithMs) : QString("-")},
         {"modules", text(numbersOf(data.moduleNumbers))},
         {"rays",
          text(data.ray > 0 ? QString("1 (number %1)").arg(data.ray) : QString::number(data.rays))},

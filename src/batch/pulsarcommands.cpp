@@ -188,14 +188,10 @@ void addSum(CLI::App &app, Chosen &chosen)
                     ->type_name("N")
                     ->check(CLI::Range(0, 8))
                     ->excludes(deduct);
-            command
-                .add_option("--count", arguments.count,
-                            "Points of the sum. Default: 16384. Other lengths come without the "
-                            "curve of the base line.")
+            command.add_option("--count", arguments.count, "Points of the sum. Default: 16384.")
                 ->type_name("N")
                 ->check(CLI::Range(1, 2147483647))
-                ->excludes(average)
-                ->excludes(command.get_option("--delete-step"));
+                ->excludes(average);
         },
         [](const PulsarArguments &arguments, PulsarRequest &request) {
             const bool isAverage = arguments.average >= 0;
@@ -203,7 +199,7 @@ void addSum(CLI::App &app, Chosen &chosen)
             if (isAverage)
                 request.parameters.averageCount = arguments.average;
             if (arguments.count != PulsarCalculate::fixedPoints)
-                request.sumLength = arguments.count;
+                request.parameters.points = arguments.count;
         });
 }
 

@@ -1,7 +1,6 @@
 #include "batch/pulsarwork.h"
 
 #include "batch/axis.h"
-#include "calc/channelsum.h"
 #include "calc/computedon.h"
 #include "calc/pulsarcalculate.h"
 #include "forms/pulsar/pulsartexts.h"
@@ -13,83 +12,10 @@ namespace Batch {
 
 namespace {
 
-// Samples beside a stretch that its levels are judged by.
-constexpr int levelMargin = 1024;
-// As many points are read beyond the longest delay, so that a sum finds the point after its last.
-constexpr int spare = 2;
-// A scan of dispersions reaches twice the given one, at least to this.
-constexpr double smallestTop = 20; // pc/cm^3
-constexpr int mostStarts = 8;
-
-struct PointRange {
-    qint64 first = 0;
-    qint64 end = 0;
-};
-
-// The largest dispersion that an action sums with.
-double largestDispersion(const PulsarRequest &request)
-{
-    const PulsarParameters &given = request.parameters;
-    if (request.action == "sum4Dispersions")
-        return *std::max_element(given.dispersions.begin(), given.dispersions.end());
-    const bool scans = request.command == "dmscan";
-    return scans ? std::max(2 * given.dispersion, smallestTop) : given.dispersion;
-}
-
-// Longest delay of a band in points, at most the recording.
-qint64 longestDelay(const ObservationData &header, double dispersion)
-{
-    double longest = 0;
-    const int bands = std::min(int(header.fbands.size()), PulsarCalculate::sumBands);
-    for (int band = 0; band < bands; ++band) {
-        const double delay = std::abs(Tools::dispersionDelay(header.fbands[std::size_t(band)],
-                                                             header.fbands[std::size_t(bands - 1)],
-                                                             dispersion, header.tresolution));
-        // What is no number is refused by the action.
-        longest = std::max(longest, std::min(delay, double(header.npoints)));
-    }
-    return qint64(std::ceil(longest));
-}
-
-// The points that an action takes in: all others may as well be 0.
-PointRange neededPoints(const PulsarRequest &request, const ObservationData &header)
-{
-    const PulsarParameters &given = request.parameters;
-    const qint64 first = given.firstPoint;
-    if (request.action == "sumPeriod")
-        return {first - levelMargin, header.npoints};
-    if (request.action == "showNative") {
-        const qint64 count = given.points > 0 ? given.points : PulsarCalculate::fixedPoints;
-        return {first - levelMargin, first + count + levelMargin};
-    }
-    const qint64 reach = longestDelay(header, largestDispersion(request)) + levelMargin + spare;
-    const qint64 count = request.sumLength > 0 ? request.sumLength : PulsarCalculate::fixedPoints;
-    qint64 end = first + count + reach;
-    if (request.action == "sumTimeDispersions") {
-        const double delta = given.startDelta > 0 ? given.startDelta : header.npoints / 16.0;
-        end += qint64(std::ceil(std::min(delta, double(header.npoints)) * (mostStarts - 1)));
-    }
-    return {first - reach, end};
-}
-
 // The action's own words, in one line.
 Failure refusalOf(const PulsarCalculate &calculate, const QString &path)
 {
     return {ExitCode::BadData, path + ": " + QString(calculate.failure()).replace('\n', ' ')};
-}
-
-// What the action would refuse of the recording as it is, asked before anything is read.
-Failure checkSelection(const PulsarRequest &request, const RecordingFile &file)
-{
-    const ObservationData &header = file.header();
-    PulsarParameters parameters = request.parameters;
-    parameters.deleteStep = false;
-    PulsarCalculate calculate(header, parameters);
-    calculate.run(request.action);
-    // Without samples every action fails; what it says of a parameter it would say anyway.
-    if (calculate.failedParameter().isEmpty())
-        return {};
-    return refusalOf(calculate, file.path());
 }
 
 Failure findStart(PulsarParameters &parameters, const RecordingFile &file)
@@ -107,52 +33,6 @@ Failure findStart(PulsarParameters &parameters, const RecordingFile &file)
     return {};
 }
 
-// A sum of another length than the form's.
-Failure sumOfLength(const PulsarRequest &request, PulsarCalculate &calculate,
-                    const ObservationData &data, const QString &path, PulsarResult &result)
-{
-    const PulsarParameters &given = request.parameters;
-    const int count = request.sumLength;
-    const qint64 last = qint64(data.npoints) - count - 1;
-    if (last < 0)
-        return {
-            ExitCode::BadData,
-            path + QString(" has %1 points; a sum of %2 needs more.").arg(data.npoints).arg(count)};
-    if (given.firstPoint < 0 || given.firstPoint > last)
-        return {ExitCode::BadData,
-                path + QString(": first point %1 leaves no %2 points before the end of the "
-                               "recording. Allowed: 0 to %3.")
-                           .arg(given.firstPoint)
-                           .arg(count)
-                           .arg(last)};
-    std::vector<double> sum(std::size_t(count), 0.0);
-    const bool isSummed = given.deductNoise
-                              ? calculate.sumWithoutNoise(sum.data(), count, given.dispersion)
-                              : calculate.sumChannels(sum.data(), count, given.dispersion, true);
-    if (!isSummed)
-        return {ExitCode::BadData,
-                path + QString(": its %1 bands cannot be summed over %2 points at dispersion %3. "
-                               "Sums need %4 bands with their frequencies, base lines some hundred "
-                               "points.")
-                           .arg(data.channels - 1)
-                           .arg(count)
-                           .arg(given.dispersion)
-                           .arg(PulsarCalculate::sumBands)};
-    result.curves.emplace_back(sum.begin(), sum.end());
-    result.visible = {true};
-    result.names << (given.deductNoise ? "minus noise base line" : "sum on canals");
-    result.points = count;
-    result.stretch = count;
-    result.axis.first = given.firstPoint;
-    if (calculate.bandsSummed() < PulsarCalculate::sumBands)
-        result.remarks << QString(
-                              "The recording ends before the delayed samples of every band: the "
-                              "sum holds %1 of the %2 bands whole.")
-                              .arg(calculate.bandsSummed())
-                              .arg(PulsarCalculate::sumBands);
-    return {};
-}
-
 QString reportOf(const PulsarResult &result)
 {
     return (result.description.split('\n', Qt::SkipEmptyParts) + result.remarks).join('\n');
@@ -160,11 +40,10 @@ QString reportOf(const PulsarResult &result)
 
 // What is the same for every table of a ray: what it is of, and how its numbers can be placed in
 // time and frequency. The samples of one channel have no dispersion.
-void addRayHeader(const PulsarRequest &request, const ObservationData &header,
-                  std::vector<HeaderLine> &lines)
+void addRayHeader(const QString &action, const PulsarParameters &given,
+                  const ObservationData &header, std::vector<HeaderLine> &lines)
 {
-    const PulsarParameters &given = request.parameters;
-    const bool isSum = !worksOnChannel(request.action);
+    const bool isSum = !worksOnChannel(action);
     const std::vector<HeaderLine> ray = rayLines(header, given.module, given.ray);
     lines.insert(lines.end(), ray.begin(), ray.end());
     lines.push_back({"first_point", QString::number(given.firstPoint)});
@@ -177,33 +56,47 @@ void addRayHeader(const PulsarRequest &request, const ObservationData &header,
                          numberText(header.fbands[std::size_t(band - 1)]) + " MHz"});
 }
 
+// The action's parameters for a recording of which only the passport was read.
+struct Accepted {
+    PulsarParameters parameters; // with places and the first point, however they were given
+    PulsarNeeds needs;
+    Failure failure;
+};
+
+Accepted accept(const PulsarRequest &request, const RecordingFile &file)
+{
+    Accepted accepted;
+    accepted.parameters = request.parameters;
+    PulsarParameters &given = accepted.parameters;
+    accepted.failure = findPlace(file, Numbered::Module, request.moduleNumber, given.module);
+    if (!accepted.failure)
+        accepted.failure = findPlace(file, Numbered::Ray, request.rayNumber, given.ray);
+    if (!accepted.failure)
+        accepted.failure = findStart(given, file);
+    if (accepted.failure)
+        return accepted;
+    PulsarCalculate calculate(file.header(), given);
+    if (calculate.validate(request.action))
+        accepted.needs = calculate.needs(request.action);
+    else
+        accepted.failure = refusalOf(calculate, file.path());
+    return accepted;
+}
+
 Failure compute(const PulsarRequest &request, RecordingFile &file, const Control &control,
                 ResultTable &table)
 {
-    PulsarRequest work = request;
-    const ObservationData &header = file.header();
-    if (Failure failure =
-            findPlace(file, Numbered::Module, work.moduleNumber, work.parameters.module))
-        return failure;
-    if (Failure failure = findPlace(file, Numbered::Ray, work.rayNumber, work.parameters.ray))
-        return failure;
-    if (Failure failure = findStart(work.parameters, file))
-        return failure;
-    // A sum of another length has other limits, checked by itself.
-    Failure refused = work.sumLength > 0
-                          ? findRay(file, work.parameters.module, work.parameters.ray)
-                          : checkSelection(work, file);
-    if (refused)
-        return refused;
-
+    const Accepted accepted = accept(request, file);
+    if (accepted.failure)
+        return accepted.failure;
+    const PulsarNeeds &needs = accepted.needs;
     ObservationData data;
-    const PointRange range = neededPoints(work, header);
-    if (Failure failure = readRays(file, {{work.parameters.module}, {work.parameters.ray}},
-                                   range.first, range.end, control, data))
+    if (Failure failure = readRays(file, {{needs.module}, {needs.ray}}, needs.begin(), needs.end(),
+                                   control, data))
         return failure;
     control.progress(30);
 
-    PulsarParameters parameters = work.parameters;
+    PulsarParameters parameters = accepted.parameters;
     parameters.module = 1;
     parameters.ray = 1;
     PulsarCalculate calculate(data, parameters);
@@ -212,19 +105,17 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
         if (control.isStopped())
             calculate.cancel();
     });
-    PulsarResult ownResult;
-    if (work.sumLength > 0) {
-        if (Failure failure = sumOfLength(work, calculate, data, file.path(), ownResult))
-            return failure;
-    } else if (!calculate.run(work.action)) {
+    if (!calculate.run(request.action)) {
         if (calculate.wasCancelled())
             return {ExitCode::TryLater, "Stopped."};
         return refusalOf(calculate, file.path());
     }
-    const PulsarResult &result = work.sumLength > 0 ? ownResult : calculate.result();
+    const PulsarResult &result = calculate.result();
+    if (!result.nonFinite.isEmpty())
+        control.remark(file.path() + ": " + result.nonFinite);
 
-    addRayHeader(work, header, table.result);
-    if (const QString utc = utcRange(header, work.parameters.firstPoint, result.stretch);
+    addRayHeader(request.action, accepted.parameters, file.header(), table.result);
+    if (const QString utc = utcRange(file.header(), accepted.parameters.firstPoint, result.stretch);
         !utc.isEmpty())
         table.result.push_back({"utc", utc});
     addAxis(result.axis, table.result);
@@ -260,8 +151,8 @@ std::vector<HeaderLine> parameterLines(const PulsarRequest &request)
     } else {
         lines.push_back({"dispersion", numberText(given.dispersion) + " pc/cm^3"});
         lines.push_back(
-            {"count", QString::number(request.sumLength > 0 ? request.sumLength
-                                                            : PulsarCalculate::fixedPoints)});
+            {"count",
+             QString::number(given.points > 0 ? given.points : PulsarCalculate::fixedPoints)});
     }
     if (!given.startTime.isEmpty())
         lines.push_back({"start_utc", given.startTime});
@@ -300,10 +191,12 @@ Work pulsarWork(const PulsarRequest &request)
     table.parameters = parameterLines(request);
     table.output = request.output;
     table.memory = [request](const RecordingFile &file) {
-        const PointRange range = neededPoints(request, file.header());
+        const Accepted accepted = accept(request, file);
+        if (accepted.failure) // which the work then says
+            return qint64(0);
         // The series of doubles of an action take less than the 33 channels it comes from; a
         // copy without steps takes as much again.
-        const qint64 ray = memoryOfRay(file, range.end - range.first);
+        const qint64 ray = memoryOfRay(file, accepted.needs.end() - accepted.needs.begin());
         return (request.parameters.deleteStep ? 3 : 2) * ray;
     };
     table.fill = [request](RecordingFile &file, const Control &control, TableResult &result) {

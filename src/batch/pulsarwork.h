@@ -12,7 +12,6 @@ struct PulsarRequest {
     QString command;                 ///< "sum", "fourier", ...
     QString action;                  ///< of PulsarCalculate
     PulsarParameters parameters;     ///< startTime instead of a first point where it is not empty
-    int sumLength = 0;               ///< points of "sumChannelsDemoNoise"; 0: as the form, 16384
     std::optional<int> moduleNumber; ///< by the passport, instead of the place in the file
     std::optional<int> rayNumber;
     OutputOptions output;

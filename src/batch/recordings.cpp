@@ -1,6 +1,8 @@
 #include "batch/recordings.h"
 
+#include "base/timetext.h"
 #include "data/batchtexts.h"
+#include "data/recordingtime.h"
 #include "data/truenumbers.h"
 
 #include <QDateTime>
@@ -13,11 +15,6 @@ namespace {
 
 constexpr int mostNamed = 32; // modules or rays in a message
 
-Failure stopped()
-{
-    return {ExitCode::TryLater, "Stopped."};
-}
-
 } // namespace
 
 Failure openRecordingFile(RecordingFile &file, const QString &path, const Control &control)
@@ -27,14 +24,20 @@ Failure openRecordingFile(RecordingFile &file, const QString &path, const Contro
         const bool isMissing = !info.isFile() || !info.isReadable();
         return {isMissing ? ExitCode::NoInput : ExitCode::BadData, file.reason()};
     }
-    if (file.completePoints() < file.header().npoints) {
+    if (file.header().missingPoints > 0) {
         if (control.print)
             control.print(QString(BatchTexts::wrongSize).replace("%s", path));
+        const QDateTime last = RecordingClock(file.header()).utc(file.completePoints() - 1);
+        const QString upTo = file.completePoints() > 0 && last.isValid()
+                                 ? textOfTime(last, "', the last at 'hh:mm:ss.zzz' UTC'")
+                                 : QString();
         return {ExitCode::BadData,
-                path + QString(" ends early: of %1 points that its passport announces it holds %2. "
-                               "Copy the file again.")
-                           .arg(file.header().npoints)
-                           .arg(file.completePoints())};
+                path +
+                    QString(" ends early: of %1 points that its passport announces it holds %2%3. "
+                            "Copy the file again.")
+                        .arg(file.header().npoints)
+                        .arg(file.completePoints())
+                        .arg(upTo)};
     }
     return {};
 }
@@ -116,22 +119,30 @@ Failure readRays(RecordingFile &file, const RaySelection &selection, qint64 firs
         return false;
     };
     const StretchReading reading = file.readInPlace(stretch, hooks);
-    data = reading.data;
-    switch (reading.end) {
+    if (const ObservationData *const whole = reading.whole()) {
+        data = *whole;
+        return {};
+    }
+    if (isSlow)
+        return {ExitCode::InputOutput,
+                path + ": reading took more than an hour and was given up. Copy the file to a "
+                       "faster disk."};
+    return failureOf(reading.end(), reading.reason());
+}
+
+Failure failureOf(StretchEnd end, const QString &reason)
+{
+    switch (end) {
     case StretchEnd::Complete:
         return {};
     case StretchEnd::Short:
-        return {ExitCode::InputOutput, reading.reason};
+        return {ExitCode::InputOutput, reason};
     case StretchEnd::Cancelled:
-        if (isSlow)
-            return {ExitCode::InputOutput,
-                    path + ": reading took more than an hour and was given up. Copy the file to "
-                           "a faster disk."};
-        return stopped();
+        return {ExitCode::TryLater, "Stopped."};
     case StretchEnd::Refused:
         break;
     }
-    return {ExitCode::TryLater, reading.reason};
+    return {ExitCode::TryLater, reason};
 }
 
 qint64 memoryOfRay(const RecordingFile &file, qint64 points)
@@ -154,7 +165,7 @@ std::vector<HeaderLine> inputHeader(const QString &command, const QString &path)
 HeaderLine beginLine(const ObservationData &header)
 {
     const bool isKnown = header.beginTime.isValid();
-    return {"begin", isKnown ? header.beginTime.toString(Qt::ISODateWithMs) : QString("unknown")};
+    return {"begin", isKnown ? exactBegin(header).toString(Qt::ISODateWithMs) : QString("unknown")};
 }
 
 std::vector<HeaderLine> rayLines(const ObservationData &header, int module, int ray)

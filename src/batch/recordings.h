@@ -44,6 +44,9 @@ struct RaySelection {
 Failure readRays(RecordingFile &file, const RaySelection &selection, qint64 first, qint64 end,
                  const Control &control, ObservationData &data);
 
+/// What an end of reading other than Complete means for the program.
+Failure failureOf(StretchEnd end, const QString &reason);
+
 /// Bytes that readRays() takes for one ray and so many points.
 qint64 memoryOfRay(const RecordingFile &file, qint64 points);
 

@@ -51,12 +51,9 @@ Failure recordingToText(const QString &input, const QString &output, const QDate
     Stretch all;
     all.count = file.header().npoints;
     const StretchReading reading = file.read(all, hooks);
-    if (reading.end == StretchEnd::Cancelled)
-        return {ExitCode::TryLater, "Stopped."};
-    if (reading.end != StretchEnd::Complete)
-        return {reading.end == StretchEnd::Short ? ExitCode::InputOutput : ExitCode::TryLater,
-                reading.reason};
-    return failureOf(Tools::observationToText(reading.data, output, control.progress,
+    if (!reading.whole())
+        return Batch::failureOf(reading.end(), reading.reason());
+    return failureOf(Tools::observationToText(*reading.whole(), output, control.progress,
                                               control.isStopped, modified),
                      input);
 }

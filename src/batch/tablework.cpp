@@ -103,8 +103,9 @@ Work tableWork(const TableRequest &request)
     };
     work.isDone = [request](const QString &input) { return isDone(request, input); };
     work.memory = [request](const QString &input) {
+        // A recording that ends early is refused; its counts tell nothing of the memory.
         RecordingFile file;
-        return file.open(input) ? request.memory(file) : 0;
+        return file.open(input) && file.header().missingPoints == 0 ? request.memory(file) : 0;
     };
     work.run = [request](const QString &input, const Control &control) {
         return makeTable(request, input, control);

@@ -1,10 +1,10 @@
 #include "calc/computedon.h"
 
+#include "base/timetext.h"
 #include "calc/pulsarcalculate.h"
 #include "calc/reporttext.h"
+#include "data/recordingtime.h"
 #include "data/truenumbers.h"
-
-#include <cmath>
 
 namespace {
 
@@ -116,16 +116,12 @@ bool isNormalised(const QString &action, const PulsarParameters &parameters)
 
 QString utcRange(const ObservationData &data, int firstPoint, int points)
 {
-    if (!data.beginTime.isValid() || !(data.tresolution > 0))
-        return {};
-    const auto utcOf = [&data](qint64 point) {
-        return data.beginTime.addMSecs(qint64(std::floor(double(point) * data.tresolution * 1000)));
-    };
-    const QDateTime first = utcOf(firstPoint);
-    const QDateTime last = utcOf(qint64(firstPoint) + points - 1);
+    const RecordingClock clock(data);
+    const QDateTime first = clock.utc(firstPoint);
+    const QDateTime last = clock.utc(double(firstPoint) + points - 1);
     if (!first.isValid() || !last.isValid())
         return {};
-    return first.toString("yyyy-MM-dd hh:mm:ss.zzz") + " to " + last.toString("hh:mm:ss.zzz");
+    return textOfTime(first, "yyyy-MM-dd hh:mm:ss.zzz") + " to " + textOfTime(last, "hh:mm:ss.zzz");
 }
 
 QStringList computedOn(const QString &path, const QString &action, const ObservationData &data,

@@ -1,13 +1,16 @@
 #include "calc/pulsarcalculate.h"
 
+#include "base/timetext.h"
 #include "calc/approximation.h"
 #include "calc/channelsum.h"
 #include "calc/fourier.h"
 #include "calc/reporttext.h"
+#include "data/recordingtime.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <new>
 
 // Dispatch, checks and the channel sums with their spectra. Each action checks the selection,
 // fills the result and returns; the arithmetic is that of the operations it calls.
@@ -31,63 +34,83 @@ QString baselineText(const QString &noise)
 
 } // namespace
 
+const PulsarCalculate::Action *PulsarCalculate::findAction(const QString &name)
+{
+    using Calculate = PulsarCalculate;
+    static const std::vector<Action> actions = {
+        {"showNative", &Calculate::acceptChannelSelection, &Calculate::showNative},
+        {"sumPeriod", &Calculate::acceptFold, &Calculate::sumPeriod},
+        {"sumChannels", &Calculate::acceptSum, &Calculate::sumChannelsAction},
+        {"sumChannelsDemoNoise", &Calculate::acceptSum, &Calculate::sumChannelsAction},
+        {"sumChannelsAndAverage", &Calculate::acceptFixedSum, &Calculate::sumChannelsAndAverage},
+        {"sumChannelsAndFourier", &Calculate::acceptFourier, &Calculate::sumChannelsAndFourier},
+        {"sum4Dispersions", &Calculate::acceptFourDispersions, &Calculate::sum4Dispersions},
+        {"sumAllDispersions", &Calculate::acceptScan, &Calculate::sumAllDispersions},
+        {"sumMultiDispersions", &Calculate::acceptScan, &Calculate::sumMultiDispersions},
+        {"sumTimeDispersions", &Calculate::acceptStarts, &Calculate::sumTimeDispersions},
+        {"createFFA", &Calculate::acceptFfa, &Calculate::createFFA},
+    };
+    for (const Action &action : actions) {
+        if (action.name == name)
+            return &action;
+    }
+    return nullptr;
+}
+
 bool PulsarCalculate::run(const QString &action)
 {
     outcome = {};
-    outcome.points = fixedPoints;
-    outcome.stretch = fixedPoints;
-    outcome.axis.first = parameters.firstPoint;
-    refusal = "";
-    refusedParameter = "";
     cancelled = false;
-    stretch = fixedPoints;
     fewestBands = sumBands;
-    largestDispersion = 0;
-    workingCopy.reset();
+    workingCopy = {};
     stepPoints.clear();
     stepCount = 0;
-
-    using Action = bool (PulsarCalculate::*)();
-    static const std::vector<std::pair<QString, Action>> actions = {
-        {"showNative", &PulsarCalculate::showNative},
-        {"sumPeriod", &PulsarCalculate::sumPeriod},
-        {"sumChannels", &PulsarCalculate::sumChannelsAction},
-        {"sumChannelsDemoNoise", &PulsarCalculate::sumChannelsAction},
-        {"sumChannelsAndAverage", &PulsarCalculate::sumChannelsAndAverage},
-        {"sumChannelsAndFourier", &PulsarCalculate::sumChannelsAndFourier},
-        {"sum4Dispersions", &PulsarCalculate::sum4Dispersions},
-        {"sumAllDispersions", &PulsarCalculate::sumAllDispersions},
-        {"sumMultiDispersions", &PulsarCalculate::sumMultiDispersions},
-        {"sumTimeDispersions", &PulsarCalculate::sumTimeDispersions},
-        {"createFFA", &PulsarCalculate::createFFA},
-    };
-    for (const auto &[name, function] : actions) {
-        if (action != name)
-            continue;
-        const bool done = (this->*function)() && !cancelled;
-        workingCopy.reset();
-        return done;
+    if (!validate(action))
+        return false;
+    if (!data.samples)
+        return refuse("Error of data! data.npoints=" + QString::number(data.npoints));
+    outcome.points = stretch;
+    outcome.stretch = stretch;
+    outcome.axis.first = parameters.firstPoint;
+    bool done = false;
+    try {
+        done = prepareSamples(action) && (this->*findAction(action)->compute)() && !cancelled &&
+               acceptCurves();
+    } catch (const std::bad_alloc &) {
+        done = refuse("There is not enough memory for this action.\nClose other programs, or take "
+                      "a shorter stretch.");
     }
-    return refuse("There is no action \"" + action + "\".");
+    workingCopy = {};
+    return done;
+}
+
+// Finite samples may have sums that no float holds.
+bool PulsarCalculate::acceptCurves()
+{
+    const std::vector<float> &curve = outcome.curves[0];
+    return curve.empty() ||
+           std::any_of(curve.begin(), curve.end(),
+                       [](float value) { return std::isfinite(value); }) ||
+           refuse("No finite value came out: the samples are too large to be added.\nCheck the "
+                  "file, or choose another stretch, ray or module.");
 }
 
 bool PulsarCalculate::sumChannelsAction()
 {
-    if (!acceptSelection(parameters.dispersion) || !acceptDispersion(parameters.dispersion) ||
-        !deleteStepsForSums(parameters.dispersion))
-        return false;
     outcome.description =
         "One summation of channels\nDispersion = " + ReportText::general(parameters.dispersion) +
-        "\nNumber of points is fixed - 16384";
+        (stretch == fixedPoints ? QString("\nNumber of points is fixed - 16384")
+                                : QString("\nNumber of points = %1").arg(stretch));
 
-    std::vector<double> sum(fixedPoints);
-    if (!sumChannels(sum.data(), fixedPoints, parameters.dispersion, true))
+    auto sum = std::vector<double>(std::size_t(stretch));
+    if (!sumChannels(sum.data(), stretch, parameters.dispersion, true))
         return refuse("The channels cannot be summed.");
     fewestBands = completeBands;
-    std::vector<double> baseline(fixedPoints);
+    std::vector<double> baseline(sum.size());
     std::vector<double> backSum;
     if (!noiseBaseline(sum, parameters.dispersion, baseline.data(), &backSum))
-        return refuse("The noise base line cannot be computed.");
+        return refuse("The noise base line cannot be computed.\nIt needs more points; take more, "
+                      "or none of the base lines.");
 
     if (parameters.deductNoise) {
         removeBaseline(sum, baseline);
@@ -115,9 +138,6 @@ bool PulsarCalculate::sumChannelsAction()
 bool PulsarCalculate::sumChannelsAndAverage()
 {
     const int n = parameters.averageCount;
-    if (!acceptSelection(parameters.dispersion) || !acceptDispersion(parameters.dispersion) ||
-        !deleteStepsForSums(parameters.dispersion))
-        return false;
     std::vector<double> sum(fixedPoints);
     if (!sumWithoutNoise(sum.data(), fixedPoints, parameters.dispersion))
         return refuse("The channels cannot be summed.");
@@ -167,9 +187,6 @@ bool PulsarCalculate::sumChannelsAndFourier()
     const int count = Tools::powerOfTwoFloor(fixedPoints);
     const int length = Tools::averagedLength(count, parameters.averageCount, parameters.withNull);
     const int n = length / 2;
-    if (!acceptSelection(parameters.dispersion) || !acceptDispersion(parameters.dispersion) ||
-        !acceptSpectrum(length) || !acceptHarmonic(n) || !deleteStepsForSums(parameters.dispersion))
-        return false;
 
     auto spectrum = std::vector<double>(std::size_t(n));
     if (!getFourierOfSum(spectrum.data(), count, parameters.dispersion, parameters.averageCount,
@@ -214,17 +231,6 @@ bool PulsarCalculate::sum4Dispersions()
     const int count = Tools::powerOfTwoFloor(fixedPoints);
     const int length = Tools::averagedLength(count, parameters.averageCount, parameters.withNull);
     const int n = length / 2;
-    const auto &dispersions = parameters.dispersions;
-    if (!acceptSelection(*std::max_element(dispersions.begin(), dispersions.end())) ||
-        !acceptSpectrum(length))
-        return false;
-    for (std::size_t k = 0; k < dispersions.size(); ++k) {
-        if (!acceptDispersion(dispersions[k], QString("dispersion%1").arg(k + 1)))
-            return false;
-    }
-    if (!deleteStepsForSums(largestDispersion))
-        return false;
-
     const int harmonic = parameters.harmonicNum;
     QString harmonicText;
     auto spectrum = std::vector<double>(std::size_t(n));
@@ -316,8 +322,7 @@ QString PulsarCalculate::pointText(int point) const
 {
     if (parameters.startTime.isEmpty())
         return QString::number(point);
-    const qint64 ms = qint64(std::floor(point * data.tresolution * 1000));
-    return data.beginTime.addMSecs(ms).toString("hh:mm:ss.zzz");
+    return textOfTime(RecordingClock(data).utc(point), "hh:mm:ss.zzz");
 }
 
 // Which starts give sums with every band whole.

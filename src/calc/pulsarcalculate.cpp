@@ -33,6 +33,11 @@ bool isSelectionRefused(const ObservationData &data, const PulsarParameters &sel
     return true;
 }
 
+bool hasBaseline(const QString &noise)
+{
+    return noise == "polinom5" || noise == "median" || noise == "backSum";
+}
+
 // Shifts of the bands below the reference; false after a debug line when one is beyond an int.
 bool findShifts(const ObservationData &data, double dispersion, bool forward,
                 PulsarCalculate::BandShifts &shifts)
@@ -54,7 +59,10 @@ bool findShifts(const ObservationData &data, double dispersion, bool forward,
 PulsarCalculate::PulsarCalculate(const ObservationData &recording,
                                  const PulsarParameters &pulsarParameters, QObject *parent)
     : QObject(parent), data(recording), parameters(pulsarParameters)
-{}
+{
+    data.npoints = completePoints(recording);
+    data.missingPoints = 0;
+}
 
 bool PulsarCalculate::sumChannels(double *dataOut, int count, double dispersion, bool forward)
 {
@@ -105,11 +113,15 @@ bool PulsarCalculate::sumWithoutNoise(double *dataOut, int count, double dispers
         debugLine("ERROR: sumChannels return false!");
         return false;
     }
-    std::vector<double> baseline(sum.size());
-    if (!noiseBaseline(sum, dispersion, baseline.data()) ||
-        !Tools::deduct(sum.data(), baseline.data(), dataOut, count))
-        return false;
-    Tools::clearResidue(sum.data(), dataOut, count);
+    if (hasBaseline(parameters.noise)) {
+        std::vector<double> baseline(sum.size());
+        if (!noiseBaseline(sum, dispersion, baseline.data()) ||
+            !Tools::deduct(sum.data(), baseline.data(), dataOut, count))
+            return false;
+        Tools::clearResidue(sum.data(), dataOut, count);
+    } else {
+        std::copy_n(sum.data(), count, dataOut);
+    }
     return !parameters.normalise || Tools::normalise(dataOut, count);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "calc/dispersionpeak.h"
+#include "calc/finitesamples.h"
 #include "calc/fold.h"
 #include "calc/pulsarresult.h"
 #include "data/observationdata.h"
@@ -11,6 +12,17 @@
 #include <memory>
 #include <optional>
 #include <vector>
+
+/// What an action takes in of a recording.
+struct PulsarNeeds {
+    int module = 1;                  ///< from 1
+    int ray = 1;                     ///< from 1
+    std::vector<SampleRange> ranges; ///< ascending by channel and begin, apart from each other
+
+    /// The points of all ranges; `end` is not included.
+    int begin() const;
+    int end() const;
+};
 
 /// Runs one analysis action of the pulsar form or of the FFA form on one recording and keeps its
 /// result.
@@ -26,10 +38,21 @@ public:
     /// Samples by which a sum reads the bands below the reference later.
     using BandShifts = std::array<int, sumBands - 1>;
 
+    /// @param data  a recording that ends early counts as one of the points that are whole
     PulsarCalculate(const ObservationData &data, const PulsarParameters &parameters,
                     QObject *parent = nullptr);
 
-    /// Runs the action of that name.
+    /// Whether an action accepts its parameters for this recording. Nothing is computed and no
+    /// sample looked at: the record may be without any.
+    ///
+    /// @return false: failure() and failedParameter() say why
+    bool validate(const QString &action);
+
+    /// Which samples an action that validate() has accepted takes in.
+    PulsarNeeds needs(const QString &action) const;
+
+    /// Runs the action of that name. Samples that are no finite numbers count as the median of
+    /// what the action takes in of their channel; a channel without any finite one is refused.
     ///
     /// @return false when the action is unknown, refused or cancelled; failure() then says
     ///         why, and the result stays as far as it was built
@@ -107,6 +130,14 @@ public slots:
     void cancel() { cancelled = true; }
 
 private:
+    // By its name: what is checked before anything is read, and what is computed.
+    struct Action {
+        QString name;
+        bool (PulsarCalculate::*accept)();
+        bool (PulsarCalculate::*compute)();
+    };
+    static const Action *findAction(const QString &name);
+
     // The actions, in pulsaractions.cpp, pulsarffa.cpp, pulsarnative.cpp and pulsarscans.cpp.
     bool showNative();
     bool sumPeriod();
@@ -122,12 +153,20 @@ private:
     bool refuse(const QString &reason, const QString &parameter = {});
     bool goOn(int percent);
 
+    bool acceptCurves();
+    bool acceptFfa();
+    bool acceptFixedSum();
+    bool acceptFold();
+    bool acceptFourDispersions();
+    bool acceptFourier();
+    bool acceptScan();
+    bool acceptStarts();
+    bool acceptSum();
     bool acceptChannelSelection();
     bool acceptSelection(double dispersion);
     bool acceptDispersion(double dispersion, const QString &parameter = "dispersion");
     bool acceptSpectrum(int length);
     bool acceptHarmonic(int spectrumLength);
-    bool acceptNumbers(const std::vector<double> &series);
     bool fillFfaSeries(std::vector<double> &series);
     int lastFullStart(double dispersion) const;
     int longestShift(double dispersion) const;
@@ -139,10 +178,12 @@ private:
     struct Scan;
     bool scanDispersions(int firstPoint, int averageCount, int progressFrom, int progressTo,
                          Scan &scan);
+    void beginScan();
     void exchangeBands(int firstPoint, const BandShifts &shifts, const BandShifts &next,
                        std::vector<double> &sum) const;
-    bool acceptScan(int averageCount);
     std::vector<double> trialDispersions() const;
+    int scanDelta() const;
+    std::vector<int> scanStarts() const;
     QString describeScan(const Scan &scan);
     void addScan(const Scan &scan, const QString &name);
     std::vector<std::optional<int>> readableShifts(int firstPoint, double dispersion,
@@ -153,9 +194,11 @@ private:
                                          double largest) const;
 
     const float *bandSamples(int channel) const;
-    bool deleteSteps(int begin, int end, int firstChannel, int lastChannel,
-                     double markDispersion = 0);
-    bool deleteStepsForSums(double dispersion);
+    int channelPoints(const QString &action) const;
+    bool prepareSamples(const QString &action);
+    void leaveGaps(std::vector<float> &curve) const;
+    bool deleteSteps(const PulsarNeeds &needed, const Tools::FiniteSamples &finite,
+                     double markDispersion);
     void markSteps();
 
     bool noiseBaseline(const std::vector<double> &sum, double dispersion, double *baseline,
@@ -185,8 +228,8 @@ private:
     int fewestBands = sumBands;   // over all sums of the running action
     double largestDispersion = 0; // of the running action
 
-    std::shared_ptr<SampleBlock> workingCopy; // one module, one ray; null: the record itself
-    std::vector<int> stepPoints;              // where they show, indices within the recording
+    Samples workingCopy;         // what the action takes in; empty: the record itself
+    std::vector<int> stepPoints; // where they show, indices within the recording
     int stepCount = 0;
 
     PulsarResult outcome;

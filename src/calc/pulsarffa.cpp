@@ -135,13 +135,9 @@ std::vector<FfaProblem> PulsarCalculate::findProblems()
 
 bool PulsarCalculate::createFFA()
 {
-    const std::vector<FfaProblem> problems = findProblems();
-    if (!problems.empty())
-        return refuse(problems[0].text, problems[0].parameter);
     const FfaParameters &ffa = parameters.ffa;
     const int count = stretch;
-    outcome.stretch = count;
-    if (!deleteStepsForSums(parameters.dispersion) || !goOn(0))
+    if (!goOn(0))
         return false;
 
     std::vector<double> series(static_cast<std::size_t>(count));
@@ -204,8 +200,6 @@ bool PulsarCalculate::fillFfaSeries(std::vector<double> &series)
     fewestBands = completeBands;
     if (!goOn(0))
         return false;
-    if (!acceptNumbers(series) || !goOn(0))
-        return false;
     if (parameters.ffa.deredden)
         Tools::deredden(series, parameters.ffa.rmed_width / data.tresolution,
                         parameters.ffa.rmed_minpts);
@@ -213,20 +207,4 @@ bool PulsarCalculate::fillFfaSeries(std::vector<double> &series)
         return refuse(constantSum);
     Ffa::normalizeSeries(series.data(), count);
     return true;
-}
-
-// One sample that is no number spoils every baseline and every fold.
-bool PulsarCalculate::acceptNumbers(const std::vector<double> &series)
-{
-    const auto isNumber = [](double value) { return std::isfinite(value); };
-    if (std::all_of(series.begin(), series.end(), isNumber))
-        return true;
-    std::vector<double> sum(series.size());
-    int point = parameters.firstPoint;
-    if (sumChannels(sum.data(), int(sum.size()), parameters.dispersion, true))
-        point += int(std::find_if_not(sum.begin(), sum.end(), isNumber) - sum.begin());
-    return refuse(QString("The sum of the bands is no number at point %1.\nChoose a stretch, a "
-                          "module or a ray without it.")
-                      .arg(point),
-                  "firstPoint");
 }

@@ -10,30 +10,24 @@
 #include <cmath>
 #include <numeric>
 
-// The actions on one channel, and the steps taken out of a working copy for all actions.
+// The actions on one channel.
 
 namespace {
 
 constexpr int shortestStretch = 512;
 constexpr int fewestPeriods = 15; // that tell what other periods give
 constexpr int mostTurns = 7;      // of the other periods against the folded one
-// Samples beside a stretch that its levels are judged by.
-constexpr int levelMargin = 1024;
 
 } // namespace
 
 bool PulsarCalculate::showNative()
 {
-    if (!acceptChannelSelection())
-        return false;
-    const int wanted = parameters.points > 0 ? parameters.points : fixedPoints;
-    const int count = std::min(wanted, data.npoints - parameters.firstPoint);
-    if (!deleteSteps(parameters.firstPoint, parameters.firstPoint + count, parameters.channel - 1,
-                     parameters.channel))
-        return false;
+    const int count = channelPoints("showNative");
     const float *const samples = bandSamples(parameters.channel - 1) + parameters.firstPoint;
     std::vector<double> series(samples, samples + count);
     addCurve(series, QString("channel %1").arg(parameters.channel));
+    if (!outcome.nonFinite.isEmpty())
+        leaveGaps(outcome.curves.back());
     std::vector<double> baseline(series.size());
     if (!goOn(20))
         return false;
@@ -59,23 +53,8 @@ bool PulsarCalculate::showNative()
 
 bool PulsarCalculate::sumPeriod()
 {
-    if (!acceptChannelSelection())
-        return false;
-    const int rest = data.npoints - parameters.firstPoint;
-    const int count = parameters.points > 0 ? std::min(parameters.points, rest) : rest;
+    const int count = channelPoints("sumPeriod");
     const double period = parameters.period / data.tresolution; // samples
-    if (!(period >= 2) || period > count / 2.0)
-        return refuse(QString("Period %1 s cannot be folded.\nAllowed: %2 to %3 s (two samples to "
-                              "half of the %4 points).")
-                          .arg(ReportText::general(parameters.period),
-                               ReportText::general(2 * data.tresolution),
-                               ReportText::general(count / 2.0 * data.tresolution))
-                          .arg(count),
-                      "period");
-    if (!deleteSteps(parameters.firstPoint, parameters.firstPoint + count, parameters.channel - 1,
-                     parameters.channel))
-        return false;
-
     const float *const samples = bandSamples(parameters.channel - 1) + parameters.firstPoint;
     std::vector<double> series(samples, samples + count);
     std::vector<double> baseline(series.size());
@@ -105,6 +84,18 @@ bool PulsarCalculate::sumPeriod()
     remarkOnTimes(parameters.channel);
     markSteps();
     return true;
+}
+
+// What was recorded as no finite number is not drawn.
+void PulsarCalculate::leaveGaps(std::vector<float> &curve) const
+{
+    const float *const recorded =
+        data.samples[parameters.module - 1][parameters.channel - 1][parameters.ray - 1];
+    for (std::size_t i = 0; i < curve.size(); ++i) {
+        const float sample = recorded[std::size_t(parameters.firstPoint) + i];
+        if (!std::isfinite(sample))
+            curve[i] = sample;
+    }
 }
 
 // The pulse of a profile, and what noise does in its place; false when the user wants to stop.
@@ -187,7 +178,7 @@ bool PulsarCalculate::acceptChannelSelection()
                       "channel");
     if (parameters.ray < 1 || parameters.ray > data.rays)
         return refuse("Error ray, must be: rays <" + QString::number(data.rays + 1), "ray");
-    if (data.npoints < shortestStretch || data.samples == nullptr)
+    if (data.npoints < shortestStretch)
         return refuse("Error of data! data.npoints=" + QString::number(data.npoints));
     if (!(data.tresolution > 0) || std::isinf(data.tresolution))
         return refuse(QString("The passport gives a step of %1 ms (tresolution): times cannot be "
@@ -226,77 +217,4 @@ QString PulsarCalculate::startText() const
     if (parameters.startTime.isEmpty())
         return "\nFirst point = " + QString::number(parameters.firstPoint);
     return "\nFirst point time = " + parameters.startTime;
-}
-
-// Samples of a channel of the selected module and ray, indexed as in the recording.
-const float *PulsarCalculate::bandSamples(int channel) const
-{
-    if (workingCopy)
-        return workingCopy->ray(0, channel, 0);
-    return data.samples[parameters.module - 1][channel][parameters.ray - 1];
-}
-
-// Makes the working copy of the samples from `begin` on and before `end`, of the channels from
-// `firstChannel` on and before `lastChannel`, with the jumps of their levels taken out. Its
-// other samples are zero and not to be read. A step of a band shows, in a sum, by the band's
-// delay at `markDispersion` earlier. False when the user wants to stop.
-bool PulsarCalculate::deleteSteps(int begin, int end, int firstChannel, int lastChannel,
-                                  double markDispersion)
-{
-    if (!parameters.deleteStep)
-        return true;
-    const auto copy = SampleBlock::allocate(1, lastChannel, 1, data.npoints);
-    if (!copy) {
-        outcome.remarks << "There is no memory to delete steps; the data are as recorded.";
-        return true;
-    }
-    begin = std::max(0, begin - levelMargin);
-    end = std::min(data.npoints, end + levelMargin);
-    for (int channel = firstChannel; channel < lastChannel; ++channel) {
-        const float *const recorded = bandSamples(channel);
-        float *const corrected = copy->ray(0, channel, 0);
-        std::copy(recorded + begin, recorded + end, corrected + begin);
-        const int percent = 100 * (channel - firstChannel) / (lastChannel - firstChannel);
-        const std::vector<Tools::LevelStep> steps = Tools::findLevelSteps(
-            corrected + begin, end - begin, [this, percent] { return goOn(percent); });
-        Tools::removeLevelSteps(corrected + begin, end - begin, steps);
-        const int shift = markDispersion > 0
-                              ? Tools::stretchShift(Tools::dispersionDelay(
-                                    data.fbands[std::size_t(channel)], data.fbands[sumBands - 1],
-                                    markDispersion, data.tresolution))
-                              : 0;
-        for (const Tools::LevelStep &step : steps)
-            stepPoints.push_back(begin + step.point - shift);
-        stepCount += int(steps.size());
-        if (!goOn(percent))
-            return false;
-    }
-    workingCopy = copy;
-    return true;
-}
-
-bool PulsarCalculate::deleteStepsForSums(double dispersion)
-{
-    const int reach = longestShift(dispersion);
-    const int begin = std::max(0, parameters.firstPoint - reach);
-    const qint64 end = qint64(parameters.firstPoint) + stretch + reach;
-    return deleteSteps(begin, int(std::min<qint64>(end, data.npoints)), 0, sumBands, dispersion);
-}
-
-// Tells of the steps in the description and marks them where the X values are points.
-void PulsarCalculate::markSteps()
-{
-    if (!parameters.deleteStep)
-        return;
-    std::sort(stepPoints.begin(), stepPoints.end());
-    stepPoints.erase(std::unique(stepPoints.begin(), stepPoints.end()), stepPoints.end());
-    outcome.steps = stepCount;
-    outcome.description += "\nDeleted steps = " + QString::number(stepCount);
-    if (outcome.axis.kind != PulsarAxis::Kind::Points)
-        return;
-    for (const int point : stepPoints) {
-        const int index = int((point - outcome.axis.first) / outcome.axis.step);
-        if (point >= outcome.axis.first && index < outcome.points)
-            outcome.markers.push_back(index);
-    }
 }

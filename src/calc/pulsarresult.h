@@ -21,8 +21,8 @@ struct PulsarParameters {
     QString startTime;       ///< UTC that gave the first point; empty: the point was typed
     double startDelta = 0;   ///< points between the starts of "sumTimeDispersions"; 0: a
                              ///< sixteenth of the recording
-    int points = 0;          ///< wanted length of "showNative", "sumPeriod" and "createFFA"; 0:
-                             ///< their own
+    int points = 0;          ///< wanted length of "showNative", "sumPeriod", "sumChannels" (and
+                             ///< "sumChannelsDemoNoise") and "createFFA"; 0: their own
     bool deleteStep = false; ///< take jumps of the level out of a working copy
     int averageCount = 0;    ///< halvings before the transform
     bool withNull = false;   ///< zero padding to double length
@@ -78,6 +78,8 @@ struct PulsarResult {
     PulsarAxis axis;
     std::vector<int> markers; ///< X indices where a step of the level was taken out
     QString description;      ///< what was computed, in the program's own texts
+    QString nonFinite;        ///< the remark on samples that are no finite numbers; empty where
+                              ///< all are
     QStringList remarks;      ///< what the user should know beside it, one paragraph each
     std::vector<PulsarMultiResult> multi; ///< where the action compares results: one per curve
     std::shared_ptr<const FfaResult> ffa; ///< of "createFFA"

@@ -216,18 +216,27 @@ void PulsarCalculate::addScan(const Scan &scan, const QString &name)
     outcome.description += single.description + "\n";
 }
 
-bool PulsarCalculate::acceptScan(int averageCount)
+bool PulsarCalculate::acceptScan()
 {
+    const int length =
+        Tools::averagedLength(fixedPoints, parameters.averageCount, parameters.withNull);
+    const double top = trialDispersions().back();
+    if (!acceptSelection(top) || !acceptDispersion(parameters.dispersion) ||
+        !acceptDispersion(top) || !acceptSpectrum(length))
+        return false;
+    return (parameters.harmonicNum >= 1 && parameters.harmonicNum < length / 2) ||
+           refuse(QString("Harmonic number %1 cannot be scanned.\nAllowed: 1 to %2.")
+                      .arg(parameters.harmonicNum)
+                      .arg(length / 2 - 1),
+                  "harmonicNum");
+}
+
+// Axis and first lines of the report.
+void PulsarCalculate::beginScan()
+{
+    const int averageCount = parameters.averageCount;
     const int length = Tools::averagedLength(fixedPoints, averageCount, parameters.withNull);
     const std::vector<double> dispersions = trialDispersions();
-    if (!acceptSelection(dispersions.back()) || !acceptDispersion(parameters.dispersion) ||
-        !acceptDispersion(dispersions.back()) || !acceptSpectrum(length))
-        return false;
-    if (parameters.harmonicNum < 1 || parameters.harmonicNum >= length / 2)
-        return refuse(QString("Harmonic number %1 cannot be scanned.\nAllowed: 1 to %2.")
-                          .arg(parameters.harmonicNum)
-                          .arg(length / 2 - 1),
-                      "harmonicNum");
     outcome.points = trials;
     outcome.axis = {PulsarAxis::Kind::Dispersion, 0, dispersions[1], 0};
     outcome.description =
@@ -238,15 +247,31 @@ bool PulsarCalculate::acceptScan(int averageCount)
             .arg(ReportText::general(length * Tools::averagedStepFactor(averageCount, false) *
                                      data.tresolution / parameters.harmonicNum),
                  ReportText::general(dispersions.back()), ReportText::general(dispersions[1]));
-    return true;
+}
+
+// Points from one first point to the next; below 1 where the typed delta cannot be used.
+int PulsarCalculate::scanDelta() const
+{
+    if (!(parameters.startDelta >= 0))
+        return 0;
+    if (parameters.startDelta > 0)
+        return int(std::min(std::round(parameters.startDelta), double(data.npoints)));
+    return data.npoints / 16;
+}
+
+std::vector<int> PulsarCalculate::scanStarts() const
+{
+    std::vector<int> starts;
+    const int delta = std::max(1, scanDelta());
+    for (qint64 start = parameters.firstPoint;
+         start + fixedPoints < data.npoints && int(starts.size()) < maxStarts; start += delta)
+        starts.push_back(int(start));
+    return starts;
 }
 
 bool PulsarCalculate::sumAllDispersions()
 {
-    if (!acceptScan(parameters.averageCount))
-        return false;
-    if (!deleteStepsForSums(largestDispersion))
-        return false;
+    beginScan();
     Scan scan;
     if (!scanDispersions(parameters.firstPoint, parameters.averageCount, 0, 100, scan))
         return false;
@@ -262,10 +287,7 @@ bool PulsarCalculate::sumAllDispersions()
 bool PulsarCalculate::sumMultiDispersions()
 {
     // Averaging does not move a harmonic; it only shortens the spectrum.
-    if (!acceptScan(parameters.averageCount))
-        return false;
-    if (!deleteStepsForSums(largestDispersion))
-        return false;
+    beginScan();
     outcome.description += "\nChange: averages (see colors)\n\n";
     const int curves = parameters.averageCount + 1;
     for (int n = 0; n < curves; ++n) {
@@ -283,25 +305,9 @@ bool PulsarCalculate::sumMultiDispersions()
 
 bool PulsarCalculate::sumTimeDispersions()
 {
-    if (!acceptScan(parameters.averageCount))
-        return false;
-    const int delta = parameters.startDelta > 0
-                          ? int(std::min(std::round(parameters.startDelta), double(data.npoints)))
-                          : data.npoints / 16;
-    if (parameters.startDelta < 0 || delta < 1)
-        return refuse("The delta between the first points must be one point or more, or be left "
-                      "empty for a sixteenth of the recording.",
-                      "firstPointDelta");
-    std::vector<int> starts;
-    for (qint64 start = parameters.firstPoint;
-         start + fixedPoints < data.npoints && int(starts.size()) < maxStarts; start += delta)
-        starts.push_back(int(start));
-
-    const int reach = longestShift(largestDispersion);
-    const qint64 end = qint64(starts.back()) + fixedPoints + reach;
-    if (!deleteSteps(std::max(0, starts.front() - reach), int(std::min<qint64>(end, data.npoints)),
-                     0, sumBands))
-        return false;
+    beginScan();
+    const int delta = scanDelta();
+    const std::vector<int> starts = scanStarts();
     outcome.description +=
         QString("Delta = %1 points, %2 s\n\nChange: first point (see colors)\n\n")
             .arg(delta)

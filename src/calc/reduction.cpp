@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 namespace Tools {
@@ -47,22 +48,49 @@ Extent extentOf(const double *sums, int count)
     return extentOfValues(sums, count);
 }
 
+// What a column shows; NaN of no finite value.
+struct Column {
+    float low = NAN;
+    float high = NAN;
+    float mean = NAN;
+    float variance = NAN;
+};
+
+template <typename Value>
+Column columnOf(const Value *values, int count)
+{
+    const Extent extent = extentOf(values, count);
+    const double mean = extent.sum / count;
+    return {extent.low, extent.high, float(double(values[0]) + mean),
+            float(std::max(0.0, extent.squares / count - mean * mean))};
+}
+
+// The same of the finite values, where there are others.
+template <typename Value>
+Column columnOfFinite(const Value *values, int count)
+{
+    const Column column = columnOf(values, count);
+    if (std::isfinite(column.mean))
+        return column;
+    std::vector<Value> finite;
+    std::copy_if(values, values + count, std::back_inserter(finite),
+                 [](Value value) { return std::isfinite(value); });
+    return finite.empty() ? Column() : columnOf(finite.data(), int(finite.size()));
+}
+
 // What the columns `begin` .. `end - 1` of a row show of `points` points from `offset` on.
 void fillRow(Reduction &reduction, int row, int begin, int end, const ObservationData &data,
              const std::vector<double> &sums, int offset, int points)
 {
-    const bool isSum = row == reduction.channels;
-    const float *const samples = isSum ? nullptr : data.samples[0][row][0] + offset;
-    const Extent extent =
-        isSum ? extentOf(sums.data() + offset, points) : extentOf(samples, points);
-    const double origin = isSum ? sums[std::size_t(offset)] : double(samples[0]);
-    const double mean = extent.sum / points;
+    const Column column = row == reduction.channels
+                              ? columnOfFinite(sums.data() + offset, points)
+                              : columnOfFinite(data.samples[0][row][0] + offset, points);
     for (int i = begin; i < end; ++i) {
         const std::size_t index = reduction.index(row, i);
-        reduction.low[index] = extent.low;
-        reduction.high[index] = extent.high;
-        reduction.mean[index] = float(origin + mean);
-        reduction.variance[index] = float(std::max(0.0, extent.squares / points - mean * mean));
+        reduction.low[index] = column.low;
+        reduction.high[index] = column.high;
+        reduction.mean[index] = column.mean;
+        reduction.variance[index] = column.variance;
     }
 }
 

@@ -150,9 +150,15 @@ PartSignal partSignal(const std::vector<double> &series, int begin, int end)
     if (sigma == 0)
         return signal;
     double sum = 0;
-    for (int i = begin; i < end; ++i)
+    int count = 0;
+    for (int i = begin; i < end; ++i) {
+        if (!std::isfinite(series[std::size_t(i)]))
+            continue;
         sum += series[std::size_t(i)] - noise.median;
-    signal.snr = sum / (sigma * std::sqrt(double(n)));
+        ++count;
+    }
+    if (count > 0)
+        signal.snr = sum / (sigma * std::sqrt(double(count)));
     return signal;
 }
 

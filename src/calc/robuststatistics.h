@@ -46,8 +46,8 @@ struct PartSignal {
 };
 
 /// S/N of the points `begin` .. `end - 1` of a series against what stands around them:
-/// sum(x - m) / (s sqrt(n)), n points in the part, m the median and s the robust standard deviation
-/// (noiseSigma) of up to 5 n, at least 256, points on either side.
+/// sum(x - m) / (s sqrt(n)), n finite points in the part, m the median and s the robust standard
+/// deviation (noiseSigma) of up to 5 n, at least 256, points on either side.
 PartSignal partSignal(const std::vector<double> &series, int begin, int end);
 
 } // namespace Tools

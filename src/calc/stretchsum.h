@@ -19,16 +19,18 @@ struct DelayReach {
 ///         then says so
 DelayReach delayReach(const ObservationData &header, double dispersion);
 
-/// Result of a sum over a part of a recording in its file.
-struct StretchSum {
-    std::vector<double> sums; ///< empty on refusal
-    StretchEnd end = StretchEnd::Refused;
-    QString reason; ///< as of RecordingFile::read
+/// A sum over a part of a recording in its file.
+struct SeriesOfStretch {
+    std::vector<double> sums;
+    QString remark; ///< which samples were no finite numbers; empty where all were
 };
+using StretchSum = StretchResult<SeriesOfStretch>;
 
 /// The elements `first` .. `first + count - 1` of what sumChannels() gives for the whole
 /// recording, equal to the last bit. Only these points and those that the delays reach are
-/// read; where they reach beyond the end of the recording they go on at its beginning.
+/// read; where they reach beyond the end of the recording they go on at its beginning. Samples
+/// that are no finite numbers count as the median of what was read of their band; a band without
+/// any finite one is refused.
 StretchSum sumChannels(RecordingFile &file, double dispersion, int module, int ray, int first,
                        int count, const SampleReadingHooks &hooks = {});
 

@@ -29,6 +29,21 @@ double sumOf(const float *samples, int count)
     return sum;
 }
 
+// Mean of the finite samples of a run that goes round the end of the band; NaN of none.
+float meanOfFinite(const float *band, int npoints, int begin, int points)
+{
+    double sum = 0;
+    int count = 0;
+    for (int i = 0; i < points; ++i) {
+        const float sample = band[(qint64(begin) + i) % npoints];
+        if (!std::isfinite(sample))
+            continue;
+        sum += double(sample);
+        ++count;
+    }
+    return count > 0 ? float(sum / count) : NAN;
+}
+
 // Means of one band; the part begins at the point `begin` of it and goes round its end.
 ZRT_TARGET_CLONES
 void averageRow(const float *band, int npoints, int begin, const WaterfallPart &part, float *row)
@@ -37,6 +52,7 @@ void averageRow(const float *band, int npoints, int begin, const WaterfallPart &
     for (int column = 0; column < part.columns; ++column) {
         const int end = int(qint64(column + 1) * part.count / part.columns);
         const int points = end - done;
+        const int first = begin;
         double sum = 0;
         for (int left = points; left > 0;) {
             const int run = std::min(left, npoints - begin);
@@ -44,7 +60,8 @@ void averageRow(const float *band, int npoints, int begin, const WaterfallPart &
             left -= run;
             begin = begin + run == npoints ? 0 : begin + run;
         }
-        row[column] = float(sum / points);
+        row[column] =
+            std::isfinite(sum) ? float(sum / points) : meanOfFinite(band, npoints, first, points);
         done = end;
     }
 }

@@ -18,8 +18,9 @@ struct WaterfallPart {
 
 /// Means over time, one row per band (channels 0 to channels - 2), row r beginning at
 /// r x columns. Column i of a row is the mean of the points from first + i x count / columns up
-/// to where the next column begins, all shifted by the delay of the band against the last band,
-/// as Tools::sumChannels shifts them, round the end of the record.
+/// to where the next column begins, as far as they are finite (NaN of none), all shifted by the
+/// delay of the band against the last band, as Tools::sumChannels shifts them, round the end of the
+/// record.
 ///
 /// @return empty when the part does not lie within the record, has no columns, or a frequency,
 ///         the step or a delay is no usable number

@@ -133,16 +133,16 @@ private:
                 return;
             rest = block.mid(int(parser.add(block.constData(), block.constData() + block.size())));
             if (rest.size() >= blockBytes && !in.atEnd())
-                file.error = QString("%1 is no table: line %2 has more than a million characters.")
-                                 .arg(path)
-                                 .arg(parser.lastLine() + 1);
+                file.error =
+                    path + QString(" is no table: line %1 has more than a million characters.")
+                               .arg(parser.lastLine() + 1);
         });
         parser.finish({rest.constData(), std::size_t(rest.size())}, !file.isWhole);
         if (parser.skippedLines() > file.table.rows() && file.error.isEmpty())
-            file.error = QString("%1 is no table: of most lines the cells are not as many as the "
-                                 "words of line %2.")
-                             .arg(path)
-                             .arg(head.lines);
+            file.error =
+                path + QString(" is no table: of most lines the cells are not as many as the "
+                               "words of line %1.")
+                           .arg(head.lines);
     }
 
     bool isText(const QByteArray &block)
@@ -192,13 +192,10 @@ private:
         const qint64 blockLength = header.points * qint64(sizeof(float));
         const qint64 whole = (in.size() - begin) / blockLength;
         if (whole < header.blocks) {
-            file.error =
-                QString("Block %1 of %2 in %3 is short: it needs %4 bytes, the file has %5.")
-                    .arg(whole + 1)
-                    .arg(header.blocks)
-                    .arg(path)
-                    .arg(blockLength)
-                    .arg((in.size() - begin) % blockLength);
+            file.error = QString("Block %1 of %2 in ").arg(whole + 1).arg(header.blocks) + path +
+                         QString(" is short: it needs %1 bytes, the file has %2.")
+                             .arg(blockLength)
+                             .arg((in.size() - begin) % blockLength);
             return;
         }
         BlockParser parser(file, header);
@@ -258,7 +255,7 @@ private:
         NumberTable &table = file.table;
         const qint64 needed = table.count() + numbers;
         if (needed > mostNumbers) {
-            file.error = QString("%1 holds more than %2 numbers.").arg(path).arg(mostNumbers);
+            file.error = path + QString(" holds more than %1 numbers.").arg(mostNumbers);
             return false;
         }
         if (needed <= table.capacity())
@@ -270,11 +267,11 @@ private:
         const qint64 wanted = std::min(std::max(needed, guess + numbers), mostNumbers);
         if (table.reserve(wanted))
             return true;
-        file.error = QString("%1 is too large for this machine: its numbers take %2 MB, %3 MB are "
-                             "free. Cut the file into parts.")
-                         .arg(path)
-                         .arg(wanted * NumberTable::bytesPerNumber / megabyte)
-                         .arg(availableMemory() / megabyte);
+        file.error =
+            path + QString(" is too large for this machine: its numbers take %1 MB, %2 MB are "
+                           "free. Cut the file into parts.")
+                       .arg(wanted * NumberTable::bytesPerNumber / megabyte)
+                       .arg(availableMemory() / megabyte);
         return false;
     }
 

@@ -27,7 +27,9 @@ struct ObservationData {
     double tresolution = 0;     ///< seconds between samples
     double sampleFactor = 0;    ///< 0.89 once samples were read
     double sampleMarker = 0;    ///< -1.0 once samples were read
-    QDateTime beginTime;        ///< UTC, of the first sample; invalid where the passport has none
+    QDateTime beginTime;        ///< UTC, of the first sample, the seconds since the parent's begin
+                                ///< truncated; invalid where the passport has none. Whoever shows
+                                ///< times takes exactBegin() or a RecordingClock
     QString nativeName;         ///< display name
     QString fileName;           ///< without directory
     QString spareText;          ///< left empty by the reader
@@ -37,4 +39,13 @@ struct ObservationData {
     bool samplesShared = false; ///< samples belong to another record; freeing does not depend on it
     std::vector<int> moduleNumbers; ///< of the modules in file order, as the passport has them
     Samples samples;                ///< samples[module][channel][ray][point]; null: passport only
+    double beginRest = 0;  ///< ms from `beginTime` to the first sample, with fractions of a ms
+    int missingPoints = 0; ///< points at the end that are not whole in the file; what is missing of
+                           ///< them reads as 0
 };
+
+/// Points whose samples are all there: those from 0 on and before this one.
+inline int completePoints(const ObservationData &data)
+{
+    return data.npoints - data.missingPoints;
+}

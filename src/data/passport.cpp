@@ -2,6 +2,7 @@
 
 #include "base/bytetext.h"
 #include "base/debugline.h"
+#include "data/recordingtime.h"
 
 #include <QFileInfo>
 #include <QIODevice>
@@ -14,7 +15,6 @@ namespace {
 
 constexpr qint64 firstRead = 4096;
 constexpr qint64 localTimeOffset = 3 * 3600; // s; clock times without "UTC" are UTC+3
-constexpr double farthestShift = 1e12;       // s; a date that far away is no date
 
 // Takes the line that begins at `position`, without its end, and moves to the next one.
 // Returns false where the bytes end before the line does; the line is then their rest.
@@ -115,16 +115,27 @@ void readModules(const Passport &passport, ObservationData &data)
     }
 }
 
-QDateTime beginOfClock(const Passport &passport)
+// Begin by the passport's clock.
+struct ClockBegin {
+    QDateTime time;      // UTC, whole seconds
+    double fraction = 0; // ms beyond them
+};
+
+ClockBegin beginOfClock(const Passport &passport)
 {
+    static const QRegularExpression clock("^\\s*(\\d{1,2}:\\d\\d:\\d\\d)(?!\\d)(?:[.,](\\d+))?");
     const QString dateText = passport.entries.value("date_begin").trimmed().right(10);
     const QString clockText = passport.entries.value("time_begin");
+    const QRegularExpressionMatch match = clock.match(clockText);
     const QDate date = QDate::fromString(dateText, "dd.MM.yyyy");
-    const QTime time = QTime::fromString(clockText.left(8).remove(' '), "h:mm:ss");
+    QTime time = QTime::fromString(clockText.left(8).remove(' '), "h:mm:ss");
+    if (!time.isValid()) // an hour of one digit with what follows the seconds
+        time = QTime::fromString(match.captured(1), "h:mm:ss");
     if (!date.isValid() || !time.isValid())
         return {};
     const QDateTime begin(date, time, Qt::UTC);
-    return clockText.contains("UTC") ? begin : begin.addSecs(-localTimeOffset);
+    return {clockText.contains("UTC") ? begin : begin.addSecs(-localTimeOffset),
+            ("0." + match.captured(2)).toDouble() * 1000};
 }
 
 QString starTime(const QString &text)
@@ -136,13 +147,22 @@ QString starTime(const QString &text)
     return QStringList{match.captured(1), match.captured(2), match.captured(3)}.join(':');
 }
 
-// The stretch of a derived file begins `point` samples after its parent; whole seconds.
-QDateTime advanced(const QDateTime &begin, int point, double tresolution)
+// When the recording begins, and what of its parent it is.
+void readBegin(const Passport &passport, ObservationData &data)
 {
-    const double seconds = double(point) * tresolution;
-    if (!(std::abs(seconds) < farthestShift))
-        return {};
-    return begin.addSecs(qint64(seconds));
+    const QMap<QString, QString> &entries = passport.entries;
+    const ClockBegin begin = beginOfClock(passport);
+    data.beginTime = begin.time;
+    data.beginRest = begin.fraction;
+    data.starTime = starTime(entries.value("star_time"));
+    if (entries.contains("stairs_names"))
+        data.beginTime = {};
+    if (!entries.value("native_datetime").isEmpty())
+        data.nativeName = entries["native_datetime"];
+    if (entries.contains("native_datetime") && !entries.value("file_path").isEmpty())
+        data.filePath = entries["file_path"];
+    data.point = entries.value("point").trimmed().toInt();
+    advanceBegin(data);
 }
 
 } // namespace
@@ -232,16 +252,6 @@ RecordingHeader recordingHeader(const Passport &passport, const QString &path)
     for (const QString &frequency : items(entries.value("fbands")))
         data.fbands.push_back(frequency.toDouble());
 
-    data.beginTime = beginOfClock(passport);
-    data.starTime = starTime(entries.value("star_time"));
-    if (entries.contains("stairs_names"))
-        data.beginTime = {};
-    if (!entries.value("native_datetime").isEmpty())
-        data.nativeName = entries["native_datetime"];
-    if (entries.contains("native_datetime") && !entries.value("file_path").isEmpty())
-        data.filePath = entries["file_path"];
-    data.point = entries.value("point").trimmed().toInt();
-    if (data.point != 0 && data.beginTime.isValid())
-        data.beginTime = advanced(data.beginTime, data.point, data.tresolution);
+    readBegin(passport, data);
     return header;
 }

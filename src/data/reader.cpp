@@ -76,13 +76,15 @@ ReadResult tooLarge(const ObservationData &data, const QFile &file)
     return withoutSamples(data, ReadOutcome::TooLarge, reason);
 }
 
-ReadResult shortFile(const ObservationData &data, const SampleReading &end, const QFile &file)
+ReadResult shortFile(ObservationData data, const SampleReading &end, const QFile &file)
 {
-    const qint64 missing =
-        qint64(data.npoints) * data.modules * data.rays * data.channels - end.valuesRead;
-    QString reason = QString("%1 ends early: %2 of its samples are missing and read as 0. Copy "
-                             "the file again or use its first part only.")
-                         .arg(file.fileName(), sizeText(missing * qint64(sizeof(float))));
+    const qint64 pointValues = qint64(data.modules) * data.rays * data.channels;
+    const qint64 missing = data.npoints * pointValues - end.valuesRead;
+    data.missingPoints = data.npoints - int(end.valuesRead / pointValues);
+    QString reason =
+        QString("%1 ends early: %2 of its samples are missing. %3 Copy the file again "
+                "or use its first part only.")
+            .arg(file.fileName(), sizeText(missing * qint64(sizeof(float))), dataEndText(data));
     if (!end.error.isEmpty())
         reason += " The system says: " + end.error;
     if (!isInteractive()) {

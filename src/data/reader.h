@@ -40,8 +40,9 @@ public:
     /// @param headerOnly      stop after the passport; `samples` is then null
     /// @return the recording; `samples` is null and npoints is 0 when nothing usable was
     ///         read, or -1 when the passport lacks channels or modules. A recording with an
-    ///         empty list of modules keeps its npoints. After a short file npoints stays and
-    ///         the missing values are zero.
+    ///         empty list of modules keeps its npoints. After a short file npoints stays,
+    ///         `missingPoints` tells how many of them are not whole, and the missing values are
+    ///         zero.
     static ObservationData readDataFile(Reader *progressSource, const QString &path,
                                         bool headerOnly = false);
 

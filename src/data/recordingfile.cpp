@@ -1,6 +1,8 @@
 #include "data/recordingfile.h"
 
 #include "base/systemmemory.h"
+#include "base/timetext.h"
+#include "data/recordingtime.h"
 
 #include <QFileInfo>
 #include <QLocale>
@@ -13,8 +15,6 @@
 
 namespace {
 
-constexpr double siderealRate = 1.002737909; // sidereal seconds per second
-constexpr double longestTime = 1e15;         // ms; beyond it a step is no time
 // One line of points is buffered whole; the lists beside it take the room of a few points more.
 constexpr qint64 bufferedPoints = 24;
 constexpr qint64 copiedBytes = qint64(4) << 20;
@@ -64,28 +64,20 @@ std::vector<PointRun> runsOf(int first, int count, int npoints)
     return runs;
 }
 
-// The sidereal clock so many seconds later; unreadable texts stay.
-QString laterSiderealTime(const QString &text, double seconds)
-{
-    const QStringList parts = text.split(':');
-    if (parts.size() != 3)
-        return text;
-    constexpr int daySeconds = 86400;
-    const double clock =
-        parts[0].toInt() * 3600 + parts[1].toInt() * 60 + parts[2].toInt() + seconds * siderealRate;
-    const int whole = int(clock - daySeconds * std::floor(clock / daySeconds)) % daySeconds;
-    return QString("%1:%2:%3").arg(whole / 3600).arg(whole / 60 % 60).arg(whole % 60);
-}
+// Where the reading of some runs ended.
+struct RunsEnd {
+    qint64 point = 0;  // of the file, the first that is not whole
+    qint64 target = 0; // its place in the block
+};
 
-void moveBegin(ObservationData &data, int first)
+RunsEnd endOf(const std::vector<PointRun> &runs, qint64 wholePoints)
 {
-    data.point += first;
-    const double ms = first * data.tresolution * 1000;
-    if (!(std::abs(ms) < longestTime))
-        return;
-    if (data.beginTime.isValid())
-        data.beginTime = data.beginTime.addMSecs(qint64(std::floor(ms)));
-    data.starTime = laterSiderealTime(data.starTime, ms / 1000);
+    for (const PointRun &run : runs) {
+        if (wholePoints < run.count)
+            return {run.point + wholePoints, run.target + wholePoints};
+        wholePoints -= run.count;
+    }
+    return {};
 }
 
 } // namespace
@@ -94,6 +86,7 @@ ObservationData stretchHeader(const ObservationData &whole, const Stretch &stret
 {
     ObservationData data = whole;
     data.npoints = stretch.count;
+    data.missingPoints = 0;
     moveBegin(data, stretch.first);
     const std::vector<int> modules = chosenOrAll(stretch.modules, whole.modules);
     const std::vector<int> rays = chosenOrAll(stretch.rays, whole.rays);
@@ -153,6 +146,20 @@ bool isEndless(const Passport &passport, qint64 fileSize)
     return !passport.complete && fileSize > passportSizeLimit;
 }
 
+QString dataEndText(const ObservationData &data)
+{
+    if (data.missingPoints < 1)
+        return {};
+    const int last = completePoints(data) - 1;
+    if (last < 0)
+        return QString("None of the %1 points announced is whole.").arg(data.npoints);
+    const QDateTime utc = RecordingClock(data).utc(last);
+    return QString("The data end at point %1%2, of %3 points announced.")
+        .arg(last)
+        .arg(utc.isValid() ? textOfTime(utc, "', 'hh:mm:ss.zzz' UTC'") : QString())
+        .arg(data.npoints);
+}
+
 QString endlessPassport(const QString &path)
 {
     return QString("%1 is damaged: its first line announces more passport lines than can be. Copy "
@@ -185,6 +192,7 @@ bool RecordingFile::open(const QString &path)
         problem = endlessPassport(path);
     else if (record.modules < 1)
         problem = QString("%1 has no samples: its passport lists no modules.").arg(path);
+    record.missingPoints = std::max(0, record.npoints) - wholePointsInFile();
     return problem.isEmpty();
 }
 
@@ -207,7 +215,7 @@ qint64 RecordingFile::announcedSize() const
     return size;
 }
 
-int RecordingFile::completePoints() const
+int RecordingFile::wholePointsInFile() const
 {
     const qint64 onePoint = pointBytes();
     if (onePoint < 1 || bytes <= entries.size)
@@ -222,30 +230,41 @@ SampleShape RecordingFile::shape() const
 
 StretchReading RecordingFile::refused(const QString &reason) const
 {
-    StretchReading reading;
-    reading.reason = QString("%1: %2").arg(file.fileName(), reason);
-    return reading;
+    return StretchReading::none(StretchEnd::Refused,
+                                QString("%1: %2").arg(file.fileName(), reason));
+}
+
+// Why these points cannot be read; empty where all of them are there.
+QString RecordingFile::pointsProblem(qint64 first, qint64 count) const
+{
+    if (first >= 0 && count >= 1 && first + count <= completePoints())
+        return {};
+    if (completePoints() < 1)
+        return "the file ends before its first point. Copy it again.";
+    const QString end = record.missingPoints > 0 ? ". " + dataEndText(record) : QString(".");
+    return QString("there are no points %1 to %2; the recording has the points 0 to %3%4")
+        .arg(first)
+        .arg(first + count - 1)
+        .arg(completePoints() - 1)
+        .arg(end);
 }
 
 StretchReading RecordingFile::read(const Stretch &stretch, const SampleReadingHooks &hooks)
 {
-    if (record.npoints < 1 || stretch.count < 1 ||
-        (!stretch.wraps &&
-         (stretch.first < 0 || qint64(stretch.first) + stretch.count > record.npoints)))
-        return refused(
-            QString("there are no points %1 to %2; the recording has the points 0 to %3.")
-                .arg(stretch.first)
-                .arg(qint64(stretch.first) + stretch.count - 1)
-                .arg(record.npoints - 1));
-    return readRuns(stretch, runsOf(stretch.first, stretch.count, record.npoints), stretch.count,
+    const QString refusal = stretch.wraps ? pointsProblem(0, std::min(stretch.count, 1))
+                                          : pointsProblem(stretch.first, stretch.count);
+    if (!refusal.isEmpty())
+        return refused(refusal);
+    return readRuns(stretch, runsOf(stretch.first, stretch.count, completePoints()), stretch.count,
                     hooks);
 }
 
 StretchReading RecordingFile::readInPlace(const Stretch &stretch, const SampleReadingHooks &hooks)
 {
-    if (stretch.wraps || stretch.first < 0 || stretch.count < 1 ||
-        qint64(stretch.first) + stretch.count > record.npoints)
-        return refused("the stretch does not lie within the recording.");
+    if (stretch.wraps)
+        return refused("a stretch that goes round has no place in the recording.");
+    if (const QString refusal = pointsProblem(stretch.first, stretch.count); !refusal.isEmpty())
+        return refused(refusal);
     Stretch whole = stretch;
     whole.first = 0;
     whole.count = record.npoints;
@@ -255,9 +274,10 @@ StretchReading RecordingFile::readInPlace(const Stretch &stretch, const SampleRe
 StretchReading RecordingFile::read(const SpacedBlocks &spaced, const Stretch &chosen,
                                    const SampleReadingHooks &hooks)
 {
-    if (spaced.first < 0 || spaced.blocks < 1 || spaced.points < 1 ||
-        spaced.count < spaced.blocks || qint64(spaced.first) + spaced.count > record.npoints)
-        return refused("the blocks do not lie within the recording.");
+    if (const QString refusal = pointsProblem(spaced.first, spaced.count); !refusal.isEmpty())
+        return refused(refusal);
+    if (spaced.blocks < 1 || spaced.points < 1 || spaced.count < spaced.blocks)
+        return refused("there are no such blocks of points.");
     const qint64 points = qint64(spaced.blocks) * spaced.points;
     if (points > spaced.count)
         return refused("the blocks hold more points than they are taken from.");
@@ -287,9 +307,8 @@ StretchReading RecordingFile::readRuns(const Stretch &chosen, const std::vector<
         return refused(QString("one point takes %1 by the passport, more than memory allows. If "
                                "the file is far smaller, its passport is damaged.")
                            .arg(sizeText(onePoint)));
-    StretchReading reading;
     try {
-        reading.data = stretchHeader(record, chosen);
+        ObservationData part = stretchHeader(record, chosen);
         const SampleSelection selection = {
             chosenOrAll(chosen.modules, record.modules), chosenOrAll(chosen.rays, record.rays),
             withExtraChannel(chosenOrAll(chosen.channels, record.channels), record.channels)};
@@ -297,41 +316,38 @@ StretchReading RecordingFile::readRuns(const Stretch &chosen, const std::vector<
         int read = 0;
         for (const PointRun &run : runs)
             read += run.count;
-        const qint64 needed =
-            memoryToRead({read, reading.data.modules, reading.data.channels, reading.data.rays});
-        const auto block = needed < 0 || (available > 0 && needed > available)
-                               ? nullptr
-                               : SampleBlock::allocate(reading.data.modules, reading.data.channels,
-                                                       reading.data.rays, points);
+        const qint64 needed = memoryToRead({read, part.modules, part.channels, part.rays});
+        const auto block =
+            needed < 0 || (available > 0 && needed > available)
+                ? nullptr
+                : SampleBlock::allocate(part.modules, part.channels, part.rays, points);
         if (!block)
             return refused(QString("%1 points need %2 of memory, %3 are available. Choose a "
                                    "shorter stretch or close other programs.")
                                .arg(read)
                                .arg(sizeText(needed), sizeText(available)));
-        reading.data.sampleMarker = -1.0;
-        reading.data.sampleFactor = 0.89;
+        part.sampleMarker = -1.0;
+        part.sampleFactor = 0.89;
         const SampleReading end =
             readSamples(file, entries.size, shape(), selection, runs, *block, hooks);
-        if (end.end == SampleReadingEnd::Cancelled || end.end == SampleReadingEnd::TooSlow) {
-            reading.end = StretchEnd::Cancelled;
-            reading.reason = QString("Reading %1 was cancelled.").arg(file.fileName());
-            return reading;
-        }
-        reading.data.samples = Samples(block);
-        reading.end = StretchEnd::Complete;
-        if (end.end == SampleReadingEnd::Short) {
-            reading.end = StretchEnd::Short;
-            reading.reason = QString("%1 ends early: of the points from %2 on some are missing and "
-                                     "read as 0. Copy the file again or use its first part only.")
-                                 .arg(file.fileName())
-                                 .arg(chosen.first);
-            if (!end.error.isEmpty())
-                reading.reason += " The system says: " + end.error;
-        }
+        if (end.end == SampleReadingEnd::Cancelled || end.end == SampleReadingEnd::TooSlow)
+            return StretchReading::none(StretchEnd::Cancelled,
+                                        QString("Reading %1 was cancelled.").arg(file.fileName()));
+        part.samples = Samples(block);
+        if (end.end == SampleReadingEnd::Complete)
+            return StretchReading::complete(std::move(part));
+        const RunsEnd stop = endOf(runs, end.valuesRead * qint64(sizeof(float)) / onePoint);
+        part.missingPoints = int(points - stop.target);
+        QString reason = file.fileName() +
+                         QString(" ends early: its points from %1 on are missing. Copy the file "
+                                 "again or use its first part only.")
+                             .arg(stop.point);
+        if (!end.error.isEmpty())
+            reason += " The system says: " + end.error;
+        return StretchReading::endedEarly(std::move(part), reason);
     } catch (const std::bad_alloc &) {
         return refused("there is not enough memory. Close other programs.");
     }
-    return reading;
 }
 
 bool RecordingFile::readBytes(int first, int count,
@@ -343,10 +359,11 @@ bool RecordingFile::readBytes(int first, int count,
     while (goes && left > 0) {
         const QByteArray some = file.read(std::min(left, copiedBytes));
         if (some.isEmpty()) {
-            problem = QString("%1 ends early: %2 of its points %3 to %4 are missing.")
-                          .arg(file.fileName(), sizeText(left))
-                          .arg(first)
-                          .arg(qint64(first) + count - 1);
+            problem =
+                file.fileName() + QString(" ends early: %1 of its points %2 to %3 are missing.")
+                                      .arg(sizeText(left))
+                                      .arg(first)
+                                      .arg(qint64(first) + count - 1);
             return false;
         }
         left -= some.size();

@@ -2,6 +2,7 @@
 
 #include "data/passport.h"
 #include "data/samplereader.h"
+#include "data/stretchresult.h"
 
 #include <QFile>
 #include <QString>
@@ -17,8 +18,8 @@ struct Stretch {
     std::vector<int> modules;
     std::vector<int> rays;
     std::vector<int> channels;
-    /// Points before the first and after the last one are taken from the other end of the
-    /// recording, as often as needed. Without it they are refused.
+    /// Points before the first and after the last one are taken from the other end of what the
+    /// file holds, as often as needed. Without it they are refused.
     bool wraps = false;
 };
 
@@ -30,25 +31,14 @@ struct SpacedBlocks {
     int points = 0; ///< of each block; all of them together at most `count`
 };
 
-enum class StretchEnd {
-    Complete,
-    Short,     ///< the file ends within the stretch; what is missing reads as 0
-    Cancelled, ///< by a hook
-    Refused,   ///< outside the recording, or more than the machine's memory
-};
-
-/// What reading a part gave.
-struct StretchReading {
-    /// The part as a recording of its own: `npoints` points, the chosen modules, rays and
-    /// channels, `point` and `beginTime` (to the millisecond) those of its first point, so that
-    /// every analysis works on it as on a whole one. Without samples unless Complete or Short.
-    ObservationData data;
-    StretchEnd end = StretchEnd::Refused;
-    QString reason; ///< which file, what is wrong, what can be done; empty when complete
-};
+/// A part as a recording of its own: `npoints` points, the chosen modules, rays and channels,
+/// `point` and the begin those of its first point, so that every analysis works on it as on a
+/// whole one. Of one that ends early `missingPoints` tells what is missing.
+using StretchReading = StretchResult<ObservationData>;
 
 /// A recording that is read in parts. One object belongs to one thread; several objects may
-/// read the same file.
+/// read the same file. Parts are taken of the points that the file holds whole: a recording that
+/// ends early is read as one of that length.
 class RecordingFile {
 public:
     /// Opens a file and reads its passport.
@@ -60,14 +50,15 @@ public:
     /// Which file, what is wrong with it and what can be done; empty after a success.
     const QString &reason() const { return problem; }
     const Passport &passport() const { return entries; }
-    /// What the passport says, without samples.
+    /// What the passport says, without samples; `missingPoints` tells how many of its points the
+    /// file lacks.
     const ObservationData &header() const { return record; }
 
     qint64 size() const { return bytes; } ///< of the file when it was opened, bytes
     /// Bytes that the passport announces, itself included; -1 beyond 63 bits.
     qint64 announcedSize() const;
     /// Points that the file holds whole, at most npoints.
-    int completePoints() const;
+    int completePoints() const { return ::completePoints(record); }
     /// Bytes of one point, all modules, rays and channels; -1 beyond 63 bits.
     qint64 pointBytes() const;
 
@@ -87,10 +78,13 @@ public:
     ///
     /// @param take  false ends the reading
     /// @return false when `take` ended it or the file ends early; reason() then says so
-    bool readBytes(int first, int count, const std::function<bool(const QByteArray &)> &take);
+    [[nodiscard]] bool readBytes(int first, int count,
+                                 const std::function<bool(const QByteArray &)> &take);
 
 private:
     SampleShape shape() const;
+    int wholePointsInFile() const;
+    QString pointsProblem(qint64 first, qint64 count) const;
     StretchReading refused(const QString &reason) const;
     StretchReading readRuns(const Stretch &chosen, const std::vector<PointRun> &runs, int points,
                             const SampleReadingHooks &hooks);
@@ -109,6 +103,10 @@ bool openRecording(QFile &file, QString &reason);
 
 /// What a user reads of a passport that has a RecordingHeader::problem.
 QString badPassport(const QString &path, const QString &headerProblem);
+
+/// Where the data of a recording that ends early end: the last point that is whole and its UTC,
+/// of how many; empty where nothing is missing.
+QString dataEndText(const ObservationData &data);
 
 /// Whether a passport has no end within its limit: where its lines end nobody knows, so that
 /// any sample would be a guess.

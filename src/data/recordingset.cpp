@@ -1,7 +1,7 @@
 #include "data/recordingset.h"
 
-#include "data/begintime.h"
 #include "data/recordingfile.h"
+#include "data/recordingtime.h"
 #include "jobs/items.h"
 
 #include <QDir>
@@ -46,7 +46,7 @@ RecordingEntry readHeader(const QString &path)
         entry.state = isThere ? RecordingState::Damaged : RecordingState::Unreadable;
         return entry;
     }
-    entry.begin = exactBegin(file.passport(), file.header());
+    entry.begin = exactBegin(file.header());
     entry.announcedSize = file.announcedSize();
     entry.completePoints = file.completePoints();
     entry.state = RecordingState::Whole;

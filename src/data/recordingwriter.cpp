@@ -1,17 +1,13 @@
 #include "data/recordingwriter.h"
 
 #include "base/bytetext.h"
+#include "base/timetext.h"
+#include "data/recordingtime.h"
 
 #include <QFileInfo>
 #include <QtEndian>
 #include <cmath>
 #include <limits>
-
-namespace {
-
-constexpr double farthestTime = 1e12; // s; beyond it a step is no time
-
-} // namespace
 
 QByteArray passportText(const QStringList &lines)
 {
@@ -42,28 +38,20 @@ QByteArray stretchPassport(const RecordingFile &file, int first, int count, doub
     stretch.count = count;
     const ObservationData &whole = file.header();
     const ObservationData part = stretchHeader(whole, stretch);
-    const double lastSecond = (double(part.point) + count) * whole.tresolution;
-    const bool hasTimes = part.beginTime.isValid() && std::abs(lastSecond) < farthestTime;
-    // Readers give a derived recording's begin in whole seconds; the parent's is exact.
-    const QDateTime parentBegin =
-        hasTimes ? whole.beginTime.addSecs(-qint64(double(whole.point) * whole.tresolution))
-                 : QDateTime();
-    const auto timeOf = [&](double point) {
-        return parentBegin.addMSecs(qint64(point * whole.tresolution * 1000));
-    };
+    const RecordingClock clock(part);
 
     QMap<QString, QString> entries = file.passport().entries;
     entries.remove(QString());
     entries["npoints"] = QString::number(count);
     if (entries.contains("star_time"))
         entries["star_time"] = part.starTime;
-    if (hasTimes && entries.contains("date_end") && entries.contains("time_end")) {
-        const QDateTime end = timeOf(double(part.point) + count);
-        entries["date_end"] = end.toString("dd.MM.yyyy");
-        entries["time_end"] = end.toString("h:mm:ss") + " UTC";
+    if (clock.isKnown() && entries.contains("date_end") && entries.contains("time_end")) {
+        const QDateTime end = clock.utc(count);
+        entries["date_end"] = textOfTime(end, "dd.MM.yyyy");
+        entries["time_end"] = textOfTime(end, "h:mm:ss") + " UTC";
     }
-    entries["native_datetime"] = hasTimes
-                                     ? timeOf(part.point).toString("dd.MM.yyyy hh:mm:ss") + " UTC"
+    entries["native_datetime"] = clock.isKnown()
+                                     ? textOfTime(clock.utc(0), "dd.MM.yyyy hh:mm:ss.zzz") + " UTC"
                                      : whole.fileName + QString(" point %1").arg(part.point);
     entries["file_path"] = whole.filePath;
     entries["point"] = QString::number(part.point);

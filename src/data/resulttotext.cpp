@@ -2,8 +2,7 @@
 
 #include "base/debugline.h"
 #include "base/wholefile.h"
-#include "data/passport.h"
-#include "data/samplereader.h"
+#include "data/recordingfile.h"
 #include "data/truenumbers.h"
 
 #include <QFile>
@@ -307,21 +306,17 @@ qint64 observationTextBytes(const ObservationData &data)
 
 qint64 recordingTextBytes(const QString &inPath)
 {
-    QFile in(inPath);
-    if (!in.open(QIODevice::ReadOnly))
+    RecordingFile file;
+    if (!file.open(inPath) || file.completePoints() < 1 || file.pointBytes() < 1)
         return 0;
-    const RecordingHeader header = recordingHeader(readPassport(in), inPath);
-    ObservationData data = header.data;
-    if (!header.problem.isEmpty() || data.npoints < 1 || data.modules < 1)
+    const qint64 perPoint = file.pointBytes() / qint64(sizeof(float));
+    Stretch look;
+    look.count = int(std::clamp<qint64>(valuesOfLook / perPoint, 1, file.completePoints()));
+    const StretchReading reading = file.read(look);
+    if (!reading.whole())
         return 0;
-    const qint64 perPoint = qint64(data.modules) * data.rays * data.channels;
-    data.npoints = int(std::clamp<qint64>(valuesOfLook / perPoint, 1, data.npoints));
-    const auto block = SampleBlock::allocate(data.modules, data.channels, data.rays, data.npoints);
-    if (!block)
-        return 0;
-    readSamples(in, {data.npoints, data.modules, data.channels, data.rays}, *block);
-    data.samples = Samples(block);
-    return qint64(double(observationTextBytes(data)) / data.npoints * header.data.npoints);
+    return qint64(double(observationTextBytes(*reading.whole())) / look.count *
+                  file.completePoints());
 }
 
 } // namespace Tools

@@ -51,8 +51,8 @@ struct SampleReading {
 /// @param device  stands at the first sample; what follows the last one is not read
 /// @param block   allocated for `shape`, fresh; after a short device the values that are
 ///                missing are still zero
-SampleReading readSamples(QIODevice &device, const SampleShape &shape, SampleBlock &block,
-                          const SampleReadingHooks &hooks = {});
+[[nodiscard]] SampleReading readSamples(QIODevice &device, const SampleShape &shape,
+                                        SampleBlock &block, const SampleReadingHooks &hooks = {});
 
 /// What is taken of every point: indices from 0, ascending, each list with one at least.
 struct SampleSelection {
@@ -78,6 +78,7 @@ struct PointRun {
 /// @param block      allocated for the chosen counts, fresh; what a short device lacks is zero
 /// @return `valuesRead` counts the file's values, chosen or not; a run that lies beyond the
 ///         device's end makes the reading Short, and the runs after it are not tried
-SampleReading readSamples(QIODevice &device, qint64 dataBegin, const SampleShape &shape,
-                          const SampleSelection &chosen, const std::vector<PointRun> &runs,
-                          SampleBlock &block, const SampleReadingHooks &hooks = {});
+[[nodiscard]] SampleReading readSamples(QIODevice &device, qint64 dataBegin,
+                                        const SampleShape &shape, const SampleSelection &chosen,
+                                        const std::vector<PointRun> &runs, SampleBlock &block,
+                                        const SampleReadingHooks &hooks = {});

@@ -1,5 +1,6 @@
 #include "data/samples.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <sys/mman.h>
 
@@ -50,6 +51,7 @@ std::shared_ptr<SampleBlock> SampleBlock::allocate(int modules, int channels, in
     block->mapping = mapping;
     block->mappedBytes = mapped;
     block->stride = rowStrideFor(npoints);
+    block->npoints = npoints;
     block->channels = channels;
     block->rays = rays;
 
@@ -69,7 +71,7 @@ std::shared_ptr<SampleBlock> SampleBlock::allocate(int modules, int channels, in
 std::shared_ptr<SampleBlock> SampleBlock::withChannelsOff(std::shared_ptr<const SampleBlock> whole,
                                                           const std::vector<bool> &off)
 {
-    std::shared_ptr<SampleBlock> block = allocate(1, 1, 1, int(whole->stride));
+    std::shared_ptr<SampleBlock> block = allocate(1, 1, 1, whole->npoints);
     if (!block)
         return nullptr;
     const float *const zeros = block->rayPointers[0];
@@ -79,12 +81,38 @@ std::shared_ptr<SampleBlock> SampleBlock::withChannelsOff(std::shared_ptr<const 
         if (channel < off.size() && off[channel])
             rows[row] = zeros;
     }
-    block->channels = whole->channels;
-    block->rays = whole->rays;
-    block->stride = whole->stride;
-    block->setPointers(std::move(rows));
-    block->others = std::move(whole);
+    block->standFor(std::move(whole), std::move(rows));
     return block;
+}
+
+std::shared_ptr<SampleBlock> SampleBlock::withOwnRows(std::shared_ptr<const SampleBlock> whole,
+                                                      int module, int ray,
+                                                      const std::vector<bool> &channels)
+{
+    const int own = int(std::count(channels.begin(), channels.end(), true));
+    std::shared_ptr<SampleBlock> block = allocate(1, std::max(own, 1), 1, whole->npoints);
+    if (!block)
+        return nullptr;
+    std::vector<const float *> rows = whole->rayPointers;
+    int next = 0;
+    for (std::size_t channel = 0; channel < channels.size(); ++channel) {
+        if (channels[channel])
+            rows[whole->rowOf(module, int(channel), ray)] = block->ray(0, next++, 0);
+    }
+    block->standFor(std::move(whole), std::move(rows));
+    return block;
+}
+
+// Takes the shape of another block, whose rows are among those given.
+void SampleBlock::standFor(std::shared_ptr<const SampleBlock> whole,
+                           std::vector<const float *> rows)
+{
+    channels = whole->channels;
+    rays = whole->rays;
+    stride = whole->stride;
+    npoints = whole->npoints;
+    setPointers(std::move(rows));
+    others = std::move(whole);
 }
 
 // Builds the tree over the rows, which are in the order module, channel, ray.
@@ -105,10 +133,14 @@ SampleBlock::~SampleBlock()
         munmap(mapping, mappedBytes);
 }
 
+std::size_t SampleBlock::rowOf(int module, int channel, int ray) const
+{
+    return (std::size_t(module) * std::size_t(channels) + std::size_t(channel)) *
+               std::size_t(rays) +
+           std::size_t(ray);
+}
+
 float *SampleBlock::ray(int module, int channel, int ray) const
 {
-    const std::size_t row =
-        (std::size_t(module) * std::size_t(channels) + std::size_t(channel)) * std::size_t(rays) +
-        std::size_t(ray);
-    return const_cast<float *>(rayPointers[row]);
+    return const_cast<float *>(rayPointers[rowOf(module, channel, ray)]);
 }

@@ -33,13 +33,19 @@ private:
     SampleBlock() = default;
     static std::shared_ptr<SampleBlock> withChannelsOff(std::shared_ptr<const SampleBlock> whole,
                                                         const std::vector<bool> &off);
+    static std::shared_ptr<SampleBlock> withOwnRows(std::shared_ptr<const SampleBlock> whole,
+                                                    int module, int ray,
+                                                    const std::vector<bool> &channels);
     void setPointers(std::vector<const float *> rows);
+    void standFor(std::shared_ptr<const SampleBlock> whole, std::vector<const float *> rows);
+    std::size_t rowOf(int module, int channel, int ray) const;
 
     std::shared_ptr<const SampleBlock> others; // where some rows belong to another block
 
     void *mapping = nullptr;
     std::size_t mappedBytes = 0;
     qint64 stride = 0;
+    int npoints = 0;
     int channels = 0;
     int rays = 0;
     std::vector<const float *> rayPointers;
@@ -69,6 +75,18 @@ public:
     Samples withChannelsOff(const std::vector<bool> &off) const
     {
         return block ? Samples(SampleBlock::withChannelsOff(block, off)) : Samples();
+    }
+
+    /// A block that shares the memory of these samples, but for some channels of one ray: their
+    /// rows are zeros, for the caller to write.
+    ///
+    /// @param module, ray  indices from 0
+    /// @param channels     one per channel, true: a row of its own; missing ones share
+    /// @return null when memory is short or there are no samples
+    std::shared_ptr<SampleBlock> withOwnRows(int module, int ray,
+                                             const std::vector<bool> &channels) const
+    {
+        return block ? SampleBlock::withOwnRows(block, module, ray, channels) : nullptr;
     }
 
 private:

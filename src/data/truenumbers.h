@@ -2,6 +2,9 @@
 
 #include "data/observationdata.h"
 
+#include <algorithm>
+#include <limits>
+
 /// The telescope numbers its modules and rays; a recording may hold some of them only. Fields and
 /// options count what is in the file, results tell the telescope's numbers.
 
@@ -12,7 +15,8 @@ inline int moduleNumber(const ObservationData &data, int module)
 {
     const auto index = std::size_t(module);
     if (index >= data.moduleNumbers.size())
-        return data.firstModule + module;
+        return int(
+            std::min<qint64>(qint64(data.firstModule) + module, std::numeric_limits<int>::max()));
     return data.moduleNumbers[index] > 0 ? data.moduleNumbers[index] : module + 1;
 }
 

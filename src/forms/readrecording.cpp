@@ -4,7 +4,9 @@
 #include "app/errorbox.h"
 #include "app/settings.h"
 #include "data/reader.h"
+#include "data/recordingfile.h"
 
+#include <QLabel>
 #include <QProgressBar>
 
 std::optional<ReadRecording> readRecording(const QString &path, QWidget *window)
@@ -24,8 +26,14 @@ std::optional<ReadRecording> readRecording(const QString &path, QWidget *window)
     if (reader.outcome() == ReadOutcome::Cancelled)
         return std::nullopt;
     recording.problem = reader.reason();
-    if (recording.data.npoints >= 1 && recording.data.samples != nullptr)
+    if (completePoints(recording.data) >= 1 && recording.data.samples != nullptr)
         return recording;
     showError(window, "Bad file!\nFile without data", recording.problem);
     return std::nullopt;
+}
+
+void showDataEnd(QLabel *label, const ObservationData &data)
+{
+    label->setText(dataEndText(data));
+    label->setVisible(data.missingPoints > 0);
 }

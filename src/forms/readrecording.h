@@ -5,6 +5,7 @@
 #include <QString>
 #include <optional>
 
+class QLabel;
 class QWidget;
 
 /// A recording as a form got it.
@@ -19,3 +20,7 @@ struct ReadRecording {
 /// @param window  parent of the box
 /// @return nothing when there are no data or the user stopped the reading
 std::optional<ReadRecording> readRecording(const QString &path, QWidget *window);
+
+/// Says in a label of the form where the data of a recording that ends early end, by point and
+/// UTC; the label stays hidden where nothing is missing.
+void showDataEnd(QLabel *label, const ObservationData &data);

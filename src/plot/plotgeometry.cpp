@@ -1,5 +1,7 @@
 #include "plot/plotgeometry.h"
 
+#include "base/timetext.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -151,7 +153,28 @@ Range verticalRange(const PlotData &data, const CurveBlocks &blocks)
     Range range{rangeCeiling, rangeFloor};
     for (size_t i = 0; i < curves.size(); ++i)
         widen(range, curves[i], i < blocksOfCurves.size() ? blocksOfCurves[i] : BlockExtremes());
-    return range;
+    const bool isUntouched = range.min == rangeCeiling && range.max == rangeFloor;
+    return isUntouched ? Range{0, 0} : range;
+}
+
+bool lacksFinite(const std::vector<float> &curve)
+{
+    return !curve.empty() && std::none_of(curve.begin(), curve.end(),
+                                          [](float value) { return std::isfinite(value); });
+}
+
+bool showsNothingFinite(const PlotData &data)
+{
+    bool isAnyEmpty = false;
+    for (const auto *set : {&data.graphs, &data.multiGraphs})
+        for (size_t i = 0; i < set->size(); ++i) {
+            if (!isVisible(data, int(i)) || (*set)[i].empty())
+                continue;
+            if (!lacksFinite((*set)[i]))
+                return false;
+            isAnyEmpty = true;
+        }
+    return isAnyEmpty;
 }
 
 View viewOf(const PlotData &data, const QSize &size)
@@ -395,7 +418,7 @@ QString timeText(const PlotData &data, int index)
     constexpr double limit = 1e15; // some 30000 years
     if (!(std::abs(milliseconds) < limit))
         return {};
-    return data.beginTime.addMSecs(qint64(milliseconds)).toString("hh:mm:ss");
+    return textOfTime(data.beginTime.addMSecs(qint64(milliseconds)), "hh:mm:ss");
 }
 
 QString coordinateText(double value, double perPixel)

@@ -62,10 +62,19 @@ bool isPainted(const QSize &size);
 /// Smallest and largest sample of the active set (multiGraphs, or graphs where there are none).
 /// The largest is at least -100000 and the smallest at most 100000: data that lie wholly beyond
 /// keep that bound on the far side. NaN and infinite samples do not count; both are 0 when there
-/// are no curves.
+/// are no curves or none of them has a finite sample.
 Range verticalRange(const PlotData &data);
 /// The same in less time, with the blocks of the data.
 Range verticalRange(const PlotData &data, const CurveBlocks &blocks);
+
+/// What stands in the place of curves that cannot be drawn.
+constexpr char noFiniteValues[] = "no finite values";
+
+/// Whether a curve has samples and none of them is finite, so that nothing of it can be drawn.
+bool lacksFinite(const std::vector<float> &curve);
+
+/// Whether all visible curves that have samples lack finite ones; false without any such curve.
+bool showsNothingFinite(const PlotData &data);
 
 /// The view of the data in a widget of the given size. numPoints 0 becomes the length of the
 /// longest curve. A range of no extent, as a constant curve has, is widened to both sides by 1

@@ -250,6 +250,10 @@ void paintLabels(QPainter &painter, const PlotData &data, const View &view)
     paintLabelRow(painter, view, xLabels3(view, data));
     if (data.markers.empty())
         paintGrid(painter, view);
+    if (showsNothingFinite(data)) {
+        painter.setPen(QColor("black"));
+        paintLabel(painter, {QPoint(marginLeft + 20, marginTop + 30), noFiniteValues});
+    }
 }
 
 } // namespace Plot

@@ -627,8 +627,10 @@ void PulsarGrafik::renewLegend()
             visible.resize(std::max(visible.size(), size_t(curve) + 1), true);
             visible[size_t(curve)] = toggled[name];
         }
-        curves.append(
-            {name, QColor(Plot::colourOf(plotData, curve)), Plot::isVisible(plotData, curve)});
+        const auto &set = plotData.graphs.empty() ? plotData.multiGraphs : plotData.graphs;
+        const bool isEmpty = size_t(curve) < set.size() && Plot::lacksFinite(set[size_t(curve)]);
+        curves.append({isEmpty && !name.isEmpty() ? name + ": " + Plot::noFiniteValues : name,
+                       QColor(Plot::colourOf(plotData, curve)), Plot::isVisible(plotData, curve)});
     }
     legend->setCurves(curves);
     placeLegend();

@@ -1,5 +1,6 @@
 #include "simulator/recording.h"
 
+#include "base/timetext.h"
 #include "data/recordingwriter.h"
 #include "simulator/samplesource.h"
 
@@ -59,10 +60,10 @@ QByteArray passport(const Simulation &s)
         "modulus " + modules.join(' '),
         "rays " + QString::number(s.rays),
         "tresolution " + exactText(s.msPerPoint),
-        "date_begin " + begin.toString("dd.MM.yyyy"),
-        "time_begin " + begin.toString("h:mm:ss") + " UTC",
-        "date_end " + end.toString("dd.MM.yyyy"),
-        "time_end " + end.toString("h:mm:ss") + " UTC",
+        "date_begin " + textOfTime(begin, "dd.MM.yyyy"),
+        "time_begin " + textOfTime(begin, "h:mm:ss") + " UTC",
+        "date_end " + textOfTime(end, "dd.MM.yyyy"),
+        "time_end " + textOfTime(end, "h:mm:ss") + " UTC",
         "star_time " + siderealTime(begin),
         "source simulated, seed " + QString::number(s.seed),
     };

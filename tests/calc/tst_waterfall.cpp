@@ -34,6 +34,7 @@ private slots:
     void refused();
     void rowsAreComparable();
     void reductionIsThatOfItsPoints();
+    void samplesThatAreNoNumbers();
     void signalOfAPart_data();
     void signalOfAPart();
     void coloursAreEquallyFarApart();
@@ -143,6 +144,29 @@ void TestWaterfall::reductionIsThatOfItsPoints()
     const ObservationData means = Tools::recordOfMeans(reduction, data);
     QCOMPARE(means.npoints, 77);
     QCOMPARE(means.samples[0][4][0][76], reduction.mean[reduction.index(4, 76)]);
+}
+
+// They are left out of means, extremes and statistics; a column of nothing else has no value.
+void TestWaterfall::samplesThatAreNoNumbers()
+{
+    const float column[] = {NAN, 3, INFINITY, 5, NAN, NAN, NAN, NAN};
+    const ObservationData data = TestSupport::makeRecording(
+        {8, 1, 3, 1}, [&](int p, int, int c, int) { return c == 0 ? column[p] : 2.f; });
+    const std::vector<float> picture = Tools::waterfall(data, {0, 0, 0, 8, 2, 0});
+    QCOMPARE(picture[0], 4.f);
+    QVERIFY(std::isnan(picture[1]));
+    QCOMPARE(picture[2], 2.f);
+
+    Tools::Reduction reduction = Tools::emptyReduction(0, 8, 2, data.channels);
+    const std::vector<double> sums = {NAN, 7, 9, 9, 9, 9, 9, 9};
+    Tools::fillColumns(reduction, 0, 2, data, sums, 0);
+    QCOMPARE((std::vector<float>{reduction.low[0], reduction.high[0], reduction.mean[0],
+                                 reduction.variance[0]}),
+             (std::vector<float>{3, 5, 4, 1}));
+    QVERIFY(std::isnan(reduction.low[1]) && std::isnan(reduction.mean[1]));
+    QCOMPARE(reduction.low[reduction.index(3, 0)], 7.f);
+    const Tools::RowMoments moments = Tools::rowMoments(reduction, 0, 0, 2);
+    QCOMPARE((QVector{moments.min, moments.max, moments.mean}), (QVector{3.0, 5.0, 4.0}));
 }
 
 void TestWaterfall::signalOfAPart_data()

@@ -60,7 +60,7 @@ private slots:
 private:
     QString file(const QByteArray &bytes)
     {
-        return TestSupport::writeFile(folder, "numbers.txt", bytes);
+        return TestSupport::writeFile(folder, "50%1 %2.txt", bytes);
     }
 
     QTemporaryDir folder;

@@ -1,4 +1,5 @@
 #include "data/passport.h"
+#include "data/recordingtime.h"
 #include "support/recordings.h"
 #include "support/testmain.h"
 
@@ -91,13 +92,32 @@ void TestPassport::meaning_data()
     const QByteArray noon = "time_begin 12:00:00 UTC";
     time("UTC", {noon}, "2015-04-01T12:00:00Z");
     time("clock of UTC+3 after midnight", {"time_begin 1:30:00"}, "2015-03-31T22:30:00Z");
-    time("fraction cut off", {"time_begin 12:05:07.75 UTC"}, "2015-04-01T12:05:07Z");
-    time("12.5 s are 12", {noon, "point 1000", "tresolution 12.5"}, "2015-04-01T12:00:12Z");
-    time("before the parent", {noon, "point -1000", "tresolution 12.5"}, "2015-04-01T11:59:48Z");
+    time("hour of one digit", {"time_begin 9:05:07 UTC"}, "2015-04-01T09:05:07Z");
+    time("seconds and more digits", {"time_begin 9:05:071 UTC"}, "");
     time("beyond any calendar", {noon, "point 2147483647", "tresolution 1e300"}, "");
     time("stairs", {noon, "stairs_names x", "point 5", "tresolution 1000"}, "");
     time("time a word", {"time_begin noon UTC"}, "");
     time("no such day", {noon, "date_begin 31.02.2015"}, "");
+
+    const auto exact = [&row](const char *name, const Lines &lines, const char *begin,
+                              const char *exactly) {
+        row(name, Lines{"date_begin 01.04.2015"} + lines, {{"begin", begin}, {"exact", exactly}});
+    };
+    exact("fraction beside the whole seconds", {"time_begin 12:05:07.75 UTC"},
+          "2015-04-01T12:05:07Z", "2015-04-01T12:05:07.750Z");
+    exact("fraction after an hour of one digit", {"time_begin 9:05:07.25 UTC"},
+          "2015-04-01T09:05:07Z", "2015-04-01T09:05:07.250Z");
+    exact("fraction of the clock of UTC+3", {"time_begin 1:30:00,5"}, "2015-03-31T22:30:00Z",
+          "2015-03-31T22:30:00.500Z");
+    exact("12.5 s are 12", {noon, "point 1000", "tresolution 12.5"}, "2015-04-01T12:00:12Z",
+          "2015-04-01T12:00:12.500Z");
+    exact("both fractions", {"time_begin 9:05:07.75 UTC", "point 1000", "tresolution 12.5"},
+          "2015-04-01T09:05:19Z", "2015-04-01T09:05:20.250Z");
+    exact("before the parent", {noon, "point -1000", "tresolution 12.5"}, "2015-04-01T11:59:48Z",
+          "2015-04-01T11:59:47.500Z");
+    // In binary 86 x 12.5 ms are a trace less than 1075 ms.
+    exact("whole milliseconds", {noon, "point 86", "tresolution 12.5"}, "2015-04-01T12:00:01Z",
+          "2015-04-01T12:00:01.075Z");
 }
 
 void TestPassport::meaning()
@@ -110,11 +130,17 @@ void TestPassport::meaning()
     QCOMPARE(header.problem, QString());
     QCOMPARE(d.npoints, 100);
     const QVariantMap values = {
-        {"channels", d.channels}, {"bands", int(d.fbands.size())},
-        {"modules", d.modules},   {"firstModule", d.firstModule},
-        {"rays", d.rays},         {"step", d.tresolution},
-        {"name", d.nativeName},   {"path", d.filePath},
-        {"starTime", d.starTime}, {"begin", d.beginTime.toString(Qt::ISODate)},
+        {"channels", d.channels},
+        {"bands", int(d.fbands.size())},
+        {"modules", d.modules},
+        {"firstModule", d.firstModule},
+        {"rays", d.rays},
+        {"step", d.tresolution},
+        {"name", d.nativeName},
+        {"path", d.filePath},
+        {"starTime", d.starTime},
+        {"begin", d.beginTime.toString(Qt::ISODate)},
+        {"exact", exactBegin(d).toString(Qt::ISODateWithMs)},
     };
     for (const QString &key : expected.keys())
         QCOMPARE(values[key], expected[key]);

@@ -281,6 +281,15 @@ void TestReader::batchAndInteractive()
     QCOMPARE(catcher.boxes().size(), said.isEmpty() ? 0 : 1);
     for (const auto &box : catcher.boxes())
         QCOMPARE((QStringList{box.title, box.text}), said.mid(1));
+    const bool isShort = reader.outcome() == ReadOutcome::Short;
+    QCOMPARE(data.missingPoints > 0, isShort);
+    if (isShort) {
+        const Passport passport = parsePassport(bytes);
+        const qint64 values = (std::min<qint64>(kept, bytes.size()) - passport.size) / 4;
+        QCOMPARE(completePoints(data), int(values / (data.modules * data.rays * data.channels)));
+        QVERIFY(reader.reason().contains(completePoints(data) > 0 ? "The data end at point "
+                                                                  : "None of the "));
+    }
     QCOMPARE(firstDifference(data, bytes.left(int(kept))), QString());
 }
 

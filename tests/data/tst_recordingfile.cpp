@@ -2,9 +2,13 @@
 
 #include "calc/channelsum.h"
 #include "calc/stretchsum.h"
+#include "data/recordingtime.h"
 #include "data/recordingwriter.h"
+#include "data/resulttotext.h"
 #include "support/recordings.h"
 #include "support/testmain.h"
+
+#include <cmath>
 
 using TestSupport::Shape;
 
@@ -30,9 +34,11 @@ private slots:
     void refusedAndShort();
     void savedStretchReadsBackEqual();
     void savingIsRefused();
+    void countsAtTheEndOfTheirRange();
     void channelsOffAreLeftOutOfSums();
     void delayedSumEqualsThatOfTheWhole_data();
     void delayedSumEqualsThatOfTheWhole();
+    void delayedSumOfDamagedSamples();
 
 private:
     QString write(const QByteArray &bytes, const QString &name = "a.pnt")
@@ -77,7 +83,7 @@ void TestRecordingFile::partsHoldTheirSamples()
     stretch.channels.assign(channels.begin(), channels.end());
     stretch.wraps = true;
     const StretchReading reading = file.read(stretch);
-    QVERIFY2(reading.end == StretchEnd::Complete, qPrintable(reading.reason));
+    QVERIFY2(reading.whole(), qPrintable(reading.reason()));
 
     const auto fill = [](QVector<int> &indices, int all) {
         for (int i = 0; indices.size() < all && i < all; ++i)
@@ -91,14 +97,15 @@ void TestRecordingFile::partsHoldTheirSamples()
         fill(channels, shape.channels);
     if (channels.last() != 8)
         channels << 8;
-    const ObservationData &data = reading.data;
+    const ObservationData &data = *reading.whole();
     QCOMPARE((QVector{data.npoints, data.modules, data.rays, data.channels, data.firstModule}),
              (QVector<int>{count, modules.size(), rays.size(), channels.size(), modules[0] + 1}));
     QCOMPARE(int(data.fbands.size()), channels.size() - 1);
     QCOMPARE(data.fbands[0], file.header().fbands[std::size_t(channels[0])]);
     QCOMPARE(data.point, first);
-    QCOMPARE(data.beginTime, QDateTime(QDate(2015, 4, 1), QTime(12, 0), Qt::UTC)
-                                 .addMSecs(qint64(std::floor(first * 12.4928))));
+    const QDateTime noon(QDate(2015, 4, 1), QTime(12, 0), Qt::UTC);
+    QCOMPARE(exactBegin(data), noon.addMSecs(qint64(std::floor(first * 12.4928))));
+    QCOMPARE(data.beginTime, noon.addSecs(qint64(first * 0.0124928)));
     for (int m = 0; m < data.modules; ++m)
         for (int c = 0; c < data.channels; ++c)
             for (int r = 0; r < data.rays; ++r)
@@ -118,13 +125,13 @@ void TestRecordingFile::spacedBlocks()
     chosen.rays = {2};
     const SpacedBlocks spaced = {3, 1000, 7, 21};
     const StretchReading reading = file.read(spaced, chosen);
-    QVERIFY(reading.end == StretchEnd::Complete);
+    QVERIFY(reading.whole());
     for (int b = 0; b < 7; ++b)
         for (int p = 0; p < 21; ++p)
-            QCOMPARE(reading.data.samples[0][4][0][b * 21 + p],
+            QCOMPARE(reading.whole()->samples[0][4][0][b * 21 + p],
                      sampleAt(3 + b * 1000 / 7 + p, 1, 4, 2));
-    QVERIFY(file.read(SpacedBlocks{3, 1001, 7, 21}, chosen).end == StretchEnd::Refused);
-    QVERIFY(file.read(SpacedBlocks{3, 1000, 7, 143}, chosen).end == StretchEnd::Refused);
+    QVERIFY(file.read(SpacedBlocks{3, 1001, 7, 21}, chosen).end() == StretchEnd::Refused);
+    QVERIFY(file.read(SpacedBlocks{3, 1000, 7, 143}, chosen).end() == StretchEnd::Refused);
 }
 
 void TestRecordingFile::refusedAndShort()
@@ -134,34 +141,49 @@ void TestRecordingFile::refusedAndShort()
     QVERIFY(file.open(write(bytes.chopped(2 * pointBytes + 10))));
     QCOMPARE(file.announcedSize(), qint64(bytes.size()));
     QCOMPARE(file.completePoints(), 1000);
+    QCOMPARE(file.header().missingPoints, 3);
     Stretch stretch;
     stretch.first = 900;
     stretch.count = 100;
-    QVERIFY(file.read(stretch).end == StretchEnd::Complete);
-    stretch.count = 103;
-    const StretchReading reading = file.read(stretch);
-    QVERIFY(reading.end == StretchEnd::Short && reading.reason.contains(folder.path()));
-    QCOMPARE(reading.data.samples[2][8][4][99], sampleAt(999, 2, 8, 4));
-    QCOMPARE(reading.data.samples[2][5][4][100], sampleAt(1000, 2, 5, 4)); // cut behind this
-    QCOMPARE(reading.data.samples[2][8][4][100], 0.f);
-    QCOMPARE(reading.data.samples[0][0][0][101], 0.f);
+    QVERIFY(file.read(stretch).end() == StretchEnd::Complete);
+    stretch.count = 101;
+    const StretchReading beyond = file.readInPlace(stretch);
+    QVERIFY(beyond.end() == StretchEnd::Refused && !beyond.asFarAsRead());
+    QVERIFY2(
+        beyond.reason().contains("the points 0 to 999. The data end at point 999, 12:00:12.480"),
+        qPrintable(beyond.reason()));
+    stretch.wraps = true; // round the end of what is there
+    const StretchReading round = file.read(stretch);
+    QCOMPARE(round.whole()->samples[2][5][4][100], sampleAt(0, 2, 5, 4));
+    stretch.wraps = false;
 
     SampleReadingHooks hooks;
     hooks.keepAlive = [] { return false; };
-    QVERIFY(file.read(stretch, hooks).end == StretchEnd::Cancelled);
-    stretch.count = 104;
-    QVERIFY(file.read(stretch).end == StretchEnd::Refused);
-    stretch.count = 1;
+    QVERIFY(file.read(stretch, hooks).end() == StretchEnd::Refused);
+    stretch.count = 100;
+    QVERIFY(file.read(stretch, hooks).end() == StretchEnd::Cancelled);
     for (const std::vector<int> &rays : {std::vector{5}, std::vector{-1}, std::vector{2, 2}}) {
         stretch.rays = rays;
-        QVERIFY(file.read(stretch).end == StretchEnd::Refused);
+        QVERIFY(file.read(stretch).end() == StretchEnd::Refused);
     }
+    stretch.rays.clear();
+    // Cut while it is open.
+    QVERIFY(QFile::resize(file.path(), bytes.size() - 10 * pointBytes - 10));
+    const StretchReading reading = file.read(stretch);
+    QVERIFY(reading.end() == StretchEnd::Short && !reading.whole());
+    QVERIFY2(reading.reason().contains(folder.path()) && reading.reason().contains("from 992 on"),
+             qPrintable(reading.reason()));
+    QCOMPARE(reading.asFarAsRead()->missingPoints, 8);
+    QCOMPARE(reading.asFarAsRead()->samples[2][8][4][91], sampleAt(991, 2, 8, 4));
+    QCOMPARE(reading.asFarAsRead()->samples[2][5][4][92], sampleAt(992, 2, 5, 4)); // cut behind it
+    QCOMPARE(reading.asFarAsRead()->samples[0][0][0][93], 0.f);
     // The counts are sound, their product is not.
     QVERIFY(file.open(write(TestSupport::passportBytes(
         {"npoints 2147483647", "nbands 2147483646", "modulus 1", "rays 2147483647"}))));
     stretch.rays = {0};
-    QVERIFY(file.read(stretch).end == StretchEnd::Refused);
+    QVERIFY(file.read(stretch).end() == StretchEnd::Refused);
     QCOMPARE(file.announcedSize(), qint64(-1));
+    QCOMPARE(Tools::recordingTextBytes(file.path()), qint64(0));
 }
 
 // A stretch, and a stretch of that stretch, which is one of the first recording again.
@@ -175,6 +197,7 @@ void TestRecordingFile::savedStretchReadsBackEqual()
     const QString first = folder.filePath("first.pnthr");
     const QString second = folder.filePath("second.pnthr");
     QVERIFY(file.open(parent));
+    const RecordingClock whole(file.header());
     QCOMPARE(saveStretch(file, 201, 700, 26.8, first), QString());
     QVERIFY(file.open(first));
     QCOMPARE(saveStretch(file, 99, 300, 26.8, second), QString());
@@ -191,7 +214,12 @@ void TestRecordingFile::savedStretchReadsBackEqual()
         const QDateTime noon(QDate(2015, 4, 1), QTime(12, 0), Qt::UTC);
         const QDateTime begin = noon.addSecs(seconds);
         QCOMPARE(header.beginTime, begin);
-        QCOMPARE(header.nativeName, begin.toString("dd.MM.yyyy hh:mm:ss") + " UTC");
+        const QDateTime exact = noon.addMSecs(qint64(point * 12.4928));
+        QCOMPARE(exactBegin(header), exact);
+        QCOMPARE(header.nativeName, exact.toString("dd.MM.yyyy hh:mm:ss.zzz") + " UTC");
+        // Every point has the UTC that it has in the parent.
+        for (int p = 0; p < count; ++p)
+            QCOMPARE(RecordingClock(header).utc(p), whole.utc(point + p));
         QCOMPARE(header.starTime, QString("0:0:%1").arg(seconds - 2)); // past sidereal midnight
         const auto &entries = file.passport().entries;
         QCOMPARE(entries.value("observer"), QString("Заря"));
@@ -201,7 +229,7 @@ void TestRecordingFile::savedStretchReadsBackEqual()
         all.count = count;
         const StretchReading reading = file.read(all);
         for (int p = 0; p < count; ++p)
-            QCOMPARE(reading.data.samples[2][7][3][p], sampleAt(point + p, 2, 7, 3));
+            QCOMPARE(reading.whole()->samples[2][7][3][p], sampleAt(point + p, 2, 7, 3));
     }
 }
 
@@ -222,6 +250,31 @@ void TestRecordingFile::savingIsRefused()
     QFile kept(other);
     QVERIFY(kept.open(QIODevice::ReadOnly));
     QCOMPARE(kept.readAll(), QByteArray("old"));
+}
+
+// Numbers that the passport may hold and no arithmetic should overflow with.
+void TestRecordingFile::countsAtTheEndOfTheirRange()
+{
+    const QByteArray bytes = TestSupport::recordingBytes({20, 2, 2, 1}, sampleAt);
+    const QByteArray odd = "numpar 11\npoint 2147483647\nstar_time 2000000000:00:00\n"
+                           "modulus 2147483647 2147483647\n" +
+                           bytes.mid(bytes.indexOf('\n') + 1).replace("modulus 1 2", "source x");
+    QVERIFY2(file.open(write(odd)), qPrintable(file.reason()));
+    QCOMPARE(file.header().point, 2147483647);
+    Stretch stretch;
+    stretch.first = 10;
+    stretch.count = 10;
+    const StretchReading reading = file.read(stretch);
+    QVERIFY2(reading.whole(), qPrintable(reading.reason()));
+    QCOMPARE(reading.whole()->point, 2147483647);
+    QCOMPARE(reading.whole()->starTime, QString("2000000000:00:00"));
+    QCOMPARE(RecordingClock(*reading.whole()).utc(0), RecordingClock(file.header()).utc(10));
+    const QString text = folder.filePath("odd.txt");
+    QCOMPARE(Tools::observationToText(*reading.whole(), text).text, QString());
+    QFile written(text);
+    QVERIFY(written.open(QIODevice::ReadOnly));
+    QCOMPARE(written.readAll().count("module 2147483647 ray 1:"), 20);
+    QVERIFY(saveStretch(file, 10, 10, 0, folder.filePath("x.pnthr")).contains("too large"));
 }
 
 void TestRecordingFile::channelsOffAreLeftOutOfSums()
@@ -262,11 +315,41 @@ void TestRecordingFile::delayedSumEqualsThatOfTheWhole()
         Tools::sumChannels(TestSupport::makeRecording(shape, rough), dispersion, 2, 3);
     for (const auto &[first, count] : {std::pair(0, 1003), {0, 10}, {400, 91}, {900, 103}}) {
         const Tools::StretchSum part = Tools::sumChannels(file, dispersion, 2, 3, first, count);
-        QVERIFY(part.end == StretchEnd::Complete);
-        QCOMPARE(part.sums,
+        QVERIFY2(part.whole(), qPrintable(part.reason()));
+        QCOMPARE(part.whole()->sums,
                  std::vector<double>(whole.begin() + first, whole.begin() + first + count));
     }
-    QVERIFY(Tools::sumChannels(file, dispersion, 2, 3, 1000, 4).end == StretchEnd::Refused);
+    QVERIFY(Tools::sumChannels(file, dispersion, 2, 3, 1000, 4).end() == StretchEnd::Refused);
+}
+
+void TestRecordingFile::delayedSumOfDamagedSamples()
+{
+    const auto holed = [](int p, int m, int c, int r) {
+        const bool isHole = (c == 3 && p >= 100 && p < 103) || (c == 5 && r == 1) || c == 8;
+        return isHole ? NAN : sampleAt(p, m, c, r);
+    };
+    const QByteArray bytes = TestSupport::recordingBytes(shape, holed);
+    QVERIFY(file.open(write(bytes)));
+    const Tools::StretchSum sum = Tools::sumChannels(file, 0, 0, 2, 0, 1003);
+    QVERIFY2(sum.whole(), qPrintable(sum.reason()));
+    QCOMPARE(sum.whole()->remark,
+             QString("3 samples are no finite numbers: channel 4 at points 100 to 102."));
+    // The samples of a channel rise evenly, 135 a point, and without the three the one in the
+    // middle is that of point 501 or 502.
+    double expected = 0;
+    for (int c = 0; c < 8; ++c)
+        expected += c == 3 ? (double(sampleAt(501, 0, 3, 2)) + double(sampleAt(502, 0, 3, 2))) / 2
+                           : double(sampleAt(101, 0, c, 2));
+    QVERIFY(std::abs(sum.whole()->sums[101] - expected) < 136);
+    const Tools::StretchSum refused = Tools::sumChannels(file, 0, 0, 1, 0, 1003);
+    QVERIFY(refused.end() == StretchEnd::Refused);
+    QVERIFY2(refused.reason().contains("Channel 6 holds no finite number"),
+             qPrintable(refused.reason()));
+
+    QVERIFY(QFile::resize(file.path(), bytes.size() - 4)); // meanwhile
+    const Tools::StretchSum cut = Tools::sumChannels(file, 0, 0, 2, 0, 1003);
+    QVERIFY(cut.end() == StretchEnd::Short && !cut.whole() && !cut.asFarAsRead());
+    QVERIFY2(cut.reason().contains("ends early"), qPrintable(cut.reason()));
 }
 
 ZRT_UNIT_TEST_MAIN(TestRecordingFile)

@@ -137,6 +137,9 @@ void TestFfaForm::files()
     const QPointer<FfaForm> form = new FfaForm(file(bytes), window.get());
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCOMPARE(!form.isNull(), opens);
+    if (opens)
+        QCOMPARE(!form->findChild<QLabel *>("dataEnd")->isHidden(),
+                 QByteArray(QTest::currentDataTag()).contains("missing"));
     if (!opens) {
         QCOMPARE(catcher.boxes().size(), 1);
         QCOMPARE(catcher.boxes()[0].text, QString("Bad file!\nFile without data"));

@@ -35,6 +35,9 @@ private slots:
     void stepsAreTakenOutAndMarked();
     void reductionWithoutSamples();
     void endsWhenNotWanted();
+    void samplesThatAreNoNumbers_data();
+    void samplesThatAreNoNumbers();
+    void endsEarly();
 
 private:
     // All that is handed over for a request.
@@ -48,10 +51,84 @@ private:
         return pictures;
     }
 
+    void write(const QByteArray &bytes) { path = TestSupport::writeFile(folder, "b.pnt", bytes); }
+
     QTemporaryDir folder;
     QString path;
     ObservationData recording;
 };
+
+void TestNativeLoad::samplesThatAreNoNumbers_data()
+{
+    QTest::addColumn<bool>("isDetailed");
+    QTest::addColumn<bool>("deletesSteps");
+    QTest::newRow("every sample") << true << false;
+    QTest::newRow("without steps") << true << true;
+    QTest::newRow("reduction") << false << false;
+}
+
+void TestNativeLoad::samplesThatAreNoNumbers()
+{
+    QFETCH(bool, isDetailed);
+    QFETCH(bool, deletesSteps);
+    const auto holed = [](int p, int m, int c, int r) {
+        const bool isHole = (p >= 700 && p < 720 && c < 3) || (r == 1 && c == 5);
+        return isHole ? NAN : sampleAt(p, m, c, r);
+    };
+    write(TestSupport::recordingBytes(shape, holed));
+    NativeRequest request;
+    request.domain = {500, 19000, isDetailed};
+    request.deletesSteps = deletesSteps;
+    const auto picture = load(request).back();
+    QCOMPARE(picture->nonFinite, QString("60 samples are no finite numbers: channels 1 to 3 at "
+                                         "points 700 to 719."));
+    NativeChoice choice;
+    choice.show = NativeShow::Sum;
+    NativeCurves drawn = nativeCurves(*picture, choice);
+    for (const float value : drawn.curves[0])
+        QVERIFY(std::isfinite(value));
+    choice.show = NativeShow::Channel;
+    choice.channel = 2;
+    drawn = nativeCurves(*picture, choice);
+    const auto gap = std::size_t((710 - drawn.first) / drawn.step);
+    QVERIFY(std::isnan(drawn.curves[0][gap]));
+    QVERIFY(std::isfinite(drawn.curves[0][gap + 300]));
+
+    // A channel without any number: no sum, until it is switched off.
+    request.ray = 1;
+    choice.show = NativeShow::Sum;
+    const auto without = load(request).back();
+    drawn = nativeCurves(*without, choice);
+    QCOMPARE(without->bandsWithoutNumbers, std::vector<int>{5});
+    for (const float value : drawn.curves[0])
+        QVERIFY(std::isnan(value));
+    request.channelsOff = choice.channelsOff = {false, false, false, false, false, true};
+    drawn = nativeCurves(*load(request).back(), choice);
+    QCOMPARE(drawn.problem, QString());
+    QVERIFY(std::isfinite(drawn.curves[0][0]) && std::isfinite(drawn.curves[0][gap]));
+}
+
+// Of what is there all is shown, and delays go round the end of that.
+void TestNativeLoad::endsEarly()
+{
+    constexpr int missing = 3000;
+    const QByteArray bytes = TestSupport::recordingBytes(shape, sampleAt);
+    write(bytes.chopped(missing * 2 * 3 * 9 * 4 - 7));
+    ObservationData cut = recording;
+    cut.npoints -= missing - 1;
+    --cut.npoints; // the last one is not whole
+    NativeRequest request;
+    request.domain = {15000, 2000, true};
+    request.marginDispersion = 500;
+    const auto picture = load(request).back();
+    QCOMPARE(picture->problem, QString());
+    NativeChoice choice;
+    choice.show = NativeShow::Sum;
+    choice.dispersion = 480;
+    const std::vector<double> whole = Tools::sumChannels(cut, 480, 0, 0);
+    QCOMPARE(nativeCurves(*picture, choice).series,
+             std::vector<double>(whole.begin() + 15000, whole.begin() + 17000));
+}
 
 void TestNativeLoad::initTestCase()
 {

@@ -12,6 +12,7 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QGroupBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -58,6 +59,8 @@ private slots:
     void badNumberCountsAsZero();
     void refusedNumberRunsNothing();
     void stopsAtTheEnd();
+    void endsWithTheData();
+    void samplesThatAreNoNumbers();
     void changedPoints();
     void harmonicOfThePeriod();
     void reportsTellWhatTheyAreOf();
@@ -67,8 +70,9 @@ private slots:
 
 private:
     QString file(const QByteArray &bytes);
-    /// Opens the form on a recording of sines, with ray 1 and first point 0.
-    PulsarForm *openForm();
+    /// Opens the form on a recording of sines, or another one, with ray 1 and first point 0.
+    PulsarForm *openForm() { return openForm(sines); }
+    PulsarForm *openForm(const QByteArray &bytes);
     template <typename Widget>
     Widget *find(const char *name) const
     {
@@ -110,9 +114,9 @@ QString TestPulsarForm::file(const QByteArray &bytes)
     return TestSupport::writeFile(*folder, "x.pnt", bytes);
 }
 
-PulsarForm *TestPulsarForm::openForm()
+PulsarForm *TestPulsarForm::openForm(const QByteArray &bytes)
 {
-    auto *const form = new PulsarForm(file(sines), window.get());
+    auto *const form = new PulsarForm(file(bytes), window.get());
     find<QSpinBox>("ray")->setValue(1);
     type("firstPoint", "0");
     return form;
@@ -403,6 +407,47 @@ void TestPulsarForm::stopsAtTheEnd()
     type("dispersion", "26.2");
     find<QRadioButton>("sumChannelsDemoNoise")->click();
     QVERIFY2(report().contains("of the 32 bands whole"), qPrintable(report()));
+}
+
+// The window names the last point that is there, and no action goes beyond it.
+void TestPulsarForm::endsWithTheData()
+{
+    MessageBoxCatcher catcher;
+    openForm(sines.chopped(15000 * 33 * 4 - 7)); // 24999 of 40000 points and most of one more
+    QVERIFY(catcher.boxes().value(0).text.startsWith("File size is incorrect"));
+    QVERIFY(!find<QLabel>("dataEnd")->isHidden());
+    QCOMPARE(find<QLabel>("dataEnd")->text(),
+             QString("The data end at point 24999, 12:05:12.307 UTC, of 40000 points announced."));
+    type("period", "1");
+    find<QRadioButton>("sumPeriod")->click();
+    QVERIFY2(report().contains("\nNumber of points = 25000\n"), qPrintable(report()));
+    type("firstPoint", "8616"); // 25000 - 16384
+    find<QRadioButton>("sumChannelsAndFourier")->click();
+    QVERIFY2(catcher.boxes().last().text.contains("Allowed: 0 to 8615"),
+             qPrintable(catcher.boxes().last().text));
+    find<QRadioButton>("isZrtUtc")->setChecked(true);
+    type("zrtUtc", "12:05:13");
+    find<QPushButton>("pushButton")->click();
+    QVERIFY2(catcher.boxes().last().text.contains("to 12:05:12.307"),
+             qPrintable(catcher.boxes().last().text));
+}
+
+void TestPulsarForm::samplesThatAreNoNumbers()
+{
+    const auto bytes = TestSupport::recordingBytes(longShape, [](int p, int, int c, int) {
+        return c == 2 || (c == 4 && p == 100) ? NAN : sineSample(p, 0, c, 0);
+    });
+    MessageBoxCatcher catcher;
+    PulsarForm *const form = openForm(bytes);
+    find<QRadioButton>("sumChannelsAndFourier")->click();
+    QVERIFY2(catcher.boxes().value(0).text.startsWith("Channel 3 holds no finite number"),
+             qPrintable(catcher.boxes().value(0).text));
+    find<QSpinBox>("channel")->setValue(5);
+    find<QRadioButton>("showNative")->click();
+    QVERIFY2(report().contains("1 sample is no finite number: channel 5 at point 100."),
+             qPrintable(report()));
+    QVERIFY(std::isnan(find<PulsarGrafik>("grafik")->data().graphs[0][100]));
+    QVERIFY(form->isVisible());
 }
 
 void TestPulsarForm::changedPoints()

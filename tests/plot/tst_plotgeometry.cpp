@@ -98,6 +98,9 @@ void TestPlotGeometry::workedByHand_data()
     add("range above the bound", rangeOf({{100001, 200000}}), "100000..200000");
     add("range without what is not finite", rangeOf({{NAN, -2, -INFINITY, 1}}), "-2..1");
 
+    add("range of nothing finite", rangeOf({{NAN, INFINITY}, {-INFINITY}}), "0..0");
+    add("range of no samples", rangeOf({{}}), "0..0");
+
     add("row truncated upwards", pixelOf(ranged(0, 100), 1, 0.5), "66,328");
     add("column truncated", pixelOf(ranged(0, 100, 7), 1, 0), "145,330");
     add("longest curve", pixelOf(ranged(0, 100, 0), 4, 0), "660,330");

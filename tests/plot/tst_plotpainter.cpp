@@ -47,6 +47,7 @@ private slots:
     void sameAsStraight_data();
     void sameAsStraight();
     void layers();
+    void nothingFinite();
 };
 
 void TestPlotPainter::sameAsStraight_data()
@@ -123,6 +124,25 @@ void TestPlotPainter::layers()
     QCOMPARE(blank.pixelColor(509, 310), QColor("white")); // neither curve nor selection
     data.message = "Message";
     QVERIFY(painted(data).copy(30, 44, 100, 22) != blank.copy(30, 44, 100, 22));
+}
+
+// A text stands in the place of curves that cannot be drawn, and goes as soon as one can be.
+void TestPlotPainter::nothingFinite()
+{
+    const QRect text(70, 40, 120, 25);
+    const auto isBlank = [&](const PlotData &data) {
+        PlotData empty = data;
+        empty.graphs.clear();
+        return painted(data).copy(text) == painted(empty).copy(text);
+    };
+    PlotData data = dataOf({{NAN, INFINITY, -INFINITY}, {}}, 3, -1, 1);
+    QVERIFY(!isBlank(data));
+    data.graphs.push_back({NAN, 0});
+    QVERIFY(isBlank(data));
+    data.visible = {true, true, false};
+    QVERIFY(!isBlank(data));
+    data.visible = {false, true, false};
+    QVERIFY(isBlank(data));
 }
 
 ZRT_GUI_TEST_MAIN(TestPlotPainter)

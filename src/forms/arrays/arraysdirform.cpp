@@ -157,16 +157,12 @@ void ArraysDirForm::describe(QListWidgetItem *item, const NumberFile &file)
         return;
     }
     const QString more = file.isWhole ? "" : " or more";
-    item->setText(QString("%1\n%2%3 x %4")
-                      .arg(shownName(name))
-                      .arg(table.rows())
-                      .arg(more)
-                      .arg(table.columns()));
-    item->setToolTip(QString("%1\n%2%3 lines of up to %4 numbers")
-                         .arg(name)
-                         .arg(table.rows())
-                         .arg(more)
-                         .arg(table.columns()));
+    item->setText(shownName(name) +
+                  QString("\n%1%2 x %3").arg(table.rows()).arg(more).arg(table.columns()));
+    item->setToolTip(name + QString("\n%1%2 lines of up to %3 numbers")
+                                .arg(table.rows())
+                                .arg(more)
+                                .arg(table.columns()));
     const ArrayPlot::Series first = curveOf(file, 0, true);
     const qreal ratio = devicePixelRatioF();
     QPixmap picture =
@@ -236,7 +232,7 @@ void ArraysDirForm::showPicked()
         }
         ArrayPlot::Series one = curveOf(file, curve, firstIsX);
         if (one.values.empty()) {
-            report << QString("%1 has no curve %2.").arg(name).arg(curve + 1);
+            report << name + QString(" has no curve %1.").arg(curve + 1);
             continue;
         }
         if (firstIsX) {

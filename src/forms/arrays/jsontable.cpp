@@ -98,11 +98,11 @@ NumberFile readJsonTable(const QString &path, qint64 limit)
         return file;
     const qint64 free = availableMemory();
     if (free > 0 && in.size() > free / bytesPerByte) {
-        file.error = QString("%1 is too large for this machine: as JSON it takes %2 MB, %3 MB are "
-                             "free. Write the table as text or CSV.")
-                         .arg(shown)
-                         .arg(in.size() / megabyte * bytesPerByte)
-                         .arg(free / megabyte);
+        file.error =
+            shown + QString(" is too large for this machine: as JSON it takes %1 MB, %2 MB are "
+                            "free. Write the table as text or CSV.")
+                        .arg(in.size() / megabyte * bytesPerByte)
+                        .arg(free / megabyte);
         return file;
     }
     const QByteArray bytes = in.readAll();

@@ -34,7 +34,6 @@ QString sizeText(qint64 bytes)
 struct Binary {
     QString path;
     bool isRecording = false; // else a result file
-    qint64 headerBytes = 0;   // before the samples of a recording
     QString problem;          // why it is neither
 };
 
@@ -53,7 +52,6 @@ Binary recognise(const QString &path)
         const bool isResult = Tools::isResultFile(path);
         const Passport passport = readPassport(file);
         binary.isRecording = !isResult && passport.entries.contains("npoints");
-        binary.headerBytes = passport.size;
         if (!isResult && !binary.isRecording)
             binary.problem = shown + " is neither a recording (no \"npoints\" in a passport) nor a "
                                      "result file (no \"points:\" in a header).";
@@ -130,13 +128,12 @@ private:
         QObject::connect(&guard, &BusyGuard::cancelRequested, &reader, &Reader::cancel);
         ObservationData data = Reader::readDataFile(&reader, binary.path);
         if (reader.outcome() == ReadOutcome::Short) {
-            const qint64 pointBytes =
-                qint64(data.modules) * data.rays * data.channels * qint64(sizeof(float));
-            const qint64 whole = (QFileInfo(binary.path).size() - binary.headerBytes) / pointBytes;
+            const int whole = completePoints(data);
             shortness = QString(" It holds the first %1 of %2 points: the recording ends early.")
                             .arg(whole)
                             .arg(data.npoints);
-            data.npoints = int(qBound<qint64>(0, whole, data.npoints));
+            data.npoints = whole;
+            data.missingPoints = 0;
         }
         if (data.npoints < 1 || data.samples == nullptr)
             problem = "Bad file!\nFile without data\n" + reader.reason();

@@ -83,6 +83,7 @@ FfaForm::FfaForm(const QString &path, QWidget *parent)
     fillCentralWidget(this, splitter, nullptr);
 
     fillPresets();
+    showDataEnd(ui->dataEnd, data);
     offerSwitchedChannels(ui->leaveOutChannels, path, data.channels);
     connectInputs();
     showEstimate();

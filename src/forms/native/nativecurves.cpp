@@ -6,16 +6,21 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace {
 
 constexpr double stackSigmas = 8;  // robust sigmas from one stacked band to the next
 constexpr int levelSamples = 8192; // that a stacked band's level is judged by
 
+bool isOff(const std::vector<bool> &channelsOff, int channel)
+{
+    return std::size_t(channel) < channelsOff.size() && channelsOff[std::size_t(channel)];
+}
+
 bool isOff(const NativeChoice &choice, int channel)
 {
-    return std::size_t(channel) < choice.channelsOff.size() &&
-           choice.channelsOff[std::size_t(channel)];
+    return isOff(choice.channelsOff, channel);
 }
 
 std::vector<float> toFloat(const std::vector<double> &series)
@@ -106,9 +111,14 @@ void drawSum(NativeCurves &drawn, const NativePicture &picture, const NativeChoi
         drawn.curves.push_back(pairs(picture.reduction, drawn.row));
         return;
     }
+    if (!bandsThatKeepFromSumming(picture, choice.channelsOff).empty()) {
+        drawn.series.assign(std::size_t(drawn.count), NAN);
+        drawn.curves.push_back(toFloat(drawn.series));
+        return;
+    }
     ObservationData data = picture.window;
-    if (!choice.channelsOff.empty())
-        data.samples = data.samples.withChannelsOff(choice.channelsOff);
+    data.samples = choice.channelsOff.empty() ? picture.finite
+                                              : picture.finite.withChannelsOff(choice.channelsOff);
     const std::vector<double> sums = data.channels < 2
                                          ? std::vector<double>()
                                          : Tools::sumChannels(data, choice.dispersion, 0, 0);
@@ -129,6 +139,15 @@ void drawSum(NativeCurves &drawn, const NativePicture &picture, const NativeChoi
 }
 
 } // namespace
+
+std::vector<int> bandsThatKeepFromSumming(const NativePicture &picture,
+                                          const std::vector<bool> &channelsOff)
+{
+    std::vector<int> bands;
+    std::copy_if(picture.bandsWithoutNumbers.begin(), picture.bandsWithoutNumbers.end(),
+                 std::back_inserter(bands), [&](int band) { return !isOff(channelsOff, band); });
+    return bands;
+}
 
 NativeCurves nativeCurves(const NativePicture &picture, const NativeChoice &choice)
 {

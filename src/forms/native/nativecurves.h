@@ -39,6 +39,11 @@ struct NativeCurves {
 /// values, the least and the greatest.
 NativeCurves nativeCurves(const NativePicture &picture, const NativeChoice &choice);
 
+/// Bands that are on and hold no finite number: while there are any, the curve of the sum has no
+/// finite value.
+std::vector<int> bandsThatKeepFromSumming(const NativePicture &picture,
+                                          const std::vector<bool> &channelsOff);
+
 /// Least and greatest finite value of the curves between two indices; both 0 without any.
 struct Extremes {
     double min = 0;

@@ -7,6 +7,7 @@
 #include "app/errorbox.h"
 #include "app/lastvalues.h"
 #include "app/settings.h"
+#include "calc/finitesamples.h"
 #include "calc/waterfall.h"
 #include "data/recordingwriter.h"
 #include "data/truenumbers.h"
@@ -611,6 +612,7 @@ void NativeGrafik::showStatistics()
         const Tools::RowMoments moments =
             Tools::rowMoments(reduction, drawn.row, begin, reduction.columnOf(int(part.last)) + 1);
         part.isReduced = true;
+        part.statistics.count = moments.points;
         part.statistics.mean = moments.mean;
         part.statistics.sigma = moments.sigma;
         part.statistics.min = moments.min;
@@ -663,6 +665,13 @@ void NativeGrafik::showNotes()
         }
         if (!picture->problem.isEmpty())
             notes << picture->problem;
+        if (!picture->nonFinite.isEmpty())
+            notes << picture->nonFinite + " In sums they count as the median of their channel.";
+        const std::vector<int> bands = bandsThatKeepFromSumming(*picture, channelsOff);
+        if (!bands.empty())
+            notes << Tools::noFiniteText(bands) +
+                         " here: there is no sum until a click on the bandpass switches " +
+                         (bands.size() == 1 ? "it off." : "them off.");
     }
     if (!loadFailure.isEmpty())
         notes << loadFailure;

@@ -1,11 +1,13 @@
 #include "forms/native/nativeload.h"
 
 #include "calc/channelsum.h"
+#include "calc/finitesamples.h"
 #include "calc/stretchsum.h"
 
 #include <QElapsedTimer>
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace {
 
@@ -23,6 +25,7 @@ constexpr qint64 deliverInterval = 150; // ms
 constexpr int mostColumns = 8192;
 constexpr int fewestColumns = 1024;
 constexpr qint64 mostReduced = qint64(1) << 20; // values of one array of a reduction
+constexpr std::size_t mostSpans = 16;           // of a channel that are taken down
 
 // How far a kept part reaches beyond what is in sight, and when it is too coarse for it.
 constexpr double expansion = 3;
@@ -50,6 +53,7 @@ public:
         const int channels = file.header().channels;
         const qint64 columns =
             std::clamp<qint64>(mostReduced / (channels + 1), fewestColumns, mostColumns);
+        nonFinite.resize(std::size_t(channels));
         picture.reduction = Tools::emptyReduction(
             domain.first, domain.count, int(std::min<qint64>(columns, domain.count)), channels);
         if (!picture.request.isRepeated && file.pointBytes() * domain.count > glanceFrom)
@@ -78,16 +82,60 @@ private:
         send(picture.share, picture.isGlance);
     }
 
-    // Of a record that the switches were applied to; empty, after a debug line, where the
-    // frequencies or the step are unusable.
-    std::vector<double> sumsOf(const ObservationData &data, double dispersion) const
+    // Of the bands that are on; empty, after a debug line, where the frequencies or the step are
+    // unusable, and where one of them holds no finite number.
+    std::vector<double> sumsOf(const ObservationData &data, const Tools::FiniteSamples &numbers,
+                               double dispersion) const
     {
-        if (data.channels < 2)
+        const std::vector<bool> &off = picture.request.channelsOff;
+        const bool isWhole =
+            std::all_of(numbers.empty.begin(), numbers.empty.end(), [&](int channel) {
+                return channel == data.channels - 1 ||
+                       (std::size_t(channel) < off.size() && off[std::size_t(channel)]);
+            });
+        if (data.channels < 2 || !isWhole || !numbers.samples)
             return {};
         ObservationData masked = data;
-        if (!picture.request.channelsOff.empty())
-            masked.samples = data.samples.withChannelsOff(picture.request.channelsOff);
+        masked.samples = off.empty() ? numbers.samples : numbers.samples.withChannelsOff(off);
         return Tools::sumChannels(masked, dispersion, 0, 0);
+    }
+
+    static Tools::FiniteSamples finiteOf(const ObservationData &data)
+    {
+        return Tools::finiteSamples(data, 0, 0, Tools::wholeChannels(data, data.channels));
+    }
+
+    // Takes down which samples of `count` points from `offset` on are no numbers. The first of
+    // them is point `first` of the recording.
+    void note(const std::vector<Tools::NonFiniteSamples> &found, int offset, int count, int first)
+    {
+        for (const Tools::NonFiniteSamples &ofChannel : found) {
+            Tools::NonFiniteSamples &known = nonFinite[std::size_t(ofChannel.channel)];
+            for (const Tools::PointSpan &span : ofChannel.spans) {
+                const int begin = std::max(span.begin, offset) - offset + first;
+                const int end = std::min(span.end, offset + count) - offset + first;
+                if (begin >= end)
+                    continue;
+                known.channel = ofChannel.channel;
+                known.count += end - begin;
+                // Texts name but a few of them and the last.
+                if (known.spans.size() > mostSpans ||
+                    (!known.spans.empty() && known.spans.back().end == begin))
+                    known.spans.back().end = end;
+                else
+                    known.spans.push_back({begin, end});
+            }
+        }
+        std::vector<Tools::NonFiniteSamples> some;
+        std::copy_if(nonFinite.begin(), nonFinite.end(), std::back_inserter(some),
+                     [](const Tools::NonFiniteSamples &known) { return known.count > 0; });
+        picture.nonFinite = Tools::nonFiniteText(some);
+        picture.bandsWithoutNumbers.clear();
+        for (const Tools::NonFiniteSamples &known : some) {
+            if (known.count == picture.request.domain.count &&
+                known.channel < picture.reduction.channels - 1)
+                picture.bandsWithoutNumbers.push_back(known.channel);
+        }
     }
 
     void glance()
@@ -109,14 +157,15 @@ private:
             domain.first, domain.count, std::min(blocks, reduction.columns),
             std::clamp(domain.count / std::min(blocks, reduction.columns), 1, glancePoints)};
         const StretchReading reading = file.read(spaced, chosen, hooks);
-        if (!reading.data.samples)
+        const ObservationData *const data = reading.whole();
+        if (!data)
             return;
-        const std::vector<double> sums = sumsOf(reading.data, 0);
+        const std::vector<double> sums = sumsOf(*data, finiteOf(*data), 0);
         for (int b = 0; b < spaced.blocks; ++b) {
             const int begin = b == 0 ? 0 : reduction.columnOf(blockFirst(spaced, b));
             const int end = b + 1 == spaced.blocks ? reduction.columns
                                                    : reduction.columnOf(blockFirst(spaced, b + 1));
-            Tools::fillGlance(reduction, begin, end - begin, reading.data, sums, b * spaced.points,
+            Tools::fillGlance(reduction, begin, end - begin, *data, sums, b * spaced.points,
                               spaced.points);
         }
         send(double(spaced.blocks) * spaced.points / domain.count, true);
@@ -146,15 +195,18 @@ private:
             picture.offset = reach.before;
         }
         const StretchReading reading = file.read(stretch, hooks);
-        if (reading.end == StretchEnd::Cancelled)
+        if (reading.end() == StretchEnd::Cancelled)
             return;
-        if (!reading.data.samples) {
-            finish(reading.reason);
+        // What a file that was cut meanwhile still holds is shown, with the reason beside it.
+        if (!reading.asFarAsRead()) {
+            finish(reading.reason());
             return;
         }
-        picture.window = reading.data;
-        if (!reading.reason.isEmpty())
-            picture.problem = reading.reason;
+        picture.window = *reading.asFarAsRead();
+        if (!reading.reason().isEmpty())
+            picture.problem = reading.reason();
+        finite = finiteOf(picture.window);
+        note(finite.replaced, picture.offset, request.domain.count, request.domain.first);
         if (request.deletesSteps) {
             if (!request.isRepeated &&
                 qint64(picture.window.npoints) * picture.window.channels > longSearch)
@@ -170,8 +222,10 @@ private:
 
     void reduceWindow()
     {
+        picture.finite = finite.samples;
         Tools::fillColumns(picture.reduction, 0, picture.reduction.columns, picture.window,
-                           sumsOf(picture.window, picture.request.dispersion), picture.offset);
+                           sumsOf(picture.window, finite, picture.request.dispersion),
+                           picture.offset);
     }
 
     // The columns alone, so that there is something to look at while steps are searched.
@@ -180,6 +234,7 @@ private:
         reduceWindow();
         const ObservationData window = picture.window;
         picture.window = ObservationData();
+        picture.finite = Samples();
         send(1, true);
         picture.window = window;
     }
@@ -188,7 +243,8 @@ private:
     bool deleteSteps()
     {
         ObservationData &window = picture.window;
-        const auto corrected = SampleBlock::allocate(1, window.channels, 1, window.npoints);
+        const auto corrected =
+            finite.samples ? SampleBlock::allocate(1, window.channels, 1, window.npoints) : nullptr;
         if (!corrected) {
             picture.problem = "There is no memory to delete steps; the data are as recorded.";
             return true;
@@ -198,12 +254,14 @@ private:
             if (!isWanted())
                 return false;
             float *const samples = corrected->ray(0, channel, 0);
-            std::copy_n(window.samples[0][channel][0], window.npoints, samples);
+            std::copy_n(finite.samples[0][channel][0], window.npoints, samples);
             auto &steps = picture.steps[std::size_t(channel)];
             steps = Tools::findLevelSteps(samples, window.npoints, isWanted);
             Tools::removeLevelSteps(samples, window.npoints, steps);
+            Tools::replaceAgain(samples, {channel, 0, completePoints(window)}, finite.replaced);
         }
-        window.samples = Samples(corrected);
+        finite.samples = Samples(corrected);
+        window.samples = Tools::withGaps(finite.samples, window.npoints, finite.replaced);
         return isWanted();
     }
 
@@ -232,15 +290,20 @@ private:
             stretch.count = reduction.columnFirst(column + columns) - stretch.first + reach.after;
             stretch.wraps = true;
             const StretchReading reading = file.read(stretch, hooks);
-            if (reading.end == StretchEnd::Cancelled)
+            if (reading.end() == StretchEnd::Cancelled)
                 return;
-            if (!reading.data.samples) {
-                finish(reading.reason);
+            const ObservationData *const data = reading.whole();
+            if (!data) {
+                finish(reading.reason());
                 return;
             }
+            const Tools::FiniteSamples finiteData = finiteOf(*data);
+            note(finiteData.replaced, reach.before, stretch.count - reach.before - reach.after,
+                 reduction.columnFirst(column));
             const std::vector<double> sums =
-                hasSum ? sumsOf(reading.data, picture.request.dispersion) : std::vector<double>();
-            Tools::fillColumns(reduction, column, columns, reading.data, sums, reach.before);
+                hasSum ? sumsOf(*data, finiteData, picture.request.dispersion)
+                       : std::vector<double>();
+            Tools::fillColumns(reduction, column, columns, *data, sums, reach.before);
             picture.share = double(column + columns) / reduction.columns;
             if (sinceDelivery.elapsed() > deliverInterval) {
                 send(picture.share, true);
@@ -257,6 +320,8 @@ private:
     RecordingFile file;
     Stretch chosen;
     SampleReadingHooks hooks;
+    Tools::FiniteSamples finite;                    // of the window
+    std::vector<Tools::NonFiniteSamples> nonFinite; // of the part, one per channel
 };
 
 } // namespace

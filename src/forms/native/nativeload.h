@@ -59,11 +59,16 @@ struct NativePicture {
     /// the part was read.
     ObservationData window;
     int offset = 0; ///< point of the window at which the part begins
+    /// The same samples for sums: finite, the median of the channel's others in the place of what
+    /// is no number, but for the bands that have no finite number at all.
+    Samples finite;
+    std::vector<int> bandsWithoutNumbers; ///< of the part, indices from 0, ascending
     /// Of every channel, points of the window; empty where none are deleted.
     std::vector<std::vector<Tools::LevelStep>> steps;
 
     bool isLast = false;
-    QString problem; ///< what a user should know of the file; may come with samples
+    QString problem;   ///< what a user should know of the file; may come with samples
+    QString nonFinite; ///< which samples read so far are no numbers; empty where all are
 };
 
 /// Reads what is asked for and hands it over step by step, on the calling thread.

@@ -1,5 +1,6 @@
 #include "forms/native/nativetexts.h"
 
+#include "data/recordingtime.h"
 #include "forms/pulsar/pulsartexts.h"
 
 #include <QLocale>
@@ -10,8 +11,7 @@ namespace NativeTexts {
 
 namespace {
 
-constexpr double longestTime = 1e15;         // ms; beyond it a step is no time
-constexpr double siderealRate = 1.002737909; // sidereal seconds per second
+constexpr double longestTime = 1e15; // ms; beyond it a step is no time
 
 QString bytesText(qint64 bytes)
 {
@@ -51,36 +51,25 @@ SizeCheck sizeCheck(const RecordingFile &file)
     if (announced >= 0 && difference > 0)
         return {false, QString("Size: %1, %2 more than the passport says; they are not shown")
                            .arg(bytesText(file.size()), bytesText(difference))};
-    return {false,
-            QString("Size: %1, but the passport announces %2. Shown are the %3 points that are "
-                    "there; copy the file again")
-                .arg(bytesText(file.size()),
-                     announced < 0 ? QString("more than 8 EiB") : bytesText(announced))
-                .arg(file.completePoints())};
+    return {false, QString("Size: %1, but the passport announces %2. %3 Copy the file again")
+                       .arg(bytesText(file.size()),
+                            announced < 0 ? QString("more than 8 EiB") : bytesText(announced),
+                            dataEndText(file.header()))};
 }
 
 QString utcText(const ObservationData &header, double point)
 {
-    const double ms = std::floor(point * header.tresolution * 1000);
-    if (!header.beginTime.isValid() || !(std::abs(ms) < longestTime))
-        return {};
-    return FormTexts::timeOfDay(header.beginTime.time().msecsSinceStartOfDay() + qint64(ms));
+    const RecordingClock clock(header);
+    return clock.utc(point).isValid() ? FormTexts::timeOfDay(clock.msOfDay(point)) : QString();
 }
 
 QString siderealText(const ObservationData &header, double point)
 {
-    const QStringList parts = header.starTime.split(':');
+    const std::optional<int> begin = siderealSeconds(header.starTime);
     const double seconds = point * header.tresolution * siderealRate;
-    if (parts.size() != 3 || !(std::abs(seconds) * 1000 < longestTime))
+    if (!begin || !(std::abs(seconds) * 1000 < longestTime))
         return {};
-    qint64 begin = 0;
-    for (const QString &part : parts) {
-        bool isNumber = false;
-        begin = begin * 60 + part.toInt(&isNumber);
-        if (!isNumber)
-            return {};
-    }
-    return FormTexts::timeOfDay((begin + qint64(std::floor(seconds))) * 1000).left(8);
+    return FormTexts::timeOfDay((*begin + qint64(std::floor(seconds))) * 1000).left(8);
 }
 
 QString coordsText(const ObservationData &header, double point, const QString &value)
@@ -108,11 +97,14 @@ QString statisticsHtml(const StatisticsPart &part)
                        .arg(part.first)
                        .arg(part.last)
                        .arg(valueText(part.seconds));
-    const auto orDash = [&](double value) { return part.isReduced ? "-" : valueText(value); };
-    html += "<table width='100%'>" + tableRow("mean", valueText(s.mean)) +
-            tableRow("sigma", valueText(s.sigma)) + tableRow("median", orDash(s.median)) +
-            tableRow("MAD", orDash(part.deviation)) + tableRow("minimum", valueText(s.min)) +
-            tableRow("maximum", valueText(s.max));
+    const auto orDash = [&](double value) {
+        return s.count == 0 ? QString("-") : valueText(value);
+    };
+    const auto ofSamples = [&](double value) { return part.isReduced ? "-" : orDash(value); };
+    html += "<table width='100%'>" + tableRow("mean", orDash(s.mean)) +
+            tableRow("sigma", orDash(s.sigma)) + tableRow("median", ofSamples(s.median)) +
+            tableRow("MAD", ofSamples(part.deviation)) + tableRow("minimum", orDash(s.min)) +
+            tableRow("maximum", orDash(s.max));
     if (part.isSelected)
         html += tableRow("S/N", part.isReduced || part.signal.surroundings == 0
                                     ? "-"

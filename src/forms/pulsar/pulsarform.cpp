@@ -10,6 +10,7 @@
 #include "calc/fourier.h"
 #include "calc/pulsarcommand.h"
 #include "calc/reporttext.h"
+#include "data/recordingtime.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
 #include "forms/pulsar/pulsartexts.h"
@@ -72,6 +73,7 @@ PulsarForm::PulsarForm(const QString &path, QWidget *parent)
     PulsarParameters presets;
     readDispersions(presets);
     fillCentralWidget(this, grafik, info);
+    showDataEnd(ui->dataEnd, data);
     offerSwitchedChannels(ui->leaveOutChannels, path, data.channels);
     connectInputs();
     lastValues = std::make_unique<LastValues>(this);
@@ -200,7 +202,8 @@ void PulsarForm::compute(const QString &action, int points)
     std::optional<PulsarParameters> parameters = readParameters();
     if (!parameters)
         return;
-    parameters->points = points;
+    // The other actions show so many points of what they give.
+    parameters->points = worksOnChannel(action) ? points : 0;
 
     // What a single channel shows is there whether the channel is on or off.
     const SwitchedRecording recording =
@@ -458,8 +461,7 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, const
         plot.firstPoint = result.axis.first;
         plot.pointStep = result.axis.step;
         plot.msPerPoint = data.tresolution * result.axis.step * 1000;
-        plot.beginTime =
-            data.beginTime.addMSecs(qint64(result.axis.first * data.tresolution * 1000));
+        plot.beginTime = RecordingClock(data).utc(result.axis.first);
     }
     const Plot::Range range = Plot::verticalRange(plot);
     plot.yPrecision = FormTexts::labelDecimals(range.max - range.min);

@@ -1,6 +1,8 @@
 #include "forms/pulsar/pulsartexts.h"
 
+#include "base/timetext.h"
 #include "calc/computedon.h"
+#include "data/recordingtime.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,7 +12,6 @@ namespace FormTexts {
 namespace {
 
 constexpr qint64 msPerDay = 24LL * 3600 * 1000;
-constexpr double longestTime = 1e15; // ms; beyond it a step is no time
 
 // One digit beyond the step: neighbouring values differ, and no digit is noise.
 int decimalsOfStep(double step)
@@ -22,14 +23,11 @@ AxisTexts timeTexts(const PulsarAxis &axis, int count, const ObservationData &da
 {
     AxisTexts texts;
     texts.row1 = [axis](int i) { return QString::number(qint64(axis.first + i * axis.step)); };
-    const double msPerPoint = data.tresolution * 1000;
-    const double lastMs = (axis.first + count * axis.step) * msPerPoint;
-    if (!data.beginTime.isValid() || !(std::abs(lastMs) < longestTime))
-        return texts;
-    const qint64 begin = data.beginTime.time().msecsSinceStartOfDay();
-    texts.row2 = [axis, begin, msPerPoint](int i) {
-        return timeOfDay(begin + qint64(std::floor((axis.first + i * axis.step) * msPerPoint)));
-    };
+    const RecordingClock clock(data);
+    if (clock.utc(axis.first + count * axis.step).isValid())
+        texts.row2 = [axis, clock](int i) {
+            return timeOfDay(clock.msOfDay(axis.first + i * axis.step));
+        };
     return texts;
 }
 
@@ -107,22 +105,26 @@ StartPoint pointAtUtc(const ObservationData &data, const QString &time)
     if (!wanted.isValid())
         return {0, "\"" + time + "\" is no time.\nType ZRT UTC as hh:mm:ss."};
 
-    if (!(data.tresolution > 0) || !(data.npoints * data.tresolution < longestTime / 1000))
+    const RecordingClock clock(data);
+    if (!(data.tresolution > 0) || !clock.isKnown())
         return {0,
                 QString("The passport gives a step of %1 ms (tresolution), so that no time can be "
                         "found in the recording.\nChoose \"First point\" instead.")
                     .arg(data.tresolution * 1000)};
 
-    const qint64 sinceBegin = data.beginTime.time().msecsTo(wanted);
-    const double ms = double(sinceBegin < 0 ? sinceBegin + msPerDay : sinceBegin);
+    // A time of whole seconds is that of the begin in the begin's own second.
+    const QTime begin = exactBegin(data).time();
+    const bool isBegin = wanted.msec() == 0 && wanted.secsTo(begin) == 0 && wanted < begin;
+    const qint64 ms = (isBegin ? begin : wanted).msecsSinceStartOfDay();
+    const bool isNextDay = !isBegin && wanted < begin;
     // The tiny surplus keeps a time that is a whole number of steps on its own point.
-    const double point = std::floor(ms / (data.tresolution * 1000) + 1e-6);
-    if (point >= data.npoints) {
-        const qint64 length = qint64((data.npoints - 1) * data.tresolution * 1000);
+    const double point =
+        std::max(0.0, std::floor(clock.pointAt(isNextDay ? ms + msPerDay : ms) + 1e-6));
+    const int last = completePoints(data) - 1;
+    if (point > last)
         return {0, QString("%1 UTC is not in the recording.\nAllowed: %2 to %3.")
-                       .arg(time, data.beginTime.toString("hh:mm:ss"),
-                            data.beginTime.addMSecs(length).toString("hh:mm:ss"))};
-    }
+                       .arg(time, textOfTime(clock.utc(0), "hh:mm:ss.zzz"),
+                            textOfTime(clock.utc(last), "hh:mm:ss.zzz"))};
     return {int(point), {}};
 }
 

@@ -1,0 +1,182 @@
+#include "analyses/days/powerstack.h"
+
+#include "base/targetclones.h"
+#include "calc/localmedian.h"
+#include "calc/significance.h"
+
+#include <algorithm>
+#include <boost/math/special_functions/gamma.hpp>
+#include <cmath>
+#include <cstddef>
+
+namespace Days {
+
+namespace {
+
+// Adds one day from the first to before the last bin, shifted by whole bins.
+ZRT_TARGET_CLONES void addRun(const float *powers, double weight, double *sums, int count)
+{
+    for (int i = 0; i < count; ++i)
+        sums[i] += weight * double(powers[i]);
+}
+
+// Adds one value of a day to a run of neighbouring fine positions.
+ZRT_TARGET_CLONES void addValue(double value, double *sums, int count)
+{
+    for (int i = 0; i < count; ++i)
+        sums[i] += value;
+}
+
+int nearestBin(double position, int bins)
+{
+    return std::clamp(int(std::floor(position + 0.5)), 0, bins - 1);
+}
+
+// First bin at or after `from` whose shift is not that of `from`; `bins` if there is none. The
+// shift k (ratio - 1) is monotonous, so the run's end is found by halving.
+int endOfRun(int from, int bins, double ratio)
+{
+    const auto shiftAt = [ratio](int bin) { return int(std::floor(bin * ratio + 0.5)) - bin; };
+    const int shift = shiftAt(from);
+    int inside = from;
+    int outside = bins;
+    while (outside - inside > 1) {
+        const int middle = inside + (outside - inside) / 2;
+        (shiftAt(middle) == shift ? inside : outside) = middle;
+    }
+    return outside;
+}
+
+void addDay(const DayPowers &day, int bins, double *sums)
+{
+    for (int begin = 0; begin < bins;) {
+        const int end = endOfRun(begin, bins, day.ratio);
+        const int shift = int(std::floor(begin * day.ratio + 0.5)) - begin;
+        // What would lie outside the day's spectrum is taken from its last or first bin.
+        const int first = std::clamp(begin, std::min(end, -shift), end);
+        const int last = std::clamp(bins - shift, first, end);
+        for (int bin = begin; bin < first; ++bin)
+            sums[bin] += day.weight * double(day.powers[0]);
+        addRun(day.powers + first + shift, day.weight, sums + first, last - first);
+        for (int bin = last; bin < end; ++bin)
+            sums[bin] += day.weight * double(day.powers[bins - 1]);
+        begin = end;
+    }
+}
+
+// Adds a day to the fine positions from `begin` to before `end`.
+void addDayFinely(const DayPowers &day, int bins, int begin, int end, double *sums)
+{
+    const double step = day.ratio / finePerBin;
+    for (int position = begin; position < end;) {
+        const int bin = nearestBin(position * step, bins);
+        // Up to the last position that is nearest to this bin.
+        int next = bin == bins - 1 ? end : int(std::ceil((bin + 0.5) / step));
+        next = std::clamp(next, position + 1, end);
+        addValue(day.weight * double(day.powers[bin]), sums + position, next - position);
+        position = next;
+    }
+}
+
+double medianOfGamma(double shape)
+{
+    return boost::math::gamma_p_inv(shape, 0.5);
+}
+
+} // namespace
+
+std::vector<double> stackDays(const std::vector<DayPowers> &days, int bins)
+{
+    std::vector<double> sums(std::size_t(std::max(0, bins)));
+    for (const DayPowers &day : days)
+        addDay(day, bins, sums.data());
+    return sums;
+}
+
+std::vector<double> stackDaysFinely(const std::vector<DayPowers> &days, int bins)
+{
+    // So many sums stay in the processor's nearest memory while all days pass.
+    constexpr int block = 2048;
+    const int positions = std::max(0, bins) * finePerBin;
+    std::vector<double> sums(static_cast<std::size_t>(positions));
+    for (int begin = 0; begin < positions; begin += block) {
+        for (const DayPowers &day : days)
+            addDayFinely(day, bins, begin, std::min(positions, begin + block), sums.data());
+    }
+    return sums;
+}
+
+std::vector<double> levelOfStack(const std::vector<double> &stack, double shape, int window)
+{
+    std::vector<double> level = Tools::localMedian(stack, window);
+    const double expected = medianOfGamma(shape);
+    for (double &value : level)
+        value = value > 0 ? value / expected : 1;
+    return level;
+}
+
+double countOfTrials(int bins, int harmonics)
+{
+    return std::max(1.0, bins * (1 + 0.6 * std::log2(harmonics)));
+}
+
+namespace {
+
+std::vector<double> harmonicSums(const std::vector<double> &whitened, int bins, int harmonics)
+{
+    std::vector<double> sums(static_cast<std::size_t>(bins));
+    const int step = finePerBin / harmonics;
+    for (int harmonic = 1; harmonic <= harmonics; ++harmonic) {
+        for (int trial = 0; trial < bins; ++trial)
+            sums[std::size_t(trial)] += whitened[std::size_t(trial) * std::size_t(harmonic * step)];
+    }
+    return sums;
+}
+
+std::vector<StackLine> strongestApart(std::vector<StackLine> lines)
+{
+    constexpr double closest = 1.5;
+    std::sort(lines.begin(), lines.end(), [](const StackLine &a, const StackLine &b) {
+        return a.sigma != b.sigma ? a.sigma > b.sigma : a.bin < b.bin;
+    });
+    std::vector<StackLine> kept;
+    for (const StackLine &line : lines) {
+        const bool isNew = std::none_of(kept.begin(), kept.end(), [&line](const StackLine &other) {
+            return std::abs(other.bin - line.bin) < closest;
+        });
+        if (isNew)
+            kept.push_back(line);
+    }
+    return kept;
+}
+
+} // namespace
+
+std::vector<StackLine> findLines(const std::vector<double> &fine, const std::vector<double> &level,
+                                 const LineSearch &search)
+{
+    const int bins = int(level.size());
+    std::vector<double> whitened(fine.size());
+    for (std::size_t i = 0; i < fine.size(); ++i) {
+        const std::size_t bin = std::min((i + finePerBin / 2) / finePerBin, level.size() - 1);
+        whitened[i] = fine[i] / level[bin];
+    }
+    const double trials = countOfTrials(bins - search.lowestBin, search.harmonics);
+    std::vector<StackLine> lines;
+    for (int harmonics = 1; harmonics <= search.harmonics; harmonics *= 2) {
+        const std::vector<double> sums = harmonicSums(whitened, bins, harmonics);
+        const double shape = search.shape * harmonics;
+        const double lowest = Tools::powerAtSigma(shape, search.lowestSigma, trials);
+        for (int trial = search.lowestBin * harmonics; trial < bins; ++trial) {
+            const double power = sums[std::size_t(trial)];
+            if (power < lowest || power < sums[std::size_t(trial - 1)] ||
+                (trial + 1 < bins && power <= sums[std::size_t(trial + 1)]))
+                continue;
+            lines.push_back({double(trial) / harmonics, harmonics, power,
+                             Tools::sigmaOfPower(shape, power, trials)});
+        }
+    }
+    return strongestApart(std::move(lines));
+}
+
+} // namespace Days

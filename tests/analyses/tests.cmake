@@ -1,0 +1,1 @@
+zrt_add_test(analyses/powerstack unit zrt_analyses)

@@ -1,0 +1,89 @@
+#include "calc/localmedian.h"
+#include "calc/whitening.h"
+#include "support/noisespectrum.h"
+#include "support/testmain.h"
+
+#include <cmath>
+#include <limits>
+
+class TestWhitening : public QObject {
+    Q_OBJECT
+
+private slots:
+    void noiseIsExponential_data();
+    void noiseIsExponential();
+    void equalsItsLaw();
+    void strongLinesKeepTheirRatio();
+    void withoutNoise();
+};
+
+void TestWhitening::noiseIsExponential_data()
+{
+    QTest::addColumn<int>("window");
+    QTest::newRow("narrow") << 129;
+    QTest::newRow("wide") << 513;
+}
+
+// Of 800000 values of noise, half of them independent, the share above x is to be exp(-x) within
+// four of its own deviations and 4 %.
+void TestWhitening::noiseIsExponential()
+{
+    QFETCH(int, window);
+    std::mt19937_64 random(5);
+    const Tools::Whitening whitening(window);
+    double sum = 0;
+    int count = 0;
+    const std::vector<double> limits = {1, 3, 5, 7, 9.2};
+    std::vector<int> above(limits.size());
+    for (int spectrum = 0; spectrum < 100; ++spectrum) {
+        for (const float power : whitening.powers(noiseSpectrum(8192, random))) {
+            sum += double(power);
+            ++count;
+            for (std::size_t i = 0; i < limits.size(); ++i)
+                above[i] += double(power) > limits[i];
+        }
+    }
+    QVERIFY2(std::abs(sum / count - 1) < 0.006, qPrintable(QString::number(sum / count)));
+    for (std::size_t i = 0; i < limits.size(); ++i) {
+        const double expected = count * std::exp(-limits[i]);
+        QVERIFY2(std::abs(above[i] - expected) < 4 * std::sqrt(2 * expected) + 0.04 * expected,
+                 qPrintable(QString("%1: %2 of %3").arg(limits[i]).arg(above[i]).arg(expected)));
+    }
+}
+
+void TestWhitening::equalsItsLaw()
+{
+    const Tools::Whitening whitening(257);
+    for (const double ratio : {0.0, 0.01, 1.0, 7.77, 40.0}) {
+        double law = 0;
+        for (int j = 128; j <= 256; ++j)
+            law += std::log(1 + ratio / j);
+        QVERIFY(std::abs(whitening.power(ratio) - law) < 1e-6);
+    }
+}
+
+void TestWhitening::strongLinesKeepTheirRatio()
+{
+    const Tools::Whitening whitening(129);
+    QVERIFY(std::abs(whitening.power(2e6) / whitening.power(1e6) - 2) < 1e-4);
+    double last = -1;
+    for (double ratio = 0; ratio < 100; ratio += 0.01) {
+        QVERIFY(whitening.power(ratio) > last);
+        last = whitening.power(ratio);
+    }
+}
+
+void TestWhitening::withoutNoise()
+{
+    std::vector<double> amplitudes(300, 0.0);
+    amplitudes[7] = 5;
+    const Tools::Whitening whitening(129);
+    QCOMPARE(whitening.powers(amplitudes), std::vector<float>(300, 0.0F));
+    amplitudes.assign(300, 1.0);
+    amplitudes[7] = std::numeric_limits<double>::quiet_NaN();
+    QCOMPARE(whitening.powers(amplitudes)[7], 0.0F);
+    QVERIFY(whitening.powers({}).empty());
+}
+
+ZRT_UNIT_TEST_MAIN(TestWhitening)
+#include "tst_whitening.moc"
