@@ -70,8 +70,8 @@ void TestRecordingSet::beginToTheMillisecond_data()
         << QByteArray("9:00:05.125") << none << "2015-04-01T06:00:05.125Z";
     QTest::newRow("decimal comma")
         << QByteArray("12:00:05,5 UTC") << none << "2015-04-01T12:00:05.500Z";
-    QTest::newRow("rounded down")
-        << QByteArray("23:59:59.9996 UTC") << none << "2015-04-01T23:59:59.999Z";
+    QTest::newRow("rounded down") << QByteArray("23:59:59.9996 UTC") << none
+                                  << "2015-04-01T23:59:59.999Z";
     QTest::newRow("later part") << QByteArray("12:00:05 UTC") << QByteArray("point 1001")
                                 << "2015-04-01T12:00:17.512Z"; // 12.5125 s
     QTest::newRow("later part of a fraction")
