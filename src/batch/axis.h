@@ -1,7 +1,7 @@
 #pragma once
 
 #include "batch/resulttable.h"
-#include "calc/pulsarresult.h"
+#include "calc/pulsar/pulsarresult.h"
 
 namespace Batch {
 

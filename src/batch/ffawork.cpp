@@ -3,7 +3,7 @@
 #include "batch/candidates.h"
 #include "batch/picture.h"
 #include "calc/ffacandidates.h"
-#include "calc/pulsarcalculate.h"
+#include "calc/pulsar/pulsarcalculate.h"
 #include "data/truenumbers.h"
 
 #include <QDateTime>
