@@ -17,7 +17,7 @@
 #include "forms/readrecording.h"
 #include "forms/savefolder.h"
 #include "forms/switchedchannels.h"
-#include "plot/plotgeometry.h"
+#include "picture/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "plot/pulsargrafikinfo.h"
 #include "ui_pulsarform.h"

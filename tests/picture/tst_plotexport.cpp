@@ -1,7 +1,7 @@
-#include "plot/plotexport.h"
+#include "picture/plotexport.h"
 
-#include "plot/plotpainter.h"
-#include "plot/straightplot.h"
+#include "picture/plotpainter.h"
+#include "picture/straightplot.h"
 #include "support/fulldisk.h"
 #include "support/testmain.h"
 

@@ -1,6 +1,6 @@
-#include "plot/plotpainter.h"
+#include "picture/plotpainter.h"
 
-#include "plot/straightplot.h"
+#include "picture/straightplot.h"
 #include "support/testmain.h"
 
 #include <QApplication>
