@@ -1,6 +1,6 @@
 zrt_add_test(picture/plotgeometry unit zrt_picture)
+zrt_add_test(picture/plotpainter unit zrt_picture)
+zrt_add_test(picture/plotexport unit zrt_picture Qt5::Svg)
 # Text needs a platform, though no window is opened.
-foreach(unit plotpainter plotexport)
-    zrt_add_test(picture/${unit} unit zrt_picture)
-    set_property(TEST picture/${unit} PROPERTY ENVIRONMENT QT_QPA_PLATFORM=offscreen)
-endforeach()
+set_property(TEST picture/plotpainter picture/plotexport PROPERTY
+    ENVIRONMENT QT_QPA_PLATFORM=offscreen)
