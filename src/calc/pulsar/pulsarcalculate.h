@@ -138,7 +138,7 @@ private:
     };
     static const Action *findAction(const QString &name);
 
-    // The actions, in pulsaractions.cpp, pulsarffa.cpp, pulsarnative.cpp and pulsarscans.cpp.
+    // The actions, each in the file of its name.
     bool showNative();
     bool sumPeriod();
     bool sumChannelsAction();
@@ -212,6 +212,7 @@ private:
 
     void addCurve(const std::vector<double> &values, const QString &name);
     void setSpectrumAxis(int averageCount);
+    static QString baselineText(const QString &noise);
     QString startText() const;
     void remarkOnLines(const std::vector<double> &spectrum, double threshold,
                        const std::vector<int> &listed, int above);

@@ -133,6 +133,12 @@ std::vector<FfaProblem> PulsarCalculate::findProblems()
     return problems;
 }
 
+bool PulsarCalculate::acceptFfa()
+{
+    const std::vector<FfaProblem> problems = findProblems();
+    return problems.empty() || refuse(problems[0].text, problems[0].parameter);
+}
+
 bool PulsarCalculate::createFFA()
 {
     const FfaParameters &ffa = parameters.ffa;

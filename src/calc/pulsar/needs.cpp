@@ -1,16 +1,14 @@
 #include "calc/pulsar/pulsarcalculate.h"
 
 #include "calc/channelsum.h"
-#include "calc/fourier.h"
 #include "calc/levelsteps.h"
 #include "calc/pulsar/computedon.h"
-#include "calc/reporttext.h"
 
 #include <algorithm>
 #include <cmath>
 
-// Before an action computes: whether it accepts its parameters, which samples it takes in, and
-// what stands in the place of those that are no numbers or follow a step of the level.
+// Before an action computes: which samples it takes in, and what stands in the place of those that
+// are no numbers or follow a step of the level.
 
 namespace {
 
@@ -110,91 +108,6 @@ int PulsarNeeds::end() const
     const auto last = std::max_element(ranges.begin(), ranges.end(),
                                        [](const auto &a, const auto &b) { return a.end < b.end; });
     return last == ranges.end() ? 0 : last->end;
-}
-
-bool PulsarCalculate::validate(const QString &action)
-{
-    refusal = "";
-    refusedParameter = "";
-    stretch = fixedPoints;
-    largestDispersion = 0;
-    const Action *const known = findAction(action);
-    return known ? (this->*known->accept)() : refuse("There is no action \"" + action + "\".");
-}
-
-bool PulsarCalculate::acceptSum()
-{
-    if (parameters.points > 0)
-        stretch = parameters.points;
-    return acceptFixedSum();
-}
-
-bool PulsarCalculate::acceptFixedSum()
-{
-    return acceptSelection(parameters.dispersion) && acceptDispersion(parameters.dispersion);
-}
-
-bool PulsarCalculate::acceptFourier()
-{
-    const int length =
-        Tools::averagedLength(fixedPoints, parameters.averageCount, parameters.withNull);
-    return acceptFixedSum() && acceptSpectrum(length) && acceptHarmonic(length / 2);
-}
-
-bool PulsarCalculate::acceptFourDispersions()
-{
-    const auto &dispersions = parameters.dispersions;
-    const int length =
-        Tools::averagedLength(fixedPoints, parameters.averageCount, parameters.withNull);
-    if (!acceptSelection(*std::max_element(dispersions.begin(), dispersions.end())) ||
-        !acceptSpectrum(length))
-        return false;
-    for (std::size_t k = 0; k < dispersions.size(); ++k) {
-        if (!acceptDispersion(dispersions[k], QString("dispersion%1").arg(k + 1)))
-            return false;
-    }
-    return true;
-}
-
-bool PulsarCalculate::acceptStarts()
-{
-    return acceptScan() &&
-           (scanDelta() >= 1 ||
-            refuse("The delta between the first points must be one point or more, or be left "
-                   "empty for a sixteenth of the recording.",
-                   "firstPointDelta"));
-}
-
-bool PulsarCalculate::acceptFold()
-{
-    if (!acceptChannelSelection())
-        return false;
-    const int count = channelPoints("sumPeriod");
-    const double period = parameters.period / data.tresolution; // samples
-    if (period >= 2 && period <= count / 2.0)
-        return true;
-    return refuse(QString("Period %1 s cannot be folded.\nAllowed: %2 to %3 s (two samples to "
-                          "half of the %4 points).")
-                      .arg(ReportText::general(parameters.period),
-                           ReportText::general(2 * data.tresolution),
-                           ReportText::general(count / 2.0 * data.tresolution))
-                      .arg(count),
-                  "period");
-}
-
-bool PulsarCalculate::acceptFfa()
-{
-    const std::vector<FfaProblem> problems = findProblems();
-    return problems.empty() || refuse(problems[0].text, problems[0].parameter);
-}
-
-// Points of a channel that an action takes: those wanted, or else a screenful for a look and all
-// to the end for a fold.
-int PulsarCalculate::channelPoints(const QString &action) const
-{
-    const int rest = data.npoints - parameters.firstPoint;
-    const int preset = action == "sumPeriod" ? rest : fixedPoints;
-    return std::min(parameters.points > 0 ? parameters.points : preset, rest);
 }
 
 PulsarNeeds PulsarCalculate::needs(const QString &action) const
