@@ -1,6 +1,5 @@
 #include "calc/pulsar/pulsarcalculate.h"
 
-#include "calc/channelsum.h"
 #include "calc/fourier.h"
 #include "calc/pulsar/scan.h"
 #include "calc/reporttext.h"
@@ -60,12 +59,11 @@ private:
     double scale;
 };
 
-PulsarCalculate::BandShifts shiftsAt(const ObservationData &data, double dispersion)
+std::vector<int> shiftsOf(const Tools::BandDelays &delays)
 {
-    PulsarCalculate::BandShifts shifts;
+    std::vector<int> shifts(movedBands);
     for (int band = 0; band < movedBands; ++band)
-        shifts[std::size_t(band)] = Tools::stretchShift(Tools::dispersionDelay(
-            data.fbands[std::size_t(band)], data.fbands[movedBands], dispersion, data.tresolution));
+        shifts[std::size_t(band)] = delays.shift(band);
     return shifts;
 }
 
@@ -115,8 +113,8 @@ void PulsarCalculate::beginScan()
 
 // From one trial to the next few bands move by a sample: exchanging those in the sum is a fraction
 // of a new one. The samples are floats, so that the sums stay as exact.
-void PulsarCalculate::exchangeBands(int firstPoint, const BandShifts &shifts,
-                                    const BandShifts &next, std::vector<double> &sum) const
+void PulsarCalculate::exchangeBands(int firstPoint, const std::vector<int> &shifts,
+                                    const std::vector<int> &next, std::vector<double> &sum) const
 {
     for (int band = 0; band < movedBands; ++band) {
         const int from = shifts[std::size_t(band)];
@@ -144,12 +142,12 @@ bool PulsarCalculate::scanDispersions(int firstPoint, int averageCount, int prog
     std::vector<double> baseline(fixedPoints);
     std::vector<double> rest;
     std::vector<double> averaged(fixedPoints);
-    BandShifts shifts = {};
+    std::vector<int> shifts;
     bool sumIsWhole = false;
     for (int trial = 0; trial < trials; ++trial) {
         const double dispersion = scan.dispersions[std::size_t(trial)];
-        const BandShifts next = shiftsAt(data, dispersion);
-        if (trial > 0 && next == shifts) {
+        const std::vector<int> next = shiftsOf(bandDelays(dispersion));
+        if (next == shifts) {
             scan.values.push_back(scan.values.back());
             continue;
         }

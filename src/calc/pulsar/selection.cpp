@@ -1,7 +1,6 @@
 #include "calc/pulsar/pulsarcalculate.h"
 
 #include "base/timetext.h"
-#include "calc/channelsum.h"
 #include "calc/fourier.h"
 #include "calc/reporttext.h"
 #include "data/recordingtime.h"
@@ -82,29 +81,16 @@ QString PulsarCalculate::fullStartText(double dispersion) const
     return QString("up to %1 every band has all its points").arg(pointText(last));
 }
 
-// Longest delay of a band against the reference, in whole samples; limited to the recording.
-int PulsarCalculate::longestShift(double dispersion) const
-{
-    double longest = 0;
-    for (int band = 0; band < sumBands - 1; ++band)
-        longest = std::max(longest, std::abs(Tools::dispersionDelay(data.fbands[std::size_t(band)],
-                                                                    data.fbands[sumBands - 1],
-                                                                    dispersion, data.tresolution)));
-    return int(std::min(std::ceil(longest), double(data.npoints)));
-}
-
 // Samples by which the sum, and the sum with opposite delays where there is one, reads a band later
 // at most (of `sign` 1) or earlier (of `sign` -1).
 int PulsarCalculate::longestReading(double dispersion, int sign) const
 {
-    double longest = 0;
-    for (int band = 0; band < sumBands - 1; ++band) {
-        const double delay =
-            Tools::dispersionDelay(data.fbands[std::size_t(band)], data.fbands[sumBands - 1],
-                                   dispersion, data.tresolution);
-        const double shift = std::round(delay);
-        longest = std::max(longest, parameters.noise == "backSum" ? std::abs(shift) : sign * shift);
-    }
+    const Tools::BandDelays delays = bandDelays(dispersion);
+    const double later = delays.longestLater();
+    const double earlier = delays.longestEarlier();
+    const double longest = parameters.noise == "backSum" ? std::max(later, earlier)
+                           : sign > 0                    ? later
+                                                         : earlier;
     return int(std::min(longest, double(data.npoints)));
 }
 
@@ -130,11 +116,9 @@ bool PulsarCalculate::acceptDispersion(double dispersion, const QString &paramet
                           .arg(ReportText::general(dispersion)),
                       parameter);
     largestDispersion = std::max(largestDispersion, dispersion);
+    const Tools::BandDelays delays = bandDelays(dispersion);
     for (int band = 0; band < sumBands - 1; ++band) {
-        const double delay =
-            Tools::dispersionDelay(data.fbands[std::size_t(band)], data.fbands[sumBands - 1],
-                                   dispersion, data.tresolution);
-        if (!(std::abs(delay) < std::numeric_limits<int>::max()))
+        if (!(std::abs(delays.delay(band)) < std::numeric_limits<int>::max()))
             return refuse(QString("Dispersion %1 delays band %2 (%3 MHz) beyond all bounds.\n"
                                   "Check the dispersion and the frequencies of the passport.")
                               .arg(ReportText::general(dispersion))
