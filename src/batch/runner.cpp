@@ -4,8 +4,8 @@
 #include "base/systemmemory.h"
 #include "base/wholefile.h"
 #include "batch/memorygate.h"
-#include "batch/resulttable.h"
 #include "batch/stopsignal.h"
+#include "results/resulttable.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -25,6 +25,8 @@
 #include <vector>
 
 namespace Batch {
+
+using namespace Results;
 
 namespace {
 
