@@ -1,1 +1,2 @@
 zrt_add_bench(reader zrt_reader)
+zrt_add_bench(recordingset zrt_data)

@@ -1,5 +1,6 @@
 #include "batch/commands.h"
 
+#include "app/settings.h"
 #include "batch/inputlist.h"
 
 #include <QDir>
@@ -156,6 +157,7 @@ ExitCode runOn(const Work &work, const RunArguments &arguments)
     options.jsonPath = textOf(arguments.json);
     options.jobs = arguments.jobs;
     options.memory = bytesOf(arguments.memory);
+    options.progress = [](int percent) { Settings::instance()->setProgress(percent); };
     return runWork(work, list.paths, options);
 }
 

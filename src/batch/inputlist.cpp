@@ -1,6 +1,7 @@
 #include "batch/inputlist.h"
 
 #include "batch/stopsignal.h"
+#include "data/recordingset.h"
 
 #include <QDir>
 #include <QFile>
@@ -104,8 +105,7 @@ Failure readFolder(const QString &path, QStringList &paths)
     const int before = paths.size();
     // No filter of names: its patterns fail on names that are not UTF-8.
     for (const QString &name : folder.entryList(QDir::Files | QDir::Readable, QDir::Name)) {
-        if (name.endsWith(".pnt", Qt::CaseInsensitive) ||
-            name.endsWith(".pnthr", Qt::CaseInsensitive))
+        if (hasRecordingName(name))
             paths << folder.filePath(name);
     }
     if (paths.size() > before)

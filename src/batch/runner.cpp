@@ -1,10 +1,9 @@
 #include "batch/runner.h"
 
-#include "app/settings.h"
-#include "base/systemmemory.h"
 #include "base/wholefile.h"
-#include "batch/memorygate.h"
 #include "batch/stopsignal.h"
+#include "jobs/items.h"
+#include "jobs/memorygate.h"
 #include "results/resulttable.h"
 
 #include <QElapsedTimer>
@@ -12,15 +11,12 @@
 #include <QFileInfo>
 #include <QMap>
 #include <QSet>
-#include <QThread>
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <new>
-#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -103,8 +99,7 @@ class Run {
 public:
     Run(const Work &runWork, const QStringList &runInputs, const RunOptions &runOptions)
         : work(runWork), inputs(runInputs), options(runOptions),
-          outcomes(std::size_t(inputs.size())), percents(std::size_t(inputs.size())),
-          gate(memoryLimit(runOptions))
+          outcomes(std::size_t(inputs.size())), gate(runOptions.memory)
     {}
 
     ExitCode go()
@@ -113,46 +108,42 @@ public:
             printError(failure.text);
             return failure.code;
         }
-        const int jobs = options.jobs > 0 ? options.jobs : jobCount();
-        std::vector<std::thread> threads;
-        for (int i = 0; i < std::min(jobs, inputs.size()); ++i)
-            threads.emplace_back([this] { takeInputs(); });
-        for (std::thread &thread : threads)
-            thread.join();
+        Jobs::Control control;
+        control.isStopped = [] { return isStopRequested(); };
+        control.progress = [this](int percent) {
+            if (!options.quiet) // hundred, which ends the line, comes with the summary
+                options.progress(std::min(percent, 99));
+        };
+        const std::vector<Jobs::Ending> endings =
+            Jobs::runItems(inputs.size(), options.jobs, control,
+                           [this](int index, const Jobs::Control &own) { take(index, own); });
+        for (std::size_t i = 0; i < endings.size(); ++i) {
+            if (endings[i].kind == Jobs::Ending::Failed)
+                outcomes[i] = {Status::Failed, {ExitCode::TryLater, endings[i].problem}, 0};
+        }
         return finish();
     }
 
 private:
-    static qint64 memoryLimit(const RunOptions &options)
+    void take(int index, const Jobs::Control &own)
     {
-        if (options.memory > 0)
-            return options.memory;
-        // A tenth is left to the system and to what the estimates leave out.
-        const qint64 available = availableMemory();
-        return available > 0 ? available / 10 * 9 : qint64(1) << 62;
+        QElapsedTimer time;
+        time.start();
+        Outcome outcome = workOn(index, own);
+        outcome.seconds = double(time.elapsed()) / 1000;
+        report(index, outcome);
     }
 
-    void takeInputs()
-    {
-        for (int index = next++; index < inputs.size() && !isStopRequested(); index = next++) {
-            QElapsedTimer time;
-            time.start();
-            Outcome outcome = workOn(index);
-            outcome.seconds = double(time.elapsed()) / 1000;
-            report(index, outcome);
-        }
-    }
-
-    Outcome workOn(int index)
+    Outcome workOn(int index, const Jobs::Control &own)
     {
         const QString &input = inputs[index];
         try {
             if (!options.force && work.isDone(input))
                 return {Status::Skipped, {}, 0};
-            const MemoryGate::Pass pass(gate, work.memory(input));
-            if (isStopRequested())
+            const Jobs::MemoryGate::Pass pass(gate, work.memory(input), own);
+            if (!pass.isGranted())
                 return {Status::Waiting, {}, 0};
-            const Failure failure = work.run(input, controlOf(index));
+            const Failure failure = work.run(input, controlOf(own));
             if (failure && isStopRequested() && failure.code == ExitCode::TryLater)
                 return {Status::Waiting,
                         {ExitCode::TryLater, input + " was stopped; nothing of it was kept."},
@@ -166,11 +157,11 @@ private:
         }
     }
 
-    Control controlOf(int index)
+    Control controlOf(const Jobs::Control &own)
     {
         Control control;
-        control.progress = [this, index](int percent) { showProgress(index, percent); };
-        control.isStopped = [] { return isStopRequested(); };
+        control.progress = own.progress;
+        control.isStopped = own.isStopped;
         control.remark = [](const QString &text) { printError(text); };
         control.print = [this](const QString &text) {
             if (options.quiet)
@@ -181,19 +172,6 @@ private:
             std::fflush(stdout);
         };
         return control;
-    }
-
-    void showProgress(int index, int percent)
-    {
-        if (options.quiet)
-            return;
-        const std::lock_guard lock(mutex);
-        int &known = percents[std::size_t(index)];
-        sumOfPercents += std::max(percent, known) - known;
-        known = std::max(percent, known);
-        // Hundred, which ends the line, comes with the last input.
-        const int all = int(std::min<qint64>(99, sumOfPercents / inputs.size()));
-        Settings::instance()->setProgress(all);
     }
 
     void report(int index, const Outcome &outcome)
@@ -219,17 +197,14 @@ private:
             {"outputs", "[" + outputs + "]"},
             {"message", jsonText(outcome.failure.text)},
             {"seconds", numberText(outcome.seconds)}};
-        {
-            const std::lock_guard lock(mutex);
-            isJsonWhole = lines.write(line) && isJsonWhole;
-        }
-        showProgress(index, 100);
+        const std::lock_guard lock(mutex);
+        isJsonWhole = lines.write(line) && isJsonWhole;
     }
 
     ExitCode finish()
     {
         if (!options.quiet)
-            Settings::instance()->setProgress(100);
+            options.progress(100);
         const auto count = [this](Status status) {
             return std::count_if(outcomes.begin(), outcomes.end(),
                                  [=](const Outcome &outcome) { return outcome.status == status; });
@@ -261,15 +236,12 @@ private:
     const QStringList &inputs;
     const RunOptions &options;
     std::vector<Outcome> outcomes; // each written by the thread that took the input
-    std::atomic<int> next = 0;
 
     std::mutex mutex; // of what follows and of the standard output
-    std::vector<int> percents;
-    qint64 sumOfPercents = 0;
     JsonLines lines;
     bool isJsonWhole = true;
 
-    MemoryGate gate;
+    Jobs::MemoryGate gate;
 };
 
 // A file by whatever name it is called.
@@ -309,16 +281,6 @@ Failure prepareOutputs(const Work &work, const QStringList &inputs, const QStrin
 }
 
 } // namespace
-
-int jobCount()
-{
-    for (const char *const name : {"SLURM_CPUS_PER_TASK", "PBS_NCPUS", "NCPUS", "NSLOTS"}) {
-        const int count = qEnvironmentVariableIntValue(name);
-        if (count > 0)
-            return count;
-    }
-    return std::max(1, QThread::idealThreadCount());
-}
 
 ExitCode runWork(const Work &work, const QStringList &inputs, const RunOptions &options)
 {

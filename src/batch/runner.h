@@ -1,17 +1,16 @@
 #pragma once
 
 #include "batch/failure.h"
+#include "jobs/control.h"
 
 #include <QStringList>
 #include <functional>
 
 namespace Batch {
 
-/// What the work on one input may ask and tell, from its own thread.
-struct Control {
-    std::function<void(int percent)> progress;       ///< of this input, 0 to 100
-    std::function<bool()> isStopped;                 ///< the work should end without a result
-    std::function<void(const QString &text)> remark; ///< for the user, on the standard error
+/// What the work on one input may ask and tell, from its own thread; remarks go to the standard
+/// error.
+struct Control : Jobs::Control {
     /// A text of the reader for the standard output.
     std::function<void(const QString &text)> print;
 };
@@ -35,16 +34,14 @@ struct RunOptions {
     bool force = false; ///< also what is done already
     bool quiet = false; ///< no progress, no texts of the reader, no summary
     QString jsonPath;   ///< file that gets one line per input; empty: none
-    int jobs = 0;       ///< inputs side by side; 0: jobCount()
+    int jobs = 0;       ///< inputs side by side; 0: Jobs::threadCount()
     qint64 memory = 0;  ///< bytes that all works may take together; 0: what is available
+    /// Hears the percentage of all inputs, one call at a time, and 100 at the very end. Not where
+    /// `quiet`.
+    std::function<void(int percent)> progress = [](int) {};
 };
 
-/// Inputs to work on side by side: what the batch system gave to this task (Slurm, PBS, Grid
-/// Engine), else the processors this process may use.
-int jobCount();
-
-/// Works on all inputs. Failures and remarks go to the standard error, progress to the standard
-/// output, one dot a percent.
+/// Works on all inputs. Failures and remarks go to the standard error.
 ///
 /// @return the code of the first input, in their order, that failed; TryLater after a signal
 ExitCode runWork(const Work &work, const QStringList &inputs, const RunOptions &options);

@@ -1,16 +1,18 @@
 #include "batch/stopsignal.h"
 
+#include <atomic>
 #include <csignal>
 
 namespace Batch {
 
 namespace {
 
-volatile std::sig_atomic_t stopRequested = 0;
+std::atomic<bool> stopRequested = false; // set by a signal, asked by every thread
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal may not wait for a lock");
 
 void requestStop(int)
 {
-    stopRequested = 1;
+    stopRequested = true;
 }
 
 } // namespace
@@ -26,7 +28,7 @@ void catchStopSignals()
 
 bool isStopRequested()
 {
-    return stopRequested != 0;
+    return stopRequested;
 }
 
 } // namespace Batch

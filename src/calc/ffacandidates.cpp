@@ -198,6 +198,9 @@ std::vector<FfaCandidate> findCandidates(const FfaResult &result, double thresho
     const std::vector<float> factors = snrFactors(spectrum, result.wholeFactors);
     for (std::size_t i = 0; i < factors.size(); ++i)
         spectrum.snr[i] *= factors[i];
+    const auto isEnded = [&progress](int percent) { return progress && !progress(percent); };
+    if (isEnded(0))
+        return {};
     const HumTest hum(result);
     const double length = double(result.series.size()) * result.tsamp;
     std::vector<bool> taken(spectrum.snr.size());
@@ -207,7 +210,7 @@ std::vector<FfaCandidate> findCandidates(const FfaResult &result, double thresho
             break;
         if (taken[peak])
             continue;
-        if (progress && !progress(int(100 * candidates.size() / std::size_t(most))))
+        if (isEnded(int(100 * candidates.size() / std::size_t(most))))
             break;
         FfaCandidate candidate = candidateAt(result.periodogram, spectrum.trials[peak]);
         candidate.snrFactor = double(factors[peak]);

@@ -126,7 +126,7 @@ signals:
     void progress(int percent);
 
 public slots:
-    /// Ends the running action at its next progress.
+    /// Ends the running action at its next progress; from any thread.
     void cancel() { cancelled = true; }
 
 private:
@@ -235,5 +235,5 @@ private:
     PulsarResult outcome;
     QString refusal;
     QString refusedParameter;
-    bool cancelled = false;
+    std::atomic<bool> cancelled = false;
 };

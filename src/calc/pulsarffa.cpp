@@ -149,6 +149,8 @@ bool PulsarCalculate::createFFA()
                             true, [this](int percent) { return goOn(percent); });
     if (!periodogram.error.isEmpty())
         return refuse(periodogram.error);
+    if (!goOn(100))
+        return false;
     const double sigma = sigmaOf(periodogram.snr);
     if (!(sigma >= leastSigma && sigma <= largestSigma))
         return refuse("Error of calculating sigma");
@@ -168,6 +170,8 @@ bool PulsarCalculate::createFFA()
             .arg(periodogram.nwidths)
             .arg(ReportText::general(sigma));
     std::vector<MainsLine> mains = Tools::findMains(Tools::powerSpectrum(series, data.tresolution));
+    if (!goOn(100))
+        return false;
     outcome.ffa = std::make_shared<const FfaResult>(
         FfaResult{std::move(series), data.tresolution, std::move(periodogram), std::move(mains),
                   Tools::wholeFactorSteps(ffa, count, data.tresolution)});
@@ -184,6 +188,8 @@ bool PulsarCalculate::fillFfaSeries(std::vector<double> &series)
     const int count = int(series.size());
     if (!sumChannels(series.data(), count, parameters.dispersion, true))
         return refuse("The bands cannot be summed.");
+    if (!goOn(0))
+        return false;
     // What rounding leaves of it above the base line is no noise.
     const auto [lowest, highest] = std::minmax_element(series.begin(), series.end());
     if (*lowest == *highest)

@@ -15,13 +15,16 @@
 #include <QClipboard>
 #include <QLabel>
 #include <QListWidget>
+#include <QMenuBar>
 #include <QMouseEvent>
 #include <QPlainTextEdit>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
 #include <QTableView>
 #include <QTableWidget>
+#include <QTimer>
 #include <cmath>
 
 using TestSupport::MessageBoxCatcher;
@@ -41,6 +44,7 @@ private slots:
     void ownResults();
     void refused();
     void directory();
+    void directoryIsLeftWhileReading();
 
 private:
     QString file(const QString &name, const QByteArray &bytes);
@@ -283,11 +287,39 @@ void TestArraysForm::directory()
     files->selectAll();
 
     find<QSpinBox>("curve")->setValue(2);
-    QVERIFY(find<QPlainTextEdit>("texts")->toPlainText().contains("a9.txt has no curve 2"));
+    QTRY_VERIFY(find<QPlainTextEdit>("texts")->toPlainText().contains("a9.txt has no curve 2"));
     QTest::keyClick(files, Qt::Key_Home);
     QTest::keyClick(files, Qt::Key_Return);
     QTRY_VERIFY(window->findChild<ArraysForm *>());
     QVERIFY(find<QLabel>("filePath")->text().endsWith("a9.txt"));
+}
+
+// A file takes long to read; what opens another form comes in between.
+void TestArraysForm::directoryIsLeftWhileReading()
+{
+    QByteArray lines;
+    for (int i = 0; i < 4000000; ++i)
+        lines += QByteArray::number(i % 1000) + "\n";
+    file("long.txt", lines);
+    const QPointer<ArraysDirForm> form = new ArraysDirForm(folder->path(), window.get());
+    bool isLoopOnStack = false; // menus are disabled while one runs
+    connect(form, &QObject::destroyed, this,
+            [&] { isLoopOnStack = !find<QMenuBar>("menubar")->isEnabled(); });
+    auto *const files = find<QListWidget>("files");
+    auto *const bar = Settings::instance()->progressBar();
+    QTimer opens; // once the reading is under way
+    connect(&opens, &QTimer::timeout, this, [&] {
+        if (!form || bar->isHidden())
+            return;
+        opens.stop();
+        emit files->itemActivated(files->item(0));
+    });
+    opens.start(0);
+    files->selectAll();
+    QTRY_VERIFY(!form);
+    QVERIFY(!isLoopOnStack);
+    QTRY_VERIFY(window->findChild<ArraysForm *>());
+    QTRY_VERIFY(bar->isHidden());
 }
 
 ZRT_GUI_TEST_MAIN(TestArraysForm)

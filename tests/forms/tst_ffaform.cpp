@@ -1,6 +1,7 @@
 #include "app/mainwindow.h"
 #include "app/settings.h"
 #include "ffa/syntheticsignal.h"
+#include "forms/calculator/calculatorform.h"
 #include "forms/ffa/ffaform.h"
 #include "plot/pulsargrafik.h"
 #include "support/messageboxcatcher.h"
@@ -13,6 +14,8 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenuBar>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTableWidget>
@@ -44,6 +47,9 @@ private slots:
     void wholeFactorsAreNamedAndAvoided();
     void searchFoldsAndSaves();
     void escapeStopsTheSearch();
+    void newestSearchCounts();
+    void formGoesWhileSearching_data();
+    void formGoesWhileSearching();
     void realRecordings_data();
     void realRecordings();
 
@@ -56,6 +62,17 @@ private:
         if (!widget)
             qFatal("no widget %s", qPrintable(name));
         return widget;
+    }
+    // Waits until the job that was begun last has ended.
+    static bool isDone()
+    {
+        const QProgressBar *const bar = Settings::instance()->progressBar();
+        return QTest::qWaitFor([bar] { return bar->isHidden(); }, 60000);
+    }
+    bool search() const
+    {
+        find<QPushButton>("pushButton")->click();
+        return isDone();
     }
     QString cell(int row, const QString &title) const
     {
@@ -133,7 +150,7 @@ void TestFfaForm::files()
         shown += label->text();
     QVERIFY2(shown.contains(problem), qPrintable(shown));
     QCOMPARE(shown.contains(" periods x "), problem.isEmpty());
-    find<QPushButton>("pushButton")->click(); // does nothing where nothing can be searched
+    QVERIFY(search()); // does nothing where nothing can be searched
 }
 
 void TestFfaForm::editsAreJudgedAtOnce_data()
@@ -196,7 +213,7 @@ void TestFfaForm::wholeFactorsAreNamedAndAvoided()
     QVERIFY(!warning->isHidden() && !offer->isHidden());
     QVERIFY2(warning->text().contains("1.4991 to 3.0358 s (1.3 times)"),
              qPrintable(warning->text()));
-    find<QPushButton>("pushButton")->click(); // searches all the same, and says so
+    QVERIFY(search()); // all the same, and says so
     QVERIFY(find<QLabel>("noiseMaximum")->text().contains(warning->text()));
     offer->click();
     QCOMPARE(shortest->text(), QString("1.499"));
@@ -210,6 +227,7 @@ void TestFfaForm::searchFoldsAndSaves()
     new FfaForm(file(pulses), window.get());
     find<QSpinBox>("ray")->setValue(2);
     QTest::keyClick(find<QLineEdit>("firstPoint"), Qt::Key_Return);
+    QVERIFY(isDone());
     const double truth = period * 2 * M_PI / 6.283; // the generator's two pi is short
     QVERIFY2(std::abs(cell(0, "period, s").toDouble() - truth) < 4e-4,
              qPrintable(cell(0, "period, s")));
@@ -229,6 +247,7 @@ void TestFfaForm::searchFoldsAndSaves()
     QVERIFY2(foldText->text().contains(cell(0, "period, s")), qPrintable(foldText->text()));
     QCOMPARE(table->currentRow(), 0);
     find<QPushButton>("refineButton")->click();
+    QVERIFY(isDone());
     // The noise differs from run to run: five times the error is never passed.
     const QRegularExpression refined("Period ([0-9.]+) \\+- ([0-9.]+) s");
     const QRegularExpressionMatch match = refined.match(foldText->text());
@@ -264,15 +283,65 @@ void TestFfaForm::searchFoldsAndSaves()
              qPrintable(text));
 }
 
+// Wherever the focus is: Esc stops, what is shown stays, and the next search runs.
 void TestFfaForm::escapeStopsTheSearch()
 {
-    new FfaForm(file(pulses), window.get());
+    const QPointer<FfaForm> form = new FfaForm(file(pulses), window.get());
+    QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    QTRY_VERIFY(form->isVisible());
     find<QSpinBox>("ray")->setValue(2);
-    QTimer::singleShot(0, window.get(), [this] { QTest::keyClick(window.get(), Qt::Key_Escape); });
+    const QProgressBar *const bar = Settings::instance()->progressBar();
     find<QPushButton>("pushButton")->click();
+    QVERIFY(bar->isVisible());
+    QVERIFY(find<QMenuBar>("menubar")->isEnabled());
+    QTest::keyClick(find<PulsarGrafik>("grafik"), Qt::Key_Escape);
+    QVERIFY(isDone());
     QCOMPARE(find<QTableWidget>("candidates")->rowCount(), 0);
+    QVERIFY(search());
+    const int found = find<QTableWidget>("candidates")->rowCount();
+    QVERIFY(found > 0);
+    find<QPushButton>("refineButton")->click();
+    QTest::keyClick(find<QTableWidget>("candidates"), Qt::Key_Escape);
+    QVERIFY(isDone());
+    QCOMPARE(cell(0, "error, s"), QString("-"));
+    QCOMPARE(find<QTableWidget>("candidates")->rowCount(), found);
+    QVERIFY(find<QPushButton>("refineButton")->isEnabled());
+}
+
+// A search with other values takes the place of the one that runs.
+void TestFfaForm::newestSearchCounts()
+{
+    new FfaForm(file(pulses), window.get());
+    find<QPushButton>("pushButton")->click(); // ray 1 has no pulses
+    find<QSpinBox>("ray")->setValue(2);
+    find<QLineEdit>("period_max")->setText("5");
+    QVERIFY(search());
+    QVERIFY(std::abs(cell(0, "period, s").toDouble() - period) < 1e-3);
+    const std::vector<double> &periods = find<PulsarGrafik>("grafik")->data().x.values;
+    QVERIFY(periods.back() < 5.1);
+}
+
+void TestFfaForm::formGoesWhileSearching_data()
+{
+    QTest::addColumn<bool>("isWindow");
+    QTest::newRow("another form") << false;
+    QTest::newRow("the whole window") << true;
+}
+
+void TestFfaForm::formGoesWhileSearching()
+{
+    QFETCH(bool, isWindow);
+    const QPointer<FfaForm> form = new FfaForm(file(pulses), window.get());
     find<QPushButton>("pushButton")->click();
-    QVERIFY(find<QTableWidget>("candidates")->rowCount() > 0);
+    QVERIFY(Settings::instance()->progressBar()->isVisible());
+    if (isWindow) {
+        window.reset();
+    } else {
+        new CalculatorForm(window.get());
+        QVERIFY(Settings::instance()->progressBar()->isHidden());
+    }
+    QVERIFY(!form);
+    QCoreApplication::processEvents(); // whatever the search sent comes too late
 }
 
 void TestFfaForm::realRecordings_data()
@@ -294,7 +363,7 @@ void TestFfaForm::realRecordings()
     if (path.isEmpty())
         QSKIP("no real recordings on this machine");
     new FfaForm(path, window.get());
-    find<QPushButton>("pushButton")->click();
+    QVERIFY(search());
     QVERIFY2(std::abs(cell(0, "period, s").toDouble() - period) < tolerance,
              qPrintable(cell(0, "period, s")));
     QCOMPARE(cell(0, "remark"), QString());

@@ -2,6 +2,7 @@
 
 #include "app/centralwidget.h"
 #include "app/errorbox.h"
+#include "app/jobprogress.h"
 #include "forms/arrays/arrayreading.h"
 #include "forms/arrays/arraysform.h"
 #include "forms/arrays/arraysinfo.h"
@@ -11,9 +12,10 @@
 
 #include <QCollator>
 #include <QEvent>
-#include <QScopedValueRollback>
 #include <QScrollBar>
 #include <algorithm>
+#include <limits>
+#include <utility>
 
 namespace {
 
@@ -66,9 +68,16 @@ ArraysDirForm::ArraysDirForm(const QString &path, QWidget *parent)
     connect(ui->files->verticalScrollBar(), &QScrollBar::valueChanged, this,
             [this] { lookTimer.start(0); });
     ui->files->viewport()->installEventFilter(this);
-    // Later, for the reading must not take the release of the mouse button from the list.
+    // Once for all changes that one click makes.
     pickTimer.setSingleShot(true);
-    connect(&pickTimer, &QTimer::timeout, this, &ArraysDirForm::showPicked);
+    connect(&pickTimer, &QTimer::timeout, this, &ArraysDirForm::readPicked);
+    progress = std::make_unique<JobProgress>(reader, this);
+    connect(&reader, &Jobs::Worker::ended, this, [this](const Jobs::Ending &ending) {
+        readingProblem = ending.kind == Jobs::Ending::Stopped
+                             ? QString("The reading was stopped; not all picked files are shown.")
+                             : ending.problem;
+        showPicked();
+    });
     connect(ui->files, &QListWidget::itemSelectionChanged, &pickTimer, qOverload<>(&QTimer::start));
     connect(ui->files, &QListWidget::itemActivated, this, &ArraysDirForm::openCurrent);
     connect(ui->openButton, &QPushButton::clicked, this, &ArraysDirForm::openCurrent);
@@ -162,37 +171,55 @@ void ArraysDirForm::describe(QListWidgetItem *item, const NumberFile &file)
     item->setIcon(picture);
 }
 
-// False when the user stopped the reading.
-bool ArraysDirForm::readPicked()
+// Reads those of the picked files that are not known yet, beside the window, and shows all.
+void ArraysDirForm::readPicked()
 {
-    std::map<QString, NumberFile> wanted;
+    std::map<QString, NumberFile> known;
+    QStringList missing;
+    const QList<QListWidgetItem *> items = ui->files->selectedItems();
+    for (const QListWidgetItem *item : items) {
+        const QString name = item->data(nameRole).toString();
+        if (const auto file = picked.find(name); file != picked.end())
+            known[name] = std::move(file->second);
+        else
+            missing << name;
+    }
+    picked = std::move(known);
+    readingProblem.clear();
+    if (missing.isEmpty() && !reader.isBusy()) { // else the end of an empty reading shows them
+        showPicked();
+        return;
+    }
+    using NamedFile = std::pair<QString, NumberFile>;
+    const auto read = [missing, folder = directory](const Jobs::Control &control,
+                                                    const Jobs::Deliver<NamedFile> &deliver) {
+        for (int i = 0; i < missing.size() && !control.isStopped(); ++i)
+            deliver(
+                {missing[i],
+                 ArrayReading::read(
+                     folder.filePath(missing[i]), std::numeric_limits<qint64>::max(),
+                     [&](int percent) { control.progress((100 * i + percent) / missing.size()); },
+                     control.isStopped)});
+    };
+    reader.start<NamedFile>(
+        read, [this](NamedFile file) { takeFile(file.first, std::move(file.second)); });
+}
+
+void ArraysDirForm::takeFile(const QString &name, NumberFile file)
+{
     const QList<QListWidgetItem *> items = ui->files->selectedItems();
     for (QListWidgetItem *item : items) {
-        const QString name = item->data(nameRole).toString();
-        if (const auto known = picked.find(name); known != picked.end()) {
-            wanted[name] = std::move(known->second);
-            continue;
-        }
-        NumberFile file = ArrayReading::readShowingProgress(directory.filePath(name));
-        if (file.wasCancelled) {
-            picked = std::move(wanted);
-            return false;
-        }
-        describe(item, file);
-        wanted[name] = std::move(file);
+        if (item->data(nameRole).toString() == name)
+            describe(item, file);
     }
-    picked = std::move(wanted);
-    return true;
+    picked[name] = std::move(file);
 }
 
 void ArraysDirForm::showPicked()
 {
-    if (reading)
-        return;
-    const QScopedValueRollback<bool> isReading(reading, true);
     QStringList report;
-    if (!readPicked())
-        report << "The reading was stopped; not all picked files are shown.";
+    if (!readingProblem.isEmpty())
+        report << readingProblem;
     const int curve = ui->curve->value() - 1;
     const bool firstIsX = ui->firstColumnIsX->isChecked();
     std::vector<ArrayPlot::Series> series;

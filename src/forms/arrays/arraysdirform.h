@@ -2,6 +2,7 @@
 
 #include "data/numberfile.h"
 #include "forms/arrays/arrayplot.h"
+#include "jobs/worker.h"
 
 #include <QDir>
 #include <QTimer>
@@ -10,6 +11,7 @@
 #include <memory>
 
 class ArraysInfo;
+class JobProgress;
 class PulsarGrafik;
 class QListWidgetItem;
 namespace Ui {
@@ -39,8 +41,9 @@ private:
     void lookAtNextFile();
     QString shownName(const QString &name) const;
     void describe(QListWidgetItem *item, const NumberFile &file);
+    void readPicked();
+    void takeFile(const QString &name, NumberFile file);
     void showPicked();
-    bool readPicked();
     void openCurrent();
 
     const std::unique_ptr<Ui::ArraysDirForm> ui;
@@ -48,8 +51,10 @@ private:
     const QDir directory;
     PulsarGrafik *grafik = nullptr;
     ArraysInfo *info = nullptr;
-    std::map<QString, NumberFile> picked; // by file name
-    QTimer lookTimer;                     // looks at the files in view, one at a time
+    std::map<QString, NumberFile> picked; // by file name; read so far
+    Jobs::Worker reader;                  // of those that are missing
+    std::unique_ptr<JobProgress> progress;
+    QString readingProblem; // why picked files are missing
+    QTimer lookTimer;       // looks at the files in view, one at a time
     QTimer pickTimer;
-    bool reading = false;
 };

@@ -1,11 +1,11 @@
 #include "forms/ffa/ffaform.h"
 
-#include "app/busyguard.h"
 #include "app/centralwidget.h"
 #include "app/errorbox.h"
+#include "app/jobprogress.h"
 #include "app/lastvalues.h"
-#include "app/settings.h"
 #include "base/typednumber.h"
+#include "calc/pulsarcalculate.h"
 #include "calc/pulsarcommand.h"
 #include "data/truenumbers.h"
 #include "fields/fieldstyles.h"
@@ -21,11 +21,8 @@
 
 #include <QCheckBox>
 #include <QClipboard>
-#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QKeyEvent>
-#include <QProgressBar>
-#include <QScopedValueRollback>
 #include <QSplitter>
 #include <algorithm>
 #include <cmath>
@@ -63,7 +60,6 @@ FfaForm::FfaForm(const QString &path, QWidget *parent)
     ui->setupUi(this);
     ui->filePath->setText(FormTexts::fileLabel(path));
     emptyCentralWidget();
-    progressBar = Settings::instance()->progressBar();
     std::optional<ReadRecording> recording = readRecording(path, parent);
     if (!recording) {
         deleteLater();
@@ -111,6 +107,13 @@ void FfaForm::connectInputs()
     connect(results, &FfaResults::candidateChosen, this, &FfaForm::chooseCandidate);
     connect(results, &FfaResults::widthChosen, this, &FfaForm::showSpectrum);
     connect(results, &FfaResults::refineRequested, this, &FfaForm::refine);
+    progress = std::make_unique<JobProgress>(worker, this);
+    connect(&worker, &Jobs::Worker::started, this, [this] { results->setBusy(true); });
+    connect(&worker, &Jobs::Worker::ended, this, [this](const Jobs::Ending &ending) {
+        results->setBusy(false);
+        if (ending.kind == Jobs::Ending::Failed)
+            showError(this, ending.problem);
+    });
 }
 
 void FfaForm::fillPresets()
@@ -276,29 +279,6 @@ void FfaForm::showProblems(const std::vector<FfaProblem> &problems)
     ui->estimate->setStyleSheet(others.isEmpty() ? "" : "color: #b00020;");
 }
 
-// Runs work that calls showPercent(), with the menus disabled and Esc to stop it.
-template <typename Work>
-void FfaForm::runShowingProgress(const Work &work)
-{
-    const QScopedValueRollback<bool> isRunning(running, true);
-    const QMutexLocker pressesIgnored(&grafik->busyMutex());
-    BusyGuard guard;
-    cancelled = false;
-    connect(&guard, &BusyGuard::cancelRequested, this, [this] { cancelled = true; });
-    progressBar->setValue(0);
-    progressBar->show();
-    work();
-    progressBar->hide();
-}
-
-// False when the user wants to stop.
-bool FfaForm::showPercent(int percent)
-{
-    progressBar->setValue(percent);
-    QCoreApplication::processEvents();
-    return !cancelled;
-}
-
 // Puts the call of the batch program that does what "Search" does onto the clipboard.
 void FfaForm::copyCommand()
 {
@@ -323,8 +303,6 @@ void FfaForm::focusField(const QString &name)
 
 void FfaForm::search()
 {
-    if (running)
-        return;
     PulsarParameters parameters;
     const std::vector<FfaProblem> problems = findProblems(parameters);
     if (!problems.empty()) {
@@ -338,39 +316,32 @@ void FfaForm::search()
         showError(this, "There is no memory to leave out channels.");
         return;
     }
-    auto next = std::make_unique<PulsarCalculate>(recording.data, parameters);
-    connect(next.get(), &PulsarCalculate::progress, this, [this, &next](int percent) {
-        if (!showPercent(percent))
-            next->cancel();
-    });
-    bool done = false;
-    std::vector<FfaCandidate> found;
-    const FfaEstimate size =
-        Tools::estimateFfa(parameters.ffa, next->ffaPoints(), data.tresolution);
-    runShowingProgress([&] {
-        QElapsedTimer time;
-        time.start();
-        done = next->run("createFFA");
-        if (!done)
-            return;
-        const double measured = double(time.nsecsElapsed()) * 1e-9;
-        if (measured > measurable)
-            slowness = measured / size.seconds;
-        found = Tools::findCandidates(*next->result().ffa, size.noiseThreshold, mostCandidates,
-                                      [this](int percent) { return showPercent(percent); });
-    });
-    if (!done && !next->wasCancelled()) {
-        showError(this, next->failure().section('\n', 0, 0), next->failure().section('\n', 1));
-        focusField(next->failedParameter());
-    }
-    if (!done || cancelled)
+    const int points = PulsarCalculate(recording.data, parameters).ffaPoints();
+    const Searched asked = {parameters, recording.note,
+                            Tools::estimateFfa(parameters.ffa, points, data.tresolution)};
+    const FfaSearchRequest request = {recording.data, parameters, asked.estimate.noiseThreshold,
+                                      mostCandidates};
+    using Outcome = std::shared_ptr<const FfaSearchOutcome>;
+    worker.start<Outcome>(
+        [request](const Jobs::Control &control, const Jobs::Deliver<Outcome> &deliver) {
+            deliver(std::make_shared<const FfaSearchOutcome>(searchFfa(request, control)));
+        },
+        [this, asked](const Outcome &outcome) { takeOutcome(outcome, asked); });
+}
+
+void FfaForm::takeOutcome(const std::shared_ptr<const FfaSearchOutcome> &outcome,
+                          const Searched &request)
+{
+    if (!outcome->result.ffa) {
+        focusField(outcome->failedParameter);
+        showError(this, outcome->failure.section('\n', 0, 0), outcome->failure.section('\n', 1));
         return;
-    next->disconnect(this);
-    calculate = std::move(next);
-    searched = parameters;
-    leftOut = recording.note;
-    estimate = size;
-    candidates = std::move(found);
+    }
+    if (outcome->seconds > measurable)
+        slowness = outcome->seconds / request.estimate.seconds;
+    found = outcome;
+    searched = request;
+    candidates = outcome->candidates;
     showResult();
     showEstimate();
 }
@@ -378,12 +349,12 @@ void FfaForm::search()
 // What explains a saved table or plot: the report of the search, and what it leaves out.
 QStringList FfaForm::sourceLines() const
 {
-    const FfaParameters &ffa = searched.ffa;
+    const FfaParameters &ffa = searched.parameters.ffa;
     QStringList lines = {"file: " + data.filePath,
                          QString("module: %1, ray: %2, step: %3 s, base line: %4")
-                             .arg(moduleNumber(data, searched.module - 1))
-                             .arg(rayNumber(data, searched.ray - 1))
-                             .arg(number(result().tsamp), searched.noise),
+                             .arg(moduleNumber(data, searched.parameters.module - 1))
+                             .arg(rayNumber(data, searched.parameters.ray - 1))
+                             .arg(number(result().tsamp), searched.parameters.noise),
                          ffa.deredden ? QString("running median: %1 s, %2 points")
                                             .arg(number(ffa.rmed_width))
                                             .arg(ffa.rmed_minpts)
@@ -392,37 +363,49 @@ QStringList FfaForm::sourceLines() const
                              .arg(ffa.bins_min)
                              .arg(ffa.bins_max)
                              .arg(number(ffa.ducy_max), number(ffa.wtsp))};
-    lines << calculate->result().description.split('\n');
+    lines << found->result.description.split('\n');
     lines << QString("S/N that white noise is expected to reach: %1")
-                 .arg(estimate.noiseThreshold, 0, 'f', 2);
-    lines << calculate->result().remarks;
-    if (!leftOut.isEmpty())
-        lines << leftOut;
+                 .arg(searched.estimate.noiseThreshold, 0, 'f', 2);
+    lines << found->result.remarks;
+    if (!searched.leftOut.isEmpty())
+        lines << searched.leftOut;
     return lines;
 }
 
 void FfaForm::refine()
 {
-    if (!calculate || running || !(chosenPeriod > 0))
+    if (!found || worker.isBusy() || !(chosenPeriod > 0))
         return;
     FfaCandidate candidate; // of a peak that is none in the table
-    candidate.period = chosenPeriod;
-    candidate.bins = chosenBins;
-    if (chosenRow >= 0) {
+    if (chosenRow >= 0)
         candidate = candidates[std::size_t(chosenRow)];
-        candidate.period = chosenPeriod;
+    else
+        candidate.bins = chosenBins;
+    candidate.period = chosenPeriod;
+    worker.start<FfaCandidate>(
+        [search = found, candidate](const Jobs::Control &control,
+                                    const Jobs::Deliver<FfaCandidate> &deliver) {
+            FfaCandidate refined = candidate;
+            const auto goOn = [&control](int percent) {
+                control.progress(percent);
+                return !control.isStopped();
+            };
+            if (Tools::refineCandidate(*search->result.ffa, refined, goOn))
+                deliver(refined);
+        },
+        [this, row = chosenRow, period = chosenPeriod](const FfaCandidate &refined) {
+            takeRefined(row, period, refined);
+        });
+}
+
+// The user may have chosen another period meanwhile; that one stays in sight.
+void FfaForm::takeRefined(int row, double period, const FfaCandidate &candidate)
+{
+    if (row >= 0) {
+        candidates[std::size_t(row)] = candidate;
+        results->showCandidate(row, candidate);
     }
-    bool done = false;
-    runShowingProgress([&] {
-        done = Tools::refineCandidate(result(), candidate,
-                                      [this](int percent) { return showPercent(percent); });
-    });
-    if (!done)
-        return;
-    if (chosenRow >= 0) {
-        candidates[std::size_t(chosenRow)] = candidate;
-        results->showCandidate(chosenRow, candidate);
-    }
-    choosePeriod(candidate.period, candidate.bins,
-                 ReportText::withError(candidate.period, candidate.periodError) + " s");
+    if (chosenRow == row && chosenPeriod == period)
+        choosePeriod(candidate.period, candidate.bins,
+                     ReportText::withError(candidate.period, candidate.periodError) + " s");
 }

@@ -1,18 +1,18 @@
 #pragma once
 
-#include "calc/ffacandidates.h"
-#include "calc/pulsarcalculate.h"
-#include "data/observationdata.h"
+#include "calc/ffasearch.h"
+#include "forms/ffa/ffajobs.h"
+#include "jobs/worker.h"
 
 #include <QWidget>
 #include <memory>
 #include <vector>
 
 class FfaResults;
+class JobProgress;
 class LastValues;
 class PulsarGrafik;
 class QLineEdit;
-class QProgressBar;
 namespace Ui {
 class FfaForm;
 }
@@ -34,10 +34,11 @@ public:
     ~FfaForm() override;
 
 public slots:
-    /// Runs the search. Parameters with problems are not searched: the first such field gets
-    /// the focus. A refused or cancelled search leaves the results as they were.
+    /// Starts a search beside the window and ends the one that runs. Parameters with problems are
+    /// not searched: the first such field gets the focus. A refused or stopped search leaves the
+    /// results as they were.
     void search();
-    /// Makes the chosen period more precise and folds there.
+    /// Makes the chosen period more precise, beside the window too, and folds there.
     void refine();
 
 protected:
@@ -45,6 +46,13 @@ protected:
 
 private:
     static constexpr int mostCandidates = 50;
+
+    // What a search was asked for.
+    struct Searched {
+        PulsarParameters parameters;
+        QString leftOut; // a note on the channels that are switched off
+        FfaEstimate estimate;
+    };
 
     void connectInputs();
     void copyCommand();
@@ -58,9 +66,9 @@ private:
     std::vector<FfaProblem> findProblems(PulsarParameters &parameters);
     void showProblems(const std::vector<FfaProblem> &problems);
     void focusField(const QString &name);
-    template <typename Work>
-    void runShowingProgress(const Work &work);
-    bool showPercent(int percent);
+    void takeOutcome(const std::shared_ptr<const FfaSearchOutcome> &outcome,
+                     const Searched &request);
+    void takeRefined(int row, double period, const FfaCandidate &candidate);
     void showResult();
     void showSpectrum(int width);
     void choosePeak(QPointF coords);
@@ -68,12 +76,11 @@ private:
     void choosePeriod(double period, int bins, const QString &refined = {});
     std::vector<int> markers() const;
     QStringList sourceLines() const;
-    const FfaResult &result() const { return *calculate->result().ffa; }
+    const FfaResult &result() const { return *found->result.ffa; }
     double seconds() const { return double(result().series.size()) * result().tsamp; }
 
     const std::unique_ptr<Ui::FfaForm> ui;
     std::unique_ptr<LastValues> lastValues;
-    QProgressBar *progressBar = nullptr;
     PulsarGrafik *grafik = nullptr;
     FfaResults *results = nullptr;
     const QString recordingPath;
@@ -81,17 +88,16 @@ private:
     QString readProblem; // of a file that ends early
 
     double offeredPeriod = 0; // s, a shortest one without whole factors
-    bool running = false;
-    bool cancelled = false;
 
     // The last successful search, and what is shown of it.
-    std::unique_ptr<PulsarCalculate> calculate;
-    PulsarParameters searched;
-    QString leftOut;      // a note on the channels that are switched off
-    FfaEstimate estimate; // of it
+    std::shared_ptr<const FfaSearchOutcome> found;
+    Searched searched;
     std::vector<FfaCandidate> candidates;
     std::shared_ptr<const FfaSpectrum> spectrum;
     double chosenPeriod = 0; // s; 0: none
     int chosenBins = 0;
     int chosenRow = -1; // of the candidate there; -1: none
+
+    Jobs::Worker worker; // of searches and refinements
+    std::unique_ptr<JobProgress> progress;
 };

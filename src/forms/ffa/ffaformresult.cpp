@@ -28,24 +28,22 @@ void FfaForm::showResult()
     chosenPeriod = 0;
     chosenRow = -1;
     const int count = int(candidates.size());
-    const QString found = count == 0   ? "No candidate"
-                          : count == 1 ? "1 candidate"
-                          : count < mostCandidates
-                              ? QString("%1 candidates").arg(count)
-                              : QString("The strongest %1 candidates").arg(count);
+    const QString number = count == 0   ? "No candidate"
+                           : count == 1 ? "1 candidate"
+                           : count < mostCandidates
+                               ? QString("%1 candidates").arg(count)
+                               : QString("The strongest %1 candidates").arg(count);
     QString noise = QString("%1 above %2 %3, the highest that white noise is expected to reach in "
                             "this search. Periods are topocentric.")
-                        .arg(found)
+                        .arg(number)
                         .arg(result().wholeFactors.empty() ? "S/N" : "true S/N")
-                        .arg(estimate.noiseThreshold, 0, 'f', 1);
-    if (calculate->result().remarks.size() > 1) // the last one speaks of times
-        noise +=
-            "\n" +
-            calculate->result().remarks.mid(0, calculate->result().remarks.size() - 1).join("\n");
+                        .arg(searched.estimate.noiseThreshold, 0, 'f', 1);
+    if (found->result.remarks.size() > 1) // the last one speaks of times
+        noise += "\n" + found->result.remarks.mid(0, found->result.remarks.size() - 1).join("\n");
     if (!readProblem.isEmpty())
         noise += "\n" + readProblem;
-    if (!leftOut.isEmpty())
-        noise += "\n" + leftOut;
+    if (!searched.leftOut.isEmpty())
+        noise += "\n" + searched.leftOut;
     const Settings *const settings = Settings::instance();
     const QString folder =
         settings->lastSavePath().isEmpty() ? settings->lastOpenPath() : settings->lastSavePath();
@@ -62,7 +60,7 @@ void FfaForm::showResult()
 // Periods of the plot that are the chosen one, its half, double and triple.
 std::vector<int> FfaForm::markers() const
 {
-    std::vector<int> found;
+    std::vector<int> places;
     const std::vector<double> &periods = spectrum->periods;
     for (const double factor : {0.5, 1.0, 2.0, 3.0}) {
         const double period = factor * chosenPeriod;
@@ -71,21 +69,21 @@ std::vector<int> FfaForm::markers() const
         const auto after = std::lower_bound(periods.begin(), periods.end(), period);
         const bool earlier = after == periods.end() ||
                              (after != periods.begin() && period - *(after - 1) < *after - period);
-        found.push_back(int(after - periods.begin()) - (earlier ? 1 : 0));
+        places.push_back(int(after - periods.begin()) - (earlier ? 1 : 0));
     }
-    return found;
+    return places;
 }
 
 void FfaForm::showSpectrum(int width)
 {
-    if (!calculate)
+    if (!found)
         return;
     spectrum =
         std::make_shared<const FfaSpectrum>(Tools::sortedSpectrum(result().periodogram, width));
     PlotData plot;
     std::vector<float> noise = Tools::snrFactors(*spectrum, result().wholeFactors);
     for (float &value : noise)
-        value = float(estimate.noiseThreshold) / value;
+        value = float(searched.estimate.noiseThreshold) / value;
     plot.graphs = {spectrum->snr, std::move(noise)};
     plot.colours = {plotColour(0).code, plotColour(2).code};
     plot.names = {
@@ -114,7 +112,7 @@ void FfaForm::showSpectrum(int width)
 // The highest peak within some pixels of a click.
 void FfaForm::choosePeak(QPointF coords)
 {
-    if (!calculate || running || spectrum->snr.empty())
+    if (!found || spectrum->snr.empty())
         return;
     const double reach = catchPixels * std::abs(grafik->dataPerPixel().x());
     const double last = double(spectrum->snr.size()) - 1;
@@ -135,7 +133,7 @@ void FfaForm::choosePeak(QPointF coords)
 
 void FfaForm::chooseCandidate(int row)
 {
-    if (!calculate || running || row >= int(candidates.size()))
+    if (!found || row >= int(candidates.size()))
         return;
     chosenRow = row;
     const FfaCandidate &candidate = candidates[std::size_t(row)];

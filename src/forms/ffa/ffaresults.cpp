@@ -73,7 +73,8 @@ void FfaResults::showSearch(const std::vector<FfaCandidate> &candidates,
 
     ui->foldText->setText("Click a peak of the plot or a row of the table to fold");
     ui->foldView->clear();
-    ui->refineButton->setEnabled(false);
+    hasFold = false;
+    allowRefining();
     ui->copyButton->setEnabled(!candidates.empty());
     ui->saveButton->setEnabled(true);
 }
@@ -120,7 +121,19 @@ void FfaResults::showFold(const FfaFold &fold, double length, const QString &tex
 {
     ui->foldText->setText(text);
     ui->foldView->showFold(fold, length);
-    ui->refineButton->setEnabled(true);
+    hasFold = true;
+    allowRefining();
+}
+
+void FfaResults::setBusy(bool isBusy)
+{
+    busy = isBusy;
+    allowRefining();
+}
+
+void FfaResults::allowRefining()
+{
+    ui->refineButton->setEnabled(hasFold && !busy);
 }
 
 int FfaResults::shownWidth() const

@@ -37,6 +37,9 @@ public:
     /// @param length  s, of the series
     void showFold(const FfaFold &fold, double length, const QString &text);
 
+    /// While a search or a refinement runs no other one can be asked for.
+    void setBusy(bool isBusy);
+
     /// Index of the width that the plot shall show; -1: the best of each period.
     int shownWidth() const;
 
@@ -54,6 +57,7 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void allowRefining();
     void fillTable(const std::vector<FfaCandidate> &candidates);
     void setRow(int row, const FfaCandidate &candidate);
     QString tableText(bool onlySelected) const;
@@ -61,4 +65,6 @@ private:
     const std::unique_ptr<Ui::FfaResults> ui;
     QStringList sourceLines;
     QString savePath;
+    bool hasFold = false;
+    bool busy = false;
 };

@@ -59,7 +59,6 @@ NativeGrafik::NativeGrafik(const QString &path, int withoutStep, QWidget *parent
     fillPassport();
     fillCentralWidget(this, middle, info);
 
-    loader = new NativeLoader(this);
     for (QTimer *timer : {&drawTimer, &statisticsTimer, &sumTimer})
         timer->setSingleShot(true);
     statisticsTimer.setInterval(statisticsDelay);
@@ -76,7 +75,7 @@ NativeGrafik::NativeGrafik(const QString &path, int withoutStep, QWidget *parent
 
 NativeGrafik::~NativeGrafik()
 {
-    if (loader)
+    if (loader.isBusy())
         progressBar->hide();
 }
 
@@ -185,7 +184,7 @@ void NativeGrafik::connectInputs()
         showBandpass();
     });
     connect(&sumTimer, &QTimer::timeout, this, [this] { request(asked, true); });
-    connect(loader, &NativeLoader::delivered, this, &NativeGrafik::takePicture);
+    connect(&loader, &Jobs::Worker::ended, this, &NativeGrafik::showFailure);
     connect(grafik, &PulsarGrafik::viewChanged, this, [this] {
         if (pending && !isSettingData) // what the user does meanwhile counts
             pending = visible();
@@ -237,6 +236,7 @@ void NativeGrafik::request(const NativeDomain &domain, bool isRepeated)
     sumTimer.stop();
     asked = domain;
     isStopped = false;
+    loadFailure.clear();
     escape->setEnabled(true);
     NativeRequest wanted;
     wanted.path = file.path();
@@ -248,7 +248,28 @@ void NativeGrafik::request(const NativeDomain &domain, bool isRepeated)
     wanted.deletesSteps = deletesSteps;
     wanted.channelsOff = channelsOff;
     wanted.isRepeated = isRepeated;
-    loader->load(wanted);
+    load(wanted);
+}
+
+void NativeGrafik::load(const NativeRequest &wanted)
+{
+    using Picture = std::shared_ptr<const NativePicture>;
+    const auto work = [wanted](const Jobs::Control &control,
+                               const Jobs::Deliver<Picture> &deliver) {
+        loadNative(
+            wanted, [&control] { return !control.isStopped(); }, deliver);
+    };
+    loader.start<Picture>(work, [this](const Picture &delivered) { takePicture(delivered); });
+}
+
+// What is shown stays, in as far as it was read.
+void NativeGrafik::showFailure(const Jobs::Ending &ending)
+{
+    if (ending.kind != Jobs::Ending::Failed)
+        return;
+    stop();
+    loadFailure = ending.problem;
+    showNotes();
 }
 
 // A glance at the whole recording is made up for once nothing else is to be read.
@@ -258,7 +279,7 @@ void NativeGrafik::requestOverview()
     wanted.domain = {0, npoints, false};
     wanted.isRepeated = false;
     escape->setEnabled(true);
-    loader->load(wanted);
+    load(wanted);
 }
 
 void NativeGrafik::showProgress(double share)
@@ -302,7 +323,7 @@ void NativeGrafik::takePicture(const std::shared_ptr<const NativePicture> &deliv
 
 void NativeGrafik::stop()
 {
-    loader->cancel();
+    loader.stop();
     isStopped = true;
     endLoading();
     if (!picture)
@@ -652,6 +673,8 @@ void NativeGrafik::showNotes()
                          " here: there is no sum until a click on the bandpass switches " +
                          (bands.size() == 1 ? "it off." : "them off.");
     }
+    if (!loadFailure.isEmpty())
+        notes << loadFailure;
     info->setNotes(notes.join("\n"));
 }
 

@@ -2,6 +2,7 @@
 
 #include "data/recordingfile.h"
 #include "forms/native/nativecurves.h"
+#include "jobs/worker.h"
 #include "plot/pulsargrafik.h"
 
 #include <QTimer>
@@ -53,6 +54,8 @@ private:
 
     void request(const NativeDomain &domain, bool isRepeated = false);
     void requestOverview();
+    void load(const NativeRequest &wanted);
+    void showFailure(const Jobs::Ending &ending);
     void takePicture(const std::shared_ptr<const NativePicture> &delivered);
     void showOverview();
     void showProgress(double share);
@@ -93,7 +96,7 @@ private:
     int npoints = 0; // that the file holds whole
     std::vector<bool> channelsOff;
 
-    NativeLoader *loader = nullptr;
+    Jobs::Worker loader;
     QShortcut *escape = nullptr;                  // stops the reading
     NativeDomain asked;                           // the newest request
     std::optional<PointRange> pending;            // to be shown once it is there
@@ -103,6 +106,7 @@ private:
     NativeCurves drawn;                           // without its curves: the plot has them
     bool isSettingData = false;
     bool isStopped = false; // by the user; goes on with the next request
+    QString loadFailure;    // of the newest request
 
     QTimer drawTimer;
     QTimer statisticsTimer;

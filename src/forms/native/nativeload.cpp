@@ -5,7 +5,6 @@
 #include "calc/stretchsum.h"
 
 #include <QElapsedTimer>
-#include <QMetaObject>
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -368,35 +367,4 @@ void loadNative(const NativeRequest &request, const std::function<bool()> &isWan
                 const std::function<void(const std::shared_ptr<const NativePicture> &)> &deliver)
 {
     Loading(request, isWanted, deliver).run();
-}
-
-NativeLoader::NativeLoader(QObject *parent) : QObject(parent)
-{
-    worker.moveToThread(&thread);
-    thread.start();
-}
-
-NativeLoader::~NativeLoader()
-{
-    cancel();
-    thread.quit();
-    thread.wait();
-}
-
-void NativeLoader::load(const NativeRequest &request)
-{
-    const int number = ++wanted;
-    const auto task = [this, request, number] {
-        const auto isWanted = [this, number] { return wanted == number; };
-        if (!isWanted())
-            return;
-        loadNative(request, isWanted, [&](const std::shared_ptr<const NativePicture> &picture) {
-            const auto handOver = [this, number, picture] {
-                if (wanted == number)
-                    emit delivered(picture);
-            };
-            QMetaObject::invokeMethod(this, handOver, Qt::QueuedConnection);
-        });
-    };
-    QMetaObject::invokeMethod(&worker, task, Qt::QueuedConnection);
 }

@@ -4,10 +4,7 @@
 #include "calc/reduction.h"
 #include "data/recordingfile.h"
 
-#include <QObject>
 #include <QString>
-#include <QThread>
-#include <atomic>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -80,24 +77,3 @@ struct NativePicture {
 /// @param deliver   called with each state, the last of them isLast
 void loadNative(const NativeRequest &request, const std::function<bool()> &isWanted,
                 const std::function<void(const std::shared_ptr<const NativePicture> &)> &deliver);
-
-/// Runs loadNative() on a thread of its own. A new request ends the one before.
-class NativeLoader : public QObject {
-    Q_OBJECT
-
-public:
-    explicit NativeLoader(QObject *parent = nullptr);
-    ~NativeLoader() override;
-
-    void load(const NativeRequest &request);
-    void cancel() { ++wanted; }
-
-signals:
-    /// On the thread of this object, for the newest request only.
-    void delivered(const std::shared_ptr<const NativePicture> &picture);
-
-private:
-    QThread thread;
-    QObject worker; // lives on the thread
-    std::atomic<int> wanted = 0;
-};

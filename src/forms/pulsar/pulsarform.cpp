@@ -16,6 +16,7 @@
 #include "forms/readrecording.h"
 #include "forms/savefolder.h"
 #include "forms/switchedchannels.h"
+#include "jobs/control.h"
 #include "plot/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "plot/pulsargrafikinfo.h"
@@ -213,7 +214,15 @@ void PulsarForm::compute(const QString &action, int points)
         return;
     }
     auto next = std::make_unique<PulsarCalculate>(recording.data, *parameters);
-    if (!runShowingProgress(*next, action)) {
+    bool isDone = false;
+    const Jobs::Ending ending =
+        Jobs::runGuarded([&] { isDone = runShowingProgress(*next, action); });
+    if (ending.kind == Jobs::Ending::Failed) {
+        progressBar->hide();
+        showError(this, ending.problem);
+        return;
+    }
+    if (!isDone) {
         if (!next->wasCancelled())
             reportFailure(*next);
         return;

@@ -1,0 +1,2 @@
+zrt_add_test(jobs/worker unit zrt_jobs)
+zrt_add_test(jobs/items unit zrt_jobs)
