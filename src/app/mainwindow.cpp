@@ -1,9 +1,9 @@
 #include "app/mainwindow.h"
 
-#include "app/directoryof.h"
-#include "app/recentbutton.h"
-#include "app/settings.h"
-#include "app/timedprogressbar.h"
+#include "app/shell/directoryof.h"
+#include "app/shell/recentbutton.h"
+#include "app/shell/settings.h"
+#include "app/shell/timedprogressbar.h"
 #include "forms/arrays/arraysdirform.h"
 #include "forms/arrays/arraysform.h"
 #include "forms/bintotext/bintotext.h"

@@ -1,6 +1,6 @@
 #include "batch/commands.h"
 
-#include "app/settings.h"
+#include "app/shell/settings.h"
 #include "batch/inputlist.h"
 
 #include <QDir>

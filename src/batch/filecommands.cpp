@@ -1,4 +1,4 @@
-#include "app/settings.h"
+#include "app/shell/settings.h"
 #include "batch/commands.h"
 #include "batch/filework.h"
 #include "batch/info.h"

@@ -1,8 +1,8 @@
 #include "forms/readrecording.h"
 
-#include "app/busyguard.h"
-#include "app/errorbox.h"
-#include "app/settings.h"
+#include "app/shell/busyguard.h"
+#include "app/shell/errorbox.h"
+#include "app/shell/settings.h"
 #include "data/reader.h"
 #include "data/recordingfile.h"
 

@@ -1,7 +1,7 @@
-#include "app/busyguard.h"
-#include "app/clicklable.h"
-#include "app/directoryof.h"
-#include "app/settings.h"
+#include "app/shell/busyguard.h"
+#include "app/shell/clicklable.h"
+#include "app/shell/directoryof.h"
+#include "app/shell/settings.h"
 #include "support/testmain.h"
 
 #include <QApplication>

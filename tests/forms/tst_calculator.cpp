@@ -1,5 +1,5 @@
 #include "app/mainwindow.h"
-#include "app/settings.h"
+#include "app/shell/settings.h"
 #include "coords/raytables.h"
 #include "forms/calculator/calculatortexts.h"
 #include "support/messageboxcatcher.h"

@@ -1,5 +1,5 @@
 #include "app/mainwindow.h"
-#include "app/settings.h"
+#include "app/shell/settings.h"
 #include "ffa/syntheticsignal.h"
 #include "forms/calculator/calculatorform.h"
 #include "forms/ffa/ffaform.h"

@@ -1,5 +1,5 @@
 #include "app/mainwindow.h"
-#include "app/settings.h"
+#include "app/shell/settings.h"
 #include "forms/native/bandpassview.h"
 #include "forms/native/nativegrafik.h"
 #include "forms/native/overviewstrip.h"

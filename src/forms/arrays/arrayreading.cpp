@@ -1,7 +1,7 @@
 #include "forms/arrays/arrayreading.h"
 
-#include "app/busyguard.h"
-#include "app/settings.h"
+#include "app/shell/busyguard.h"
+#include "app/shell/settings.h"
 #include "calc/seriesstatistics.h"
 #include "forms/arrays/jsontable.h"
 #include "plot/plotdata.h"

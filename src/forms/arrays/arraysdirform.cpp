@@ -1,8 +1,8 @@
 #include "forms/arrays/arraysdirform.h"
 
-#include "app/centralwidget.h"
-#include "app/errorbox.h"
-#include "app/jobprogress.h"
+#include "app/shell/centralwidget.h"
+#include "app/shell/errorbox.h"
+#include "app/shell/jobprogress.h"
 #include "forms/arrays/arrayreading.h"
 #include "forms/arrays/arraysform.h"
 #include "forms/arrays/arraysinfo.h"

@@ -1,7 +1,7 @@
 #include "forms/arrays/arraysform.h"
 
-#include "app/centralwidget.h"
-#include "app/errorbox.h"
+#include "app/shell/centralwidget.h"
+#include "app/shell/errorbox.h"
 #include "forms/arrays/arrayreading.h"
 #include "forms/arrays/arraysinfo.h"
 #include "forms/arrays/celltable.h"

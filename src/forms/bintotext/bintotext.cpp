@@ -1,9 +1,9 @@
 #include "forms/bintotext/bintotext.h"
 
-#include "app/busyguard.h"
-#include "app/directoryof.h"
-#include "app/errorbox.h"
-#include "app/settings.h"
+#include "app/shell/busyguard.h"
+#include "app/shell/directoryof.h"
+#include "app/shell/errorbox.h"
+#include "app/shell/settings.h"
 #include "base/wholefile.h"
 #include "data/passport.h"
 #include "data/reader.h"

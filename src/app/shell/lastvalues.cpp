@@ -1,6 +1,6 @@
-#include "app/lastvalues.h"
+#include "app/shell/lastvalues.h"
 
-#include "app/settings.h"
+#include "app/shell/settings.h"
 
 #include <QCheckBox>
 #include <QComboBox>

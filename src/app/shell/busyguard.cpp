@@ -1,6 +1,6 @@
-#include "app/busyguard.h"
+#include "app/shell/busyguard.h"
 
-#include "app/settings.h"
+#include "app/shell/settings.h"
 
 #include <QApplication>
 #include <QKeyEvent>
