@@ -1,7 +1,7 @@
 #include "batch/commands.h"
 
-#include "app/shell/settings.h"
 #include "batch/inputlist.h"
+#include "jobs/progressdots.h"
 
 #include <QDir>
 #include <QFile>
@@ -157,7 +157,7 @@ ExitCode runOn(const Work &work, const RunArguments &arguments)
     options.jsonPath = textOf(arguments.json);
     options.jobs = arguments.jobs;
     options.memory = bytesOf(arguments.memory);
-    options.progress = [](int percent) { Settings::instance()->setProgress(percent); };
+    options.progress = [dots = Jobs::ProgressDots()](int percent) mutable { dots.show(percent); };
     return runWork(work, list.paths, options);
 }
 

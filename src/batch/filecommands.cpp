@@ -1,10 +1,10 @@
-#include "app/shell/settings.h"
 #include "batch/commands.h"
 #include "batch/filework.h"
 #include "batch/info.h"
 #include "batch/inputlist.h"
 #include "batch/stopsignal.h"
 #include "calc/pulsarcommand.h"
+#include "jobs/progressdots.h"
 #include "simulator/simulatecommand.h"
 
 #include <QCoreApplication>
@@ -39,8 +39,9 @@ void addSimulate(CLI::App &app, Chosen &chosen)
             arguments << textOf(word);
         chosen.run = [arguments] {
             QCoreApplication::setApplicationVersion(ZRT_VERSION);
-            const Simulator::CommandEnd end = Simulator::simulate(arguments, [](int percent) {
-                Settings::instance()->setProgress(percent);
+            Jobs::ProgressDots dots;
+            const Simulator::CommandEnd end = Simulator::simulate(arguments, [&dots](int percent) {
+                dots.show(percent);
                 return !isStopRequested();
             });
             if (!end.problem.isEmpty())

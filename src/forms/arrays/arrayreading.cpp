@@ -1,14 +1,11 @@
 #include "forms/arrays/arrayreading.h"
 
-#include "app/shell/busyguard.h"
-#include "app/shell/settings.h"
+#include "app/shell/progresstask.h"
 #include "calc/seriesstatistics.h"
 #include "forms/arrays/jsontable.h"
 #include "plot/plotdata.h"
 
-#include <QCoreApplication>
 #include <QPainter>
-#include <QProgressBar>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -24,21 +21,10 @@ NumberFile read(const QString &path, qint64 limit, const std::function<void(int)
 
 NumberFile readShowingProgress(const QString &path)
 {
-    QProgressBar *const progressBar = Settings::instance()->progressBar();
-    BusyGuard guard;
-    bool isCancelled = false;
-    QObject::connect(&guard, &BusyGuard::cancelRequested, &guard, [&] { isCancelled = true; });
-    progressBar->setValue(0);
-    progressBar->show();
-    NumberFile file = read(
-        path, std::numeric_limits<qint64>::max(),
-        [&](int percent) {
-            progressBar->setValue(percent);
-            QCoreApplication::processEvents();
-        },
-        [&] { return isCancelled; });
-    progressBar->hide();
-    return file;
+    ProgressTask task;
+    return read(
+        path, std::numeric_limits<qint64>::max(), [&](int percent) { task.advance(percent); },
+        [&] { return task.isCancelled(); });
 }
 
 namespace {

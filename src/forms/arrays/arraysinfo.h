@@ -50,5 +50,5 @@ private:
     std::vector<ArrayPlot::Series> shown;
     std::shared_ptr<const ArrayPlot::XAxis> axis;
     int length = 0;
-    QTimer statisticsTimer; // one computation for many changes
+    QTimer statisticsTimer{this}; // one computation for many changes
 };
