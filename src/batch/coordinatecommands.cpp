@@ -1,6 +1,6 @@
 #include "batch/commands.h"
 #include "coords/raytables.h"
-#include "forms/calculator/calculatortexts.h"
+#include "calculators/calculators.h"
 
 #include <QRegularExpression>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "forms/calculator/calculatortexts.h"
+#include "calculators/calculators.h"
 
 #include "base/typednumber.h"
 #include "calc/pulsarcommand.h"
