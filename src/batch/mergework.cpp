@@ -50,7 +50,9 @@ Failure mergeCandidates(const QStringList &inputs, const MergeRequest &request)
                      {"tables", QString::number(tables)}};
     table.columns = candidateColumns(candidates, true);
     removeAbandoned({request.output});
-    return writeOutputs({{request.output, table.toBytes(request.format)}});
+    return writeOutputs({{request.output, {}, [&](WholeFile &file) {
+                              return writeTable(table, request.format, file);
+                          }}});
 }
 
 } // namespace Batch

@@ -14,6 +14,7 @@ class TestFormats : public QObject {
 private slots:
     void tablesComeBack_data();
     void tablesComeBack();
+    void tablesBeyondTwoGigabytes();
     void damagedTables_data();
     void damagedTables();
     void onePeriodAtSeveralDispersions();
@@ -74,6 +75,27 @@ void TestFormats::tablesComeBack()
     QVERIFY(shown.rowsAreSeries);
     QCOMPARE(shown.table.rows(), qint64(1));
     QCOMPARE(float(shown.table.at(0, 2)), 16777217.0F);
+}
+
+// No array of bytes is that long. All rows share one text, so that the table takes little memory.
+void TestFormats::tablesBeyondTwoGigabytes()
+{
+    const QString text(1 << 24, 'a');
+    ResultTable table;
+    table.columns = {{"remark", {}, QStringList()}};
+    auto &rows = std::get<QStringList>(table.columns[0].values);
+    for (int row = 0; row < 130; ++row)
+        rows << text;
+    rows << "the end";
+    qint64 count = 0;
+    QByteArray last;
+    table.write(Format::Csv, [&](const QByteArray &piece) {
+        count += piece.size();
+        last = piece.right(100);
+    });
+    const QByteArray header = "# rows: 131\nremark\n";
+    QCOMPARE(count, header.size() + 130 * (qint64(text.size()) + 1) + 8);
+    QVERIFY(last.endsWith("\nthe end\n"));
 }
 
 void TestFormats::damagedTables_data()
