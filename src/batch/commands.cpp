@@ -1,7 +1,7 @@
 #include "batch/commands.h"
 
+#include "base/progressdots.h"
 #include "batch/inputlist.h"
-#include "jobs/progressdots.h"
 
 #include <QDir>
 #include <QFile>
@@ -157,7 +157,7 @@ ExitCode runOn(const Work &work, const RunArguments &arguments)
     options.jsonPath = textOf(arguments.json);
     options.jobs = arguments.jobs;
     options.memory = bytesOf(arguments.memory);
-    options.progress = [dots = Jobs::ProgressDots()](int percent) mutable { dots.show(percent); };
+    options.progress = ProgressDots();
     return runWork(work, list.paths, options);
 }
 

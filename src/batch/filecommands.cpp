@@ -1,3 +1,4 @@
+#include "base/progressdots.h"
 #include "base/version.h"
 #include "batch/commands.h"
 #include "batch/filework.h"
@@ -5,7 +6,6 @@
 #include "batch/inputlist.h"
 #include "batch/stopsignal.h"
 #include "calc/pulsarcommand.h"
-#include "jobs/progressdots.h"
 #include "simulator/simulatecommand.h"
 
 #include <QCoreApplication>
@@ -40,11 +40,11 @@ void addSimulate(CLI::App &app, Chosen &chosen)
             arguments << textOf(word);
         chosen.run = [arguments] {
             QCoreApplication::setApplicationVersion(Version::number);
-            Jobs::ProgressDots dots;
-            const Simulator::CommandEnd end = Simulator::simulate(arguments, [&dots](int percent) {
-                dots.show(percent);
+            const auto goOn = [dots = ProgressDots()](int percent) mutable {
+                dots(percent);
                 return !isStopRequested();
-            });
+            };
+            const Simulator::CommandEnd end = Simulator::simulate(arguments, goOn);
             if (!end.problem.isEmpty())
                 printError("simulate: " + end.problem);
             return ExitCode(end.code);

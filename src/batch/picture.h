@@ -1,7 +1,7 @@
 #pragma once
 
-#include "plot/plotdata.h"
-#include "plot/plotexport.h"
+#include "picture/plotdata.h"
+#include "picture/plotexport.h"
 #include "results/resulttable.h"
 
 #include <QSize>

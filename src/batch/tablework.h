@@ -4,7 +4,7 @@
 #include "batch/runner.h"
 #include "results/resulttable.h"
 
-#include "plot/plotdata.h"
+#include "picture/plotdata.h"
 
 #include <QSize>
 #include <optional>

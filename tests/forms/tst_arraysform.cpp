@@ -3,7 +3,7 @@
 #include "forms/arrays/arraysdirform.h"
 #include "forms/arrays/arraysform.h"
 #include "forms/arrays/greypicture.h"
-#include "plot/plotgeometry.h"
+#include "picture/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "results/arrayfile.h"
 #include "results/resulttable.h"

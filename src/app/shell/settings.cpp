@@ -82,5 +82,5 @@ void Settings::setProgress(int value)
         }
         return;
     }
-    dots.show(value);
+    dots(value);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "jobs/progressdots.h"
+#include "base/progressdots.h"
 #include "ui_mainwindow.h"
 
 #include <QObject>
@@ -65,7 +65,7 @@ private:
     MainWindow *window = nullptr;
     Ui::MainWindow widgets = {};
     QProgressBar *bar = nullptr;
-    Jobs::ProgressDots dots;
+    ProgressDots dots;
     QString openFile;
     QString openPath;
     QString savePath;

@@ -2,7 +2,7 @@
 
 #include "app/shell/progresstask.h"
 #include "calc/seriesstatistics.h"
-#include "plot/plotdata.h"
+#include "picture/plotdata.h"
 #include "results/arrayfile.h"
 
 #include <QPainter>

@@ -17,7 +17,7 @@
 #include "forms/savefolder.h"
 #include "forms/switchedchannels.h"
 #include "jobs/control.h"
-#include "plot/plotgeometry.h"
+#include "picture/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "plot/pulsargrafikinfo.h"
 #include "results/reporttext.h"
