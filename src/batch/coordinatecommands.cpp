@@ -10,6 +10,8 @@
 
 namespace Batch {
 
+using namespace Results;
+
 namespace {
 
 // Names of the values for the fields that a calculator fills.

@@ -14,6 +14,8 @@
 
 namespace Batch {
 
+using namespace Results;
+
 namespace {
 
 void addFolder(CLI::App &command, std::string &folder)

@@ -2,7 +2,6 @@
 
 #include "base/bytetext.h"
 #include "base/timetext.h"
-#include "batch/filterbank.h"
 #include "batch/inputlist.h"
 #include "batch/keyedwork.h"
 #include "batch/outputfiles.h"
@@ -10,6 +9,7 @@
 #include "data/recordingtime.h"
 #include "data/recordingwriter.h"
 #include "data/truenumbers.h"
+#include "results/filterbank.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -21,6 +21,8 @@
 #include <limits>
 
 namespace Batch {
+
+using namespace Results;
 
 namespace {
 

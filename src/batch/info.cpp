@@ -11,6 +11,8 @@
 
 namespace Batch {
 
+using namespace Results;
+
 namespace {
 
 struct Info {

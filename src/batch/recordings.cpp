@@ -11,6 +11,8 @@
 
 namespace Batch {
 
+using namespace Results;
+
 namespace {
 
 constexpr int mostNamed = 32; // modules or rays in a message

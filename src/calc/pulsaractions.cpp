@@ -4,8 +4,8 @@
 #include "calc/approximation.h"
 #include "calc/channelsum.h"
 #include "calc/fourier.h"
-#include "calc/reporttext.h"
 #include "data/recordingtime.h"
+#include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "calc/pulsarcommand.h"
 
 #include "calc/pulsarcalculate.h"
-#include "calc/reporttext.h"
+#include "results/reporttext.h"
 
 #include <QMap>
 #include <QRegularExpression>

@@ -4,8 +4,8 @@
 #include "calc/approximation.h"
 #include "calc/channelsum.h"
 #include "calc/levelsteps.h"
-#include "calc/reporttext.h"
 #include "ffa/normalise.h"
+#include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>

@@ -4,7 +4,7 @@
 #include "calc/computedon.h"
 #include "calc/fourier.h"
 #include "calc/levelsteps.h"
-#include "calc/reporttext.h"
+#include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>

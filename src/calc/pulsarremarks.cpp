@@ -1,7 +1,7 @@
 #include "calc/pulsarcalculate.h"
 
-#include "calc/reporttext.h"
 #include "calc/spectrumlines.h"
+#include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,7 +3,7 @@
 #include "calc/approximation.h"
 #include "calc/channelsum.h"
 #include "calc/fourier.h"
-#include "calc/reporttext.h"
+#include "results/reporttext.h"
 
 #include <QScopedValueRollback>
 #include <algorithm>

@@ -76,7 +76,7 @@ private:
     }
     QString cell(int row, const QString &title) const
     {
-        const int column = Tools::candidateTitles().indexOf(title);
+        const int column = Results::shownTitles().indexOf(title);
         return find<QTableWidget>("candidates")->item(row, column)->text();
     }
 

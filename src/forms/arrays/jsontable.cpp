@@ -1,7 +1,7 @@
 #include "forms/arrays/jsontable.h"
 
 #include "base/systemmemory.h"
-#include "batch/resulttable.h"
+#include "results/resulttable.h"
 
 #include <QDir>
 #include <QFile>
@@ -29,35 +29,29 @@ QString syntaxProblem(const QByteArray &bytes)
         .arg(error.errorString());
 }
 
-QString titleOf(const Batch::Column &column)
+QString titleOf(const Results::Column &column)
 {
     return column.unit.isEmpty() ? column.name : column.name + " [" + column.unit + "]";
 }
 
 // The axis of a series stands in the header only; elsewhere it is the first column.
-void addAxisColumn(Batch::ResultTable &table)
+void addAxisColumn(Results::ResultTable &table)
 {
-    const auto valueOf = [&](const char *key) {
-        for (const Batch::HeaderLine &line : table.request) {
-            if (line.key == key)
-                return line.value;
-        }
-        return QString();
-    };
-    const double first = valueOf("x_first").toDouble();
-    const double step = valueOf("x_step").toDouble();
+    const std::vector<Results::HeaderLine> &header = table.request;
+    const double first = valueOf(header, "x_first").toDouble();
+    const double step = valueOf(header, "x_step").toDouble();
     if (step == 0)
         return;
     auto values = std::vector<double>(std::size_t(table.rows()));
     for (std::size_t i = 0; i < values.size(); ++i)
         values[i] = first + double(i) * step;
-    table.columns.insert(table.columns.begin(), {valueOf("x"), {}, values});
+    table.columns.insert(table.columns.begin(), {valueOf(header, "x"), {}, values});
 }
 
-void addCells(const std::vector<Batch::Column> &columns, NumberFile &file)
+void addCells(const std::vector<Results::Column> &columns, NumberFile &file)
 {
     qint64 rows = 0;
-    for (const Batch::Column &column : columns)
+    for (const Results::Column &column : columns)
         rows = std::max<qint64>(rows, column.size());
     file.words.resize(columns.size());
     for (std::size_t i = 0; i < columns.size(); ++i) {
@@ -67,7 +61,7 @@ void addCells(const std::vector<Batch::Column> &columns, NumberFile &file)
         }
     }
     for (qint64 row = 0; row < rows; ++row) {
-        for (const Batch::Column &column : columns) {
+        for (const Results::Column &column : columns) {
             const auto *numbers = std::get_if<std::vector<double>>(&column.values);
             const bool isThere = numbers && std::size_t(row) < numbers->size();
             file.table.add(isThere ? (*numbers)[std::size_t(row)] : NAN);
@@ -107,7 +101,7 @@ NumberFile readJsonTable(const QString &path, qint64 limit)
     }
     const QByteArray bytes = in.readAll();
     QString problem = syntaxProblem(bytes);
-    Batch::ReadTable read = problem.isEmpty() ? Batch::readTable(bytes) : Batch::ReadTable();
+    Results::ReadTable read = problem.isEmpty() ? Results::readTable(bytes) : Results::ReadTable();
     if (problem.isEmpty())
         problem = read.problem;
     if (!problem.isEmpty()) {
@@ -115,9 +109,9 @@ NumberFile readJsonTable(const QString &path, qint64 limit)
         return file;
     }
     addAxisColumn(read.table);
-    for (const Batch::HeaderLine &line : read.table.request)
+    for (const Results::HeaderLine &line : read.table.request)
         file.header << line.key + ": " + line.value;
-    for (const Batch::Column &column : read.table.columns)
+    for (const Results::Column &column : read.table.columns)
         file.columnNames << titleOf(column);
     addCells(read.table.columns, file);
     if (file.table.rows() == 0)

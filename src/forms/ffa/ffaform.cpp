@@ -7,7 +7,6 @@
 #include "base/typednumber.h"
 #include "calc/pulsarcalculate.h"
 #include "calc/pulsarcommand.h"
-#include "calc/reporttext.h"
 #include "data/truenumbers.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
@@ -17,6 +16,7 @@
 #include "forms/savefolder.h"
 #include "forms/switchedchannels.h"
 #include "plot/pulsargrafik.h"
+#include "results/reporttext.h"
 #include "ui_ffaform.h"
 
 #include <QCheckBox>

@@ -9,7 +9,6 @@
 #include "calc/computedon.h"
 #include "calc/fourier.h"
 #include "calc/pulsarcommand.h"
-#include "calc/reporttext.h"
 #include "data/recordingtime.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
@@ -21,6 +20,7 @@
 #include "picture/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "plot/pulsargrafikinfo.h"
+#include "results/reporttext.h"
 #include "ui_pulsarform.h"
 
 #include <QClipboard>

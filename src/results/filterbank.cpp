@@ -1,4 +1,4 @@
-#include "batch/filterbank.h"
+#include "results/filterbank.h"
 
 #include "base/bytetext.h"
 
@@ -9,7 +9,7 @@
 #include <cmath>
 #include <cstring>
 
-namespace Batch {
+namespace Results {
 
 namespace {
 
@@ -191,4 +191,4 @@ QDateTime dateOfModifiedJulian(double days)
     return midnight.addMSecs(qint64(std::round((days - double(day)) * msPerDay)));
 }
 
-} // namespace Batch
+} // namespace Results

@@ -6,7 +6,7 @@
 #include <variant>
 #include <vector>
 
-namespace Batch {
+namespace Results {
 
 enum class Format { Text, Csv, Json };
 
@@ -18,6 +18,9 @@ struct HeaderLine {
     QString key;
     QString value;
 };
+
+/// Value of the first line with that key; empty where there is none.
+QString valueOf(const std::vector<HeaderLine> &lines, const QString &key);
 
 /// One column of a table. Numbers are written with as many digits as bring back the same value.
 struct Column {
@@ -71,4 +74,4 @@ QByteArray jsonText(const QString &text);
 QByteArray numberText(double value);
 QByteArray numberText(float value);
 
-} // namespace Batch
+} // namespace Results

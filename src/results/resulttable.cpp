@@ -1,4 +1,4 @@
-#include "batch/resulttable.h"
+#include "results/resulttable.h"
 
 #include "base/bytetext.h"
 
@@ -9,7 +9,7 @@
 #include <cmath>
 #include <iterator>
 
-namespace Batch {
+namespace Results {
 
 namespace {
 
@@ -132,6 +132,13 @@ QByteArray numberText(float value)
     return shortestText(value);
 }
 
+QString valueOf(const std::vector<HeaderLine> &lines, const QString &key)
+{
+    const auto line = std::find_if(lines.begin(), lines.end(),
+                                   [&](const HeaderLine &header) { return header.key == key; });
+    return line == lines.end() ? QString() : line->value;
+}
+
 QByteArray requestBytes(const std::vector<HeaderLine> &request, Format format)
 {
     return (format == Format::Json ? "{\n \"header\": {\n" : "") + headerText(request, format);
@@ -193,4 +200,4 @@ void ResultTable::appendBlocks(const QStringList &titles, QByteArray &text) cons
     }
 }
 
-} // namespace Batch
+} // namespace Results

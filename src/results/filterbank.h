@@ -7,7 +7,7 @@
 class QDateTime;
 class QIODevice;
 
-namespace Batch {
+namespace Results {
 
 /// Header of a SIGPROC filterbank file, one IF.
 struct FilterbankHeader {
@@ -38,4 +38,4 @@ QString readFilterbank(QIODevice &device, FilterbankHeader &header);
 double modifiedJulianDate(const QDateTime &utc);
 QDateTime dateOfModifiedJulian(double days);
 
-} // namespace Batch
+} // namespace Results

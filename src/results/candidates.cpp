@@ -1,21 +1,15 @@
-#include "batch/candidates.h"
+#include "results/candidates.h"
 
-#include "batch/axis.h"
-#include "batch/inputlist.h"
-#include "batch/outputfiles.h"
-#include "batch/runner.h"
+#include "results/reporttext.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <tuple>
 
-namespace Batch {
+namespace Results {
 
 namespace {
-
-// A merged table of a survey has some hundred bytes per candidate; a text takes twice its bytes.
-constexpr qint64 largestTable = qint64(1) << 29;
 
 // Where two tables name the same search of the same file, both have the same candidates.
 auto identity(const Candidate &candidate)
@@ -133,6 +127,11 @@ QString tableProblem(const ReadTable &read)
 
 } // namespace
 
+bool isSame(const Candidate &a, const Candidate &b)
+{
+    return a.peak.snr == b.peak.snr && identity(a) == identity(b);
+}
+
 void sortCandidates(std::vector<Candidate> &candidates)
 {
     std::sort(candidates.begin(), candidates.end(), isStronger);
@@ -227,42 +226,33 @@ ReadCandidates readCandidates(const QByteArray &bytes)
     return read;
 }
 
-Failure mergeCandidates(const QStringList &inputs, const MergeRequest &request)
+QStringList shownTitles()
 {
-    std::vector<Candidate> candidates;
-    int tables = 0;
-    for (const QString &input : inputs) {
-        QByteArray bytes;
-        if (Failure failure = readInput(input, largestTable, bytes))
-            return failure;
-        const ReadCandidates read = readCandidates(bytes);
-        if (!read.problem.isEmpty())
-            return {ExitCode::BadData, input + " cannot be merged: " + read.problem + "."};
-        if (!read.remark.isEmpty())
-            printError(input + ": " + read.remark + ".");
-        ++tables;
-        for (const Candidate &candidate : read.candidates) {
-            if (candidate.peak.strength() >= request.threshold &&
-                (!request.onlyBase || candidate.remark.isEmpty()))
-                candidates.push_back(candidate);
-        }
-    }
-    sortCandidates(candidates);
-    const auto last = std::unique(candidates.begin(), candidates.end(),
-                                  [](const Candidate &a, const Candidate &b) {
-                                      return a.peak.snr == b.peak.snr && identity(a) == identity(b);
-                                  });
-    candidates.erase(last, candidates.end());
-
-    ResultTable table;
-    table.request = {{"program", "zrt-batch " ZRT_VERSION},
-                     {"command", "merge"},
-                     {"threshold", numberText(request.threshold)},
-                     {"only_base", request.onlyBase ? "yes" : "no"},
-                     {"tables", QString::number(tables)}};
-    table.columns = candidateColumns(candidates, true);
-    removeAbandoned({request.output});
-    return writeOutputs({{request.output, table.toBytes(request.format)}});
+    return {"no.",           "period, s",   "error, s",  "S/N",     "remark",
+            "frequency, Hz", "width, bins", "width, ms", "duty, %", "fold, bins"};
 }
 
-} // namespace Batch
+QStringList shownFields(const Candidate &candidate, int number)
+{
+    const Peak &peak = candidate.peak;
+    // A refined period is written to the second digit of its error.
+    const bool isRefined = std::isfinite(peak.periodError);
+    const QString refined = ReportText::withError(peak.period, peak.periodError);
+    QStringList remarks;
+    if (peak.snrFactor > 1)
+        remarks << QString("S/N %1 times too low").arg(peak.snrFactor, 0, 'f', 1);
+    if (!candidate.remark.isEmpty())
+        remarks << candidate.remark;
+    return {QString::number(number),
+            isRefined ? refined.section(' ', 0, 0) : QString::number(peak.period, 'f', 7),
+            isRefined ? refined.section(' ', -1) : QString("-"),
+            QString::number(double(peak.snr), 'f', 1),
+            remarks.join(", "),
+            QString::number(1 / peak.period, 'f', 6),
+            QString::number(peak.width),
+            QString::number(1000 * peak.widthSeconds(), 'f', 2),
+            QString::number(100 * peak.dutyCycle(), 'f', 1),
+            QString::number(peak.bins)};
+}
+
+} // namespace Results

@@ -1,14 +1,12 @@
-#include "base/wholefile.h"
-#include "batch/candidates.h"
-#include "batch/filterbank.h"
 #include "data/numberfile.h"
+#include "results/candidates.h"
+#include "results/filterbank.h"
 #include "support/testmain.h"
 
 #include <QBuffer>
 #include <limits>
-#include <random>
 
-using namespace Batch;
+using namespace Results;
 
 class TestFormats : public QObject {
     Q_OBJECT
@@ -18,7 +16,6 @@ private slots:
     void tablesComeBack();
     void damagedTables_data();
     void damagedTables();
-    void mergingIgnoresOrder();
     void onePeriodAtSeveralDispersions();
     void refusedFilterbanks_data();
     void refusedFilterbanks();
@@ -133,44 +130,6 @@ void TestFormats::damagedTables()
     QVERIFY2(read.problem.contains(problem), qPrintable(read.problem));
     QCOMPARE(read.problem.isEmpty(), problem.isEmpty());
     QCOMPARE(int(read.candidates.size()), problem.isEmpty() ? 2 : 0);
-}
-
-// Candidates that differ in a single column, some of them in two tables, give the same bytes in
-// whatever order they come.
-void TestFormats::mergingIgnoresOrder()
-{
-    const QTemporaryDir folder;
-    QStringList inputs;
-    for (int i = 0; i < 6; ++i) {
-        Candidate same;
-        same.peak.snr = 10;
-        same.file = "a.pnt";
-        Candidate other = same;
-        other.remark = i % 2 ? "2 x 0.5 s" : "";
-        other.peak.foldSnr = i % 3;
-        other.peak.periodError = i == 4 ? 1e-6 : std::numeric_limits<double>::quiet_NaN();
-        other.ray = 1 + i % 4;
-        ResultTable table;
-        table.request = {{"program", "zrt-batch"}};
-        table.columns = candidateColumns({same, other}, true);
-        inputs << folder.filePath(QString::number(i));
-        QVERIFY(!writeWhole(inputs.back(), table.toBytes(Format::Text)));
-    }
-    QByteArray first;
-    for (int i = 0; i < 50; ++i) {
-        std::mt19937 random{unsigned(i)};
-        std::shuffle(inputs.begin(), inputs.end(), random);
-        MergeRequest request;
-        request.output = folder.filePath("merged");
-        QVERIFY(!mergeCandidates(inputs, request));
-        QFile merged(request.output);
-        QVERIFY(merged.open(QIODevice::ReadOnly));
-        const QByteArray bytes = merged.readAll();
-        if (first.isEmpty())
-            first = bytes;
-        QCOMPARE(bytes, first);
-    }
-    QCOMPARE(readCandidates(first).candidates.size(), std::size_t(4));
 }
 
 void TestFormats::onePeriodAtSeveralDispersions()

@@ -1,4 +1,4 @@
-#include "batch/resulttable.h"
+#include "results/resulttable.h"
 
 #include "base/bytetext.h"
 
@@ -7,7 +7,7 @@
 #include <QJsonObject>
 #include <algorithm>
 
-namespace Batch {
+namespace Results {
 
 namespace {
 
@@ -190,4 +190,4 @@ ReadTable readTable(const QByteArray &bytes)
     return read;
 }
 
-} // namespace Batch
+} // namespace Results
