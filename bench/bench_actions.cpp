@@ -1,5 +1,5 @@
 #include "calc/fourier.h"
-#include "calc/pulsarcalculate.h"
+#include "calc/pulsar/pulsarcalculate.h"
 #include "simulator/recording.h"
 
 #include <benchmark/benchmark.h>

@@ -2,7 +2,7 @@
 
 #include "batch/picture.h"
 #include "calc/ffacandidates.h"
-#include "calc/pulsarcalculate.h"
+#include "calc/pulsar/pulsarcalculate.h"
 #include "data/truenumbers.h"
 #include "results/candidates.h"
 

@@ -5,7 +5,7 @@
 #include "batch/info.h"
 #include "batch/inputlist.h"
 #include "batch/stopsignal.h"
-#include "calc/pulsarcommand.h"
+#include "calc/pulsar/pulsarcommand.h"
 #include "simulator/simulatecommand.h"
 
 #include <QCoreApplication>

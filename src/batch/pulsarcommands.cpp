@@ -1,7 +1,7 @@
 #include "batch/commands.h"
 #include "batch/pulsarwork.h"
-#include "calc/pulsarcalculate.h"
-#include "calc/pulsarcommand.h"
+#include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/pulsarcommand.h"
 
 #include <memory>
 

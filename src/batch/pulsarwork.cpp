@@ -1,8 +1,8 @@
 #include "batch/pulsarwork.h"
 
 #include "batch/axis.h"
-#include "calc/computedon.h"
-#include "calc/pulsarcalculate.h"
+#include "calc/pulsar/computedon.h"
+#include "calc/pulsar/pulsarcalculate.h"
 #include "forms/pulsar/pulsartexts.h"
 
 #include <algorithm>

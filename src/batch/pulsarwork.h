@@ -1,7 +1,7 @@
 #pragma once
 
 #include "batch/tablework.h"
-#include "calc/pulsarresult.h"
+#include "calc/pulsar/pulsarresult.h"
 
 #include <optional>
 

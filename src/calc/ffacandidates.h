@@ -1,6 +1,6 @@
 #pragma once
 
-#include "calc/pulsarresult.h"
+#include "calc/ffaresult.h"
 #include "results/candidates.h"
 
 #include <QString>

@@ -1,7 +1,7 @@
 #include "calculators/calculators.h"
 
+#include "base/shellword.h"
 #include "base/typednumber.h"
-#include "calc/pulsarcommand.h"
 #include "coords/alfa2000.h"
 #include "coords/angletext.h"
 #include "coords/coordinates.h"

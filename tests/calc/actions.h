@@ -1,6 +1,6 @@
 #pragma once
 
-#include "calc/pulsarcalculate.h"
+#include "calc/pulsar/pulsarcalculate.h"
 #include "simulator/recording.h"
 #include "support/recordings.h"
 #include "support/testmain.h"

@@ -1,6 +1,6 @@
 #include "calc/ffacandidates.h"
 #include "calc/ffafold.h"
-#include "calc/pulsarcalculate.h"
+#include "calc/pulsar/pulsarcalculate.h"
 #include "calc/samples.h"
 #include "ffa/downsample.h"
 #include "ffa/normalise.h"

@@ -1,5 +1,5 @@
 #include "calc/approximation.h"
-#include "calc/pulsarcalculate.h"
+#include "calc/pulsar/pulsarcalculate.h"
 #include "calc/samples.h"
 
 using namespace TestSupport;

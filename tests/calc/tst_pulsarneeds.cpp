@@ -1,4 +1,4 @@
-#include "calc/pulsarcalculate.h"
+#include "calc/pulsar/pulsarcalculate.h"
 #include "support/recordings.h"
 #include "support/testmain.h"
 

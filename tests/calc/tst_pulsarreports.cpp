@@ -1,6 +1,6 @@
 #include "calc/actions.h"
 #include "calc/channelsum.h"
-#include "calc/computedon.h"
+#include "calc/pulsar/computedon.h"
 
 #include <random>
 

@@ -1,4 +1,4 @@
-#include "calc/computedon.h"
+#include "calc/pulsar/computedon.h"
 #include "forms/pulsar/pulsartexts.h"
 #include "support/recordings.h"
 #include "support/testmain.h"

@@ -1,5 +1,5 @@
-#include "calc/pulsarcalculate.h"
-#include "calc/pulsarcommand.h"
+#include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/pulsarcommand.h"
 #include "data/recordingfile.h"
 
 #include <QCoreApplication>

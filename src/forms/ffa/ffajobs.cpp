@@ -1,6 +1,6 @@
 #include "forms/ffa/ffajobs.h"
 
-#include "calc/pulsarcalculate.h"
+#include "calc/pulsar/pulsarcalculate.h"
 
 #include <QElapsedTimer>
 

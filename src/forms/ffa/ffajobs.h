@@ -1,7 +1,7 @@
 #pragma once
 
 #include "calc/ffacandidates.h"
-#include "calc/pulsarresult.h"
+#include "calc/pulsar/pulsarresult.h"
 #include "data/observationdata.h"
 #include "jobs/control.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "calc/pulsarcalculate.h"
+#include "calc/pulsar/pulsarcalculate.h"
 #include "data/observationdata.h"
 
 #include <QStringList>

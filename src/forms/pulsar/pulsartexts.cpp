@@ -1,7 +1,7 @@
 #include "forms/pulsar/pulsartexts.h"
 
 #include "base/timetext.h"
-#include "calc/computedon.h"
+#include "calc/pulsar/computedon.h"
 #include "data/recordingtime.h"
 
 #include <algorithm>

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "calc/ffaresult.h"
 #include "calc/ffasearch.h"
-#include "calc/mainshum.h"
-#include "ffa/periodogram.h"
 
 #include <QString>
 #include <QStringList>
@@ -55,15 +54,6 @@ struct PulsarMultiResult {
     QString description;
     std::vector<std::vector<float>> curves; ///< to show alone: the curve and its fit
     QStringList names;                      ///< one per curve
-};
-
-/// A fast folding search with the series that it searched.
-struct FfaResult {
-    std::vector<double> series; ///< of mean 0 and sigma 1
-    double tsamp = 0;           ///< s
-    Periodogram periodogram;
-    std::vector<MainsLine> mains;                   ///< hum in the series
-    std::vector<Ffa::WholeFactorStep> wholeFactors; ///< where its S/N is too low
 };
 
 /// What a form shows of an action.

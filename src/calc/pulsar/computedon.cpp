@@ -1,7 +1,7 @@
-#include "calc/computedon.h"
+#include "calc/pulsar/computedon.h"
 
 #include "base/timetext.h"
-#include "calc/pulsarcalculate.h"
+#include "calc/pulsar/pulsarcalculate.h"
 #include "data/recordingtime.h"
 #include "data/truenumbers.h"
 #include "results/reporttext.h"

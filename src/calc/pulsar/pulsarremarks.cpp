@@ -1,4 +1,4 @@
-#include "calc/pulsarcalculate.h"
+#include "calc/pulsar/pulsarcalculate.h"
 
 #include "calc/spectrumlines.h"
 #include "results/reporttext.h"

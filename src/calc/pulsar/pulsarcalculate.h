@@ -3,7 +3,7 @@
 #include "calc/dispersionpeak.h"
 #include "calc/finitesamples.h"
 #include "calc/fold.h"
-#include "calc/pulsarresult.h"
+#include "calc/pulsar/pulsarresult.h"
 #include "data/observationdata.h"
 
 #include <QObject>

@@ -1,10 +1,10 @@
-#include "calc/pulsarcommand.h"
+#include "calc/pulsar/pulsarcommand.h"
 
-#include "calc/pulsarcalculate.h"
+#include "base/shellword.h"
+#include "calc/pulsar/pulsarcalculate.h"
 #include "results/reporttext.h"
 
 #include <QMap>
-#include <QRegularExpression>
 #include <QStringList>
 
 using ReportText::exact;
@@ -53,14 +53,6 @@ PulsarParameters pulsarPresets()
     presets.sigmaMultiple = 6;
     presets.dispersions = {0, 13.1, 26.2, 52.4};
     return presets;
-}
-
-QString shellWord(const QString &text)
-{
-    static const QRegularExpression plain("^[A-Za-z0-9_./:,+=-]+$");
-    if (plain.match(text).hasMatch())
-        return text;
-    return "'" + QString(text).replace("'", "'\\''") + "'";
 }
 
 QString pulsarCommand(const QString &action, const PulsarParameters &given,

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "calc/pulsarresult.h"
+#include "calc/pulsar/pulsarresult.h"
 #include "data/observationdata.h"
 
 #include <QStringList>

@@ -1,4 +1,4 @@
-#include "calc/pulsarcalculate.h"
+#include "calc/pulsar/pulsarcalculate.h"
 
 #include "calc/approximation.h"
 #include "calc/channelsum.h"

@@ -1,9 +1,9 @@
-#include "calc/pulsarcalculate.h"
+#include "calc/pulsar/pulsarcalculate.h"
 
 #include "calc/channelsum.h"
-#include "calc/computedon.h"
 #include "calc/fourier.h"
 #include "calc/levelsteps.h"
+#include "calc/pulsar/computedon.h"
 #include "results/reporttext.h"
 
 #include <algorithm>

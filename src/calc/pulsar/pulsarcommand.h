@@ -1,6 +1,6 @@
 #pragma once
 
-#include "calc/pulsarresult.h"
+#include "calc/pulsar/pulsarresult.h"
 
 #include <QString>
 
@@ -17,6 +17,3 @@ QString pulsarCommand(const QString &action, const PulsarParameters &parameters,
 
 /// The same for a fast folding search, its candidates and their table.
 QString ffaCommand(const PulsarParameters &parameters, const QString &recording);
-
-/// A text as one word of a shell command, in quotes where it needs them.
-QString shellWord(const QString &text);
