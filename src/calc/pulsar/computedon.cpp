@@ -2,9 +2,9 @@
 
 #include "base/timetext.h"
 #include "calc/pulsar/pulsarcalculate.h"
-#include "calc/reporttext.h"
 #include "data/recordingtime.h"
 #include "data/truenumbers.h"
+#include "results/reporttext.h"
 
 namespace {
 

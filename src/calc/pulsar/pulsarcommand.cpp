@@ -2,7 +2,7 @@
 
 #include "base/shellword.h"
 #include "calc/pulsar/pulsarcalculate.h"
-#include "calc/reporttext.h"
+#include "results/reporttext.h"
 
 #include <QMap>
 #include <QStringList>

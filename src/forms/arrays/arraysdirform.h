@@ -55,6 +55,6 @@ private:
     Jobs::Worker reader;                  // of those that are missing
     std::unique_ptr<JobProgress> progress;
     QString readingProblem; // why picked files are missing
-    QTimer lookTimer;       // looks at the files in view, one at a time
-    QTimer pickTimer;
+    QTimer lookTimer{this}; // looks at the files in view, one at a time
+    QTimer pickTimer{this};
 };

@@ -1,28 +1,25 @@
 #include "forms/bintotext/bintotext.h"
 
-#include "app/busyguard.h"
-#include "app/directoryof.h"
-#include "app/errorbox.h"
-#include "app/settings.h"
+#include "app/shell/directoryof.h"
+#include "app/shell/errorbox.h"
+#include "app/shell/progresstask.h"
+#include "app/shell/settings.h"
 #include "base/wholefile.h"
 #include "data/passport.h"
 #include "data/reader.h"
 #include "data/resulttotext.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLocale>
 #include <QMessageBox>
-#include <QProgressBar>
 #include <QStorageInfo>
 
 namespace {
 
 constexpr qint64 gigabyte = 1000000000;
-constexpr int eventsMs = 30;     // between two looks at pending events
 constexpr int messageMs = 15000; // that a line stays in the status bar
 
 QString sizeText(qint64 bytes)
@@ -86,37 +83,20 @@ QString proposedPath(const QString &path)
 // One conversion with its progress and its end by Esc.
 class Conversion {
 public:
-    explicit Conversion(const Binary &input) : binary(input)
-    {
-        QObject::connect(&guard, &BusyGuard::cancelRequested, [this] { isCancelled = true; });
-        sinceEvents.start();
-        bar->setValue(0);
-        bar->show();
-    }
-    ~Conversion()
-    {
-        bar->hide();
-        bar->setFormat("%p%");
-    }
-    Conversion(const Conversion &) = delete;
-    Conversion &operator=(const Conversion &) = delete;
+    explicit Conversion(const Binary &input) : binary(input) {}
 
     // Empty on success, else what went wrong.
     QString run(const QString &outPath)
     {
-        if (!binary.isRecording) {
-            bar->setFormat("Writing %p%");
+        if (!binary.isRecording)
             return Tools::resultToText(binary.path, outPath, progress(), cancelled()).text;
-        }
-        bar->setFormat("Reading %p%");
-        ObservationData data = read();
-        if (isCancelled || !problem.isEmpty())
+        const ObservationData data = read();
+        if (task.isCancelled() || !problem.isEmpty())
             return problem;
-        bar->setFormat("Writing %p%");
         return Tools::observationToText(data, outPath, progress(), cancelled()).text;
     }
 
-    bool wasCancelled() const { return isCancelled; }
+    bool wasCancelled() const { return task.isCancelled(); }
     QString remark() const { return shortness; }
 
 private:
@@ -124,8 +104,8 @@ private:
     ObservationData read()
     {
         Reader reader;
-        QObject::connect(&reader, &Reader::progress, bar, &QProgressBar::setValue);
-        QObject::connect(&guard, &BusyGuard::cancelRequested, &reader, &Reader::cancel);
+        QObject::connect(&reader, &Reader::progress, &task, &ProgressTask::show);
+        QObject::connect(&task, &ProgressTask::cancelRequested, &reader, &Reader::cancel);
         ObservationData data = Reader::readDataFile(&reader, binary.path);
         if (reader.outcome() == ReadOutcome::Short) {
             const int whole = completePoints(data);
@@ -142,25 +122,16 @@ private:
 
     Tools::TextProgress progress()
     {
-        return [this](int percent) { bar->setValue(percent); };
+        return [this](int percent) { task.show(percent); };
     }
 
     Tools::TextCancelled cancelled()
     {
-        return [this] {
-            if (sinceEvents.elapsed() >= eventsMs) {
-                QCoreApplication::processEvents();
-                sinceEvents.restart();
-            }
-            return isCancelled;
-        };
+        return [this] { return !task.goesOn(); };
     }
 
     const Binary binary;
-    QProgressBar *const bar = Settings::instance()->progressBar();
-    BusyGuard guard;
-    QElapsedTimer sinceEvents;
-    bool isCancelled = false;
+    ProgressTask task;
     QString problem;
     QString shortness;
 };

@@ -1,8 +1,8 @@
 #include "forms/calculator/calculatorform.h"
 
-#include "app/centralwidget.h"
-#include "app/lastvalues.h"
-#include "app/settings.h"
+#include "app/shell/centralwidget.h"
+#include "app/shell/lastvalues.h"
+#include "app/shell/settings.h"
 #include "coords/raytables.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"

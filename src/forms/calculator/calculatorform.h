@@ -1,6 +1,6 @@
 #pragma once
 
-#include "forms/calculator/calculatortexts.h"
+#include "calculators/calculators.h"
 
 #include <QVariant>
 #include <QVector>
