@@ -43,7 +43,7 @@ int run(int argc, char **argv)
 {
     setUpProcess();
     CLI::App app(manual, "zrt-batch");
-    app.set_version_flag("--version", programName().toStdString());
+    app.set_version_flag("--version", Batch::programName().toStdString());
     app.require_subcommand(1);
     app.footer("zrt-batch COMMAND --help is the manual of a command.");
     app.formatter(std::make_shared<Batch::HelpFormatter>());
