@@ -19,6 +19,6 @@ qint64 availableMemory();
 qint64 groupMemoryLeft(const QString &groups = "/proc/self/cgroup",
                        const QString &mount = "/sys/fs/cgroup");
 
-/// Whether so many bytes can be taken. Of a few, up to 32 MiB, this is not asked: it takes as
-/// long as a short computation.
+/// Whether so many bytes can be taken. Up to 32 MiB the system is not asked, because asking takes
+/// as long as a short computation.
 bool hasMemoryFor(double bytes);

@@ -51,7 +51,8 @@ QByteArray headerText(const std::vector<HeaderLine> &lines, Format format)
     return text;
 }
 
-// Value `row` of a column. Tabs part the columns of a text, so that texts get none there.
+// Text of value `row` of a column. Tabs separate the columns in the text form, so a cell must not
+// contain one there.
 QByteArray valueText(const Column &column, int row, Format format)
 {
     const auto index = std::size_t(row);
@@ -115,7 +116,7 @@ void writeJsonColumns(const std::vector<Column> &columns, Pieces &pieces)
     pieces << " ]\n}\n";
 }
 
-// The values of one column after the other, as the blocks of a result file.
+// Writes one column after the other, like the blocks of a result file.
 void writeBlocks(const std::vector<Column> &columns, Pieces &pieces)
 {
     for (const Column &column : columns) {
@@ -148,7 +149,7 @@ QByteArray jsonText(const QString &text)
         const QByteArray array = QJsonDocument(QJsonArray{part}).toJson(QJsonDocument::Compact);
         json += array.mid(2, array.size() - 4); // between [" and "]
     };
-    // A byte of a name that is not UTF-8 stands as the escape that other programs use for it too.
+    // A byte that is not UTF-8 is written as the escape that other programs use for it too.
     int begin = 0;
     for (int i = 0; i < text.size(); ++i) {
         if (!isLoneByte(text, i))

@@ -68,7 +68,7 @@ ArraysDirForm::ArraysDirForm(const QString &path, QWidget *parent)
     connect(ui->files->verticalScrollBar(), &QScrollBar::valueChanged, this,
             [this] { lookTimer.start(0); });
     ui->files->viewport()->installEventFilter(this);
-    // Once for all changes that one click makes.
+    // One click changes the selection several times; it is read once.
     pickTimer.setSingleShot(true);
     connect(&pickTimer, &QTimer::timeout, this, &ArraysDirForm::readPicked);
     progress = std::make_unique<JobProgress>(reader, this);
@@ -130,7 +130,7 @@ void ArraysDirForm::lookAtNextFile()
     }
 }
 
-// Results of a recording differ in the ends of their names.
+// The middle is cut, because results of one recording differ in the ends of their names.
 QString ArraysDirForm::shownName(const QString &name) const
 {
     constexpr int margins = 12; // pixels beside the text

@@ -124,7 +124,7 @@ void ArraysForm::connectInputs()
     });
 }
 
-// The column that the user wants on the X axis, below 0: none. Where no column rises that is the
+// The column that the user wants on the X axis, below 0: none. When no column rises, it is the
 // first one.
 int ArraysForm::xColumn() const
 {
@@ -146,7 +146,7 @@ QString ArraysForm::curveName(int curve) const
                                           QString::number(curve + 1));
 }
 
-// Along lines the axis of the header, below columns the column of X.
+// Lines take the axis that the header describes, columns the column chosen as X.
 Results::ArrayAxis ArraysForm::xAxis() const
 {
     return ui->showRows->isChecked() ? Results::axisOfRows(file) : Results::axisOf(file, xColumn());

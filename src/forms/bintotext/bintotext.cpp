@@ -5,12 +5,11 @@
 #include "app/shell/progresstask.h"
 #include "app/shell/settings.h"
 #include "base/wholefile.h"
-#include "data/passport.h"
+#include "data/binaryfile.h"
 #include "data/reader.h"
 #include "data/resulttotext.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLocale>
@@ -25,35 +24,6 @@ constexpr int messageMs = 15000; // that a line stays in the status bar
 QString sizeText(qint64 bytes)
 {
     return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
-}
-
-// A file that can be turned into text.
-struct Binary {
-    QString path;
-    bool isRecording = false; // else a result file
-    QString problem;          // why it is neither
-};
-
-Binary recognise(const QString &path)
-{
-    Binary binary;
-    binary.path = path;
-    const QString shown = QDir::toNativeSeparators(path);
-    QFile file(path);
-    // A pipe is refused before it is opened, for opening one waits for a writer.
-    if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) {
-        binary.problem = shown + " is not an ordinary file.";
-    } else if (!file.open(QIODevice::ReadOnly)) {
-        binary.problem = shown + " cannot be opened: " + file.errorString() + ".";
-    } else {
-        const bool isResult = Tools::isResultFile(path);
-        const Passport passport = readPassport(file);
-        binary.isRecording = !isResult && passport.entries.contains("npoints");
-        if (!isResult && !binary.isRecording)
-            binary.problem = shown + " is neither a recording (no \"npoints\" in a passport) nor a "
-                                     "result file (no \"points:\" in a header).";
-    }
-    return binary;
 }
 
 // Whether the user wants a text of that size; asked for large ones only.
@@ -83,7 +53,7 @@ QString proposedPath(const QString &path)
 // One conversion with its progress and its end by Esc.
 class Conversion {
 public:
-    explicit Conversion(const Binary &input) : binary(input) {}
+    explicit Conversion(const Tools::BinaryFile &input) : binary(input) {}
 
     // Empty on success, else what went wrong.
     QString run(const QString &outPath)
@@ -130,7 +100,7 @@ private:
         return [this] { return !task.goesOn(); };
     }
 
-    const Binary binary;
+    const Tools::BinaryFile binary;
     ProgressTask task;
     QString problem;
     QString shortness;
@@ -144,7 +114,7 @@ QString whyNotWritable(const QString &path)
     return failure ? failure.text() + " " : QString();
 }
 
-void convert(const Binary &binary, const QString &outPath, QWidget *window)
+void convert(const Tools::BinaryFile &binary, const QString &outPath, QWidget *window)
 {
     QString failure;
     QString message;
@@ -171,7 +141,7 @@ void convert(const Binary &binary, const QString &outPath, QWidget *window)
 
 void convertBinaryToText(const QString &path, QWidget *window)
 {
-    const Binary binary = recognise(path);
+    const Tools::BinaryFile binary = Tools::recogniseBinary(path);
     if (!binary.problem.isEmpty()) {
         showError(window, binary.problem, "Choose a recording (.pnt or .pnthr) or a result file.");
         return;
