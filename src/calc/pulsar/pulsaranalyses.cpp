@@ -1,25 +1,39 @@
 #include "calc/pulsar/pulsaranalyses.h"
 
+#include "calc/pulsar/pulsarcalculate.h"
 #include "calc/pulsar/pulsarcommand.h"
 
 namespace {
 
-PulsarAnalysis analysis(const char *name, const char *label, const char *command,
-                        const char *chosenBy, const QStringList &options)
+// What an analysis is called.
+struct Names {
+    const char *action;
+    const char *label;
+    const char *command;
+    const char *chosenBy = "";
+};
+
+using Step = bool (PulsarCalculate::*)();
+
+PulsarAnalysis analysis(const Names &names, Step accept, Step compute, const QStringList &options)
 {
     PulsarAnalysis made;
-    made.name = name;
-    made.label = label;
-    made.command = command;
-    made.chosenBy = chosenBy;
+    made.name = names.action;
+    made.label = names.label;
+    made.command = names.command;
+    made.chosenBy = names.chosenBy;
     made.presets = pulsarPresets();
     for (const QString &option : options)
         made.fields.push_back(&pulsarField(option));
+    made.accept = accept;
+    made.compute = compute;
     return made;
 }
 
-PulsarAnalysis onChannel(PulsarAnalysis made)
+PulsarAnalysis onChannel(const Names &names, Step accept, Step compute, const QStringList &options)
 {
+    PulsarAnalysis made =
+        analysis(names, accept, compute, QStringList{"--module", "--ray", "--channel"} + options);
     made.onChannel = true;
     return made;
 }
@@ -33,15 +47,16 @@ QStringList scanOptions(const QStringList &chosenBy = {})
            QStringList{"--average", "--with-null", "--harmonic"} + chosenBy;
 }
 
+const QStringList searchOptions = {"--module",     "--ray",        "--dm",        "--first-point",
+                                   "--count",      "--noise",      "--normalise", "--delete-step",
+                                   "--period-min", "--period-max", "--bins-min",  "--bins-max",
+                                   "--ducy-max",   "--wtsp",       "--fpmin",     "--no-deredden",
+                                   "--rmed-width", "--rmed-minpts"};
+
 // What the form presets for the length of a recording is always given: other recordings of the
 // call are to be searched for the same periods.
-PulsarAnalysis search()
+PulsarAnalysis search(PulsarAnalysis made)
 {
-    PulsarAnalysis made = analysis(
-        "createFFA", "", "ffa", "",
-        {"--module", "--ray", "--dm", "--first-point", "--count", "--noise", "--normalise",
-         "--delete-step", "--period-min", "--period-max", "--bins-min", "--bins-max", "--ducy-max",
-         "--wtsp", "--fpmin", "--no-deredden", "--rmed-width", "--rmed-minpts"});
     made.presets = {};
     made.alwaysGiven =
         QStringList{"--module", "--ray", "--dm", "--period-min", "--period-max", "--rmed-width"};
@@ -50,37 +65,46 @@ PulsarAnalysis search()
 
 } // namespace
 
-const std::vector<PulsarAnalysis> &pulsarAnalyses()
+const std::vector<PulsarAnalysis> &PulsarCalculate::analyses()
 {
-    const QStringList sum =
-        QStringList{"--module", "--ray", "--dm"} + start + QStringList{"--count"} + levels;
+    using C = PulsarCalculate;
+    const QStringList place = {"--module", "--ray"};
+    const QStringList sum = place + QStringList{"--dm"} + start + QStringList{"--count"} + levels +
+                            QStringList{"--deduct"};
+    const QStringList spectrum = {"--average", "--with-null", "--harmonic"};
     static const std::vector<PulsarAnalysis> all = {
-        onChannel(analysis("showNative", "Show native", "native", "",
-                           QStringList{"--module", "--ray", "--channel"} + start +
-                               QStringList{"--count", "--noise", "--delete-step"})),
-        onChannel(analysis("sumPeriod", "Sum period", "fold", "",
-                           QStringList{"--module", "--ray", "--channel", "--period"} + start +
-                               QStringList{"--count"} + levels)),
-        analysis("sumChannels", "", "sum", "", sum + QStringList{"--deduct"}),
-        analysis("sumChannelsDemoNoise", "Sum channels and  demo noise", "sum", "",
-                 sum + QStringList{"--deduct"}),
-        analysis("sumChannelsAndAverage", "Sum channels and average", "sum", "--average",
-                 QStringList{"--module", "--ray", "--dm"} + start + levels +
-                     QStringList{"--average"}),
-        analysis("sumChannelsAndFourier", "Fourier of sum channels with 1 disp", "fourier", "",
-                 scanOptions({"--sigma"})),
-        analysis("sum4Dispersions", "Fourier of sum channels with 4 disp", "fourier", "--compare",
-                 QStringList{"--module", "--ray", "--compare"} + start + levels +
-                     QStringList{"--average", "--with-null", "--harmonic"}),
-        analysis("sumAllDispersions", "First harmonic/disp with 1 average", "dmscan", "",
-                 scanOptions()),
-        analysis("sumMultiDispersions", "First harmonic/disp with multi average", "dmscan",
-                 "--each-average", scanOptions({"--each-average"})),
-        analysis("sumTimeDispersions", "First harmonic/disp with multi first point", "dmscan",
-                 "--each-start", scanOptions({"--each-start", "--delta"})),
-        search(),
+        onChannel({"showNative", "Show native", "native"}, &C::acceptChannelSelection,
+                  &C::showNative, start + QStringList{"--count", "--noise", "--delete-step"}),
+        onChannel({"sumPeriod", "Sum period", "fold"}, &C::acceptFold, &C::sumPeriod,
+                  QStringList{"--period"} + start + QStringList{"--count"} + levels),
+        analysis({"sumChannels", "", "sum"}, &C::acceptSum, &C::sumChannelsAction, sum),
+        analysis({"sumChannelsDemoNoise", "Sum channels and  demo noise", "sum"}, &C::acceptSum,
+                 &C::sumChannelsAction, sum),
+        analysis({"sumChannelsAndAverage", "Sum channels and average", "sum", "--average"},
+                 &C::acceptFixedSum, &C::sumChannelsAndAverage,
+                 place + QStringList{"--dm"} + start + levels + QStringList{"--average"}),
+        analysis({"sumChannelsAndFourier", "Fourier of sum channels with 1 disp", "fourier"},
+                 &C::acceptFourier, &C::sumChannelsAndFourier, scanOptions({"--sigma"})),
+        analysis({"sum4Dispersions", "Fourier of sum channels with 4 disp", "fourier", "--compare"},
+                 &C::acceptFourDispersions, &C::sum4Dispersions,
+                 place + QStringList{"--compare"} + start + levels + spectrum),
+        analysis({"sumAllDispersions", "First harmonic/disp with 1 average", "dmscan"},
+                 &C::acceptScan, &C::sumAllDispersions, scanOptions()),
+        analysis({"sumMultiDispersions", "First harmonic/disp with multi average", "dmscan",
+                  "--each-average"},
+                 &C::acceptScan, &C::sumMultiDispersions, scanOptions({"--each-average"})),
+        analysis({"sumTimeDispersions", "First harmonic/disp with multi first point", "dmscan",
+                  "--each-start"},
+                 &C::acceptStarts, &C::sumTimeDispersions,
+                 scanOptions({"--each-start", "--delta"})),
+        search(analysis({"createFFA", "", "ffa"}, &C::acceptFfa, &C::createFFA, searchOptions)),
     };
     return all;
+}
+
+const std::vector<PulsarAnalysis> &pulsarAnalyses()
+{
+    return PulsarCalculate::analyses();
 }
 
 const PulsarAnalysis *findAnalysis(const QString &action)
@@ -90,4 +114,16 @@ const PulsarAnalysis *findAnalysis(const QString &action)
             return &known;
     }
     return nullptr;
+}
+
+bool reads(const QString &action, const QString &option)
+{
+    const PulsarAnalysis *const analysis = findAnalysis(action);
+    return analysis && analysis->reads(pulsarField(option));
+}
+
+bool isScan(const QString &action)
+{
+    const PulsarAnalysis *const analysis = findAnalysis(action);
+    return analysis && analysis->command == "dmscan";
 }

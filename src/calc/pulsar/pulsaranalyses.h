@@ -2,14 +2,28 @@
 
 #include "calc/pulsar/pulsarfields.h"
 
-using PulsarAnalysis = Analysis<PulsarParameters>;
+class PulsarCalculate;
+
+/// An analysis of one recording with what it runs.
+struct PulsarAnalysis : Analysis<PulsarParameters> {
+    bool (PulsarCalculate::*accept)() = nullptr;  ///< whether it accepts its parameters
+    bool (PulsarCalculate::*compute)() = nullptr; ///< fills the result
+};
 
 /// All analyses of one recording: the actions of PulsarCalculate. This is the one place that
-/// lists them; a new one gets a row here, one in PulsarCalculate::findAction() and a file.
+/// lists them; a new one gets a row here and a file of its name.
 const std::vector<PulsarAnalysis> &pulsarAnalyses();
 
 /// The analysis of an action; null when there is none of that name.
 const PulsarAnalysis *findAnalysis(const QString &action);
+
+/// Whether an action reads a parameter.
+///
+/// @param option  of the batch program, as "--dm"
+bool reads(const QString &action, const QString &option);
+
+/// Whether an action computes one value at many trial dispersions.
+bool isScan(const QString &action);
 
 /// An option of a command of the batch program.
 struct CommandOption {
