@@ -3,10 +3,10 @@
 // QCustomPlot. The second argument is the part of the points that is shown, in thousandths. Run
 // with QT_QPA_PLATFORM=offscreen; moveWindow means most on a display.
 
-#include "plot/plotgeometry.h"
-#include "plot/plotpainter.h"
+#include "picture/plotgeometry.h"
+#include "picture/plotpainter.h"
+#include "picture/straightplot.h"
 #include "plot/pulsargrafik.h"
-#include "plot/straightplot.h"
 
 #include <QApplication>
 #include <QWindow>

@@ -2,7 +2,7 @@
 #include "calc/channelsum.h"
 #include "calc/levelsteps.h"
 #include "calc/waterfall.h"
-#include "plot/colourmap.h"
+#include "picture/colourmap.h"
 
 #include <benchmark/benchmark.h>
 #include <random>

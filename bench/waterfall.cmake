@@ -1,1 +1,1 @@
-zrt_add_bench(waterfall zrt_calc zrt_plot)
+zrt_add_bench(waterfall zrt_calc zrt_picture)

@@ -1,7 +1,6 @@
 #include "app/settings.h"
 
 #include <QProgressBar>
-#include <cstdio>
 
 namespace {
 
@@ -83,9 +82,5 @@ void Settings::setProgress(int value)
         }
         return;
     }
-    if (value == lastPrinted)
-        return;
-    std::fputs(value == 100 ? ".\n" : ".", stdout);
-    std::fflush(stdout);
-    lastPrinted = value;
+    dots(value);
 }

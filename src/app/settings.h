@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/progressdots.h"
 #include "ui_mainwindow.h"
 
 #include <QObject>
@@ -64,7 +65,7 @@ private:
     MainWindow *window = nullptr;
     Ui::MainWindow widgets = {};
     QProgressBar *bar = nullptr;
-    int lastPrinted = -1;
+    ProgressDots dots;
     QString openFile;
     QString openPath;
     QString savePath;

@@ -1,6 +1,6 @@
 #include "batch/commands.h"
 
-#include "app/settings.h"
+#include "base/progressdots.h"
 #include "batch/inputlist.h"
 
 #include <QDir>
@@ -155,7 +155,7 @@ ExitCode runOn(const Work &work, const RunArguments &arguments)
     options.jsonPath = textOf(arguments.json);
     options.jobs = arguments.jobs;
     options.memory = bytesOf(arguments.memory);
-    options.progress = [](int percent) { Settings::instance()->setProgress(percent); };
+    options.progress = ProgressDots();
     return runWork(work, list.paths, options);
 }
 

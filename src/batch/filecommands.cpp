@@ -1,4 +1,4 @@
-#include "app/settings.h"
+#include "base/progressdots.h"
 #include "batch/commands.h"
 #include "batch/filework.h"
 #include "batch/info.h"
@@ -37,10 +37,11 @@ void addSimulate(CLI::App &app, Chosen &chosen)
             arguments << textOf(word);
         chosen.run = [arguments] {
             QCoreApplication::setApplicationVersion(ZRT_VERSION);
-            const Simulator::CommandEnd end = Simulator::simulate(arguments, [](int percent) {
-                Settings::instance()->setProgress(percent);
+            const auto goOn = [dots = ProgressDots()](int percent) mutable {
+                dots(percent);
                 return !isStopRequested();
-            });
+            };
+            const Simulator::CommandEnd end = Simulator::simulate(arguments, goOn);
             if (!end.problem.isEmpty())
                 printError("simulate: " + end.problem);
             return ExitCode(end.code);

@@ -2,8 +2,8 @@
 
 #include "batch/axis.h"
 #include "forms/pulsar/pulsartexts.h"
-#include "plot/plotgeometry.h"
-#include "plot/plotpainter.h"
+#include "picture/plotgeometry.h"
+#include "picture/plotpainter.h"
 
 #include <QBuffer>
 #include <QDateTime>

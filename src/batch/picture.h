@@ -1,8 +1,8 @@
 #pragma once
 
 #include "batch/resulttable.h"
-#include "plot/plotdata.h"
-#include "plot/plotexport.h"
+#include "picture/plotdata.h"
+#include "picture/plotexport.h"
 
 #include <QSize>
 

@@ -4,7 +4,7 @@
 #include "batch/resulttable.h"
 #include "batch/runner.h"
 
-#include "plot/plotdata.h"
+#include "picture/plotdata.h"
 
 #include <QSize>
 #include <optional>

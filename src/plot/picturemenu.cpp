@@ -1,6 +1,6 @@
 #include "plot/picturemenu.h"
 
-#include "plot/plotexport.h"
+#include "picture/plotexport.h"
 #include "plot/savedialog.h"
 
 #include <QApplication>

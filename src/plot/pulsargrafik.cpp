@@ -1,9 +1,9 @@
 #include "plot/pulsargrafik.h"
 
-#include "plot/curvelines.h"
-#include "plot/plotgeometry.h"
+#include "picture/curvelines.h"
+#include "picture/plotgeometry.h"
+#include "picture/plotpainter.h"
 #include "plot/plotlegend.h"
-#include "plot/plotpainter.h"
 
 #include <QKeyEvent>
 #include <QMouseEvent>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "plot/plotdata.h"
-#include "plot/plotgeometry.h"
-#include "plot/plotmarks.h"
-#include "plot/zoom.h"
+#include "picture/plotdata.h"
+#include "picture/plotgeometry.h"
+#include "picture/plotmarks.h"
+#include "picture/zoom.h"
 
 #include <QImage>
 #include <QMap>

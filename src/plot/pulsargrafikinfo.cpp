@@ -3,7 +3,7 @@
 #include "base/typednumber.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
-#include "plot/plotgeometry.h"
+#include "picture/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "ui_pulsargrafikinfo.h"
 

@@ -1,7 +1,7 @@
 // The menu of the right mouse button: what is read out, pictures and samples, to the clipboard or
 // to a file.
 
-#include "plot/plotexport.h"
+#include "picture/plotexport.h"
 #include "plot/plotlegend.h"
 #include "plot/pulsargrafik.h"
 #include "plot/savedialog.h"

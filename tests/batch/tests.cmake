@@ -8,3 +8,6 @@ foreach(unit program recordings files)
         ZRT_BATCH="$<TARGET_FILE:zrt-batch>"
         ZRT_SOURCE="${PROJECT_SOURCE_DIR}")
 endforeach()
+add_test(NAME batch/windowless
+    COMMAND ${CMAKE_CURRENT_LIST_DIR}/windowless $<TARGET_FILE:zrt-batch>)
+set_tests_properties(batch/windowless PROPERTIES LABELS unit)

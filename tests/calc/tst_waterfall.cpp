@@ -4,7 +4,7 @@
 #include "calc/reduction.h"
 #include "calc/robuststatistics.h"
 #include "calc/seriesstatistics.h"
-#include "plot/colourmap.h"
+#include "picture/colourmap.h"
 #include "samples.h"
 
 #include <numeric>

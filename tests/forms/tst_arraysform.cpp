@@ -5,7 +5,7 @@
 #include "forms/arrays/arraysdirform.h"
 #include "forms/arrays/arraysform.h"
 #include "forms/arrays/greypicture.h"
-#include "plot/plotgeometry.h"
+#include "picture/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "support/messageboxcatcher.h"
 #include "support/testmain.h"

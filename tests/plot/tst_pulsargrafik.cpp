@@ -1,6 +1,6 @@
 #include "plot/pulsargrafik.h"
 
-#include "plot/plotpainter.h"
+#include "picture/plotpainter.h"
 #include "support/testmain.h"
 
 #include <QApplication>

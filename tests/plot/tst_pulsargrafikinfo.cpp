@@ -1,7 +1,7 @@
 #include "plot/pulsargrafikinfo.h"
 
+#include "picture/straightplot.h"
 #include "plot/pulsargrafik.h"
-#include "plot/straightplot.h"
 #include "support/testmain.h"
 
 #include <QApplication>

@@ -2,7 +2,7 @@
 
 #include "calc/seriesstatistics.h"
 #include "forms/pulsar/pulsartexts.h"
-#include "plot/plotgeometry.h"
+#include "picture/plotgeometry.h"
 
 #include <QStringList>
 #include <algorithm>

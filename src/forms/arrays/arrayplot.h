@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plot/plotdata.h"
+#include "picture/plotdata.h"
 
 #include <QString>
 #include <memory>

@@ -4,7 +4,7 @@
 #include "app/settings.h"
 #include "calc/seriesstatistics.h"
 #include "forms/arrays/jsontable.h"
-#include "plot/plotdata.h"
+#include "picture/plotdata.h"
 
 #include <QCoreApplication>
 #include <QPainter>

@@ -2,7 +2,7 @@
 
 #include "calc/seriesstatistics.h"
 #include "fields/numberbox.h"
-#include "plot/plotgeometry.h"
+#include "picture/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "ui_arraysinfo.h"
 

@@ -3,7 +3,7 @@
 #include "forms/ffa/ffaform.h"
 #include "forms/ffa/ffaresults.h"
 #include "forms/pulsar/pulsartexts.h"
-#include "plot/plotgeometry.h"
+#include "picture/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 
 #include <QDir>

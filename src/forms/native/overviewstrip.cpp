@@ -1,6 +1,6 @@
 #include "forms/native/overviewstrip.h"
 
-#include "plot/plotgeometry.h"
+#include "picture/plotgeometry.h"
 
 #include <QKeyEvent>
 #include <QMouseEvent>

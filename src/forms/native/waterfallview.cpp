@@ -1,7 +1,7 @@
 #include "forms/native/waterfallview.h"
 
-#include "plot/colourmap.h"
-#include "plot/plotgeometry.h"
+#include "picture/colourmap.h"
+#include "picture/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 
 #include <QApplication>

@@ -19,7 +19,7 @@
 #include "forms/savefolder.h"
 #include "forms/switchedchannels.h"
 #include "jobs/control.h"
-#include "plot/plotgeometry.h"
+#include "picture/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "plot/pulsargrafikinfo.h"
 #include "ui_pulsarform.h"

@@ -2,7 +2,7 @@
 
 #include "calc/pulsar/pulsarresult.h"
 #include "data/observationdata.h"
-#include "plot/plotdata.h"
+#include "picture/plotdata.h"
 
 #include <QString>
 #include <functional>

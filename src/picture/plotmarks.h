@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plot/plotgeometry.h"
+#include "picture/plotgeometry.h"
 
 #include <QRect>
 #include <QStringList>

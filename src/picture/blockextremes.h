@@ -1,7 +1,7 @@
 #pragma once
 
-#include "plot/extremes.h"
-#include "plot/plotdata.h"
+#include "picture/extremes.h"
+#include "picture/plotdata.h"
 
 #include <cstdint>
 #include <vector>

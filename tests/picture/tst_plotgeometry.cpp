@@ -1,7 +1,7 @@
-#include "plot/plotgeometry.h"
+#include "picture/plotgeometry.h"
 
-#include "plot/plotmarks.h"
-#include "plot/straightplot.h"
+#include "picture/plotmarks.h"
+#include "picture/straightplot.h"
 #include "support/testmain.h"
 
 #include <cmath>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "plot/blockextremes.h"
-#include "plot/plotgeometry.h"
-#include "plot/plotmarks.h"
+#include "picture/blockextremes.h"
+#include "picture/plotgeometry.h"
+#include "picture/plotmarks.h"
 
 #include <QString>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "plot/colourmap.h"
+#include "picture/colourmap.h"
 
 #include <algorithm>
 #include <cmath>

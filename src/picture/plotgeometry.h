@@ -1,8 +1,8 @@
 #pragma once
 
-#include "plot/blockextremes.h"
-#include "plot/plotdata.h"
-#include "plot/zoom.h"
+#include "picture/blockextremes.h"
+#include "picture/plotdata.h"
+#include "picture/zoom.h"
 
 #include <QPoint>
 #include <QPointF>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "plot/blockextremes.h"
-#include "plot/plotgeometry.h"
+#include "picture/blockextremes.h"
+#include "picture/plotgeometry.h"
 
 #include <QImage>
 #include <QLine>

@@ -1,4 +1,4 @@
-#include "plot/zoom.h"
+#include "picture/zoom.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "plot/curvelines.h"
+#include "picture/curvelines.h"
 
 #include <QLineF>
 #include <algorithm>

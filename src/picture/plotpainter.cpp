@@ -1,7 +1,7 @@
-#include "plot/plotpainter.h"
+#include "picture/plotpainter.h"
 
-#include "plot/columnruns.h"
-#include "plot/plotgeometry.h"
+#include "picture/columnruns.h"
+#include "picture/plotgeometry.h"
 
 #include <QFontMetrics>
 #include <QGuiApplication>

@@ -1,4 +1,4 @@
-#include "plot/extremes.h"
+#include "picture/extremes.h"
 
 #include "base/targetclones.h"
 

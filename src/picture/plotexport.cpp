@@ -1,9 +1,9 @@
-#include "plot/plotexport.h"
+#include "picture/plotexport.h"
 
 #include "base/bytetext.h"
 #include "base/wholefile.h"
-#include "plot/curvelines.h"
-#include "plot/plotpainter.h"
+#include "picture/curvelines.h"
+#include "picture/plotpainter.h"
 
 #include <QBuffer>
 #include <QFileInfo>

@@ -1,11 +1,11 @@
-#include "plot/plotexport.h"
+#include "picture/plotexport.h"
 
-#include "plot/plotpainter.h"
-#include "plot/straightplot.h"
+#include "picture/plotpainter.h"
+#include "picture/straightplot.h"
 #include "support/fulldisk.h"
 #include "support/testmain.h"
 
-#include <QApplication>
+#include <QGuiApplication>
 #include <QSvgRenderer>
 #include <QTemporaryDir>
 #include <cmath>
@@ -187,6 +187,9 @@ void TestPlotExport::refusedFiles()
     QVERIFY(!QFile::exists(path));
 }
 
-ZRT_GUI_TEST_MAIN(TestPlotExport)
+int main(int argc, char **argv)
+{
+    return TestSupport::runTest<QGuiApplication, TestPlotExport>(argc, argv);
+}
 
 #include "tst_plotexport.moc"

@@ -1,4 +1,4 @@
-#include "plot/blockextremes.h"
+#include "picture/blockextremes.h"
 
 #include <algorithm>
 

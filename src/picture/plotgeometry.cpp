@@ -1,4 +1,4 @@
-#include "plot/plotgeometry.h"
+#include "picture/plotgeometry.h"
 
 #include "base/timetext.h"
 

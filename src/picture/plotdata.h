@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plot/zoom.h"
+#include "picture/zoom.h"
 
 #include <QDateTime>
 #include <QString>

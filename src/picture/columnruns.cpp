@@ -1,4 +1,4 @@
-#include "plot/columnruns.h"
+#include "picture/columnruns.h"
 
 #include "base/targetclones.h"
 

@@ -1,6 +1,6 @@
-#include "plot/plotmarks.h"
+#include "picture/plotmarks.h"
 
-#include "plot/plotpainter.h"
+#include "picture/plotpainter.h"
 
 #include <QPainter>
 #include <algorithm>

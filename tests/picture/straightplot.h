@@ -1,8 +1,8 @@
 #pragma once
 
-#include "plot/plotgeometry.h"
-#include "plot/plotmarks.h"
-#include "plot/plotpainter.h"
+#include "picture/plotgeometry.h"
+#include "picture/plotmarks.h"
+#include "picture/plotpainter.h"
 
 #include <QImage>
 #include <QPainter>

@@ -1,9 +1,9 @@
-#include "plot/plotpainter.h"
+#include "picture/plotpainter.h"
 
-#include "plot/straightplot.h"
+#include "picture/straightplot.h"
 #include "support/testmain.h"
 
-#include <QApplication>
+#include <QGuiApplication>
 #include <cmath>
 #include <random>
 
@@ -145,6 +145,9 @@ void TestPlotPainter::nothingFinite()
     QVERIFY(isBlank(data));
 }
 
-ZRT_GUI_TEST_MAIN(TestPlotPainter)
+int main(int argc, char **argv)
+{
+    return TestSupport::runTest<QGuiApplication, TestPlotPainter>(argc, argv);
+}
 
 #include "tst_plotpainter.moc"

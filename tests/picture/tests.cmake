@@ -1,0 +1,6 @@
+zrt_add_test(picture/plotgeometry unit zrt_picture)
+zrt_add_test(picture/plotpainter unit zrt_picture)
+zrt_add_test(picture/plotexport unit zrt_picture Qt5::Svg)
+# Text needs a platform, though no window is opened.
+set_property(TEST picture/plotpainter picture/plotexport PROPERTY
+    ENVIRONMENT QT_QPA_PLATFORM=offscreen)
