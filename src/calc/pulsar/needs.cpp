@@ -2,6 +2,7 @@
 
 #include "calc/levelsteps.h"
 #include "calc/pulsar/computedon.h"
+#include "calc/pulsar/pulsaranalyses.h"
 
 #include <algorithm>
 #include <optional>
@@ -24,12 +25,12 @@ std::vector<DispersionSpan> spansOf(const QString &action, const PulsarParameter
                                     const std::vector<double> &trials)
 {
     std::vector<DispersionSpan> spans;
-    if (action == "sum4Dispersions") {
+    if (reads(action, "--compare")) {
         for (const double dispersion : given.dispersions)
             spans.push_back({dispersion, dispersion});
         return spans;
     }
-    if (action.endsWith("Dispersions")) // a scan
+    if (isScan(action))
         return {{trials.front(), trials.back()}};
     return {{given.dispersion, given.dispersion}};
 }
@@ -110,7 +111,7 @@ PulsarNeeds PulsarCalculate::needs(const QString &action) const
         needs.ranges = {{parameters.channel - 1, first, first + channelPoints(action)}};
     } else {
         const std::vector<int> starts =
-            action == "sumTimeDispersions" ? scanStarts() : std::vector{parameters.firstPoint};
+            reads(action, "--each-start") ? scanStarts() : std::vector{parameters.firstPoint};
         for (const DispersionSpan &span : spansOf(action, parameters, trialDispersions())) {
             const Tools::BandDelays least = bandDelays(span.least);
             const Tools::BandDelays largest = bandDelays(span.largest);

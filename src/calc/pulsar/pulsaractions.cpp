@@ -2,36 +2,14 @@
 
 #include "calc/approximation.h"
 #include "calc/fourier.h"
+#include "calc/pulsar/pulsaranalyses.h"
 #include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>
 #include <new>
 
-// The list of the actions, and what is the same in the run of each.
-
-const PulsarCalculate::Action *PulsarCalculate::findAction(const QString &name)
-{
-    using Calculate = PulsarCalculate;
-    static const std::vector<Action> actions = {
-        {"showNative", &Calculate::acceptChannelSelection, &Calculate::showNative},
-        {"sumPeriod", &Calculate::acceptFold, &Calculate::sumPeriod},
-        {"sumChannels", &Calculate::acceptSum, &Calculate::sumChannelsAction},
-        {"sumChannelsDemoNoise", &Calculate::acceptSum, &Calculate::sumChannelsAction},
-        {"sumChannelsAndAverage", &Calculate::acceptFixedSum, &Calculate::sumChannelsAndAverage},
-        {"sumChannelsAndFourier", &Calculate::acceptFourier, &Calculate::sumChannelsAndFourier},
-        {"sum4Dispersions", &Calculate::acceptFourDispersions, &Calculate::sum4Dispersions},
-        {"sumAllDispersions", &Calculate::acceptScan, &Calculate::sumAllDispersions},
-        {"sumMultiDispersions", &Calculate::acceptScan, &Calculate::sumMultiDispersions},
-        {"sumTimeDispersions", &Calculate::acceptStarts, &Calculate::sumTimeDispersions},
-        {"createFFA", &Calculate::acceptFfa, &Calculate::createFFA},
-    };
-    for (const Action &action : actions) {
-        if (action.name == name)
-            return &action;
-    }
-    return nullptr;
-}
+// What is the same in the run of every action.
 
 bool PulsarCalculate::validate(const QString &action)
 {
@@ -39,7 +17,7 @@ bool PulsarCalculate::validate(const QString &action)
     refusedParameter = "";
     stretch = fixedPoints;
     largestDispersion = 0;
-    const Action *const known = findAction(action);
+    const PulsarAnalysis *const known = findAnalysis(action);
     return known ? (this->*known->accept)() : refuse("There is no action \"" + action + "\".");
 }
 
@@ -60,7 +38,7 @@ bool PulsarCalculate::run(const QString &action)
     outcome.axis.first = parameters.firstPoint;
     bool done = false;
     try {
-        done = prepareSamples(action) && (this->*findAction(action)->compute)() && !cancelled &&
+        done = prepareSamples(action) && (this->*findAnalysis(action)->compute)() && !cancelled &&
                acceptCurves();
     } catch (const std::bad_alloc &) {
         done = refuse("There is not enough memory for this action.\nClose other programs, or take "

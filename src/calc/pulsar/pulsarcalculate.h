@@ -13,6 +13,8 @@
 #include <optional>
 #include <vector>
 
+struct PulsarAnalysis;
+
 /// What an action takes in of a recording.
 struct PulsarNeeds {
     int module = 1;                  ///< from 1
@@ -120,6 +122,9 @@ public:
     /// actions; averaging does not change it.
     static double harmonicOfPeriod(const PulsarParameters &parameters, double tresolution);
 
+    /// The list behind pulsarAnalyses().
+    static const std::vector<PulsarAnalysis> &analyses();
+
 signals:
     void progress(int percent);
 
@@ -128,14 +133,6 @@ public slots:
     void cancel() { cancelled = true; }
 
 private:
-    // By its name: what is checked before anything is read, and what is computed.
-    struct Action {
-        QString name;
-        bool (PulsarCalculate::*accept)();
-        bool (PulsarCalculate::*compute)();
-    };
-    static const Action *findAction(const QString &name);
-
     // The actions, each in the file of its name.
     bool showNative();
     bool sumPeriod();

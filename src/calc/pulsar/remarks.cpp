@@ -67,12 +67,12 @@ void PulsarCalculate::remarkOnBands(const std::vector<int> &starts)
 // A sum shows every pulse at the time of its arrival in the reference band.
 void PulsarCalculate::remarkOnTimes(int channel)
 {
-    if (channel <= int(data.fbands.size()))
-        outcome.remarks << QString("Times and periods are topocentric, at %1 MHz (band %2).")
-                               .arg(data.fbands[std::size_t(channel - 1)])
-                               .arg(channel);
-    else
-        outcome.remarks << QString("Channel %1 is no frequency band; times and periods are "
-                                   "topocentric.")
-                               .arg(channel);
+    outcome.times =
+        channel <= int(data.fbands.size())
+            ? QString("Times and periods are topocentric, at %1 MHz (band %2).")
+                  .arg(data.fbands[std::size_t(channel - 1)])
+                  .arg(channel)
+            : QString("Channel %1 is no frequency band; times and periods are topocentric.")
+                  .arg(channel);
+    outcome.remarks << outcome.times;
 }
