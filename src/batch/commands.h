@@ -53,7 +53,8 @@ void addFormatOption(CLI::App &command, std::string &format);
 void addSizeOption(CLI::App &command, std::string &size);
 
 Results::Format formatOf(const std::string &name);
-QSize sizeOf(const std::string &text);
+/// A text that addSizeOption() has checked.
+void readSize(const std::string &text, OutputOptions &output);
 OutputOptions outputOptionsOf(const TableArguments &arguments);
 
 /// Expands the inputs and works on them.

@@ -1,9 +1,9 @@
 #include "batch/ffawork.h"
 
-#include "batch/picture.h"
 #include "calc/ffacandidates.h"
 #include "calc/pulsar/pulsarcalculate.h"
 #include "data/truenumbers.h"
+#include "picture/resultplot.h"
 #include "results/candidates.h"
 
 #include <QDateTime>
@@ -163,8 +163,9 @@ PlotData plotOf(const FfaResult &result, double threshold)
     std::vector<float> level = Tools::snrFactors(spectrum, result.wholeFactors);
     for (float &value : level)
         value = float(threshold) / value;
-    return periodPlot(std::move(spectrum.periods), {std::move(spectrum.snr), std::move(level)},
-                      {"S/N, best width", "threshold"});
+    return Plot::periodPlot(std::move(spectrum.periods),
+                            {std::move(spectrum.snr), std::move(level)},
+                            {"S/N, best width", "threshold"});
 }
 
 QString nameOf(const Search &search)

@@ -134,7 +134,7 @@ void addPlot(CLI::App &app, Chosen &chosen)
         OutputOptions output;
         output.folder = textOf(arguments->folder);
         output.picture = textOf(arguments->kind);
-        output.pictureSize = sizeOf(arguments->size);
+        readSize(arguments->size, output);
         chosen.paints = true;
         chosen.run = [arguments, output] { return runOn(plotWork(output), *arguments); };
     });

@@ -1,6 +1,6 @@
 #include "batch/pulsarwork.h"
 
-#include "batch/axis.h"
+#include "calc/pulsar/axislines.h"
 #include "calc/pulsar/computedon.h"
 #include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/pulsarcalculate.h"
@@ -121,7 +121,7 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
     if (const QString utc = utcRange(file.header(), accepted.parameters.firstPoint, result.stretch);
         !utc.isEmpty())
         table.result.push_back({"utc", utc});
-    addAxis(result.axis, table.result);
+    Tools::addAxis(result.axis, table.result);
     QStringList markers;
     for (const int marker : result.markers)
         markers << QString::number(marker);
@@ -130,7 +130,7 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
     if (const QString report = reportOf(result); !report.isEmpty())
         table.result.push_back({"report", report});
     if (request.output.format == Format::Csv)
-        table.columns.push_back(axisColumn(result.axis, result.points));
+        table.columns.push_back(Tools::axisColumn(result.axis, result.points));
     for (std::size_t i = 0; i < result.curves.size(); ++i)
         table.columns.push_back({result.names[int(i)], {}, result.curves[i]});
     return {};

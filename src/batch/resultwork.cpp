@@ -3,8 +3,8 @@
 #include "batch/inputlist.h"
 #include "batch/keyedwork.h"
 #include "batch/outputfiles.h"
-#include "batch/picture.h"
 #include "data/resulttotext.h"
+#include "picture/resultplot.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -106,14 +106,14 @@ Work textWork(const OutputOptions &output)
 
 Work plotWork(const OutputOptions &output)
 {
-    const auto pictureOf = [output](const QString &input) {
+    const auto pathOf = [output](const QString &input) {
         return besideOrIn(input, output,
                           QFileInfo(input).completeBaseName() + "." + output.picture);
     };
     const std::vector<HeaderLine> parameters = {pictureLine(output)};
     Work work = keyedWork(
-        "plot", parameters,
-        [pictureOf](const QString &input) { return QStringList(pictureOf(input)); }, pictureOf);
+        "plot", parameters, [pathOf](const QString &input) { return QStringList(pathOf(input)); },
+        pathOf);
     work.run = [=](const QString &input, const Control &control) -> Failure {
         const QString key = requestKey(requestOf("plot", input, parameters));
         QFile file(input);
@@ -123,16 +123,15 @@ Work plotWork(const OutputOptions &output)
                                                            : readTable(file.readAll());
         if (!read.problem.isEmpty())
             return {ExitCode::BadData, input + " cannot be drawn: " + read.problem + "."};
-        if (!canBeDrawn(read.table))
+        if (!Plot::canBeDrawn(read.table))
             return {ExitCode::BadData,
                     input + " cannot be drawn: it holds neither curves nor candidates."};
-        const PlotData plot = plotOf(read.table);
+        const PlotData plot = Plot::plotOf(read.table);
         control.progress(50);
-        const Plot::PictureBytes picture =
-            pictureBytes(plot, output.picture, output.pictureSize, key);
+        const Plot::PictureBytes picture = pictureOf(plot, output, key);
         if (!picture.problem.isEmpty())
             return {ExitCode::TryLater, input + ": " + picture.problem + "."};
-        return writeOutputs({{pictureOf(input), picture.bytes}});
+        return writeOutputs({{pathOf(input), picture.bytes}});
     };
     return work;
 }

@@ -2,7 +2,7 @@
 
 #include "batch/keyedwork.h"
 #include "batch/outputfiles.h"
-#include "batch/picture.h"
+#include "picture/resultplot.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -64,8 +64,8 @@ Failure makeTable(const TableRequest &request, const QString &input, const Contr
     std::vector<FileContent> files;
     if (!output.picture.isEmpty()) {
         const Plot::PictureBytes picture =
-            pictureBytes(result.plot ? *result.plot : plotOf(result.table), output.picture,
-                         output.pictureSize, requestKey(result.table.request));
+            pictureOf(result.plot ? *result.plot : Plot::plotOf(result.table), output,
+                      requestKey(result.table.request));
         if (!picture.problem.isEmpty())
             return {ExitCode::TryLater, input + ": " + picture.problem + "."};
         files.push_back({picturePath(request, input), picture.bytes});
@@ -80,10 +80,23 @@ Failure makeTable(const TableRequest &request, const QString &input, const Contr
 
 HeaderLine pictureLine(const OutputOptions &output)
 {
+    const QString scale =
+        output.pictureScale == 1 ? QString() : QString("@%1").arg(output.pictureScale);
     return {"picture", QString("%1 %2x%3")
-                           .arg(output.picture)
-                           .arg(output.pictureSize.width())
-                           .arg(output.pictureSize.height())};
+                               .arg(output.picture)
+                               .arg(output.pictureSize.width())
+                               .arg(output.pictureSize.height()) +
+                           scale};
+}
+
+Plot::PictureBytes pictureOf(const PlotData &plot, const OutputOptions &output, const QString &key)
+{
+    const Plot::CurveBlocks blocks = Plot::blocksOf(plot);
+    Plot::PictureContent content = {plot, blocks, output.pictureSize};
+    content.hasLegend = true;
+    content.comment = key;
+    content.pngScale = output.pictureScale;
+    return Plot::pictureBytes(output.picture, content);
 }
 
 QString outputPath(const QString &input, const QString &command, const OutputOptions &output,

@@ -4,7 +4,7 @@
 #include "batch/runner.h"
 #include "results/resulttable.h"
 
-#include "picture/plotdata.h"
+#include "picture/plotexport.h"
 
 #include <QSize>
 #include <optional>
@@ -18,6 +18,7 @@ struct OutputOptions {
     Results::Format format = Results::Format::Text;
     QString picture; ///< "png", "svg" or "pdf"; empty: no picture
     QSize pictureSize = {1280, 720};
+    int pictureScale = 1; ///< see Plot::PictureContent::pngScale
 };
 
 /// What the work on one recording gives.
@@ -39,6 +40,12 @@ struct TableRequest {
 
 /// The header line of a picture: its kind and size.
 Results::HeaderLine pictureLine(const OutputOptions &output);
+
+/// The picture of a plot with its legend, as the forms save it. The same plot gives the same bytes.
+/// From any thread.
+///
+/// @param key  kept in the file, see requestKey(); may be empty
+Plot::PictureBytes pictureOf(const PlotData &plot, const OutputOptions &output, const QString &key);
 
 /// Name of what a subcommand makes of an input: "<input>.<command>[.<tag>].<extension>".
 QString outputPath(const QString &input, const QString &command, const OutputOptions &output,

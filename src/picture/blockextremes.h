@@ -9,8 +9,8 @@
 namespace Plot {
 
 /// Extremes of the blocks of a curve, so that a long stretch of it is known from few numbers.
-/// Belongs to the samples it was made from and is made anew when they change. One of no curve, as
-/// it is default constructed, has no blocks.
+/// It belongs to the samples it was made from and is made anew when they change. A default
+/// constructed one belongs to no curve and has no blocks.
 class BlockExtremes {
 public:
     static constexpr std::size_t blockSize = 256;
@@ -18,13 +18,13 @@ public:
     BlockExtremes() = default;
     explicit BlockExtremes(const std::vector<float> &curve);
 
-    /// Whole blocks; what is left of the curve is in none.
+    /// The number of whole blocks; the samples after the last one are in none.
     std::size_t count() const { return lows.size(); }
-    /// Of one block.
+    /// The extremes of one block.
     Extremes operator[](std::size_t block) const;
     bool isAllNan(std::size_t block) const;
 
-    /// Of the samples `begin` to `end` - 1, at least one: the same as extremes() of them.
+    /// The extremes of the samples `begin` to `end` - 1, at least one, as extremes() gives them.
     Extremes between(const std::vector<float> &curve, std::size_t begin, std::size_t end) const;
 
 private:

@@ -13,11 +13,11 @@ constexpr int colourCount = 256;
 /// 0.092 and the hue 320 - 220 t degrees. All of them lie within sRGB.
 const std::array<std::uint32_t, colourCount> &colourMap();
 
-/// For pixels without a value.
+/// The colour of pixels without a value.
 constexpr std::uint32_t noValueColour = 0xff9a9a9a;
 
-/// Colour of a value on a scale whose ends are `low` and `high`; beyond them that of the end, and
-/// where they do not ascend the darkest.
+/// Colour of a value on a scale from `low` to `high`. Values beyond an end have its colour; where
+/// `high` is not above `low` every value has the darkest.
 std::uint32_t colourOfValue(float value, float low, float high);
 
 } // namespace Plot

@@ -23,11 +23,11 @@ bool isDense(const View &view);
 
 /// Reduces a curve to runs. Runs and lines together are the pixels that QPainter gives for one
 /// line of a cosmetic or one pixel wide pen per pair of neighbouring points; pairs with a NaN
-/// have none. Samples beyond view.allPoints are not read. Of a zoomed view the lines are to be
-/// drawn within view.clip() and the runs to be filled in its rows.
+/// have none. Samples beyond view.allPoints are not read. In a zoomed view the caller draws the
+/// lines within view.clip() and fills the runs in its rows only.
 ///
 /// @param view    dense, see above
-/// @param blocks  of the curve, or without blocks; they save time only
+/// @param blocks  those of the curve, or none; they only save time
 ColumnRuns columnRuns(const View &view, const std::vector<float> &curve,
                       const BlockExtremes &blocks);
 

@@ -25,10 +25,10 @@ struct ExtremeKeys {
 
 std::int32_t orderedKey(float value);
 
-/// Of `count` samples.
+/// The keys of the smallest and the largest of `count` samples.
 ExtremeKeys extremeKeys(const float *samples, std::size_t count);
 
-/// Of at least one sample.
+/// The values of keys that were made of at least one sample.
 Extremes extremesOf(const ExtremeKeys &keys);
 
 /// Smallest and largest of `count` samples, at least one; infinite ones count.

@@ -78,6 +78,17 @@ QPoint emptiestCorner(const PlotData &data, const CurveBlocks &blocks, const Vie
     return best;
 }
 
+std::optional<QPoint> legendPlace(const PlotData &data, const CurveBlocks &blocks,
+                                  const QSize &size, const Zoom &zoom)
+{
+    const View view = viewOf(data, size, zoom);
+    const QRect area = legendArea(view);
+    const QSize list = data.messageMode ? QSize() : legendSize(data);
+    if (list.isEmpty() || list.width() > area.width() || list.height() > area.height())
+        return std::nullopt;
+    return emptiestCorner(data, blocks, view, area, list);
+}
+
 void paintLegend(QPainter &painter, const PlotData &data, const QPoint &corner)
 {
     const std::vector<int> curves = namedCurves(data);

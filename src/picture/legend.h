@@ -3,6 +3,8 @@
 #include "picture/blockextremes.h"
 #include "picture/plotgeometry.h"
 
+#include <optional>
+
 class QPainter;
 
 /// The list of a plot's curves that is painted over it: a name per visible curve that has one,
@@ -23,6 +25,11 @@ QPoint emptiestCorner(const PlotData &data, const CurveBlocks &blocks, const Vie
 
 /// The part of a plot that a legend may take.
 QRect legendArea(const View &view);
+
+/// Where a picture of that size has its list, unless a user has put it elsewhere: in the emptiest
+/// corner; nothing where there is no list or no room for it.
+std::optional<QPoint> legendPlace(const PlotData &data, const CurveBlocks &blocks,
+                                  const QSize &size, const Zoom &zoom);
 
 /// Draws the list with its left upper corner there, in the painter's font.
 void paintLegend(QPainter &painter, const PlotData &data, const QPoint &corner);

@@ -3,6 +3,7 @@
 #include "base/bytetext.h"
 #include "base/wholefile.h"
 #include "picture/curvelines.h"
+#include "picture/legend.h"
 #include "picture/plotpainter.h"
 
 #include <QBuffer>
@@ -14,6 +15,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <mutex>
 
 namespace Plot {
 
@@ -22,7 +24,6 @@ namespace {
 constexpr int linesPerPixel = 4; // a page of the screen's width then has some 400 to the inch
 constexpr double screenDpi = 96;
 constexpr int pdfDpi = 1200;
-constexpr int pngScale = 3;
 constexpr double inchesPerMeter = 1 / 0.0254;
 
 void drawCurves(QPainter &painter, const PlotData &data, const View &view,
@@ -153,7 +154,7 @@ void appendRow(QByteArray &text, const PlotData &data, const std::vector<Column>
     text += '\n';
 }
 
-// For the user of a window; empty when nothing failed.
+// What the user of a window reads of a failure; empty when nothing failed.
 QString adviceOf(const WriteFailure &failure)
 {
     return failure ? failure.text() + "\nNothing was changed. Choose another folder or make room."
@@ -163,18 +164,22 @@ QString adviceOf(const WriteFailure &failure)
 // The painters of SVG and PDF ignore what their device says: they get one that cannot fail.
 QString paintPng(QBuffer &buffer, const Drawing &drawing)
 {
-    QImage image(drawing.size * pngScale, QImage::Format_RGB32);
+    const int scale = drawing.pngScale;
+    QImage image(drawing.size * scale, QImage::Format_RGB32);
     if (image.isNull())
         return "there is not enough memory for the picture";
-    image.setDotsPerMeterX(int(screenDpi * pngScale * inchesPerMeter));
+    image.setDotsPerMeterX(int(screenDpi * scale * inchesPerMeter));
     image.setDotsPerMeterY(image.dotsPerMeterX());
     if (!drawing.comment.isEmpty())
         image.setText("Comment", drawing.comment);
-    QPainter painter(&image);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.scale(pngScale, pngScale);
-    drawing.draw(painter);
-    painter.end();
+    if (scale == 1 && drawing.paintPixels) {
+        drawing.paintPixels(image);
+    } else {
+        QPainter painter(&image);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.scale(scale, scale);
+        drawing.draw(painter);
+    }
     return image.save(&buffer, "PNG") ? QString() : "the picture cannot be made";
 }
 
@@ -213,22 +218,59 @@ QString paintPdf(QBuffer &buffer, const Drawing &drawing)
     return {};
 }
 
+// A PDF tells when it was made. Blanks in that place keep its offsets, and make the same drawing
+// the same bytes.
+void removeDate(QByteArray &bytes)
+{
+    const int begin = bytes.indexOf("/CreationDate (");
+    const int end = begin < 0 ? -1 : bytes.indexOf(')', begin);
+    for (int i = begin; end >= 0 && i <= end; ++i)
+        bytes[i] = ' ';
+}
+
+// Fonts are one for the whole process.
+std::mutex paintingMutex;
+
 PictureBytes paint(const QString &kind, const Drawing &drawing)
 {
+    const std::lock_guard lock(paintingMutex);
     PictureBytes picture;
     QBuffer buffer(&picture.bytes);
     buffer.open(QIODevice::WriteOnly);
     picture.problem = kind == "png"   ? paintPng(buffer, drawing)
                       : kind == "svg" ? paintSvg(buffer, drawing)
                                       : paintPdf(buffer, drawing);
+    if (kind == "pdf")
+        removeDate(picture.bytes);
     return picture;
 }
 
-// Only as long as the content is there.
+Marks marksOf(const PictureContent &content)
+{
+    Marks marks = content.marks;
+    if (!content.hasLegend)
+        marks.legend.reset();
+    else if (!marks.legend)
+        marks.legend = legendPlace(content.data, content.blocks, content.size, content.zoom);
+    return marks;
+}
+
+// The drawing refers to the content, which must outlive it.
 Drawing drawingOf(const PictureContent &content)
 {
-    return {content.size, content.data.source.join("; "),
-            [&content](QPainter &painter) { drawPlot(painter, content); }, content.comment};
+    const auto paintPixels = [&content](QImage &image) {
+        paintPlot(content.data, content.zoom, content.blocks, image);
+        QPainter painter(&image);
+        if (!content.data.messageMode)
+            paintMarks(painter, content.data, viewOf(content.data, content.size, content.zoom),
+                       marksOf(content));
+    };
+    return {content.size,
+            content.data.source.join("; "),
+            [&content](QPainter &painter) { drawPlot(painter, content); },
+            content.comment,
+            content.pngScale,
+            paintPixels};
 }
 
 } // namespace
@@ -257,7 +299,7 @@ void drawPlot(QPainter &painter, const PictureContent &content)
         drawAcross(painter, view, {x, double(marginTop), x, double(view.height - marginBottom)});
     }
     paintLabels(painter, data, view);
-    paintMarks(painter, data, view, content.marks);
+    paintMarks(painter, data, view, marksOf(content));
 }
 
 PictureBytes pictureBytes(const QString &kind, const PictureContent &content)

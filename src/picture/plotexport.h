@@ -7,20 +7,29 @@
 #include <QString>
 #include <functional>
 
+class QImage;
 class QPainter;
 
 /// Pictures and tables of a plot as files, without a widget: what it takes is a QGuiApplication
 /// for the fonts.
 namespace Plot {
 
+/// Pixels of a PNG for one of the screen, for print.
+constexpr int printScale = 3;
+
 /// What a picture shows.
 struct PictureContent {
     const PlotData &data;
     const CurveBlocks &blocks; ///< of the data, or empty
     QSize size;                ///< of the plot on a screen, pixels
-    Zoom zoom;
-    Marks marks;
+    Zoom zoom = {};
+    Marks marks = {};
     QString comment = {}; ///< as in Drawing
+    /// Pixels of a PNG for one of the screen. With 1 they are those that a screen shows; with more
+    /// the plot is drawn with lines, as in the other kinds of files.
+    int pngScale = printScale;
+    /// Whether the visible curves are listed, at marks.legend or else in the emptiest corner.
+    bool hasLegend = false;
 };
 
 /// Draws the plot with lines instead of pixels: the same curves, texts and marks, at home on any
@@ -34,6 +43,9 @@ struct Drawing {
     QString title;
     std::function<void(QPainter &painter)> draw;
     QString comment = {}; ///< stands in the file where programs, not people, look for it
+    int pngScale = printScale;
+    /// Where it is given, a PNG of scale 1 is made by it, not by draw().
+    std::function<void(QImage &image)> paintPixels = {};
 };
 
 /// The bytes of a file, or why there are none.
@@ -43,7 +55,7 @@ struct PictureBytes {
 };
 
 /// Writes a drawing to a file, whole or not at all. The end of the name decides what it becomes:
-/// ".svg", ".pdf" with one page of its size, or ".png" with three times the pixels.
+/// ".svg", ".pdf" with one page of its size, or ".png" with printScale times the pixels.
 ///
 /// @return why it failed, for the user; empty on success
 QString saveDrawing(const QString &path, const Drawing &drawing);
@@ -51,7 +63,7 @@ QString saveDrawing(const QString &path, const Drawing &drawing);
 /// Writes the plot as drawPlot() draws it, as above.
 QString savePicture(const QString &path, const PictureContent &content);
 
-/// What savePicture() would write.
+/// What savePicture() would write. The same content gives the same bytes. From any thread.
 ///
 /// @param kind  "png", "svg" or "pdf"
 PictureBytes pictureBytes(const QString &kind, const PictureContent &content);

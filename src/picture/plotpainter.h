@@ -25,8 +25,7 @@ void paintPlot(const PlotData &data, const Zoom &zoom, const CurveBlocks &blocks
 /// segments run straight out of the picture.
 ///
 /// Curves with more points than the plot has columns take a shorter way than a line per
-/// segment and give the same pixels.
-/// Of a zoomed view nothing is painted beyond the margins.
+/// segment and give the same pixels. A zoomed view colours nothing beyond the margins.
 ///
 /// @param picture  as above, of the view's size
 void paintCurves(const PlotData &data, const View &view, const CurveBlocks &blocks,

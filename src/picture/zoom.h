@@ -28,7 +28,7 @@ struct IndexMap {
     Range operator()(const Range &range) const { return {(*this)(range.min), (*this)(range.max)}; }
 };
 
-/// The part that is shown; nothing in a direction: all there is.
+/// The part that is shown. A direction without a range shows all there is.
 struct Zoom {
     std::optional<Range> x; ///< point indices at the left and the right edge of the plot
     std::optional<Range> y; ///< values at its lower and its upper edge
@@ -41,8 +41,8 @@ inline bool operator==(const Zoom &a, const Zoom &b)
     return a.x == b.x && a.y == b.y;
 }
 
-/// A range of at least the smallest and at most all of the extent, around the same middle as far
-/// as it can be, moved into `all`. What is no number becomes `all`.
+/// The wanted range, made as long as `smallest` at least and as `all` at most around its middle,
+/// and moved into `all`. A range whose ends are no numbers becomes `all`.
 Range within(const Range &wanted, const Range &all, double smallest);
 
 /// The shown range made `factor` times as long, with `anchor` where it was on the screen.
@@ -51,10 +51,10 @@ Range zoomedAt(const Range &shown, const Range &all, double anchor, double facto
 /// The shown range moved by a distance, which ends at the edges of `all`.
 Range panned(const Range &shown, const Range &all, double distance);
 
-/// Whether a range holds another, but for what rounding does.
+/// Whether a range holds another; rounding errors are allowed for.
 bool covers(const Range &range, const Range &other);
 
-/// Whether two views are the same, but for what rounding does.
+/// Whether two views are the same; rounding errors are allowed for.
 bool areAlike(const Zoom &a, const Zoom &b);
 
 /// The shortest range of values that can be shown: what a float and a label can still tell apart.

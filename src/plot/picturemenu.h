@@ -5,15 +5,16 @@
 
 class QWidget;
 
-/// The right mouse button's commands of a widget that paints a picture of its own: copy it, or
-/// save it as PNG, SVG or PDF, as PulsarGrafik offers them for a plot. Belongs to the widget.
+/// The right mouse button's commands of a widget that paints itself: copy what it shows, or save
+/// it as PNG, SVG or PDF, as PulsarGrafik offers them for a plot. The widget owns the menu.
 class PictureMenu : public QObject {
     Q_OBJECT
 
 public:
     explicit PictureMenu(QWidget *picture);
 
-    /// Where the dialog starts; it goes on where the last file was saved.
+    /// Sets the folder in which the first dialog starts; later ones start where the last file was
+    /// saved.
     void setSaveFolder(const QString &folder) { saveFolder = folder; }
 
     /// Writes what the widget shows, see Plot::saveDrawing.

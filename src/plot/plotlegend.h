@@ -32,6 +32,9 @@ public:
     void placeBeside(const PlotData &shown, const Plot::CurveBlocks &blocks,
                      const Plot::View &view);
 
+    /// Whether the user has dragged it to a place of its own.
+    bool wasDragged() const { return draggedTo.has_value(); }
+
     QSize sizeHint() const override;
 
 signals:

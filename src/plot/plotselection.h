@@ -19,8 +19,8 @@ struct SelectedRange {
 /// its place follows.
 class Selection {
 public:
-    /// In pixels of the widget: its left upper corner, and as its size the way to the right lower
-    /// one. Null when nothing was ever selected or the selection was removed.
+    /// The rectangle in pixels of the widget: its left upper corner, and as its size the way to
+    /// the right lower one. It is null before the first selection and after remove().
     const QRect &rectangle() const { return place; }
 
     /// Nothing while the rectangle has no width or no height.

@@ -60,11 +60,12 @@ void PulsarGrafik::copyPicture()
 
 QString PulsarGrafik::savePicture(const QString &path) const
 {
-    Plot::Marks content = shownMarks();
-    content.readOut.reset();
-    if (legend->isVisibleTo(this))
-        content.legend = legend->pos();
-    return Plot::savePicture(path, {plotData, blocks, size(), zoom, content});
+    Plot::PictureContent content = {plotData, blocks, size(), zoom, shownMarks()};
+    content.marks.readOut.reset();
+    content.hasLegend = true;
+    if (legend->wasDragged())
+        content.marks.legend = legend->pos();
+    return Plot::savePicture(path, content);
 }
 
 void PulsarGrafik::askAndSavePicture()

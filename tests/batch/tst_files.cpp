@@ -1,6 +1,6 @@
 #include "base/process.h"
 #include "batch/mergework.h"
-#include "batch/picture.h"
+#include "picture/resultplot.h"
 #include "results/candidates.h"
 #include "results/filterbank.h"
 #include "support/batchfolder.h"
@@ -277,7 +277,7 @@ void TestFiles::candidatesAsPicture()
     table.request = {{"program", "zrt-batch"}, {"command", "merge"}};
     table.result = {{"period_min", "0.25 s"}, {"period_max", "4 s"}};
     table.columns = Results::candidateColumns(candidates, true);
-    const PlotData plot = Batch::plotOf(table);
+    const PlotData plot = Plot::plotOf(table);
     QCOMPARE(plot.graphs.size(), std::size_t(2));
     const auto places = [&](std::size_t curve) {
         std::vector<double> found;

@@ -86,6 +86,7 @@ void TestProgram::failures_data()
     QTest::newRow("no number") << "sum --ray x demo.pnt" << 64 << "--ray";
     QTest::newRow("bad noise") << "sum --noise pink demo.pnt" << 64 << "polinom5";
     QTest::newRow("bad size") << "sum --plot png --size 5x5 demo.pnt" << 64 << "1280x720";
+    QTest::newRow("bad scale") << "sum --plot png --size 500x500@9 demo.pnt" << 64 << "1280x720";
     QTest::newRow("bad dispersions") << "ffa --dm 5:1:1 demo.pnt" << 64 << "from:to:step";
     QTest::newRow("one output twice")
         << "native --ray 1 --first-point 0 -o out short.pnt many/../empty/../short.pnt "

@@ -13,8 +13,6 @@ private slots:
     void startByUtc();
     void startByUtcNeedsABegin();
     void trueNumbers();
-    void timeLabels();
-    void spectrumLabels();
 };
 
 void TestFormTexts::startByUtc_data()
@@ -75,29 +73,6 @@ void TestFormTexts::trueNumbers()
     parameters.ray = 7;
     QCOMPARE(FormTexts::selection("showNative", data, parameters, 16384),
              QString("Action:showNative\nModule:1\nChannel:1\nRay:7\nPoints:16384"));
-}
-
-void TestFormTexts::timeLabels()
-{
-    ObservationData data;
-    data.tresolution = 0.0124928;
-    data.beginTime = QDateTime(QDate(2015, 4, 1), QTime(23, 59, 59), Qt::UTC);
-    const PulsarAxis axis = {PulsarAxis::Kind::Points, 1000, 1};
-    const FormTexts::AxisTexts texts = FormTexts::axisTexts(axis, 3, data);
-    QCOMPARE(texts.row1(2), QString("1002"));
-    QCOMPARE(texts.row2(0), QString("00:00:11.492"));
-    QCOMPARE(texts.row2(1), QString("00:00:11.505"));
-    data.beginTime = QDateTime();
-    QVERIFY(!FormTexts::axisTexts(axis, 3, data).row2);
-}
-
-void TestFormTexts::spectrumLabels()
-{
-    const PulsarAxis axis = {PulsarAxis::Kind::Frequency, 0, 0.005};
-    const FormTexts::AxisTexts texts = FormTexts::axisTexts(axis, 3, {});
-    QCOMPARE(texts.row1(1), QString("0.0050 Hz"));
-    QCOMPARE(texts.row2(0), QString("-"));
-    QCOMPARE(texts.row2(1), QString("200 s"));
 }
 
 ZRT_UNIT_TEST_MAIN(TestFormTexts)

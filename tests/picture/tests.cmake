@@ -1,4 +1,5 @@
 zrt_add_test(picture/plotgeometry unit zrt_picture)
+zrt_add_test(picture/resultplot unit zrt_picture)
 zrt_add_test(picture/plotpainter unit zrt_picture)
 zrt_add_test(picture/plotexport unit zrt_picture Qt5::Svg)
 # Text needs a platform, though no window is opened.

@@ -76,24 +76,13 @@ QString yLabels(double yMin, double yMax, int precision)
     return listed(Plot::yLabels(Plot::viewOf(ranged(yMin, yMax), lowSize), precision));
 }
 
-} // namespace
-
-class TestPlotGeometry : public QObject {
-    Q_OBJECT
-
-private slots:
-    void workedByHand_data();
-    void workedByHand();
-};
-
-void TestPlotGeometry::workedByHand_data()
+void add(const char *name, const QString &result, const char *expected)
 {
-    QTest::addColumn<QString>("result");
-    QTest::addColumn<QString>("expected");
-    const auto add = [](const char *name, const QString &result, const char *expected) {
-        QTest::newRow(name) << result << expected;
-    };
+    QTest::newRow(name) << result << expected;
+}
 
+void addRanges()
+{
     add("range of all curves of the second set", rangeOf({{5}, {7, 6}}), "5..7");
     add("range above the bound", rangeOf({{100001, 200000}}), "100000..200000");
     add("range without what is not finite", rangeOf({{NAN, -2, -INFINITY, 1}}), "-2..1");
@@ -117,7 +106,10 @@ void TestPlotGeometry::workedByHand_data()
     add("zero has no sign", yLabels(-0.4, 0.7, 3), "14,129 0.000; 14,79 0.367");
     add("few far below zero", yLabels(-1048576, -1048576 + 1.0 / 1024, 0),
         "14,34 -1048576; 14,84 -1048576; 14,134 -1048576");
+}
 
+void addTexts()
+{
     PlotData data = ranged(0, 1, 90); // 450 pixels are 67.5 points and round to 68
     const Plot::View view = Plot::viewOf(data, usualSize);
     data.labelEvery1 = 3;
@@ -137,6 +129,13 @@ void TestPlotGeometry::workedByHand_data()
     add("index truncated, none in the third row at the first point", texts(0.9), "a0 -");
     add("past the texts of a row", texts(2.0), "a2 -");
 
+    data.msPerPoint = 12.4928;
+    data.beginTime = QDateTime(QDate(2015, 4, 1), QTime(12, 0), Qt::UTC);
+    add("last point of a second", Plot::timeText(data, 80), "12:00:00");
+}
+
+void addZooms()
+{
     const Plot::Range all{0, 1000};
     const auto zoomAt = [&](double anchor, double factor) {
         return rangeText(Plot::zoomedAt({200, 600}, all, anchor, factor, 4));
@@ -155,7 +154,10 @@ void TestPlotGeometry::workedByHand_data()
         "all all");
     add("too few points get neighbours", zoomed({Plot::Range{50, 50}, {}}), "48..52 all");
     add("one step per gesture", historyOf({{1, 1}, {2, 1}, {3, 2}, {4, 0}, {5, 0}}), "5 4 3 1 ");
+}
 
+void addViewsOfAPart()
+{
     const Plot::View view40 = Plot::viewOf(ranged(-10, 50), usualSize, part);
     const QPointF inPart = Plot::dataAt(view40, {360, 180});
     add("middle of a part", rangeText({inPart.x(), inPart.y()}), "40.5..15");
@@ -171,7 +173,10 @@ void TestPlotGeometry::workedByHand_data()
         "67,370 12:10:52.21; 21");
     add("value on an uneven falling axis",
         QString::number(Plot::axisIndex({"period", "s", 0, 1, {8, 4, 2, 1}}, 3)), "1.5");
+}
 
+void addMarks()
+{
     PlotData spectrum = ranged(0, 8);
     spectrum.graphs = {std::vector<float>(100, 1.0F)};
     spectrum.graphs[0][20] = 5;
@@ -193,10 +198,27 @@ void TestPlotGeometry::workedByHand_data()
     marks.cursors = {Plot::Cursor{0, 20}, Plot::Cursor{0, 28}};
     add("both cursors", Plot::cursorTexts(spectrum, marks).join("|"),
         "1:  10.00 Hz,  5      2:  14.00 Hz,  1|2 - 1:  4.00 Hz,  -4      1 / (2 - 1):  0.25 s");
+}
 
-    data.msPerPoint = 12.4928;
-    data.beginTime = QDateTime(QDate(2015, 4, 1), QTime(12, 0), Qt::UTC);
-    add("last point of a second", Plot::timeText(data, 80), "12:00:00");
+} // namespace
+
+class TestPlotGeometry : public QObject {
+    Q_OBJECT
+
+private slots:
+    void workedByHand_data();
+    void workedByHand();
+};
+
+void TestPlotGeometry::workedByHand_data()
+{
+    QTest::addColumn<QString>("result");
+    QTest::addColumn<QString>("expected");
+    addRanges();
+    addTexts();
+    addZooms();
+    addViewsOfAPart();
+    addMarks();
 }
 
 void TestPlotGeometry::workedByHand()

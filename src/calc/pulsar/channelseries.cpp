@@ -1,7 +1,6 @@
 #include "calc/pulsar/pulsarcalculate.h"
 
 #include "calc/approximation.h"
-#include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>

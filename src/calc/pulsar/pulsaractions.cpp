@@ -3,7 +3,6 @@
 #include "calc/approximation.h"
 #include "calc/fourier.h"
 #include "calc/pulsar/pulsaranalyses.h"
-#include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,5 +1,4 @@
 #include "calc/pulsar/pulsarcalculate.h"
-
 #include "results/reporttext.h"
 
 bool PulsarCalculate::acceptSum()

@@ -1,7 +1,7 @@
 #include "forms/arrays/arrayplot.h"
 
 #include "calc/seriesstatistics.h"
-#include "forms/pulsar/pulsartexts.h"
+#include "picture/axistexts.h"
 #include "picture/plotgeometry.h"
 
 #include <QStringList>
@@ -44,7 +44,7 @@ void setRange(PlotData &data, const Plot::Range &range)
         return;
     data.yMin = range.min;
     data.yMax = range.max;
-    data.yPrecision = FormTexts::labelDecimals(range.max - range.min);
+    data.yPrecision = Plot::labelDecimals(range.max - range.min);
 }
 
 void addColours(PlotData &data, const std::vector<Series> &series)

@@ -1,8 +1,7 @@
 #include "app/shell/settings.h"
 #include "forms/ffa/ffaform.h"
 #include "forms/ffa/ffaresults.h"
-#include "forms/pulsar/pulsartexts.h"
-#include "picture/plotgeometry.h"
+#include "picture/resultplot.h"
 #include "plot/pulsargrafik.h"
 #include "results/reporttext.h"
 
@@ -82,31 +81,18 @@ void FfaForm::showSpectrum(int width)
         return;
     spectrum =
         std::make_shared<const FfaSpectrum>(Tools::sortedSpectrum(result().periodogram, width));
-    PlotData plot;
     std::vector<float> noise = Tools::snrFactors(*spectrum, result().wholeFactors);
     for (float &value : noise)
         value = float(searched.estimate.noiseThreshold) / value;
-    plot.graphs = {spectrum->snr, std::move(noise)};
-    plot.colours = {plotColour(0).code, plotColour(2).code};
-    plot.names = {
+    const QString name =
         width < 0
             ? QString("S/N, best width")
-            : QString("S/N, width %1 bins").arg(result().periodogram.widths[std::size_t(width)]),
-        "noise alone"};
-    plot.numPoints = int(spectrum->snr.size());
-    plot.x = {"period", "s", 0, 1, spectrum->periods};
-    plot.yName = "S/N";
+            : QString("S/N, width %1 bins").arg(result().periodogram.widths[std::size_t(width)]);
+    PlotData plot = Plot::periodPlot(spectrum->periods, {spectrum->snr, std::move(noise)},
+                                     {name, "noise alone"});
+    plot.colours = {plotColour(0).code, plotColour(2).code};
     plot.source = sourceLines();
-    const auto shown = spectrum;
-    plot.textX1 = [shown](int i) {
-        return ReportText::general(shown->periods[std::size_t(i)]) + " s";
-    };
-    plot.textX2 = [shown](int i) {
-        return ReportText::general(1 / shown->periods[std::size_t(i)]) + " Hz";
-    };
     plot.markers = markers();
-    const Plot::Range range = Plot::verticalRange(plot);
-    plot.yPrecision = FormTexts::labelDecimals(range.max - range.min);
     grafik->setData(std::move(plot));
     grafik->recomputeRange();
 }

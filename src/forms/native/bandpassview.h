@@ -14,14 +14,14 @@ public:
     /// @param means, sigmas  one per band; NaN where nothing is known
     void setValues(std::vector<double> means, std::vector<double> sigmas);
     void setFrequencies(const std::vector<double> &fbands) { frequencies = fbands; }
-    /// One per band; missing ones are on.
+    /// @param channels  true where a band is off; bands beyond its end are on
     void setChannelsOff(const std::vector<bool> &channels);
 
     QSize sizeHint() const override { return {200, 130}; }
     QSize minimumSizeHint() const override { return {150, 100}; }
 
 signals:
-    /// Index from 0.
+    /// The user switches a channel; its index from 0.
     void toggled(int channel);
 
 protected:

@@ -29,7 +29,7 @@ std::vector<float> toFloat(const std::vector<double> &series)
     return std::vector<float>(series.begin(), series.end());
 }
 
-// Level and noise of the samples of a band; every so manieth one tells them.
+// Level and noise of a band, estimated from some thousand equally spaced samples.
 Tools::RobustLevel levelOf(const NativePicture &picture, int band, const std::vector<float> &curve)
 {
     if (!picture.window.samples) {

@@ -66,7 +66,7 @@ NativeGrafik::NativeGrafik(const QString &path, int withoutStep, QWidget *parent
     statisticsTimer.setInterval(statisticsDelay);
     sumTimer.setInterval(sumDelay);
     connectInputs();
-    // For the whole window: the plot and the panels are not within the form.
+    // The shortcut counts in the whole window: the plot and the panels are not within the form.
     escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
     connect(escape, &QShortcut::activated, this, &NativeGrafik::stop);
     lastValues = std::make_unique<LastValues>(this);

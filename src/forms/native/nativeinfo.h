@@ -26,7 +26,7 @@ public:
     void setChannelsOff(const std::vector<bool> &off);
 
 signals:
-    /// Index from 0.
+    /// The user switches a channel; its index from 0.
     void channelToggled(int channel);
     void allOnWanted();
 

@@ -82,8 +82,8 @@ private:
         send(picture.share, picture.isGlance);
     }
 
-    // Of the bands that are on; empty, after a debug line, where the frequencies or the step are
-    // unusable, and where one of them holds no finite number.
+    // The sums of the bands that are on. They are empty where the frequencies or the sampling
+    // interval are unusable, which a debug line tells, and where a band holds no finite number.
     std::vector<double> sumsOf(const ObservationData &data, const Tools::FiniteSamples &numbers,
                                double dispersion) const
     {

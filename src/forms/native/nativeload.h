@@ -55,15 +55,16 @@ struct NativePicture {
     double share = 0;     ///< of the part's points that the reduction is made of
     bool isGlance = true; ///< some columns show only a few of their points
 
-    /// With every sample: module 0 and ray 0 of it are those asked for. Without samples until
-    /// the part was read.
+    /// Every sample of the part: module 0 and ray 0 of this record are those asked for. It has no
+    /// samples until the part was read.
     ObservationData window;
     int offset = 0; ///< point of the window at which the part begins
-    /// The same samples for sums: finite, the median of the channel's others in the place of what
-    /// is no number, but for the bands that have no finite number at all.
+    /// The same samples for sums: what is no finite number is replaced by the median of the
+    /// channel's others; only bands without any finite number stay as they are.
     Samples finite;
     std::vector<int> bandsWithoutNumbers; ///< of the part, indices from 0, ascending
-    /// Of every channel, points of the window; empty where none are deleted.
+    /// The level steps that were deleted from every channel, as points of the window; empty where
+    /// none are deleted.
     std::vector<std::vector<Tools::LevelStep>> steps;
 
     bool isLast = false;

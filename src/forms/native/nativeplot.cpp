@@ -2,7 +2,7 @@
 
 #include "data/truenumbers.h"
 #include "forms/native/nativetexts.h"
-#include "forms/pulsar/pulsartexts.h"
+#include "picture/axistexts.h"
 
 #include <cmath>
 
@@ -65,7 +65,7 @@ PlotData nativePlot(NativeCurves &drawn, const NativeChoice &choice, const Nativ
     plot.numPoints = drawn.count;
     plot.yMin = drawn.min;
     plot.yMax = drawn.max;
-    plot.yPrecision = FormTexts::labelDecimals(drawn.max - drawn.min);
+    plot.yPrecision = Plot::labelDecimals(drawn.max - drawn.min);
     plot.yName = choice.show == NativeShow::Stack ? "channel" : "signal";
     setAxis(plot, drawn, file.header());
     plot.wholeX = {-drawn.first / drawn.step, (file.completePoints() - drawn.first) / drawn.step};

@@ -7,7 +7,7 @@
 
 namespace {
 
-// From every sample between two indices of the series.
+// Exact statistics of the samples between two indices of the series.
 void setFromSeries(NativeTexts::StatisticsPart &part, const std::vector<double> &series, int begin,
                    int end)
 {

@@ -1,7 +1,7 @@
 #include "forms/native/nativetexts.h"
 
 #include "data/recordingtime.h"
-#include "forms/pulsar/pulsartexts.h"
+#include "picture/axistexts.h"
 
 #include <QLocale>
 #include <QStringList>
@@ -60,7 +60,7 @@ SizeCheck sizeCheck(const RecordingFile &file)
 QString utcText(const ObservationData &header, double point)
 {
     const RecordingClock clock(header);
-    return clock.utc(point).isValid() ? FormTexts::timeOfDay(clock.msOfDay(point)) : QString();
+    return clock.utc(point).isValid() ? Plot::timeOfDay(clock.msOfDay(point)) : QString();
 }
 
 QString siderealText(const ObservationData &header, double point)
@@ -69,7 +69,7 @@ QString siderealText(const ObservationData &header, double point)
     const double seconds = point * header.tresolution * siderealRate;
     if (!begin || !(std::abs(seconds) * 1000 < longestTime))
         return {};
-    return FormTexts::timeOfDay((*begin + qint64(std::floor(seconds))) * 1000).left(8);
+    return Plot::timeOfDay((*begin + qint64(std::floor(seconds))) * 1000).left(8);
 }
 
 QString coordsText(const ObservationData &header, double point, const QString &value)

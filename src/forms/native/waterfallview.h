@@ -6,8 +6,8 @@
 
 class PulsarGrafik;
 
-/// A picture of time against frequency that stands above a plot and shares its X axis: it has
-/// the plot's left and right margins, and hands wheel and drags on to the plot below.
+/// Shows the powers of the bands over time as colours, above a plot whose X axis it shares: it
+/// has the plot's left and right margins, and hands wheel and drags on to the plot below.
 class WaterfallView : public QWidget {
     Q_OBJECT
 
@@ -29,9 +29,9 @@ public:
     /// frequency stands on top.
     void setFrequencies(const std::vector<double> &fbands, int bands);
     void setPicture(Picture next);
-    /// The points between the margins.
+    /// Sets which points lie between the margins.
     void setPart(double first, double points);
-    /// Values of the darkest and of the lightest colour.
+    /// Sets the values of the darkest and of the lightest colour.
     void setScale(float low, float high);
 
     /// Pixels between the margins.

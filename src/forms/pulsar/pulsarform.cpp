@@ -10,7 +10,6 @@
 #include "calc/pulsar/computedon.h"
 #include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/pulsarcommand.h"
-#include "data/recordingtime.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
 #include "forms/pulsar/pulsartexts.h"
@@ -18,7 +17,8 @@
 #include "forms/savefolder.h"
 #include "forms/switchedchannels.h"
 #include "jobs/control.h"
-#include "picture/plotgeometry.h"
+#include "picture/axistexts.h"
+#include "picture/resultplot.h"
 #include "plot/pulsargrafik.h"
 #include "plot/pulsargrafikinfo.h"
 #include "results/reporttext.h"
@@ -425,37 +425,18 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, const
     const PulsarResult &result = calculate->result();
     const bool isCut = wantedPoints > 0 && !worksOnChannel(shownAction);
     const int count = isCut ? std::min(wantedPoints, result.points) : result.points;
-    PlotData plot;
-    for (const std::vector<float> &curve : curves) {
-        plot.graphs.emplace_back(curve.begin(), curve.begin() + count);
-        plot.colours << plotColour(firstColour + int(plot.colours.size())).code;
-    }
+    std::vector<std::vector<float>> shown;
+    for (const std::vector<float> &curve : curves)
+        shown.emplace_back(curve.begin(), curve.begin() + count);
+    PlotData plot =
+        Plot::curvePlot(result.axis, std::move(shown), names, result.markers, data, firstColour);
     if (!shownMulti)
         plot.visible = result.visible;
-    plot.names = names.toVector();
-    const FormTexts::AxisTexts texts = FormTexts::axisTexts(result.axis, count, data);
-    plot.textX1 = texts.row1;
-    plot.textX2 = texts.row2;
-    plot.x = FormTexts::plotAxis(result.axis, data.tresolution);
     plot.yName = result.axis.kind == PulsarAxis::Kind::Points  ? "signal"
                  : result.axis.kind == PulsarAxis::Kind::Phase ? "mean signal"
                                                                : "amplitude";
     plot.yUnit = isNormalised(shownAction, shownParameters) ? "sigma" : "";
     plot.source = QStringList("action: " + shownAction) + computedOnLines();
-    for (const int marker : result.markers) {
-        if (marker < count)
-            plot.markers.push_back(marker);
-    }
-    plot.numPoints = count;
-    if (result.axis.kind == PulsarAxis::Kind::Points) {
-        plot.xOffset = int(result.axis.first);
-        plot.firstPoint = result.axis.first;
-        plot.pointStep = result.axis.step;
-        plot.msPerPoint = data.tresolution * result.axis.step * 1000;
-        plot.beginTime = RecordingClock(data).utc(result.axis.first);
-    }
-    const Plot::Range range = Plot::verticalRange(plot);
-    plot.yPrecision = FormTexts::labelDecimals(range.max - range.min);
     grafik->setData(std::move(plot));
     grafik->recomputeRange();
     info->setPoints(worksOnChannel(shownAction) ? result.stretch : count);
@@ -481,7 +462,7 @@ void PulsarForm::showTexts(const QString &description, const QStringList &names,
         report << readProblem;
     report << "Computed on\n" + computedOnLines().join('\n');
 
-    const FormTexts::AxisTitles titles = FormTexts::axisTitles(result.axis);
+    const Plot::AxisTitles titles = Plot::axisTitles(result.axis);
     QStringList legend;
     for (int i = 0; i < names.size(); ++i)
         legend << plotColour(firstColour + i).name + ": " + names[i];

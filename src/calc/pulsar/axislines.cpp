@@ -1,11 +1,14 @@
-#include "batch/axis.h"
+#include "calc/pulsar/axislines.h"
 
 #include <algorithm>
 #include <array>
 
-namespace Batch {
+namespace Tools {
 
-using namespace Results;
+using Results::Column;
+using Results::HeaderLine;
+using Results::numberText;
+using Results::valueOf;
 
 namespace {
 
@@ -68,4 +71,4 @@ PulsarAxis axisOf(const std::vector<HeaderLine> &lines)
     return axis;
 }
 
-} // namespace Batch
+} // namespace Tools

@@ -1,26 +1,21 @@
-#include "batch/picture.h"
+#include "picture/resultplot.h"
 
-#include "batch/axis.h"
-#include "forms/pulsar/pulsartexts.h"
+#include "calc/pulsar/axislines.h"
+#include "data/recordingtime.h"
+#include "picture/axistexts.h"
 #include "picture/plotgeometry.h"
-#include "picture/plotpainter.h"
 
-#include <QBuffer>
 #include <QDateTime>
-#include <QImage>
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <memory>
-#include <mutex>
 
-namespace Batch {
+namespace Plot {
 
 using namespace Results;
 
 namespace {
-
-// Fonts are one for the whole process.
-std::mutex paintingMutex;
 
 std::vector<float> floatsOf(const Column &column)
 {
@@ -28,17 +23,6 @@ std::vector<float> floatsOf(const Column &column)
         return *floats;
     const auto *doubles = std::get_if<std::vector<double>>(&column.values);
     return doubles ? std::vector<float>(doubles->begin(), doubles->end()) : std::vector<float>();
-}
-
-// A PDF tells when it was made. Blanks in that place keep its offsets, and make the same plot the
-// same bytes.
-QByteArray withoutDate(QByteArray bytes)
-{
-    const int begin = bytes.indexOf("/CreationDate (");
-    const int end = begin < 0 ? -1 : bytes.indexOf(')', begin);
-    for (int i = begin; end >= 0 && i <= end; ++i)
-        bytes[i] = ' ';
-    return bytes;
 }
 
 // All lines of a table, as they stand in a file.
@@ -82,10 +66,10 @@ bool holdsCurves(const ResultTable &table)
 
 void setRange(PlotData &plot)
 {
-    const Plot::Range range = Plot::verticalRange(plot);
+    const Range range = verticalRange(plot);
     plot.yMin = range.min;
     plot.yMax = range.max;
-    plot.yPrecision = FormTexts::labelDecimals(range.max - range.min);
+    plot.yPrecision = labelDecimals(range.max - range.min);
 }
 
 QStringList sourceOf(const std::vector<HeaderLine> &lines)
@@ -148,51 +132,28 @@ PlotData candidatePlot(const ResultTable &table, const std::vector<HeaderLine> &
     return plot;
 }
 
-PlotData curvePlot(const ResultTable &table, const std::vector<HeaderLine> &lines)
+// The columns but for that of the axis.
+PlotData curveTablePlot(const ResultTable &table, const std::vector<HeaderLine> &lines)
 {
-    const PulsarAxis axis = axisOf(lines);
-    PlotData plot;
+    std::vector<std::vector<float>> curves;
+    QStringList names;
     for (const Column &column : table.columns) {
         const bool isAxis = column.name == valueOf(lines, "x").section(' ', 0, 0);
-        const std::vector<float> values = isAxis ? std::vector<float>() : floatsOf(column);
+        std::vector<float> values = isAxis ? std::vector<float>() : floatsOf(column);
         if (values.empty())
             continue;
-        plot.colours << plotColour(int(plot.graphs.size())).code;
-        plot.names << column.name;
-        plot.graphs.push_back(values);
+        curves.push_back(std::move(values));
+        names << column.name;
     }
-    plot.numPoints = table.rows();
-
-    ObservationData data;
-    data.tresolution = valueOf(lines, "tresolution").section(' ', 0, 0).toDouble();
-    data.beginTime = QDateTime::fromString(valueOf(lines, "begin"), Qt::ISODateWithMs);
-    const FormTexts::AxisTexts texts = FormTexts::axisTexts(axis, plot.numPoints, data);
-    plot.textX1 = texts.row1;
-    plot.textX2 = texts.row2;
-    plot.x = FormTexts::plotAxis(axis, data.tresolution);
-    plot.source = sourceOf(lines);
+    std::vector<int> markers;
     for (const QString &marker : valueOf(lines, "steps_at").split(' ', Qt::SkipEmptyParts))
-        plot.markers.push_back(marker.toInt());
-    setRange(plot);
+        markers.push_back(marker.toInt());
+    ObservationData recording;
+    recording.tresolution = valueOf(lines, "tresolution").section(' ', 0, 0).toDouble();
+    recording.beginTime = QDateTime::fromString(valueOf(lines, "begin"), Qt::ISODateWithMs);
+    PlotData plot = curvePlot(Tools::axisOf(lines), std::move(curves), names, markers, recording);
+    plot.source = sourceOf(lines);
     return plot;
-}
-
-// A key stands among the texts of a picture.
-Plot::PictureBytes pngOf(const PlotData &plot, const QSize &size, const QString &key)
-{
-    Plot::PictureBytes picture;
-    QImage image(size, QImage::Format_RGB32);
-    if (image.isNull()) {
-        picture.problem = "there is not enough memory for the picture";
-        return picture;
-    }
-    Plot::paintPlot(plot, {}, {}, image);
-    if (!key.isEmpty())
-        image.setText("Comment", key);
-    QBuffer buffer(&picture.bytes);
-    if (!buffer.open(QIODevice::WriteOnly) || !image.save(&buffer, "PNG"))
-        picture.problem = "the picture cannot be made";
-    return picture;
 }
 
 } // namespace
@@ -205,7 +166,34 @@ bool canBeDrawn(const ResultTable &table)
 PlotData plotOf(const ResultTable &table)
 {
     const std::vector<HeaderLine> lines = allLines(table);
-    return holdsCandidates(table) ? candidatePlot(table, lines) : curvePlot(table, lines);
+    return holdsCandidates(table) ? candidatePlot(table, lines) : curveTablePlot(table, lines);
+}
+
+PlotData curvePlot(const PulsarAxis &axis, std::vector<std::vector<float>> curves,
+                   const QStringList &names, const std::vector<int> &markers,
+                   const ObservationData &recording, int firstColour)
+{
+    PlotData plot;
+    plot.graphs = std::move(curves);
+    plot.numPoints = plot.graphs.empty() ? 0 : int(plot.graphs.front().size());
+    for (int i = 0; i < int(plot.graphs.size()); ++i)
+        plot.colours << plotColour(firstColour + i).code;
+    plot.names = names.toVector();
+    std::copy_if(markers.begin(), markers.end(), std::back_inserter(plot.markers),
+                 [&](int marker) { return marker < plot.numPoints; });
+    const AxisTexts texts = axisTexts(axis, plot.numPoints, recording);
+    plot.textX1 = texts.row1;
+    plot.textX2 = texts.row2;
+    plot.x = plotAxis(axis, recording.tresolution);
+    if (axis.kind == PulsarAxis::Kind::Points) {
+        plot.xOffset = int(axis.first);
+        plot.firstPoint = axis.first;
+        plot.pointStep = axis.step;
+        plot.msPerPoint = recording.tresolution * axis.step * 1000;
+        plot.beginTime = RecordingClock(recording).utc(axis.first);
+    }
+    setRange(plot);
+    return plot;
 }
 
 PlotData periodPlot(std::vector<double> periods, std::vector<std::vector<float>> curves,
@@ -228,16 +216,4 @@ PlotData periodPlot(std::vector<double> periods, std::vector<std::vector<float>>
     return plot;
 }
 
-Plot::PictureBytes pictureBytes(const PlotData &plot, const QString &kind, const QSize &size,
-                                const QString &key)
-{
-    const std::lock_guard lock(paintingMutex);
-    if (kind == "png")
-        return pngOf(plot, size, key);
-    const Plot::CurveBlocks blocks;
-    Plot::PictureBytes picture = Plot::pictureBytes(kind, {plot, blocks, size, {}, {}, key});
-    picture.bytes = withoutDate(picture.bytes);
-    return picture;
-}
-
-} // namespace Batch
+} // namespace Plot
