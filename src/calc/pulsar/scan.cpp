@@ -83,14 +83,17 @@ bool PulsarCalculate::acceptScan()
     const int length =
         Tools::averagedLength(fixedPoints, parameters.averageCount, parameters.withNull);
     const double top = trialDispersions().back();
-    if (!acceptSelection(top) || !acceptDispersion(parameters.dispersion) ||
-        !acceptDispersion(top) || !acceptSpectrum(length))
+    const bool isSelected = acceptSelection(top);
+    const bool isDispersion = acceptDispersion(parameters.dispersion) && acceptDispersion(top);
+    if (!acceptSpectrum(length))
         return false;
-    return (parameters.harmonicNum >= 1 && parameters.harmonicNum < length / 2) ||
-           refuse(QString("Harmonic number %1 cannot be scanned.\nAllowed: 1 to %2.")
-                      .arg(parameters.harmonicNum)
-                      .arg(length / 2 - 1),
-                  "harmonicNum");
+    const bool isHarmonic =
+        (parameters.harmonicNum >= 1 && parameters.harmonicNum < length / 2) ||
+        refuse(QString("Harmonic number %1 cannot be scanned.\nAllowed: 1 to %2.")
+                   .arg(parameters.harmonicNum)
+                   .arg(length / 2 - 1),
+               "harmonicNum");
+    return isSelected && isDispersion && isHarmonic;
 }
 
 // Axis and first lines of the report.
