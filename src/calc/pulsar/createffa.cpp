@@ -62,7 +62,7 @@ QString humText(std::vector<MainsLine> lines)
 QStringList noiseRemarks(const FfaResult &result)
 {
     QStringList remarks;
-    // Of white noise the difference of neighbours has the noise of the series.
+    // In white noise the differences of neighbours tell the noise of the series.
     const std::vector<float> samples(result.series.begin(), result.series.end());
     const double pointNoise = Tools::robustSigma(samples.data(), int(samples.size()));
     const double slow = pointNoise / Tools::sigmaWithoutMains(result.mains);

@@ -69,6 +69,21 @@ std::vector<int> shiftsOf(const Tools::BandDelays &delays)
 
 } // namespace
 
+bool PulsarCalculate::Scan::fitCubic()
+{
+    cubic.resize(values.size());
+    Approximation fit(values.data(), cubic.data(), int(values.size()));
+    if (!fit.polynomial(3, true))
+        return false;
+    extrema = fit.extrema();
+    return true;
+}
+
+std::size_t PulsarCalculate::Scan::strongest() const
+{
+    return std::size_t(std::max_element(values.begin(), values.end()) - values.begin());
+}
+
 std::vector<double> PulsarCalculate::trialDispersions() const
 {
     const double top = std::max(2 * parameters.dispersion, smallestTop);
@@ -179,15 +194,9 @@ bool PulsarCalculate::scanDispersions(int firstPoint, int averageCount, int prog
     }
 
     fewestBands = std::min(fewestBands, scan.wholeBands);
-    scan.cubic.resize(scan.values.size());
-    Approximation fit(scan.values.data(), scan.cubic.data(), trials);
-    if (!fit.polynomial(3, true))
+    if (!scan.fitCubic())
         return refuse("The approximation by polinom 3 cannot be computed.");
-    scan.extrema = fit.extrema();
-
-    const auto top = std::max_element(scan.values.begin(), scan.values.end());
-    scan.peak = findDispersion(firstPoint, averageCount,
-                               scan.dispersions[std::size_t(top - scan.values.begin())],
+    scan.peak = findDispersion(firstPoint, averageCount, scan.dispersions[scan.strongest()],
                                scan.dispersions.back());
     return true;
 }
@@ -209,10 +218,9 @@ QString PulsarCalculate::describeScan(const Scan &scan)
         !(extrema.secondPosition > 0 && extrema.secondPosition < trials))
         text += "none within the scan\n";
 
-    const auto top = std::max_element(scan.values.begin(), scan.values.end());
     text += QString("\nMaximum:\ndisp = %1 value = %2\n")
-                .arg(scan.dispersions[std::size_t(top - scan.values.begin())], 0, 'f', 2)
-                .arg(ReportText::general(*top));
+                .arg(scan.dispersions[scan.strongest()], 0, 'f', 2)
+                .arg(ReportText::general(scan.values[scan.strongest()]));
     const Tools::DispersionPeak &peak = scan.peak;
     const bool isOutside = peak.dispersion < 0 || peak.dispersion > scan.dispersions.back();
     if (peak.unconstrained.isEmpty())
