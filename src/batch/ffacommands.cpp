@@ -150,28 +150,49 @@ void addSearchOptions(CLI::App &command, FfaRequest &request)
     addField(command, "--rmed-minpts", request.medianPoints);
 }
 
+constexpr auto ffaManual =
+    "Searches rays for periodic pulses with the fast folding algorithm, over periods, widths\n"
+    "and dispersions, as the FFA form: a table of candidates, the strongest first. The period\n"
+    "range and the running median are those that the form presets for the length of the\n"
+    "recording unless they are given. Of a period found at several dispersions of a ray the\n"
+    "strongest remains. Candidates above --threshold are listed; without it, above what noise\n"
+    "alone is expected to reach in one search, so that of many searches of noise about half\n"
+    "give one. The remark names harmonics of a stronger candidate, mains hum with the\n"
+    "frequency that was measured, and what does not fold to its S/N.\n"
+    "Where a range steps through whole downsampling factors from 3 on, S/N comes out several\n"
+    "times too low: a warning names the periods and the nearest --period-min without. The\n"
+    "candidates there are chosen and ordered by their true S/N, snr times snr_factor.";
+
+constexpr auto ffaExamples =
+    "Examples: ray 7 at its dispersion, with the picture of S/N over period; a survey of\n"
+    "some rays and dispersions of every recording in a folder, then one table of them:\n"
+    "  zrt-batch ffa --ray 7 --dm 26.2 --period-min 0.5 --plot png demo.pnt\n"
+    "  zrt-batch ffa --ray 3,7 --dm 0:40:20 --period-min 1 --threshold 8 -o results .\n"
+    "  zrt-batch merge --output candidates.txt results/*.ffa.txt";
+
+// What the parser read, as a request.
+FfaRequest requestOf(const FfaArguments &arguments)
+{
+    FfaRequest complete = arguments.request;
+    readNumbers(arguments.modules, complete.modules);
+    readNumbers(arguments.rays, complete.rays);
+    if (!arguments.moduleNumbers.empty())
+        readNumbers(arguments.moduleNumbers, complete.moduleNumbers);
+    if (!arguments.rayNumbers.empty())
+        readNumbers(arguments.rayNumbers, complete.rayNumbers);
+    if (!arguments.dispersions.empty())
+        readDispersions(arguments.dispersions, complete.dispersions);
+    complete.noise = QString::fromStdString(arguments.noise);
+    complete.deredden = !arguments.noDeredden;
+    complete.output = outputOptionsOf(arguments);
+    return complete;
+}
+
 void addFfa(CLI::App &app, Chosen &chosen)
 {
     const auto arguments = std::make_shared<FfaArguments>();
-    CLI::App *const command = app.add_subcommand(
-        "ffa",
-        "Searches rays for periodic pulses with the fast folding algorithm, over periods, widths\n"
-        "and dispersions, as the FFA form: a table of candidates, the strongest first. The period\n"
-        "range and the running median are those that the form presets for the length of the\n"
-        "recording unless they are given. Of a period found at several dispersions of a ray the\n"
-        "strongest remains. Candidates above --threshold are listed; without it, above what noise\n"
-        "alone is expected to reach in one search, so that of many searches of noise about half\n"
-        "give one. The remark names harmonics of a stronger candidate, mains hum with the\n"
-        "frequency that was measured, and what does not fold to its S/N.\n"
-        "Where a range steps through whole downsampling factors from 3 on, S/N comes out several\n"
-        "times too low: a warning names the periods and the nearest --period-min without. The\n"
-        "candidates there are chosen and ordered by their true S/N, snr times snr_factor.");
-    command->footer(
-        "Examples: ray 7 at its dispersion, with the picture of S/N over period; a survey of\n"
-        "some rays and dispersions of every recording in a folder, then one table of them:\n"
-        "  zrt-batch ffa --ray 7 --dm 26.2 --period-min 0.5 --plot png demo.pnt\n"
-        "  zrt-batch ffa --ray 3,7 --dm 0:40:20 --period-min 1 --threshold 8 -o results .\n"
-        "  zrt-batch merge --output candidates.txt results/*.ffa.txt");
+    CLI::App *const command = app.add_subcommand("ffa", ffaManual);
+    command->footer(ffaExamples);
     addRayLists(*command, *arguments);
     command
         ->add_option("--dm", arguments->dispersions,
@@ -205,18 +226,7 @@ void addFfa(CLI::App &app, Chosen &chosen)
                       "Make the periods more precise, with errors; fold there.");
     addTableOptions(*command, *arguments);
     command->callback([&chosen, arguments] {
-        FfaRequest complete = arguments->request;
-        readNumbers(arguments->modules, complete.modules);
-        readNumbers(arguments->rays, complete.rays);
-        if (!arguments->moduleNumbers.empty())
-            readNumbers(arguments->moduleNumbers, complete.moduleNumbers);
-        if (!arguments->rayNumbers.empty())
-            readNumbers(arguments->rayNumbers, complete.rayNumbers);
-        if (!arguments->dispersions.empty())
-            readDispersions(arguments->dispersions, complete.dispersions);
-        complete.noise = QString::fromStdString(arguments->noise);
-        complete.deredden = !arguments->noDeredden;
-        complete.output = outputOptionsOf(*arguments);
+        const FfaRequest complete = requestOf(*arguments);
         chosen.paints = !complete.output.picture.isEmpty();
         chosen.run = [arguments, complete] { return runOn(ffaWork(complete), *arguments); };
     });

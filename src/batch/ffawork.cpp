@@ -391,7 +391,7 @@ private:
     std::vector<Candidate> candidates;
     int count = 1;
     int done = 0;
-    // Of the last search; the others differ in points by their delays only.
+    // These describe the last search; the others differ in points by their delays only.
     double length = 0;
     FfaParameters searched;
     FfaEstimate estimate;

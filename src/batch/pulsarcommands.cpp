@@ -81,7 +81,8 @@ void addChecked(CLI::App &command, const CommandOption &option, PulsarArguments 
         added->needs(command.get_option(option.needs.toStdString()));
 }
 
-// Of the analyses of a command the one that a given option chooses, else the one without.
+// The analysis that an option of the command chooses; without such an option the one that needs
+// none.
 const PulsarAnalysis &chosenAnalysis(const CLI::App &command)
 {
     const PulsarAnalysis *chosen = nullptr;

@@ -3,7 +3,7 @@
 #include "calc/pulsar/axislines.h"
 #include "calc/pulsar/computedon.h"
 #include "calc/pulsar/pulsaranalyses.h"
-#include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/runanalysis.h"
 #include "forms/pulsar/pulsartexts.h"
 
 #include <algorithm>
@@ -16,9 +16,9 @@ using namespace Results;
 namespace {
 
 // The action's own words, in one line.
-Failure refusalOf(const PulsarCalculate &calculate, const QString &path)
+Failure refusalOf(const FieldProblem &problem, const QString &path)
 {
-    return {ExitCode::BadData, path + ": " + QString(calculate.failure()).replace('\n', ' ')};
+    return {ExitCode::BadData, path + ": " + QString(problem.text).replace('\n', ' ')};
 }
 
 Failure findStart(PulsarParameters &parameters, const RecordingFile &file)
@@ -82,7 +82,7 @@ Accepted accept(const PulsarRequest &request, const RecordingFile &file)
     if (calculate.validate(request.action))
         accepted.needs = calculate.needs(request.action);
     else
-        accepted.failure = refusalOf(calculate, file.path());
+        accepted.failure = refusalOf(calculate.problems().front(), file.path());
     return accepted;
 }
 
@@ -102,18 +102,14 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
     PulsarParameters parameters = accepted.parameters;
     parameters.module = 1;
     parameters.ray = 1;
-    PulsarCalculate calculate(data, parameters);
-    QObject::connect(&calculate, &PulsarCalculate::progress, &calculate, [&](int percent) {
-        control.progress(30 + percent * 7 / 10);
-        if (control.isStopped())
-            calculate.cancel();
-    });
-    if (!calculate.run(request.action)) {
-        if (calculate.wasCancelled())
-            return {ExitCode::TryLater, "Stopped."};
-        return refusalOf(calculate, file.path());
-    }
-    const PulsarResult &result = calculate.result();
+    Jobs::Control ofAction = control;
+    ofAction.progress = [&control](int percent) { control.progress(30 + percent * 7 / 10); };
+    const AnalysisOutcome outcome = runAnalysis(request.action, data, parameters, ofAction);
+    if (outcome.isStopped)
+        return {ExitCode::TryLater, "Stopped."};
+    if (!outcome.isWhole())
+        return refusalOf(outcome.problems.front(), file.path());
+    const PulsarResult &result = outcome.result;
     if (!result.nonFinite.isEmpty())
         control.remark(file.path() + ": " + result.nonFinite);
 

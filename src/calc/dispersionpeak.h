@@ -13,8 +13,8 @@ struct BandHarmonics {
     double frequency = 0; ///< cycles per sample of the recording
     /// Samples by which each band is later than the reference, per unit of dispersion.
     std::vector<double> delays;
-    /// Of each band, all phases counted from the same sample of the recording. 0 where a band holds
-    /// nothing.
+    /// The harmonic in each band, all phases counted from the same sample of the recording; 0
+    /// where a band holds nothing.
     std::vector<std::complex<double>> amplitudes;
     /// The same of neighbouring lines, [line][band], at least 16 lines.
     std::vector<std::complex<double>> beside;

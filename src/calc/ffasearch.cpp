@@ -158,13 +158,13 @@ double presetMedianWidth(double period_max, int points, double tsamp)
     return std::min(3 * period_max, points * tsamp);
 }
 
-std::vector<FfaProblem> findFfaProblems(const FfaParameters &ffa, int points, double tsamp)
+std::vector<FieldProblem> findFfaProblems(const FfaParameters &ffa, int points, double tsamp)
 {
-    std::vector<FfaProblem> problems;
+    std::vector<FieldProblem> problems;
     const auto refuse = [&problems](const QString &parameter, const QString &text) {
         const bool isKnown =
             std::any_of(problems.begin(), problems.end(),
-                        [&](const FfaProblem &known) { return known.parameter == parameter; });
+                        [&](const FieldProblem &known) { return known.field == parameter; });
         if (!isKnown)
             problems.push_back({parameter, text});
     };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calc/fieldproblem.h"
 #include "ffa/ffaplan.h"
 
 #include <QString>
@@ -20,12 +21,6 @@ struct FfaParameters {
     bool deredden = true;   ///< subtract a running median
     double rmed_width = 30; ///< s, its window
     int rmed_minpts = 101;  ///< points of the decimated series in a window
-};
-
-/// Why a search cannot be made.
-struct FfaProblem {
-    QString parameter; ///< name of the field; empty where it concerns none
-    QString text;      ///< what is wrong and what is allowed
 };
 
 /// How large a search is, before any sample is touched.
@@ -56,7 +51,7 @@ double presetMedianWidth(double period_max, int points, double tsamp);
 /// be made. Memory is not looked at.
 ///
 /// @param tsamp  s, above 0
-std::vector<FfaProblem> findFfaProblems(const FfaParameters &ffa, int points, double tsamp);
+std::vector<FieldProblem> findFfaProblems(const FfaParameters &ffa, int points, double tsamp);
 
 /// The steps of a search without problems that downsample by a whole factor: S/N comes out several
 /// times too low there.

@@ -19,7 +19,7 @@ constexpr qint64 blockSamples = 1024;
 constexpr int mostSpans = 4;
 constexpr int mostGroups = 6;
 
-// Of a block: the largest exponent, so that no branch stands in the loop.
+// The largest exponent of a block tells whether all are finite, without a branch in the loop.
 ZRT_TARGET_CLONES
 std::uint32_t largestExponent(const float *samples, qint64 count)
 {

@@ -49,7 +49,7 @@ void fillColumns(Reduction &reduction, int column, int columns, const Observatio
 void fillGlance(Reduction &reduction, int column, int columns, const ObservationData &data,
                 const std::vector<double> &sums, int offset, int points);
 
-/// Of all points of a row from one column up to another, as far as they are known.
+/// Statistics of all known points of a row from one column up to another.
 struct RowMoments {
     double mean = 0;
     double sigma = 0; ///< divisor: number of points

@@ -41,7 +41,7 @@ double deviationOf(std::vector<Value> &values, double median)
     return medianOf(values);
 }
 
-// Of the finite values within `reach` of the centre.
+// Takes in the finite values within `reach` of the centre.
 template <typename Value>
 double standardDeviation(const std::vector<Value> &values, double centre, double reach)
 {

@@ -34,7 +34,7 @@ struct RobustLevel {
     double spread = 0; ///< see noiseSigma()
 };
 
-/// Of the finite values; both are 0 of none.
+/// Level and spread of the finite values; both are 0 where there is none.
 ///
 /// @param scratch  any; keeps its memory for the next call
 RobustLevel robustLevel(const float *values, int count, std::vector<float> &scratch);

@@ -1,5 +1,5 @@
 #include "calc/pulsar/pulsaranalyses.h"
-#include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/runanalysis.h"
 #include "support/testmain.h"
 
 #include <QFile>
@@ -85,6 +85,8 @@ private slots:
     void formHasTheNoiseMethods();
     void commandsTakeWhatTheirAnalysesRead_data();
     void commandsTakeWhatTheirAnalysesRead();
+    void tellsAllProblemsAtOnce_data();
+    void tellsAllProblemsAtOnce();
     void everyActionIsKnownToTheProgram_data();
     void everyActionIsKnownToTheProgram();
 };
@@ -215,6 +217,51 @@ void TestPulsarAnalyses::commandsTakeWhatTheirAnalysesRead()
     QCOMPARE(offered, read);
     QVERIFY(fileText("README.md").contains("`" + command + "`") ||
             fileText("README.md").contains("zrt-batch " + command));
+}
+
+void TestPulsarAnalyses::tellsAllProblemsAtOnce_data()
+{
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<QStringList>("fields");
+    const auto row = [](const char *action, const QStringList &fields) {
+        QTest::newRow(action) << action << fields;
+    };
+    row("sumPeriod", {"module", "channel", "ray", "firstPoint"});
+    row("sumChannelsDemoNoise", {"module", "ray", "firstPoint", "dispersion"});
+    row("sumChannelsAndFourier", {"module", "ray", "firstPoint", "dispersion", "harmonicNum"});
+    row("sum4Dispersions", {"module", "ray", "firstPoint", "dispersion3"});
+    row("sumTimeDispersions",
+        {"module", "ray", "firstPoint", "dispersion", "harmonicNum", "firstPointDelta"});
+    row("createFFA", {"module", "ray", "firstPoint", "dispersion"});
+}
+
+// Everything that is wrong, in the order of the checks, without any sample.
+void TestPulsarAnalyses::tellsAllProblemsAtOnce()
+{
+    QFETCH(QString, action);
+    ObservationData header;
+    header.npoints = 40000;
+    header.modules = header.rays = 1;
+    header.channels = 33;
+    header.tresolution = 0.0125;
+    for (int band = 0; band < 33; ++band)
+        header.fbands.push_back(109 + 0.08 * band);
+    PulsarParameters parameters = findAnalysis(action)->presets;
+    QVERIFY(findProblems("showNative", header, {}).empty());
+    parameters.module = 2;
+    parameters.ray = 0;
+    parameters.channel = 34;
+    parameters.firstPoint = -1;
+    parameters.dispersion = -26;
+    parameters.dispersions[2] = -1;
+    parameters.harmonicNum = 8192;
+    parameters.startDelta = -5;
+    QStringList fields;
+    for (const FieldProblem &problem : findProblems(action, header, parameters)) {
+        fields << problem.field;
+        QVERIFY(!problem.text.isEmpty());
+    }
+    QTEST(fields, "fields");
 }
 
 void TestPulsarAnalyses::everyActionIsKnownToTheProgram_data()

@@ -1,5 +1,6 @@
 #include "calc/pulsar/pulsarcalculate.h"
 #include "calc/pulsar/pulsarcommand.h"
+#include "calc/pulsar/runanalysis.h"
 #include "data/recordingfile.h"
 
 #include <QCoreApplication>
@@ -192,8 +193,8 @@ void runOperations(const ObservationData &data)
         PulsarCalculate calculate(data, parameters);
         out() << "operations, " << variant.name << "\n";
         out() << "  ffaPoints " << calculate.ffaPoints() << "\n";
-        for (const FfaProblem &problem : calculate.findProblems())
-            out() << "  problem " << problem.parameter << ": " << problem.text << "\n";
+        for (const FieldProblem &problem : findProblems("createFFA", data, parameters))
+            out() << "  problem " << problem.field << ": " << problem.text << "\n";
         for (const int count : {1, 300, 4096}) {
             std::vector<double> sum(std::size_t(count), -7.0);
             for (const bool forward : {true, false}) {

@@ -16,14 +16,16 @@ constexpr int shortestStretch = 512;
 // The selection of the actions that work on one channel.
 bool PulsarCalculate::acceptChannelSelection()
 {
-    if (parameters.module < 1 || parameters.module > data.modules)
-        return refuse("Error of module, must be: module <" + QString::number(data.modules + 1),
-                      "module");
-    if (parameters.channel < 1 || parameters.channel > data.channels)
-        return refuse("Error of channel, must be: channels <" + QString::number(data.channels + 1),
-                      "channel");
-    if (parameters.ray < 1 || parameters.ray > data.rays)
-        return refuse("Error ray, must be: rays <" + QString::number(data.rays + 1), "ray");
+    const bool hasModule =
+        (parameters.module >= 1 && parameters.module <= data.modules) ||
+        refuse("Error of module, must be: module <" + QString::number(data.modules + 1), "module");
+    const bool hasChannel =
+        (parameters.channel >= 1 && parameters.channel <= data.channels) ||
+        refuse("Error of channel, must be: channels <" + QString::number(data.channels + 1),
+               "channel");
+    const bool hasRay =
+        (parameters.ray >= 1 && parameters.ray <= data.rays) ||
+        refuse("Error ray, must be: rays <" + QString::number(data.rays + 1), "ray");
     if (data.npoints < shortestStretch)
         return refuse("Error of data! data.npoints=" + QString::number(data.npoints));
     if (!(data.tresolution > 0) || std::isinf(data.tresolution))
@@ -40,7 +42,7 @@ bool PulsarCalculate::acceptChannelSelection()
                               "recording.\nAllowed: %2 to %3.")
                           .arg(pointText(parameters.firstPoint), pointText(0), pointText(last)),
                       "firstPoint");
-    return true;
+    return hasModule && hasChannel && hasRay;
 }
 
 // Points of a channel that an action takes: those wanted, or else a screenful for a look and all

@@ -62,7 +62,7 @@ QString humText(std::vector<MainsLine> lines)
 QStringList noiseRemarks(const FfaResult &result)
 {
     QStringList remarks;
-    // Of white noise the difference of neighbours has the noise of the series.
+    // In white noise the differences of neighbours tell the noise of the series.
     const std::vector<float> samples(result.series.begin(), result.series.end());
     const double pointNoise = Tools::robustSigma(samples.data(), int(samples.size()));
     const double slow = pointNoise / Tools::sigmaWithoutMains(result.mains);
@@ -96,41 +96,41 @@ int PulsarCalculate::ffaPoints() const
     return int(std::clamp<qint64>(left, 0, std::max(data.npoints, 0)));
 }
 
-std::vector<FfaProblem> PulsarCalculate::findProblems()
-{
-    stretch = 1; // what a first point must leave room for
-    if (!acceptSelection(parameters.dispersion) || !acceptDispersion(parameters.dispersion))
-        return {{refusedParameter, refusal}};
-    const int room = data.npoints - parameters.firstPoint - 1;
-    if (parameters.points < 0 || parameters.points > room)
-        return {{"points", QString("The recording has no %1 points after the first one.\nAllowed: "
-                                   "1 to %2.")
-                               .arg(parameters.points)
-                               .arg(room)}};
-    stretch = ffaPoints();
-    if (stretch < 1)
-        return {{"dispersion", QString("Dispersion %1 delays a band beyond the end of the "
-                                       "recording.\nNo point has every band.")
-                                   .arg(ReportText::general(parameters.dispersion))}};
-    std::vector<FfaProblem> problems =
-        Tools::findFfaProblems(parameters.ffa, stretch, data.tresolution);
-    if (!problems.empty())
-        return problems;
-    const double bytes = Tools::estimateFfa(parameters.ffa, stretch, data.tresolution).bytes;
-    constexpr double mebibyte = 1 << 20;
-    if (!hasMemoryFor(bytes))
-        problems.push_back(
-            {"period_min", QString("The search needs %1 MiB of memory, %2 MiB are "
-                                   "available.")
-                               .arg(bytes / mebibyte, 0, 'f', 0)
-                               .arg(double(availableMemory()) / mebibyte, 0, 'f', 0)});
-    return problems;
-}
-
 bool PulsarCalculate::acceptFfa()
 {
-    const std::vector<FfaProblem> problems = findProblems();
-    return problems.empty() || refuse(problems[0].text, problems[0].parameter);
+    stretch = 1; // what a first point must leave room for
+    const bool isSelected = acceptSelection(parameters.dispersion);
+    if (!acceptDispersion(parameters.dispersion) || !isSelected)
+        return false;
+    const int room = data.npoints - parameters.firstPoint - 1;
+    if (parameters.points < 0 || parameters.points > room)
+        return refuse(QString("The recording has no %1 points after the first one.\nAllowed: "
+                              "1 to %2.")
+                          .arg(parameters.points)
+                          .arg(room),
+                      "points");
+    stretch = ffaPoints();
+    if (stretch < 1)
+        return refuse(QString("Dispersion %1 delays a band beyond the end of the recording.\nNo "
+                              "point has every band.")
+                          .arg(ReportText::general(parameters.dispersion)),
+                      "dispersion");
+    for (const FieldProblem &problem :
+         Tools::findFfaProblems(parameters.ffa, stretch, data.tresolution))
+        refuse(problem.text, problem.field);
+    return refusals.empty() && acceptFfaMemory();
+}
+
+// The size of a search without other problems.
+bool PulsarCalculate::acceptFfaMemory()
+{
+    const double bytes = Tools::estimateFfa(parameters.ffa, stretch, data.tresolution).bytes;
+    constexpr double mebibyte = 1 << 20;
+    return hasMemoryFor(bytes) ||
+           refuse(QString("The search needs %1 MiB of memory, %2 MiB are available.")
+                      .arg(bytes / mebibyte, 0, 'f', 0)
+                      .arg(double(availableMemory()) / mebibyte, 0, 'f', 0),
+                  "period_min");
 }
 
 bool PulsarCalculate::createFFA()

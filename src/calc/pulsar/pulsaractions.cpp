@@ -12,8 +12,7 @@
 
 bool PulsarCalculate::validate(const QString &action)
 {
-    refusal = "";
-    refusedParameter = "";
+    refusals.clear();
     stretch = fixedPoints;
     largestDispersion = 0;
     const PulsarAnalysis *const known = findAnalysis(action);
@@ -60,8 +59,12 @@ bool PulsarCalculate::acceptCurves()
 
 bool PulsarCalculate::refuse(const QString &reason, const QString &parameter)
 {
-    refusal = reason;
-    refusedParameter = parameter;
+    const bool isKnown = !parameter.isEmpty() && std::any_of(refusals.begin(), refusals.end(),
+                                                             [&](const FieldProblem &known) {
+                                                                 return known.field == parameter;
+                                                             });
+    if (!isKnown)
+        refusals.push_back({parameter, reason});
     return false;
 }
 

@@ -45,7 +45,7 @@ public:
     /// Whether an action accepts its parameters for this recording. Nothing is computed and no
     /// sample looked at: the record may be without any.
     ///
-    /// @return false: failure() and failedParameter() say why
+    /// @return false: problems() says why
     bool validate(const QString &action);
 
     /// Which samples an action that validate() has accepted takes in.
@@ -59,20 +59,26 @@ public:
     bool run(const QString &action);
 
     const PulsarResult &result() const { return outcome; }
+    /// The result, which is gone afterwards.
+    PulsarResult takeResult() { return std::move(outcome); }
     /// Why the last action was refused, with the allowed range; empty after a success and
     /// when it was cancelled.
-    const QString &failure() const { return refusal; }
+    QString failure() const { return refusals.empty() ? QString() : refusals.front().text; }
     /// Field of PulsarParameters that the refusal concerns; empty where there is none.
-    const QString &failedParameter() const { return refusedParameter; }
+    QString failedParameter() const
+    {
+        return refusals.empty() ? QString() : refusals.front().field;
+    }
+    /// Everything for which the last action was refused, in the order of the checks. A parameter
+    /// stands for one problem, the first of it; what cannot be judged before another parameter
+    /// is right is left out.
+    const std::vector<FieldProblem> &problems() const { return refusals; }
     bool wasCancelled() const { return cancelled; }
 
     /// Points that "createFFA" takes: those wanted, or what lies between the first point and the
     /// end of the recording less the largest delay and one, so that every band is summed. Below
     /// 1 where nothing does.
     int ffaPoints() const;
-
-    /// Everything for which "createFFA" would refuse the parameters, in the order of the fields.
-    std::vector<FfaProblem> findProblems();
 
     /// Spectrum of the baseline-free sum: sum, averaging, transform.
     ///
@@ -150,13 +156,16 @@ private:
 
     bool acceptCurves();
     bool acceptFfa();
+    bool acceptFfaMemory();
     bool acceptFixedSum();
     bool acceptFold();
     bool acceptFourDispersions();
     bool acceptFourier();
     bool acceptScan();
+    bool acceptStart(double dispersion);
     bool acceptStarts();
     bool acceptSum();
+    bool acceptPlace();
     bool acceptChannelSelection();
     bool acceptSelection(double dispersion);
     bool acceptDispersion(double dispersion, const QString &parameter = "dispersion");
@@ -229,7 +238,6 @@ private:
     int stepCount = 0;
 
     PulsarResult outcome;
-    QString refusal;
-    QString refusedParameter;
+    std::vector<FieldProblem> refusals;
     std::atomic<bool> cancelled = false;
 };

@@ -69,6 +69,21 @@ std::vector<int> shiftsOf(const Tools::BandDelays &delays)
 
 } // namespace
 
+bool PulsarCalculate::Scan::fitCubic()
+{
+    cubic.resize(values.size());
+    Approximation fit(values.data(), cubic.data(), int(values.size()));
+    if (!fit.polynomial(3, true))
+        return false;
+    extrema = fit.extrema();
+    return true;
+}
+
+std::size_t PulsarCalculate::Scan::strongest() const
+{
+    return std::size_t(std::max_element(values.begin(), values.end()) - values.begin());
+}
+
 std::vector<double> PulsarCalculate::trialDispersions() const
 {
     const double top = std::max(2 * parameters.dispersion, smallestTop);
@@ -83,14 +98,17 @@ bool PulsarCalculate::acceptScan()
     const int length =
         Tools::averagedLength(fixedPoints, parameters.averageCount, parameters.withNull);
     const double top = trialDispersions().back();
-    if (!acceptSelection(top) || !acceptDispersion(parameters.dispersion) ||
-        !acceptDispersion(top) || !acceptSpectrum(length))
+    const bool isSelected = acceptSelection(top);
+    const bool isDispersion = acceptDispersion(parameters.dispersion) && acceptDispersion(top);
+    if (!acceptSpectrum(length))
         return false;
-    return (parameters.harmonicNum >= 1 && parameters.harmonicNum < length / 2) ||
-           refuse(QString("Harmonic number %1 cannot be scanned.\nAllowed: 1 to %2.")
-                      .arg(parameters.harmonicNum)
-                      .arg(length / 2 - 1),
-                  "harmonicNum");
+    const bool isHarmonic =
+        (parameters.harmonicNum >= 1 && parameters.harmonicNum < length / 2) ||
+        refuse(QString("Harmonic number %1 cannot be scanned.\nAllowed: 1 to %2.")
+                   .arg(parameters.harmonicNum)
+                   .arg(length / 2 - 1),
+               "harmonicNum");
+    return isSelected && isDispersion && isHarmonic;
 }
 
 // Axis and first lines of the report.
@@ -176,15 +194,9 @@ bool PulsarCalculate::scanDispersions(int firstPoint, int averageCount, int prog
     }
 
     fewestBands = std::min(fewestBands, scan.wholeBands);
-    scan.cubic.resize(scan.values.size());
-    Approximation fit(scan.values.data(), scan.cubic.data(), trials);
-    if (!fit.polynomial(3, true))
+    if (!scan.fitCubic())
         return refuse("The approximation by polinom 3 cannot be computed.");
-    scan.extrema = fit.extrema();
-
-    const auto top = std::max_element(scan.values.begin(), scan.values.end());
-    scan.peak = findDispersion(firstPoint, averageCount,
-                               scan.dispersions[std::size_t(top - scan.values.begin())],
+    scan.peak = findDispersion(firstPoint, averageCount, scan.dispersions[scan.strongest()],
                                scan.dispersions.back());
     return true;
 }
@@ -206,10 +218,9 @@ QString PulsarCalculate::describeScan(const Scan &scan)
         !(extrema.secondPosition > 0 && extrema.secondPosition < trials))
         text += "none within the scan\n";
 
-    const auto top = std::max_element(scan.values.begin(), scan.values.end());
     text += QString("\nMaximum:\ndisp = %1 value = %2\n")
-                .arg(scan.dispersions[std::size_t(top - scan.values.begin())], 0, 'f', 2)
-                .arg(ReportText::general(*top));
+                .arg(scan.dispersions[scan.strongest()], 0, 'f', 2)
+                .arg(ReportText::general(scan.values[scan.strongest()]));
     const Tools::DispersionPeak &peak = scan.peak;
     const bool isOutside = peak.dispersion < 0 || peak.dispersion > scan.dispersions.back();
     if (peak.unconstrained.isEmpty())

@@ -14,4 +14,9 @@ struct PulsarCalculate::Scan {
     std::vector<double> cubic;       // fit of degree 3
     Approximation::Extrema extrema;  // of the fit, positions in trials
     Tools::DispersionPeak peak;
+
+    /// Fits the values; false, with the extrema as they were, when they cannot be.
+    bool fitCubic();
+    /// Index of the trial with the highest value.
+    std::size_t strongest() const;
 };

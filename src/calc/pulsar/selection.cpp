@@ -15,35 +15,59 @@ namespace {
 
 constexpr int shortestSpectrum = 128; // points that getFourier takes at least
 
+bool hasBands(const ObservationData &data)
+{
+    return data.channels > PulsarCalculate::sumBands &&
+           int(data.fbands.size()) >= PulsarCalculate::sumBands;
+}
+
+bool hasStep(const ObservationData &data)
+{
+    return data.tresolution > 0 && !std::isinf(data.tresolution);
+}
+
 } // namespace
 
 bool PulsarCalculate::acceptFixedSum()
 {
-    return acceptSelection(parameters.dispersion) && acceptDispersion(parameters.dispersion);
+    const bool isSelected = acceptSelection(parameters.dispersion);
+    return acceptDispersion(parameters.dispersion) && isSelected;
+}
+
+// Module and ray of a sum.
+bool PulsarCalculate::acceptPlace()
+{
+    const bool hasModule = (parameters.module >= 1 && parameters.module <= data.modules) ||
+                           refuse(QString("Module %1 is not in the recording.\nAllowed: 1 to %2.")
+                                      .arg(parameters.module)
+                                      .arg(data.modules),
+                                  "module");
+    const bool hasRay = (parameters.ray >= 1 && parameters.ray <= data.rays) ||
+                        refuse(QString("Ray %1 is not in the recording.\nAllowed: 1 to %2.")
+                                   .arg(parameters.ray)
+                                   .arg(data.rays),
+                               "ray");
+    return hasModule && hasRay;
 }
 
 // Module, ray, channels, step and first point against the recording.
 bool PulsarCalculate::acceptSelection(double dispersion)
 {
-    if (parameters.module < 1 || parameters.module > data.modules)
-        return refuse(QString("Module %1 is not in the recording.\nAllowed: 1 to %2.")
-                          .arg(parameters.module)
-                          .arg(data.modules),
-                      "module");
-    if (parameters.ray < 1 || parameters.ray > data.rays)
-        return refuse(QString("Ray %1 is not in the recording.\nAllowed: 1 to %2.")
-                          .arg(parameters.ray)
-                          .arg(data.rays),
-                      "ray");
-    if (data.channels < sumBands + 1 || int(data.fbands.size()) < sumBands)
+    const bool hasPlace = acceptPlace();
+    if (!hasBands(data))
         return refuse(QString("The recording has %1 frequency bands with a known frequency; "
                               "sums need at least %2.")
                           .arg(std::min(data.channels - 1, int(data.fbands.size())))
                           .arg(sumBands));
-    if (!(data.tresolution > 0) || std::isinf(data.tresolution))
+    if (!hasStep(data))
         return refuse(QString("The passport gives a step of %1 ms (tresolution): delays and "
                               "frequencies cannot be computed.")
                           .arg(ReportText::general(data.tresolution * 1000)));
+    return acceptStart(dispersion) && hasPlace;
+}
+
+bool PulsarCalculate::acceptStart(double dispersion)
+{
     const int last = data.npoints - stretch - 1;
     if (last < 0)
         return refuse(QString("The recording has %1 points; sums need more than %2.")
@@ -116,6 +140,8 @@ bool PulsarCalculate::acceptDispersion(double dispersion, const QString &paramet
                           .arg(ReportText::general(dispersion)),
                       parameter);
     largestDispersion = std::max(largestDispersion, dispersion);
+    if (!hasBands(data) || !hasStep(data)) // which is refused by itself
+        return true;
     const Tools::BandDelays delays = bandDelays(dispersion);
     for (int band = 0; band < sumBands - 1; ++band) {
         if (!(std::abs(delays.delay(band)) < std::numeric_limits<int>::max()))

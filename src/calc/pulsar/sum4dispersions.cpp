@@ -16,14 +16,12 @@ bool PulsarCalculate::acceptFourDispersions()
     const auto &dispersions = parameters.dispersions;
     const int length =
         Tools::averagedLength(fixedPoints, parameters.averageCount, parameters.withNull);
-    if (!acceptSelection(*std::max_element(dispersions.begin(), dispersions.end())) ||
-        !acceptSpectrum(length))
-        return false;
-    for (std::size_t k = 0; k < dispersions.size(); ++k) {
-        if (!acceptDispersion(dispersions[k], QString("dispersion%1").arg(k + 1)))
-            return false;
-    }
-    return true;
+    bool isAccepted = acceptSelection(*std::max_element(dispersions.begin(), dispersions.end()));
+    isAccepted = acceptSpectrum(length) && isAccepted;
+    for (std::size_t k = 0; k < dispersions.size(); ++k)
+        isAccepted =
+            acceptDispersion(dispersions[k], QString("dispersion%1").arg(k + 1)) && isAccepted;
+    return isAccepted;
 }
 
 bool PulsarCalculate::sum4Dispersions()

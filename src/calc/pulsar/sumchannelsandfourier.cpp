@@ -76,7 +76,8 @@ bool PulsarCalculate::acceptFourier()
 {
     const int length =
         Tools::averagedLength(fixedPoints, parameters.averageCount, parameters.withNull);
-    return acceptFixedSum() && acceptSpectrum(length) && acceptHarmonic(length / 2);
+    const bool isSum = acceptFixedSum();
+    return acceptSpectrum(length) && acceptHarmonic(length / 2) && isSum;
 }
 
 bool PulsarCalculate::getFourierOfSum(double *out, int count, double dispersion, int averageCount,

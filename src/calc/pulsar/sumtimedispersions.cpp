@@ -14,11 +14,12 @@ constexpr int maxStarts = 8;
 
 bool PulsarCalculate::acceptStarts()
 {
-    return acceptScan() &&
-           (scanDelta() >= 1 ||
+    const bool isScan = acceptScan();
+    return (scanDelta() >= 1 ||
             refuse("The delta between the first points must be one point or more, or be left "
                    "empty for a sixteenth of the recording.",
-                   "firstPointDelta"));
+                   "firstPointDelta")) &&
+           isScan;
 }
 
 // Points from one first point to the next; below 1 where the typed delta cannot be used.

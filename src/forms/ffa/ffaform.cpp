@@ -8,6 +8,7 @@
 #include "calc/pulsar/pulsarcalculate.h"
 #include "calc/pulsar/pulsarcommand.h"
 #include "calc/pulsar/pulsarfields.h"
+#include "calc/pulsar/runanalysis.h"
 #include "data/truenumbers.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
@@ -136,7 +137,7 @@ void FfaForm::keyPressEvent(QKeyEvent *event)
 }
 
 // A text that is no number is a problem of its field.
-double FfaForm::readNumber(QLineEdit *field, std::vector<FfaProblem> &problems)
+double FfaForm::readNumber(QLineEdit *field, std::vector<FieldProblem> &problems)
 {
     const std::optional<double> number = Tools::typedNumber(field->text());
     if (!number)
@@ -146,7 +147,7 @@ double FfaForm::readNumber(QLineEdit *field, std::vector<FfaProblem> &problems)
     return number.value_or(0);
 }
 
-int FfaForm::readCount(QLineEdit *field, std::vector<FfaProblem> &problems)
+int FfaForm::readCount(QLineEdit *field, std::vector<FieldProblem> &problems)
 {
     const std::optional<qint64> number = Tools::typedWhole(field->text());
     if (!number)
@@ -156,7 +157,7 @@ int FfaForm::readCount(QLineEdit *field, std::vector<FfaProblem> &problems)
     return int(std::clamp(number.value_or(0), -limit, limit));
 }
 
-PulsarParameters FfaForm::readParameters(std::vector<FfaProblem> &problems)
+PulsarParameters FfaForm::readParameters(std::vector<FieldProblem> &problems)
 {
     PulsarParameters parameters;
     parameters.module = ui->module->value();
@@ -187,17 +188,17 @@ PulsarParameters FfaForm::readParameters(std::vector<FfaProblem> &problems)
 }
 
 // What is wrong with the fields; every field stands for one problem, the first of it.
-std::vector<FfaProblem> FfaForm::findProblems(PulsarParameters &parameters)
+std::vector<FieldProblem> FfaForm::findProblems(PulsarParameters &parameters)
 {
-    std::vector<FfaProblem> problems;
+    std::vector<FieldProblem> problems;
     for (const QAbstractSpinBox *box : findChildren<QAbstractSpinBox *>()) {
         if (const QString problem = Fields::problemOf(box); !problem.isEmpty())
             problems.push_back({box->objectName(), problem});
     }
     parameters = readParameters(problems);
-    for (const FfaProblem &problem : PulsarCalculate(data, parameters).findProblems()) {
+    for (const FieldProblem &problem : ::findProblems("createFFA", data, parameters)) {
         const bool isKnown = std::any_of(problems.begin(), problems.end(), [&](const auto &known) {
-            return known.parameter == problem.parameter;
+            return known.field == problem.field;
         });
         if (!isKnown)
             problems.push_back(problem);
@@ -208,7 +209,7 @@ std::vector<FfaProblem> FfaForm::findProblems(PulsarParameters &parameters)
 void FfaForm::showEstimate()
 {
     PulsarParameters parameters;
-    const std::vector<FfaProblem> problems = findProblems(parameters);
+    const std::vector<FieldProblem> problems = findProblems(parameters);
     showProblems(problems);
     const int points = PulsarCalculate(data, parameters).ffaPoints();
     ui->points->setPlaceholderText(QString::number(points));
@@ -253,7 +254,7 @@ void FfaForm::takeOffer()
 
 // Each problem below its field; those of no field, or of one without such a place, in the frame
 // of the estimate.
-void FfaForm::showProblems(const std::vector<FfaProblem> &problems)
+void FfaForm::showProblems(const std::vector<FieldProblem> &problems)
 {
     QStringList others;
     for (QLabel *label : findChildren<QLabel *>()) {
@@ -262,14 +263,14 @@ void FfaForm::showProblems(const std::vector<FfaProblem> &problems)
         const QString parameter = label->objectName().chopped(problemSuffix.size());
         const auto problem =
             std::find_if(problems.begin(), problems.end(),
-                         [&](const FfaProblem &p) { return p.parameter == parameter; });
+                         [&](const FieldProblem &p) { return p.field == parameter; });
         const bool fails = problem != problems.end();
         label->setText(fails ? problem->text : QString());
         label->setVisible(fails);
         FieldStyles::setStyle(findChild<QWidget *>(parameter), fails ? FieldStyles::failing : "");
     }
-    for (const FfaProblem &problem : problems) {
-        if (!findChild<QLabel *>(problem.parameter + problemSuffix))
+    for (const FieldProblem &problem : problems) {
+        if (!findChild<QLabel *>(problem.field + problemSuffix))
             others << problem.text;
     }
     if (!problems.empty())
@@ -286,7 +287,7 @@ void FfaForm::copyCommand()
         return;
     }
     PulsarParameters parameters;
-    const std::vector<FfaProblem> problems = findProblems(parameters);
+    const std::vector<FieldProblem> problems = findProblems(parameters);
     showProblems(problems);
     if (problems.empty())
         QGuiApplication::clipboard()->setText(ffaCommand(parameters, recordingPath));
@@ -302,10 +303,10 @@ void FfaForm::focusField(const QString &name)
 void FfaForm::search()
 {
     PulsarParameters parameters;
-    const std::vector<FfaProblem> problems = findProblems(parameters);
+    const std::vector<FieldProblem> problems = findProblems(parameters);
     if (!problems.empty()) {
         showProblems(problems);
-        focusField(problems[0].parameter);
+        focusField(problems[0].field);
         return;
     }
     const SwitchedRecording recording =
@@ -331,8 +332,9 @@ void FfaForm::takeOutcome(const std::shared_ptr<const FfaSearchOutcome> &outcome
                           const Searched &request)
 {
     if (!outcome->result.ffa) {
-        focusField(outcome->failedParameter);
-        showError(this, outcome->failure.section('\n', 0, 0), outcome->failure.section('\n', 1));
+        focusField(outcome->problem.field);
+        showError(this, outcome->problem.text.section('\n', 0, 0),
+                  outcome->problem.text.section('\n', 1));
         return;
     }
     if (outcome->seconds > measurable)

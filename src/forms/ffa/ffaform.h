@@ -60,11 +60,11 @@ private:
     void showEstimate();
     void showWholeFactors(const FfaParameters *ffa, int points);
     void takeOffer();
-    PulsarParameters readParameters(std::vector<FfaProblem> &problems);
-    double readNumber(QLineEdit *field, std::vector<FfaProblem> &problems);
-    int readCount(QLineEdit *field, std::vector<FfaProblem> &problems);
-    std::vector<FfaProblem> findProblems(PulsarParameters &parameters);
-    void showProblems(const std::vector<FfaProblem> &problems);
+    PulsarParameters readParameters(std::vector<FieldProblem> &problems);
+    double readNumber(QLineEdit *field, std::vector<FieldProblem> &problems);
+    int readCount(QLineEdit *field, std::vector<FieldProblem> &problems);
+    std::vector<FieldProblem> findProblems(PulsarParameters &parameters);
+    void showProblems(const std::vector<FieldProblem> &problems);
     void focusField(const QString &name);
     void takeOutcome(const std::shared_ptr<const FfaSearchOutcome> &outcome,
                      const Searched &request);

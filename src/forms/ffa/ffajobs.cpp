@@ -1,6 +1,6 @@
 #include "forms/ffa/ffajobs.h"
 
-#include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/runanalysis.h"
 
 #include <QElapsedTimer>
 
@@ -13,21 +13,17 @@ constexpr int searchShare = 90; // percent of the whole; the rest is for candida
 FfaSearchOutcome searchFfa(const FfaSearchRequest &request, const Jobs::Control &control)
 {
     FfaSearchOutcome outcome;
-    PulsarCalculate calculate(request.data, request.parameters);
-    QObject::connect(&calculate, &PulsarCalculate::progress, [&](int percent) {
-        control.progress(percent * searchShare / 100);
-        if (control.isStopped())
-            calculate.cancel();
-    });
+    Jobs::Control ofSearch = control;
+    ofSearch.progress = [&control](int percent) { control.progress(percent * searchShare / 100); };
     QElapsedTimer time;
     time.start();
-    const bool isDone = calculate.run("createFFA");
+    AnalysisOutcome search = runAnalysis("createFFA", request.data, request.parameters, ofSearch);
     outcome.seconds = double(time.nsecsElapsed()) * 1e-9;
-    outcome.failure = calculate.failure();
-    outcome.failedParameter = calculate.failedParameter();
-    if (!isDone)
+    if (!search.problems.empty())
+        outcome.problem = search.problems.front();
+    if (!search.isWhole())
         return outcome;
-    outcome.result = calculate.result();
+    outcome.result = std::move(search.result);
     outcome.candidates = Tools::findCandidates(
         *outcome.result.ffa, request.threshold, request.mostCandidates, [&](int percent) {
             control.progress(searchShare + percent * (100 - searchShare) / 100);

@@ -20,9 +20,8 @@ struct FfaSearchRequest {
 struct FfaSearchOutcome {
     PulsarResult result; ///< of "createFFA"; its `ffa` is null where the search failed
     std::vector<FfaCandidate> candidates;
-    QString failure;         ///< why it was refused; empty after a success
-    QString failedParameter; ///< field that the refusal concerns; empty where there is none
-    double seconds = 0;      ///< that the search took
+    FieldProblem problem; ///< why it was refused; without a text after a success
+    double seconds = 0;   ///< that the search took
 };
 
 /// Searches a recording. What a stopped search returns is of no use.

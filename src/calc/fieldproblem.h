@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QString>
+
+/// Why an analysis refuses its parameters.
+struct FieldProblem {
+    QString field; ///< name of the parameter's field in the form; empty where it concerns none
+    QString text;  ///< what is wrong and what is allowed
+};
