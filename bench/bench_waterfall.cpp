@@ -1,3 +1,4 @@
+#include "calc/banddelays.h"
 #include "calc/channelsum.h"
 #include "calc/levelsteps.h"
 #include "calc/waterfall.h"
@@ -54,8 +55,10 @@ void averagingStraight(benchmark::State &state)
     std::vector<float> picture(std::size_t(data.channels - 1) * std::size_t(part.columns));
     for (auto _ : state) {
         for (int band = 0; band < data.channels - 1; ++band) {
-            const int shift = Tools::wholeRecordingShift(Tools::dispersionDelay(
-                data.fbands[std::size_t(band)], data.fbands.back(), 474.8, data.tresolution));
+            const int shift = int(Tools::roundedDelay(
+                Tools::dispersionDelay(data.fbands[std::size_t(band)], data.fbands.back(), 474.8,
+                                       data.tresolution),
+                Tools::ShiftRounding::WholeRecording));
             int begin = 0;
             for (int i = 0; i < part.columns; ++i) {
                 const int end = int(qint64(i + 1) * part.count / part.columns);

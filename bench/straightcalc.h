@@ -1,6 +1,6 @@
 #pragma once
 
-#include "calc/channelsum.h"
+#include "calc/banddelays.h"
 
 #include <algorithm>
 #include <cmath>
@@ -20,9 +20,10 @@ inline std::vector<double> straightSum(const ObservationData &data, double dispe
     for (int i = 0; i < data.npoints; ++i)
         sums.push_back(double(data.samples[module][reference][ray][i]));
     for (int c = reference - 1; c >= 0; --c) {
-        const int shift = Tools::wholeRecordingShift(
+        const int shift = int(Tools::roundedDelay(
             Tools::dispersionDelay(data.fbands[std::size_t(c)], data.fbands[std::size_t(reference)],
-                                   dispersion, data.tresolution));
+                                   dispersion, data.tresolution),
+            Tools::ShiftRounding::WholeRecording));
         for (int i = 0; i < data.npoints; ++i) {
             int j = i + shift;
             while (j >= data.npoints)

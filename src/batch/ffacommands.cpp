@@ -2,6 +2,7 @@
 #include "batch/ffawork.h"
 #include "batch/inputlist.h"
 #include "batch/mergework.h"
+#include "calc/pulsar/pulsarfields.h"
 
 #include <cmath>
 #include <memory>
@@ -114,26 +115,39 @@ void addRayLists(CLI::App &command, FfaArguments &arguments)
     add("ray", arguments.rays, arguments.rayNumbers);
 }
 
+// The option of a parameter of the search, with what the field says of it.
+template <typename Value>
+CLI::Option *addField(CLI::App &command, const char *option, Value &value)
+{
+    const PulsarField &field = pulsarField(option);
+    return command.add_option(option, value, field.help.toStdString())
+        ->type_name(field.value.toStdString());
+}
+
+CLI::Option *addSwitch(CLI::App &command, const char *option, bool &value)
+{
+    return command.add_flag(option, value, pulsarField(option).help.toStdString());
+}
+
+void addNoise(CLI::App &command, std::string &noise)
+{
+    std::vector<std::string> methods;
+    for (const FieldChoice &choice : pulsarField("--noise").choices)
+        methods.push_back(choice.value.toStdString());
+    addField(command, "--noise", noise)->capture_default_str()->check(CLI::IsMember(methods));
+}
+
 void addSearchOptions(CLI::App &command, FfaRequest &request)
 {
-    command.add_option("--period-min", request.periodMin, "Shortest period, s.")
-        ->type_name("SECONDS");
-    command.add_option("--period-max", request.periodMax, "Longest period, s.")
-        ->type_name("SECONDS");
-    command.add_option("--bins-min", request.binsMin, "Fewest phase bins of a fold.")
-        ->type_name("N");
-    command.add_option("--bins-max", request.binsMax, "Most phase bins of a fold.")->type_name("N");
-    command
-        .add_option("--ducy-max", request.ducyMax, "Largest part of a period that a pulse fills.")
-        ->type_name("PART");
-    command.add_option("--wtsp", request.wtsp, "Growth from one width to the next.")
-        ->type_name("FACTOR");
-    command.add_option("--fpmin", request.fewestPeriods, "Fewest periods in the series.")
-        ->type_name("N");
-    command.add_option("--rmed-width", request.medianWidth, "Window of the running median, s.")
-        ->type_name("SECONDS");
-    command.add_option("--rmed-minpts", request.medianPoints, "Points of that window.")
-        ->type_name("N");
+    addField(command, "--period-min", request.periodMin);
+    addField(command, "--period-max", request.periodMax);
+    addField(command, "--bins-min", request.binsMin);
+    addField(command, "--bins-max", request.binsMax);
+    addField(command, "--ducy-max", request.ducyMax);
+    addField(command, "--wtsp", request.wtsp);
+    addField(command, "--fpmin", request.fewestPeriods);
+    addField(command, "--rmed-width", request.medianWidth);
+    addField(command, "--rmed-minpts", request.medianPoints);
 }
 
 void addFfa(CLI::App &app, Chosen &chosen)
@@ -174,17 +188,11 @@ void addFfa(CLI::App &app, Chosen &chosen)
                      "Points of the series. Default: all that have every band.")
         ->type_name("N")
         ->check(CLI::Range(1, 2147483647));
-    command
-        ->add_option("--noise", arguments->noise,
-                     "Base line that is taken off: polinom5, median, backSum or without.")
-        ->type_name("METHOD")
-        ->capture_default_str()
-        ->check(CLI::IsMember({"polinom5", "median", "backSum", "without"}));
-    command->add_flag("--normalise", request.normalise,
-                      "Divide by the standard deviation once the base line is off.");
-    command->add_flag("--delete-step", request.deleteStep, "Take jumps of the level out first.");
+    addNoise(*command, arguments->noise);
+    addSwitch(*command, "--normalise", request.normalise);
+    addSwitch(*command, "--delete-step", request.deleteStep);
     addSearchOptions(*command, request);
-    command->add_flag("--no-deredden", arguments->noDeredden, "Do not subtract a running median.");
+    addSwitch(*command, "--no-deredden", arguments->noDeredden);
     command
         ->add_option("--threshold", request.threshold,
                      "True S/N from which on candidates are listed.")

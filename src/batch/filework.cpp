@@ -186,7 +186,7 @@ Failure exportSeries(const ExportRequest &request, const QString &key, Recording
     SampleReadingHooks hooks;
     hooks.keepAlive = [&control] { return !control.isStopped(); };
     const Tools::StretchSum sum =
-        Tools::sumChannels(file, request.dispersion, request.module - 1, request.ray - 1, 0,
+        Tools::sumStretch(file, request.dispersion, request.module - 1, request.ray - 1, 0,
                            file.header().npoints, hooks);
     if (!sum.whole())
         return sum.end() == StretchEnd::Refused ? Failure{ExitCode::BadData, sum.reason()}

@@ -2,6 +2,7 @@
 
 #include "calc/pulsar/axislines.h"
 #include "calc/pulsar/computedon.h"
+#include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/pulsarcalculate.h"
 #include "forms/pulsar/pulsartexts.h"
 
@@ -135,52 +136,60 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
     return {};
 }
 
+// A parameter as a header has it; a count of 0 stands for what the action takes by itself.
+QString headerText(const PulsarField &field, const FieldValue &value, bool onChannel)
+{
+    QString text;
+    if (const bool *const is = std::get_if<bool>(&value))
+        text = *is ? "yes" : "no";
+    else if (const QString *const given = std::get_if<QString>(&value))
+        text = *given;
+    else if (const int *const whole = std::get_if<int>(&value))
+        text = QString::number(*whole);
+    else if (const double *const number = std::get_if<double>(&value))
+        text = numberText(*number);
+    else {
+        QStringList numbers;
+        for (const double one : std::get<std::array<double, 4>>(value))
+            numbers << numberText(one);
+        text = numbers.join(' ');
+    }
+    if (field.option == "--count" && text == "0")
+        text = onChannel ? QString("all") : QString::number(PulsarCalculate::fixedPoints);
+    return field.unit.isEmpty() ? text : text + " " + field.unit;
+}
+
+bool isRecorded(const PulsarField &field, const PulsarAnalysis &analysis)
+{
+    switch (field.recorded) {
+    case Recorded::Always:
+        return true;
+    case Recorded::OfSums:
+        return !analysis.onChannel;
+    case Recorded::WhereRead:
+        return analysis.reads(field);
+    default:
+        return false;
+    }
+}
+
 std::vector<HeaderLine> parameterLines(const PulsarRequest &request)
 {
     const PulsarParameters &given = request.parameters;
-    const QString &action = request.action;
-    const auto yesNo = [](bool is) { return QString(is ? "yes" : "no"); };
+    const PulsarAnalysis &analysis = *findAnalysis(request.action);
     const auto placeOr = [](const QString &what, int place, const std::optional<int> &number) {
         return number ? HeaderLine{what + "_number", QString::number(*number)}
                       : HeaderLine{what + "_place", QString::number(place)};
     };
-    std::vector<HeaderLine> lines = {{"action", action},
+    std::vector<HeaderLine> lines = {{"action", request.action},
                                      placeOr("module", given.module, request.moduleNumber),
                                      placeOr("ray", given.ray, request.rayNumber)};
-    if (worksOnChannel(action)) {
-        lines.push_back({"channel", QString::number(given.channel)});
-        lines.push_back({"count", given.points > 0 ? QString::number(given.points) : "all"});
-    } else {
-        lines.push_back({"dispersion", numberText(given.dispersion) + " pc/cm^3"});
-        lines.push_back(
-            {"count",
-             QString::number(given.points > 0 ? given.points : PulsarCalculate::fixedPoints)});
+    const QString otherStart = given.startTime.isEmpty() ? "--utc" : "--first-point";
+    for (const PulsarField &field : pulsarFields()) {
+        if (isRecorded(field, analysis) && field.option != otherStart)
+            lines.push_back(
+                {field.key, headerText(field, field.valueIn(given), analysis.onChannel)});
     }
-    if (!given.startTime.isEmpty())
-        lines.push_back({"start_utc", given.startTime});
-    else
-        lines.push_back({"start_point", QString::number(given.firstPoint)});
-    if (action == "sumPeriod" || action == "sumChannelsAndFourier" || request.command == "dmscan")
-        lines.push_back({"period", numberText(given.period) + " s"});
-    lines.push_back({"noise", given.noise});
-    lines.push_back({"normalise", yesNo(given.normalise)});
-    lines.push_back({"deduct", yesNo(given.deductNoise)});
-    lines.push_back({"delete_step", yesNo(given.deleteStep)});
-    if (!worksOnChannel(action)) {
-        lines.push_back({"average", QString::number(given.averageCount)});
-        lines.push_back({"with_null", yesNo(given.withNull)});
-        lines.push_back({"harmonic", QString::number(given.harmonicNum)});
-    }
-    if (action == "sumChannelsAndFourier")
-        lines.push_back({"sigma", QString::number(given.sigmaMultiple)});
-    if (action == "sum4Dispersions") {
-        QStringList dispersions;
-        for (const double dispersion : given.dispersions)
-            dispersions << numberText(dispersion);
-        lines.push_back({"dispersions", dispersions.join(' ') + " pc/cm^3"});
-    }
-    if (action == "sumTimeDispersions")
-        lines.push_back({"delta", numberText(given.startDelta) + " points"});
     return lines;
 }
 

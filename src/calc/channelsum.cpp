@@ -2,18 +2,16 @@
 
 #include "base/debugline.h"
 #include "base/targetclones.h"
+#include "calc/banddelays.h"
 
 #include <algorithm>
 #include <array>
-#include <cmath>
-#include <limits>
 
 namespace Tools {
 
 namespace {
 
 constexpr double minTimeResolution = 0.00001; // s
-constexpr double minFrequency = 0.0001;       // MHz
 
 // Points summed over all bands before the next points are touched: the sums stay in the
 // cache, and a band is still read in runs long enough for the processor's prefetcher.
@@ -99,13 +97,6 @@ void addCircular(const ShiftedBand *bands, int bandCount, int first, double *sum
     }
 }
 
-// `shift` brought into 0 .. npoints - 1.
-int wrapped(int shift, int npoints)
-{
-    const int rest = shift % npoints;
-    return rest < 0 ? rest + npoints : rest;
-}
-
 bool isRefused(const ObservationData &data, int module, int ray)
 {
     if (data.npoints < 1)
@@ -129,54 +120,21 @@ bool isRefused(const ObservationData &data, int module, int ray)
 
 } // namespace
 
-bool areFrequencies(const std::vector<double> &fbands, int bands)
-{
-    return fbands.size() >= std::size_t(bands) &&
-           std::all_of(fbands.begin(), fbands.begin() + bands,
-                       [](double frequency) { return frequency >= minFrequency; });
-}
-
-double dispersionDelay(double frequency, double reference, double dispersion, double tresolution)
-{
-    return ((1 / frequency) / frequency - (1 / reference) / reference) * dispersionConstant *
-           dispersion / tresolution;
-}
-
-bool isShift(double delay)
-{
-    return std::abs(delay) <= std::numeric_limits<int>::max();
-}
-
-int wholeRecordingShift(double delay)
-{
-    const int shift = int(delay);
-    return std::abs(delay - shift) > 0.5 ? shift + 1 : shift;
-}
-
-int stretchShift(double delay)
-{
-    return int(std::round(delay));
-}
-
 std::vector<double> sumChannels(const ObservationData &data, double dispersion, int module, int ray)
 {
     if (isRefused(data, module, ray))
         return {};
 
     const int reference = data.channels - 2;
-    const double referenceFrequency = data.fbands[std::size_t(reference)];
+    const BandDelays delays(data, reference + 1, dispersion, ShiftRounding::WholeRecording);
+    if (const int bad = delays.highestWithoutShift(); bad >= 0) {
+        debugLine("Tools::sumChannels(): bad delay=", delays.delay(bad), " channel=", bad);
+        return {};
+    }
     std::vector<ShiftedBand> bands; // in the order of their addition
     bands.reserve(std::size_t(reference));
-    for (int c = reference - 1; c >= 0; --c) {
-        const double delay = dispersionDelay(data.fbands[std::size_t(c)], referenceFrequency,
-                                             dispersion, data.tresolution);
-        if (!isShift(delay)) {
-            debugLine("Tools::sumChannels(): bad delay=", delay, " channel=", c);
-            return {};
-        }
-        bands.push_back(
-            {data.samples[module][c][ray], wrapped(wholeRecordingShift(delay), data.npoints)});
-    }
+    for (int c = reference - 1; c >= 0; --c)
+        bands.push_back({data.samples[module][c][ray], delays.wrapped(c, data.npoints)});
 
     const float *const unshifted = data.samples[module][reference][ray];
     std::vector<double> sums;

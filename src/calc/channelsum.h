@@ -6,35 +6,6 @@
 
 namespace Tools {
 
-/// Dispersion constant, s MHz^2 cm^3/pc: one unit in the last place below the double
-/// nearest to 4148.8. Stored sums were made with these bits.
-inline constexpr double dispersionConstant = 0x1.034ccccccccccp+12;
-
-/// Delay, in samples, of a band against the reference band: positive when the band is the
-/// lower of the two and its signal arrives later.
-///
-/// @param frequency, reference  MHz
-/// @param dispersion            pc/cm^3
-/// @param tresolution           s
-double dispersionDelay(double frequency, double reference, double dispersion, double tresolution);
-
-/// True when the first `bands` values are there and each is a frequency (at least 0.0001 MHz).
-bool areFrequencies(const std::vector<double> &fbands, int bands);
-
-/// True when the delay, in samples, is a number that a whole shift can hold: at most 2^31 - 1
-/// either way. The two roundings below trust that it is.
-bool isShift(double delay);
-
-/// The delay as a shift of whole samples for sums over a whole recording: truncated toward
-/// zero, then one more when the rest exceeds a half. Halves of positive delays go down;
-/// for negative delays the correction goes toward plus (-2.7 gives -1). Every caller relies
-/// on these shifts.
-int wholeRecordingShift(double delay);
-
-/// The delay as a shift of whole samples for sums over a stretch: nearest, halves away from
-/// zero.
-int stretchShift(double delay);
-
 /// Sums the frequency bands of one module and ray, each band shifted back by the
 /// delay `dispersion` gives it against the last band. Shifts wrap round the end
 /// of the recording, so every sum has a term from every band.

@@ -36,12 +36,6 @@ QString number(double value)
     return QString::number(value, 'g', 5);
 }
 
-// The engine's texts begin with the name of the parameter, the last of them after two words.
-QString parameterOf(const QString &message)
-{
-    return message.mid(message.startsWith("Must have: ") ? 11 : 0).section(' ', 0, 0);
-}
-
 // Standard deviations that differ by less count as one: a search has up to some ten thousand
 // downsamplings with as many widths, and the maximum does not tell them apart.
 constexpr double sigmaStep = 1.0 / 1024;
@@ -174,11 +168,11 @@ std::vector<FfaProblem> findFfaProblems(const FfaParameters &ffa, int points, do
         if (!isKnown)
             problems.push_back({parameter, text});
     };
-    const QString refusal =
-        Ffa::validateParameters(quint64(std::max(points, 0)), tsamp, ffa.period_min, ffa.period_max,
-                                ffa.bins_min, ffa.bins_max);
-    if (!refusal.isEmpty())
-        refuse(parameterOf(refusal), refusal);
+    const Ffa::Refusal refusal =
+        Ffa::findRefusal(quint64(std::max(points, 0)), tsamp, ffa.period_min, ffa.period_max,
+                         ffa.bins_min, ffa.bins_max);
+    if (!refusal.text.isEmpty())
+        refuse(refusal.parameter, refusal.text);
     const double length = points * tsamp;
     if (ffa.fpmin < 1)
         refuse("fpmin", "fpmin must be > 0");

@@ -1,10 +1,10 @@
 #include "calc/stretchsum.h"
 
+#include "calc/banddelays.h"
 #include "calc/channelsum.h"
 #include "calc/finitesamples.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace Tools {
 
@@ -14,17 +14,12 @@ DelayReach delayReach(const ObservationData &header, double dispersion)
     const int reference = header.channels - 2;
     if (reference < 0 || !areFrequencies(header.fbands, reference + 1))
         return reach;
-    const auto limited = [&header](int shift) { return std::min(shift, header.npoints); };
-    for (int c = 0; c < reference; ++c) {
-        const double delay =
-            dispersionDelay(header.fbands[std::size_t(c)], header.fbands[std::size_t(reference)],
-                            dispersion, header.tresolution);
-        if (!isShift(delay)) // of NaN too
-            return {};
-        const int shift = wholeRecordingShift(delay);
-        reach.after = std::max(reach.after, limited(shift));
-        reach.before = std::max(reach.before, limited(-shift));
-    }
+    const BandDelays delays(header, reference + 1, dispersion, ShiftRounding::WholeRecording);
+    if (delays.highestWithoutShift() >= 0)
+        return reach;
+    const double most = header.npoints;
+    reach.before = int(std::min(delays.longestEarlier(), most));
+    reach.after = int(std::min(delays.longestLater(), most));
     return reach;
 }
 
@@ -37,8 +32,8 @@ StretchSum refused(const RecordingFile &file, const QString &reason)
 
 } // namespace
 
-StretchSum sumChannels(RecordingFile &file, double dispersion, int module, int ray, int first,
-                       int count, const SampleReadingHooks &hooks)
+StretchSum sumStretch(RecordingFile &file, double dispersion, int module, int ray, int first,
+                      int count, const SampleReadingHooks &hooks)
 {
     const int points = file.completePoints();
     if (first < 0 || count < 1 || qint64(first) + count > points)

@@ -12,7 +12,7 @@ struct DelayReach {
     int after = 0;
 };
 
-/// How far the bands are shifted by sumChannels(), at most a whole recording.
+/// How far the bands are shifted by sumStretch(), at most a whole recording.
 ///
 /// @param header  of the whole recording or of a part of it; fbands, channels, tresolution
 /// @return nothing reaches out where a frequency or the step is no usable number: sumChannels()
@@ -31,7 +31,7 @@ using StretchSum = StretchResult<SeriesOfStretch>;
 /// read; where they reach beyond the end of the recording they go on at its beginning. Samples
 /// that are no finite numbers count as the median of what was read of their band; a band without
 /// any finite one is refused.
-StretchSum sumChannels(RecordingFile &file, double dispersion, int module, int ray, int first,
-                       int count, const SampleReadingHooks &hooks = {});
+StretchSum sumStretch(RecordingFile &file, double dispersion, int module, int ray, int first,
+                      int count, const SampleReadingHooks &hooks = {});
 
 } // namespace Tools

@@ -1,12 +1,13 @@
 #include "calc/waterfall.h"
 
 #include "base/targetclones.h"
-#include "calc/channelsum.h"
+#include "calc/banddelays.h"
 #include "calc/robuststatistics.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
 
 namespace Tools {
 
@@ -84,16 +85,13 @@ std::vector<float> waterfall(const ObservationData &data, const WaterfallPart &p
     if (!isWithin(data, part) || (isShifted && !areFrequencies(data.fbands, bands)))
         return {};
     std::vector<float> picture(std::size_t(bands) * std::size_t(part.columns));
+    std::optional<BandDelays> delays;
+    if (isShifted)
+        delays.emplace(data, bands, part.dispersion, ShiftRounding::WholeRecording);
     for (int band = 0; band < bands; ++band) {
-        int shift = 0;
-        if (isShifted) {
-            const double delay =
-                dispersionDelay(data.fbands[std::size_t(band)], data.fbands[std::size_t(bands - 1)],
-                                part.dispersion, data.tresolution);
-            if (!isShift(delay))
-                return {};
-            shift = wholeRecordingShift(delay);
-        }
+        if (delays && !delays->isShift(band))
+            return {};
+        const int shift = delays ? delays->shift(band) : 0;
         const qint64 begin = (qint64(part.first) + shift) % data.npoints;
         averageRow(data.samples[part.module][band][part.ray], data.npoints,
                    int(begin < 0 ? begin + data.npoints : begin), part,

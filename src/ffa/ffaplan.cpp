@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <stdexcept>
 
 namespace Ffa {
@@ -14,24 +15,30 @@ namespace {
 
 constexpr double maxInt32 = std::numeric_limits<qint32>::max();
 
+// A failed check: which parameter, and the message.
+struct FailedCheck {
+    const char *parameter;
+    const char *message;
+};
+
 // Every check but the one of the shortest period. The comparisons are written so that a NaN
 // fails them.
-const char *failedRangeCheck(quint64 size, double tsamp, double period_min, double period_max,
-                             qint32 bins_min, qint32 bins_max)
+std::optional<FailedCheck> failedRangeCheck(quint64 size, double tsamp, double period_min,
+                                            double period_max, qint32 bins_min, qint32 bins_max)
 {
     if (size == 0)
-        return "size must be > 0";
+        return FailedCheck{"size", "size must be > 0"};
     if (!(tsamp > 0))
-        return "tsamp must be > 0";
+        return FailedCheck{"tsamp", "tsamp must be > 0"};
     if (!(period_min > 0))
-        return "period_min must be > 0";
+        return FailedCheck{"period_min", "period_min must be > 0"};
     if (!(period_min < period_max))
-        return "period_max must be > period_min";
+        return FailedCheck{"period_max", "period_max must be > period_min"};
     if (bins_min <= 1)
-        return "bins_min must be > 1";
+        return FailedCheck{"bins_min", "bins_min must be > 1"};
     if (bins_min > bins_max)
-        return "bins_max must be >= bins_min";
-    return nullptr;
+        return FailedCheck{"bins_max", "bins_max must be >= bins_min"};
+    return std::nullopt;
 }
 
 // Counts up to here are exact in a double; no series is longer.
@@ -68,27 +75,33 @@ std::vector<qint32> trialWidths(qint32 bins_min, double ducy_max, double wtsp)
     return widths;
 }
 
+Refusal findRefusal(quint64 size, double tsamp, double period_min, double period_max,
+                    qint32 bins_min, qint32 bins_max)
+{
+    if (const auto failed =
+            failedRangeCheck(size, tsamp, period_min, period_max, bins_min, bins_max))
+        return {QString::fromLatin1(failed->parameter), QString::fromLatin1(failed->message)};
+    const double shortest = bins_min * tsamp;
+    if (shortest > period_min)
+        return {"period_min", QStringLiteral("Must have: period_min >= tsamp * bins_min (%1*%2=%3)")
+                                  .arg(tsamp)
+                                  .arg(bins_min)
+                                  .arg(shortest)};
+    return {};
+}
+
 QString validateParameters(quint64 size, double tsamp, double period_min, double period_max,
                            qint32 bins_min, qint32 bins_max)
 {
-    if (const char *const message =
-            failedRangeCheck(size, tsamp, period_min, period_max, bins_min, bins_max))
-        return QString::fromLatin1(message);
-    const double shortest = bins_min * tsamp;
-    if (shortest > period_min)
-        return QStringLiteral("Must have: period_min >= tsamp * bins_min (%1*%2=%3)")
-            .arg(tsamp)
-            .arg(bins_min)
-            .arg(shortest);
-    return {};
+    return findRefusal(size, tsamp, period_min, period_max, bins_min, bins_max).text;
 }
 
 void requireParameters(quint64 size, double tsamp, double period_min, double period_max,
                        qint32 bins_min, qint32 bins_max)
 {
-    if (const char *const message =
+    if (const auto failed =
             failedRangeCheck(size, tsamp, period_min, period_max, bins_min, bins_max))
-        throw std::invalid_argument(message);
+        throw std::invalid_argument(failed->message);
     if (bins_min * tsamp > period_min)
         throw std::invalid_argument("Must have: period_min >= tsamp * bins_min");
 }

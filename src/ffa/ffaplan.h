@@ -24,10 +24,20 @@ inline constexpr int maxTrialWidths = 1 << 22;
 ///         maxTrialWidths
 std::vector<qint32> trialWidths(qint32 bins_min, double ducy_max, double wtsp);
 
+/// Why a search is refused.
+struct Refusal {
+    QString parameter; ///< name of the one that fails; empty when all is well
+    QString text;
+};
+
 /// Checks the parameters of a search; the first failure decides. What is not a number counts
 /// as out of range. An infinite `period_max` is allowed: the search goes as far as the data.
 ///
-/// @return the message, empty when all is well
+/// @return the parameter that fails and the message; both empty when all is well
+Refusal findRefusal(quint64 size, double tsamp, double period_min, double period_max,
+                    qint32 bins_min, qint32 bins_max);
+
+/// The message of findRefusal().
 QString validateParameters(quint64 size, double tsamp, double period_min, double period_max,
                            qint32 bins_min, qint32 bins_max);
 

@@ -1,6 +1,6 @@
 #include "simulator/simulation.h"
 
-#include "calc/channelsum.h"
+#include "calc/banddelays.h"
 
 #include <cmath>
 
@@ -229,7 +229,7 @@ double lag(const Simulation &simulation, int band, double dispersion)
 {
     const double f = simulation.fbands[std::size_t(band)];
     const double reference = simulation.fbands.back();
-    return Tools::dispersionConstant * dispersion * ((1 / f) / f - (1 / reference) / reference);
+    return Tools::dispersionConstant * dispersion * Tools::inverseSquares(f, reference);
 }
 
 qint64 floatsPerPoint(const Simulation &simulation)

@@ -1,3 +1,4 @@
+#include "calc/banddelays.h"
 #include "calc/channelsum.h"
 #include "calc/samples.h"
 #include "straightcalc.h"
@@ -54,9 +55,8 @@ void TestChannelSum::shiftRounding_data()
 void TestChannelSum::shiftRounding()
 {
     QFETCH(double, delay);
-    QVERIFY(Tools::isShift(delay));
-    QTEST(Tools::wholeRecordingShift(delay), "wholeRecording");
-    QTEST(Tools::stretchShift(delay), "stretch");
+    QTEST(int(Tools::roundedDelay(delay, Tools::ShiftRounding::WholeRecording)), "wholeRecording");
+    QTEST(int(Tools::roundedDelay(delay, Tools::ShiftRounding::Nearest)), "stretch");
 }
 
 void TestChannelSum::equalsStraightSum_data()

@@ -1,4 +1,4 @@
-#include "calc/channelsum.h"
+#include "calc/banddelays.h"
 #include "calc/dispersionpeak.h"
 #include "support/testmain.h"
 

@@ -1,5 +1,5 @@
 #include "calc/actions.h"
-#include "calc/channelsum.h"
+#include "calc/banddelays.h"
 #include "calc/pulsar/computedon.h"
 
 #include <random>

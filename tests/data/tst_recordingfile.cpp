@@ -314,12 +314,12 @@ void TestRecordingFile::delayedSumEqualsThatOfTheWhole()
     const std::vector<double> whole =
         Tools::sumChannels(TestSupport::makeRecording(shape, rough), dispersion, 2, 3);
     for (const auto &[first, count] : {std::pair(0, 1003), {0, 10}, {400, 91}, {900, 103}}) {
-        const Tools::StretchSum part = Tools::sumChannels(file, dispersion, 2, 3, first, count);
+        const Tools::StretchSum part = Tools::sumStretch(file, dispersion, 2, 3, first, count);
         QVERIFY2(part.whole(), qPrintable(part.reason()));
         QCOMPARE(part.whole()->sums,
                  std::vector<double>(whole.begin() + first, whole.begin() + first + count));
     }
-    QVERIFY(Tools::sumChannels(file, dispersion, 2, 3, 1000, 4).end() == StretchEnd::Refused);
+    QVERIFY(Tools::sumStretch(file, dispersion, 2, 3, 1000, 4).end() == StretchEnd::Refused);
 }
 
 void TestRecordingFile::delayedSumOfDamagedSamples()
@@ -330,7 +330,7 @@ void TestRecordingFile::delayedSumOfDamagedSamples()
     };
     const QByteArray bytes = TestSupport::recordingBytes(shape, holed);
     QVERIFY(file.open(write(bytes)));
-    const Tools::StretchSum sum = Tools::sumChannels(file, 0, 0, 2, 0, 1003);
+    const Tools::StretchSum sum = Tools::sumStretch(file, 0, 0, 2, 0, 1003);
     QVERIFY2(sum.whole(), qPrintable(sum.reason()));
     QCOMPARE(sum.whole()->remark,
              QString("3 samples are no finite numbers: channel 4 at points 100 to 102."));
@@ -341,13 +341,13 @@ void TestRecordingFile::delayedSumOfDamagedSamples()
         expected += c == 3 ? (double(sampleAt(501, 0, 3, 2)) + double(sampleAt(502, 0, 3, 2))) / 2
                            : double(sampleAt(101, 0, c, 2));
     QVERIFY(std::abs(sum.whole()->sums[101] - expected) < 136);
-    const Tools::StretchSum refused = Tools::sumChannels(file, 0, 0, 1, 0, 1003);
+    const Tools::StretchSum refused = Tools::sumStretch(file, 0, 0, 1, 0, 1003);
     QVERIFY(refused.end() == StretchEnd::Refused);
     QVERIFY2(refused.reason().contains("Channel 6 holds no finite number"),
              qPrintable(refused.reason()));
 
     QVERIFY(QFile::resize(file.path(), bytes.size() - 4)); // meanwhile
-    const Tools::StretchSum cut = Tools::sumChannels(file, 0, 0, 2, 0, 1003);
+    const Tools::StretchSum cut = Tools::sumStretch(file, 0, 0, 2, 0, 1003);
     QVERIFY(cut.end() == StretchEnd::Short && !cut.whole() && !cut.asFarAsRead());
     QVERIFY2(cut.reason().contains("ends early"), qPrintable(cut.reason()));
 }

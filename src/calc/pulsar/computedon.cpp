@@ -1,6 +1,7 @@
 #include "calc/pulsar/computedon.h"
 
 #include "base/timetext.h"
+#include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/pulsarcalculate.h"
 #include "data/recordingtime.h"
 #include "data/truenumbers.h"
@@ -29,22 +30,10 @@ QString frequencyText(const ObservationData &data, int band)
                                       : QString("no frequency");
 }
 
-bool isScan(const QString &action)
-{
-    return action == "sumAllDispersions" || action == "sumMultiDispersions" ||
-           action == "sumTimeDispersions";
-}
-
-bool isAveraged(const QString &action)
-{
-    return isScan(action) || action == "sumChannelsAndAverage" ||
-           action == "sumChannelsAndFourier" || action == "sum4Dispersions";
-}
-
 QString dispersionText(const QString &action, const PulsarParameters &parameters,
                        const PulsarResult &result)
 {
-    if (action == "sum4Dispersions") {
+    if (reads(action, "--compare")) {
         QStringList texts;
         for (const double dispersion : parameters.dispersions)
             texts << ReportText::exact(dispersion);
@@ -64,14 +53,18 @@ QString startText(const PulsarResult &result, const PulsarParameters &parameters
                              : "first point " + QString::number(parameters.firstPoint);
 }
 
+// A sum with its base line beside it.
+bool isPlainSum(const QString &action, const PulsarParameters &parameters)
+{
+    return reads(action, "--deduct") && !parameters.deductNoise;
+}
+
 QString baselineText(const QString &action, const PulsarParameters &parameters)
 {
     if (parameters.noise != "polinom5" && parameters.noise != "median" &&
         parameters.noise != "backSum")
         return "none";
-    const bool isShown = action == "showNative" ||
-                         (action == "sumChannelsDemoNoise" && !parameters.deductNoise) ||
-                         (action == "sumChannels" && !parameters.deductNoise);
+    const bool isShown = action == "showNative" || isPlainSum(action, parameters);
     // A single channel has no sum with opposite delays.
     const QString name = worksOnChannel(action) && parameters.noise == "backSum"
                              ? QString("line through means of 128 points")
@@ -81,9 +74,9 @@ QString baselineText(const QString &action, const PulsarParameters &parameters)
 
 QString averagingText(const QString &action, const PulsarParameters &parameters)
 {
-    const bool pads = parameters.withNull && action != "sumChannelsAndAverage";
+    const bool pads = parameters.withNull && reads(action, "--with-null");
     const int n = parameters.averageCount;
-    return (action == "sumMultiDispersions" ? QString("0 to %1 times").arg(n)
+    return (reads(action, "--each-average") ? QString("0 to %1 times").arg(n)
             : n == 0                        ? QString("none")
                      : QString("%1 times, %2 points each").arg(n).arg(1 << n)) +
            (pads ? ", with null" : "");
@@ -103,15 +96,13 @@ QString rayText(const ObservationData &data, int ray)
 
 bool worksOnChannel(const QString &action)
 {
-    return action == "showNative" || action == "sumPeriod";
+    const PulsarAnalysis *const analysis = findAnalysis(action);
+    return analysis && analysis->onChannel;
 }
 
 bool isNormalised(const QString &action, const PulsarParameters &parameters)
 {
-    if (action == "showNative")
-        return false;
-    const bool isPlainSum = action == "sumChannels" || action == "sumChannelsDemoNoise";
-    return parameters.normalise && (!isPlainSum || parameters.deductNoise);
+    return parameters.normalise && reads(action, "--normalise") && !isPlainSum(action, parameters);
 }
 
 QString utcRange(const ObservationData &data, int firstPoint, int points)
@@ -148,7 +139,7 @@ QStringList computedOn(const QString &path, const QString &action, const Observa
         lines << "UTC: " + utc;
     lines << "base line: " + baselineText(action, parameters) +
                  (isNormalised(action, parameters) ? ", normalised" : ", not normalised");
-    if (isAveraged(action))
+    if (reads(action, "--average"))
         lines << "averaging: " + averagingText(action, parameters);
     lines << (parameters.deleteStep ? QString("steps taken out: %1").arg(result.steps)
                                     : QString("steps: not taken out"));

@@ -2,7 +2,6 @@
 
 #include "base/debugline.h"
 #include "calc/approximation.h"
-#include "calc/channelsum.h"
 #include "calc/fourier.h"
 
 #include <algorithm>
@@ -38,22 +37,6 @@ bool hasBaseline(const QString &noise)
     return noise == "polinom5" || noise == "median" || noise == "backSum";
 }
 
-// Shifts of the bands below the reference; false after a debug line when one is beyond an int.
-bool findShifts(const ObservationData &data, double dispersion, bool forward,
-                PulsarCalculate::BandShifts &shifts)
-{
-    for (int k = referenceBand - 1; k >= 0; --k) {
-        const double delay = Tools::dispersionDelay(
-            data.fbands[std::size_t(k)], data.fbands[referenceBand], dispersion, data.tresolution);
-        if (!Tools::isShift(delay)) {
-            debugLine("ERROR! PulsarCalculate::sumChannels: bad delay=", delay, " k=", k);
-            return false;
-        }
-        shifts[std::size_t(k)] = Tools::stretchShift(delay) * (forward ? 1 : -1);
-    }
-    return true;
-}
-
 } // namespace
 
 PulsarCalculate::PulsarCalculate(const ObservationData &recording,
@@ -62,6 +45,11 @@ PulsarCalculate::PulsarCalculate(const ObservationData &recording,
 {
     data.npoints = completePoints(recording);
     data.missingPoints = 0;
+}
+
+Tools::BandDelays PulsarCalculate::bandDelays(double dispersion) const
+{
+    return {data, sumBands, dispersion, Tools::ShiftRounding::Nearest};
 }
 
 bool PulsarCalculate::sumChannels(double *dataOut, int count, double dispersion, bool forward)
@@ -76,22 +64,25 @@ bool PulsarCalculate::sumChannels(double *dataOut, int count, double dispersion,
         debugLine("Error: bad dataOut0!");
         return false;
     }
-    BandShifts shifts;
-    if (!(dispersion >= 0) || isSelectionRefused(data, parameters) ||
-        !findShifts(data, dispersion, forward, shifts))
+    if (!(dispersion >= 0) || isSelectionRefused(data, parameters))
         return false;
+    const Tools::BandDelays asComputed = bandDelays(dispersion);
+    if (const int bad = asComputed.highestWithoutShift(); bad >= 0) {
+        debugLine("ERROR! PulsarCalculate::sumChannels: bad delay=", asComputed.delay(bad),
+                  " k=", bad);
+        return false;
+    }
+    const Tools::BandDelays delays = forward ? asComputed : asComputed.reversed();
 
     std::copy_n(bandSamples(referenceBand) + firstPoint, count, dataOut);
     completeBands = 1;
     for (int k = referenceBand - 1; k >= 0; --k) {
         const float *const samples = bandSamples(k);
-        const qint64 first = qint64(firstPoint) + shifts[std::size_t(k)]; // for point 0
-        const int begin = int(std::clamp<qint64>(-first, 0, count));
-        const int end = int(std::clamp<qint64>(data.npoints - first, 0, count));
-        for (int i = begin; i < end; ++i)
-            dataOut[i] += samples[first + i];
-        if (end < count) {
-            debugLine("Error! j>npoints!!! i=", end, " j=", first + end,
+        const Tools::BandDelays::Part part = delays.part(k, firstPoint, count, data.npoints);
+        for (int i = part.begin; i < part.end; ++i)
+            dataOut[i] += samples[part.first + i];
+        if (part.isCut) {
+            debugLine("Error! j>npoints!!! i=", part.end, " j=", part.first + part.end,
                       " data.npoints=", data.npoints);
             debugLine("STOP! k=", k);
             return true;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calc/banddelays.h"
 #include "calc/dispersionpeak.h"
 #include "calc/finitesamples.h"
 #include "calc/fold.h"
@@ -8,10 +9,11 @@
 
 #include <QObject>
 #include <QString>
-#include <array>
 #include <memory>
 #include <optional>
 #include <vector>
+
+struct PulsarAnalysis;
 
 /// What an action takes in of a recording.
 struct PulsarNeeds {
@@ -35,8 +37,6 @@ public:
     static constexpr int fixedPoints = 16384;
     /// Bands that take part in a sum; the last of them is the reference.
     static constexpr int sumBands = 32;
-    /// Samples by which a sum reads the bands below the reference later.
-    using BandShifts = std::array<int, sumBands - 1>;
 
     /// @param data  a recording that ends early counts as one of the points that are whole
     PulsarCalculate(const ObservationData &data, const PulsarParameters &parameters,
@@ -122,6 +122,9 @@ public:
     /// actions; averaging does not change it.
     static double harmonicOfPeriod(const PulsarParameters &parameters, double tresolution);
 
+    /// The list behind pulsarAnalyses().
+    static const std::vector<PulsarAnalysis> &analyses();
+
 signals:
     void progress(int percent);
 
@@ -130,15 +133,7 @@ public slots:
     void cancel() { cancelled = true; }
 
 private:
-    // By its name: what is checked before anything is read, and what is computed.
-    struct Action {
-        QString name;
-        bool (PulsarCalculate::*accept)();
-        bool (PulsarCalculate::*compute)();
-    };
-    static const Action *findAction(const QString &name);
-
-    // The actions, in pulsaractions.cpp, pulsarffa.cpp, pulsarnative.cpp and pulsarscans.cpp.
+    // The actions, each in the file of its name.
     bool showNative();
     bool sumPeriod();
     bool sumChannelsAction();
@@ -168,8 +163,8 @@ private:
     bool acceptSpectrum(int length);
     bool acceptHarmonic(int spectrumLength);
     bool fillFfaSeries(std::vector<double> &series);
+    Tools::BandDelays bandDelays(double dispersion) const;
     int lastFullStart(double dispersion) const;
-    int longestShift(double dispersion) const;
     int longestReading(double dispersion, int sign) const;
     int pointsWithoutAllBands(double dispersion, int firstPoint) const;
     QString fullStartText(double dispersion) const;
@@ -179,7 +174,7 @@ private:
     bool scanDispersions(int firstPoint, int averageCount, int progressFrom, int progressTo,
                          Scan &scan);
     void beginScan();
-    void exchangeBands(int firstPoint, const BandShifts &shifts, const BandShifts &next,
+    void exchangeBands(int firstPoint, const std::vector<int> &shifts, const std::vector<int> &next,
                        std::vector<double> &sum) const;
     std::vector<double> trialDispersions() const;
     int scanDelta() const;
@@ -212,6 +207,7 @@ private:
 
     void addCurve(const std::vector<double> &values, const QString &name);
     void setSpectrumAxis(int averageCount);
+    static QString baselineText(const QString &noise);
     QString startText() const;
     void remarkOnLines(const std::vector<double> &spectrum, double threshold,
                        const std::vector<int> &listed, int above);

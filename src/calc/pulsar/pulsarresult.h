@@ -70,6 +70,7 @@ struct PulsarResult {
     QString description;      ///< what was computed, in the program's own texts
     QString nonFinite;        ///< the remark on samples that are no finite numbers; empty where
                               ///< all are
+    QString times;            ///< the remark on times and periods; empty where there are none
     QStringList remarks;      ///< what the user should know beside it, one paragraph each
     std::vector<PulsarMultiResult> multi; ///< where the action compares results: one per curve
     std::shared_ptr<const FfaResult> ffa; ///< of "createFFA"

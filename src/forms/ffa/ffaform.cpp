@@ -7,6 +7,7 @@
 #include "base/typednumber.h"
 #include "calc/pulsar/pulsarcalculate.h"
 #include "calc/pulsar/pulsarcommand.h"
+#include "calc/pulsar/pulsarfields.h"
 #include "data/truenumbers.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
@@ -30,9 +31,6 @@
 namespace {
 
 const QString problemSuffix = "Problem";
-
-// Noise methods in the order of the choice.
-const QStringList noiseMethods = {"polinom5", "median", "backSum", "without"};
 
 // Seconds that searches take on this machine for one estimated second; of the last one that
 // was long enough to measure.
@@ -170,7 +168,7 @@ PulsarParameters FfaForm::readParameters(std::vector<FfaProblem> &problems)
         if (parameters.points == 0)
             parameters.points = -1; // typed, so refused
     }
-    parameters.noise = noiseMethods[ui->noise->currentIndex()];
+    parameters.noise = pulsarField("--noise").choices[std::size_t(ui->noise->currentIndex())].value;
     FfaParameters &ffa = parameters.ffa;
     ffa.period_min = readNumber(ui->period_min, problems);
     ffa.period_max = readNumber(ui->period_max, problems);

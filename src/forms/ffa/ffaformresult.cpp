@@ -37,8 +37,10 @@ void FfaForm::showResult()
                         .arg(number)
                         .arg(result().wholeFactors.empty() ? "S/N" : "true S/N")
                         .arg(searched.estimate.noiseThreshold, 0, 'f', 1);
-    if (found->result.remarks.size() > 1) // the last one speaks of times
-        noise += "\n" + found->result.remarks.mid(0, found->result.remarks.size() - 1).join("\n");
+    for (const QString &remark : found->result.remarks) {
+        if (remark != found->result.times) // said above
+            noise += "\n" + remark;
+    }
     if (!readProblem.isEmpty())
         noise += "\n" + readProblem;
     if (!searched.leftOut.isEmpty())

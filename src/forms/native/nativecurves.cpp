@@ -1,5 +1,6 @@
 #include "forms/native/nativecurves.h"
 
+#include "calc/banddelays.h"
 #include "calc/channelsum.h"
 #include "calc/robuststatistics.h"
 #include "calc/stretchsum.h"
@@ -129,12 +130,11 @@ void drawSum(NativeCurves &drawn, const NativePicture &picture, const NativeChoi
     }
     drawn.series.assign(sums.begin() + picture.offset, sums.begin() + picture.offset + drawn.count);
     drawn.curves.push_back(toFloat(drawn.series));
-    const double last = data.fbands[std::size_t(data.channels - 2)];
-    for (int band = 0; band < data.channels - 1; ++band) {
-        const double delay = Tools::dispersionDelay(data.fbands[std::size_t(band)], last,
-                                                    choice.dispersion, data.tresolution);
+    const Tools::BandDelays delays(data, data.channels - 1, choice.dispersion,
+                                   Tools::ShiftRounding::WholeRecording);
+    for (int band = 0; band < delays.bands(); ++band) {
         if (!isOff(choice, band))
-            addMarkers(drawn, picture, band, Tools::wholeRecordingShift(delay));
+            addMarkers(drawn, picture, band, delays.shift(band));
     }
 }
 

@@ -8,6 +8,7 @@
 #include "base/typednumber.h"
 #include "calc/fourier.h"
 #include "calc/pulsar/computedon.h"
+#include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/pulsarcommand.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
@@ -43,13 +44,15 @@ QString checkedButton(const QWidget *group)
     return {};
 }
 
-// Noise methods by the names of their buttons.
-const QMap<QString, QString> noiseMethods = {
-    {"noisePolinom5", "polinom5"},
-    {"noiseMedian", "median"},
-    {"noiseBack", "backSum"},
-    {"noiseWithout", "without"},
-};
+// The noise method of a button.
+QString noiseMethod(const QString &button)
+{
+    for (const FieldChoice &choice : pulsarField("--noise").choices) {
+        if (choice.button == button)
+            return choice.value;
+    }
+    return {};
+}
 
 } // namespace
 
@@ -273,7 +276,7 @@ std::optional<PulsarParameters> PulsarForm::readParameters()
     parameters.withNull = ui->averageWithNull->isChecked();
     parameters.harmonicNum = ui->harmonicNum->value();
     parameters.sigmaMultiple = info->maxSigma();
-    parameters.noise = noiseMethods.value(checkedButton(ui->groupBox_method));
+    parameters.noise = noiseMethod(checkedButton(ui->groupBox_method));
     parameters.normalise = ui->withNormalization->isChecked();
     parameters.deductNoise = ui->showDeductNoise->isChecked();
     return parameters;
@@ -411,8 +414,8 @@ void PulsarForm::showResult()
     for (const PulsarMultiResult &multi : result.multi)
         multiNames << multi.name;
     info->setMultiResults(multiNames);
-    info->setFourierControls(shownAction == "sumChannelsAndFourier");
-    info->setDispersionControls(shownAction == "sum4Dispersions");
+    info->setFourierControls(reads(shownAction, "--sigma"));
+    info->setDispersionControls(reads(shownAction, "--compare"));
     shownMulti.reset();
     showCurves(result.curves, result.names, 0);
     showTexts(result.description, result.names, 0);

@@ -1,16 +1,14 @@
 #include "calc/pulsar/pulsarcalculate.h"
 
-#include "calc/channelsum.h"
-#include "calc/fourier.h"
 #include "calc/levelsteps.h"
 #include "calc/pulsar/computedon.h"
-#include "results/reporttext.h"
+#include "calc/pulsar/pulsaranalyses.h"
 
 #include <algorithm>
-#include <cmath>
+#include <optional>
 
-// Before an action computes: whether it accepts its parameters, which samples it takes in, and
-// what stands in the place of those that are no numbers or follow a step of the level.
+// Before an action computes: which samples it takes in, and what stands in the place of those that
+// are no numbers or follow a step of the level.
 
 namespace {
 
@@ -27,36 +25,29 @@ std::vector<DispersionSpan> spansOf(const QString &action, const PulsarParameter
                                     const std::vector<double> &trials)
 {
     std::vector<DispersionSpan> spans;
-    if (action == "sum4Dispersions") {
+    if (reads(action, "--compare")) {
         for (const double dispersion : given.dispersions)
             spans.push_back({dispersion, dispersion});
         return spans;
     }
-    if (action.endsWith("Dispersions")) // a scan
+    if (isScan(action))
         return {{trials.front(), trials.back()}};
     return {{given.dispersion, given.dispersion}};
 }
 
-int shiftAt(const ObservationData &data, int band, double dispersion)
+// The ranges that sums of `count` points from `start` on take in between two dispersions, band by
+// band from the last one down. Bands below the first that ends beyond the recording are not
+// reached.
+void addSum(int npoints, int start, int count, const Tools::BandDelays &least,
+            const Tools::BandDelays &largest, std::vector<SampleRange> &ranges)
 {
-    constexpr int reference = PulsarCalculate::sumBands - 1;
-    return Tools::stretchShift(Tools::dispersionDelay(
-        data.fbands[std::size_t(band)], data.fbands[reference], dispersion, data.tresolution));
-}
-
-// The ranges that sums of `count` points from `start` on take in, band by band from the last one
-// down. Bands below the first that ends beyond the recording are not reached.
-void addSum(const ObservationData &data, int start, int count, const DispersionSpan &span, int sign,
-            std::vector<SampleRange> &ranges)
-{
-    for (int band = PulsarCalculate::sumBands - 1; band >= 0; --band) {
-        const qint64 one = qint64(sign) * shiftAt(data, band, span.least);
-        const qint64 other = qint64(sign) * shiftAt(data, band, span.largest);
-        const qint64 begin = std::max<qint64>(0, start + std::min(one, other));
-        const qint64 end = std::min<qint64>(data.npoints, start + count + std::max(one, other));
+    for (int band = least.bands() - 1; band >= 0; --band) {
+        const auto [early, late] = std::minmax({least.shift(band), largest.shift(band)});
+        const qint64 begin = std::max<qint64>(0, qint64(start) + early);
+        const qint64 end = std::min<qint64>(npoints, qint64(start) + count + late);
         if (begin < end)
             ranges.push_back({band, int(begin), int(end)});
-        if (start + count + std::min(one, other) > data.npoints)
+        if (qint64(start) + count + early > npoints)
             return;
     }
 }
@@ -112,91 +103,6 @@ int PulsarNeeds::end() const
     return last == ranges.end() ? 0 : last->end;
 }
 
-bool PulsarCalculate::validate(const QString &action)
-{
-    refusal = "";
-    refusedParameter = "";
-    stretch = fixedPoints;
-    largestDispersion = 0;
-    const Action *const known = findAction(action);
-    return known ? (this->*known->accept)() : refuse("There is no action \"" + action + "\".");
-}
-
-bool PulsarCalculate::acceptSum()
-{
-    if (parameters.points > 0)
-        stretch = parameters.points;
-    return acceptFixedSum();
-}
-
-bool PulsarCalculate::acceptFixedSum()
-{
-    return acceptSelection(parameters.dispersion) && acceptDispersion(parameters.dispersion);
-}
-
-bool PulsarCalculate::acceptFourier()
-{
-    const int length =
-        Tools::averagedLength(fixedPoints, parameters.averageCount, parameters.withNull);
-    return acceptFixedSum() && acceptSpectrum(length) && acceptHarmonic(length / 2);
-}
-
-bool PulsarCalculate::acceptFourDispersions()
-{
-    const auto &dispersions = parameters.dispersions;
-    const int length =
-        Tools::averagedLength(fixedPoints, parameters.averageCount, parameters.withNull);
-    if (!acceptSelection(*std::max_element(dispersions.begin(), dispersions.end())) ||
-        !acceptSpectrum(length))
-        return false;
-    for (std::size_t k = 0; k < dispersions.size(); ++k) {
-        if (!acceptDispersion(dispersions[k], QString("dispersion%1").arg(k + 1)))
-            return false;
-    }
-    return true;
-}
-
-bool PulsarCalculate::acceptStarts()
-{
-    return acceptScan() &&
-           (scanDelta() >= 1 ||
-            refuse("The delta between the first points must be one point or more, or be left "
-                   "empty for a sixteenth of the recording.",
-                   "firstPointDelta"));
-}
-
-bool PulsarCalculate::acceptFold()
-{
-    if (!acceptChannelSelection())
-        return false;
-    const int count = channelPoints("sumPeriod");
-    const double period = parameters.period / data.tresolution; // samples
-    if (period >= 2 && period <= count / 2.0)
-        return true;
-    return refuse(QString("Period %1 s cannot be folded.\nAllowed: %2 to %3 s (two samples to "
-                          "half of the %4 points).")
-                      .arg(ReportText::general(parameters.period),
-                           ReportText::general(2 * data.tresolution),
-                           ReportText::general(count / 2.0 * data.tresolution))
-                      .arg(count),
-                  "period");
-}
-
-bool PulsarCalculate::acceptFfa()
-{
-    const std::vector<FfaProblem> problems = findProblems();
-    return problems.empty() || refuse(problems[0].text, problems[0].parameter);
-}
-
-// Points of a channel that an action takes: those wanted, or else a screenful for a look and all
-// to the end for a fold.
-int PulsarCalculate::channelPoints(const QString &action) const
-{
-    const int rest = data.npoints - parameters.firstPoint;
-    const int preset = action == "sumPeriod" ? rest : fixedPoints;
-    return std::min(parameters.points > 0 ? parameters.points : preset, rest);
-}
-
 PulsarNeeds PulsarCalculate::needs(const QString &action) const
 {
     PulsarNeeds needs = {parameters.module, parameters.ray, {}};
@@ -205,12 +111,15 @@ PulsarNeeds PulsarCalculate::needs(const QString &action) const
         needs.ranges = {{parameters.channel - 1, first, first + channelPoints(action)}};
     } else {
         const std::vector<int> starts =
-            action == "sumTimeDispersions" ? scanStarts() : std::vector{parameters.firstPoint};
-        for (const int start : starts) {
-            for (const DispersionSpan &span : spansOf(action, parameters, trialDispersions())) {
-                addSum(data, start, stretch, span, 1, needs.ranges);
+            reads(action, "--each-start") ? scanStarts() : std::vector{parameters.firstPoint};
+        for (const DispersionSpan &span : spansOf(action, parameters, trialDispersions())) {
+            const Tools::BandDelays least = bandDelays(span.least);
+            const Tools::BandDelays largest = bandDelays(span.largest);
+            for (const int start : starts) {
+                addSum(data.npoints, start, stretch, least, largest, needs.ranges);
                 if (parameters.noise == "backSum")
-                    addSum(data, start, stretch, span, -1, needs.ranges);
+                    addSum(data.npoints, start, stretch, least.reversed(), largest.reversed(),
+                           needs.ranges);
             }
         }
         needs.ranges = joined(needs.ranges);
@@ -272,6 +181,9 @@ bool PulsarCalculate::deleteSteps(const PulsarNeeds &needed, const Tools::Finite
         outcome.remarks << "There is no memory to delete steps; the data are as recorded.";
         return true;
     }
+    std::optional<Tools::BandDelays> delays;
+    if (markDispersion > 0)
+        delays = bandDelays(markDispersion);
     int done = 0;
     for (const SampleRange &range : needed.ranges) {
         const int count = range.end - range.begin;
@@ -285,7 +197,7 @@ bool PulsarCalculate::deleteSteps(const PulsarNeeds &needed, const Tools::Finite
         Tools::removeLevelSteps(corrected, count, steps);
         if (!steps.empty())
             Tools::replaceAgain(corrected, range, finite.replaced);
-        const int shift = markDispersion > 0 ? shiftAt(data, range.channel, markDispersion) : 0;
+        const int shift = delays ? delays->shift(range.channel) : 0;
         for (const Tools::LevelStep &step : steps)
             stepPoints.push_back(range.begin + step.point - shift);
         stepCount += int(steps.size());

@@ -2,7 +2,6 @@
 
 #include "base/systemmemory.h"
 #include "calc/approximation.h"
-#include "calc/channelsum.h"
 #include "calc/levelsteps.h"
 #include "ffa/normalise.h"
 #include "results/reporttext.h"
@@ -89,15 +88,10 @@ int PulsarCalculate::ffaPoints() const
         return parameters.points;
     if (int(data.fbands.size()) < sumBands)
         return 0;
-    int longest = 0;
-    for (int band = 0; band < sumBands - 1; ++band) {
-        const double delay =
-            Tools::dispersionDelay(data.fbands[std::size_t(band)], data.fbands[sumBands - 1],
-                                   parameters.dispersion, data.tresolution);
-        if (!Tools::isShift(delay))
-            return 0;
-        longest = std::max(longest, std::abs(Tools::stretchShift(delay)));
-    }
+    const Tools::BandDelays delays = bandDelays(parameters.dispersion);
+    if (delays.highestWithoutShift() >= 0)
+        return 0;
+    const int longest = int(std::max(delays.longestLater(), delays.longestEarlier()));
     const qint64 left = qint64(data.npoints) - parameters.firstPoint - longest - 1;
     return int(std::clamp<qint64>(left, 0, std::max(data.npoints, 0)));
 }
@@ -131,6 +125,12 @@ std::vector<FfaProblem> PulsarCalculate::findProblems()
                                .arg(bytes / mebibyte, 0, 'f', 0)
                                .arg(double(availableMemory()) / mebibyte, 0, 'f', 0)});
     return problems;
+}
+
+bool PulsarCalculate::acceptFfa()
+{
+    const std::vector<FfaProblem> problems = findProblems();
+    return problems.empty() || refuse(problems[0].text, problems[0].parameter);
 }
 
 bool PulsarCalculate::createFFA()

@@ -1,21 +1,19 @@
 #include "calc/pulsar/pulsarcalculate.h"
 
-#include "calc/approximation.h"
-#include "calc/channelsum.h"
 #include "calc/fourier.h"
+#include "calc/pulsar/scan.h"
 #include "results/reporttext.h"
 
 #include <QScopedValueRollback>
 #include <algorithm>
 #include <cmath>
 
-// The scans: one harmonic of the sum's spectrum over trial dispersions.
+// What the scans share: one harmonic of the spectrum of the sum over trial dispersions.
 
 namespace {
 
 constexpr int trials = 201;
 constexpr double smallestTop = 20; // pc/cm^3: a scan reaches at least this far
-constexpr int maxStarts = 8;
 constexpr int movedBands = PulsarCalculate::sumBands - 1;
 
 // One value of the amplitude spectrum of a series, without the others.
@@ -61,25 +59,15 @@ private:
     double scale;
 };
 
-PulsarCalculate::BandShifts shiftsAt(const ObservationData &data, double dispersion)
+std::vector<int> shiftsOf(const Tools::BandDelays &delays)
 {
-    PulsarCalculate::BandShifts shifts;
+    std::vector<int> shifts(movedBands);
     for (int band = 0; band < movedBands; ++band)
-        shifts[std::size_t(band)] = Tools::stretchShift(Tools::dispersionDelay(
-            data.fbands[std::size_t(band)], data.fbands[movedBands], dispersion, data.tresolution));
+        shifts[std::size_t(band)] = delays.shift(band);
     return shifts;
 }
 
 } // namespace
-
-struct PulsarCalculate::Scan {
-    std::vector<double> dispersions; // pc/cm^3
-    std::vector<double> values;      // of the harmonic
-    int wholeBands = sumBands;       // of the sum that has the fewest
-    std::vector<double> cubic;       // fit of degree 3
-    Approximation::Extrema extrema;  // of the fit, positions in trials
-    Tools::DispersionPeak peak;
-};
 
 std::vector<double> PulsarCalculate::trialDispersions() const
 {
@@ -90,10 +78,43 @@ std::vector<double> PulsarCalculate::trialDispersions() const
     return dispersions;
 }
 
+bool PulsarCalculate::acceptScan()
+{
+    const int length =
+        Tools::averagedLength(fixedPoints, parameters.averageCount, parameters.withNull);
+    const double top = trialDispersions().back();
+    if (!acceptSelection(top) || !acceptDispersion(parameters.dispersion) ||
+        !acceptDispersion(top) || !acceptSpectrum(length))
+        return false;
+    return (parameters.harmonicNum >= 1 && parameters.harmonicNum < length / 2) ||
+           refuse(QString("Harmonic number %1 cannot be scanned.\nAllowed: 1 to %2.")
+                      .arg(parameters.harmonicNum)
+                      .arg(length / 2 - 1),
+                  "harmonicNum");
+}
+
+// Axis and first lines of the report.
+void PulsarCalculate::beginScan()
+{
+    const int averageCount = parameters.averageCount;
+    const int length = Tools::averagedLength(fixedPoints, averageCount, parameters.withNull);
+    const std::vector<double> dispersions = trialDispersions();
+    outcome.points = trials;
+    outcome.axis = {PulsarAxis::Kind::Dispersion, 0, dispersions[1], 0};
+    outcome.description =
+        QString(
+            "Harmonic number = %1, period = %2 s (topocentric)\nDispersions = 0 - %3, step = %4\n"
+            "Number of points is fixed - 16384\n")
+            .arg(parameters.harmonicNum)
+            .arg(ReportText::general(length * Tools::averagedStepFactor(averageCount, false) *
+                                     data.tresolution / parameters.harmonicNum),
+                 ReportText::general(dispersions.back()), ReportText::general(dispersions[1]));
+}
+
 // From one trial to the next few bands move by a sample: exchanging those in the sum is a fraction
 // of a new one. The samples are floats, so that the sums stay as exact.
-void PulsarCalculate::exchangeBands(int firstPoint, const BandShifts &shifts,
-                                    const BandShifts &next, std::vector<double> &sum) const
+void PulsarCalculate::exchangeBands(int firstPoint, const std::vector<int> &shifts,
+                                    const std::vector<int> &next, std::vector<double> &sum) const
 {
     for (int band = 0; band < movedBands; ++band) {
         const int from = shifts[std::size_t(band)];
@@ -121,12 +142,12 @@ bool PulsarCalculate::scanDispersions(int firstPoint, int averageCount, int prog
     std::vector<double> baseline(fixedPoints);
     std::vector<double> rest;
     std::vector<double> averaged(fixedPoints);
-    BandShifts shifts = {};
+    std::vector<int> shifts;
     bool sumIsWhole = false;
     for (int trial = 0; trial < trials; ++trial) {
         const double dispersion = scan.dispersions[std::size_t(trial)];
-        const BandShifts next = shiftsAt(data, dispersion);
-        if (trial > 0 && next == shifts) {
+        const std::vector<int> next = shiftsOf(bandDelays(dispersion));
+        if (next == shifts) {
             scan.values.push_back(scan.values.back());
             continue;
         }
@@ -216,113 +237,22 @@ void PulsarCalculate::addScan(const Scan &scan, const QString &name)
     outcome.description += single.description + "\n";
 }
 
-bool PulsarCalculate::acceptScan()
+double PulsarCalculate::harmonicOfPeriod(const PulsarParameters &given, double tresolution)
 {
-    const int length =
-        Tools::averagedLength(fixedPoints, parameters.averageCount, parameters.withNull);
-    const double top = trialDispersions().back();
-    if (!acceptSelection(top) || !acceptDispersion(parameters.dispersion) ||
-        !acceptDispersion(top) || !acceptSpectrum(length))
-        return false;
-    return (parameters.harmonicNum >= 1 && parameters.harmonicNum < length / 2) ||
-           refuse(QString("Harmonic number %1 cannot be scanned.\nAllowed: 1 to %2.")
-                      .arg(parameters.harmonicNum)
-                      .arg(length / 2 - 1),
-                  "harmonicNum");
+    return (given.withNull ? 2 : 1) * fixedPoints * tresolution / given.period;
 }
 
-// Axis and first lines of the report.
-void PulsarCalculate::beginScan()
+// Where a scanned harmonic is not one of the typed period.
+void PulsarCalculate::remarkOnHarmonic()
 {
-    const int averageCount = parameters.averageCount;
-    const int length = Tools::averagedLength(fixedPoints, averageCount, parameters.withNull);
-    const std::vector<double> dispersions = trialDispersions();
-    outcome.points = trials;
-    outcome.axis = {PulsarAxis::Kind::Dispersion, 0, dispersions[1], 0};
-    outcome.description =
-        QString(
-            "Harmonic number = %1, period = %2 s (topocentric)\nDispersions = 0 - %3, step = %4\n"
-            "Number of points is fixed - 16384\n")
-            .arg(parameters.harmonicNum)
-            .arg(ReportText::general(length * Tools::averagedStepFactor(averageCount, false) *
-                                     data.tresolution / parameters.harmonicNum),
-                 ReportText::general(dispersions.back()), ReportText::general(dispersions[1]));
-}
-
-// Points from one first point to the next; below 1 where the typed delta cannot be used.
-int PulsarCalculate::scanDelta() const
-{
-    if (!(parameters.startDelta >= 0))
-        return 0;
-    if (parameters.startDelta > 0)
-        return int(std::min(std::round(parameters.startDelta), double(data.npoints)));
-    return data.npoints / 16;
-}
-
-std::vector<int> PulsarCalculate::scanStarts() const
-{
-    std::vector<int> starts;
-    const int delta = std::max(1, scanDelta());
-    for (qint64 start = parameters.firstPoint;
-         start + fixedPoints < data.npoints && int(starts.size()) < maxStarts; start += delta)
-        starts.push_back(int(start));
-    return starts;
-}
-
-bool PulsarCalculate::sumAllDispersions()
-{
-    beginScan();
-    Scan scan;
-    if (!scanDispersions(parameters.firstPoint, parameters.averageCount, 0, 100, scan))
-        return false;
-    addCurve(scan.values, QString("value of harmonic %1").arg(parameters.harmonicNum));
-    addCurve(scan.cubic, "approximation by polinom 3");
-    outcome.description += "\n" + describeScan(scan);
-    markSteps();
-    remarkOnHarmonic();
-    remarkOnBands();
-    return true;
-}
-
-bool PulsarCalculate::sumMultiDispersions()
-{
-    // Averaging does not move a harmonic; it only shortens the spectrum.
-    beginScan();
-    outcome.description += "\nChange: averages (see colors)\n\n";
-    const int curves = parameters.averageCount + 1;
-    for (int n = 0; n < curves; ++n) {
-        Scan scan;
-        if (!scanDispersions(parameters.firstPoint, n, 100 * n / curves, 100 * (n + 1) / curves,
-                             scan))
-            return false;
-        addScan(scan, QString("averaging number %1").arg(n));
-    }
-    markSteps();
-    remarkOnHarmonic();
-    remarkOnBands();
-    return true;
-}
-
-bool PulsarCalculate::sumTimeDispersions()
-{
-    beginScan();
-    const int delta = scanDelta();
-    const std::vector<int> starts = scanStarts();
-    outcome.description +=
-        QString("Delta = %1 points, %2 s\n\nChange: first point (see colors)\n\n")
-            .arg(delta)
-            .arg(ReportText::general(delta * data.tresolution));
-    outcome.starts = starts;
-    const int curves = int(starts.size());
-    for (int k = 0; k < curves; ++k) {
-        Scan scan;
-        if (!scanDispersions(starts[std::size_t(k)], parameters.averageCount, 100 * k / curves,
-                             100 * (k + 1) / curves, scan))
-            return false;
-        addScan(scan, QString("first point %1").arg(starts[std::size_t(k)]));
-    }
-    markSteps();
-    remarkOnHarmonic();
-    remarkOnBands(starts);
-    return true;
+    if (!(parameters.period > 0))
+        return;
+    const double first = harmonicOfPeriod(parameters, data.tresolution);
+    const double multiple = std::max(1.0, std::round(parameters.harmonicNum / first));
+    if (std::abs(parameters.harmonicNum - multiple * first) >= 1)
+        outcome.remarks << QString("Harmonic number %1 is none of the period of %2 s, which "
+                                   "has the number %3 and its multiples.")
+                               .arg(parameters.harmonicNum)
+                               .arg(ReportText::exact(parameters.period))
+                               .arg(first, 0, 'f', 2);
 }

@@ -1,7 +1,6 @@
 #include "calc/pulsar/pulsarcalculate.h"
 
 #include "calc/approximation.h"
-#include "calc/channelsum.h"
 #include "calc/fourier.h"
 
 #include <algorithm>
@@ -61,18 +60,16 @@ void removeLevel(std::vector<double> &series, const std::vector<double> &baselin
 std::vector<std::optional<int>> PulsarCalculate::readableShifts(int firstPoint, double dispersion,
                                                                 double largest) const
 {
+    const Tools::BandDelays delays = bandDelays(dispersion);
+    const Tools::BandDelays ofLargest = bandDelays(largest);
     std::vector<std::optional<int>> shifts(sumBands);
     for (int band = sumBands - 1; band >= 0; --band) {
-        const auto shiftAt = [&](double dm) {
-            return Tools::stretchShift(Tools::dispersionDelay(
-                data.fbands[std::size_t(band)], data.fbands[sumBands - 1], dm, data.tresolution));
-        };
-        const int atLargest = shiftAt(largest);
+        const int atLargest = ofLargest.shift(band);
         const int least = std::max(std::min(0, atLargest), -firstPoint);
         const int most = std::min(std::max(0, atLargest), data.npoints - fixedPoints - firstPoint);
         if (least > most)
             break;
-        shifts[std::size_t(band)] = std::clamp(shiftAt(dispersion), least, most);
+        shifts[std::size_t(band)] = std::clamp(delays.shift(band), least, most);
     }
     return shifts;
 }
@@ -92,13 +89,13 @@ PulsarCalculate::bandHarmonics(int firstPoint, int averageCount,
     harmonics.amplitudes.resize(sumBands);
     harmonics.beside.resize(lines.size() * sumBands);
 
+    const Tools::BandDelays perUnit = bandDelays(1);
     std::vector<double> baseline(fixedPoints);
     std::vector<double> averaged(2 * std::size_t(fixedPoints));
     auto spectrum = std::vector<std::complex<double>>(std::size_t(length / 2));
     for (int band = 0; band < sumBands; ++band) {
         const std::size_t b = std::size_t(band);
-        harmonics.delays.push_back(
-            Tools::dispersionDelay(data.fbands[b], data.fbands[sumBands - 1], 1, data.tresolution));
+        harmonics.delays.push_back(perUnit.delay(band));
         if (!shifts[b])
             continue;
         const float *const samples = bandSamples(band) + firstPoint + *shifts[b];

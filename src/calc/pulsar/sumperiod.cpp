@@ -1,7 +1,5 @@
 #include "calc/pulsar/pulsarcalculate.h"
 
-#include "calc/approximation.h"
-#include "calc/channelsum.h"
 #include "calc/fold.h"
 #include "calc/levelsteps.h"
 #include "results/reporttext.h"
@@ -10,45 +8,28 @@
 #include <cmath>
 #include <numeric>
 
-// The actions on one channel.
-
 namespace {
 
-constexpr int shortestStretch = 512;
 constexpr int fewestPeriods = 15; // that tell what other periods give
 constexpr int mostTurns = 7;      // of the other periods against the folded one
 
 } // namespace
 
-bool PulsarCalculate::showNative()
+bool PulsarCalculate::acceptFold()
 {
-    const int count = channelPoints("showNative");
-    const float *const samples = bandSamples(parameters.channel - 1) + parameters.firstPoint;
-    std::vector<double> series(samples, samples + count);
-    addCurve(series, QString("channel %1").arg(parameters.channel));
-    if (!outcome.nonFinite.isEmpty())
-        leaveGaps(outcome.curves.back());
-    std::vector<double> baseline(series.size());
-    if (!goOn(20))
+    if (!acceptChannelSelection())
         return false;
-    if (!channelBaseline(series, baseline.data()))
-        return refuse("The noise base line cannot be computed.");
-    if (!goOn(80))
-        return false;
-    if (parameters.noise == "polinom5")
-        addCurve(baseline, "polinom5 approximation");
-    else if (parameters.noise == "median")
-        addCurve(baseline, "median line approximation");
-    else if (parameters.noise == "backSum")
-        addCurve(baseline, "noise approximation");
-
-    outcome.points = count;
-    outcome.stretch = count;
-    outcome.description =
-        "Native data" + startText() + "\nNumber of points = " + QString::number(count);
-    remarkOnTimes(parameters.channel);
-    markSteps();
-    return true;
+    const int count = channelPoints("sumPeriod");
+    const double period = parameters.period / data.tresolution; // samples
+    if (period >= 2 && period <= count / 2.0)
+        return true;
+    return refuse(QString("Period %1 s cannot be folded.\nAllowed: %2 to %3 s (two samples to "
+                          "half of the %4 points).")
+                      .arg(ReportText::general(parameters.period),
+                           ReportText::general(2 * data.tresolution),
+                           ReportText::general(count / 2.0 * data.tresolution))
+                      .arg(count),
+                  "period");
 }
 
 bool PulsarCalculate::sumPeriod()
@@ -84,18 +65,6 @@ bool PulsarCalculate::sumPeriod()
     remarkOnTimes(parameters.channel);
     markSteps();
     return true;
-}
-
-// What was recorded as no finite number is not drawn.
-void PulsarCalculate::leaveGaps(std::vector<float> &curve) const
-{
-    const float *const recorded =
-        data.samples[parameters.module - 1][parameters.channel - 1][parameters.ray - 1];
-    for (std::size_t i = 0; i < curve.size(); ++i) {
-        const float sample = recorded[std::size_t(parameters.firstPoint) + i];
-        if (!std::isfinite(sample))
-            curve[i] = sample;
-    }
 }
 
 // The pulse of a profile, and what noise does in its place; false when the user wants to stop.
@@ -165,56 +134,4 @@ bool PulsarCalculate::foldBeside(const std::vector<double> &series, double sampl
             return false;
     }
     return true;
-}
-
-// The selection of the actions that work on one channel.
-bool PulsarCalculate::acceptChannelSelection()
-{
-    if (parameters.module < 1 || parameters.module > data.modules)
-        return refuse("Error of module, must be: module <" + QString::number(data.modules + 1),
-                      "module");
-    if (parameters.channel < 1 || parameters.channel > data.channels)
-        return refuse("Error of channel, must be: channels <" + QString::number(data.channels + 1),
-                      "channel");
-    if (parameters.ray < 1 || parameters.ray > data.rays)
-        return refuse("Error ray, must be: rays <" + QString::number(data.rays + 1), "ray");
-    if (data.npoints < shortestStretch)
-        return refuse("Error of data! data.npoints=" + QString::number(data.npoints));
-    if (!(data.tresolution > 0) || std::isinf(data.tresolution))
-        return refuse(QString("The passport gives a step of %1 ms (tresolution): times cannot be "
-                              "computed.")
-                          .arg(data.tresolution * 1000));
-    if (parameters.points > 0 && parameters.points < shortestStretch)
-        return refuse(QString("%1 points are too few for a base line.\nAllowed: %2 and more.")
-                          .arg(parameters.points)
-                          .arg(shortestStretch));
-    const int last = data.npoints - shortestStretch;
-    if (parameters.firstPoint < 0 || parameters.firstPoint > last)
-        return refuse(QString("First point %1 leaves too few points before the end of the "
-                              "recording.\nAllowed: %2 to %3.")
-                          .arg(pointText(parameters.firstPoint), pointText(0), pointText(last)),
-                      "firstPoint");
-    return true;
-}
-
-// Baseline of a single channel; the line through block means stands in for the back sum.
-bool PulsarCalculate::channelBaseline(const std::vector<double> &samples, double *baseline) const
-{
-    Approximation approximation(samples.data(), baseline, int(samples.size()));
-    if (parameters.noise == "polinom5")
-        return approximation.polynomial(baselineDegree, false);
-    if (parameters.noise == "median")
-        return approximation.medianLine(baselineMedianBlock);
-    if (parameters.noise == "backSum")
-        return approximation.linearLine(baselineMeanBlock);
-    std::fill_n(baseline, samples.size(), 0.0);
-    return true;
-}
-
-// "First point" as a line of a report, by number or by time as it was chosen.
-QString PulsarCalculate::startText() const
-{
-    if (parameters.startTime.isEmpty())
-        return "\nFirst point = " + QString::number(parameters.firstPoint);
-    return "\nFirst point time = " + parameters.startTime;
 }

@@ -1,18 +1,17 @@
 #include "calc/pulsar/pulsarcalculate.h"
 
+#include "calc/approximation.h"
+#include "calc/fourier.h"
 #include "calc/spectrumlines.h"
 #include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <numeric>
-
-// What the reports say beside the system's own texts: of the lines of a spectrum, of harmonics, and
-// of what a sum holds.
 
 namespace {
 
+constexpr int maxListedHarmonics = 15;
 constexpr int noiseWindow = 257;       // lines
 constexpr int paddedNoiseWindow = 513; // they lie half as far apart
 constexpr double significance = 5;     // noise levels
@@ -73,9 +72,69 @@ QString strongestText(const std::vector<double> &spectrum, const std::vector<dou
 
 } // namespace
 
-double PulsarCalculate::harmonicOfPeriod(const PulsarParameters &given, double tresolution)
+bool PulsarCalculate::acceptFourier()
 {
-    return (given.withNull ? 2 : 1) * fixedPoints * tresolution / given.period;
+    const int length =
+        Tools::averagedLength(fixedPoints, parameters.averageCount, parameters.withNull);
+    return acceptFixedSum() && acceptSpectrum(length) && acceptHarmonic(length / 2);
+}
+
+bool PulsarCalculate::getFourierOfSum(double *out, int count, double dispersion, int averageCount,
+                                      bool withNull)
+{
+    auto sum = std::vector<double>(std::size_t(std::max(count, 0)));
+    if (!sumWithoutNoise(sum.data(), count, dispersion))
+        return false;
+    fewestBands = std::min(fewestBands, completeBands);
+    std::vector<double> averaged(2 * sum.size());
+    if (!Tools::averagePairs(sum.data(), averaged.data(), count, averageCount, withNull))
+        return false;
+    const int length = Tools::averagedLength(count, averageCount, withNull);
+    return getFourier(averaged.data(), out, length, length / 2);
+}
+
+bool PulsarCalculate::sumChannelsAndFourier()
+{
+    const int count = Tools::powerOfTwoFloor(fixedPoints);
+    const int length = Tools::averagedLength(count, parameters.averageCount, parameters.withNull);
+    const int n = length / 2;
+
+    auto spectrum = std::vector<double>(std::size_t(n));
+    if (!getFourierOfSum(spectrum.data(), count, parameters.dispersion, parameters.averageCount,
+                         parameters.withNull))
+        return refuse("The spectrum of the sum cannot be computed.");
+
+    const int multiple = parameters.sigmaMultiple;
+    const double sigma = Tools::sigma(spectrum.data(), n);
+    const double threshold = multiple * sigma;
+    QString &text = outcome.description;
+    text = "Sigma = " + ReportText::general(sigma) + "\n" + QString::number(multiple) +
+           " sigma = " + ReportText::general(threshold) +
+           "\n\nHarmonics >= " + QString::number(multiple) + " sigma:\n\n";
+    int above = 0;
+    std::vector<int> listed;
+    for (int i = 0; i < n; ++i) {
+        const double value = spectrum[std::size_t(i)];
+        if (!(value > threshold) || ++above > maxListedHarmonics)
+            continue;
+        text += QString::number(i) + ": " + ReportText::general(value) + "\n";
+        listed.push_back(i);
+    }
+    text += "\nFirst harmonic:\nnum = " + QString::number(parameters.harmonicNum) +
+            "\nvalue = " + ReportText::general(spectrum[std::size_t(parameters.harmonicNum)]) +
+            "\n";
+
+    addCurve(spectrum, "fourier of sum channels");
+    addCurve(std::vector<double>(std::size_t(n), sigma), "1 sigma of fourier");
+    addCurve(std::vector<double>(std::size_t(n), threshold),
+             QString::number(multiple) + " sigma of fourier");
+    outcome.points = n;
+    setSpectrumAxis(parameters.averageCount);
+
+    remarkOnLines(spectrum, threshold, listed, above);
+    markSteps();
+    remarkOnBands();
+    return true;
 }
 
 // What noise explains of the lines above a threshold, which stand out of it, the strongest lines of
@@ -121,69 +180,4 @@ void PulsarCalculate::remarkOnLines(const std::vector<double> &spectrum, double 
         text += ", which is not in this spectrum";
     }
     outcome.remarks << text + ".";
-}
-
-// Where a scanned harmonic is not one of the typed period.
-void PulsarCalculate::remarkOnHarmonic()
-{
-    if (!(parameters.period > 0))
-        return;
-    const double first = harmonicOfPeriod(parameters, data.tresolution);
-    const double multiple = std::max(1.0, std::round(parameters.harmonicNum / first));
-    if (std::abs(parameters.harmonicNum - multiple * first) >= 1)
-        outcome.remarks << QString("Harmonic number %1 is none of the period of %2 s, which "
-                                   "has the number %3 and its multiples.")
-                               .arg(parameters.harmonicNum)
-                               .arg(ReportText::exact(parameters.period))
-                               .arg(first, 0, 'f', 2);
-}
-
-void PulsarCalculate::remarkOnBands(const std::vector<int> &starts)
-{
-    const int bands = data.channels - 1;
-    if (bands > sumBands)
-        outcome.remarks << QString("bands 1-%1 of %2 used").arg(sumBands).arg(bands);
-    const auto startsWhere = [&](auto isMeant) {
-        std::vector<int> meant;
-        std::copy_if(starts.begin(), starts.end(), std::back_inserter(meant), isMeant);
-        return starts.size() > 1 ? " (first point " + startsText(meant) + ")" : QString();
-    };
-    if (fewestBands < sumBands) {
-        const int last = lastFullStart(largestDispersion);
-        outcome.remarks << QString("The recording ends before the delayed samples of every band%1: "
-                                   "the sum holds %2 of the %3 bands whole; %4.")
-                               .arg(startsWhere([last](int start) { return start > last; }))
-                               .arg(fewestBands)
-                               .arg(sumBands)
-                               .arg(fullStartText(largestDispersion));
-    }
-    const int missing = pointsWithoutAllBands(largestDispersion, starts.front());
-    const int whole = starts.front() + missing;
-    if (missing > 0)
-        outcome.remarks << QString("The first %1 points%2 lack bands whose shifted samples lie "
-                                   "before the recording; from first point %3 on none is missing.")
-                               .arg(missing)
-                               .arg(startsWhere([whole](int start) { return start < whole; }))
-                               .arg(pointText(whole));
-}
-
-QString PulsarCalculate::startsText(const std::vector<int> &starts) const
-{
-    QStringList texts;
-    for (const int start : starts)
-        texts << pointText(start);
-    return texts.join(", ");
-}
-
-// A sum shows every pulse at the time of its arrival in the reference band.
-void PulsarCalculate::remarkOnTimes(int channel)
-{
-    if (channel <= int(data.fbands.size()))
-        outcome.remarks << QString("Times and periods are topocentric, at %1 MHz (band %2).")
-                               .arg(data.fbands[std::size_t(channel - 1)])
-                               .arg(channel);
-    else
-        outcome.remarks << QString("Channel %1 is no frequency band; times and periods are "
-                                   "topocentric.")
-                               .arg(channel);
 }

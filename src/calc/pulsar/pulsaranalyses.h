@@ -1,0 +1,48 @@
+#pragma once
+
+#include "calc/pulsar/pulsarfields.h"
+
+class PulsarCalculate;
+
+/// An analysis of one recording with what it runs.
+struct PulsarAnalysis : Analysis<PulsarParameters> {
+    bool (PulsarCalculate::*accept)() = nullptr;  ///< whether it accepts its parameters
+    bool (PulsarCalculate::*compute)() = nullptr; ///< fills the result
+};
+
+/// All analyses of one recording: the actions of PulsarCalculate. This is the one place that
+/// lists them; a new one gets a row here and a file of its name.
+const std::vector<PulsarAnalysis> &pulsarAnalyses();
+
+/// The analysis of an action; null when there is none of that name.
+const PulsarAnalysis *findAnalysis(const QString &action);
+
+/// Whether an action reads a parameter.
+///
+/// @param option  of the batch program, as "--dm"
+bool reads(const QString &action, const QString &option);
+
+/// Whether an action computes one value at many trial dispersions.
+bool isScan(const QString &action);
+
+/// An option of a command of the batch program.
+struct CommandOption {
+    QString option;          ///< of pulsarFields()
+    QString help = {};       ///< where the command says more than the field
+    int least = 0;           ///< allowed range, refused before a recording is read; unlimited where
+    int most = 0;            ///< both are the same
+    bool showsPreset = true; ///< the help names the preset behind its text
+    QString excludes = {};   ///< option that cannot be given with it
+    QString needs = {};      ///< option that must be given with it
+};
+
+/// A command of the batch program that runs analyses of one recording.
+struct PulsarCommand {
+    QString name;
+    QString manual;                     ///< in lines of the help
+    QString examples;                   ///< the same
+    std::vector<CommandOption> options; ///< in the order of the help, after the places
+};
+
+/// The commands, in the order of the help. What the analyses of a command read is an option of it.
+const std::vector<PulsarCommand> &pulsarCommands();
