@@ -2,6 +2,7 @@
 
 #include "batch/inputlist.h"
 #include "batch/outputfiles.h"
+#include "batch/programname.h"
 #include "batch/runner.h"
 #include "results/candidates.h"
 
@@ -43,14 +44,16 @@ Failure mergeCandidates(const QStringList &inputs, const MergeRequest &request)
     candidates.erase(last, candidates.end());
 
     ResultTable table;
-    table.request = {{"program", "zrt-batch " ZRT_VERSION},
+    table.request = {{"program", programName()},
                      {"command", "merge"},
                      {"threshold", numberText(request.threshold)},
                      {"only_base", request.onlyBase ? "yes" : "no"},
                      {"tables", QString::number(tables)}};
     table.columns = candidateColumns(candidates, true);
     removeAbandoned({request.output});
-    return writeOutputs({{request.output, table.toBytes(request.format)}});
+    return writeOutputs({{request.output, {}, [&](WholeFile &file) {
+                              return writeTable(table, request.format, file);
+                          }}});
 }
 
 } // namespace Batch

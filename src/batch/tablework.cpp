@@ -70,7 +70,9 @@ Failure makeTable(const TableRequest &request, const QString &input, const Contr
             return {ExitCode::TryLater, input + ": " + picture.problem + "."};
         files.push_back({picturePath(request, input), picture.bytes});
     }
-    files.push_back({tablePath(request, input), result.table.toBytes(output.format)});
+    files.push_back({tablePath(request, input), {}, [&](WholeFile &out) {
+                         return writeTable(result.table, output.format, out);
+                     }});
     return writeOutputs(files);
 }
 

@@ -18,7 +18,7 @@ auto identity(const Candidate &candidate)
                       candidate.dispersion, candidate.peak.width, candidate.peak.bins);
 }
 
-// A number that sorts: NaN behind all others.
+// A key that sorts NaN behind all numbers.
 auto sortable(double number)
 {
     return std::isnan(number) ? std::pair(true, 0.0) : std::pair(false, number);
@@ -63,7 +63,7 @@ int wholeAt(const Column *column, int row)
 
 constexpr double mostWhole = 1e9;
 
-// What the numbers of a column of candidates may be.
+// Which numbers are allowed in a column of candidates.
 struct NumberColumn {
     const char *name;
     bool isNeeded;  // in every table
@@ -92,7 +92,7 @@ bool isAllowed(const NumberColumn &kind, double number)
     return std::isfinite(float(number));
 }
 
-// The first cell of a column that is no number of its kind; empty where all are.
+// Describes the first cell of a column that is not allowed there; empty when all are.
 QString columnProblem(const NumberColumn &kind, const Column &column)
 {
     for (int row = 0; row < column.size(); ++row) {
@@ -157,7 +157,7 @@ std::vector<Candidate> strongestOfDispersions(std::vector<Candidate> candidates,
 std::vector<Column> candidateColumns(const std::vector<Candidate> &candidates, bool withFiles)
 {
     std::vector<Column> columns;
-    // With as many digits as mean something.
+    // Rounds to the digits that mean something.
     const auto addNumbers = [&](const QString &name, const QString &unit, const auto &valueOf,
                                 int digits = 6) {
         std::vector<double> values;

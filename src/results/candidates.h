@@ -12,11 +12,11 @@ namespace Results {
 struct Peak {
     double period = 0;                                             ///< s, topocentric
     double periodError = std::numeric_limits<double>::quiet_NaN(); ///< s; NaN: not refined
-    float snr = 0;        ///< of the best width, as the search gives it
-    double snrFactor = 1; ///< by which it is too low, above 1 at a whole downsampling factor
-    int width = 0;        ///< of the boxcar, bins
-    int bins = 0;         ///< of the fold
-    double foldSnr = 0;   ///< of the series folded at exactly this period
+    float snr = 0;        ///< S/N at the best width, as the search gives it
+    double snrFactor = 1; ///< the S/N is too low by it; above 1 at a whole downsampling factor
+    int width = 0;        ///< boxcar width, bins
+    int bins = 0;         ///< fold bins
+    double foldSnr = 0;   ///< S/N of the series folded at exactly this period
 
     double dutyCycle() const { return double(width) / bins; }
     double widthSeconds() const { return dutyCycle() * period; }

@@ -13,7 +13,7 @@ namespace Results {
 
 namespace {
 
-constexpr qint64 julianDayOfZero = 2400001; // of the date with modified Julian date 0
+constexpr qint64 julianDayOfZero = 2400001; // Julian day number of modified Julian date 0
 constexpr double msPerDay = 86400000;
 constexpr int longestKey = 80; // bytes, as the programs that read these files allow
 constexpr int mostChannels = 65536;

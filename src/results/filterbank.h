@@ -18,7 +18,7 @@ struct FilterbankHeader {
     double firstBand = 0; ///< MHz, centre of the first channel in the file
     double bandStep = 0;  ///< MHz, negative where the highest band comes first
     int channels = 0;
-    int bits = 32; ///< of a value: 8 and 16 are unsigned integers, 32 floats
+    int bits = 32; ///< per value: 8 and 16 are unsigned integers, 32 floats
 };
 
 /// What is wrong with the counts and numbers of a header, in plain words; empty when it can be

@@ -51,7 +51,8 @@ QByteArray headerText(const std::vector<HeaderLine> &lines, Format format)
     return text;
 }
 
-// Value `row` of a column. Tabs part the columns of a text, so that texts get none there.
+// Text of value `row` of a column. Tabs separate the columns in the text form, so a cell must not
+// contain one there.
 QByteArray valueText(const Column &column, int row, Format format)
 {
     const auto index = std::size_t(row);
@@ -76,18 +77,62 @@ QString titleOf(const Column &column)
     return column.unit.isEmpty() ? column.name : column.name + " [" + column.unit + "]";
 }
 
-void appendJsonColumns(const std::vector<Column> &columns, QByteArray &text)
+// Collects the small texts of values into pieces that are worth writing.
+class Pieces {
+public:
+    explicit Pieces(const std::function<void(const QByteArray &)> &receiver) : take(receiver)
+    {
+        text.reserve(pieceBytes + pieceBytes / 8);
+    }
+    void operator<<(const QByteArray &more)
+    {
+        text += more;
+        if (text.size() >= pieceBytes)
+            flush();
+    }
+    void flush()
+    {
+        take(text);
+        text.resize(0);
+    }
+
+private:
+    static constexpr int pieceBytes = 1 << 20;
+    const std::function<void(const QByteArray &)> &take;
+    QByteArray text;
+};
+
+void writeJsonColumns(const std::vector<Column> &columns, Pieces &pieces)
 {
-    text += " \"columns\": [\n";
+    pieces << " \"columns\": [\n";
     for (std::size_t i = 0; i < columns.size(); ++i) {
         const Column &column = columns[i];
-        text += "  {\"name\": " + jsonText(column.name) + ", \"unit\": " + jsonText(column.unit) +
-                ", \"values\": [";
+        pieces << "  {\"name\": " + jsonText(column.name) + ", \"unit\": " + jsonText(column.unit) +
+                      ", \"values\": [";
         for (int row = 0; row < column.size(); ++row)
-            text += (row ? "," : "") + valueText(column, row, Format::Json);
-        text += i + 1 < columns.size() ? "]},\n" : "]}\n";
+            pieces << (row ? "," : "") + valueText(column, row, Format::Json);
+        pieces << (i + 1 < columns.size() ? "]},\n" : "]}\n");
     }
-    text += " ]\n}\n";
+    pieces << " ]\n}\n";
+}
+
+// Writes one column after the other, like the blocks of a result file.
+void writeBlocks(const std::vector<Column> &columns, Pieces &pieces)
+{
+    for (const Column &column : columns) {
+        for (int row = 0; row < column.size(); ++row)
+            pieces << valueText(column, row, Format::Text) + "\n";
+    }
+}
+
+void writeRows(const ResultTable &table, Format format, Pieces &pieces)
+{
+    const QByteArray separator = format == Format::Csv ? "," : "\t";
+    for (int row = 0; row < table.rows(); ++row) {
+        for (std::size_t i = 0; i < table.columns.size(); ++i)
+            pieces << (i ? separator : QByteArray()) + valueText(table.columns[i], row, format);
+        pieces << "\n";
+    }
 }
 
 } // namespace
@@ -104,7 +149,7 @@ QByteArray jsonText(const QString &text)
         const QByteArray array = QJsonDocument(QJsonArray{part}).toJson(QJsonDocument::Compact);
         json += array.mid(2, array.size() - 4); // between [" and "]
     };
-    // A byte of a name that is not UTF-8 stands as the escape that other programs use for it too.
+    // A byte that is not UTF-8 is written as the escape that other programs use for it too.
     int begin = 0;
     for (int i = 0; i < text.size(); ++i) {
         if (!isLoneByte(text, i))
@@ -146,39 +191,38 @@ QByteArray requestBytes(const std::vector<HeaderLine> &request, Format format)
 
 QByteArray ResultTable::toBytes(Format format) const
 {
-    QByteArray text = requestBytes(request, format) + headerText(result, format);
+    QByteArray bytes;
+    write(format, [&bytes](const QByteArray &piece) { bytes += piece; });
+    return bytes;
+}
+
+void ResultTable::write(Format format, const std::function<void(const QByteArray &)> &take) const
+{
+    Pieces pieces(take);
+    pieces << requestBytes(request, format) + headerText(result, format);
     QStringList titles;
     for (const Column &column : columns)
         titles << titleOf(column);
-    const QByteArray separator = format == Format::Csv ? "," : "\t";
-    switch (format) {
-    case Format::Json:
-        text += "  \"points\": " + QByteArray::number(rows()) + "\n },\n";
-        appendJsonColumns(columns, text);
-        return text;
-    case Format::Csv: {
-        QByteArray names;
+    const QString count = QString::number(rows());
+    if (format == Format::Json) {
+        pieces << "  \"points\": " + count.toUtf8() + "\n },\n";
+        writeJsonColumns(columns, pieces);
+    } else if (format == Format::Csv) {
+        QByteArrayList names;
         for (const QString &title : std::as_const(titles))
-            names += (names.isEmpty() ? "" : ",") + csvText(title);
-        text += "# rows: " + QByteArray::number(rows()) + "\n" + names + "\n";
-        break;
+            names << csvText(title);
+        pieces << "# rows: " + count.toUtf8() + "\n" + names.join(",") + "\n";
+        writeRows(*this, format, pieces);
+    } else if (isSeries()) {
+        pieces << ("points: " + count + "\ntype: float\nblocks: " + oneLine(titles.join("; ")) +
+                   "\ndays: " + QString::number(columns.size()) + "\n")
+                      .toUtf8();
+        writeBlocks(columns, pieces);
+    } else {
+        pieces << ("rows: " + count + "\ncolumns: " + oneLine(titles.join("; ")) + "\n").toUtf8();
+        writeRows(*this, format, pieces);
     }
-    case Format::Text:
-        if (isSeries()) {
-            appendBlocks(titles, text);
-            return text;
-        }
-        text +=
-            ("rows: " + QString::number(rows()) + "\ncolumns: " + oneLine(titles.join("; ")) + "\n")
-                .toUtf8();
-        break;
-    }
-    for (int row = 0; row < rows(); ++row) {
-        for (std::size_t i = 0; i < columns.size(); ++i)
-            text += (i ? separator : QByteArray()) + valueText(columns[i], row, format);
-        text += "\n";
-    }
-    return text;
+    pieces.flush();
 }
 
 bool ResultTable::isSeries() const
@@ -188,16 +232,14 @@ bool ResultTable::isSeries() const
     });
 }
 
-// The values of one column after the other, as the blocks of a result file.
-void ResultTable::appendBlocks(const QStringList &titles, QByteArray &text) const
+WriteFailure writeTable(const ResultTable &table, Format format, WholeFile &file)
 {
-    text += ("points: " + QString::number(rows()) + "\ntype: float\nblocks: " +
-             oneLine(titles.join("; ")) + "\ndays: " + QString::number(columns.size()) + "\n")
-                .toUtf8();
-    for (const Column &column : columns) {
-        for (int row = 0; row < column.size(); ++row)
-            text += valueText(column, row, Format::Text) + "\n";
-    }
+    WriteFailure failure;
+    table.write(format, [&](const QByteArray &piece) {
+        if (!failure)
+            failure = file.write(piece);
+    });
+    return failure;
 }
 
 } // namespace Results

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "base/wholefile.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <variant>
 #include <vector>
 
@@ -47,11 +50,17 @@ struct ResultTable {
 
     int rows() const { return columns.empty() ? 0 : columns.front().size(); }
     QByteArray toBytes(Format format) const;
+    /// The same piece by piece, for a table whose text is longer than one array of bytes can be.
+    ///
+    /// @param take  gets the pieces in their order, some of them empty
+    void write(Format format, const std::function<void(const QByteArray &piece)> &take) const;
 
 private:
     bool isSeries() const;
-    void appendBlocks(const QStringList &titles, QByteArray &text) const;
 };
+
+/// Writes the text of a table into a file that is open.
+WriteFailure writeTable(const ResultTable &table, Format format, WholeFile &file);
 
 /// A table read back from what toBytes() wrote, with all header lines in `request`. One that is
 /// not whole is a problem.

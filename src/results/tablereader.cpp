@@ -11,7 +11,7 @@ namespace Results {
 
 namespace {
 
-// "name [unit]" apart.
+// Splits "name [unit]".
 Column columnOf(const QString &title)
 {
     const int bracket = title.endsWith(']') ? title.lastIndexOf(" [") : -1;
@@ -34,7 +34,7 @@ void makeNumbers(Column &column)
     column.values = numbers;
 }
 
-// Cells of a line of CSV.
+// Splits a line of CSV into its cells.
 QStringList csvCells(const QString &line)
 {
     QStringList cells = {QString()};
@@ -129,7 +129,7 @@ QString readCsv(const QStringList &lines, ReadTable &read)
     return {};
 }
 
-// Blocks: so many values one after the other belong to each column.
+// Gives each column its block of `points` values, in the order of the file.
 QString readBlocks(const QStringList &values, int points, std::vector<Column> &columns)
 {
     if (points < 0 || values.size() != qint64(points) * qint64(columns.size()))

@@ -1,11 +1,11 @@
 #include "app/mainwindow.h"
-#include "app/settings.h"
-#include "forms/arrays/arrayreading.h"
+#include "app/shell/settings.h"
 #include "forms/arrays/arraysdirform.h"
 #include "forms/arrays/arraysform.h"
 #include "forms/arrays/greypicture.h"
 #include "picture/plotgeometry.h"
 #include "plot/pulsargrafik.h"
+#include "results/arrayfile.h"
 #include "results/resulttable.h"
 #include "support/messageboxcatcher.h"
 #include "support/testmain.h"
@@ -251,7 +251,7 @@ void TestArraysForm::refused()
 {
     const MessageBoxCatcher catcher;
     const auto reason = [this](const QByteArray &bytes) {
-        return ArrayReading::read(file("x.json", bytes), 1000).error;
+        return Results::readArrays(file("x.json", bytes), 1000).error;
     };
     QVERIFY(
         reason("{\"columns\": [\n{\"values\": [1,\n").contains("x.json is no table in JSON, line"));

@@ -14,6 +14,7 @@ class TestFormats : public QObject {
 private slots:
     void tablesComeBack_data();
     void tablesComeBack();
+    void longTablesComeInPieces();
     void damagedTables_data();
     void damagedTables();
     void onePeriodAtSeveralDispersions();
@@ -74,6 +75,23 @@ void TestFormats::tablesComeBack()
     QVERIFY(shown.rowsAreSeries);
     QCOMPARE(shown.table.rows(), qint64(1));
     QCOMPARE(float(shown.table.at(0, 2)), 16777217.0F);
+}
+
+// A table may be longer than one array of bytes can be, so none holds all of it.
+void TestFormats::longTablesComeInPieces()
+{
+    ResultTable table;
+    table.columns = {{"power", {}, std::vector<float>(1000000, 0.1F)}};
+    for (const Format format : {Format::Text, Format::Csv, Format::Json}) {
+        QByteArray all;
+        int longest = 0;
+        table.write(format, [&](const QByteArray &piece) {
+            all += piece;
+            longest = std::max(longest, piece.size());
+        });
+        QCOMPARE(all, table.toBytes(format));
+        QVERIFY(all.size() > 4000000 && longest < 2000000);
+    }
 }
 
 void TestFormats::damagedTables_data()

@@ -1,9 +1,9 @@
 #include "forms/ffa/ffaform.h"
 
-#include "app/centralwidget.h"
-#include "app/errorbox.h"
-#include "app/jobprogress.h"
-#include "app/lastvalues.h"
+#include "app/shell/centralwidget.h"
+#include "app/shell/errorbox.h"
+#include "app/shell/jobprogress.h"
+#include "app/shell/lastvalues.h"
 #include "base/typednumber.h"
 #include "calc/pulsar/pulsarcalculate.h"
 #include "calc/pulsar/pulsarcommand.h"

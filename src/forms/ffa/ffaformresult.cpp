@@ -1,4 +1,4 @@
-#include "app/settings.h"
+#include "app/shell/settings.h"
 #include "forms/ffa/ffaform.h"
 #include "forms/ffa/ffaresults.h"
 #include "picture/resultplot.h"

@@ -1,8 +1,8 @@
 #include "forms/ffa/ffaresults.h"
 
-#include "app/directoryof.h"
-#include "app/errorbox.h"
-#include "app/settings.h"
+#include "app/shell/directoryof.h"
+#include "app/shell/errorbox.h"
+#include "app/shell/settings.h"
 #include "base/bytetext.h"
 #include "base/wholefile.h"
 #include "forms/savefolder.h"

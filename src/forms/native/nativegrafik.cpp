@@ -1,12 +1,12 @@
 #include "forms/native/nativegrafik.h"
 
-#include "app/busyguard.h"
-#include "app/centralwidget.h"
-#include "app/channelswitches.h"
-#include "app/directoryof.h"
-#include "app/errorbox.h"
-#include "app/lastvalues.h"
-#include "app/settings.h"
+#include "app/shell/centralwidget.h"
+#include "app/shell/channelswitches.h"
+#include "app/shell/directoryof.h"
+#include "app/shell/errorbox.h"
+#include "app/shell/lastvalues.h"
+#include "app/shell/progresstask.h"
+#include "app/shell/settings.h"
 #include "calc/finitesamples.h"
 #include "calc/waterfall.h"
 #include "data/recordingwriter.h"
@@ -473,16 +473,10 @@ void NativeGrafik::saveSelection()
     QString failure;
     bool isCancelled = false;
     {
-        BusyGuard guard;
-        connect(&guard, &BusyGuard::cancelRequested, this, [&isCancelled] { isCancelled = true; });
-        progressBar->show();
+        ProgressTask task;
         failure = saveStretch(file, int(part.first), int(part.points), ui->dispersion->value(),
-                              path, [&](int percent) {
-                                  progressBar->setValue(percent);
-                                  QCoreApplication::processEvents();
-                                  return !isCancelled;
-                              });
-        progressBar->hide();
+                              path, [&](int percent) { return task.advance(percent); });
+        isCancelled = task.isCancelled();
     }
     if (!failure.isEmpty())
         showError(this, "The selection was not saved.", failure);

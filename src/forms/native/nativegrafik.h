@@ -103,7 +103,7 @@ private:
     bool isStopped = false; // by the user; goes on with the next request
     QString loadFailure;    // of the newest request
 
-    QTimer drawTimer;
-    QTimer statisticsTimer;
-    QTimer sumTimer; // reads again for a sum at another dispersion
+    QTimer drawTimer{this};
+    QTimer statisticsTimer{this};
+    QTimer sumTimer{this}; // reads again for a sum at another dispersion
 };

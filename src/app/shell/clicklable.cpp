@@ -1,4 +1,4 @@
-#include "app/clicklable.h"
+#include "app/shell/clicklable.h"
 
 void ClickLable::mousePressEvent(QMouseEvent *)
 {

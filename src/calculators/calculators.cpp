@@ -1,4 +1,4 @@
-#include "forms/calculator/calculatortexts.h"
+#include "calculators/calculators.h"
 
 #include "base/shellword.h"
 #include "base/typednumber.h"
@@ -24,7 +24,7 @@ constexpr int timeZone = 4;         // hours; files are named in it
 constexpr double leastTres = 1e-05; // s
 constexpr int secondsPerHour = 3600;
 constexpr int columnsOfPeriods = 8;
-constexpr int digitsOfPeriods = 7; // of the shortest; they tell neighbours apart
+constexpr int digitsOfPeriods = 7; // of the shortest period; fewer would not tell neighbours apart
 
 const char badDelta[] = "Bad delta! Type delta in format hh:mm:ss or hh°mm′ss″<br>";
 
@@ -72,7 +72,7 @@ private:
     QString lines;
 };
 
-// Not a number where the text is none.
+// NaN when the text is no number.
 double numberOf(const QString &text)
 {
     return Tools::typedNumber(text).value_or(qQNaN());
@@ -112,7 +112,7 @@ void checkTres(Checks &checks, const QString &tres)
     checks.require(numberOf(tres) >= leastTres, "tres", "Bad tres!<br>");
 }
 
-// Two digits may be more than an hour, a minute or a second can be.
+// Warns when hours, minutes or seconds are two digits but too large.
 QString carriedNote(const QString &name, const QString &text, int mostUnits)
 {
     if (text.left(2).toInt() <= mostUnits && text.mid(3, 2).toInt() < 60 &&
@@ -362,7 +362,7 @@ QString fieldOf(const QString &refusal)
     return fields.value(refusal.section(' ', 0, 0));
 }
 
-// The parameters of a search, read.
+// The parameters of a search as numbers.
 struct FfaParameters {
     quint64 size = 0;
     double tres = 0;
@@ -404,7 +404,7 @@ Answer ffaInfo(const FfaInput &input, bool withPeriods)
     Checks checks(name);
     checks.require(size && *size >= 0, "ffa_poins", "Bad points! Type a whole number<br>");
     checks.require(!std::isnan(search.tres), "ffa_tres", "Bad tres!<br>");
-    // It stays empty where it follows a tres that is none.
+    // The field is empty when it follows a tres that is no number.
     const bool isFollower = input.periodMin.isEmpty() && std::isnan(search.tres);
     checks.require(isFollower || !std::isnan(search.periodMin), "ffa_period_min",
                    "Bad period min! Type a number of seconds<br>");

@@ -1,4 +1,4 @@
-#include "app/timedprogressbar.h"
+#include "app/shell/timedprogressbar.h"
 
 TimedProgressBar::TimedProgressBar(QWidget *parent) : QProgressBar(parent)
 {

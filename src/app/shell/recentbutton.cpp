@@ -1,4 +1,4 @@
-#include "app/recentbutton.h"
+#include "app/shell/recentbutton.h"
 
 #include <QDir>
 #include <QFileInfo>

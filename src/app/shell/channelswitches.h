@@ -7,12 +7,12 @@
 /// the user's settings folder; the recording itself is never touched.
 namespace ChannelSwitches {
 
-/// @param path      of the recording
-/// @param channels  that it has; what was remembered for another number is not used
+/// @param path      path of the recording
+/// @param channels  number of its channels; switches remembered for another number are not used
 /// @return one per channel, true: off; empty when all are on
 std::vector<bool> load(const QString &path, int channels);
 
-/// Remembers the switches; without any that is off, forgets the file.
+/// Remembers the switches. When none is off, the file is forgotten.
 void save(const QString &path, const std::vector<bool> &off);
 
 } // namespace ChannelSwitches

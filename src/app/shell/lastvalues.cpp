@@ -1,6 +1,6 @@
-#include "app/lastvalues.h"
+#include "app/shell/lastvalues.h"
 
-#include "app/settings.h"
+#include "app/shell/settings.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -21,7 +21,7 @@ QString keyOf(const QWidget *form, const QString &field)
     return QString("%1/%2/%3").arg(groupKey, form->objectName(), field);
 }
 
-// The property that holds what the user entered; null of what is no field.
+// Names the property that holds what the user entered; null when the widget is no field.
 const char *valueProperty(const QWidget *field)
 {
     if (const auto *edit = qobject_cast<const QLineEdit *>(field))
@@ -70,9 +70,9 @@ LastValues::~LastValues()
     rememberChanges();
 }
 
-// Signals that mean the user, where there is such a one. Fields that follow another one have
-// done so when the timer calls. Numbers come one after the other while they are typed or turned,
-// and each writing of the settings waits for the disk.
+// Listens to signals that only the user causes, where a widget has such a signal. The zero timer
+// runs after fields that follow this one have changed too. Numbers are stored with a delay, because
+// they change many times while they are typed or turned and each writing waits for the disk.
 void LastValues::watch(QWidget *field)
 {
     const auto chosen = [this, field] {

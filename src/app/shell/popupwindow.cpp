@@ -1,4 +1,4 @@
-#include "app/popupwindow.h"
+#include "app/shell/popupwindow.h"
 
 #include <QFrame>
 #include <QHBoxLayout>

@@ -1,4 +1,4 @@
-#include "app/channelswitches.h"
+#include "app/shell/channelswitches.h"
 
 #include <QCryptographicHash>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
-#include "app/jobprogress.h"
+#include "app/shell/jobprogress.h"
 
-#include "app/settings.h"
+#include "app/shell/settings.h"
 #include "jobs/worker.h"
 
 #include <QProgressBar>

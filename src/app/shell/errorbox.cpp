@@ -1,4 +1,4 @@
-#include "app/errorbox.h"
+#include "app/shell/errorbox.h"
 
 #include <QMessageBox>
 #include <QTextDocument>

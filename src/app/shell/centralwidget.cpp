@@ -1,6 +1,6 @@
-#include "app/centralwidget.h"
+#include "app/shell/centralwidget.h"
 
-#include "app/settings.h"
+#include "app/shell/settings.h"
 
 #include <QHBoxLayout>
 #include <QLayoutItem>

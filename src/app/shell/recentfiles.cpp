@@ -1,6 +1,6 @@
-#include "app/recentfiles.h"
+#include "app/shell/recentfiles.h"
 
-#include "app/settings.h"
+#include "app/shell/settings.h"
 
 namespace {
 

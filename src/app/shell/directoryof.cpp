@@ -1,4 +1,4 @@
-#include "app/directoryof.h"
+#include "app/shell/directoryof.h"
 
 #include <QDir>
 

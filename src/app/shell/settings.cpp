@@ -1,4 +1,4 @@
-#include "app/settings.h"
+#include "app/shell/settings.h"
 
 #include <QProgressBar>
 

@@ -36,5 +36,5 @@ private:
     QPushButton *button = nullptr;
     QVector<std::pair<QWidget *, QVariant>> fields; // with their values as last seen
     QSet<const QWidget *> changedGroups;
-    QTimer delay; // of numbers that are typed
+    QTimer delay; // until numbers that are being typed are stored
 };

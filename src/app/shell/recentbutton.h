@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/recentfiles.h"
+#include "app/shell/recentfiles.h"
 
 #include <QToolButton>
 
