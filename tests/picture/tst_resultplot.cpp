@@ -102,7 +102,8 @@ void TestResultPlot::legendCorner()
     QFETCH(std::vector<float>, curve);
     QFETCH(QPoint, corner);
     PlotData data;
-    data.graphs = {curve};
+    data.graphs = {curve, std::vector<float>(5, 9.5F)};
+    data.visible = {true, false}; // a hidden curve is in nobody's way
     data.numPoints = int(curve.size());
     data.yMin = 0;
     data.yMax = 10;
