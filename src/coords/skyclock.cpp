@@ -59,6 +59,33 @@ double hoursOfDay(const QDateTime &utc)
     return utc.time().msecsSinceStartOfDay() / millisecondsPerHour;
 }
 
+// The moments of something that comes once a sidereal day, first at `hoursOf(date)` of every date.
+// The clocks of two dates differ by some tenths of a second at midnight, where both may show it:
+// the first one counts.
+template <typename HoursOf>
+std::vector<QDateTime> momentsOfDates(const QDateTime &begin, const QDateTime &end,
+                                      const HoursOf &hoursOf)
+{
+    constexpr qint64 apart = 60000; // ms
+    std::vector<QDateTime> moments;
+    if (!begin.isValid() || !end.isValid())
+        return moments;
+    const QDateTime from = begin.toUTC();
+    const QDateTime to = end.toUTC();
+    for (QDate date = from.date(); date <= to.date(); date = date.addDays(1)) {
+        const double first = hoursOf(date);
+        if (!std::isfinite(first))
+            return {};
+        for (double hours = first; hours < 24; hours += 24 * utPerSidereal) {
+            const QDateTime found = moment(date, hours);
+            const bool isNew = moments.empty() || moments.back().msecsTo(found) > apart;
+            if (isNew && found >= from && found < to)
+                moments.push_back(found);
+        }
+    }
+    return moments;
+}
+
 } // namespace
 
 double siderealDay()
@@ -69,23 +96,22 @@ double siderealDay()
 std::vector<QDateTime> culminations(const SkyPosition &position, const QDateTime &begin,
                                     const QDateTime &end)
 {
-    std::vector<QDateTime> passages;
-    if (!begin.isValid() || !end.isValid() || !position.isNumber())
-        return passages;
+    if (!position.isNumber())
+        return {};
     const CoordinatePair of2000 = coordinatePair(position);
-    const QDateTime from = begin.toUTC();
-    const QDateTime to = end.toUTC();
-    for (QDate date = from.date(); date <= to.date(); date = date.addDays(1)) {
-        const double first = culminationHours(of2000, calendarDate(date));
-        if (!std::isfinite(first))
-            return {};
-        for (double hours = first; hours < 24; hours += 24 * utPerSidereal) {
-            const QDateTime passage = moment(date, hours);
-            if (passage >= from && passage < to)
-                passages.push_back(passage);
-        }
-    }
-    return passages;
+    return momentsOfDates(begin, end, [&of2000](const QDate &date) {
+        return culminationHours(of2000, calendarDate(date));
+    });
+}
+
+std::vector<QDateTime> siderealMoments(double siderealTime, const QDateTime &begin,
+                                       const QDateTime &end)
+{
+    return momentsOfDates(begin, end, [siderealTime](const QDate &date) {
+        const double atMidnight = siderealTimeOnSite(calendarDate(date), 0);
+        const double wait = std::fmod(std::fmod(siderealTime - atMidnight, 24) + 24, 24);
+        return wait * utPerSidereal;
+    });
 }
 
 QDateTime nearestCulmination(const SkyPosition &position, const QDateTime &wanted)

@@ -21,6 +21,14 @@ double siderealDay();
 std::vector<QDateTime> culminations(const SkyPosition &position, const QDateTime &begin,
                                     const QDateTime &end);
 
+/// The moments from `begin` on and before `end` at which the telescope's sidereal clock shows a
+/// time.
+///
+/// @param siderealTime  hours
+/// @return rising; empty without valid moments or a number
+std::vector<QDateTime> siderealMoments(double siderealTime, const QDateTime &begin,
+                                       const QDateTime &end);
+
 /// The passage nearest to a moment; invalid where there is none.
 QDateTime nearestCulmination(const SkyPosition &position, const QDateTime &moment);
 

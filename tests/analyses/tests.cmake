@@ -1,1 +1,2 @@
 zrt_add_test(analyses/powerstack unit zrt_analyses)
+zrt_add_test(analyses/daylist unit zrt_analyses)

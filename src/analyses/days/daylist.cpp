@@ -1,0 +1,306 @@
+#include "analyses/days/daylist.h"
+
+#include "coords/skyclock.h"
+#include "data/truenumbers.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <tuple>
+#include <utility>
+
+namespace Days {
+
+namespace {
+
+constexpr double msPerSecond = 1000;
+
+struct Shape {
+    double tresolution = 0;
+    std::vector<double> fbands;
+
+    bool operator<(const Shape &other) const
+    {
+        return std::tie(tresolution, fbands) < std::tie(other.tresolution, other.fbands);
+    }
+};
+
+Shape shapeOf(const ObservationData &header)
+{
+    return {header.tresolution, header.fbands};
+}
+
+bool holds(const ObservationData &header, int module, int ray)
+{
+    bool hasModule = false;
+    for (int i = 0; i < header.modules; ++i)
+        hasModule = hasModule || moduleNumber(header, i) == module;
+    bool hasRay = false;
+    for (int i = 0; i < header.rays; ++i)
+        hasRay = hasRay || rayNumber(header, i) == ray;
+    return hasModule && hasRay;
+}
+
+QString stepText(double tresolution)
+{
+    return QString("%1 ms").arg(tresolution * msPerSecond, 0, 'g', 10);
+}
+
+// Why a recording cannot be used whatever the stretch is; empty where it can.
+QString unfitness(const RecordingEntry &entry, const DayChoice &choice)
+{
+    if (entry.state == RecordingState::Damaged || entry.state == RecordingState::Unreadable)
+        return entry.problem;
+    if (!entry.begin.isValid())
+        return "Its header has no begin time.";
+    if (!(entry.header.tresolution > 0))
+        return "Its header has no step of time.";
+    if (!holds(entry.header, choice.module, choice.ray))
+        return QString("It does not hold module %1, ray %2.").arg(choice.module).arg(choice.ray);
+    return {};
+}
+
+// The step and bands that most of the files have; of equally many the one that was found first.
+Shape commonShape(const RecordingSet &set, const std::vector<int> &usable)
+{
+    std::map<Shape, int> counts;
+    for (const int recording : usable)
+        ++counts[shapeOf(set.entries[std::size_t(recording)].header)];
+    Shape common;
+    int most = 0;
+    for (const int recording : usable) {
+        const Shape shape = shapeOf(set.entries[std::size_t(recording)].header);
+        if (counts[shape] > most) {
+            most = counts[shape];
+            common = shape;
+        }
+    }
+    return common;
+}
+
+// Recordings that follow each other.
+struct Chain {
+    std::vector<int> recordings;
+    std::vector<qint64> offsets; // of the first point of each among the points of all
+    qint64 points = 0;
+    QDateTime begin;
+    QDateTime end;
+};
+
+bool hasFraction(const QDateTime &moment)
+{
+    return moment.time().msec() != 0;
+}
+
+class Finder {
+public:
+    Finder(const RecordingSet &recordings, const DayChoice &wanted)
+        : set(recordings), choice(wanted)
+    {}
+
+    DayList find()
+    {
+        selectRecordings();
+        joinRecordings();
+        for (const Chain &chain : chains)
+            findIn(chain);
+        std::stable_sort(list.days.begin(), list.days.end(),
+                         [](const Day &a, const Day &b) { return a.begin < b.begin; });
+        std::sort(list.leftOut.begin(), list.leftOut.end(),
+                  [](const LeftOut &a, const LeftOut &b) { return a.recording < b.recording; });
+        return std::move(list);
+    }
+
+private:
+    const RecordingEntry &entry(int recording) const { return set.entries[std::size_t(recording)]; }
+
+    QDateTime endOf(int recording) const
+    {
+        const double length = entry(recording).completePoints * list.tresolution * msPerSecond;
+        return entry(recording).begin.addMSecs(qint64(std::llround(length)));
+    }
+
+    void selectRecordings()
+    {
+        std::vector<int> usable;
+        for (int i = 0; i < int(set.entries.size()); ++i) {
+            const QString reason = unfitness(entry(i), choice);
+            if (reason.isEmpty())
+                usable.push_back(i);
+            else
+                list.leftOut.push_back({i, reason});
+        }
+        const Shape common = commonShape(set, usable);
+        list.tresolution = common.tresolution;
+        list.fbands = common.fbands;
+        for (const int recording : usable) {
+            const ObservationData &header = entry(recording).header;
+            if (header.tresolution != common.tresolution)
+                list.leftOut.push_back({recording, QString("Its step is %1, that of the others %2.")
+                                                       .arg(stepText(header.tresolution),
+                                                            stepText(common.tresolution))});
+            else if (header.fbands != common.fbands)
+                list.leftOut.push_back({recording, "Its bands have other frequencies than those of "
+                                                   "the others."});
+            else
+                selected.push_back(recording);
+        }
+    }
+
+    // s; the begin of many files is known to whole seconds only.
+    double joiningTolerance(int before, int after) const
+    {
+        const bool inFractions =
+            hasFraction(entry(before).begin) || hasFraction(entry(after).begin);
+        return inFractions ? list.tresolution : 1;
+    }
+
+    void joinRecordings()
+    {
+        for (const int recording : selected) {
+            const QDateTime begin = entry(recording).begin;
+            Chain *last = chains.empty() ? nullptr : &chains.back();
+            if (last && begin < last->end.addMSecs(-qint64(msPerSecond))) {
+                list.leftOut.push_back({recording, "Another file holds the same time: " +
+                                                       entry(last->recordings.back()).path});
+                continue;
+            }
+            const double gap = last ? double(last->end.msecsTo(begin)) / msPerSecond : 0;
+            const bool follows =
+                last && std::abs(gap) <= joiningTolerance(last->recordings.back(), recording);
+            if (!follows) {
+                chains.push_back({});
+                last = &chains.back();
+                last->begin = begin;
+            }
+            last->recordings.push_back(recording);
+            last->offsets.push_back(last->points);
+            last->points += entry(recording).completePoints;
+            last->end = endOf(recording);
+        }
+    }
+
+    // A moment that the recordings' clock shows when the true time is `utc`.
+    QDateTime clockOf(const QDateTime &utc) const
+    {
+        return utc.addMSecs(qint64(std::llround(choice.start.clockOffset * msPerSecond)));
+    }
+
+    QDateTime utcOf(const QDateTime &clock) const
+    {
+        return clock.addMSecs(-qint64(std::llround(choice.start.clockOffset * msPerSecond)));
+    }
+
+    // Moments, by the recordings' clock, at which a stretch of this chain is wanted: its first
+    // point, that of a source its middle.
+    std::vector<QDateTime> momentsIn(const Chain &chain) const
+    {
+        const QDateTime begin = utcOf(chain.begin);
+        const QDateTime end = utcOf(chain.end);
+        std::vector<QDateTime> moments;
+        if (choice.start.kind == StartKind::Source) {
+            moments = Tools::culminations(choice.start.source, begin, end);
+        } else if (choice.start.kind == StartKind::Sidereal) {
+            moments = Tools::siderealMoments(choice.start.siderealTime, begin, end);
+        } else {
+            for (QDate date = begin.date(); date <= end.date(); date = date.addDays(1)) {
+                const QDateTime moment(date, choice.start.utc, Qt::UTC);
+                if (moment >= begin && moment < end)
+                    moments.push_back(moment);
+            }
+        }
+        for (QDateTime &moment : moments)
+            moment = clockOf(moment);
+        return moments;
+    }
+
+    void findIn(const Chain &chain)
+    {
+        std::vector<bool> used(chain.recordings.size());
+        const std::size_t firstDay = list.days.size();
+        const auto add = [this, &chain, &used](std::size_t recording, qint64 point) {
+            used[recording] = true;
+            list.days.push_back(dayAt(chain, recording, point));
+        };
+        if (choice.start.kind == StartKind::Point) {
+            for (std::size_t i = 0; i < chain.recordings.size(); ++i)
+                add(i, choice.start.point);
+            return;
+        }
+        for (const QDateTime &moment : momentsIn(chain)) {
+            std::size_t i = chain.recordings.size() - 1;
+            while (i > 0 && moment < entry(chain.recordings[i]).begin)
+                --i;
+            const qint64 ms = entry(chain.recordings[i]).begin.msecsTo(moment);
+            const double before = choice.start.kind == StartKind::Source ? choice.points * 0.5 : 0;
+            const double point = double(ms) / msPerSecond / list.tresolution - before;
+            add(i, qint64(std::trunc(point)));
+        }
+        markUnused(chain, firstDay, used);
+    }
+
+    // Files that a stretch merely reaches into are used as well.
+    void markUnused(const Chain &chain, std::size_t firstDay, std::vector<bool> &used)
+    {
+        for (std::size_t day = firstDay; day < list.days.size(); ++day) {
+            for (const DayPart &part : list.days[day].parts) {
+                const auto place =
+                    std::find(chain.recordings.begin(), chain.recordings.end(), part.recording);
+                used[std::size_t(place - chain.recordings.begin())] = true;
+            }
+        }
+        for (std::size_t i = 0; i < chain.recordings.size(); ++i) {
+            if (!used[i])
+                list.leftOut.push_back({chain.recordings[i], "It was made at another time of the "
+                                                             "day than the one looked for."});
+        }
+    }
+
+    Day dayAt(const Chain &chain, std::size_t recording, qint64 point) const
+    {
+        Day day;
+        const double ms = double(point) * list.tresolution * msPerSecond;
+        day.begin = entry(chain.recordings[recording]).begin.addMSecs(qint64(std::floor(ms)));
+        qint64 first = chain.offsets[recording] + point;
+        const qint64 behind = first + choice.points + choice.pointsAfter;
+        if (first < 0) {
+            day.reason = QString("The stretch begins %1 points before the recording.").arg(-first);
+            return day;
+        }
+        if (behind > chain.points) {
+            day.reason = QString("The stretch ends %1 points after the recording%2.")
+                             .arg(behind - chain.points)
+                             .arg(endsEarly(chain) ? ", which ends early" : "");
+            return day;
+        }
+        for (std::size_t i = 0; i < chain.recordings.size() && first < behind; ++i) {
+            const qint64 next = chain.offsets[i] + entry(chain.recordings[i]).completePoints;
+            if (first >= next)
+                continue;
+            const qint64 count = std::min(behind, next) - first;
+            day.parts.push_back({chain.recordings[i], int(first - chain.offsets[i]), int(count)});
+            first += count;
+        }
+        return day;
+    }
+
+    bool endsEarly(const Chain &chain) const
+    {
+        return entry(chain.recordings.back()).state == RecordingState::Short;
+    }
+
+    const RecordingSet &set;
+    const DayChoice &choice;
+    std::vector<int> selected;
+    std::vector<Chain> chains;
+    DayList list;
+};
+
+} // namespace
+
+DayList findDays(const RecordingSet &set, const DayChoice &choice)
+{
+    return Finder(set, choice).find();
+}
+
+} // namespace Days

@@ -1,0 +1,308 @@
+#include "analyses/days/dayseries.h"
+
+#include "base/timetext.h"
+#include "base/wholefile.h"
+#include "calc/channelsum.h"
+#include "calc/finitesamples.h"
+#include "calc/pulsarcalculate.h"
+#include "data/recordingfile.h"
+#include "data/truenumbers.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace Days {
+
+namespace {
+
+using Reading = StretchResult<ObservationData>;
+
+const RecordingEntry &entryOf(const RecordingSet &set, const DayPart &part)
+{
+    return set.entries[std::size_t(part.recording)];
+}
+
+QByteArray exactText(double value)
+{
+    constexpr int digits = 17;
+    return QByteArray::number(value, 'g', digits);
+}
+
+QByteArray oneLine(const QString &text)
+{
+    return QString(text).replace('%', "%25").replace('\n', "%0A").toUtf8();
+}
+
+// What the file of a series begins with: all that the series depends on. Lines that follow it,
+// the remark and the number of days, do not belong to it.
+QByteArray headerOf(const RecordingSet &set, const Day &day, int points,
+                    const SeriesRequest &request)
+{
+    const ObservationData &first = entryOf(set, day.parts.front()).header;
+    QByteArray header = "series: sum of bands 1 to " +
+                        QByteArray::number(PulsarCalculate::sumBands) +
+                        ", before the base line, form 1\n";
+    header += "points: " + QByteArray::number(points) +
+              "\ntype: float\nfirst_point: " + QByteArray::number(day.parts.front().first) +
+              "\ndisp: " + QByteArray::number(qint64(request.dispersion)) +
+              "\ndispersion: " + exactText(request.dispersion) +
+              "\nmodule: " + QByteArray::number(request.module) +
+              "\nray: " + QByteArray::number(request.ray) +
+              "\ndate: " + textOfTime(day.begin, "yyyy-MM-dd hh:mm:ss.zzz").toUtf8() +
+              "\ntresolution: " + exactText(first.tresolution) + "\nbands:";
+    for (const double frequency : first.fbands)
+        header += " " + exactText(frequency);
+    for (const DayPart &part : day.parts) {
+        const RecordingEntry &entry = entryOf(set, part);
+        const QFileInfo file(entry.path);
+        header += "\nfile: " + QByteArray::number(part.count) + " points from " +
+                  QByteArray::number(part.first) + " of " + QByteArray::number(file.size()) +
+                  " bytes of " +
+                  textOfTime(file.lastModified().toUTC(), "yyyy-MM-dd hh:mm:ss.zzz").toUtf8() +
+                  ", " + oneLine(entry.path);
+    }
+    return header + "\n";
+}
+
+constexpr char remarkKey[] = "remark: ";
+constexpr char daysLine[] = "\ndays: 1\n";
+
+// Reads a kept series; false where there is none that fits.
+bool readKept(const QString &path, const QByteArray &header, int points, DaySeries &series)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) || file.read(header.size()) != header)
+        return false;
+    const QByteArray remark = file.readLine();
+    const QByteArray days = file.readLine();
+    if (!remark.startsWith(remarkKey) || days != daysLine + 1)
+        return false;
+    const QByteArray values = file.readAll();
+    if (values.size() != qint64(points) * qint64(sizeof(float)))
+        return false;
+    series.sums.resize(std::size_t(points));
+    std::memcpy(series.sums.data(), values.constData(), std::size_t(values.size()));
+    const int begin = int(std::strlen(remarkKey));
+    series.remark =
+        QString::fromUtf8(remark.mid(begin).trimmed()).replace("%0A", "\n").replace("%25", "%");
+    series.wasKept = true;
+    return true;
+}
+
+void keep(const QString &folder, const QString &path, const QByteArray &header,
+          const DaySeries &series)
+{
+    if (!QDir().mkpath(folder))
+        return;
+    const auto *const values = reinterpret_cast<const char *>(series.sums.data());
+    const QByteArray bytes = header + remarkKey + oneLine(series.remark) + daysLine +
+                             QByteArray(values, int(series.sums.size() * sizeof(float)));
+    // A series that cannot be kept is made again the next time.
+    if (const WriteFailure failure = writeWhole(path, bytes))
+        QFile::remove(path);
+}
+
+std::vector<int> indicesOf(const ObservationData &header, const std::vector<SeriesRequest> &wanted,
+                           int count, int (*numberOf)(const ObservationData &, int),
+                           int SeriesRequest::*number)
+{
+    std::vector<int> indices;
+    for (int i = 0; i < count; ++i) {
+        const bool isWanted = std::any_of(wanted.begin(), wanted.end(), [&](const auto &request) {
+            return request.*number == numberOf(header, i);
+        });
+        if (isWanted)
+            indices.push_back(i);
+    }
+    return indices;
+}
+
+Reading readPart(const RecordingSet &set, const DayPart &part,
+                 const std::vector<SeriesRequest> &wanted, const SampleReadingHooks &hooks)
+{
+    const RecordingEntry &entry = entryOf(set, part);
+    RecordingFile file;
+    if (!file.open(entry.path))
+        return Reading::none(StretchEnd::Refused, file.reason());
+    const ObservationData &header = file.header();
+    if (file.size() != entry.size || header.fbands != entry.header.fbands)
+        return Reading::none(StretchEnd::Refused,
+                             entry.path + ": the file has changed since the folder was read. Read "
+                                          "the folder again.");
+    Stretch stretch;
+    stretch.first = part.first;
+    stretch.count = part.count;
+    stretch.modules =
+        indicesOf(header, wanted, header.modules, moduleNumber, &SeriesRequest::module);
+    stretch.rays = indicesOf(header, wanted, header.rays, rayNumber, &SeriesRequest::ray);
+    for (int band = 0; band < PulsarCalculate::sumBands; ++band)
+        stretch.channels.push_back(band);
+    return file.read(stretch, hooks);
+}
+
+// The points of several parts as one recording.
+Reading joined(const std::vector<ObservationData> &parts)
+{
+    ObservationData whole = parts.front();
+    whole.npoints = 0;
+    for (const ObservationData &part : parts)
+        whole.npoints += part.npoints;
+    const auto block =
+        SampleBlock::allocate(whole.modules, whole.channels, whole.rays, whole.npoints);
+    if (!block)
+        return Reading::none(StretchEnd::Refused,
+                             whole.filePath +
+                                 ": there is not enough memory. Close other programs.");
+    int offset = 0;
+    for (const ObservationData &part : parts) {
+        for (int module = 0; module < whole.modules; ++module)
+            for (int channel = 0; channel < whole.channels; ++channel)
+                for (int ray = 0; ray < whole.rays; ++ray)
+                    std::copy_n(part.samples[module][channel][ray], part.npoints,
+                                block->ray(module, channel, ray) + offset);
+        offset += part.npoints;
+    }
+    whole.samples = Samples(block);
+    return Reading::complete(std::move(whole));
+}
+
+Reading readDay(const RecordingSet &set, const Day &day, const std::vector<SeriesRequest> &wanted,
+                const SampleReadingHooks &hooks)
+{
+    std::vector<ObservationData> parts;
+    for (const DayPart &part : day.parts) {
+        Reading reading = readPart(set, part, wanted, hooks);
+        const ObservationData *data = reading.whole();
+        if (!data || day.parts.size() == 1)
+            return reading;
+        const bool fits = parts.empty() || (data->modules == parts.front().modules &&
+                                            data->rays == parts.front().rays);
+        if (!fits)
+            return Reading::none(StretchEnd::Refused,
+                                 data->filePath + ": it has other modules or rays than the file "
+                                                  "before it. Leave one of them out.");
+        parts.push_back(*data);
+    }
+    return joined(parts);
+}
+
+int placeOf(const ObservationData &data, int count, int number,
+            int (*numberOf)(const ObservationData &, int))
+{
+    for (int i = 0; i < count; ++i) {
+        if (numberOf(data, i) == number)
+            return i;
+    }
+    return -1;
+}
+
+DaySeries sumOf(const ObservationData &data, int points, const SeriesRequest &request)
+{
+    DaySeries series;
+    const int module = placeOf(data, data.modules, request.module, moduleNumber);
+    const int ray = placeOf(data, data.rays, request.ray, rayNumber);
+    if (module < 0 || ray < 0) {
+        series.problem =
+            QString("%1: it does not hold module %2, ray %3.")
+                .arg(data.filePath, QString::number(request.module), QString::number(request.ray));
+        return series;
+    }
+    const Tools::FiniteSamples finite = Tools::finiteSamples(
+        data, module, ray, Tools::wholeChannels(data, PulsarCalculate::sumBands));
+    if (!finite.samples || !finite.empty.empty()) {
+        series.problem = data.filePath + ": " +
+                         (finite.samples ? Tools::noFiniteText(finite.empty) +
+                                               ". Choose another ray, or leave the day out."
+                                         : "there is not enough memory. Close other programs.");
+        return series;
+    }
+    ObservationData usable = data;
+    usable.samples = finite.samples;
+    PulsarParameters parameters;
+    parameters.module = module + 1;
+    parameters.ray = ray + 1;
+    parameters.firstPoint = 0;
+    PulsarCalculate calculate(usable, parameters);
+    std::vector<double> sums(static_cast<std::size_t>(points));
+    if (!calculate.sumChannels(sums.data(), points, request.dispersion, true) ||
+        calculate.bandsSummed() < PulsarCalculate::sumBands) {
+        series.problem =
+            QString("%1: the bands cannot be summed at the dispersion %2 pc/cm^3.")
+                .arg(data.filePath, QString::fromLatin1(exactText(request.dispersion)));
+        return series;
+    }
+    series.sums.assign(sums.begin(), sums.end());
+    series.remark = Tools::nonFiniteText(finite.replaced, data.point);
+    return series;
+}
+
+} // namespace
+
+int pointsBehind(const std::vector<double> &fbands, double tresolution, double dispersion)
+{
+    constexpr int bands = PulsarCalculate::sumBands;
+    if (!Tools::areFrequencies(fbands, bands))
+        return -1;
+    int longest = 0;
+    for (int band = 0; band < bands; ++band) {
+        const double delay = Tools::dispersionDelay(fbands[std::size_t(band)], fbands[bands - 1],
+                                                    dispersion, tresolution);
+        if (!Tools::isShift(delay))
+            return -1;
+        longest = std::max(longest, Tools::stretchShift(delay));
+    }
+    return longest + 1; // a sum ends before the last point
+}
+
+QString seriesFileName(const RecordingSet &set, const Day &day, int points,
+                       const SeriesRequest &request)
+{
+    constexpr int digits = 12;
+    const QByteArray hash =
+        QCryptographicHash::hash(headerOf(set, day, points, request), QCryptographicHash::Sha256);
+    return QString("%1_m%2_r%3_%4.series")
+        .arg(textOfTime(day.begin, "yyyyMMdd_hhmmss"), QString::number(request.module),
+             QString::number(request.ray), QString::fromLatin1(hash.toHex().left(digits)));
+}
+
+std::vector<DaySeries> seriesOfDay(const RecordingSet &set, const Day &day, int points,
+                                   const std::vector<SeriesRequest> &requests,
+                                   const QString &folder, const SampleReadingHooks &hooks)
+{
+    std::vector<DaySeries> all(requests.size());
+    std::vector<SeriesRequest> missing;
+    const auto pathOf = [&](const SeriesRequest &request) {
+        return QDir(folder).filePath(seriesFileName(set, day, points, request));
+    };
+    for (std::size_t i = 0; i < requests.size(); ++i) {
+        const bool isKept =
+            !folder.isEmpty() &&
+            readKept(pathOf(requests[i]), headerOf(set, day, points, requests[i]), points, all[i]);
+        if (!isKept)
+            missing.push_back(requests[i]);
+    }
+    if (missing.empty())
+        return all;
+    const Reading reading = readDay(set, day, missing, hooks);
+    for (std::size_t i = 0; i < requests.size(); ++i) {
+        if (all[i].wasKept)
+            continue;
+        const ObservationData *data = reading.whole();
+        if (!data) {
+            all[i].problem = reading.reason();
+            all[i].wasStopped = reading.end() == StretchEnd::Cancelled;
+            continue;
+        }
+        all[i] = sumOf(*data, points, requests[i]);
+        if (!folder.isEmpty() && all[i].problem.isEmpty())
+            keep(folder, pathOf(requests[i]), headerOf(set, day, points, requests[i]), all[i]);
+    }
+    return all;
+}
+
+} // namespace Days
