@@ -4,7 +4,7 @@
 #include "base/wholefile.h"
 #include "calc/channelsum.h"
 #include "calc/finitesamples.h"
-#include "calc/pulsarcalculate.h"
+#include "calc/pulsar/pulsarcalculate.h"
 #include "data/recordingfile.h"
 #include "data/truenumbers.h"
 
