@@ -1,4 +1,5 @@
 #include "calc/pulsar/pulsarcalculate.h"
+
 #include "results/reporttext.h"
 
 bool PulsarCalculate::acceptSum()
