@@ -1,8 +1,8 @@
 #pragma once
 
 #include "data/numberfile.h"
-#include "forms/arrays/arrayplot.h"
 #include "jobs/worker.h"
+#include "picture/arrayplot.h"
 
 #include <QDir>
 #include <QTimer>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "data/numberfile.h"
-#include "forms/arrays/arrayplot.h"
+#include "picture/arrayplot.h"
 
 #include <QWidget>
 #include <memory>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "forms/arrays/arrayplot.h"
+#include "picture/arrayplot.h"
 
 #include <QPointF>
 #include <QTimer>

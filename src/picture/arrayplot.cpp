@@ -1,4 +1,4 @@
-#include "forms/arrays/arrayplot.h"
+#include "picture/arrayplot.h"
 
 #include "calc/seriesstatistics.h"
 #include "picture/axistexts.h"
