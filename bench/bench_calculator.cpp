@@ -2,7 +2,7 @@
 // and until it is laid out again in another width. The argument is the number of points of the
 // series. Run with QT_QPA_PLATFORM=offscreen.
 
-#include "forms/calculator/calculatortexts.h"
+#include "calculators/calculators.h"
 
 #include <QApplication>
 #include <QTextBrowser>

@@ -11,6 +11,7 @@ run_packages=("${build_packages[@]}" "${font_packages[@]}")
 test_packages=("${run_packages[@]}" libfftw3-dev xvfb openbox xdotool imagemagick)
 package_packages=("${run_packages[@]}" dpkg-dev file help2man lintian)
 cluster_packages=("${run_packages[@]}" slurmd slurmctld slurm-client munge parallel)
+coverage_packages=("${test_packages[@]}" gcovr)
 bench_packages=("${run_packages[@]}" libbenchmark-dev libfftw3-dev libqcustomplot-dev)
 
 say() { printf '%s\n' "$*" >&2; }

@@ -1,5 +1,5 @@
 #include "app/mainwindow.h"
-#include "app/settings.h"
+#include "app/shell/settings.h"
 #include "base/process.h"
 
 #include <QApplication>

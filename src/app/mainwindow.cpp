@@ -1,9 +1,10 @@
 #include "app/mainwindow.h"
 
-#include "app/directoryof.h"
-#include "app/recentbutton.h"
-#include "app/settings.h"
-#include "app/timedprogressbar.h"
+#include "app/shell/directoryof.h"
+#include "app/shell/recentbutton.h"
+#include "app/shell/settings.h"
+#include "app/shell/timedprogressbar.h"
+#include "base/version.h"
 #include "forms/arrays/arraysdirform.h"
 #include "forms/arrays/arraysform.h"
 #include "forms/bintotext/bintotext.h"
@@ -29,8 +30,6 @@
 
 namespace {
 
-constexpr char versionName[] = "2.0.0";
-constexpr char versionDate[] = "2025.11.22";
 constexpr int messageMs = 15000; // that a line stays in the status bar
 
 } // namespace
@@ -389,7 +388,7 @@ void MainWindow::showAbout()
         "Scientific supervisor: not named",
         "Web: https://zrt-analytics-2.example",
         "",
-        QString("Version: %1 %2").arg(versionName, versionDate),
+        QString("Version: %1 %2").arg(Version::number, Version::date),
         "Compiled at " + executable.lastModified().toString("dd.MM.yyyy hh:mm"),
     };
     QMessageBox::about(this, "About", lines.join("\n"));

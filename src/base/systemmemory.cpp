@@ -1,7 +1,6 @@
 #include "base/systemmemory.h"
 
 #include <QFile>
-#include <QString>
 #include <algorithm>
 #include <limits>
 #include <unistd.h>
@@ -58,34 +57,32 @@ qint64 ofGroup(const QString &root, QString group, const char *limitName, const 
     return left;
 }
 
-// Batch systems hold a job to its share of the machine with control groups, of version 2
-// ("0::/path") or 1 ("4:memory:/path").
-qint64 ofGroups()
+} // namespace
+
+qint64 groupMemoryLeft(const QString &groups, const QString &mount)
 {
     qint64 left = noLimit;
-    QFile groups("/proc/self/cgroup");
-    if (!groups.open(QIODevice::ReadOnly))
+    QFile file(groups);
+    if (!file.open(QIODevice::ReadOnly))
         return left;
-    for (QByteArray line = groups.readLine(); !line.isEmpty(); line = groups.readLine()) {
+    for (QByteArray line = file.readLine(); !line.isEmpty(); line = file.readLine()) {
         const QString text = QString::fromLocal8Bit(line).trimmed();
         QString group = text.section(':', 2);
         if (group == "/")
             group.clear();
         if (text.startsWith("0::"))
-            left = std::min(left, ofGroup("/sys/fs/cgroup", group, "memory.max", "memory.current",
-                                          "inactive_file "));
+            left = std::min(
+                left, ofGroup(mount, group, "memory.max", "memory.current", "inactive_file "));
         else if (text.section(':', 1, 1).split(',').contains("memory"))
-            left = std::min(left, ofGroup("/sys/fs/cgroup/memory", group, "memory.limit_in_bytes",
+            left = std::min(left, ofGroup(mount + "/memory", group, "memory.limit_in_bytes",
                                           "memory.usage_in_bytes", "total_inactive_file "));
     }
     return left;
 }
 
-} // namespace
-
 qint64 availableMemory()
 {
-    return std::min(ofMachine(), ofGroups());
+    return std::min(ofMachine(), groupMemoryLeft());
 }
 
 bool hasMemoryFor(double bytes)

@@ -5,6 +5,8 @@
 
 namespace Batch {
 
+using namespace Results;
+
 namespace {
 
 struct AxisName {
@@ -64,13 +66,6 @@ PulsarAxis axisOf(const std::vector<HeaderLine> &lines)
     axis.step = valueOf(lines, "x_step").toDouble();
     axis.period = valueOf(lines, "x_period").section(' ', 0, 0).toDouble();
     return axis;
-}
-
-QString valueOf(const std::vector<HeaderLine> &lines, const QString &key)
-{
-    const auto line = std::find_if(lines.begin(), lines.end(),
-                                   [&](const HeaderLine &header) { return header.key == key; });
-    return line == lines.end() ? QString() : line->value;
 }
 
 } // namespace Batch

@@ -8,6 +8,8 @@
 
 namespace Batch {
 
+using namespace Results;
+
 namespace {
 
 // "500M", "2G" or bytes; CLI11 has checked it.

@@ -52,7 +52,7 @@ void addPlaceOptions(CLI::App &command, int &module, int &ray, PlaceOptions &num
 void addFormatOption(CLI::App &command, std::string &format);
 void addSizeOption(CLI::App &command, std::string &size);
 
-Format formatOf(const std::string &name);
+Results::Format formatOf(const std::string &name);
 QSize sizeOf(const std::string &text);
 OutputOptions outputOptionsOf(const TableArguments &arguments);
 

@@ -1,6 +1,7 @@
 #include "batch/commands.h"
+#include "batch/programname.h"
+#include "calculators/calculators.h"
 #include "coords/raytables.h"
-#include "forms/calculator/calculatortexts.h"
 
 #include <QRegularExpression>
 #include <cstdio>
@@ -9,6 +10,8 @@
 // cat2zrt, zrt2cat and ray: the calculators, on the standard output.
 
 namespace Batch {
+
+using namespace Results;
 
 namespace {
 
@@ -35,7 +38,7 @@ ExitCode printAnswer(const QString &command, const std::vector<HeaderLine> &give
     if (!problem.isEmpty())
         printError(command + ": " + problem);
     ResultTable table;
-    table.request = {{"program", "zrt-batch " ZRT_VERSION}, {"command", command}};
+    table.request = {{"program", programName()}, {"command", command}};
     QByteArray text;
     const auto add = [&](const QString &name, const QString &value) {
         table.columns.push_back({name, {}, QStringList(value)});

@@ -1,7 +1,7 @@
-#include "batch/candidates.h"
 #include "batch/commands.h"
 #include "batch/ffawork.h"
 #include "batch/inputlist.h"
+#include "batch/mergework.h"
 #include "calc/pulsar/pulsarfields.h"
 
 #include <cmath>

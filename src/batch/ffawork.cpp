@@ -1,10 +1,10 @@
 #include "batch/ffawork.h"
 
-#include "batch/candidates.h"
 #include "batch/picture.h"
 #include "calc/ffacandidates.h"
 #include "calc/pulsar/pulsarcalculate.h"
 #include "data/truenumbers.h"
+#include "results/candidates.h"
 
 #include <QDateTime>
 #include <algorithm>
@@ -12,6 +12,8 @@
 #include <numeric>
 
 namespace Batch {
+
+using namespace Results;
 
 namespace {
 
@@ -300,16 +302,14 @@ private:
                               std::vector<Candidate> &found)
     {
         for (const FfaCandidate &peak : peaks) {
-            Candidate candidate;
-            candidate.peak = peak;
-            candidate.module = selected.module;
-            candidate.ray = selected.ray;
-            candidate.dispersion = selected.dispersion;
             // A table may mix the candidates of many searches, so that numbers would not tell.
             const double base = peak.base < 0 ? 0 : peaks[std::size_t(peak.base)].period;
             constexpr int digits = 9;
-            candidate.remark =
-                Tools::candidateRemark(peak, QString::number(base, 'g', digits) + " s");
+            Candidate candidate =
+                Tools::tableCandidate(peak, QString::number(base, 'g', digits) + " s");
+            candidate.module = selected.module;
+            candidate.ray = selected.ray;
+            candidate.dispersion = selected.dispersion;
             found.push_back(candidate);
         }
     }

@@ -1,4 +1,5 @@
 #include "base/progressdots.h"
+#include "base/version.h"
 #include "batch/commands.h"
 #include "batch/filework.h"
 #include "batch/info.h"
@@ -13,6 +14,8 @@
 // simulate, info, totext, plot, export and import.
 
 namespace Batch {
+
+using namespace Results;
 
 namespace {
 
@@ -36,7 +39,7 @@ void addSimulate(CLI::App &app, Chosen &chosen)
         for (const std::string &word : command->remaining())
             arguments << textOf(word);
         chosen.run = [arguments] {
-            QCoreApplication::setApplicationVersion(ZRT_VERSION);
+            QCoreApplication::setApplicationVersion(Version::number);
             const auto goOn = [dots = ProgressDots()](int percent) mutable {
                 dots(percent);
                 return !isStopRequested();

@@ -2,14 +2,15 @@
 
 #include "base/bytetext.h"
 #include "base/timetext.h"
-#include "batch/filterbank.h"
 #include "batch/inputlist.h"
 #include "batch/keyedwork.h"
 #include "batch/outputfiles.h"
+#include "batch/programname.h"
 #include "calc/stretchsum.h"
 #include "data/recordingtime.h"
 #include "data/recordingwriter.h"
 #include "data/truenumbers.h"
+#include "results/filterbank.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -21,6 +22,8 @@
 #include <limits>
 
 namespace Batch {
+
+using namespace Results;
 
 namespace {
 
@@ -148,7 +151,7 @@ QByteArray seriesDescription(const ExportRequest &request, const QString &key,
         {"Total bandwidth (MHz)", numberText(spacing * bands)},
         {"Number of channels", QString::number(bands)},
         {"Channel bandwidth (MHz)", numberText(spacing)},
-        {"Data analyzed by", "zrt-batch " ZRT_VERSION},
+        {"Data analyzed by", programName()},
     };
     QString text;
     for (const auto &[name, value] : lines)

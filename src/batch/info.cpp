@@ -2,6 +2,7 @@
 
 #include "base/bytetext.h"
 #include "batch/inputlist.h"
+#include "batch/programname.h"
 #include "batch/recordings.h"
 #include "data/recordingtime.h"
 
@@ -10,6 +11,8 @@
 #include <cstdio>
 
 namespace Batch {
+
+using namespace Results;
 
 namespace {
 
@@ -85,7 +88,7 @@ ExitCode printInfo(const QStringList &names, Format format)
     }
     ExitCode code = ExitCode::Done;
     ResultTable table;
-    table.request = {{"program", "zrt-batch " ZRT_VERSION}, {"command", "info"}};
+    table.request = {{"program", programName()}, {"command", "info"}};
     QByteArray text;
     for (const QString &path : list.paths) {
         const Info info = infoOf(path);

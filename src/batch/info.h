@@ -1,7 +1,7 @@
 #pragma once
 
 #include "batch/failure.h"
-#include "batch/resulttable.h"
+#include "results/resulttable.h"
 
 #include <QStringList>
 
@@ -9,6 +9,6 @@ namespace Batch {
 
 /// Prints what the passports say, and whether the sizes of the files agree, to the standard
 /// output: a paragraph per recording as text, a row each as CSV and JSON.
-ExitCode printInfo(const QStringList &names, Format format);
+ExitCode printInfo(const QStringList &names, Results::Format format);
 
 } // namespace Batch

@@ -10,6 +10,8 @@
 
 namespace Batch {
 
+using namespace Results;
+
 namespace {
 
 constexpr qint64 searched = 1 << 16; // bytes at the begin of a file

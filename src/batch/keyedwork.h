@@ -9,13 +9,13 @@ namespace Batch {
 QString besideOrIn(const QString &input, const OutputOptions &output, const QString &name);
 
 /// What is asked of a file as it is now.
-std::vector<HeaderLine> requestOf(const QString &command, const QString &input,
-                                  const std::vector<HeaderLine> &parameters);
+std::vector<Results::HeaderLine> requestOf(const QString &command, const QString &input,
+                                           const std::vector<Results::HeaderLine> &parameters);
 
 /// A short text that stands for a request, for files without a header that could tell it:
 /// "zrt-request-" and 24 hexadecimal digits of its SHA-256. Not longer than what a picture keeps as
 /// plain text.
-QString requestKey(const std::vector<HeaderLine> &request);
+QString requestKey(const std::vector<Results::HeaderLine> &request);
 
 /// Whether the begin of a file, where all kinds of ours have it, holds a key.
 bool holdsKey(const QString &path, const QString &key);
@@ -24,7 +24,7 @@ bool holdsKey(const QString &path, const QString &key);
 /// the others are there. `memory` is 0, `run` is left empty.
 ///
 /// @param keyFile  the output of an input that holds the key
-Work keyedWork(const QString &command, const std::vector<HeaderLine> &parameters,
+Work keyedWork(const QString &command, const std::vector<Results::HeaderLine> &parameters,
                const std::function<QStringList(const QString &input)> &outputs,
                const std::function<QString(const QString &input)> &keyFile);
 

@@ -1,6 +1,7 @@
 #include "base/process.h"
 #include "batch/commands.h"
 #include "batch/helptext.h"
+#include "batch/programname.h"
 #include "batch/stopsignal.h"
 
 #include <QGuiApplication>
@@ -42,7 +43,7 @@ int run(int argc, char **argv)
 {
     setUpProcess();
     CLI::App app(manual, "zrt-batch");
-    app.set_version_flag("--version", "zrt-batch " ZRT_VERSION);
+    app.set_version_flag("--version", Batch::programName().toStdString());
     app.require_subcommand(1);
     app.footer("zrt-batch COMMAND --help is the manual of a command.");
     app.formatter(std::make_shared<Batch::HelpFormatter>());

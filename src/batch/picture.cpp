@@ -15,6 +15,8 @@
 
 namespace Batch {
 
+using namespace Results;
+
 namespace {
 
 // Fonts are one for the whole process.

@@ -1,20 +1,20 @@
 #pragma once
 
-#include "batch/resulttable.h"
 #include "picture/plotdata.h"
 #include "picture/plotexport.h"
+#include "results/resulttable.h"
 
 #include <QSize>
 
 namespace Batch {
 
 /// Whether a table holds curves or candidates, the two kinds that plotOf() shows.
-bool canBeDrawn(const ResultTable &table);
+bool canBeDrawn(const Results::ResultTable &table);
 
 /// What a plot of a result shows: its columns over its axis, as the form that makes the same
 /// result shows them; or S/N over period of its candidates, those with a remark (harmonics, hum)
 /// as a curve of their own.
-PlotData plotOf(const ResultTable &table);
+PlotData plotOf(const Results::ResultTable &table);
 
 /// A plot of S/N over period.
 ///

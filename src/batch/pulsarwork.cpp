@@ -11,6 +11,8 @@
 
 namespace Batch {
 
+using namespace Results;
+
 namespace {
 
 // The action's own words, in one line.

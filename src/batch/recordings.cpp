@@ -1,6 +1,7 @@
 #include "batch/recordings.h"
 
 #include "base/timetext.h"
+#include "batch/programname.h"
 #include "data/batchtexts.h"
 #include "data/recordingtime.h"
 #include "data/truenumbers.h"
@@ -10,6 +11,8 @@
 #include <algorithm>
 
 namespace Batch {
+
+using namespace Results;
 
 namespace {
 
@@ -155,7 +158,7 @@ qint64 memoryOfRay(const RecordingFile &file, qint64 points)
 std::vector<HeaderLine> inputHeader(const QString &command, const QString &path)
 {
     const QFileInfo info(path);
-    return {{"program", "zrt-batch " ZRT_VERSION},
+    return {{"program", programName()},
             {"command", command},
             {"file", path},
             {"file_size", QString::number(info.size()) + " bytes"},

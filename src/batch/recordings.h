@@ -1,9 +1,9 @@
 #pragma once
 
 #include "batch/failure.h"
-#include "batch/resulttable.h"
 #include "batch/runner.h"
 #include "data/recordingfile.h"
+#include "results/resulttable.h"
 
 #include <optional>
 
@@ -51,16 +51,16 @@ Failure failureOf(StretchEnd end, const QString &reason);
 qint64 memoryOfRay(const RecordingFile &file, qint64 points);
 
 /// Which program, which command, which file with its size and its time of change (UTC).
-std::vector<HeaderLine> inputHeader(const QString &command, const QString &path);
+std::vector<Results::HeaderLine> inputHeader(const QString &command, const QString &path);
 
 /// The module and ray of a result by their true numbers, and when the recording begins.
 ///
 /// @param module, ray  places in the file, from 1
-std::vector<HeaderLine> rayLines(const ObservationData &header, int module, int ray);
+std::vector<Results::HeaderLine> rayLines(const ObservationData &header, int module, int ray);
 /// When the recording begins, UTC; "unknown" where its passport does not say.
-HeaderLine beginLine(const ObservationData &header);
+Results::HeaderLine beginLine(const ObservationData &header);
 
 /// Refuses a header that has lost the value of one of its lines.
-Failure checkHeader(const std::vector<HeaderLine> &lines, const QString &path);
+Failure checkHeader(const std::vector<Results::HeaderLine> &lines, const QString &path);
 
 } // namespace Batch

@@ -15,6 +15,8 @@
 
 namespace Batch {
 
+using namespace Results;
+
 namespace {
 
 // A result is far smaller; what is not is no result.

@@ -1,10 +1,10 @@
 #include "batch/runner.h"
 
 #include "base/wholefile.h"
-#include "batch/resulttable.h"
 #include "batch/stopsignal.h"
 #include "jobs/items.h"
 #include "jobs/memorygate.h"
+#include "results/resulttable.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -21,6 +21,8 @@
 #include <vector>
 
 namespace Batch {
+
+using namespace Results;
 
 namespace {
 

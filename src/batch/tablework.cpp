@@ -9,6 +9,8 @@
 
 namespace Batch {
 
+using namespace Results;
+
 namespace {
 
 std::vector<HeaderLine> requestOf(const TableRequest &request, const QString &input)
@@ -16,7 +18,7 @@ std::vector<HeaderLine> requestOf(const TableRequest &request, const QString &in
     std::vector<HeaderLine> parameters = request.parameters;
     if (!request.output.picture.isEmpty())
         parameters.push_back(pictureLine(request.output));
-    return requestOf(request.command, input, parameters);
+    return Batch::requestOf(request.command, input, parameters);
 }
 
 QString tablePath(const TableRequest &request, const QString &input)
@@ -68,7 +70,9 @@ Failure makeTable(const TableRequest &request, const QString &input, const Contr
             return {ExitCode::TryLater, input + ": " + picture.problem + "."};
         files.push_back({picturePath(request, input), picture.bytes});
     }
-    files.push_back({tablePath(request, input), result.table.toBytes(output.format)});
+    files.push_back({tablePath(request, input), {}, [&](WholeFile &out) {
+                         return writeTable(result.table, output.format, out);
+                     }});
     return writeOutputs(files);
 }
 

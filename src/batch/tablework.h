@@ -1,8 +1,8 @@
 #pragma once
 
 #include "batch/recordings.h"
-#include "batch/resulttable.h"
 #include "batch/runner.h"
+#include "results/resulttable.h"
 
 #include "picture/plotdata.h"
 
@@ -15,21 +15,21 @@ namespace Batch {
 struct OutputOptions {
     QString folder; ///< empty: beside each input
     QString tag;    ///< part of the names, so that results of other parameters stay apart
-    Format format = Format::Text;
+    Results::Format format = Results::Format::Text;
     QString picture; ///< "png", "svg" or "pdf"; empty: no picture
     QSize pictureSize = {1280, 720};
 };
 
 /// What the work on one recording gives.
 struct TableResult {
-    ResultTable table;
+    Results::ResultTable table;
     std::optional<PlotData> plot; ///< where the picture does not show the columns of the table
 };
 
 /// A subcommand that makes one table of each recording.
 struct TableRequest {
     QString command;
-    std::vector<HeaderLine> parameters; ///< all that decide the result, with their units
+    std::vector<Results::HeaderLine> parameters; ///< all that decide the result, with their units
     OutputOptions output;
     /// Bytes of memory for an opened recording.
     std::function<qint64(const RecordingFile &file)> memory;
@@ -38,7 +38,7 @@ struct TableRequest {
 };
 
 /// The header line of a picture: its kind and size.
-HeaderLine pictureLine(const OutputOptions &output);
+Results::HeaderLine pictureLine(const OutputOptions &output);
 
 /// Name of what a subcommand makes of an input: "<input>.<command>[.<tag>].<extension>".
 QString outputPath(const QString &input, const QString &command, const OutputOptions &output,

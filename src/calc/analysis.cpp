@@ -1,7 +1,7 @@
 #include "calc/analysis.h"
 
 #include "base/shellword.h"
-#include "calc/reporttext.h"
+#include "results/reporttext.h"
 
 namespace {
 

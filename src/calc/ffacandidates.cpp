@@ -2,7 +2,7 @@
 
 #include "calc/ffafold.h"
 #include "calc/fold.h"
-#include "calc/reporttext.h"
+#include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>
@@ -255,33 +255,12 @@ QString candidateRemark(const FfaCandidate &candidate, const QString &base)
     return remarks.join(", ");
 }
 
-QStringList candidateTitles()
+Results::Candidate tableCandidate(const FfaCandidate &candidate, const QString &base)
 {
-    return {"no.",           "period, s",   "error, s",  "S/N",     "remark",
-            "frequency, Hz", "width, bins", "width, ms", "duty, %", "fold, bins"};
-}
-
-QStringList candidateFields(const FfaCandidate &candidate, int number)
-{
-    // Refined, to the second digit of the error.
-    const bool isRefined = std::isfinite(candidate.periodError);
-    const QString refined = ReportText::withError(candidate.period, candidate.periodError);
-    QStringList remarks;
-    if (candidate.snrFactor > 1)
-        remarks << QString("S/N %1 times too low").arg(candidate.snrFactor, 0, 'f', 1);
-    const QString remark = candidateRemark(candidate);
-    if (!remark.isEmpty())
-        remarks << remark;
-    return {QString::number(number),
-            isRefined ? refined.section(' ', 0, 0) : QString::number(candidate.period, 'f', 7),
-            isRefined ? refined.section(' ', -1) : QString("-"),
-            QString::number(double(candidate.snr), 'f', 1),
-            remarks.join(", "),
-            QString::number(1 / candidate.period, 'f', 6),
-            QString::number(candidate.width),
-            QString::number(1000 * candidate.widthSeconds(), 'f', 2),
-            QString::number(100 * candidate.dutyCycle(), 'f', 1),
-            QString::number(candidate.bins)};
+    Results::Candidate row;
+    row.peak = candidate;
+    row.remark = candidateRemark(candidate, base);
+    return row;
 }
 
 } // namespace Tools

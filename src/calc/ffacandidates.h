@@ -1,11 +1,10 @@
 #pragma once
 
 #include "calc/ffaresult.h"
+#include "results/candidates.h"
 
 #include <QString>
-#include <QStringList>
 #include <functional>
-#include <limits>
 #include <vector>
 
 /// S/N over period, periods rising.
@@ -16,22 +15,11 @@ struct FfaSpectrum {
 };
 
 /// One peak of a search, its neighbours merged into it.
-struct FfaCandidate {
-    double period = 0;                                             ///< s, topocentric
-    double periodError = std::numeric_limits<double>::quiet_NaN(); ///< s; NaN: not refined
-    float snr = 0;        ///< of the best width, as the search gives it
-    double snrFactor = 1; ///< by which it is too low, above 1 at a whole downsampling factor
-    int width = 0;        ///< of the boxcar, bins
-    int bins = 0;         ///< of the fold
-    int base = -1;        ///< index of the stronger candidate that it is a harmonic of; -1: none
-    int multiple = 1;     ///< its period is multiple / divisor of that of the base
+struct FfaCandidate : Results::Peak {
+    int base = -1;    ///< index of the stronger candidate that it is a harmonic of; -1: none
+    int multiple = 1; ///< its period is multiple / divisor of that of the base
     int divisor = 1;
-    double mains = 0;   ///< Hz, frequency of the mains hum that it consists of; 0: none
-    double foldSnr = 0; ///< of the series folded at exactly this period
-
-    double dutyCycle() const { return double(width) / bins; }
-    double widthSeconds() const { return dutyCycle() * period; }
-    double strength() const { return double(snr) * snrFactor; } ///< the true S/N
+    double mains = 0; ///< Hz, frequency of the mains hum that it consists of; 0: none
 };
 
 namespace Tools {
@@ -78,12 +66,8 @@ bool refineCandidate(const FfaResult &result, FfaCandidate &candidate,
 ///              search would tell nothing
 QString candidateRemark(const FfaCandidate &candidate, const QString &base = {});
 
-/// Titles of the columns of a table of candidates, units after a comma.
-QStringList candidateTitles();
-
-/// One row of it. The remark begins with the factor by which the S/N is too low where it is.
-///
-/// @param number  of the candidate, from 1
-QStringList candidateFields(const FfaCandidate &candidate, int number);
+/// The candidate with its remark, as tables take it. Module, ray, dispersion and file are left to
+/// the caller.
+Results::Candidate tableCandidate(const FfaCandidate &candidate, const QString &base = {});
 
 } // namespace Tools

@@ -1,6 +1,6 @@
 #include "forms/openrecording.h"
 
-#include "app/settings.h"
+#include "app/shell/settings.h"
 #include "forms/native/nativegrafik.h"
 
 void openRecording(const QString &path)

@@ -1,27 +1,21 @@
 #include "forms/readrecording.h"
 
-#include "app/busyguard.h"
-#include "app/errorbox.h"
-#include "app/settings.h"
+#include "app/shell/errorbox.h"
+#include "app/shell/progresstask.h"
 #include "data/reader.h"
 #include "data/recordingfile.h"
 
 #include <QLabel>
-#include <QProgressBar>
 
 std::optional<ReadRecording> readRecording(const QString &path, QWidget *window)
 {
     Reader reader;
     ReadRecording recording;
     {
-        QProgressBar *const progressBar = Settings::instance()->progressBar();
-        BusyGuard guard;
-        QObject::connect(&reader, &Reader::progress, progressBar, &QProgressBar::setValue);
-        QObject::connect(&guard, &BusyGuard::cancelRequested, &reader, &Reader::cancel);
-        progressBar->setValue(0);
-        progressBar->show();
+        ProgressTask task;
+        QObject::connect(&reader, &Reader::progress, &task, &ProgressTask::show);
+        QObject::connect(&task, &ProgressTask::cancelRequested, &reader, &Reader::cancel);
         recording.data = Reader::readDataFile(&reader, path, false);
-        progressBar->hide();
     }
     if (reader.outcome() == ReadOutcome::Cancelled)
         return std::nullopt;

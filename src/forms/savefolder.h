@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/directoryof.h"
-#include "app/settings.h"
+#include "app/shell/directoryof.h"
+#include "app/shell/settings.h"
 
 /// Lets the save dialogs of a plot or a picture menu start in the folder of the last save, and
 /// remembers theirs.

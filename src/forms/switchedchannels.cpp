@@ -1,6 +1,6 @@
 #include "forms/switchedchannels.h"
 
-#include "app/channelswitches.h"
+#include "app/shell/channelswitches.h"
 
 #include <QCheckBox>
 #include <QStringList>

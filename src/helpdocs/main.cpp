@@ -2,6 +2,7 @@
 // relative to the document; one that is missing fails the run, so that no help without its
 // pictures is ever built.
 
+#include "base/version.h"
 #include "base/wholefile.h"
 
 #include <QAbstractTextDocumentLayout>
@@ -287,7 +288,7 @@ QString convert(const QString &from, const QString &to)
     document.setDocumentMargin(0);
     document.setIndentWidth(screenPixels(16));
     document.setBaseUrl(QUrl::fromLocalFile(QFileInfo(from).absoluteFilePath()));
-    document.setMarkdown(QString::fromUtf8(source.readAll()));
+    document.setMarkdown(QString::fromUtf8(source.readAll()).replace("@VERSION@", Version::number));
     document.setPageSize(body.size());
 
     if (const QString missing = sizePictures(document, body.width()); !missing.isEmpty())

@@ -1,5 +1,6 @@
 #include "picture/plotmarks.h"
 
+#include "picture/legend.h"
 #include "picture/plotpainter.h"
 
 #include <QPainter>
@@ -118,37 +119,6 @@ void paintReadOut(QPainter &painter, const PlotData &data, const View &view, int
             drawSample(painter, view, samplePlace(view, data, {curve, index}));
 }
 
-// A name per visible curve beside a piece of its line.
-void paintLegend(QPainter &painter, const PlotData &data, const QPoint &corner)
-{
-    constexpr int rowHeight = 15;
-    constexpr int lineLength = 18;
-    constexpr int space = 6;
-    std::vector<int> curves;
-    int width = 0;
-    for (int curve = 0; curve < data.names.size(); ++curve)
-        if (isVisible(data, curve) && !data.names[curve].isEmpty()) {
-            curves.push_back(curve);
-            width = std::max(width, painter.fontMetrics().horizontalAdvance(data.names[curve]));
-        }
-    if (curves.empty())
-        return;
-    painter.setPen(QColor(190, 190, 190));
-    painter.setBrush(QColor(255, 255, 255, 225));
-    painter.drawRect(QRect(
-        corner, QSize(width + lineLength + 3 * space, int(curves.size()) * rowHeight + space)));
-    painter.setBrush(Qt::NoBrush);
-    int baseline = corner.y() + rowHeight;
-    for (const int curve : curves) {
-        const int x = corner.x() + space;
-        painter.setPen(QPen(QColor(colourOf(data, curve)), 2));
-        painter.drawLine(x, baseline - 4, x + lineLength, baseline - 4);
-        painter.setPen(QColor("black"));
-        painter.drawText(QPoint(x + lineLength + space, baseline), data.names[curve]);
-        baseline += rowHeight;
-    }
-}
-
 void paintTexts(QPainter &painter, const PlotData &data, const View &view, const Marks &marks)
 {
     const QStringList cursors = cursorTexts(data, marks);
@@ -170,6 +140,20 @@ void paintTexts(QPainter &painter, const PlotData &data, const View &view, const
 const std::vector<std::vector<float>> &markedCurves(const PlotData &data)
 {
     return data.graphs.empty() ? data.multiGraphs : data.graphs;
+}
+
+void moveCursors(Marks &marks, const IndexMap &map, const Range &all)
+{
+    for (auto &cursor : marks.cursors) {
+        if (!cursor)
+            continue;
+        // Among more or fewer points a cursor would come to stand beside its place.
+        const double index = std::round(map(cursor->index));
+        if (map.factor == 1 && index >= 0 && index < all.max)
+            cursor->index = int(index);
+        else
+            cursor.reset();
+    }
 }
 
 double valueAt(const PlotData &data, const Cursor &cursor)

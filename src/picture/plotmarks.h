@@ -31,6 +31,10 @@ struct Marks {
 /// The curves that cursors and the read-out belong to.
 const std::vector<std::vector<float>> &markedCurves(const PlotData &data);
 
+/// Moves the cursors to where their points stand in other data, whose indices are `all`. A cursor
+/// goes where its point is not among them, or where the points lie closer or farther apart.
+void moveCursors(Marks &marks, const IndexMap &map, const Range &all);
+
 /// The sample at a cursor; NaN where the data have none.
 double valueAt(const PlotData &data, const Cursor &cursor);
 

@@ -1,5 +1,8 @@
 #include "plot/plotlegend.h"
 
+#include "picture/legend.h"
+#include "picture/plotmarks.h"
+
 #include <QCheckBox>
 #include <QMouseEvent>
 #include <QPainter>
@@ -62,33 +65,55 @@ PlotLegend::PlotLegend(QWidget *plot)
     hide();
 }
 
-void PlotLegend::setCurves(const QVector<Curve> &curves)
+void PlotLegend::setCurvesOf(PlotData &shown)
 {
     lines = new QWidget;
     lines->setObjectName("lines");
     auto *const layout = new QVBoxLayout(lines);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(1);
-    for (int curve = 0; curve < curves.size(); ++curve)
-        if (!curves[curve].name.isEmpty())
-            addLine(curve, curves[curve]);
+    const int count = shown.messageMode ? 0 : shown.names.size();
+    for (int curve = 0; curve < count; ++curve) {
+        const QString &name = shown.names[curve];
+        if (toggled.contains(name)) {
+            shown.visible.resize(std::max(shown.visible.size(), size_t(curve) + 1), true);
+            shown.visible[size_t(curve)] = toggled[name];
+        }
+        if (name.isEmpty())
+            continue;
+        const auto &curves = Plot::markedCurves(shown);
+        const bool isEmpty =
+            size_t(curve) < curves.size() && Plot::lacksFinite(curves[size_t(curve)]);
+        addLine(curve, isEmpty ? name + ": " + Plot::noFiniteValues : name,
+                QColor(Plot::colourOf(shown, curve)), Plot::isVisible(shown, curve));
+    }
     const bool isEmpty = layout->isEmpty();
     scrollArea->setWidget(lines); // the former one goes
     setVisible(!isEmpty);
 }
 
-void PlotLegend::addLine(int curve, const Curve &entry)
+void PlotLegend::addLine(int curve, const QString &name, const QColor &colour, bool visible)
 {
     auto *const box = new QCheckBox(lines);
-    box->setText(box->fontMetrics().elidedText(entry.name, Qt::ElideMiddle, widestName));
-    box->setToolTip(entry.name);
-    box->setIcon(lineOf(entry.colour, devicePixelRatioF()));
+    box->setText(box->fontMetrics().elidedText(name, Qt::ElideMiddle, widestName));
+    box->setToolTip(name);
+    box->setIcon(lineOf(colour, devicePixelRatioF()));
     box->setIconSize({16, 12});
-    box->setChecked(entry.isVisible);
+    box->setChecked(visible);
     box->setFocusPolicy(Qt::TabFocus);
     lines->layout()->addWidget(box);
     connect(box, &QCheckBox::toggled, this,
             [this, curve](bool checked) { emit curveToggled(curve, checked); });
+}
+
+void PlotLegend::placeBeside(const PlotData &shown, const Plot::CurveBlocks &blocks,
+                             const Plot::View &view)
+{
+    const QRect area = Plot::legendArea(view);
+    if (isHidden() || area.isEmpty())
+        return;
+    fitInto(area);
+    placeIn(area, Plot::emptiestCorner(shown, blocks, view, area, size()));
 }
 
 QSize PlotLegend::sizeHint() const
@@ -103,6 +128,7 @@ QSize PlotLegend::sizeHint() const
     return size + QSize(margins.left() + margins.right() + 2, margins.top() + margins.bottom() + 2);
 }
 
+// Takes the size of its content, at most so much of the area.
 void PlotLegend::fitInto(const QRect &area)
 {
     allowed = area;
@@ -113,6 +139,7 @@ void PlotLegend::fitInto(const QRect &area)
     resize(std::min(wanted.width() + bar, area.width()), std::min(wanted.height(), highest));
 }
 
+// Moves into the area, to the corner unless the user has dragged it elsewhere.
 void PlotLegend::placeIn(const QRect &area, const QPoint &corner)
 {
     allowed = area;

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "picture/blockextremes.h"
+#include "picture/plotgeometry.h"
+
 #include <QFrame>
+#include <QMap>
 #include <QVector>
 #include <optional>
 
@@ -14,24 +18,19 @@ class PlotLegend : public QFrame {
     Q_OBJECT
 
 public:
-    struct Curve {
-        QString name;
-        QColor colour;
-        bool isVisible = true;
-    };
-
     explicit PlotLegend(QWidget *plot);
 
-    /// Replaces the list; curves without a name get no line.
-    void setCurves(const QVector<Curve> &curves);
+    /// Lists the named curves of a plot. Those that the user has hidden or shown before under
+    /// the same name become so again in the data.
+    void setCurvesOf(PlotData &shown);
+    /// Keeps, until forget(), whether the user shows the curves of that name.
+    void remember(const QString &name, bool visible) { toggled[name] = visible; }
+    void forget() { toggled.clear(); }
 
-    /// Takes the size of its content, at most that much of the area.
-    void fitInto(const QRect &area);
-    /// Moves to a place by hand or from its last one there into the area.
-    ///
-    /// @param corner  where to stand when nobody has dragged it
-    void placeIn(const QRect &area, const QPoint &corner);
-    bool wasDragged() const { return draggedTo.has_value(); }
+    /// Takes the size of its content and moves to the corner where it hides least of the curves,
+    /// or to where the user has dragged it.
+    void placeBeside(const PlotData &shown, const Plot::CurveBlocks &blocks,
+                     const Plot::View &view);
 
     QSize sizeHint() const override;
 
@@ -44,12 +43,15 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
-    void addLine(int curve, const Curve &entry);
+    void addLine(int curve, const QString &name, const QColor &colour, bool visible);
     void setFolded(bool folded);
+    void fitInto(const QRect &area);
+    void placeIn(const QRect &area, const QPoint &corner);
 
     QToolButton *heading;
     QScrollArea *scrollArea;
     QWidget *lines = nullptr;
+    QMap<QString, bool> toggled;      // by the user, of the names that are shown
     QRect allowed;                    // by the plot
     std::optional<QPoint> dragFrom;   // of the pointer within the legend
     std::optional<QPointF> draggedTo; // as parts of the free way, so that it holds in any size

@@ -4,15 +4,14 @@
 #include "picture/plotgeometry.h"
 #include "picture/plotmarks.h"
 #include "picture/zoom.h"
+#include "plot/plotselection.h"
 
 #include <QImage>
-#include <QMap>
 #include <QMutex>
 #include <QPointF>
 #include <QRect>
 #include <QWidget>
 #include <optional>
-#include <utility>
 
 class PlotLegend;
 
@@ -80,20 +79,15 @@ public:
     /// Whether anything less than all is shown.
     bool isZoomed() const { return !zoom.isNone(); }
 
-    /// What the selected rectangle holds, its edges in order; nothing when none is selected.
-    struct SelectedRange {
-        Plot::Range x; ///< point indices, with fraction
-        Plot::Range y;
-    };
-    std::optional<SelectedRange> selectedRange() const;
+    /// What the selected rectangle holds; nothing when none is selected.
+    std::optional<Plot::SelectedRange> selectedRange() const { return selected.range(); }
     void clearSelection();
 
     /// Whether the pointer is dragging what is shown.
     bool isPanned() const { return panFrom.has_value(); }
 
-    /// The selected rectangle in pixels of the widget: its left upper corner, and as its size
-    /// the way to the right lower one. Null when nothing is selected.
-    QRect selection() const { return marks.selection; }
+    /// The selected rectangle in pixels of the widget, see Plot::Selection::rectangle().
+    QRect selection() const { return selected.rectangle(); }
 
     /// Folder in which the file dialogs begin; see fileSaved().
     void setSaveFolder(const QString &folder) { saveFolder = folder; }
@@ -172,18 +166,17 @@ private:
     void endPan();
     void setSpaceHeld(bool held);
     bool handleKey(const QKeyEvent &event);
+    bool zoomByKey(int key);
+    bool markByKey(int key);
     void stepReadOut(int way);
     void toggleHarmonics();
     bool removeMarks();
     void announceView();
-    void select(const QRect &rectangle);
-    void anchorSelection();
-    std::pair<QPointF, QPointF> announcedCorners() const;
-    void placeSelection();
+    void select(const QPoint &corner1, const QPoint &corner2);
+    Plot::Marks shownMarks() const;
     void askAndSavePicture();
     void askAndSaveSamples();
     void report(const QString &path, const QString &failure);
-    void renewLegend();
     void placeLegend();
     void toggleCurve(int curve, bool visible);
     void repaintPlot();
@@ -194,11 +187,8 @@ private:
     Plot::Zoom zoom;
     Plot::ZoomHistory history;
     VisibleRange announced;
-    Plot::Marks marks;
-    // What the rectangle's corners stand for. All shown, the rectangle is a place on the widget
-    // and these follow it; zoomed, it is a piece of the data and the place follows.
-    QPointF selectedCorner1;
-    QPointF selectedCorner2;
+    Plot::Selection selected;
+    Plot::Marks marks;    // without the rectangle; see shownMarks()
     QPointF pointed;      // index and value that were read out last
     int readOutCurve = 0; // that the arrow keys follow
     bool showsFocus = false;
@@ -208,7 +198,6 @@ private:
     bool spaceHeld = false;
     std::optional<QPoint> panFrom; // where the pointer was, while it drags the plot
     PlotLegend *const legend;
-    QMap<QString, bool> toggled; // by the user, of the names that are shown
     QString saveFolder;
     QImage picture;             // all below the selection, as it was last painted
     bool pictureIsStale = true; // the data changed since

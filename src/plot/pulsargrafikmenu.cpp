@@ -60,7 +60,7 @@ void PulsarGrafik::copyPicture()
 
 QString PulsarGrafik::savePicture(const QString &path) const
 {
-    Plot::Marks content = marks;
+    Plot::Marks content = shownMarks();
     content.readOut.reset();
     if (legend->isVisibleTo(this))
         content.legend = legend->pos();

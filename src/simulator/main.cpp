@@ -1,4 +1,5 @@
 #include "base/process.h"
+#include "base/version.h"
 #include "simulator/simulatecommand.h"
 
 #include <QCoreApplication>
@@ -23,7 +24,7 @@ int main(int argc, char **argv)
     setUpProcess();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName("zrt-simulate");
-    QCoreApplication::setApplicationVersion("2.0.0");
+    QCoreApplication::setApplicationVersion(Version::number);
 
     QStringList arguments = QCoreApplication::arguments();
     arguments[0] = "zrt-simulate";

@@ -1,4 +1,4 @@
-#include "app/recordingmodel.h"
+#include "app/shell/recordingmodel.h"
 
 #include "support/testmain.h"
 

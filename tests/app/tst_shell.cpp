@@ -1,7 +1,7 @@
-#include "app/busyguard.h"
-#include "app/clicklable.h"
-#include "app/directoryof.h"
-#include "app/settings.h"
+#include "app/shell/clicklable.h"
+#include "app/shell/directoryof.h"
+#include "app/shell/progresstask.h"
+#include "app/shell/settings.h"
 #include "support/testmain.h"
 
 #include <QApplication>
@@ -18,7 +18,7 @@ private slots:
     void linkColours();
     void storedValues();
     void progressDots();
-    void guardStopsMenusAndClosing();
+    void taskHoldsTheWindow();
 };
 
 void TestShell::directory_data()
@@ -126,24 +126,31 @@ void TestShell::progressDots()
     QVERIFY2(child.readAllStandardOutput().contains("...\n"), "one dot for each new value");
 }
 
-void TestShell::guardStopsMenusAndClosing()
+void TestShell::taskHoldsTheWindow()
 {
     QMainWindow window;
     Ui::MainWindow ui;
     ui.setupUi(&window);
     Settings::instance()->setUi(ui);
     window.show();
+    QTimer timer(&window);
+    QSignalSpy fired(&timer, &QTimer::timeout);
+    timer.start(0);
     {
-        BusyGuard guard;
-        QSignalSpy cancelled(&guard, &BusyGuard::cancelRequested);
+        ProgressTask task;
+        QSignalSpy cancelled(&task, &ProgressTask::cancelRequested);
         QVERIFY(!ui.menubar->isEnabled());
+        QVERIFY(task.advance(40));
         QTest::keyClick(&window, Qt::Key_Escape);
         QCOMPARE(cancelled.size(), 1);
+        QVERIFY(!task.advance(50) && !task.goesOn());
+        QVERIFY(ProgressTask::isRunning() && fired.isEmpty());
         window.close();
         QCOMPARE(cancelled.size(), 2);
         QVERIFY2(window.isVisible(), "the loop's form must not go while the loop runs");
     }
-    QVERIFY(ui.menubar->isEnabled());
+    QVERIFY(!ProgressTask::isRunning() && ui.menubar->isEnabled());
+    QTRY_VERIFY2(!fired.isEmpty(), "the timer goes on afterwards");
     QTRY_VERIFY(!window.isVisible());
     QTest::keyClick(&window, Qt::Key_Escape);
     Settings::instance()->setUi({});

@@ -1,4 +1,3 @@
-zrt_add_test(batch/formats unit zrt_batch)
 zrt_add_test(batch/program unit zrt_batch zrt_reader)
 zrt_add_test(batch/recordings unit zrt_batch zrt_reader)
 zrt_add_test(batch/files unit zrt_batch)

@@ -1,13 +1,16 @@
 #include "base/process.h"
-#include "batch/candidates.h"
-#include "batch/filterbank.h"
+#include "batch/mergework.h"
 #include "batch/picture.h"
+#include "results/candidates.h"
+#include "results/filterbank.h"
 #include "support/batchfolder.h"
 #include "support/recordings.h"
 #include "support/testmain.h"
 
 #include <QImage>
 #include <cmath>
+#include <limits>
+#include <random>
 #include <sys/stat.h>
 
 // Names, numbers and fates of the files that the batch program makes.
@@ -30,6 +33,7 @@ private slots:
     void namesWithPercent();
     void listFromPipe();
     void candidatesAsPicture();
+    void mergingIgnoresOrder();
 };
 
 void TestFiles::initTestCase()
@@ -47,19 +51,19 @@ void TestFiles::initTestCase()
     writeFile(
         path("ray.pnt"),
         TestSupport::recordingBytes({20000, 1, 33, 1}, sample).replace("rays 1\n", "ray 5\n"));
-    Batch::FilterbankHeader header;
+    Results::FilterbankHeader header;
     header.step = 0.25;
     header.firstBand = 110;
     header.bandStep = 1;
     header.channels = 2;
-    writeFile(path("again.fil"), Batch::filterbankBytes(header) + QByteArray(16, 'x'));
+    writeFile(path("again.fil"), Results::filterbankBytes(header) + QByteArray(16, 'x'));
     writeFile(path("curve.res"), "points: 2\ndays: 1\n12345678");
-    Batch::ResultTable table;
+    Results::ResultTable table;
     table.request = {{"program", "zrt-batch"}, {"command", "sum"}};
     table.columns = {{"sum", {}, std::vector<float>{1, 3, 2}}};
-    writeFile(path("curve.txt"), table.toBytes(Batch::Format::Text));
-    table.columns = Batch::candidateColumns(std::vector<Batch::Candidate>(2), true);
-    writeFile(path("candidates.txt"), table.toBytes(Batch::Format::Text));
+    writeFile(path("curve.txt"), table.toBytes(Results::Format::Text));
+    table.columns = Results::candidateColumns(std::vector<Results::Candidate>(2), true);
+    writeFile(path("candidates.txt"), table.toBytes(Results::Format::Text));
 }
 
 void TestFiles::fullDisk_data()
@@ -186,8 +190,8 @@ void TestFiles::trueNumbers()
                   "--period-max", "2", "--plot", "svg", "search.pnt"})
                  .code,
              0);
-    const Batch::ReadCandidates found =
-        Batch::readCandidates(contentOf(path("search.pnt.ffa.txt")));
+    const Results::ReadCandidates found =
+        Results::readCandidates(contentOf(path("search.pnt.ffa.txt")));
     QVERIFY(!found.candidates.empty());
     QCOMPARE(found.candidates[0].module * 10 + found.candidates[0].ray, 62);
     QVERIFY(linesOf("search.pnt.ffa.txt").contains("modules: 6"));
@@ -262,17 +266,17 @@ void TestFiles::listFromPipe()
 // The highest places of the picture are those of the candidates.
 void TestFiles::candidatesAsPicture()
 {
-    std::vector<Batch::Candidate> candidates(3);
+    std::vector<Results::Candidate> candidates(3);
     const double periods[] = {0.5, 1, 2};
     for (std::size_t i = 0; i < 3; ++i) {
         candidates[i].peak.period = periods[i];
         candidates[i].peak.snr = 10 + float(i);
     }
     candidates[0].remark = "1/2 x 1 s";
-    Batch::ResultTable table;
+    Results::ResultTable table;
     table.request = {{"program", "zrt-batch"}, {"command", "merge"}};
     table.result = {{"period_min", "0.25 s"}, {"period_max", "4 s"}};
-    table.columns = Batch::candidateColumns(candidates, true);
+    table.columns = Results::candidateColumns(candidates, true);
     const PlotData plot = Batch::plotOf(table);
     QCOMPARE(plot.graphs.size(), std::size_t(2));
     const auto places = [&](std::size_t curve) {
@@ -285,9 +289,44 @@ void TestFiles::candidatesAsPicture()
     QCOMPARE(places(0), (std::vector<double>{1, 2}));
     QCOMPARE(places(1), (std::vector<double>{0.5}));
     QCOMPARE(plot.x.values.front(), 0.25);
-    writeFile(path("cands.txt"), table.toBytes(Batch::Format::Text));
+    writeFile(path("cands.txt"), table.toBytes(Results::Format::Text));
     QCOMPARE(run({"plot", "cands.txt"}).code, 0);
     QCOMPARE(QImage(path("cands.png")).size(), QSize(1280, 720));
+}
+
+// Candidates that differ in a single column, some of them in two tables, give the same bytes in
+// whatever order they come.
+void TestFiles::mergingIgnoresOrder()
+{
+    QStringList inputs;
+    for (int i = 0; i < 6; ++i) {
+        Results::Candidate same;
+        same.peak.snr = 10;
+        same.file = "a.pnt";
+        Results::Candidate other = same;
+        other.remark = i % 2 ? "2 x 0.5 s" : "";
+        other.peak.foldSnr = i % 3;
+        other.peak.periodError = i == 4 ? 1e-6 : std::numeric_limits<double>::quiet_NaN();
+        other.ray = 1 + i % 4;
+        Results::ResultTable table;
+        table.request = {{"program", "zrt-batch"}};
+        table.columns = Results::candidateColumns({same, other}, true);
+        inputs << path("table" + QString::number(i));
+        writeFile(inputs.back(), table.toBytes(Results::Format::Text));
+    }
+    QByteArray first;
+    for (int i = 0; i < 50; ++i) {
+        std::mt19937 random{unsigned(i)};
+        std::shuffle(inputs.begin(), inputs.end(), random);
+        Batch::MergeRequest request;
+        request.output = path("merged");
+        QVERIFY(!Batch::mergeCandidates(inputs, request));
+        const QByteArray bytes = contentOf(request.output);
+        if (first.isEmpty())
+            first = bytes;
+        QCOMPARE(bytes, first);
+    }
+    QCOMPARE(Results::readCandidates(first).candidates.size(), std::size_t(4));
 }
 
 int main(int argc, char **argv)

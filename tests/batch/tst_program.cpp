@@ -1,9 +1,10 @@
-#include "batch/candidates.h"
-#include "batch/filterbank.h"
 #include "calc/channelsum.h"
+#include "calc/ffacandidates.h"
 #include "calc/pulsar/pulsarcalculate.h"
 #include "calc/pulsar/pulsarcommand.h"
 #include "data/reader.h"
+#include "results/candidates.h"
+#include "results/filterbank.h"
 #include "support/batchfolder.h"
 #include "support/recordings.h"
 #include "support/testmain.h"
@@ -122,6 +123,10 @@ void TestProgram::failures_data()
     QTest::newRow("short result") << "totext short.res" << 65 << "Block 1 of 2 in";
     QTest::newRow("result without points")
         << "totext nopoints.res" << 65 << "нет points в паспорте";
+    QTest::newRow("result without points and days")
+        << "totext nocounts.res" << 65 << "нет points в паспорте";
+    QTest::newRow("result cut in its header")
+        << "totext cutheader.res" << 65 << "нет points в паспорте";
     QTest::newRow("result without days") << "totext nodays.res" << 65 << "Error! No days in";
     QTest::newRow("name too long")
         << "native --ray 1 --first-point 0 " + longName << 73 << "File name too long";
@@ -137,18 +142,20 @@ void TestProgram::failures_data()
     QTest::newRow("bad alfa") << "cat2zrt 3:23 39:44:52 01.04.2015" << 64 << "Bad alfa!";
     QTest::newRow("no such beam") << "ray 9 9" << 65 << "no delta for these module and beam!";
     QTest::newRow("first failure counts") << "sum text.pnt nothing.pnt" << 65 << "nothing.pnt";
-    Batch::ResultTable table;
+    Results::ResultTable table;
     table.request = {{"program", "zrt-batch"}};
-    table.columns = Batch::candidateColumns(std::vector<Batch::Candidate>(2), true);
-    writeFile(path("candidates.txt"), table.toBytes(Batch::Format::Text));
+    table.columns = Results::candidateColumns(std::vector<Results::Candidate>(2), true);
+    writeFile(path("candidates.txt"), table.toBytes(Results::Format::Text));
     writeFile(path("folders"), "# a comment\n\nempty\n");
     table.columns = {{"name", {}, QStringList{"a", "b"}}};
-    writeFile(path("names.csv"), table.toBytes(Batch::Format::Csv));
+    writeFile(path("names.csv"), table.toBytes(Results::Format::Csv));
     table.columns = {{"sum", {}, std::vector<float>{1, 2}}};
-    writeFile(path("result.png"), table.toBytes(Batch::Format::Text));
+    writeFile(path("result.png"), table.toBytes(Results::Format::Text));
     QCOMPARE(mkfifo(QFile::encodeName(path("pipe")).constData(), 0600), 0);
     writeFile(path("short.res"), "points: 9\ntype: float\ndays: 2\nxx");
     writeFile(path("nopoints.res"), "type: float\ndays: 2\n");
+    writeFile(path("nocounts.res"), "type: float\nfirst_point: 0\n");
+    writeFile(path("cutheader.res"), "program: zrt-batch\ncommand: fold\nfile: a.pnt\nrep");
     writeFile(path("nodays.res"), "points: 9\ntype: float\n");
 }
 
@@ -241,8 +248,8 @@ void TestProgram::sameAsForm()
     const PulsarResult &expected = form.result();
 
     const QString name = command.section(' ', 1, 1);
-    const Batch::ReadTable read =
-        Batch::readTable(contentOf(path("demo.pnt." + name + ".same.csv")));
+    const Results::ReadTable read =
+        Results::readTable(contentOf(path("demo.pnt." + name + ".same.csv")));
     QCOMPARE(read.problem, QString());
     QCOMPARE(read.table.columns.size(), expected.curves.size() + 1);
     for (std::size_t i = 0; i < expected.curves.size(); ++i) {
@@ -250,7 +257,7 @@ void TestProgram::sameAsForm()
         QCOMPARE(std::vector<float>(numbers.begin(), numbers.end()), expected.curves[i]);
     }
     QString report;
-    for (const Batch::HeaderLine &line : read.table.request)
+    for (const Results::HeaderLine &line : read.table.request)
         report += line.key == "report" ? line.value + "\n" : QString();
     const QStringList lines = expected.description.split('\n', Qt::SkipEmptyParts);
     QCOMPARE(report, (lines + expected.remarks).join('\n') + "\n");
@@ -269,8 +276,8 @@ void TestProgram::candidatesAreThoseOfTheForm()
     parameters.ffa.rmed_width = 12;
     const Ended end = runShell(ffaCommand(parameters, "demo.pnt") + " --tag same");
     QVERIFY2(end.code == 0, qPrintable(end.errors));
-    const Batch::ReadCandidates read =
-        Batch::readCandidates(contentOf(path("demo.pnt.ffa.same.txt")));
+    const Results::ReadCandidates read =
+        Results::readCandidates(contentOf(path("demo.pnt.ffa.same.txt")));
     QCOMPARE(read.problem, QString());
 
     const ObservationData data = Reader::readDataFile(nullptr, path("demo.pnt"));
@@ -305,9 +312,9 @@ void TestProgram::wholeFactorsAreNamed()
              qPrintable(end.errors));
     const QByteArray table = contentOf(path("demo.pnt.ffa.whole.txt"));
     QCOMPARE(table.count("remark: S/N comes out too low"), 1);
-    const Batch::ReadCandidates read = Batch::readCandidates(table);
+    const Results::ReadCandidates read = Results::readCandidates(table);
     QVERIFY(read.candidates.size() > 1);
-    const FfaCandidate &pulsar = read.candidates[0].peak;
+    const Results::Peak &pulsar = read.candidates[0].peak;
     QVERIFY2(qAbs(pulsar.period - 3.032) < 1e-3, qPrintable(QString::number(pulsar.period)));
     QVERIFY(qAbs(pulsar.snrFactor - std::sqrt(5 / 3.0)) < 1e-3);
     // Harmonics name the refined period of their base.
@@ -322,7 +329,7 @@ void TestProgram::wholeFactorsAreNamed()
                   "strong.txt", "demo.pnt.ffa.whole.txt"})
                  .code,
              0);
-    const Batch::ReadCandidates strong = Batch::readCandidates(contentOf(path("strong.txt")));
+    const Results::ReadCandidates strong = Results::readCandidates(contentOf(path("strong.txt")));
     QCOMPARE(strong.candidates.size(), std::size_t(1));
     QCOMPARE(strong.candidates[0].peak.snrFactor, pulsar.snrFactor);
 }
@@ -488,14 +495,14 @@ void TestProgram::importedFilterbanks()
     QFETCH(int, bits);
     QFETCH(double, bandStep);
     QFETCH(QByteArray, samples);
-    Batch::FilterbankHeader header;
+    Results::FilterbankHeader header;
     header.begin = 57113.5; // 1 April 2015, noon
     header.step = 0.25;
     header.firstBand = bandStep > 0 ? 110 : 111;
     header.bandStep = bandStep;
     header.channels = 3;
     header.bits = bits;
-    writeFile(path("in.fil"), Batch::filterbankBytes(header) + samples + "x");
+    writeFile(path("in.fil"), Results::filterbankBytes(header) + samples + "x");
     const Ended end = run({"import", "--force", "in.fil"});
     QVERIFY2(end.code == 0 && end.errors.contains("the last sample is not whole"),
              qPrintable(end.errors));

@@ -1,6 +1,6 @@
-#include "batch/filterbank.h"
 #include "data/reader.h"
 #include "data/recordingtime.h"
+#include "results/filterbank.h"
 #include "support/recordings.h"
 #include "support/testmain.h"
 
@@ -39,7 +39,7 @@ QByteArray contentOf(const QString &path)
 
 } // namespace
 
-using FilterbankChange = std::function<void(Batch::FilterbankHeader &)>;
+using FilterbankChange = std::function<void(Results::FilterbankHeader &)>;
 Q_DECLARE_METATYPE(FilterbankChange)
 
 class TestRecordings : public QObject {
@@ -202,7 +202,7 @@ void TestRecordings::filterbanksOfBothWays_data()
     const auto row = [](const char *name, const FilterbankChange &change, bool isTaken) {
         QTest::newRow(name) << change << isTaken;
     };
-    using H = Batch::FilterbankHeader;
+    using H = Results::FilterbankHeader;
     row(
         "plain", [](H &) {}, true);
     row(
@@ -238,7 +238,7 @@ void TestRecordings::filterbanksOfBothWays()
 {
     QFETCH(FilterbankChange, change);
     QFETCH(bool, isTaken);
-    Batch::FilterbankHeader header;
+    Results::FilterbankHeader header;
     header.begin = 57113.5;
     header.step = 0.25;
     header.firstBand = 1500;
@@ -247,7 +247,7 @@ void TestRecordings::filterbanksOfBothWays()
     header.bits = 8;
     change(header);
     write("in.fil",
-          Batch::filterbankBytes(header) + QByteArray(2 * std::max(1, header.channels), '\1'));
+          Results::filterbankBytes(header) + QByteArray(2 * std::max(1, header.channels), '\1'));
     const Ended imported = run("import --force in.fil");
     QVERIFY2(imported.code == (isTaken ? 0 : 65), qPrintable(imported.errors));
     if (isTaken) {

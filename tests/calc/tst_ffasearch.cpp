@@ -286,9 +286,10 @@ void TestFfaSearch::pulsesAtAWholeFactorCountInFull()
     }
     QVERIFY(strongest[0].snr < strongest[1].snr / 2.5F);
     QVERIFY(std::abs(strongest[0].strength() / strongest[1].strength() - 1) < 0.06);
-    const int remark = Tools::candidateTitles().indexOf("remark");
-    QCOMPARE(Tools::candidateFields(strongest[0], 1)[remark], QString("S/N 2.9 times too low"));
-    QCOMPARE(Tools::candidateFields(strongest[1], 1)[remark], QString());
+    const int remark = Results::shownTitles().indexOf("remark");
+    QCOMPARE(Results::shownFields(Tools::tableCandidate(strongest[0]), 1)[remark],
+             QString("S/N 2.9 times too low"));
+    QCOMPARE(Results::shownFields(Tools::tableCandidate(strongest[1]), 1)[remark], QString());
 }
 
 void TestFfaSearch::familiesAreNamed()
@@ -406,11 +407,11 @@ void TestFfaSearch::refinedCandidatesFoldThere()
              qPrintable(QString::number(candidate.period, 'f', 7)));
     QVERIFY(candidate.foldSnr != searched.foldSnr && candidate.foldSnr > 0.95 * searched.foldSnr);
     // The table tells the period to the second digit of its error.
-    const QStringList fields = Tools::candidateFields(candidate, 1);
-    const int column = Tools::candidateTitles().indexOf("period, s");
+    const QStringList fields = Results::shownFields(Tools::tableCandidate(candidate), 1);
+    const int column = Results::shownTitles().indexOf("period, s");
     QCOMPARE(fields[column].size(), fields[column + 1].size());
     QVERIFY(std::abs(fields[column].toDouble() - candidate.period) < candidate.periodError / 10);
-    QCOMPARE(Tools::candidateFields(searched, 1)[column + 1], QString("-"));
+    QCOMPARE(Results::shownFields(Tools::tableCandidate(searched), 1)[column + 1], QString("-"));
 }
 
 void TestFfaSearch::errorsOfPeriodsAreTrue_data()

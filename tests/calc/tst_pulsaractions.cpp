@@ -367,7 +367,7 @@ void TestPulsarActions::realRecordings()
     QFETCH(Check, check);
     const QString path = TestSupport::realRecording(QTest::currentDataTag());
     if (path.isEmpty())
-        QSKIP("the recording is not on this machine");
+        QSKIP("there is no such recording in ../shared/data");
     check(Reader::readDataFile(nullptr, path));
 }
 

@@ -53,7 +53,7 @@ void TestFirstAnalysis::initTestCase()
 {
     for (const char *tool : {"Xvfb", "openbox", "xdotool", "import"}) {
         if (QStandardPaths::findExecutable(tool).isEmpty())
-            QSKIP(qPrintable(QString("SKIPPED: %1 is not installed").arg(tool)));
+            QSKIP(qPrintable(QString("%1 is not installed").arg(tool)));
     }
     QVERIFY(folder.isValid());
     startServer();

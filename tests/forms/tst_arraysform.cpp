@@ -1,12 +1,12 @@
 #include "app/mainwindow.h"
-#include "app/settings.h"
-#include "batch/resulttable.h"
-#include "forms/arrays/arrayreading.h"
+#include "app/shell/settings.h"
 #include "forms/arrays/arraysdirform.h"
 #include "forms/arrays/arraysform.h"
 #include "forms/arrays/greypicture.h"
 #include "picture/plotgeometry.h"
 #include "plot/pulsargrafik.h"
+#include "results/arrayfile.h"
+#include "results/resulttable.h"
 #include "support/messageboxcatcher.h"
 #include "support/testmain.h"
 
@@ -216,17 +216,17 @@ void TestArraysForm::tableWithWords()
 void TestArraysForm::ownResults_data()
 {
     QTest::addColumn<QByteArray>("bytes");
-    Batch::ResultTable table;
+    Results::ResultTable table;
     table.request = {{"program", "zrt-batch 1"},
                      {"x", "frequency [Hz]"},
                      {"x_first", "0.5"},
                      {"x_step", "0.25"}};
     table.columns = {{"spectrum", {}, std::vector<float>{1, 2, 4}}};
-    QTest::newRow("text") << table.toBytes(Batch::Format::Text);
-    QTest::newRow("JSON") << table.toBytes(Batch::Format::Json);
+    QTest::newRow("text") << table.toBytes(Results::Format::Text);
+    QTest::newRow("JSON") << table.toBytes(Results::Format::Json);
     table.columns.insert(table.columns.begin(),
                          {"frequency", "Hz", std::vector<double>{0.5, 0.75, 1}});
-    QTest::newRow("CSV") << table.toBytes(Batch::Format::Csv);
+    QTest::newRow("CSV") << table.toBytes(Results::Format::Csv);
     QTest::newRow("samples of a plot")
         << QByteArray("# points 0 to 2 of 3\nindex,frequency [Hz],spectrum\n"
                       "0,0.5,1\n1,0.75,2\n2,1,4\n");
@@ -251,7 +251,7 @@ void TestArraysForm::refused()
 {
     const MessageBoxCatcher catcher;
     const auto reason = [this](const QByteArray &bytes) {
-        return ArrayReading::read(file("x.json", bytes), 1000).error;
+        return Results::readArrays(file("x.json", bytes), 1000).error;
     };
     QVERIFY(
         reason("{\"columns\": [\n{\"values\": [1,\n").contains("x.json is no table in JSON, line"));

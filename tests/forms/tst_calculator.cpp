@@ -1,7 +1,7 @@
 #include "app/mainwindow.h"
-#include "app/settings.h"
+#include "app/shell/settings.h"
+#include "calculators/calculators.h"
 #include "coords/raytables.h"
-#include "forms/calculator/calculatortexts.h"
 #include "support/messageboxcatcher.h"
 #include "support/testmain.h"
 

@@ -1,5 +1,5 @@
 #include "app/mainwindow.h"
-#include "app/settings.h"
+#include "app/shell/settings.h"
 #include "ffa/syntheticsignal.h"
 #include "forms/calculator/calculatorform.h"
 #include "forms/ffa/ffaform.h"
@@ -76,7 +76,7 @@ private:
     }
     QString cell(int row, const QString &title) const
     {
-        const int column = Tools::candidateTitles().indexOf(title);
+        const int column = Results::shownTitles().indexOf(title);
         return find<QTableWidget>("candidates")->item(row, column)->text();
     }
 
@@ -361,7 +361,7 @@ void TestFfaForm::realRecordings()
     QFETCH(double, tolerance);
     const QString path = TestSupport::realRecording(name);
     if (path.isEmpty())
-        QSKIP("no real recordings on this machine");
+        QSKIP("there is no such recording in ../shared/data");
     new FfaForm(path, window.get());
     QVERIFY(search());
     QVERIFY2(std::abs(cell(0, "period, s").toDouble() - period) < tolerance,

@@ -1,5 +1,5 @@
 #include "app/mainwindow.h"
-#include "app/settings.h"
+#include "app/shell/settings.h"
 #include "forms/ffa/ffaform.h"
 #include "forms/pulsar/pulsarform.h"
 #include "support/messageboxcatcher.h"

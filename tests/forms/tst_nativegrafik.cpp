@@ -1,5 +1,5 @@
 #include "app/mainwindow.h"
-#include "app/settings.h"
+#include "app/shell/settings.h"
 #include "forms/native/bandpassview.h"
 #include "forms/native/nativegrafik.h"
 #include "forms/native/overviewstrip.h"
@@ -201,7 +201,7 @@ void TestNativeGrafik::burst()
 {
     const QString path = TestSupport::realRecording("frb180417_1297MHz.pnt");
     if (path.isEmpty())
-        QSKIP("no real recording here");
+        QSKIP("there is no such recording in ../shared/data");
     open(path, 0);
     QTRY_VERIFY(isDrawn());
     find<QDoubleSpinBox>("dispersion")->setValue(474.8);

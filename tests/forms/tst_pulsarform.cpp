@@ -1,6 +1,6 @@
-#include "app/channelswitches.h"
 #include "app/mainwindow.h"
-#include "app/settings.h"
+#include "app/shell/channelswitches.h"
+#include "app/shell/settings.h"
 #include "forms/pulsar/pulsarform.h"
 #include "plot/pulsargrafik.h"
 #include "plot/pulsargrafikinfo.h"

@@ -1,6 +1,6 @@
 #include "app/mainwindow.h"
-#include "app/settings.h"
-#include "app/timedprogressbar.h"
+#include "app/shell/settings.h"
+#include "app/shell/timedprogressbar.h"
 #include "forms/pulsar/pulsarform.h"
 #include "support/messageboxcatcher.h"
 #include "support/recordings.h"

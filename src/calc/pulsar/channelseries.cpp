@@ -1,7 +1,7 @@
 #include "calc/pulsar/pulsarcalculate.h"
 
 #include "calc/approximation.h"
-#include "calc/reporttext.h"
+#include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>

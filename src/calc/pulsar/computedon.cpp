@@ -3,9 +3,9 @@
 #include "base/timetext.h"
 #include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/pulsarcalculate.h"
-#include "calc/reporttext.h"
 #include "data/recordingtime.h"
 #include "data/truenumbers.h"
+#include "results/reporttext.h"
 
 namespace {
 

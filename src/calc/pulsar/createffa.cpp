@@ -3,8 +3,8 @@
 #include "base/systemmemory.h"
 #include "calc/approximation.h"
 #include "calc/levelsteps.h"
-#include "calc/reporttext.h"
 #include "ffa/normalise.h"
+#include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,7 +2,7 @@
 
 #include "calc/fourier.h"
 #include "calc/pulsar/scan.h"
-#include "calc/reporttext.h"
+#include "results/reporttext.h"
 
 #include <QScopedValueRollback>
 #include <algorithm>

@@ -2,8 +2,8 @@
 
 #include "base/timetext.h"
 #include "calc/fourier.h"
-#include "calc/reporttext.h"
 #include "data/recordingtime.h"
+#include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>

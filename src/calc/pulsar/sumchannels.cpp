@@ -1,6 +1,6 @@
 #include "calc/pulsar/pulsarcalculate.h"
 
-#include "calc/reporttext.h"
+#include "results/reporttext.h"
 
 bool PulsarCalculate::acceptSum()
 {

@@ -1,7 +1,7 @@
 #include "calc/pulsar/pulsarcalculate.h"
 
 #include "calc/fourier.h"
-#include "calc/reporttext.h"
+#include "results/reporttext.h"
 
 bool PulsarCalculate::sumChannelsAndAverage()
 {

@@ -2,8 +2,8 @@
 
 #include "calc/approximation.h"
 #include "calc/fourier.h"
-#include "calc/reporttext.h"
 #include "calc/spectrumlines.h"
+#include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,7 +2,7 @@
 
 #include "calc/fold.h"
 #include "calc/levelsteps.h"
-#include "calc/reporttext.h"
+#include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "calc/pulsar/pulsarcalculate.h"
 
 #include "calc/pulsar/scan.h"
-#include "calc/reporttext.h"
+#include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>

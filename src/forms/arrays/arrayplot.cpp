@@ -55,32 +55,6 @@ void addColours(PlotData &data, const std::vector<Series> &series)
 
 } // namespace
 
-bool XAxis::isEven() const
-{
-    if (values.size() < 2)
-        return true;
-    const double step = (values.back() - values.front()) / double(values.size() - 1);
-    constexpr double tolerance = 1e-6;
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        const double expected = values.front() + step * double(i);
-        if (!(std::abs(values[i] - expected) <= tolerance * std::abs(step)))
-            return false;
-    }
-    return step != 0;
-}
-
-bool XAxis::isLike(const XAxis &other) const
-{
-    if (name != other.name || isIndex() != other.isIndex())
-        return false;
-    const std::size_t common = std::min(values.size(), other.values.size());
-    const double step = common > 1 ? (values[common - 1] - values[0]) / double(common - 1) : 0;
-    constexpr double tolerance = 1e-6;
-    return std::equal(
-        values.begin(), values.begin() + std::ptrdiff_t(common), other.values.begin(),
-        [=](double a, double b) { return std::abs(a - b) <= tolerance * std::abs(step); });
-}
-
 int longest(const std::vector<Series> &series)
 {
     std::size_t length = 0;
@@ -112,7 +86,7 @@ std::vector<double> part(const std::vector<double> &values, const Stretch &stret
     return {values.begin() + begin, values.begin() + end};
 }
 
-PlotData plot(const std::vector<Series> &series, const std::shared_ptr<const XAxis> &x)
+PlotData plot(const std::vector<Series> &series, const std::shared_ptr<const Results::ArrayAxis> &x)
 {
     PlotData data;
     Plot::Range range = emptyRange();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "picture/plotdata.h"
+#include "results/arrayfile.h"
 
 #include <QString>
 #include <memory>
@@ -14,19 +15,6 @@ struct Series {
     QString name;
     int index = 0;
     std::vector<double> values;
-};
-
-/// What stands on the X axis.
-struct XAxis {
-    QString name; ///< empty: the index
-    std::vector<double> values;
-
-    bool isIndex() const { return values.empty(); }
-    /// Whether neighbouring values are equally far apart, to a millionth of the way.
-    bool isEven() const;
-    /// Whether another axis has the same name and, as far as both go, the same values, to a
-    /// millionth of a step.
-    bool isLike(const XAxis &other) const;
 };
 
 /// Points of every curve, from an index on.
@@ -49,7 +37,8 @@ QString numberText(double value);
 std::vector<double> part(const std::vector<double> &values, const Stretch &stretch);
 
 /// The curves; the vertical range fits their finite values.
-PlotData plot(const std::vector<Series> &series, const std::shared_ptr<const XAxis> &x);
+PlotData plot(const std::vector<Series> &series,
+              const std::shared_ptr<const Results::ArrayAxis> &x);
 
 /// How often values occur, a curve for each of the series, over parts of equal width of the
 /// range of all.

@@ -1,101 +1,23 @@
 #include "forms/arrays/arrayreading.h"
 
-#include "app/busyguard.h"
-#include "app/settings.h"
+#include "app/shell/progresstask.h"
 #include "calc/seriesstatistics.h"
-#include "forms/arrays/jsontable.h"
 #include "picture/plotdata.h"
+#include "results/arrayfile.h"
 
-#include <QCoreApplication>
 #include <QPainter>
-#include <QProgressBar>
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
 namespace ArrayReading {
 
-NumberFile read(const QString &path, qint64 limit, const std::function<void(int)> &progress,
-                const std::function<bool()> &cancelled)
-{
-    return isJson(path) ? readJsonTable(path, limit)
-                        : Tools::readNumberFile(path, limit, progress, cancelled);
-}
-
 NumberFile readShowingProgress(const QString &path)
 {
-    QProgressBar *const progressBar = Settings::instance()->progressBar();
-    BusyGuard guard;
-    bool isCancelled = false;
-    QObject::connect(&guard, &BusyGuard::cancelRequested, &guard, [&] { isCancelled = true; });
-    progressBar->setValue(0);
-    progressBar->show();
-    NumberFile file = read(
-        path, std::numeric_limits<qint64>::max(),
-        [&](int percent) {
-            progressBar->setValue(percent);
-            QCoreApplication::processEvents();
-        },
-        [&] { return isCancelled; });
-    progressBar->hide();
-    return file;
-}
-
-namespace {
-
-// Whether a column, which is not the last one, rises by more than that from row to row.
-bool rises(const NumberTable &table, int column, double least)
-{
-    if (column + 1 >= table.columns() || table.rows() < 2 || !std::isfinite(table.at(0, column)))
-        return false;
-    for (qint64 row = 1; row < table.rows(); ++row) {
-        if (!(table.at(row, column) - table.at(row - 1, column) > least))
-            return false;
-    }
-    return true;
-}
-
-} // namespace
-
-int xColumn(const NumberFile &file)
-{
-    if (!rises(file.table, 0, 0))
-        return -1;
-    // Neighbouring periods of a search may have equal texts.
-    constexpr double orStays = -std::numeric_limits<double>::min();
-    return file.columnNames.value(0) == "index" && rises(file.table, 1, orStays) ? 1 : 0;
-}
-
-std::vector<int> curveColumns(const NumberFile &file, int xColumn)
-{
-    std::vector<int> columns;
-    for (int column = xColumn + 1; column < file.table.columns(); ++column) {
-        if (!file.isText(column))
-            columns.push_back(column);
-    }
-    return columns;
-}
-
-ArrayPlot::XAxis axisOf(const NumberFile &file, int column)
-{
-    if (column < 0)
-        return {};
-    return {columnName(file, column), file.table.column(column)};
-}
-
-ArrayPlot::XAxis axisOfRows(const NumberFile &file)
-{
-    if (file.rowAxis.step == 0)
-        return {};
-    ArrayPlot::XAxis x = {file.rowAxis.name, std::vector<double>(file.table.columns())};
-    for (std::size_t i = 0; i < x.values.size(); ++i)
-        x.values[i] = file.rowAxis.first + file.rowAxis.step * double(i);
-    return x;
-}
-
-QString columnName(const NumberFile &file, int column)
-{
-    return file.columnNames.value(column, "column " + QString::number(column + 1));
+    ProgressTask task;
+    return Results::readArrays(
+        path, std::numeric_limits<qint64>::max(), [&](int percent) { task.advance(percent); },
+        [&] { return task.isCancelled(); });
 }
 
 QImage smallPicture(const std::vector<double> &values, const QSize &size)

@@ -1,8 +1,8 @@
 #include "forms/arrays/arraysdirform.h"
 
-#include "app/centralwidget.h"
-#include "app/errorbox.h"
-#include "app/jobprogress.h"
+#include "app/shell/centralwidget.h"
+#include "app/shell/errorbox.h"
+#include "app/shell/jobprogress.h"
 #include "forms/arrays/arrayreading.h"
 #include "forms/arrays/arraysform.h"
 #include "forms/arrays/arraysinfo.h"
@@ -31,7 +31,7 @@ ArrayPlot::Series curveOf(const NumberFile &file, int curve, bool firstIsX)
     if (file.rowsAreSeries)
         return {{}, 0, curve < table.rows() ? table.row(curve) : std::vector<double>()};
     const std::vector<int> columns =
-        ArrayReading::curveColumns(file, firstIsX ? ArrayReading::xColumn(file) : -1);
+        Results::curveColumns(file, firstIsX ? Results::xColumn(file) : -1);
     if (std::size_t(curve) >= columns.size())
         return {};
     return {{}, 0, table.column(columns[std::size_t(curve)])};
@@ -68,7 +68,7 @@ ArraysDirForm::ArraysDirForm(const QString &path, QWidget *parent)
     connect(ui->files->verticalScrollBar(), &QScrollBar::valueChanged, this,
             [this] { lookTimer.start(0); });
     ui->files->viewport()->installEventFilter(this);
-    // Once for all changes that one click makes.
+    // One click changes the selection several times; it is read once.
     pickTimer.setSingleShot(true);
     connect(&pickTimer, &QTimer::timeout, this, &ArraysDirForm::readPicked);
     progress = std::make_unique<JobProgress>(reader, this);
@@ -123,14 +123,14 @@ void ArraysDirForm::lookAtNextFile()
             return;
         if (item->data(seenRole).toBool())
             continue;
-        describe(item, ArrayReading::read(directory.filePath(item->data(nameRole).toString()),
-                                          lookBytes));
+        describe(item, Results::readArrays(directory.filePath(item->data(nameRole).toString()),
+                                           lookBytes));
         lookTimer.start(0);
         return;
     }
 }
 
-// Results of a recording differ in the ends of their names.
+// The middle is cut, because results of one recording differ in the ends of their names.
 QString ArraysDirForm::shownName(const QString &name) const
 {
     constexpr int margins = 12; // pixels beside the text
@@ -196,7 +196,7 @@ void ArraysDirForm::readPicked()
         for (int i = 0; i < missing.size() && !control.isStopped(); ++i)
             deliver(
                 {missing[i],
-                 ArrayReading::read(
+                 Results::readArrays(
                      folder.filePath(missing[i]), std::numeric_limits<qint64>::max(),
                      [&](int percent) { control.progress((100 * i + percent) / missing.size()); },
                      control.isStopped)});
@@ -223,7 +223,7 @@ void ArraysDirForm::showPicked()
     const int curve = ui->curve->value() - 1;
     const bool firstIsX = ui->firstColumnIsX->isChecked();
     std::vector<ArrayPlot::Series> series;
-    ArrayPlot::XAxis x;
+    Results::ArrayAxis x;
     bool isOneX = true;
     for (const auto &[name, file] : picked) {
         if (!file.error.isEmpty()) {
@@ -236,9 +236,9 @@ void ArraysDirForm::showPicked()
             continue;
         }
         if (firstIsX) {
-            ArrayPlot::XAxis own = file.rowsAreSeries
-                                       ? ArrayReading::axisOfRows(file)
-                                       : ArrayReading::axisOf(file, ArrayReading::xColumn(file));
+            Results::ArrayAxis own = file.rowsAreSeries
+                                         ? Results::axisOfRows(file)
+                                         : Results::axisOf(file, Results::xColumn(file));
             isOneX = isOneX && (series.empty() || own.isLike(x));
             if (series.empty())
                 x = std::move(own);

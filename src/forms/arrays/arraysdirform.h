@@ -52,9 +52,9 @@ private:
     PulsarGrafik *grafik = nullptr;
     ArraysInfo *info = nullptr;
     std::map<QString, NumberFile> picked; // by file name; read so far
-    Jobs::Worker reader;                  // of those that are missing
+    Jobs::Worker reader;                  // reads the picked files that are missing
     std::unique_ptr<JobProgress> progress;
     QString readingProblem; // why picked files are missing
-    QTimer lookTimer;       // looks at the files in view, one at a time
-    QTimer pickTimer;
+    QTimer lookTimer{this}; // looks at the files in view, one at a time
+    QTimer pickTimer{this};
 };

@@ -1,7 +1,7 @@
 #include "forms/arrays/arraysform.h"
 
-#include "app/centralwidget.h"
-#include "app/errorbox.h"
+#include "app/shell/centralwidget.h"
+#include "app/shell/errorbox.h"
 #include "forms/arrays/arrayreading.h"
 #include "forms/arrays/arraysinfo.h"
 #include "forms/arrays/celltable.h"
@@ -92,7 +92,7 @@ void ArraysForm::offerWhatThereIs()
         refuse(ui->showRows, "Not with columns of words");
     else if (table.rows() > mostCurves)
         refuse(ui->showRows, QString("Only up to %1 lines").arg(mostCurves));
-    if (ArrayReading::curveColumns(file, -1).empty())
+    if (Results::curveColumns(file, -1).empty())
         refuse(ui->showColumns, "Only with a column of numbers");
     else if (table.columns() > mostCurves)
         refuse(ui->showColumns, QString("Only up to %1 columns").arg(mostCurves));
@@ -103,7 +103,7 @@ void ArraysForm::offerWhatThereIs()
     const bool byRows =
         ui->showRows->isEnabled() && (file.rowsAreSeries || !ui->showColumns->isEnabled());
     (hasWords ? ui->showTable : byRows ? ui->showRows : ui->showColumns)->setChecked(true);
-    ui->firstColumnIsX->setChecked(ArrayReading::xColumn(file) >= 0);
+    ui->firstColumnIsX->setChecked(Results::xColumn(file) >= 0);
 }
 
 void ArraysForm::connectInputs()
@@ -124,13 +124,13 @@ void ArraysForm::connectInputs()
     });
 }
 
-// The column that the user wants on the X axis, below 0: none. Where no column rises that is the
+// The column that the user wants on the X axis, below 0: none. When no column rises, it is the
 // first one.
 int ArraysForm::xColumn() const
 {
     if (!ui->firstColumnIsX->isChecked() || file.table.columns() < 2 || file.isText(0))
         return -1;
-    return std::max(0, ArrayReading::xColumn(file));
+    return std::max(0, Results::xColumn(file));
 }
 
 int ArraysForm::curveCount() const
@@ -141,21 +141,20 @@ int ArraysForm::curveCount() const
 QString ArraysForm::curveName(int curve) const
 {
     if (!ui->showRows->isChecked())
-        return ArrayReading::columnName(file, columns[std::size_t(curve)]);
+        return Results::columnName(file, columns[std::size_t(curve)]);
     return file.rowNames.value(curve, (file.header.isEmpty() ? "line " : "block ") +
                                           QString::number(curve + 1));
 }
 
-// Along lines the axis of the header, below columns the column of X.
-ArrayPlot::XAxis ArraysForm::xAxis() const
+// Lines take the axis that the header describes, columns the column chosen as X.
+Results::ArrayAxis ArraysForm::xAxis() const
 {
-    return ui->showRows->isChecked() ? ArrayReading::axisOfRows(file)
-                                     : ArrayReading::axisOf(file, xColumn());
+    return ui->showRows->isChecked() ? Results::axisOfRows(file) : Results::axisOf(file, xColumn());
 }
 
 void ArraysForm::fillCurveList()
 {
-    columns = ArrayReading::curveColumns(file, xColumn());
+    columns = Results::curveColumns(file, xColumn());
     {
         const QSignalBlocker blocker(ui->curves);
         ui->curves->clear();
@@ -202,7 +201,7 @@ void ArraysForm::showCurves()
         report << QString("%1 curves are checked, the first %2 of them are drawn.")
                       .arg(checked)
                       .arg(mostDrawn);
-    ArrayPlot::XAxis x = xAxis();
+    Results::ArrayAxis x = xAxis();
     if (!x.isIndex() && !x.isEven())
         report << "X is not equally spaced: the points are drawn one step apart, the lower labels "
                   "give their X.";
@@ -229,10 +228,10 @@ void ArraysForm::showTable()
     info->setPointsEnabled(false);
     stack->setCurrentWidget(cells);
     std::vector<ArrayPlot::Series> series;
-    for (const int column : ArrayReading::curveColumns(file, -1)) {
+    for (const int column : Results::curveColumns(file, -1)) {
         if (int(series.size()) < mostDrawn)
-            series.push_back({ArrayReading::columnName(file, column), int(series.size()),
-                              file.table.column(column)});
+            series.push_back(
+                {Results::columnName(file, column), int(series.size()), file.table.column(column)});
     }
     info->setSeries(std::move(series), {}, {"file: " + path});
     showReport({});

@@ -40,7 +40,7 @@ private:
     void showTable();
     void showReport(const QStringList &lines);
     int xColumn() const;
-    ArrayPlot::XAxis xAxis() const;
+    Results::ArrayAxis xAxis() const;
     int curveCount() const;
     QString curveName(int curve) const;
 

@@ -35,7 +35,7 @@ QStringList rowTexts(const SeriesStatistics &found)
 
 ArraysInfo::ArraysInfo(PulsarGrafik *grafik, QWidget *parent)
     : QWidget(parent), ui(std::make_unique<Ui::ArraysInfo>()), plot(grafik),
-      axis(std::make_shared<ArrayPlot::XAxis>())
+      axis(std::make_shared<Results::ArrayAxis>())
 {
     ui->setupUi(this);
     ui->histogram->setFixedHeight(histogramHeight);
@@ -67,11 +67,11 @@ ArraysInfo::ArraysInfo(PulsarGrafik *grafik, QWidget *parent)
 
 ArraysInfo::~ArraysInfo() = default;
 
-void ArraysInfo::setSeries(std::vector<ArrayPlot::Series> series, ArrayPlot::XAxis x,
+void ArraysInfo::setSeries(std::vector<ArrayPlot::Series> series, Results::ArrayAxis x,
                            const QStringList &source)
 {
     shown = std::move(series);
-    axis = std::make_shared<const ArrayPlot::XAxis>(std::move(x));
+    axis = std::make_shared<const Results::ArrayAxis>(std::move(x));
     length = ArrayPlot::longest(shown);
     ui->firstPoint->setMaximum(std::max(0, length - 1));
     ui->points->setMaximum(std::max(1, length));

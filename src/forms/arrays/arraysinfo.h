@@ -23,7 +23,7 @@ public:
     ~ArraysInfo() override;
 
     /// Shows these curves in the plot. Its zoom stays where they are as long as those before.
-    void setSeries(std::vector<ArrayPlot::Series> series, ArrayPlot::XAxis x,
+    void setSeries(std::vector<ArrayPlot::Series> series, Results::ArrayAxis x,
                    const QStringList &source);
     /// Off where there is no plot whose points could be chosen.
     void setPointsEnabled(bool enabled);
@@ -48,7 +48,7 @@ private:
     const std::unique_ptr<Ui::ArraysInfo> ui;
     PulsarGrafik *const plot;
     std::vector<ArrayPlot::Series> shown;
-    std::shared_ptr<const ArrayPlot::XAxis> axis;
+    std::shared_ptr<const Results::ArrayAxis> axis;
     int length = 0;
-    QTimer statisticsTimer; // one computation for many changes
+    QTimer statisticsTimer{this}; // one computation for many changes
 };

@@ -1,6 +1,6 @@
 #include "forms/arrays/celltable.h"
 
-#include "forms/arrays/arrayreading.h"
+#include "results/arrayfile.h"
 
 #include <QAbstractTableModel>
 #include <QClipboard>
@@ -36,7 +36,7 @@ public:
     {
         if (role != Qt::DisplayRole)
             return {};
-        return orientation == Qt::Horizontal ? ArrayReading::columnName(file, section)
+        return orientation == Qt::Horizontal ? Results::columnName(file, section)
                                              : QString::number(section + 1);
     }
 
@@ -75,7 +75,7 @@ QString CellTable::selectedText() const
     }
     QStringList names;
     for (const int column : columns)
-        names << ArrayReading::columnName(file, column);
+        names << Results::columnName(file, column);
     QString text = names.join('\t') + "\n";
     for (const auto &[row, ofRow] : rows) {
         QStringList cells;

@@ -1,62 +1,29 @@
 #include "forms/bintotext/bintotext.h"
 
-#include "app/busyguard.h"
-#include "app/directoryof.h"
-#include "app/errorbox.h"
-#include "app/settings.h"
+#include "app/shell/directoryof.h"
+#include "app/shell/errorbox.h"
+#include "app/shell/progresstask.h"
+#include "app/shell/settings.h"
 #include "base/wholefile.h"
-#include "data/passport.h"
+#include "data/binaryfile.h"
 #include "data/reader.h"
 #include "data/resulttotext.h"
 
 #include <QDir>
-#include <QElapsedTimer>
-#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QLocale>
 #include <QMessageBox>
-#include <QProgressBar>
 #include <QStorageInfo>
 
 namespace {
 
 constexpr qint64 gigabyte = 1000000000;
-constexpr int eventsMs = 30;     // between two looks at pending events
 constexpr int messageMs = 15000; // that a line stays in the status bar
 
 QString sizeText(qint64 bytes)
 {
     return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
-}
-
-// A file that can be turned into text.
-struct Binary {
-    QString path;
-    bool isRecording = false; // else a result file
-    QString problem;          // why it is neither
-};
-
-Binary recognise(const QString &path)
-{
-    Binary binary;
-    binary.path = path;
-    const QString shown = QDir::toNativeSeparators(path);
-    QFile file(path);
-    // A pipe is refused before it is opened, for opening one waits for a writer.
-    if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) {
-        binary.problem = shown + " is not an ordinary file.";
-    } else if (!file.open(QIODevice::ReadOnly)) {
-        binary.problem = shown + " cannot be opened: " + file.errorString() + ".";
-    } else {
-        const bool isResult = Tools::isResultFile(path);
-        const Passport passport = readPassport(file);
-        binary.isRecording = !isResult && passport.entries.contains("npoints");
-        if (!isResult && !binary.isRecording)
-            binary.problem = shown + " is neither a recording (no \"npoints\" in a passport) nor a "
-                                     "result file (no \"points:\" in a header).";
-    }
-    return binary;
 }
 
 // Whether the user wants a text of that size; asked for large ones only.
@@ -86,37 +53,20 @@ QString proposedPath(const QString &path)
 // One conversion with its progress and its end by Esc.
 class Conversion {
 public:
-    explicit Conversion(const Binary &input) : binary(input)
-    {
-        QObject::connect(&guard, &BusyGuard::cancelRequested, [this] { isCancelled = true; });
-        sinceEvents.start();
-        bar->setValue(0);
-        bar->show();
-    }
-    ~Conversion()
-    {
-        bar->hide();
-        bar->setFormat("%p%");
-    }
-    Conversion(const Conversion &) = delete;
-    Conversion &operator=(const Conversion &) = delete;
+    explicit Conversion(const Tools::BinaryFile &input) : binary(input) {}
 
     // Empty on success, else what went wrong.
     QString run(const QString &outPath)
     {
-        if (!binary.isRecording) {
-            bar->setFormat("Writing %p%");
+        if (!binary.isRecording)
             return Tools::resultToText(binary.path, outPath, progress(), cancelled()).text;
-        }
-        bar->setFormat("Reading %p%");
-        ObservationData data = read();
-        if (isCancelled || !problem.isEmpty())
+        const ObservationData data = read();
+        if (task.isCancelled() || !problem.isEmpty())
             return problem;
-        bar->setFormat("Writing %p%");
         return Tools::observationToText(data, outPath, progress(), cancelled()).text;
     }
 
-    bool wasCancelled() const { return isCancelled; }
+    bool wasCancelled() const { return task.isCancelled(); }
     QString remark() const { return shortness; }
 
 private:
@@ -124,8 +74,8 @@ private:
     ObservationData read()
     {
         Reader reader;
-        QObject::connect(&reader, &Reader::progress, bar, &QProgressBar::setValue);
-        QObject::connect(&guard, &BusyGuard::cancelRequested, &reader, &Reader::cancel);
+        QObject::connect(&reader, &Reader::progress, &task, &ProgressTask::show);
+        QObject::connect(&task, &ProgressTask::cancelRequested, &reader, &Reader::cancel);
         ObservationData data = Reader::readDataFile(&reader, binary.path);
         if (reader.outcome() == ReadOutcome::Short) {
             const int whole = completePoints(data);
@@ -142,25 +92,16 @@ private:
 
     Tools::TextProgress progress()
     {
-        return [this](int percent) { bar->setValue(percent); };
+        return [this](int percent) { task.show(percent); };
     }
 
     Tools::TextCancelled cancelled()
     {
-        return [this] {
-            if (sinceEvents.elapsed() >= eventsMs) {
-                QCoreApplication::processEvents();
-                sinceEvents.restart();
-            }
-            return isCancelled;
-        };
+        return [this] { return !task.goesOn(); };
     }
 
-    const Binary binary;
-    QProgressBar *const bar = Settings::instance()->progressBar();
-    BusyGuard guard;
-    QElapsedTimer sinceEvents;
-    bool isCancelled = false;
+    const Tools::BinaryFile binary;
+    ProgressTask task;
     QString problem;
     QString shortness;
 };
@@ -173,7 +114,7 @@ QString whyNotWritable(const QString &path)
     return failure ? failure.text() + " " : QString();
 }
 
-void convert(const Binary &binary, const QString &outPath, QWidget *window)
+void convert(const Tools::BinaryFile &binary, const QString &outPath, QWidget *window)
 {
     QString failure;
     QString message;
@@ -200,7 +141,7 @@ void convert(const Binary &binary, const QString &outPath, QWidget *window)
 
 void convertBinaryToText(const QString &path, QWidget *window)
 {
-    const Binary binary = recognise(path);
+    const Tools::BinaryFile binary = Tools::recogniseBinary(path);
     if (!binary.problem.isEmpty()) {
         showError(window, binary.problem, "Choose a recording (.pnt or .pnthr) or a result file.");
         return;

@@ -1,8 +1,8 @@
 #include "forms/calculator/calculatorform.h"
 
-#include "app/centralwidget.h"
-#include "app/lastvalues.h"
-#include "app/settings.h"
+#include "app/shell/centralwidget.h"
+#include "app/shell/lastvalues.h"
+#include "app/shell/settings.h"
 #include "coords/raytables.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
@@ -315,8 +315,8 @@ void CalculatorForm::periodFollowsBins()
             Calculator::shortestPeriod(ui->ffa_bin_min->value(), ui->ffa_tres->text()));
 }
 
-// Of the file that was found, in the folder that a file was opened in last; empty where
-// there is none.
+// Path of the file that was found, in the folder in which a file was opened last; empty when no
+// file was found.
 QString CalculatorForm::recordingPath() const
 {
     const QString folder = Settings::instance()->lastOpenPath();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "forms/calculator/calculatortexts.h"
+#include "calculators/calculators.h"
 
 #include <QVariant>
 #include <QVector>
@@ -61,6 +61,7 @@ private:
 
     const std::unique_ptr<Ui::CalculatorForm> ui;
     std::unique_ptr<LastValues> lastValues;
-    QString command;                                 // of what is shown; empty where there is none
-    QVector<std::pair<QWidget *, QVariant>> presets; // of all fields, results included
+    QString command; // computes what is shown; empty when nothing is
+    QVector<std::pair<QWidget *, QVariant>>
+        presets; // initial values of all fields, results included
 };

@@ -1,15 +1,14 @@
 #include "forms/ffa/ffaform.h"
 
-#include "app/centralwidget.h"
-#include "app/errorbox.h"
-#include "app/jobprogress.h"
-#include "app/lastvalues.h"
+#include "app/shell/centralwidget.h"
+#include "app/shell/errorbox.h"
+#include "app/shell/jobprogress.h"
+#include "app/shell/lastvalues.h"
 #include "base/typednumber.h"
 #include "calc/pulsar/pulsarcalculate.h"
 #include "calc/pulsar/pulsarcommand.h"
 #include "calc/pulsar/pulsarfields.h"
 #include "calc/pulsar/runanalysis.h"
-#include "calc/reporttext.h"
 #include "data/truenumbers.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
@@ -19,6 +18,7 @@
 #include "forms/savefolder.h"
 #include "forms/switchedchannels.h"
 #include "plot/pulsargrafik.h"
+#include "results/reporttext.h"
 #include "ui_ffaform.h"
 
 #include <QCheckBox>

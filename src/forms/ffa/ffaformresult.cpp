@@ -1,10 +1,10 @@
-#include "app/settings.h"
-#include "calc/reporttext.h"
+#include "app/shell/settings.h"
 #include "forms/ffa/ffaform.h"
 #include "forms/ffa/ffaresults.h"
 #include "forms/pulsar/pulsartexts.h"
 #include "picture/plotgeometry.h"
 #include "plot/pulsargrafik.h"
+#include "results/reporttext.h"
 
 #include <QDir>
 #include <algorithm>

@@ -1,8 +1,8 @@
 #include "forms/ffa/ffaresults.h"
 
-#include "app/directoryof.h"
-#include "app/errorbox.h"
-#include "app/settings.h"
+#include "app/shell/directoryof.h"
+#include "app/shell/errorbox.h"
+#include "app/shell/settings.h"
 #include "base/bytetext.h"
 #include "base/wholefile.h"
 #include "forms/savefolder.h"
@@ -16,14 +16,14 @@
 
 namespace {
 
-const int remarkColumn = Tools::candidateTitles().indexOf("remark");
+const int remarkColumn = Results::shownTitles().indexOf("remark");
 
 } // namespace
 
 FfaResults::FfaResults(QWidget *parent) : QWidget(parent), ui(new Ui::FfaResults)
 {
     ui->setupUi(this);
-    const QStringList titles = Tools::candidateTitles();
+    const QStringList titles = Results::shownTitles();
     ui->candidates->setColumnCount(titles.size());
     ui->candidates->setHorizontalHeaderLabels(QStringList(titles).replaceInStrings(", ", "\n"));
     const QFontMetrics metrics = fontMetrics();
@@ -99,7 +99,7 @@ void FfaResults::showCandidate(int row, const FfaCandidate &candidate)
 
 void FfaResults::setRow(int row, const FfaCandidate &candidate)
 {
-    const QStringList fields = Tools::candidateFields(candidate, row + 1);
+    const QStringList fields = Results::shownFields(Tools::tableCandidate(candidate), row + 1);
     for (int column = 0; column < fields.size(); ++column) {
         auto *const item = new QTableWidgetItem(fields[column]);
         const bool isNumber = column != remarkColumn;
@@ -143,7 +143,7 @@ int FfaResults::shownWidth() const
 
 QString FfaResults::tableText(bool onlySelected) const
 {
-    QString text = Tools::candidateTitles().join('\t') + "\n";
+    QString text = Results::shownTitles().join('\t') + "\n";
     const bool all = !onlySelected || ui->candidates->selectedItems().isEmpty();
     for (int row = 0; row < ui->candidates->rowCount(); ++row) {
         if (!all && !ui->candidates->item(row, 0)->isSelected())

@@ -4,6 +4,12 @@
 
 #include <QStringList>
 
+/// A range of a recording.
+struct NativeRange {
+    double first = 0;  ///< point, index within the file
+    double points = 0; ///< how many
+};
+
 /// What the viewer draws of a recording.
 enum class NativeShow { Channel, Stack, Sum, Waterfall };
 

@@ -1,19 +1,22 @@
 #include "forms/native/nativegrafik.h"
 
-#include "app/busyguard.h"
-#include "app/centralwidget.h"
-#include "app/channelswitches.h"
-#include "app/directoryof.h"
-#include "app/errorbox.h"
-#include "app/lastvalues.h"
-#include "app/settings.h"
+#include "app/shell/centralwidget.h"
+#include "app/shell/channelswitches.h"
+#include "app/shell/directoryof.h"
+#include "app/shell/errorbox.h"
+#include "app/shell/lastvalues.h"
+#include "app/shell/progresstask.h"
+#include "app/shell/settings.h"
 #include "calc/finitesamples.h"
 #include "calc/waterfall.h"
 #include "data/recordingwriter.h"
 #include "data/truenumbers.h"
 #include "fields/fieldstyles.h"
 #include "forms/native/nativeinfo.h"
+#include "forms/native/nativeplot.h"
+#include "forms/native/nativestatistics.h"
 #include "forms/native/nativetexts.h"
+#include "forms/native/nativewaterfall.h"
 #include "forms/native/overviewstrip.h"
 #include "forms/native/waterfallview.h"
 #include "forms/pulsar/pulsartexts.h"
@@ -35,7 +38,6 @@ namespace {
 constexpr int statisticsDelay = 60; // ms after the last change
 constexpr int sumDelay = 400;       // ms
 constexpr int messageMs = 15000;
-constexpr double marginFactor = 1.5; // of the dispersion whose delays are kept beside a part
 
 } // namespace
 
@@ -230,113 +232,6 @@ NativeChoice NativeGrafik::choice() const
     return chosen;
 }
 
-// The same part again, for another sum, replaces what is shown only once it is complete.
-void NativeGrafik::request(const NativeDomain &domain, bool isRepeated)
-{
-    sumTimer.stop();
-    asked = domain;
-    isStopped = false;
-    loadFailure.clear();
-    escape->setEnabled(true);
-    NativeRequest wanted;
-    wanted.path = file.path();
-    wanted.module = ui->module->value() - 1;
-    wanted.ray = ui->ray->value() - 1;
-    wanted.domain = domain;
-    wanted.dispersion = ui->dispersion->value();
-    wanted.marginDispersion = marginFactor * wanted.dispersion;
-    wanted.deletesSteps = deletesSteps;
-    wanted.channelsOff = channelsOff;
-    wanted.isRepeated = isRepeated;
-    load(wanted);
-}
-
-void NativeGrafik::load(const NativeRequest &wanted)
-{
-    using Picture = std::shared_ptr<const NativePicture>;
-    const auto work = [wanted](const Jobs::Control &control,
-                               const Jobs::Deliver<Picture> &deliver) {
-        loadNative(
-            wanted, [&control] { return !control.isStopped(); }, deliver);
-    };
-    loader.start<Picture>(work, [this](const Picture &delivered) { takePicture(delivered); });
-}
-
-// What is shown stays, in as far as it was read.
-void NativeGrafik::showFailure(const Jobs::Ending &ending)
-{
-    if (ending.kind != Jobs::Ending::Failed)
-        return;
-    stop();
-    loadFailure = ending.problem;
-    showNotes();
-}
-
-// A glance at the whole recording is made up for once nothing else is to be read.
-void NativeGrafik::requestOverview()
-{
-    NativeRequest wanted = picture->request;
-    wanted.domain = {0, npoints, false};
-    wanted.isRepeated = false;
-    escape->setEnabled(true);
-    load(wanted);
-}
-
-void NativeGrafik::showProgress(double share)
-{
-    progressBar->setValue(int(100 * share));
-    progressBar->show();
-}
-
-void NativeGrafik::takePicture(const std::shared_ptr<const NativePicture> &delivered)
-{
-    const NativeDomain &domain = delivered->request.domain;
-    if (delivered->request.isRepeated && !delivered->isLast) {
-        showProgress(delivered->share);
-        return;
-    }
-    if (domain.first == 0 && domain.count == npoints) {
-        whole = delivered;
-        showOverview();
-    }
-    const bool isAsked = domain.first == asked.first && domain.count == asked.count &&
-                         domain.detailed == asked.detailed;
-    if (isAsked) {
-        const PointRange part = pending   ? *pending
-                                : picture ? visible()
-                                          : PointRange{0, double(npoints)};
-        picture = delivered;
-        means = ObservationData();
-        if (delivered->isLast)
-            pending.reset();
-        draw(part);
-        followView();
-    }
-    if (!delivered->isLast) {
-        showProgress(delivered->share);
-        return;
-    }
-    endLoading();
-    if (isAsked && (!whole || whole->isGlance))
-        requestOverview();
-}
-
-void NativeGrafik::stop()
-{
-    loader.stop();
-    isStopped = true;
-    endLoading();
-    if (!picture)
-        grafik->showMessage("Reading was stopped; \"Whole recording\" begins it again.");
-}
-
-void NativeGrafik::endLoading()
-{
-    escape->setEnabled(false); // the plot has a use for it
-    progressBar->hide();
-    showNotes();
-}
-
 void NativeGrafik::showOverview()
 {
     if (!whole)
@@ -349,12 +244,6 @@ void NativeGrafik::showOverview()
         return std::vector<float>(begin, begin + reduction.columns);
     };
     overview->setExtremes(rowOf(reduction.low), rowOf(reduction.high));
-}
-
-void NativeGrafik::selectRay()
-{
-    whole.reset();
-    request(asked);
 }
 
 void NativeGrafik::changeDispersion()
@@ -395,7 +284,7 @@ void NativeGrafik::draw()
         draw(visible());
 }
 
-void NativeGrafik::draw(const PointRange &part)
+void NativeGrafik::draw(const NativeRange &part)
 {
     waterfall->setVisible(ui->showWaterfall->isChecked());
     drawCurves(part);
@@ -406,7 +295,7 @@ void NativeGrafik::draw(const PointRange &part)
 }
 
 // Shows the same points as before, however many curves or values there were.
-void NativeGrafik::drawCurves(const PointRange &part)
+void NativeGrafik::drawCurves(const NativeRange &part)
 {
     const NativeChoice chosen = choice();
     const NativeCurves before = std::move(drawn);
@@ -415,54 +304,10 @@ void NativeGrafik::drawCurves(const PointRange &part)
         grafik->showMessage(drawn.problem);
         return;
     }
-    const ObservationData &header = file.header();
-    PlotData plot;
-    plot.graphs = std::move(drawn.curves);
-    drawn.curves.clear();
-    plot.names = drawn.names.toVector();
-    plot.markers = drawn.markers;
-    plot.numPoints = drawn.count;
-    plot.yMin = drawn.min;
-    plot.yMax = drawn.max;
-    plot.yPrecision = FormTexts::labelDecimals(drawn.max - drawn.min);
-    plot.yName = chosen.show == NativeShow::Stack ? "channel" : "signal";
+    PlotData plot = nativePlot(drawn, chosen, *picture, file);
+    const QScopedValueRollback<bool> isSetting(isSettingData, true);
     const double first = drawn.first;
     const double step = drawn.step;
-    if (step == 1)
-        plot.xOffset = int(first);
-    plot.firstPoint = first;
-    plot.pointStep = step;
-    plot.msPerPoint = header.tresolution * step * 1000;
-    plot.x = {"time", "s", first * header.tresolution, step * header.tresolution, {}};
-    plot.wholeX = {-first / step, (npoints - first) / step};
-    plot.textX1 = [first, step](int index) {
-        return QString::number(qint64(std::floor(first + index * step)));
-    };
-    // A copy without samples: the plot may outlive the form by a moment.
-    const auto record = std::make_shared<const ObservationData>(header);
-    if (header.beginTime.isValid())
-        plot.textX2 = [record, first, step](int index) {
-            return NativeTexts::utcText(*record, std::floor(first + index * step));
-        };
-    if (!NativeTexts::siderealText(header, 0).isEmpty())
-        plot.textX3 = [record, first, step](int index) {
-            return NativeTexts::siderealText(*record, std::floor(first + index * step));
-        };
-    plot.source =
-        QStringList{"file " + file.path(),
-                    QString("module %1").arg(moduleNumber(header, ui->module->value() - 1)),
-                    QString("ray %1").arg(rayNumber(header, ui->ray->value() - 1))};
-    const auto bands = std::size_t(header.channels - 1);
-    if (chosen.show == NativeShow::Sum || chosen.show == NativeShow::Waterfall) {
-        plot.source << QString("dispersion %1 pc/cm^3").arg(chosen.dispersion);
-        if (bands >= 1 && bands <= header.fbands.size())
-            plot.source
-                << QString("reference frequency %1 MHz").arg(header.fbands[bands - 1], 0, 'g', 10);
-    }
-    if (!picture->window.samples)
-        plot.source << "least and greatest values of equal parts, not every sample";
-
-    const QScopedValueRollback<bool> isSetting(isSettingData, true);
     const double firstX = (part.first - first) / step;
     const double pointsX = part.points / step;
     const PlotData &shown = grafik->data();
@@ -479,59 +324,32 @@ void NativeGrafik::drawCurves(const PointRange &part)
     overview->setPart(visible().first, visible().points);
 }
 
-// Of the part in sight, one column per pixel.
+// The part in sight, one column per pixel.
 void NativeGrafik::drawWaterfall()
 {
     if (!picture || !ui->showWaterfall->isChecked())
         return;
-    const NativeDomain &domain = picture->request.domain;
     const bool hasSamples = bool(picture->window.samples);
     if (!hasSamples && !means.samples)
         means = Tools::recordOfMeans(picture->reduction, file.header());
-    const ObservationData &record = hasSamples ? picture->window : means;
-    // One point of the record stands for so many of the recording.
-    const double step = hasSamples ? 1 : double(domain.count) / picture->reduction.columns;
-    const PointRange part = visible();
-    const int offset = hasSamples ? picture->offset : 0;
-    const int most = hasSamples ? domain.count : picture->reduction.columns;
-    const int begin = std::clamp(int(std::floor((part.first - domain.first) / step)), 0, most - 1);
-    const int end = std::clamp(int(std::ceil((part.first + part.points - domain.first) / step)),
-                               begin + 1, most);
-
-    WaterfallView::Picture shown;
-    shown.rows = record.channels - 1;
-    const double leastAveraged = std::max(1.0, ui->average->value() / step);
-    const int mostColumns = std::max(1, int((end - begin) / leastAveraged));
-    shown.columns = std::min(mostColumns, waterfall->pictureWidth());
-    shown.first = domain.first + begin * step;
-    shown.points = (end - begin) * step;
-    shown.values = Tools::waterfall(
-        record, {0, 0, offset + begin, end - begin, shown.columns, ui->dispersion->value()});
-    if (shown.values.empty()) {
-        shown.columns = 0;
-    } else {
-        Tools::normaliseRows(shown.values, shown.rows, shown.columns);
-        for (int band = 0; band < shown.rows; ++band) {
-            if (std::size_t(band) < channelsOff.size() && channelsOff[std::size_t(band)])
-                std::fill_n(shown.values.begin() + qint64(band) * shown.columns, shown.columns,
-                            NAN);
-        }
-    }
-    waterfall->setPicture(std::move(shown));
-    waterfall->setPart(part.first, part.points);
+    const NativeRange range = visible();
+    waterfall->setPicture(nativeWaterfall(*picture, hasSamples ? picture->window : means,
+                                          {range, ui->dispersion->value(), ui->average->value(),
+                                           waterfall->pictureWidth(), channelsOff}));
+    waterfall->setPart(range.first, range.points);
 }
 
-NativeGrafik::PointRange NativeGrafik::visible() const
+NativeRange NativeGrafik::visible() const
 {
     const PulsarGrafik::VisibleRange range = grafik->visibleRange();
     return {drawn.first + range.first * drawn.step, range.points * drawn.step};
 }
 
 // The selected points, or else those in sight.
-NativeGrafik::PointRange NativeGrafik::shownPart(bool &isSelected) const
+NativeRange NativeGrafik::shownPart(bool &isSelected) const
 {
     const double end = drawn.first + drawn.count * drawn.step;
-    PointRange part = visible();
+    NativeRange part = visible();
     const auto selected = grafik->selectedRange();
     isSelected = selected.has_value();
     if (selected) {
@@ -547,7 +365,7 @@ void NativeGrafik::followView()
 {
     if (!picture || isSettingData)
         return;
-    const PointRange part = visible();
+    const NativeRange part = visible();
     overview->setPart(part.first, part.points);
     drawWaterfall();
     statisticsTimer.start();
@@ -572,7 +390,7 @@ void NativeGrafik::showPoints(double first, double points)
         grafik->setVisibleX((first - drawn.first) / drawn.step, points / drawn.step);
         return;
     }
-    pending = PointRange{first, points};
+    pending = NativeRange{first, points};
     const NativeDomain wanted =
         wantedDomain(npoints, mostDetailedPoints(file), first, points, asked);
     if (wanted.first != asked.first || wanted.count != asked.count)
@@ -591,33 +409,12 @@ void NativeGrafik::showStatistics()
 {
     if (!picture)
         return;
-    NativeTexts::StatisticsPart part;
-    const PointRange range = shownPart(part.isSelected);
+    bool isSelected = false;
+    const NativeRange range = shownPart(isSelected);
+    NativeTexts::StatisticsPart part =
+        nativeStatistics(*picture, drawn, range, isSelected, file.header().tresolution);
     part.name = choice().show == NativeShow::Stack ? QString("channel %1").arg(ui->channel->value())
                                                    : drawn.names.value(0);
-    part.first = qint64(range.first);
-    part.last = qint64(range.first + range.points) - 1;
-    part.seconds = range.points * file.header().tresolution;
-    if (!drawn.series.empty()) {
-        const int begin = int(range.first - drawn.first);
-        const int end = std::min(begin + int(range.points), int(drawn.series.size()));
-        const std::vector<double> values(drawn.series.begin() + begin, drawn.series.begin() + end);
-        part.statistics = Tools::seriesStatistics(values);
-        part.deviation = Tools::medianAbsoluteDeviation(values, part.statistics.median);
-        if (part.isSelected)
-            part.signal = Tools::partSignal(drawn.series, begin, end);
-    } else {
-        const Tools::Reduction &reduction = picture->reduction;
-        const int begin = reduction.columnOf(int(part.first));
-        const Tools::RowMoments moments =
-            Tools::rowMoments(reduction, drawn.row, begin, reduction.columnOf(int(part.last)) + 1);
-        part.isReduced = true;
-        part.statistics.count = moments.points;
-        part.statistics.mean = moments.mean;
-        part.statistics.sigma = moments.sigma;
-        part.statistics.min = moments.min;
-        part.statistics.max = moments.max;
-    }
     info->setStatistics(NativeTexts::statisticsHtml(part));
 }
 
@@ -625,54 +422,15 @@ void NativeGrafik::showBandpass()
 {
     if (!picture)
         return;
-    const PointRange part = visible();
-    const Tools::Reduction &reduction = picture->reduction;
-    const NativeDomain &domain = picture->request.domain;
-    const int first = std::clamp(int(part.first), domain.first, domain.first + domain.count - 1);
-    const int last =
-        std::clamp(int(part.first + part.points) - 1, first, domain.first + domain.count - 1);
-    std::vector<double> mean;
-    std::vector<double> sigma;
-    for (int band = 0; band < reduction.channels - 1; ++band) {
-        const Tools::RowMoments moments = Tools::rowMoments(
-            reduction, band, reduction.columnOf(first), reduction.columnOf(last) + 1);
-        mean.push_back(moments.points > 0 ? moments.mean : NAN);
-        sigma.push_back(moments.points > 0 ? moments.sigma : NAN);
-    }
-    info->setBandpass(std::move(mean), std::move(sigma));
+    NativeBandpass bandpass = nativeBandpass(*picture, visible());
+    info->setBandpass(std::move(bandpass.mean), std::move(bandpass.sigma));
 }
 
 void NativeGrafik::showNotes()
 {
     QStringList notes;
-    if (picture) {
-        if (!picture->window.samples && picture->isGlance)
-            notes << QString("First look: %1 % of the points read.")
-                         .arg(100 * picture->share, 0, 'f', picture->share < 0.1 ? 2 : 0);
-        else if (!picture->window.samples)
-            notes << "Least and greatest values of equal parts; zoom in for every sample.";
-        if (deletesSteps && !picture->window.samples) {
-            notes << "Level steps are not deleted here; zoom in.";
-        } else if (deletesSteps) {
-            std::size_t steps = 0;
-            for (const auto &ofChannel : picture->steps)
-                steps += ofChannel.size();
-            notes << QString("Deleted level steps: %1 in all channels%2.")
-                         .arg(steps)
-                         .arg(drawn.markers.empty() ? "" : ", marked green");
-        } else {
-            notes << "As recorded; level steps are not deleted.";
-        }
-        if (!picture->problem.isEmpty())
-            notes << picture->problem;
-        if (!picture->nonFinite.isEmpty())
-            notes << picture->nonFinite + " In sums they count as the median of their channel.";
-        const std::vector<int> bands = bandsThatKeepFromSumming(*picture, channelsOff);
-        if (!bands.empty())
-            notes << Tools::noFiniteText(bands) +
-                         " here: there is no sum until a click on the bandpass switches " +
-                         (bands.size() == 1 ? "it off." : "them off.");
-    }
+    if (picture)
+        notes = nativeNotes(*picture, drawn, channelsOff);
     if (!loadFailure.isEmpty())
         notes << loadFailure;
     info->setNotes(notes.join("\n"));
@@ -701,7 +459,7 @@ void NativeGrafik::saveSelection()
     if (!picture)
         return;
     bool isSelected = false;
-    const PointRange part = shownPart(isSelected);
+    const NativeRange part = shownPart(isSelected);
     Settings *const settings = Settings::instance();
     const QString folder =
         settings->lastSavePath().isEmpty() ? directoryOf(file.path()) : settings->lastSavePath();
@@ -715,16 +473,10 @@ void NativeGrafik::saveSelection()
     QString failure;
     bool isCancelled = false;
     {
-        BusyGuard guard;
-        connect(&guard, &BusyGuard::cancelRequested, this, [&isCancelled] { isCancelled = true; });
-        progressBar->show();
+        ProgressTask task;
         failure = saveStretch(file, int(part.first), int(part.points), ui->dispersion->value(),
-                              path, [&](int percent) {
-                                  progressBar->setValue(percent);
-                                  QCoreApplication::processEvents();
-                                  return !isCancelled;
-                              });
-        progressBar->hide();
+                              path, [&](int percent) { return task.advance(percent); });
+        isCancelled = task.isCancelled();
     }
     if (!failure.isEmpty())
         showError(this, "The selection was not saved.", failure);

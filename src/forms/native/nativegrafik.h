@@ -40,11 +40,6 @@ public:
     ~NativeGrafik() override;
 
 private:
-    struct PointRange {
-        double first = 0;
-        double points = 0;
-    };
-
     bool openRecording(const QString &path);
     QWidget *makeMiddle();
     void fillPassport();
@@ -67,16 +62,16 @@ private:
     void changeSwitches(const std::vector<bool> &off);
     void toggleChannel(int channel);
     void draw();
-    void draw(const PointRange &part);
-    void drawCurves(const PointRange &part);
+    void draw(const NativeRange &part);
+    void drawCurves(const NativeRange &part);
     void drawWaterfall();
     void fitHeight();
     void showStatistics();
     void showBandpass();
     void showNotes();
 
-    PointRange visible() const;
-    PointRange shownPart(bool &isSelected) const;
+    NativeRange visible() const;
+    NativeRange shownPart(bool &isSelected) const;
     void followView();
     void showPoints(double first, double points);
     void showCoords(QPointF coords);
@@ -99,7 +94,7 @@ private:
     Jobs::Worker loader;
     QShortcut *escape = nullptr;                  // stops the reading
     NativeDomain asked;                           // the newest request
-    std::optional<PointRange> pending;            // to be shown once it is there
+    std::optional<NativeRange> pending;           // to be shown once it is there
     std::shared_ptr<const NativePicture> picture; // what is shown
     std::shared_ptr<const NativePicture> whole;   // of the whole recording, for the strip
     ObservationData means;                        // of a picture without its samples
@@ -108,7 +103,7 @@ private:
     bool isStopped = false; // by the user; goes on with the next request
     QString loadFailure;    // of the newest request
 
-    QTimer drawTimer;
-    QTimer statisticsTimer;
-    QTimer sumTimer; // reads again for a sum at another dispersion
+    QTimer drawTimer{this};
+    QTimer statisticsTimer{this};
+    QTimer sumTimer{this}; // reads again for a sum at another dispersion
 };

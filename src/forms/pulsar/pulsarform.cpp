@@ -1,16 +1,15 @@
 #include "forms/pulsar/pulsarform.h"
 
-#include "app/busyguard.h"
-#include "app/centralwidget.h"
-#include "app/errorbox.h"
-#include "app/lastvalues.h"
-#include "app/settings.h"
+#include "app/shell/centralwidget.h"
+#include "app/shell/errorbox.h"
+#include "app/shell/lastvalues.h"
+#include "app/shell/progresstask.h"
+#include "app/shell/settings.h"
 #include "base/typednumber.h"
 #include "calc/fourier.h"
 #include "calc/pulsar/computedon.h"
 #include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/pulsarcommand.h"
-#include "calc/reporttext.h"
 #include "data/recordingtime.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
@@ -22,13 +21,12 @@
 #include "picture/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "plot/pulsargrafikinfo.h"
+#include "results/reporttext.h"
 #include "ui_pulsarform.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QKeyEvent>
-#include <QProgressBar>
-#include <QScopedValueRollback>
 #include <algorithm>
 #include <cmath>
 
@@ -62,7 +60,6 @@ PulsarForm::PulsarForm(const QString &path, QWidget *parent)
     ui->setupUi(this);
     ui->filePath->setText(FormTexts::fileLabel(path));
     emptyCentralWidget();
-    progressBar = Settings::instance()->progressBar();
     if (!readRecording(path)) {
         deleteLater();
         return;
@@ -133,7 +130,7 @@ void PulsarForm::keyPressEvent(QKeyEvent *event)
 
 void PulsarForm::redraw()
 {
-    if (running)
+    if (ProgressTask::isRunning())
         return;
     const QString action = checkedButton(ui->groupBox_action);
     if (action.isEmpty()) {
@@ -146,7 +143,7 @@ void PulsarForm::redraw()
 // Puts the call of the batch program that does what "Run" does onto the clipboard.
 void PulsarForm::copyCommand()
 {
-    if (running)
+    if (ProgressTask::isRunning())
         return;
     const QString action = checkedButton(ui->groupBox_action);
     if (action.isEmpty()) {
@@ -221,7 +218,6 @@ void PulsarForm::compute(const QString &action, int points)
     const Jobs::Ending ending =
         Jobs::runGuarded([&] { isDone = runShowingProgress(*next, action); });
     if (ending.kind == Jobs::Ending::Failed) {
-        progressBar->hide();
         showError(this, ending.problem);
         return;
     }
@@ -242,19 +238,11 @@ void PulsarForm::compute(const QString &action, int points)
 // Lets events through at every progress, so that the window lives and Esc stops the action.
 bool PulsarForm::runShowingProgress(PulsarCalculate &calculation, const QString &action)
 {
-    const QScopedValueRollback<bool> isRunning(running, true);
     const QMutexLocker pressesIgnored(&grafik->busyMutex());
-    BusyGuard guard;
-    connect(&guard, &BusyGuard::cancelRequested, &calculation, &PulsarCalculate::cancel);
-    connect(&calculation, &PulsarCalculate::progress, progressBar, [this](int percent) {
-        progressBar->setValue(percent);
-        QCoreApplication::processEvents();
-    });
-    progressBar->setValue(0);
-    progressBar->show();
-    const bool done = calculation.run(action);
-    progressBar->hide();
-    return done;
+    ProgressTask task;
+    connect(&task, &ProgressTask::cancelRequested, &calculation, &PulsarCalculate::cancel);
+    connect(&calculation, &PulsarCalculate::progress, &task, &ProgressTask::advance);
+    return calculation.run(action);
 }
 
 // Nothing, after a message, when a field with arrows cannot be read or there is no start point of
@@ -393,7 +381,7 @@ void PulsarForm::changeDispersions(const QVector<double> &dispersions)
 // of what they gave.
 void PulsarForm::changePoints(int points)
 {
-    if (!calculate || running)
+    if (!calculate || ProgressTask::isRunning())
         return;
     if (worksOnChannel(shownAction)) {
         // "Reset points" goes back to all of the recording.

@@ -12,7 +12,6 @@ class LastValues;
 class PulsarGrafik;
 class PulsarGrafikInfo;
 class QLineEdit;
-class QProgressBar;
 namespace Ui {
 class PulsarForm;
 }
@@ -71,12 +70,10 @@ private:
     const std::unique_ptr<Ui::PulsarForm> ui;
     const QString recordingPath;
     std::unique_ptr<LastValues> lastValues;
-    QProgressBar *progressBar = nullptr;
     PulsarGrafik *grafik = nullptr;
     PulsarGrafikInfo *info = nullptr;
     ObservationData data;
 
-    bool running = false;
     QStringList unreadableFields; // what each counts as, and what it takes
     QString readProblem;          // of a file that ends early
     std::optional<std::array<double, 4>> chosenDispersions; // by the user; none: from the DM

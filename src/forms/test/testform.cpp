@@ -1,6 +1,6 @@
 #include "forms/test/testform.h"
 
-#include "app/centralwidget.h"
+#include "app/shell/centralwidget.h"
 #include "ui_testform.h"
 
 TestForm::TestForm(const QString &title, QWidget *parent) : QWidget(parent), ui(new Ui::TestForm)

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "forms/native/nativecurves.h"
+#include "forms/native/waterfallview.h"
+
+/// How the viewer's picture of time against frequency is made.
+struct NativeWaterfall {
+    NativeRange range;             ///< in sight
+    double dispersion = 0;         ///< pc/cm^3
+    int average = 1;               ///< fewest points in a column
+    int width = 0;                 ///< most columns
+    std::vector<bool> channelsOff; ///< bands that are left without a value
+};
+
+/// The values of the picture, each band in robust sigmas from its median.
+///
+/// @param record  the picture's samples, or the means of its reduction where it has none
+WaterfallView::Picture nativeWaterfall(const NativePicture &picture, const ObservationData &record,
+                                       const NativeWaterfall &wanted);

@@ -1,0 +1,1 @@
+zrt_add_test(results/formats unit zrt_results zrt_data)
