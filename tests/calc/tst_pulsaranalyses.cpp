@@ -1,4 +1,5 @@
 #include "calc/pulsar/pulsaranalyses.h"
+#include "calc/pulsar/pulsarcommand.h"
 #include "calc/pulsar/runanalysis.h"
 #include "support/testmain.h"
 
@@ -87,6 +88,7 @@ private slots:
     void commandsTakeWhatTheirAnalysesRead();
     void tellsAllProblemsAtOnce_data();
     void tellsAllProblemsAtOnce();
+    void copiedSumKeepsItsPoints();
     void everyActionIsKnownToTheProgram_data();
     void everyActionIsKnownToTheProgram();
 };
@@ -262,6 +264,14 @@ void TestPulsarAnalyses::tellsAllProblemsAtOnce()
         QVERIFY(!problem.text.isEmpty());
     }
     QTEST(fields, "fields");
+}
+
+void TestPulsarAnalyses::copiedSumKeepsItsPoints()
+{
+    PulsarParameters parameters = pulsarPresets();
+    parameters.points = 5000;
+    QCOMPARE(pulsarCommand("sumChannelsDemoNoise", parameters, "a.pnt"),
+             QString("zrt-batch sum --count 5000 a.pnt"));
 }
 
 void TestPulsarAnalyses::everyActionIsKnownToTheProgram_data()
