@@ -124,6 +124,10 @@ void TestProgram::failures_data()
     QTest::newRow("short result") << "totext short.res" << 65 << "Block 1 of 2 in";
     QTest::newRow("result without points")
         << "totext nopoints.res" << 65 << "нет points в паспорте";
+    QTest::newRow("result without points and days")
+        << "totext nocounts.res" << 65 << "нет points в паспорте";
+    QTest::newRow("result cut in its header")
+        << "totext cutheader.res" << 65 << "нет points в паспорте";
     QTest::newRow("result without days") << "totext nodays.res" << 65 << "Error! No days in";
     QTest::newRow("name too long")
         << "native --ray 1 --first-point 0 " + longName << 73 << "File name too long";
@@ -151,6 +155,8 @@ void TestProgram::failures_data()
     QCOMPARE(mkfifo(QFile::encodeName(path("pipe")).constData(), 0600), 0);
     writeFile(path("short.res"), "points: 9\ntype: float\ndays: 2\nxx");
     writeFile(path("nopoints.res"), "type: float\ndays: 2\n");
+    writeFile(path("nocounts.res"), "type: float\nfirst_point: 0\n");
+    writeFile(path("cutheader.res"), "program: zrt-batch\ncommand: fold\nfile: a.pnt\nrep");
     writeFile(path("nodays.res"), "points: 9\ntype: float\n");
 }
 

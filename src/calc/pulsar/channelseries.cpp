@@ -1,6 +1,7 @@
 #include "calc/pulsar/pulsarcalculate.h"
 
 #include "calc/approximation.h"
+#include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,6 +3,7 @@
 #include "calc/approximation.h"
 #include "calc/fourier.h"
 #include "calc/pulsar/pulsaranalyses.h"
+#include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>
