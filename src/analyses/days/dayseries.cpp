@@ -2,7 +2,7 @@
 
 #include "base/timetext.h"
 #include "base/wholefile.h"
-#include "calc/channelsum.h"
+#include "calc/banddelays.h"
 #include "calc/finitesamples.h"
 #include "calc/pulsar/pulsarcalculate.h"
 #include "data/recordingfile.h"
@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 namespace Days {
 
@@ -122,6 +123,18 @@ std::vector<int> indicesOf(const ObservationData &header, const std::vector<Seri
     return indices;
 }
 
+// What was read of a file: indices of its modules and rays.
+struct Chosen {
+    std::vector<int> modules;
+    std::vector<int> rays;
+};
+
+Chosen chosenOf(const ObservationData &header, const std::vector<SeriesRequest> &wanted)
+{
+    return {indicesOf(header, wanted, header.modules, moduleNumber, &SeriesRequest::module),
+            indicesOf(header, wanted, header.rays, rayNumber, &SeriesRequest::ray)};
+}
+
 Reading readPart(const RecordingSet &set, const DayPart &part,
                  const std::vector<SeriesRequest> &wanted, const SampleReadingHooks &hooks)
 {
@@ -137,9 +150,9 @@ Reading readPart(const RecordingSet &set, const DayPart &part,
     Stretch stretch;
     stretch.first = part.first;
     stretch.count = part.count;
-    stretch.modules =
-        indicesOf(header, wanted, header.modules, moduleNumber, &SeriesRequest::module);
-    stretch.rays = indicesOf(header, wanted, header.rays, rayNumber, &SeriesRequest::ray);
+    const Chosen chosen = chosenOf(header, wanted);
+    stretch.modules = chosen.modules;
+    stretch.rays = chosen.rays;
     for (int band = 0; band < PulsarCalculate::sumBands; ++band)
         stretch.channels.push_back(band);
     return file.read(stretch, hooks);
@@ -191,21 +204,24 @@ Reading readDay(const RecordingSet &set, const Day &day, const std::vector<Serie
     return joined(parts);
 }
 
-int placeOf(const ObservationData &data, int count, int number,
+// Place of a number among those of a file that were read; -1 where it is none of them.
+int placeOf(const ObservationData &header, const std::vector<int> &indices, int number,
             int (*numberOf)(const ObservationData &, int))
 {
-    for (int i = 0; i < count; ++i) {
-        if (numberOf(data, i) == number)
-            return i;
+    for (std::size_t i = 0; i < indices.size(); ++i) {
+        if (numberOf(header, indices[i]) == number)
+            return int(i);
     }
     return -1;
 }
 
-DaySeries sumOf(const ObservationData &data, int points, const SeriesRequest &request)
+// The header is that of the file which the first samples come from.
+DaySeries sumOf(const ObservationData &data, const ObservationData &header, const Chosen &chosen,
+                int points, const SeriesRequest &request)
 {
     DaySeries series;
-    const int module = placeOf(data, data.modules, request.module, moduleNumber);
-    const int ray = placeOf(data, data.rays, request.ray, rayNumber);
+    const int module = placeOf(header, chosen.modules, request.module, moduleNumber);
+    const int ray = placeOf(header, chosen.rays, request.ray, rayNumber);
     if (module < 0 || ray < 0) {
         series.problem =
             QString("%1: it does not hold module %2, ray %3.")
@@ -243,20 +259,16 @@ DaySeries sumOf(const ObservationData &data, int points, const SeriesRequest &re
 
 } // namespace
 
-int pointsBehind(const std::vector<double> &fbands, double tresolution, double dispersion)
+int pointsBehind(const ObservationData &header, double dispersion)
 {
-    constexpr int bands = PulsarCalculate::sumBands;
-    if (!Tools::areFrequencies(fbands, bands))
+    if (!Tools::areFrequencies(header.fbands, PulsarCalculate::sumBands))
         return -1;
-    int longest = 0;
-    for (int band = 0; band < bands; ++band) {
-        const double delay = Tools::dispersionDelay(fbands[std::size_t(band)], fbands[bands - 1],
-                                                    dispersion, tresolution);
-        if (!Tools::isShift(delay))
-            return -1;
-        longest = std::max(longest, Tools::stretchShift(delay));
-    }
-    return longest + 1; // a sum ends before the last point
+    const Tools::BandDelays delays(header, PulsarCalculate::sumBands, dispersion,
+                                   Tools::ShiftRounding::Nearest);
+    if (delays.highestWithoutShift() >= 0)
+        return -1;
+    // A sum ends before the last point.
+    return int(std::min<double>(delays.longestLater() + 1, std::numeric_limits<int>::max()));
 }
 
 QString seriesFileName(const RecordingSet &set, const Day &day, int points,
@@ -289,6 +301,8 @@ std::vector<DaySeries> seriesOfDay(const RecordingSet &set, const Day &day, int 
     if (missing.empty())
         return all;
     const Reading reading = readDay(set, day, missing, hooks);
+    const ObservationData &header = entryOf(set, day.parts.front()).header;
+    const Chosen chosen = chosenOf(header, missing);
     for (std::size_t i = 0; i < requests.size(); ++i) {
         if (all[i].wasKept)
             continue;
@@ -298,7 +312,7 @@ std::vector<DaySeries> seriesOfDay(const RecordingSet &set, const Day &day, int 
             all[i].wasStopped = reading.end() == StretchEnd::Cancelled;
             continue;
         }
-        all[i] = sumOf(*data, points, requests[i]);
+        all[i] = sumOf(*data, header, chosen, points, requests[i]);
         if (!folder.isEmpty() && all[i].problem.isEmpty())
             keep(folder, pathOf(requests[i]), headerOf(set, day, points, requests[i]), all[i]);
     }

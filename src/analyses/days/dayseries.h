@@ -20,8 +20,9 @@ struct SeriesRequest {
 /// Points behind a stretch that the delays of the bands take in: what DayChoice::pointsAfter
 /// is to be for the highest dispersion.
 ///
+/// @param header  fbands, tresolution
 /// @return -1 where there are too few bands, or a delay beyond an int
-int pointsBehind(const std::vector<double> &fbands, double tresolution, double dispersion);
+int pointsBehind(const ObservationData &header, double dispersion);
 
 struct DaySeries {
     std::vector<float> sums; ///< one per point of the stretch; empty where there is a problem

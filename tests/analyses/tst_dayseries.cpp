@@ -1,0 +1,183 @@
+#include "analyses/days/dayseries.h"
+#include "calc/pulsar/pulsarcalculate.h"
+#include "data/resulttotext.h"
+#include "support/recordings.h"
+#include "support/testmain.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <cmath>
+#include <limits>
+
+using Days::Day;
+using Days::DaySeries;
+
+namespace {
+
+constexpr int pointsOfFile = 4000; // 49.97 s
+constexpr int points = 2048;
+constexpr double dispersion = 26.75;
+
+float sampleAt(int point, int channel, int ray)
+{
+    return float(std::sin(point * 0.37 + channel) * 100 + ray);
+}
+
+QByteArray fileBytes(int firstPoint)
+{
+    return TestSupport::recordingBytes({pointsOfFile, 1, 33, 3},
+                                       [firstPoint](int point, int, int channel, int ray) {
+                                           return sampleAt(firstPoint + point, channel, ray);
+                                       });
+}
+
+QByteArray contents(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+class TestDaySeries : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void equalsTheSumOfOneRecording();
+    void isKept();
+    void damagedIsMadeAnew_data();
+    void damagedIsMadeAnew();
+    void tellsWhatFails();
+
+private:
+    std::vector<DaySeries> seriesAt(int firstPoint, const QString &keptIn);
+
+    std::unique_ptr<QTemporaryDir> folder;
+    QString first;  // path
+    QString second; // goes on where the first ends
+    const std::vector<Days::SeriesRequest> requests = {{1, 3, dispersion}, {1, 1, 0}};
+};
+
+void TestDaySeries::init()
+{
+    folder = std::make_unique<QTemporaryDir>();
+    first = TestSupport::writeFile(*folder, "a.pnt", fileBytes(0));
+    second = TestSupport::writeFile(*folder, "b.pnt",
+                                    fileBytes(pointsOfFile).replace("12:00:00", "12:00:50"));
+}
+
+std::vector<DaySeries> TestDaySeries::seriesAt(int firstPoint, const QString &keptIn)
+{
+    const RecordingSet set = recordingsOfFolder(folder->path(), false);
+    Days::DayChoice choice;
+    choice.points = points;
+    choice.pointsAfter = Days::pointsBehind(set.entries[0].header, dispersion);
+    choice.start.point = firstPoint;
+    const Day day = Days::findDays(set, choice).days[0];
+    if (!day.reason.isEmpty())
+        return {};
+    return Days::seriesOfDay(set, day, points, requests, keptIn);
+}
+
+void TestDaySeries::equalsTheSumOfOneRecording()
+{
+    const ObservationData whole = TestSupport::makeRecording(
+        {2 * pointsOfFile, 1, 33, 3},
+        [](int point, int, int channel, int ray) { return sampleAt(point, channel, ray); });
+    // Within the first file, and from it into the second.
+    for (const int start : {100, 3500}) {
+        const std::vector<DaySeries> series = seriesAt(start, {});
+        QCOMPARE(int(series.size()), 2);
+        for (std::size_t i = 0; i < series.size(); ++i) {
+            QCOMPARE(series[i].problem, QString());
+            PulsarParameters parameters;
+            parameters.ray = requests[i].ray;
+            parameters.module = 1;
+            parameters.firstPoint = start;
+            PulsarCalculate calculate(whole, parameters);
+            std::vector<double> sums(points);
+            QVERIFY(calculate.sumChannels(sums.data(), points, requests[i].dispersion, true));
+            QCOMPARE(series[i].sums, std::vector<float>(sums.begin(), sums.end()));
+        }
+    }
+}
+
+void TestDaySeries::isKept()
+{
+    const QString keptIn = folder->filePath("kept");
+    const std::vector<DaySeries> made = seriesAt(3500, keptIn);
+    QVERIFY(!made[0].wasKept);
+    const QStringList files = QDir(keptIn).entryList({"*.series"}, QDir::Files);
+    QCOMPARE(files.size(), 2);
+    QVERIFY(files[0].startsWith("20150401_120043_m1_r"));
+    const std::vector<DaySeries> kept = seriesAt(3500, keptIn);
+    QVERIFY(kept[0].wasKept && kept[1].wasKept);
+    QCOMPARE(kept[0].sums, made[0].sums);
+    // The converter reads it.
+    const QString text = folder->filePath("text");
+    const QString path = QDir(keptIn).filePath(files[1]);
+    QVERIFY(Tools::resultToText(path, text).kind == Tools::TextEnd::Kind::Done);
+    QVERIFY(contents(text).contains("\ndisp: 26\ndispersion: 26.75\n"));
+    QVERIFY(contents(text).endsWith(QByteArray::number(made[0].sums.back(), 'g', 9) + "\n") ||
+            contents(text).endsWith(QByteArray::number(made[0].sums.back(), 'g', 8) + "\n") ||
+            contents(text).endsWith(QByteArray::number(made[0].sums.back(), 'g', 7) + "\n"));
+    // An other content of the recording needs another series.
+    QVERIFY(QFile::resize(second, QFile(second).size() + 4));
+    QVERIFY(!seriesAt(3500, keptIn)[0].wasKept);
+}
+
+void TestDaySeries::damagedIsMadeAnew_data()
+{
+    QTest::addColumn<QString>("damage");
+    QTest::newRow("cut") << "cut";
+    QTest::newRow("longer") << "longer";
+    QTest::newRow("of another program") << "header";
+    QTest::newRow("empty") << "empty";
+}
+
+void TestDaySeries::damagedIsMadeAnew()
+{
+    QFETCH(QString, damage);
+    const QString keptIn = folder->filePath("kept");
+    const std::vector<DaySeries> made = seriesAt(100, keptIn);
+    const QDir kept(keptIn);
+    const QString path = kept.filePath(kept.entryList({"*.series"}, QDir::Files)[0]);
+    const QByteArray whole = contents(path);
+    QByteArray bytes = damage == "cut"      ? whole.left(whole.size() - 1)
+                       : damage == "longer" ? whole + "x"
+                                            : QByteArray();
+    if (damage == "header")
+        bytes = QByteArray(whole).replace("form 1", "form 0");
+    TestSupport::writeFile(*folder, "kept/" + kept.entryList({"*.series"}, QDir::Files)[0], bytes);
+    const std::vector<DaySeries> again = seriesAt(100, keptIn);
+    QVERIFY(again[0].wasKept != again[1].wasKept);
+    QCOMPARE(again[0].sums, made[0].sums);
+    QCOMPARE(again[1].sums, made[1].sums);
+    QCOMPARE(contents(path), whole);
+}
+
+void TestDaySeries::tellsWhatFails()
+{
+    const RecordingSet set = recordingsOfFolder(folder->path(), false);
+    Days::DayChoice choice;
+    choice.points = points;
+    choice.pointsAfter = 200;
+    const Day day = Days::findDays(set, choice).days[0];
+    const auto problemOf = [&](const Days::SeriesRequest &request) {
+        return Days::seriesOfDay(set, day, points, {request}, {})[0].problem;
+    };
+    QVERIFY(problemOf({1, 7, 0}).contains("does not hold module 1, ray 7"));
+    QVERIFY(problemOf({1, 1, 1000}).contains("cannot be summed at the dispersion 1000"));
+    // A folder that is none: nothing is kept, nothing is wrong.
+    QCOMPARE(seriesAt(100, first + "/kept")[0].problem, QString());
+    QVERIFY(QFile::resize(first, QFile(first).size() / 2));
+    QVERIFY(problemOf({1, 1, 0}).contains("has changed"));
+    QVERIFY(QFile::remove(first));
+    QVERIFY(problemOf({1, 1, 0}).contains("a.pnt"));
+    QCOMPARE(Days::pointsBehind({}, 10), -1);
+}
+
+ZRT_UNIT_TEST_MAIN(TestDaySeries)
+#include "tst_dayseries.moc"
