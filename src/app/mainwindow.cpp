@@ -4,6 +4,7 @@
 #include "app/shell/recentbutton.h"
 #include "app/shell/settings.h"
 #include "app/shell/timedprogressbar.h"
+#include "base/timetext.h"
 #include "base/version.h"
 #include "forms/arrays/arraysdirform.h"
 #include "forms/arrays/arraysform.h"
@@ -389,7 +390,7 @@ void MainWindow::showAbout()
         "Web: https://zrt-analytics-2.example",
         "",
         QString("Version: %1 %2").arg(Version::number, Version::date),
-        "Compiled at " + executable.lastModified().toString("dd.MM.yyyy hh:mm"),
+        "Compiled at " + textOfTime(executable.lastModified(), "dd.MM.yyyy hh:mm"),
     };
     QMessageBox::about(this, "About", lines.join("\n"));
 }

@@ -57,7 +57,7 @@ BoxcarPeak bestBoxcar(const FoldedProfile &profile, double sampleSigma);
 /// independent values of unit Gaussian noise is expected where (1 - Q(x))^n = 0.5264, with the
 /// Gaussian tail Q (Chen & Tyler 1999, Commun. Stat. Simul. Comput. 28, 177). A profile of b bins
 /// with all its boxcars counts as n = b (0.7 + 0.47 log2 b) values, which simulated noise of 4 to
-/// 4096 bins gives within 0.03 in x; where a bin is one sample long it stays up to 0.1 lower. One
+/// 4096 bins gives within 0.03 in x; where a bin is one sample long it stays up to 0.12 lower. One
 /// fold scatters by 0.3 to 0.6.
 double expectedNoisePeak(int bins);
 

@@ -1,5 +1,6 @@
 #include "app/shell/recordingmodel.h"
 
+#include "base/timetext.h"
 #include "coords/barycentre.h"
 #include "data/truenumbers.h"
 
@@ -59,7 +60,7 @@ QString headerText(const RecordingEntry &entry, int column)
     const ObservationData &header = entry.header;
     switch (column) {
     case RecordingModel::Begin:
-        return entry.begin.toString("yyyy-MM-dd hh:mm:ss.zzz");
+        return textOfTime(entry.begin, "yyyy-MM-dd hh:mm:ss.zzz");
     case RecordingModel::Mjd:
         return entry.begin.isValid()
                    ? QString::number(Tools::modifiedJulianDay(entry.begin), 'f', mjdDecimals)
