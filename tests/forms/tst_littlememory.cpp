@@ -32,6 +32,11 @@ void *operator new(std::size_t size)
     return memory;
 }
 
+void *operator new(std::size_t size, const std::nothrow_t &) noexcept
+{
+    return tooMuch > 0 && size >= tooMuch ? nullptr : std::malloc(size);
+}
+
 void operator delete(void *memory) noexcept
 {
     std::free(memory);
