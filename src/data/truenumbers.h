@@ -27,3 +27,15 @@ inline int rayNumber(const ObservationData &data, int ray)
 {
     return data.ray > 0 && data.rays == 1 ? data.ray : ray + 1;
 }
+
+/// Whether a recording has the module and, of it, the ray of these numbers.
+inline bool holdsRay(const ObservationData &header, int module, int ray)
+{
+    bool hasModule = false;
+    for (int i = 0; i < header.modules; ++i)
+        hasModule = hasModule || moduleNumber(header, i) == module;
+    bool hasRay = false;
+    for (int i = 0; i < header.rays; ++i)
+        hasRay = hasRay || rayNumber(header, i) == ray;
+    return hasModule && hasRay;
+}

@@ -30,17 +30,6 @@ Shape shapeOf(const ObservationData &header)
     return {header.tresolution, header.fbands};
 }
 
-bool holds(const ObservationData &header, int module, int ray)
-{
-    bool hasModule = false;
-    for (int i = 0; i < header.modules; ++i)
-        hasModule = hasModule || moduleNumber(header, i) == module;
-    bool hasRay = false;
-    for (int i = 0; i < header.rays; ++i)
-        hasRay = hasRay || rayNumber(header, i) == ray;
-    return hasModule && hasRay;
-}
-
 QString stepText(double tresolution)
 {
     return QString("%1 ms").arg(tresolution * msPerSecond, 0, 'g', 10);
@@ -55,7 +44,7 @@ QString unfitness(const RecordingEntry &entry, const DayChoice &choice)
         return "Its header has no begin time.";
     if (!(entry.header.tresolution > 0))
         return "Its header has no step of time.";
-    if (!holds(entry.header, choice.module, choice.ray))
+    if (!holdsRay(entry.header, choice.module, choice.ray))
         return QString("It does not hold module %1, ray %2.").arg(choice.module).arg(choice.ray);
     return {};
 }

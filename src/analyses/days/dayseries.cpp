@@ -1,5 +1,6 @@
 #include "analyses/days/dayseries.h"
 
+#include "base/systemmemory.h"
 #include "base/timetext.h"
 #include "base/wholefile.h"
 #include "calc/banddelays.h"
@@ -108,35 +109,54 @@ void keep(const QString &folder, const QString &path, const QByteArray &header,
         QFile::remove(path);
 }
 
-std::vector<int> indicesOf(const ObservationData &header, const std::vector<SeriesRequest> &wanted,
-                           int count, int (*numberOf)(const ObservationData &, int),
-                           int SeriesRequest::*number)
-{
+// The modules, or the rays, of a file that are wanted, in the file's order.
+struct Held {
     std::vector<int> indices;
-    for (int i = 0; i < count; ++i) {
-        const bool isWanted = std::any_of(wanted.begin(), wanted.end(), [&](const auto &request) {
-            return request.*number == numberOf(header, i);
-        });
-        if (isWanted)
-            indices.push_back(i);
+    std::vector<int> numbers; // the telescope's
+
+    // Place of one of the numbers among them.
+    int placeOf(int number) const
+    {
+        return int(std::find(numbers.begin(), numbers.end(), number) - numbers.begin());
     }
-    return indices;
+};
+
+Held heldOf(const ObservationData &header, const std::vector<SeriesRequest> &wanted, int count,
+            int (*numberOf)(const ObservationData &, int), int SeriesRequest::*wantedNumber)
+{
+    Held held;
+    for (int i = 0; i < count; ++i) {
+        const int number = numberOf(header, i);
+        const bool isWanted = std::any_of(wanted.begin(), wanted.end(), [&](const auto &request) {
+            return request.*wantedNumber == number;
+        });
+        if (!isWanted)
+            continue;
+        held.indices.push_back(i);
+        held.numbers.push_back(number);
+    }
+    return held;
 }
 
-// What was read of a file: indices of its modules and rays.
+// What is read of a file.
 struct Chosen {
-    std::vector<int> modules;
-    std::vector<int> rays;
+    Held modules;
+    Held rays;
+
+    bool areAsIn(const Chosen &other) const
+    {
+        return modules.numbers == other.modules.numbers && rays.numbers == other.rays.numbers;
+    }
 };
 
 Chosen chosenOf(const ObservationData &header, const std::vector<SeriesRequest> &wanted)
 {
-    return {indicesOf(header, wanted, header.modules, moduleNumber, &SeriesRequest::module),
-            indicesOf(header, wanted, header.rays, rayNumber, &SeriesRequest::ray)};
+    return {heldOf(header, wanted, header.modules, moduleNumber, &SeriesRequest::module),
+            heldOf(header, wanted, header.rays, rayNumber, &SeriesRequest::ray)};
 }
 
-Reading readPart(const RecordingSet &set, const DayPart &part,
-                 const std::vector<SeriesRequest> &wanted, const SampleReadingHooks &hooks)
+Reading readPart(const RecordingSet &set, const DayPart &part, const Chosen &chosen,
+                 const SampleReadingHooks &hooks)
 {
     const RecordingEntry &entry = entryOf(set, part);
     RecordingFile file;
@@ -150,23 +170,26 @@ Reading readPart(const RecordingSet &set, const DayPart &part,
     Stretch stretch;
     stretch.first = part.first;
     stretch.count = part.count;
-    const Chosen chosen = chosenOf(header, wanted);
-    stretch.modules = chosen.modules;
-    stretch.rays = chosen.rays;
+    stretch.modules = chosen.modules.indices;
+    stretch.rays = chosen.rays.indices;
     for (int band = 0; band < PulsarCalculate::sumBands; ++band)
         stretch.channels.push_back(band);
     return file.read(stretch, hooks);
 }
 
-// The points of several parts as one recording.
+// The points of several parts, all of the same modules and rays, as one recording.
 Reading joined(const std::vector<ObservationData> &parts)
 {
     ObservationData whole = parts.front();
     whole.npoints = 0;
     for (const ObservationData &part : parts)
         whole.npoints += part.npoints;
+    const qint64 bytes =
+        SampleBlock::bytesNeeded(whole.modules, whole.channels, whole.rays, whole.npoints);
     const auto block =
-        SampleBlock::allocate(whole.modules, whole.channels, whole.rays, whole.npoints);
+        bytes < 0 || !hasMemoryFor(double(bytes))
+            ? nullptr
+            : SampleBlock::allocate(whole.modules, whole.channels, whole.rays, whole.npoints);
     if (!block)
         return Reading::none(StretchEnd::Refused,
                              whole.filePath +
@@ -184,50 +207,33 @@ Reading joined(const std::vector<ObservationData> &parts)
     return Reading::complete(std::move(whole));
 }
 
+// All files must have what is chosen of the first one.
 Reading readDay(const RecordingSet &set, const Day &day, const std::vector<SeriesRequest> &wanted,
-                const SampleReadingHooks &hooks)
+                const Chosen &chosen, const SampleReadingHooks &hooks)
 {
     std::vector<ObservationData> parts;
     for (const DayPart &part : day.parts) {
-        Reading reading = readPart(set, part, wanted, hooks);
+        const RecordingEntry &entry = entryOf(set, part);
+        const Chosen own = chosenOf(entry.header, wanted);
+        if (!own.areAsIn(chosen))
+            return Reading::none(StretchEnd::Refused,
+                                 entry.path + ": it has other modules or rays than the file "
+                                              "before it. Leave one of them out.");
+        Reading reading = readPart(set, part, own, hooks);
         const ObservationData *data = reading.whole();
         if (!data || day.parts.size() == 1)
             return reading;
-        const bool fits = parts.empty() || (data->modules == parts.front().modules &&
-                                            data->rays == parts.front().rays);
-        if (!fits)
-            return Reading::none(StretchEnd::Refused,
-                                 data->filePath + ": it has other modules or rays than the file "
-                                                  "before it. Leave one of them out.");
         parts.push_back(*data);
     }
     return joined(parts);
 }
 
-// Place of a number among those of a file that were read; -1 where it is none of them.
-int placeOf(const ObservationData &header, const std::vector<int> &indices, int number,
-            int (*numberOf)(const ObservationData &, int))
-{
-    for (std::size_t i = 0; i < indices.size(); ++i) {
-        if (numberOf(header, indices[i]) == number)
-            return int(i);
-    }
-    return -1;
-}
-
-// The header is that of the file which the first samples come from.
-DaySeries sumOf(const ObservationData &data, const ObservationData &header, const Chosen &chosen,
-                int points, const SeriesRequest &request)
+DaySeries sumOf(const ObservationData &data, const Chosen &chosen, int points,
+                const SeriesRequest &request)
 {
     DaySeries series;
-    const int module = placeOf(header, chosen.modules, request.module, moduleNumber);
-    const int ray = placeOf(header, chosen.rays, request.ray, rayNumber);
-    if (module < 0 || ray < 0) {
-        series.problem =
-            QString("%1: it does not hold module %2, ray %3.")
-                .arg(data.filePath, QString::number(request.module), QString::number(request.ray));
-        return series;
-    }
+    const int module = chosen.modules.placeOf(request.module);
+    const int ray = chosen.rays.placeOf(request.ray);
     const Tools::FiniteSamples finite = Tools::finiteSamples(
         data, module, ray, Tools::wholeChannels(data, PulsarCalculate::sumBands));
     if (!finite.samples || !finite.empty.empty()) {
@@ -286,25 +292,30 @@ std::vector<DaySeries> seriesOfDay(const RecordingSet &set, const Day &day, int 
                                    const std::vector<SeriesRequest> &requests,
                                    const QString &folder, const SampleReadingHooks &hooks)
 {
+    const RecordingEntry &first = entryOf(set, day.parts.front());
     std::vector<DaySeries> all(requests.size());
     std::vector<SeriesRequest> missing;
     const auto pathOf = [&](const SeriesRequest &request) {
         return QDir(folder).filePath(seriesFileName(set, day, points, request));
     };
     for (std::size_t i = 0; i < requests.size(); ++i) {
-        const bool isKept =
-            !folder.isEmpty() &&
-            readKept(pathOf(requests[i]), headerOf(set, day, points, requests[i]), points, all[i]);
-        if (!isKept)
-            missing.push_back(requests[i]);
+        const SeriesRequest &request = requests[i];
+        if (!folder.isEmpty() &&
+            readKept(pathOf(request), headerOf(set, day, points, request), points, all[i]))
+            continue;
+        if (holdsRay(first.header, request.module, request.ray))
+            missing.push_back(request);
+        else
+            all[i].problem = first.path + QString(": it does not hold module %1, ray %2.")
+                                              .arg(request.module)
+                                              .arg(request.ray);
     }
     if (missing.empty())
         return all;
-    const Reading reading = readDay(set, day, missing, hooks);
-    const ObservationData &header = entryOf(set, day.parts.front()).header;
-    const Chosen chosen = chosenOf(header, missing);
+    const Chosen chosen = chosenOf(first.header, missing);
+    const Reading reading = readDay(set, day, missing, chosen, hooks);
     for (std::size_t i = 0; i < requests.size(); ++i) {
-        if (all[i].wasKept)
+        if (all[i].wasKept || !all[i].problem.isEmpty())
             continue;
         const ObservationData *data = reading.whole();
         if (!data) {
@@ -312,7 +323,7 @@ std::vector<DaySeries> seriesOfDay(const RecordingSet &set, const Day &day, int 
             all[i].wasStopped = reading.end() == StretchEnd::Cancelled;
             continue;
         }
-        all[i] = sumOf(*data, header, chosen, points, requests[i]);
+        all[i] = sumOf(*data, chosen, points, requests[i]);
         if (!folder.isEmpty() && all[i].problem.isEmpty())
             keep(folder, pathOf(requests[i]), headerOf(set, day, points, requests[i]), all[i]);
     }

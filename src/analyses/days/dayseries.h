@@ -38,6 +38,7 @@ struct DaySeries {
 /// change, with the same request; a damaged one is made anew. Kept or made anew, the values are the
 /// same. A folder that cannot be written is no problem: nothing is kept then.
 ///
+/// @param day     one that can be used: it has parts
 /// @param points  of the stretch
 /// @param folder  for the files; empty: nothing is kept
 /// @return one per request, in their order
