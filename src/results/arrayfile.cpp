@@ -31,11 +31,6 @@ QString syntaxProblem(const QByteArray &bytes)
         .arg(error.errorString());
 }
 
-QString titleOf(const Column &column)
-{
-    return column.unit.isEmpty() ? column.name : column.name + " [" + column.unit + "]";
-}
-
 // The axis of a series stands in the header only; elsewhere it is the first column.
 void addAxisColumn(ResultTable &table)
 {
@@ -112,7 +107,7 @@ NumberFile readJsonTable(const QString &path, qint64 limit)
     for (const HeaderLine &line : read.table.request)
         file.header << line.key + ": " + line.value;
     for (const Column &column : read.table.columns)
-        file.columnNames << titleOf(column);
+        file.columnNames << column.title();
     addCells(read.table.columns, file);
     if (file.table.rows() == 0)
         file.error = shown + " is a table without rows.";

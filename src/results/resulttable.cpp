@@ -72,11 +72,6 @@ QByteArray valueText(const Column &column, int row, Format format)
                : text;
 }
 
-QString titleOf(const Column &column)
-{
-    return column.unit.isEmpty() ? column.name : column.name + " [" + column.unit + "]";
-}
-
 // Collects the small texts of values into pieces that are worth writing.
 class Pieces {
 public:
@@ -142,6 +137,11 @@ int Column::size() const
     return std::visit([](const auto &list) { return int(list.size()); }, values);
 }
 
+QString Column::title() const
+{
+    return unit.isEmpty() ? name : name + " [" + unit + "]";
+}
+
 QByteArray jsonText(const QString &text)
 {
     QByteArray json = "\"";
@@ -202,7 +202,7 @@ void ResultTable::write(Format format, const std::function<void(const QByteArray
     pieces << requestBytes(request, format) + headerText(result, format);
     QStringList titles;
     for (const Column &column : columns)
-        titles << titleOf(column);
+        titles << column.title();
     const QString count = QString::number(rows());
     if (format == Format::Json) {
         pieces << "  \"points\": " + count.toUtf8() + "\n },\n";

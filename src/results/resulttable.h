@@ -32,6 +32,7 @@ struct Column {
     std::variant<std::vector<float>, std::vector<double>, QStringList> values;
 
     int size() const;
+    QString title() const; ///< "name [unit]"
 };
 
 /// The numbers of a result with all that is needed to make them again.
