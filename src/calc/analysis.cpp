@@ -1,7 +1,7 @@
 #include "calc/analysis.h"
 
+#include "base/numbertext.h"
 #include "base/shellword.h"
-#include "results/reporttext.h"
 
 namespace {
 
@@ -22,10 +22,10 @@ QStringList commandWords(const FieldValue &value)
                    [](const std::array<double, 4> &numbers) {
                        QStringList texts;
                        for (const double number : numbers)
-                           texts << ReportText::exact(number);
+                           texts << exactText(number);
                        return texts;
                    },
-                   [](auto number) { return QStringList(ReportText::exact(double(number))); }},
+                   [](auto number) { return QStringList(exactText(double(number))); }},
         value);
 }
 

@@ -1,5 +1,6 @@
 #include "calculators/calculators.h"
 
+#include "base/numbertext.h"
 #include "base/shellword.h"
 #include "base/typednumber.h"
 #include "coords/alfa2000.h"
@@ -36,11 +37,6 @@ QString title(const QString &name)
 QString redError(const QString &text)
 {
     return "<p><span class='red'>Error:</span> " + text;
-}
-
-QString shortest(double value)
-{
-    return QString::number(value, 'g', QLocale::FloatingPointShortest);
 }
 
 // Collects what is wrong with the inputs of one calculator.
@@ -195,7 +191,7 @@ Answer deltaFromRay(const RayInput &input, const Tools::RayTables &tables)
     if (isFound)
         answer.report += QString("<p><b>Result:</b><p>delta = <span class='blue'>%1</span><br>"
                                  "delta = <span class='blue'>%2</span>")
-                             .arg(text, shortest(delta));
+                             .arg(text, exactText(delta));
     else
         answer.report += redError("no delta for these module and beam!");
     if (!tables.problem.isEmpty())
@@ -221,7 +217,7 @@ Answer catalogToZrt(const CatalogInput &input)
     const double tres = numberOf(input.tres);
     Answer answer;
     answer.command = commandOf({"cat2zrt", input.alfa, input.delta, input.date, "--plosh",
-                                input.plosh, "--tres", shortest(tres)});
+                                input.plosh, "--tres", exactText(tres)});
     answer.report = title(name) + QString("<p><b>Parameters:</b><p>"
                                           "alfa = <span class='green'>%1</span><br>"
                                           "delta = <span class='green'>%2</span><br>"
@@ -229,7 +225,7 @@ Answer catalogToZrt(const CatalogInput &input)
                                           "tres = <span class='green'>%4</span><br>"
                                           "time_zone=%5")
                                       .arg(input.alfa, input.delta.toHtmlEscaped(), input.date,
-                                           shortest(tres), QString::number(timeZone));
+                                           exactText(tres), QString::number(timeZone));
     const QString date = QLocale::c().toString(dateOf(input.date), "yyyy.MM.dd");
     const Tools::CulminationResult found = Tools::culminationFromCatalog(
         input.alfa, input.delta, date, input.plosh.right(1).toInt(), tres, timeZone, 0);
@@ -289,7 +285,7 @@ Answer zrtToCatalog(const ZrtInput &input)
                                                 int(point), tres, input.delta);
     Answer answer;
     answer.command = commandOf({"zrt2cat", input.date, input.time, QString::number(point),
-                                input.delta, "--tres", shortest(tres)});
+                                input.delta, "--tres", exactText(tres)});
     answer.outputs = {
         {"zrt2cat_alfa", alfa},
         {"zrt2cat_delta", delta2000},
@@ -303,7 +299,7 @@ Answer zrtToCatalog(const ZrtInput &input)
                             "point = <span class='green'>%3</span><br>"
                             "tres = <span class='green'>%4</span><br>"
                             "time_zone=%5")
-                        .arg(input.date, input.time, QString::number(point), shortest(tres),
+                        .arg(input.date, input.time, QString::number(point), exactText(tres),
                              QString::number(timeZone)) +
                     QString("<p><b>Results:</b><p>alfa 2000:   %1 (alfa Kest: %2)<br>"
                             "delta 2000: %3<br>Pulsar name: %4")
@@ -435,10 +431,10 @@ Answer ffaInfo(const FfaInput &input, bool withPeriods)
                 "<tr><td> </td><td> </td></tr>"
                 "<tr><td>points:</td><td>%7</td></tr>"
                 "<tr><td>tres:</td><td>%8</td></tr></table><br>&nbsp;<p><b>Results:</b>")
-            .arg(shortest(search.periodMin), shortest(search.periodMax),
+            .arg(exactText(search.periodMin), exactText(search.periodMax),
                  QString::number(input.binsMin), QString::number(input.binsMax),
-                 shortest(input.ducyMax), shortest(input.wtsp), QString::number(search.size),
-                 shortest(search.tres));
+                 exactText(input.ducyMax), exactText(input.wtsp), QString::number(search.size),
+                 exactText(search.tres));
     if (rows == 0) {
         answer.report += QString("<p>Error: periodogram.rows = %1").arg(rows);
         return answer;
@@ -458,7 +454,7 @@ Answer ffaInfo(const FfaInput &input, bool withPeriods)
 QString shortestPeriod(int binsMin, const QString &tres)
 {
     const double period = binsMin * numberOf(tres);
-    return std::isfinite(period) ? shortest(period) : QString();
+    return std::isfinite(period) ? exactText(period) : QString();
 }
 
 } // namespace Calculator

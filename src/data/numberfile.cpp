@@ -1,5 +1,6 @@
 #include "data/numberfile.h"
 
+#include "base/numbertext.h"
 #include "base/systemmemory.h"
 #include "data/lineparser.h"
 #include "data/resulttotext.h"
@@ -8,7 +9,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QLocale>
 #include <QRegularExpression>
 #include <QtEndian>
 #include <algorithm>
@@ -340,9 +340,7 @@ QString NumberFile::cell(qint64 row, qint64 column) const
             return ofColumn[std::size_t(row)];
     }
     const double number = table.at(row, column);
-    return std::isnan(number) && isText(column)
-               ? QString()
-               : QString::number(number, 'g', QLocale::FloatingPointShortest);
+    return std::isnan(number) && isText(column) ? QString() : exactText(number);
 }
 
 namespace Tools {

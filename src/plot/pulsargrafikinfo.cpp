@@ -1,5 +1,6 @@
 #include "plot/pulsargrafikinfo.h"
 
+#include "base/numbertext.h"
 #include "base/typednumber.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
@@ -62,7 +63,7 @@ void PulsarGrafikInfo::setDispersions(const std::array<double, 4> &dispersions)
 {
     const auto fields = dispersionFields();
     for (size_t i = 0; i < fields.size(); ++i) {
-        fields[i]->setText(QString::number(dispersions[i], 'g', QLocale::FloatingPointShortest));
+        fields[i]->setText(exactText(dispersions[i]));
         FieldStyles::setStyle(fields[i], {});
     }
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QLocale>
 #include <QString>
 
 /// Numbers as reports write them.
@@ -10,12 +9,6 @@ namespace ReportText {
 inline QString general(double value)
 {
     return QString::number(value, 'g', 6);
-}
-
-/// As many digits as it takes to read the same number back.
-inline QString exact(double value)
-{
-    return QString::number(value, 'g', QLocale::FloatingPointShortest);
 }
 
 /// An expected number of things: "none" below a hundredth, "about" two digits where it is small and

@@ -1,10 +1,10 @@
 #include "simulator/recording.h"
 
+#include "base/numbertext.h"
 #include "base/timetext.h"
 #include "data/recordingwriter.h"
 #include "simulator/samplesource.h"
 
-#include <QLocale>
 #include <QStringList>
 #include <algorithm>
 #include <cmath>
@@ -19,12 +19,6 @@ constexpr qint64 floatsPerBlock = qint64(1) << 18;
 int pointsPerBlock(const Simulation &simulation)
 {
     return int(std::max<qint64>(1, floatsPerBlock / floatsPerPoint(simulation)));
-}
-
-// Shortest text that reads back as the same number.
-QString exactText(double value)
-{
-    return QString::number(value, 'g', QLocale::FloatingPointShortest);
 }
 
 } // namespace

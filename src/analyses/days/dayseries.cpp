@@ -1,5 +1,6 @@
 #include "analyses/days/dayseries.h"
 
+#include "base/numbertext.h"
 #include "base/systemmemory.h"
 #include "base/timetext.h"
 #include "base/wholefile.h"
@@ -29,12 +30,6 @@ const RecordingEntry &entryOf(const RecordingSet &set, const DayPart &part)
     return set.entries[std::size_t(part.recording)];
 }
 
-QByteArray exactText(double value)
-{
-    constexpr int digits = 17;
-    return QByteArray::number(value, 'g', digits);
-}
-
 QByteArray oneLine(const QString &text)
 {
     return QString(text).replace('%', "%25").replace('\n', "%0A").toUtf8();
@@ -52,13 +47,13 @@ QByteArray headerOf(const RecordingSet &set, const Day &day, int points,
     header += "points: " + QByteArray::number(points) +
               "\ntype: float\nfirst_point: " + QByteArray::number(day.parts.front().first) +
               "\ndisp: " + QByteArray::number(qint64(request.dispersion)) +
-              "\ndispersion: " + exactText(request.dispersion) +
+              "\ndispersion: " + exactText(request.dispersion).toUtf8() +
               "\nmodule: " + QByteArray::number(request.module) +
               "\nray: " + QByteArray::number(request.ray) +
               "\ndate: " + textOfTime(day.begin, "yyyy-MM-dd hh:mm:ss.zzz").toUtf8() +
-              "\ntresolution: " + exactText(first.tresolution) + "\nbands:";
+              "\ntresolution: " + exactText(first.tresolution).toUtf8() + "\nbands:";
     for (const double frequency : first.fbands)
-        header += " " + exactText(frequency);
+        header += " " + exactText(frequency).toUtf8();
     for (const DayPart &part : day.parts) {
         const RecordingEntry &entry = entryOf(set, part);
         const QFileInfo file(entry.path);
@@ -253,9 +248,8 @@ DaySeries sumOf(const ObservationData &data, const Chosen &chosen, int points,
     std::vector<double> sums(static_cast<std::size_t>(points));
     if (!calculate.sumChannels(sums.data(), points, request.dispersion, true) ||
         calculate.bandsSummed() < PulsarCalculate::sumBands) {
-        series.problem =
-            QString("%1: the bands cannot be summed at the dispersion %2 pc/cm^3.")
-                .arg(data.filePath, QString::fromLatin1(exactText(request.dispersion)));
+        series.problem = QString("%1: the bands cannot be summed at the dispersion %2 pc/cm^3.")
+                             .arg(data.filePath, exactText(request.dispersion));
         return series;
     }
     series.sums.assign(sums.begin(), sums.end());

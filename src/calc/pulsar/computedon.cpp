@@ -1,5 +1,6 @@
 #include "calc/pulsar/computedon.h"
 
+#include "base/numbertext.h"
 #include "base/timetext.h"
 #include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/pulsarcalculate.h"
@@ -36,12 +37,12 @@ QString dispersionText(const QString &action, const PulsarParameters &parameters
     if (reads(action, "--compare")) {
         QStringList texts;
         for (const double dispersion : parameters.dispersions)
-            texts << ReportText::exact(dispersion);
+            texts << exactText(dispersion);
         return texts.join(", ");
     }
     if (isScan(action))
         return "0 to " + ReportText::general((result.points - 1) * result.axis.step);
-    return ReportText::exact(parameters.dispersion);
+    return exactText(parameters.dispersion);
 }
 
 QString startText(const PulsarResult &result, const PulsarParameters &parameters)
@@ -134,7 +135,7 @@ QStringList computedOn(const QString &path, const QString &action, const Observa
                      .arg(frequencyText(data, bands));
     lines << QString("points: %1 from %2 on, step %3 ms")
                  .arg(result.stretch)
-                 .arg(startText(result, parameters), ReportText::exact(data.tresolution * 1000));
+                 .arg(startText(result, parameters), exactText(data.tresolution * 1000));
     if (const QString utc = utcRange(data, parameters.firstPoint, result.stretch); !utc.isEmpty())
         lines << "UTC: " + utc;
     lines << "base line: " + baselineText(action, parameters) +

@@ -1,5 +1,6 @@
 #include "calc/pulsar/pulsarcalculate.h"
 
+#include "base/numbertext.h"
 #include "calc/fourier.h"
 #include "calc/pulsar/scan.h"
 #include "results/reporttext.h"
@@ -264,6 +265,6 @@ void PulsarCalculate::remarkOnHarmonic()
         outcome.remarks << QString("Harmonic number %1 is none of the period of %2 s, which "
                                    "has the number %3 and its multiples.")
                                .arg(parameters.harmonicNum)
-                               .arg(ReportText::exact(parameters.period))
+                               .arg(exactText(parameters.period))
                                .arg(first, 0, 'f', 2);
 }

@@ -1,5 +1,6 @@
 #include "calc/pulsar/pulsarcalculate.h"
 
+#include "base/numbertext.h"
 #include "calc/approximation.h"
 #include "calc/fourier.h"
 #include "calc/spectrumlines.h"
@@ -168,7 +169,7 @@ void PulsarCalculate::remarkOnLines(const std::vector<double> &spectrum, double 
         return;
     const double harmonic = harmonicOfPeriod(parameters, data.tresolution);
     text = QString("The period of %1 s (topocentric) has the harmonic number %2")
-               .arg(ReportText::exact(parameters.period))
+               .arg(exactText(parameters.period))
                .arg(harmonic, 0, 'f', 2);
     const double nearest = std::round(harmonic);
     if (nearest >= 1 && nearest < double(spectrum.size())) {

@@ -1,5 +1,6 @@
 #include "calc/pulsar/pulsarcalculate.h"
 
+#include "base/numbertext.h"
 #include "calc/fold.h"
 #include "calc/levelsteps.h"
 #include "results/reporttext.h"
@@ -57,7 +58,7 @@ bool PulsarCalculate::sumPeriod()
     outcome.points = bins;
     outcome.stretch = count;
     outcome.axis = {PulsarAxis::Kind::Phase, 0, 1.0 / bins, parameters.period};
-    outcome.description = "Summation on period\nPeriod = " + ReportText::exact(parameters.period) +
+    outcome.description = "Summation on period\nPeriod = " + exactText(parameters.period) +
                           startText() + "\nNumber of points = " + QString::number(count);
     // The samples as recorded tell their noise, the rest hides how coarse they are.
     if (!describeFold(series, profile, Tools::robustSigma(samples, count) / divisor))

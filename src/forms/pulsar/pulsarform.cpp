@@ -5,6 +5,7 @@
 #include "app/shell/lastvalues.h"
 #include "app/shell/progresstask.h"
 #include "app/shell/settings.h"
+#include "base/numbertext.h"
 #include "base/typednumber.h"
 #include "calc/fourier.h"
 #include "calc/pulsar/computedon.h"
@@ -189,7 +190,7 @@ void PulsarForm::takeHarmonicOfPeriod()
     showError(this,
               QString("A period of %1 s has no line in the spectrum.\nAllowed: more than %2 "
                       "s, up to %3 s.")
-                  .arg(ReportText::exact(parameters.period), ReportText::general(shortest),
+                  .arg(exactText(parameters.period), ReportText::general(shortest),
                        ReportText::general(longest)),
               unreadableFields.join("\n"));
     ui->period->setFocus();
