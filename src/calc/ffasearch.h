@@ -63,7 +63,7 @@ std::vector<Ffa::WholeFactorStep> wholeFactorSteps(const FfaParameters &ffa, int
 double periodMinWithoutWholeFactors(const FfaParameters &ffa, int points, double tsamp);
 
 /// "S/N comes out too low at periods of 0.1 to 0.2025 s (2.9 times), where the downsampling factor
-/// is whole (10)."; empty without steps. Of many the first three.
+/// is whole (10)."; empty without steps. Names three steps at most.
 QString wholeFactorText(const std::vector<Ffa::WholeFactorStep> &steps);
 
 /// Size of a search without problems, and what noise alone is expected to reach in it.

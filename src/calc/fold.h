@@ -26,8 +26,7 @@ struct FoldedProfile {
 ///
 /// @param period       in samples, at least 2
 /// @param bins         at least 2; with more bins than samples in a period the noise leaves out
-/// what
-///                     bins share that are not neighbours
+///                     what bins share that are not neighbours
 /// @param firstSample  number of samples[0] where it is part of a longer series
 FoldedProfile fold(const double *samples, int count, double period, int bins, int firstSample = 0);
 

@@ -17,8 +17,8 @@ struct SpectrumLine {
 /// @param window  lines, odd
 std::vector<double> amplitudeNoise(const std::vector<double> &spectrum, int window);
 
-/// The `count` lines that stand highest above their noise levels, the highest first. Of the lines
-/// that a frequency spreads over only those higher than both neighbours count; line 0 does not.
+/// The `count` lines that stand highest above their noise levels, the highest first. Only lines
+/// higher than both neighbours count, for a frequency spreads over several; line 0 does not count.
 std::vector<SpectrumLine> strongestLines(const std::vector<double> &spectrum,
                                          const std::vector<double> &levels, int count);
 

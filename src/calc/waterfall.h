@@ -26,9 +26,8 @@ struct WaterfallPart {
 ///         the step or a delay is no usable number
 std::vector<float> waterfall(const ObservationData &data, const WaterfallPart &part);
 
-/// Makes the rows comparable: each less its median, divided by its robust sigma (median absolute
-/// deviation x 1.4826, or the standard deviation where that is 0). A row without any variation
-/// becomes 0; NaN stays and does not count.
+/// Makes the rows comparable: each less its median, divided by its spread (see RobustLevel). A row
+/// without any variation becomes 0; NaN stays and does not count.
 void normaliseRows(std::vector<float> &picture, int rows, int columns);
 
 } // namespace Tools

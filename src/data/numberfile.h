@@ -95,10 +95,10 @@ namespace Tools {
 
 /// Reads any text file of numbers: one column, several, or rows, with blanks, tabs, commas or
 /// semicolons between the numbers and a point in them; nothing between two commas or semicolons
-/// is NaN. A line with anything else is skipped and remarked upon. Of a result file (see
+/// is NaN. A line with anything else is skipped and remarked upon. In a result file (see
 /// resulttotext.h), with its values as text or as the float blocks themselves, every block
-/// becomes a row; of the text of a recording, all samples of a point. A table with names above its
-/// columns (see tableparser.h) keeps the cells that are words.
+/// becomes a row; in the text of a recording, all samples of a point do. A table with names above
+/// its columns (see tableparser.h) keeps the cells that are words.
 ///
 /// @param limit      bytes after which the reading stops; a row that is not complete then is
 ///                   left out unless it is the only one

@@ -33,7 +33,7 @@ struct SpacedBlocks {
 
 /// A part as a recording of its own: `npoints` points, the chosen modules, rays and channels,
 /// `point` and the begin those of its first point, so that every analysis works on it as on a
-/// whole one. Of one that ends early `missingPoints` tells what is missing.
+/// whole one. `missingPoints` tells what is missing where the file ends early.
 using StretchReading = StretchResult<ObservationData>;
 
 /// A recording that is read in parts. One object belongs to one thread; several objects may

@@ -60,7 +60,7 @@ public:
 signals:
     /// A job was asked for; the one before, if there was any, is not heard of again.
     void started();
-    /// Of the newest job, 0 to 100; the same percentage once.
+    /// Share of the newest job that is done, 0 to 100; the same percentage once.
     void progress(int percent);
     void remark(const QString &text);
     /// The newest job has ended; all its values came before.
