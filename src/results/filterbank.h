@@ -2,7 +2,6 @@
 
 #include <QByteArray>
 #include <QString>
-#include <vector>
 
 class QDateTime;
 class QIODevice;

@@ -9,7 +9,7 @@
 
 #include <QObject>
 #include <QString>
-#include <memory>
+#include <atomic>
 #include <optional>
 #include <vector>
 
