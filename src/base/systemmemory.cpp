@@ -1,6 +1,7 @@
 #include "base/systemmemory.h"
 
 #include <QFile>
+#include <QLocale>
 #include <algorithm>
 #include <limits>
 #include <unistd.h>
@@ -83,6 +84,11 @@ qint64 groupMemoryLeft(const QString &groups, const QString &mount)
 qint64 availableMemory()
 {
     return std::min(ofMachine(), groupMemoryLeft());
+}
+
+QString sizeText(qint64 bytes)
+{
+    return bytes < 0 ? QString("more than 8 EiB") : QLocale::c().formattedDataSize(bytes);
 }
 
 bool hasMemoryFor(double bytes)

@@ -19,6 +19,9 @@ qint64 availableMemory();
 qint64 groupMemoryLeft(const QString &groups = "/proc/self/cgroup",
                        const QString &mount = "/sys/fs/cgroup");
 
+/// A number of bytes as a user reads it: "1.50 GiB"; a negative one stands for more than 63 bits.
+QString sizeText(qint64 bytes);
+
 /// Whether so many bytes can be taken. Up to 32 MiB the system is not asked, because asking takes
 /// as long as a short computation.
 bool hasMemoryFor(double bytes);

@@ -8,7 +8,6 @@
 
 #include <QApplication>
 #include <QFile>
-#include <QLocale>
 #include <QMessageBox>
 #include <QPointer>
 #include <QScopedValueRollback>
@@ -39,11 +38,6 @@ void printAbout(const char *pattern, const QString &path)
 {
     std::printf(pattern, path.toLocal8Bit().constData());
     std::fflush(stdout);
-}
-
-QString sizeText(qint64 bytes)
-{
-    return bytes < 0 ? QString("more than 8 EiB") : QLocale::c().formattedDataSize(bytes);
 }
 
 // The same recording without samples.

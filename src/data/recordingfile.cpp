@@ -5,7 +5,6 @@
 #include "data/recordingtime.h"
 
 #include <QFileInfo>
-#include <QLocale>
 #include <QStringList>
 #include <algorithm>
 #include <cmath>
@@ -18,11 +17,6 @@ namespace {
 // One line of points is buffered whole; the lists beside it take the room of a few points more.
 constexpr qint64 bufferedPoints = 24;
 constexpr qint64 copiedBytes = qint64(4) << 20;
-
-QString sizeText(qint64 bytes)
-{
-    return bytes < 0 ? QString("more than 8 EiB") : QLocale::c().formattedDataSize(bytes);
-}
 
 bool isAscendingBelow(const std::vector<int> &indices, int count)
 {
