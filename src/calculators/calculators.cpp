@@ -343,8 +343,8 @@ QString timeOfPoint(const QString &time, const QString &point, const QString &tr
 
 namespace {
 
-// Which field a refusal of the engine is about.
-QString fieldOf(const QString &refusal)
+// Field of a parameter of the engine.
+QString fieldOf(const QString &parameter)
 {
     static const QMap<QString, QString> fields = {
         {"size", "ffa_poins"},
@@ -353,9 +353,8 @@ QString fieldOf(const QString &refusal)
         {"period_max", "ffa_period_max"},
         {"bins_min", "ffa_bin_min"},
         {"bins_max", "ffa_bin_max"},
-        {"Must", "ffa_period_min"},
     };
-    return fields.value(refusal.section(' ', 0, 0));
+    return fields.value(parameter);
 }
 
 // The parameters of a search as numbers.
@@ -408,10 +407,11 @@ Answer ffaInfo(const FfaInput &input, bool withPeriods)
                    "Bad period max! Type a number of seconds<br>");
     checks.requireRead(input.unread);
     if (checks.areGood()) {
-        const QString refusal =
-            Ffa::validateParameters(search.size, search.tres, search.periodMin, search.periodMax,
-                                    input.binsMin, input.binsMax);
-        checks.require(refusal.isEmpty(), fieldOf(refusal), refusal.toHtmlEscaped() + "<br>");
+        const Ffa::Refusal refusal =
+            Ffa::findRefusal(search.size, search.tres, search.periodMin, search.periodMax,
+                             input.binsMin, input.binsMax);
+        checks.require(refusal.text.isEmpty(), fieldOf(refusal.parameter),
+                       refusal.text.toHtmlEscaped() + "<br>");
     }
     if (!checks.areGood())
         return checks.refusal();
