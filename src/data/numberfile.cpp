@@ -189,13 +189,9 @@ private:
     void readBlocks(const std::function<void(int)> &progress,
                     const std::function<bool()> &cancelled)
     {
-        const qint64 blockLength = header.points * qint64(sizeof(float));
-        const qint64 whole = (in.size() - begin) / blockLength;
-        if (whole < header.blocks) {
-            file.error = QString("Block %1 of %2 in ").arg(whole + 1).arg(header.blocks) + path +
-                         QString(" is short: it needs %1 bytes, the file has %2.")
-                             .arg(blockLength)
-                             .arg((in.size() - begin) % blockLength);
+        const QString problem = Tools::shortBlockText(header, in.size() - begin, path);
+        if (!problem.isEmpty()) {
+            file.error = problem + ".";
             return;
         }
         BlockParser parser(file, header);

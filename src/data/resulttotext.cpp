@@ -113,16 +113,10 @@ QString refusedHeader(const ResultHeader &header, const QString &path)
     return {};
 }
 
-// `available` bytes follow the header.
 QString refusedSize(const ResultHeader &header, qint64 available, const QString &path)
 {
-    const qint64 whole = available / blockBytes(header);
-    if (header.blocks <= whole)
-        return {};
-    return QString("Error! Block %1 of %2 in ").arg(whole + 1).arg(header.blocks) + path +
-           QString(" is short: it needs %1 bytes, the file has %2")
-               .arg(blockBytes(header))
-               .arg(available - whole * blockBytes(header));
+    const QString text = shortBlockText(header, available, path);
+    return text.isEmpty() ? QString() : "Error! " + text;
 }
 
 // What stands against turning a file into text; it is at its first block.
@@ -192,6 +186,17 @@ ResultHeader readResultHeader(QIODevice &device)
         }
     }
     return header;
+}
+
+QString shortBlockText(const ResultHeader &header, qint64 available, const QString &path)
+{
+    const qint64 whole = available / blockBytes(header);
+    if (header.blocks <= whole)
+        return {};
+    return QString("Block %1 of %2 in ").arg(whole + 1).arg(header.blocks) + path +
+           QString(" is short: it needs %1 bytes, the file has %2")
+               .arg(blockBytes(header))
+               .arg(available - whole * blockBytes(header));
 }
 
 TextEnd resultToText(const QString &inPath, const QString &outPath, const TextProgress &progress,

@@ -48,6 +48,12 @@ using TextCancelled = std::function<bool()>;
 /// the header has no end.
 ResultHeader readResultHeader(QIODevice &device);
 
+/// Names the first block that a result file does not hold whole; empty where all are there.
+///
+/// @param header     usable
+/// @param available  bytes behind the header
+QString shortBlockText(const ResultHeader &header, qint64 available, const QString &path);
+
 /// Writes a result file as text: its header, then one value per line, with as many digits as
 /// bring back the same float. The text appears whole or not at all.
 ///
