@@ -19,6 +19,7 @@ namespace {
 constexpr qint64 bytesPerByte = 30;
 constexpr qint64 megabyte = 1 << 20;
 
+// Where and why a text is no JSON; empty where it is.
 QString syntaxProblem(const QByteArray &bytes)
 {
     QJsonParseError error = {};
@@ -95,12 +96,11 @@ NumberFile readJsonTable(const QString &path, qint64 limit)
         return file;
     }
     const QByteArray bytes = in.readAll();
-    QString problem = syntaxProblem(bytes);
-    ReadTable read = problem.isEmpty() ? readTable(bytes) : ReadTable();
-    if (problem.isEmpty())
-        problem = read.problem;
-    if (!problem.isEmpty()) {
-        file.error = QString("%1 is no table in JSON, %2.").arg(shown, problem);
+    ReadTable read = readTable(bytes);
+    if (!read.problem.isEmpty()) {
+        const QString syntax = syntaxProblem(bytes);
+        file.error = QString("%1 is no table in JSON, %2.")
+                         .arg(shown, syntax.isEmpty() ? read.problem : syntax);
         return file;
     }
     addAxisColumn(read.table);
