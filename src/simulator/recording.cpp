@@ -2,6 +2,7 @@
 
 #include "base/numbertext.h"
 #include "base/timetext.h"
+#include "data/recordingtime.h"
 #include "data/recordingwriter.h"
 #include "simulator/samplesource.h"
 
@@ -24,14 +25,14 @@ int pointsPerBlock(const Simulation &simulation)
 } // namespace
 
 // Greenwich at 0h UT: 24110.54841 s + 8640184.812866 T + 0.093104 T^2, T in Julian centuries
-// from 2000 January 1, 12h UT; sidereal seconds since then: 1.002737909 per second of UT.
+// from 2000 January 1, 12h UT.
 QString siderealTime(const QDateTime &utc)
 {
     constexpr double daySeconds = 86400;
     const double days = double(utc.date().toJulianDay() - 2451545) - 0.5;
     const double t = days / 36525;
     const double seconds = 24110.54841 + 8640184.812866 * t + 0.093104 * t * t +
-                           QTime(0, 0).secsTo(utc.time()) * 1.002737909 + eastLongitude * 3600;
+                           QTime(0, 0).secsTo(utc.time()) * siderealRate + eastLongitude * 3600;
     const int whole = int(seconds - daySeconds * std::floor(seconds / daySeconds));
     return QString("%1:%2:%3").arg(whole / 3600).arg(whole / 60 % 60).arg(whole % 60);
 }
