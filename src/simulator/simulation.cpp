@@ -1,6 +1,7 @@
 #include "simulator/simulation.h"
 
 #include "calc/banddelays.h"
+#include "calc/pulsar/pulsarcommand.h"
 
 #include <cmath>
 
@@ -247,11 +248,13 @@ Simulation demonstration()
     s.drift = 3;
     s.driftTime = 90;
 
+    // The form shows it before anything is typed.
+    const PulsarParameters presets = pulsarPresets();
     PulseTrain pulsar;
-    pulsar.ray = 7;
-    pulsar.period = 3.032;
+    pulsar.ray = presets.ray;
+    pulsar.period = presets.period;
     pulsar.width = 0.06;
-    pulsar.dispersion = 26.2;
+    pulsar.dispersion = presets.dispersion;
     pulsar.strength = 1.2;
     pulsar.phase = 0.4;
     PulseTrain weak;

@@ -97,8 +97,8 @@ double lag(const Simulation &simulation, int band, double dispersion);
 qint64 floatsPerPoint(const Simulation &simulation);
 
 /// The demonstration recording: 17 minutes of 8 rays, begun at 11:58:47 UTC. Ray 7 holds a
-/// pulsar of period 3.032 s and dispersion 26.2 pc/cm^3, ray 3 a weaker one of 1.274 s and
-/// 15.5 pc/cm^3, ray 5 mild interference; the level of every ray drifts.
+/// pulsar of period 3.032 s and dispersion 26.2 pc/cm^3, the presets of the pulsar form; ray 3 a
+/// weaker one of 1.274 s and 15.5 pc/cm^3, ray 5 mild interference; the level of every ray drifts.
 Simulation demonstration();
 
 } // namespace Simulator
