@@ -4,7 +4,6 @@
 #include "support/testmain.h"
 
 #include <QTemporaryDir>
-#include <QtEndian>
 #include <cmath>
 
 namespace {
@@ -32,13 +31,8 @@ QByteArray resultHeader(int points, int blocks)
 
 QByteArray floats(const std::vector<float> &values)
 {
-    QByteArray bytes;
-    for (const float value : values) {
-        char four[sizeof(float)];
-        qToLittleEndian(value, four);
-        bytes.append(four, sizeof(float));
-    }
-    return bytes;
+    return QByteArray(reinterpret_cast<const char *>(values.data()),
+                      int(values.size() * sizeof(float)));
 }
 
 void row(const char *name, const QByteArray &bytes, const char *cells, const char *remarks = "",
