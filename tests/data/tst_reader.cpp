@@ -81,10 +81,8 @@ private slots:
     void everyValueInItsPlace();
     void filesThatCannotBeOpened();
     void badPassports();
-    void batchAndInteractive_data();
     void batchAndInteractive();
-    void secondReadingIsRefused();
-    void cancelledOrDeletedFromAnEvent();
+    void events();
 
 private:
     QString write(const QByteArray &bytes, const QString &name = "a.pnt")
@@ -189,87 +187,65 @@ void TestReader::badPassports()
     large({"npoints 1073741824", "channels 1073741824", "modulus 1 2 3 4"}, "more than 8 EiB");
 }
 
-void TestReader::batchAndInteractive_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<qint64>("kept");      // bytes, once the first block was read
-    QTest::addColumn<qint64>("ms");        // that the first block takes
-    QTest::addColumn<QStringList>("said"); // in batch; title and text of the box
-    const auto row = [](const char *name, const QByteArray &bytes, qint64 kept, qint64 ms,
-                        const QStringList &said) {
-        QTest::newRow(name) << bytes << kept << ms << said;
-    };
-    const QStringList broken = {"File %1 has wrong size. Ignoring it.\n", "Data is heavily damaged",
-                                "File size is incorrect, data is broken, showing what I can."};
-    const QByteArray whole = recording(small);
-    const int header = int(parsePassport(whole).size);
-    row("one byte short", whole.chopped(1), whole.size() - 1, 0, broken);
-    row("passport without its last line end", whole.left(header - 1), header - 1, 0, broken);
-    row("more lines announced", "n 100\nnpoints 10\nnbands 6\nmodulus 1\n", 40, 0, broken);
-    row("shrinks while it is read", recording(twoBlocks), 9 << 19, 0, broken);
-    row("an hour", whole, whole.size(), 3600999, {});
-    row("more than an hour", whole, whole.size(), 3601000,
-        {"File %1 is dead. More than 60mins to read. Aborting\n", "Very slow reading",
-         "You just can't live like that.\nThis warning won't show again."});
-}
-
 void TestReader::batchAndInteractive()
 {
-    QFETCH(QByteArray, bytes);
-    QFETCH(qint64, kept);
-    QFETCH(qint64, ms);
-    QFETCH(QStringList, said);
+    const QStringList broken = {"File %1 has wrong size. Ignoring it.\n", "Data is heavily damaged",
+                                "File size is incorrect, data is broken, showing what I can."};
+    const QStringList slow = {"File %1 is dead. More than 60mins to read. Aborting\n",
+                              "Very slow reading",
+                              "You just can't live like that.\nThis warning won't show again."};
+    const QByteArray whole = recording(small);
+    const int header = int(parsePassport(whole).size);
+    const struct {
+        QByteArray bytes;
+        int kept;         // bytes, once the first block was read
+        qint64 ms;        // that the first block takes
+        QStringList said; // in batch; title and text of the box
+    } cases[] = {
+        {whole.chopped(1), whole.size() - 1, 0, broken},
+        {whole.left(header - 1), header - 1, 0, broken},
+        {"n 100\nnpoints 10\nnbands 6\nmodulus 1\n", 40, 0, broken}, // fewer lines than announced
+        {recording(twoBlocks), 9 << 19, 0, broken},                  // cut while it is read
+        {whole, whole.size(), 3600999, {}},
+        {whole, whole.size(), 3601000, slow},
+    };
     const QString name = QString::fromUtf8("запись.pnt");
     const QString path = folder.filePath(name);
-    Reader reader;
-    qint64 time = 0;
-    reader.setClock([&] { return time; });
-    connect(&reader, &Reader::progress, this, [&](int percent) {
-        time = ms;
-        if (percent > 0 && kept < bytes.size())
-            QFile::resize(path, kept);
-    });
-    ObservationData data;
-    const auto read = [&] {
-        time = 0;
-        data = Reader::readDataFile(&reader, write(bytes, name));
-    };
-    QCOMPARE(QString::fromLocal8Bit(printed(read)), said.value(0).replace("%1", path));
-    QVERIFY(said.isEmpty() || isEmpty(data));
+    for (const auto &[bytes, kept, ms, said] : cases) {
+        Reader reader;
+        qint64 time = 0;
+        reader.setClock([&] { return time; });
+        connect(&reader, &Reader::progress, this, [&, ms = ms, kept = kept](int percent) {
+            time = ms;
+            if (percent > 0)
+                QFile::resize(path, kept);
+        });
+        ObservationData data;
+        const auto read = [&, &bytes = bytes] {
+            time = 0;
+            data = Reader::readDataFile(&reader, write(bytes, name));
+        };
+        QCOMPARE(QString::fromLocal8Bit(printed(read)), said.value(0).replace("%1", path));
+        QVERIFY(said.isEmpty() || isEmpty(data));
 
-    QWidget window;
-    TestSupport::MessageBoxCatcher catcher;
-    read();
-    QCOMPARE(catcher.boxes().size(), said.isEmpty() ? 0 : 1);
-    for (const auto &box : catcher.boxes())
-        QCOMPARE((QStringList{box.title, box.text}), said.mid(1));
-    const bool isShort = reader.outcome() == ReadOutcome::Short;
-    QCOMPARE(data.missingPoints > 0, isShort);
-    if (isShort) {
-        const Passport passport = parsePassport(bytes);
-        const qint64 values = (std::min<qint64>(kept, bytes.size()) - passport.size) / 4;
+        QWidget window;
+        TestSupport::MessageBoxCatcher catcher;
+        read();
+        QCOMPARE(catcher.boxes().size(), said.isEmpty() ? 0 : 1);
+        for (const auto &box : catcher.boxes())
+            QCOMPARE((QStringList{box.title, box.text}), said.mid(1));
+        QCOMPARE(data.missingPoints > 0, said == broken);
+        const qint64 values = (kept - parsePassport(bytes).size) / 4;
         QCOMPARE(completePoints(data), int(values / (data.modules * data.rays * data.channels)));
-        QVERIFY(reader.reason().contains(completePoints(data) > 0 ? "The data end at point "
-                                                                  : "None of the "));
+        if (said == broken)
+            QVERIFY(reader.reason().contains(completePoints(data) > 0 ? "The data end at point "
+                                                                      : "None of the "));
+        QCOMPARE(firstDifference(data, bytes.left(kept)), QString());
     }
-    QCOMPARE(firstDifference(data, bytes.left(int(kept))), QString());
 }
 
-void TestReader::secondReadingIsRefused()
-{
-    const QString path = write(recording(small));
-    Reader reader;
-    Reader second;
-    ObservationData header;
-    const auto readSecond = [&] { header = Reader::readDataFile(&second, path, true); };
-    QTimer::singleShot(0, this, readSecond);
-    QCOMPARE(firstDifference(Reader::readDataFile(&reader, path), recording(small)), QString());
-    QVERIFY(second.outcome() == ReadOutcome::Busy && header.npoints == 0);
-    readSecond();
-    QVERIFY(header.npoints == 100 && header.samples == nullptr);
-}
-
-void TestReader::cancelledOrDeletedFromAnEvent()
+// A second reading from one is refused; it may cancel the reading or delete the reader.
+void TestReader::events()
 {
     const QString path = write(recording(twoBlocks));
     auto reader = std::make_unique<Reader>();
@@ -280,8 +256,15 @@ void TestReader::cancelledOrDeletedFromAnEvent()
     QVERIFY(reader->outcome() == ReadOutcome::Cancelled && percents.isEmpty());
 
     // An old cancellation does not end the next reading.
+    Reader second;
+    ObservationData header;
+    const auto readSecond = [&] { header = Reader::readDataFile(&second, path, true); };
+    QTimer::singleShot(0, this, readSecond);
     QVERIFY(Reader::readDataFile(reader.get(), path).samples);
     QCOMPARE(percents, (QVector{0, 40, 80}));
+    QVERIFY(second.outcome() == ReadOutcome::Busy && header.npoints == 0);
+    readSecond();
+    QVERIFY(header.npoints == 2500 && header.samples == nullptr);
 
     QTimer::singleShot(0, this, [&] { reader.reset(); });
     QVERIFY(Reader::readDataFile(reader.get(), path).samples == nullptr);
