@@ -104,8 +104,8 @@ void TestReader::everyValueInItsPlace()
         {{16, 2, 7, 3}, 0},
         {{17, 2, 7, 3}, 0},
         {{350003, 1, 3, 1}, 0}, // two blocks
-        {{18, 1, 70001, 1}, 0}, // a line of points beyond a block
-        {{18, 1, 70001, 1}, 280004 + 8},
+        {{18, 1, 3, 23334}, 0}, // a line of points beyond a block
+        {{18, 1, 3, 23334}, 280008 + 8},
         {{180, 6, 33, 8}, 1}, // short in the second block
         {small, 17 * 168 + 4},
         {small, 100 * 168 - 4}, // only a value there
