@@ -2,6 +2,7 @@
 
 #include "data/observationdata.h"
 
+#include <QString>
 #include <algorithm>
 #include <limits>
 
@@ -27,3 +28,7 @@ inline int rayNumber(const ObservationData &data, int ray)
 {
     return data.ray > 0 && data.rays == 1 ? data.ray : ray + 1;
 }
+
+/// All of them as a text: "1 3 4", or "1 to 8" where more than two follow on each other.
+QString moduleNumbersText(const ObservationData &data);
+QString rayNumbersText(const ObservationData &data);
