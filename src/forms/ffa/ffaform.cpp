@@ -318,8 +318,7 @@ void FfaForm::search()
     const int points = PulsarCalculate(recording.data, parameters).ffaPoints();
     const Searched asked = {parameters, recording.note,
                             Tools::estimateFfa(parameters.ffa, points, data.tresolution)};
-    const FfaSearchRequest request = {recording.data, parameters, asked.estimate.noiseThreshold,
-                                      mostCandidates};
+    const FfaSearchRequest request = {recording.data, parameters, {}, mostCandidates};
     using Outcome = std::shared_ptr<const FfaSearchOutcome>;
     worker.start<Outcome>(
         [request](const Jobs::Control &control, const Jobs::Deliver<Outcome> &deliver) {
