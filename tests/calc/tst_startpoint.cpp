@@ -1,11 +1,11 @@
 #include "calc/pulsar/computedon.h"
-#include "forms/pulsar/pulsartexts.h"
+#include "calc/pulsar/startpoint.h"
 #include "support/recordings.h"
 #include "support/testmain.h"
 
 #include <QLocale>
 
-class TestFormTexts : public QObject {
+class TestStartPoint : public QObject {
     Q_OBJECT
 
 private slots:
@@ -15,7 +15,7 @@ private slots:
     void trueNumbers();
 };
 
-void TestFormTexts::startByUtc_data()
+void TestStartPoint::startByUtc_data()
 {
     QLocale::setDefault(QLocale("ar_EG")); // other digits and marks must change nothing
     // 50000 points of 12.4928 ms are 624.64 s: 23:55:00 to 00:05:24.
@@ -32,7 +32,7 @@ void TestFormTexts::startByUtc_data()
     QTest::newRow("hour 24") << "24:00:00" << 0 << "hh:mm:ss";
 }
 
-void TestFormTexts::startByUtc()
+void TestStartPoint::startByUtc()
 {
     ObservationData data;
     data.npoints = 50000;
@@ -40,21 +40,21 @@ void TestFormTexts::startByUtc()
     data.beginTime = QDateTime(QDate(2015, 4, 1), QTime(23, 55), Qt::UTC);
     QFETCH(QString, time);
     QFETCH(QString, error);
-    const FormTexts::StartPoint start = FormTexts::pointAtUtc(data, time);
+    const StartPoint start = pointAtUtc(data, time);
     QTEST(start.point, "point");
     QCOMPARE(start.error.isEmpty(), error.isEmpty());
     QVERIFY2(start.error.contains(error), qPrintable(start.error));
 }
 
-void TestFormTexts::startByUtcNeedsABegin()
+void TestStartPoint::startByUtcNeedsABegin()
 {
     ObservationData data;
     data.npoints = 50000;
     data.tresolution = 0.0124928;
-    QVERIFY(FormTexts::pointAtUtc(data, "12:00:00").error.contains("no begin time"));
+    QVERIFY(pointAtUtc(data, "12:00:00").error.contains("no begin time"));
 }
 
-void TestFormTexts::trueNumbers()
+void TestStartPoint::trueNumbers()
 {
     ObservationData data;
     data.modules = 1;
@@ -62,7 +62,7 @@ void TestFormTexts::trueNumbers()
     data.moduleNumbers = {3};
     data.ray = 5;
     PulsarParameters parameters;
-    QCOMPARE(FormTexts::selection("sum4Dispersions", data, parameters, 8192),
+    QCOMPARE(choicesText("sum4Dispersions", data, parameters, 8192),
              QString("Action:sum4Dispersions\nModule:1 (number 3)\nChannel:1\nRay:1 (number 5)\n"
                      "Points:8192"));
     QVERIFY(computedOn("a.pnt", "showNative", data, parameters, {})
@@ -71,9 +71,9 @@ void TestFormTexts::trueNumbers()
     data.ray = -1;
     data.rays = 8;
     parameters.ray = 7;
-    QCOMPARE(FormTexts::selection("showNative", data, parameters, 16384),
+    QCOMPARE(choicesText("showNative", data, parameters, 16384),
              QString("Action:showNative\nModule:1\nChannel:1\nRay:7\nPoints:16384"));
 }
 
-ZRT_UNIT_TEST_MAIN(TestFormTexts)
-#include "tst_pulsartexts.moc"
+ZRT_UNIT_TEST_MAIN(TestStartPoint)
+#include "tst_startpoint.moc"
