@@ -1,12 +1,9 @@
-#include "app/mainwindow.h"
-#include "app/shell/settings.h"
 #include "forms/native/bandpassview.h"
 #include "forms/native/nativegrafik.h"
 #include "forms/native/overviewstrip.h"
 #include "forms/native/waterfallview.h"
 #include "plot/picturemenu.h"
-#include "support/messageboxcatcher.h"
-#include "support/recordings.h"
+#include "support/formtest.h"
 #include "support/testmain.h"
 
 #include <QApplication>
@@ -43,12 +40,10 @@ qint64 residentBytes()
 
 } // namespace
 
-class TestNativeGrafik : public QObject {
+class TestNativeGrafik : public TestSupport::FormTest {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
     void passportPulseAndStatistics();
     void viewAndSelectionSurviveChanges();
     void switchesAreRemembered();
@@ -58,51 +53,21 @@ private slots:
     void hugeRecordingInLittleMemory();
 
 private:
-    QString write(const QByteArray &bytes, const QString &name = "a.pnt")
-    {
-        return TestSupport::writeFile(folder, name, bytes);
-    }
-
-    void open(const QString &path, int withoutStep = 1)
-    {
-        new NativeGrafik(path, withoutStep, window.get());
-    }
-
-    template <typename Widget>
-    Widget *find(const char *name)
-    {
-        return window->findChild<Widget *>(name);
-    }
-
-    bool isDrawn() { return !find<PulsarGrafik>("grafik")->data().graphs.empty(); }
+    void open(const QByteArray &bytes) { new NativeGrafik(file(bytes), 1, window.get()); }
+    bool isDrawn() { return !shown().graphs.empty(); }
 
     // Index of the greatest value of the plot's first curve.
     int peak()
     {
-        const std::vector<float> &curve = find<PulsarGrafik>("grafik")->data().graphs[0];
+        const std::vector<float> &curve = shown().graphs[0];
         return int(std::max_element(curve.begin(), curve.end()) - curve.begin());
     }
-
-    QTemporaryDir folder;
-    std::unique_ptr<MainWindow> window;
 };
-
-void TestNativeGrafik::init()
-{
-    window = std::make_unique<MainWindow>();
-    window->resize(1280, 720);
-    window->show();
-}
-
-void TestNativeGrafik::cleanup()
-{
-    window.reset();
-}
 
 void TestNativeGrafik::passportPulseAndStatistics()
 {
     QLocale::setDefault(QLocale("ru_RU")); // its decimal comma must change nothing
-    open(write(TestSupport::recordingBytes({6000, 1, 33, 2}, sampleAt) + "tail"));
+    open(TestSupport::recordingBytes({6000, 1, 33, 2}, sampleAt) + "tail");
     QTRY_VERIFY(isDrawn());
     QCOMPARE(find<QTableWidget>("passport")->rowCount(), 8);
     QVERIFY(find<QLabel>("fileSize")->text().contains("4 bytes more"));
@@ -113,7 +78,7 @@ void TestNativeGrafik::passportPulseAndStatistics()
         QCOMPARE(dispersion->value(), QString(text).replace(',', '.').toDouble());
     }
     QTRY_COMPARE(peak(), 3000);
-    const PlotData &data = find<PulsarGrafik>("grafik")->data();
+    const PlotData &data = shown();
     QCOMPARE(data.numPoints, 6000);
     QCOMPARE(data.textX2(100), QString("12:00:01.249"));
     QVERIFY(!data.textX3); // the passport has no sidereal time
@@ -121,14 +86,14 @@ void TestNativeGrafik::passportPulseAndStatistics()
     for (const auto &[mode, curves] :
          {std::pair("showStack", 32), {"showChannel", 1}, {"showSum", 1}}) {
         find<QRadioButton>(mode)->setChecked(true);
-        QTRY_COMPARE(int(find<PulsarGrafik>("grafik")->data().graphs.size()), curves);
+        QTRY_COMPARE(int(shown().graphs.size()), curves);
         QTRY_VERIFY(!find<WaterfallView>("waterfall")->isVisible());
     }
 }
 
 void TestNativeGrafik::viewAndSelectionSurviveChanges()
 {
-    open(write(TestSupport::recordingBytes({6000, 1, 33, 2}, sampleAt)));
+    open(TestSupport::recordingBytes({6000, 1, 33, 2}, sampleAt));
     QTRY_VERIFY(isDrawn());
     auto *const grafik = find<PulsarGrafik>("grafik");
     auto *const waterfall = find<WaterfallView>("waterfall");
@@ -187,8 +152,7 @@ void TestNativeGrafik::switchesAreRemembered()
             QTest::keyClick(bandpass, Qt::Key_Space);
         }
         const float expected = float(sum) - sampleAt(17, 0, 4, 0) - sampleAt(17, 0, 5, 0);
-        QTRY_VERIFY(std::abs(find<PulsarGrafik>("grafik")->data().graphs[0][17] - expected) <
-                    1e-4f);
+        QTRY_VERIFY(std::abs(shown().graphs[0][17] - expected) < 1e-4f);
         QCOMPARE(find<QLabel>("switches")->text(), QString("2 switched off"));
     }
     QFile file(path);
@@ -206,7 +170,7 @@ void TestNativeGrafik::burst()
     QTRY_VERIFY(isDrawn());
     find<QDoubleSpinBox>("dispersion")->setValue(474.8);
     QTRY_COMPARE(peak(), 1614);
-    QCOMPARE(std::round(find<PulsarGrafik>("grafik")->data().yMax * 10) / 10, 4436.7);
+    QCOMPARE(std::round(shown().yMax * 10) / 10, 4436.7);
 }
 
 void TestNativeGrafik::unusualRecordings_data()
@@ -231,7 +195,7 @@ void TestNativeGrafik::unusualRecordings()
     QFETCH(QByteArray, bytes);
     QFETCH(QString, boxText);
     TestSupport::MessageBoxCatcher catcher;
-    open(write(bytes), 0);
+    open(bytes);
     QCOMPARE(catcher.boxes().size(), boxText.isEmpty() ? 0 : 1);
     if (!boxText.isEmpty()) {
         QVERIFY(catcher.boxes()[0].text.contains(boxText));
