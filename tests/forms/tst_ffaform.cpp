@@ -32,7 +32,6 @@ class TestFfaForm : public TestSupport::FormTest {
 
 private slots:
     void initTestCase();
-    void files_data();
     void files();
     void editsAreJudgedAtOnce();
     void wholeFactorsAreNamedAndAvoided();
@@ -72,40 +71,32 @@ void TestFfaForm::initTestCase()
     pulses.replace("modulus 1\n", "modulus 4\n");
 }
 
-void TestFfaForm::files_data()
+void TestFfaForm::files()
 {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("problem"); // beside the parameters
-    const auto recording = [](int count, int channels) {
+    const auto silence = [](int count, int channels) {
         return TestSupport::recordingBytes({count, 1, channels, 1},
                                            [](int, int, int, int) { return 0.0f; });
     };
-    QTest::newRow("empty") << QByteArray() << "";
-    QTest::newRow("half of it is missing") << pulses.left(pulses.size() / 2) << "";
-    QTest::newRow("one point") << recording(1, 33) << "1 points";
-    QTest::newRow("too few periods") << recording(300, 33) << "period_max";
-    QTest::newRow("too few bands") << recording(2000, 3) << "2 frequency bands";
-}
-
-void TestFfaForm::files()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(QString, problem);
-    const MessageBoxCatcher catcher;
-    const QPointer<FfaForm> form = new FfaForm(file(bytes), window.get());
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QCOMPARE(form.isNull(), bytes.isEmpty());
-    if (!form) {
-        QCOMPARE(catcher.lastText(), QString("Bad file!\nFile without data"));
-        return;
+    for (const auto &[bytes, problem] : {std::pair(pulses.left(pulses.size() / 2), ""),
+                                         {silence(1, 33), "1 points"},
+                                         {silence(300, 33), "period_max"},
+                                         {silence(2000, 3), "2 frequency bands"}}) {
+        const MessageBoxCatcher catcher;
+        auto *const form = new FfaForm(file(bytes), window.get());
+        const bool isGood = QString(problem).isEmpty();
+        QCOMPARE(!find<QLabel>("dataEnd")->isHidden(), isGood); // half of it is missing
+        QString judged = find<QLabel>("estimate")->text();
+        for (const QLabel *label : form->findChildren<QLabel *>(QRegularExpression("Problem$")))
+            judged += label->text();
+        QVERIFY2(judged.contains(problem), qPrintable(judged));
+        QCOMPARE(judged.contains(" periods x "), isGood);
+        QVERIFY(search()); // does nothing where nothing can be searched
     }
-    QCOMPARE(!find<QLabel>("dataEnd")->isHidden(), problem.isEmpty());
-    QString judged = find<QLabel>("estimate")->text();
-    for (const QLabel *label : form->findChildren<QLabel *>(QRegularExpression("Problem$")))
-        judged += label->text();
-    QVERIFY2(judged.contains(problem), qPrintable(judged));
-    QCOMPARE(judged.contains(" periods x "), problem.isEmpty());
-    QVERIFY(search()); // does nothing where nothing can be searched
+    const MessageBoxCatcher catcher;
+    const QPointer<FfaForm> form = new FfaForm(file({}), window.get());
+    QCOMPARE(catcher.lastText(), QString("Bad file!\nFile without data"));
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(!form);
 }
 
 void TestFfaForm::editsAreJudgedAtOnce()
