@@ -1,7 +1,7 @@
 zrt_add_test(forms/pulsartexts unit zrt_forms)
 zrt_add_test(forms/pulsarform gui zrt_test_support_forms)
 zrt_add_test(forms/arraysform gui zrt_test_support_forms)
-zrt_add_test(forms/calculator gui zrt_window zrt_forms zrt_test_support_gui)
+zrt_add_test(forms/calculator gui zrt_test_support_forms)
 zrt_add_test(forms/bintotext gui zrt_window zrt_forms zrt_test_support_gui)
 zrt_add_test(forms/ffaform gui zrt_test_support_forms)
 zrt_add_test(forms/windowhabits gui zrt_test_support_forms)

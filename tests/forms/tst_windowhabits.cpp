@@ -34,7 +34,7 @@ private:
             TestSupport::recordingBytes({40000, 1, 2, 1}, [](int, int, int, int) { return 0.0f; }));
     }
     /// Whether the drop was accepted.
-    bool dropOnto(QWidget *target, const QString &path);
+    static bool dropOnto(QWidget *target, const QString &path);
     /// Drops a path onto a widget and waits until the form of that class and path is there.
     bool dropOpens(QWidget *target, const QString &path, const char *formClass);
     QWidget *shownForm() const
@@ -98,15 +98,12 @@ void TestWindowHabits::drops()
 
 void TestWindowHabits::recentFiles()
 {
-    auto *const button = find<QToolButton>("recentButton");
-    QVERIFY(!button->isEnabled());
+    QVERIFY(!find<QToolButton>("recentButton")->isEnabled());
     const QString numbers = file("1\n2\n", "a&b.txt");
     QVERIFY(dropOpens(window.get(), numbers, "ArraysForm"));
     find<QAction>("actionCalculator")->trigger();
     QVERIFY(dropOpens(window.get(), recording(), "NativeGrafik"));
-    find<QAction>("actionCalculator")->trigger();
 
-    window.reset();
     window = std::make_unique<MainWindow>(); // the next run
     QCOMPARE(recentItems().size(), 2);
     QCOMPARE(recentItems()[0]->text(), QString("&1 x.pnt   Native data - Show native"));
