@@ -37,7 +37,6 @@ private slots:
     void wholeFactorsAreNamedAndAvoided();
     void searchFoldsAndSaves();
     void escapeStopsTheSearch();
-    void newestSearchCounts();
     void formGoesWhileSearching();
     void realRecordings();
 
@@ -241,18 +240,6 @@ void TestFfaForm::escapeStopsTheSearch()
     QCOMPARE(cell(0, "error, s"), QString("-"));
     QCOMPARE(find<QTableWidget>("candidates")->rowCount(), found);
     QVERIFY(find<QPushButton>("refineButton")->isEnabled());
-}
-
-// A search with other values takes the place of the one that runs.
-void TestFfaForm::newestSearchCounts()
-{
-    new FfaForm(file(pulses), window.get());
-    click("pushButton"); // ray 1 has no pulses
-    find<QSpinBox>("ray")->setValue(2);
-    find<QLineEdit>("period_max")->setText("5");
-    QVERIFY(search());
-    QVERIFY(std::abs(cell(0, "period, s").toDouble() - period) < 1e-3);
-    QVERIFY(shown().x.values.back() < 5.1);
 }
 
 void TestFfaForm::formGoesWhileSearching()

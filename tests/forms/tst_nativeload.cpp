@@ -28,6 +28,7 @@ class TestNativeLoad : public QObject {
 
 private slots:
     void initTestCase();
+    void init() { path = folder.filePath("a.pnt"); }
     void domainFollowsTheView();
     void curvesAreThoseOfTheWhole();
     void stepsAreTakenOutAndMarked();
@@ -38,12 +39,13 @@ private slots:
 
 private:
     // All that is handed over for a request.
-    std::vector<std::shared_ptr<const NativePicture>> load(NativeRequest request)
+    std::vector<std::shared_ptr<const NativePicture>> load(NativeRequest request,
+                                                           bool isWanted = true) const
     {
         request.path = path;
         std::vector<std::shared_ptr<const NativePicture>> pictures;
         loadNative(
-            request, [] { return true; },
+            request, [isWanted] { return isWanted; },
             [&](const std::shared_ptr<const NativePicture> &p) { pictures.push_back(p); });
         return pictures;
     }
@@ -119,7 +121,7 @@ void TestNativeLoad::endsEarly()
 
 void TestNativeLoad::initTestCase()
 {
-    path = TestSupport::writeFile(folder, "a.pnt", TestSupport::recordingBytes(shape, sampleAt));
+    TestSupport::writeFile(folder, "a.pnt", TestSupport::recordingBytes(shape, sampleAt));
     recording = TestSupport::makeRecording(shape, sampleAt);
 }
 
@@ -221,21 +223,12 @@ void TestNativeLoad::reductionWithoutSamples()
 void TestNativeLoad::endsWhenNotWanted()
 {
     NativeRequest request;
-    request.path = path;
     request.domain = {0, 20000, true};
-    int delivered = 0;
-    loadNative(
-        request, [] { return false; },
-        [&](const std::shared_ptr<const NativePicture> &) { ++delivered; });
-    QCOMPARE(delivered, 0);
-    request.path = folder.filePath("gone.pnt");
-    loadNative(
-        request, [] { return true; },
-        [&](const std::shared_ptr<const NativePicture> &picture) {
-            QVERIFY(picture->isLast && picture->problem.contains("gone.pnt"));
-            ++delivered;
-        });
-    QCOMPARE(delivered, 1);
+    QVERIFY(load(request, false).empty());
+    path = folder.filePath("gone.pnt");
+    const auto pictures = load(request);
+    QCOMPARE(int(pictures.size()), 1);
+    QVERIFY(pictures[0]->isLast && pictures[0]->problem.contains("gone.pnt"));
 }
 
 ZRT_UNIT_TEST_MAIN(TestNativeLoad)

@@ -185,16 +185,11 @@ void TestPulsarForm::refusalsKeepThePicture()
     click("sumChannelsAndFourier");
     const QString before = report();
     const std::vector<std::vector<float>> curves = shown().graphs;
-    const auto enter = [this](QWidget *field, const QString &text) {
-        if (auto *const spin = qobject_cast<QSpinBox *>(field))
-            spin->setValue(text.toInt());
-        else
-            qobject_cast<QLineEdit *>(field)->setText(text);
-    };
     for (const auto &[field, value, reason] : refusals) {
         auto *const widget = find<QWidget>(field);
-        const QString preset = widget->property("text").toString();
-        enter(widget, value);
+        const QMetaProperty content = widget->metaObject()->userProperty();
+        const QVariant preset = content.read(widget);
+        content.write(widget, value);
         const MessageBoxCatcher catcher;
         click("pushButton");
         QVERIFY2(catcher.lastText().contains(reason), qPrintable(catcher.lastText()));
@@ -202,7 +197,7 @@ void TestPulsarForm::refusalsKeepThePicture()
         QVERIFY2(isMarked(field), field);
         QCOMPARE(report(), before);
         QCOMPARE(shown().graphs, curves);
-        enter(widget, preset);
+        content.write(widget, preset);
         click("pushButton");
         QVERIFY2(!isMarked(field) && catcher.boxes().size() == 1, field);
     }
