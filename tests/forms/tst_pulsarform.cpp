@@ -154,7 +154,7 @@ void TestPulsarForm::fourDispersions()
 {
     openForm();
     find<QSpinBox>("harmonicNum")->setValue(100);
-    type("dispersion", "10");
+    type("dispersion", "10,0");
     click("sum4Dispersions");
     QCOMPARE(find<QLineEdit>("dispersion4")->text().toDouble(), 20.0);
     QVERIFY2(report().contains("\ndisp2 = 5.0 value = "), qPrintable(report()));
