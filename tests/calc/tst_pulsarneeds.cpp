@@ -1,4 +1,5 @@
 #include "calc/actions.h"
+#include "calc/pulsar/computedon.h"
 #include "calc/samples.h"
 
 using namespace TestSupport;
@@ -35,13 +36,6 @@ PulsarParameters selected(double dispersion = 400, int firstPoint = 1000)
     parameters.ffa.period_min = 1;
     parameters.ffa.period_max = 1.02;
     parameters.ffa.deredden = false;
-    return parameters;
-}
-
-template <typename Member, typename Value>
-PulsarParameters with(Member member, Value value, PulsarParameters parameters = selected())
-{
-    parameters.*member = value;
     return parameters;
 }
 
@@ -91,19 +85,19 @@ void TestPulsarNeeds::readsWhatItNeeds()
         const char *action;
         PulsarParameters parameters;
     } rows[] = {
-        {"showNative", with(&P::points, 2000)},
+        {"showNative", with(selected(), &P::points, 2000)},
         {"showNative", selected(0, 18000)}, // to the end
         {"sumPeriod", selected()},
-        {"sumChannelsDemoNoise", with(&P::points, 700)},
-        {"sumChannelsAndAverage", with(&P::noise, "backSum")},
+        {"sumChannelsDemoNoise", with(selected(), &P::points, 700)},
+        {"sumChannelsAndAverage", with(selected(), &P::noise, "backSum")},
         {"sumChannelsAndAverage", selected(1200, 2600)},                           // cut off
-        {"sumChannelsAndAverage", with(&P::noise, "backSum", selected(1200, 10))}, // at the begin
+        {"sumChannelsAndAverage", with(selected(1200, 10), &P::noise, "backSum")}, // at the begin
         {"sumChannelsAndFourier", selected()},
         {"sum4Dispersions", selected()},
         {"sumAllDispersions", selected(100)},
-        {"sumMultiDispersions", with(&P::noise, "backSum", selected(100, 1500))},
-        {"sumTimeDispersions", with(&P::startDelta, 700, selected(60, 0))},
-        {"createFFA", with(&P::points, 3000)},
+        {"sumMultiDispersions", with(selected(100, 1500), &P::noise, "backSum")},
+        {"sumTimeDispersions", with(selected(60, 0), &P::startDelta, 700)},
+        {"createFFA", with(selected(), &P::points, 3000)},
     };
     const ObservationData whole = recording();
     for (const auto &[action, parameters] : rows) {
@@ -202,10 +196,10 @@ void TestPulsarNeeds::refusesWithoutNumbers()
     samplesOf(holed, 12)[17383] = 3;
     QVERIFY(!answerOf(holed, selected(0)).curves.empty());
     std::fill_n(samplesOf(holed, 11), npoints, NAN);
-    QCOMPARE(answerOf(holed, with(&P::ray, 2, selected(0))).nonFinite, QString());
+    QCOMPARE(answerOf(holed, with(selected(0), &P::ray, 2)).nonFinite, QString());
     for (int c = 0; c < 32; ++c)
         std::fill_n(samplesOf(holed, c), npoints, 3e38f);
-    const QString failure = answerOf(holed, with(&P::noise, "without", selected(0))).failure;
+    const QString failure = answerOf(holed, with(selected(0), &P::noise, "without")).failure;
     QVERIFY2(failure.startsWith("No finite value came out"), qPrintable(failure));
 }
 
@@ -219,13 +213,20 @@ void TestPulsarNeeds::stepsBesideGaps()
             samplesOf(stepped, c)[p] += 300;
         std::fill_n(samplesOf(stepped, c) + 2000, 200, NAN);
     }
-    PulsarParameters parameters = with(&P::noise, "without", selected(0));
+    const float before = samplesOf(stepped, 3)[10000];
+    PulsarParameters parameters = with(selected(0), &P::noise, "without");
     parameters.deleteStep = true;
-    const Answer answer = answerOf(stepped, parameters);
-    QVERIFY2(!answer.curves.empty(), qPrintable(answer.failure));
+    const PulsarResult result = resultOf("sumChannelsDemoNoise", stepped, parameters);
     // 32 bands of level 100 and sigma 5.
     for (const std::size_t index : {1000, 1100, 1199, 1200, 9000})
-        QVERIFY(std::abs(answer.curves[0][index] - 3200) < 6 * 5 * std::sqrt(32.f));
+        QVERIFY(std::abs(result.curves[0][index] - 3200) < 6 * 5 * std::sqrt(32.f));
+    QVERIFY2(result.description.contains("Deleted steps = 32"), qPrintable(result.description));
+    QCOMPARE(computedOn("x", "sumChannelsDemoNoise", stepped, parameters, result).back(),
+             QString("steps taken out: 32"));
+    QVERIFY(!result.markers.empty());
+    for (const int marker : result.markers)
+        QVERIFY(std::abs(marker - 5000) <= 1);
+    QCOMPARE(samplesOf(stepped, 3)[10000], before);
 }
 
 void TestPulsarNeeds::validatesWithoutSamples()
@@ -235,16 +236,16 @@ void TestPulsarNeeds::validatesWithoutSamples()
         PulsarParameters parameters;
         QString refused; // the parameter
     } rows[] = {
-        {"showNative", with(&P::channel, 35), "channel"},
-        {"showNative", with(&P::channel, 34), ""},
-        {"sumPeriod", with(&P::period, 1000), "period"},
-        {"sumChannelsDemoNoise", with(&P::points, 18000), "firstPoint"},
-        {"sumChannelsDemoNoise", with(&P::points, 17999), ""},
-        {"sumChannelsAndAverage", with(&P::points, 18000), ""}, // its length is fixed
-        {"sumChannelsAndFourier", with(&P::harmonicNum, 8192), "harmonicNum"},
-        {"sumAllDispersions", with(&P::harmonicNum, 0), "harmonicNum"},
-        {"sumMultiDispersions", with(&P::averageCount, 8), "averageCount"},
-        {"createFFA", with(&P::points, 18001), "points"},
+        {"showNative", with(selected(), &P::channel, 35), "channel"},
+        {"showNative", with(selected(), &P::channel, 34), ""},
+        {"sumPeriod", with(selected(), &P::period, 1000), "period"},
+        {"sumChannelsDemoNoise", with(selected(), &P::points, 18000), "firstPoint"},
+        {"sumChannelsDemoNoise", with(selected(), &P::points, 17999), ""},
+        {"sumChannelsAndAverage", with(selected(), &P::points, 18000), ""}, // its length is fixed
+        {"sumChannelsAndFourier", with(selected(), &P::harmonicNum, 8192), "harmonicNum"},
+        {"sumAllDispersions", with(selected(), &P::harmonicNum, 0), "harmonicNum"},
+        {"sumMultiDispersions", with(selected(), &P::averageCount, 8), "averageCount"},
+        {"createFFA", with(selected(), &P::points, 18001), "points"},
     };
     const ObservationData whole = recording();
     ObservationData header = whole;
