@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <random>
 
@@ -13,14 +14,13 @@ using Simulator::Simulation;
 namespace {
 
 // Of noise with this besides.
-template <typename Member, typename Value>
-std::vector<float> channelWith(Member member, const Value &value)
+std::vector<float> channelWith(const std::function<void(Simulation &)> &change)
 {
     Simulation simulation;
     simulation.npoints = 40000;
     simulation.rays = 1;
     simulation.driftTime = 60;
-    simulation.*member = value;
+    change(simulation);
     const ObservationData data = Simulator::makeRecording(simulation);
     const float *const samples = data.samples[0][4][0];
     return {samples, samples + data.npoints};
@@ -47,7 +47,7 @@ void TestLevelSteps::findsSteps()
         {{1, 1, 9000, 1.1}, {1, 1, 10000, 1.1}, {1, 1, 11000, 0.8}},
         {{1, 1, 512, 1.15}, {1, 1, 39488, 1.15}}}; // as near to the ends as levels reach
     for (const std::vector<Simulator::GainStep> &injected : rows) {
-        std::vector<float> series = channelWith(&Simulation::gainSteps, injected);
+        std::vector<float> series = channelWith([&](auto &s) { s.gainSteps = injected; });
         const int count = int(series.size());
         const std::vector<Tools::LevelStep> steps = Tools::findLevelSteps(series.data(), count);
         QCOMPARE(steps.size(), injected.size());
@@ -67,23 +67,29 @@ void TestLevelSteps::findsSteps()
 
 void TestLevelSteps::findsNothingElse()
 {
-    using Trains = std::vector<Simulator::PulseTrain>;
-    const std::vector<float> rows[] = {
-        channelWith(&Simulation::gainSteps, std::vector<Simulator::GainStep>{{1, 1, 20000, 1.07}}),
-        channelWith(&Simulation::drift, 40.0),
-        channelWith(&Simulation::impulses, std::vector<Simulator::Impulses>{{1, 1, 300, 1000}}),
-        channelWith(&Simulation::pulses,
-                    std::vector<Simulator::SinglePulse>{{1, 1, 200, 1.5, 26, 60}}),
-        channelWith(&Simulation::pulseTrains, Trains{{1, 1, 3.032, 0.6, 26, 60, 0}}),
-        channelWith(&Simulation::lines,
-                    std::vector<Simulator::NarrowBandLine>{{1, 1, 5, 7, 100, 300}})};
+    const std::vector<float> rows[] = {channelWith([](auto &s) {
+                                           s.gainSteps.push_back({1, 1, 20000, 1.07});
+                                       }),
+                                       channelWith([](auto &s) { s.drift = 40; }),
+                                       channelWith([](auto &s) {
+                                           s.impulses.push_back({1, 1, 300, 1000});
+                                       }),
+                                       channelWith([](auto &s) {
+                                           s.pulses.push_back({1, 1, 200, 1.5, 26, 60});
+                                       }),
+                                       channelWith([](auto &s) {
+                                           s.pulseTrains.push_back({1, 1, 3.032, 0.6, 26, 60, 0});
+                                       }),
+                                       channelWith([](auto &s) {
+                                           s.lines.push_back({1, 1, 5, 7, 100, 300});
+                                       })};
     for (const std::vector<float> &series : rows)
         QVERIFY(Tools::findLevelSteps(series.data(), int(series.size())).empty());
 }
 
 void TestLevelSteps::noNumbersAndShortSeries()
 {
-    std::vector<float> series = channelWith(&Simulation::sigma, 1);
+    std::vector<float> series = channelWith([](auto &) {});
     QVERIFY(Tools::findLevelSteps(series.data(), 1023).empty());
     QVERIFY(Tools::findLevelSteps(series.data(), 0).empty());
     for (std::size_t i = 0; i < series.size(); i += 7)
@@ -97,7 +103,7 @@ void TestLevelSteps::noNumbersAndShortSeries()
 
 void TestLevelSteps::sigmaOfNoise()
 {
-    const std::vector<float> series = channelWith(&Simulation::sigma, 2.5);
+    const std::vector<float> series = channelWith([](auto &s) { s.sigma = 2.5; });
     // 20000 samples give the sigma to about 1 %.
     QVERIFY(std::abs(Tools::robustSigma(series.data(), 20000) - 2.5) < 0.1);
     QCOMPARE(Tools::robustSigma(series.data(), 1), 0.0);
