@@ -43,7 +43,6 @@ class TestFold : public QObject {
 private slots:
     void sharesSamples();
     void noiseIsThatOfTheWeights();
-    void noiseFollowsItsLaw();
     void noisePeaks();
 };
 
@@ -82,23 +81,6 @@ void TestFold::noiseIsThatOfTheWeights()
             QVERIFY2(std::abs(assumed / expected - 1) < 1e-9,
                      qPrintable(text.arg(assumed / expected)));
         }
-    }
-}
-
-// Where bin edges drift through the samples, sigma^2 / N (1 - 1 / (3 L)) for a bin of L samples a
-// period and N in all.
-void TestFold::noiseFollowsItsLaw()
-{
-    const int count = 20000;
-    const int bins = 10;
-    const Series samples = noise(count, 2, 1);
-    for (const double perBin : {1.0, 1.7, 3.8, 20.0, 50.0}) {
-        const double period = perBin * bins + 0.0173;
-        const FoldedProfile profile = Tools::fold(samples.data(), count, period, bins);
-        const double expected = (1 - 1 / (3 * perBin)) * bins / count;
-        for (const double variance : profile.variances)
-            QVERIFY2(std::abs(variance / expected - 1) < 0.02,
-                     qPrintable(QString("%1: %2").arg(perBin).arg(variance / expected)));
     }
 }
 

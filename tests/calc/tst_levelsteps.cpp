@@ -67,24 +67,29 @@ void TestLevelSteps::findsSteps()
 
 void TestLevelSteps::findsNothingElse()
 {
-    const std::vector<float> rows[] = {channelWith([](auto &s) {
-                                           s.gainSteps.push_back({1, 1, 20000, 1.07});
-                                       }),
-                                       channelWith([](auto &s) { s.drift = 40; }),
-                                       channelWith([](auto &s) {
-                                           s.impulses.push_back({1, 1, 300, 1000});
-                                       }),
-                                       channelWith([](auto &s) {
-                                           s.pulses.push_back({1, 1, 200, 1.5, 26, 60});
-                                       }),
-                                       channelWith([](auto &s) {
-                                           s.pulseTrains.push_back({1, 1, 3.032, 0.6, 26, 60, 0});
-                                       }),
-                                       channelWith([](auto &s) {
-                                           s.lines.push_back({1, 1, 5, 7, 100, 300});
-                                       })};
-    for (const std::vector<float> &series : rows)
+    using Change = void (*)(Simulation &);
+    const Change changes[] = {
+        [](auto &s) {
+            s.gainSteps.push_back({1, 1, 20000, 1.07});
+        },
+        [](auto &s) { s.drift = 40; },
+        [](auto &s) {
+            s.impulses.push_back({1, 1, 300, 1000});
+        },
+        [](auto &s) {
+            s.pulses.push_back({1, 1, 200, 1.5, 26, 60});
+        },
+        [](auto &s) {
+            s.pulseTrains.push_back({1, 1, 3.032, 0.6, 26, 60, 0});
+        },
+        [](auto &s) {
+            s.lines.push_back({1, 1, 5, 7, 100, 300});
+        },
+    };
+    for (const Change change : changes) {
+        const std::vector<float> series = channelWith(change);
         QVERIFY(Tools::findLevelSteps(series.data(), int(series.size())).empty());
+    }
 }
 
 void TestLevelSteps::noNumbersAndShortSeries()

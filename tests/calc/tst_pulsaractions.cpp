@@ -81,7 +81,6 @@ private slots:
     void scanFindsTheDispersion();
     void scanOfNoiseClaimsNothing();
     void scanEqualsSeparateSpectra();
-    void multiScans();
     void cancelEndsAScan();
     void realRecordings();
 };
@@ -236,24 +235,6 @@ void TestPulsarActions::scanEqualsSeparateSpectra()
                      qPrintable(QString("%1: %2").arg(noise).arg(trial)));
         }
     }
-}
-
-void TestPulsarActions::multiScans()
-{
-    const ObservationData data = pulsar();
-    PulsarParameters parameters = with(parametersFor(26.2, 500), &P::averageCount, 2);
-    const PulsarResult averages = resultOf("sumMultiDispersions", data, parameters);
-    QCOMPARE(averages.curves.size(), std::size_t(3));
-    QVERIFY(averages.description.contains("\nChange: averages (see colors)\n\n"));
-    QCOMPARE(averages.multi[2].name, QString("averaging number 2"));
-    QCOMPARE(averages.multi[1].curves[0], averages.curves[1]);
-
-    parameters.averageCount = 0;
-    parameters.startDelta = 5000;
-    const PulsarResult starts = resultOf("sumTimeDispersions", data, parameters);
-    // 0, 5000 .. 20000; 25000 leaves no 16384 points.
-    QCOMPARE(starts.curves.size(), std::size_t(5));
-    QVERIFY(starts.description.contains("\nChange: first point (see colors)"));
 }
 
 void TestPulsarActions::cancelEndsAScan()

@@ -41,12 +41,6 @@ void TestPulsarReports::linesAndNoise()
     QCOMPARE(result.remarks[1].count('\n'), 15);
     QVERIFY2(result.remarks[2].contains("has the harmonic number 300.00; line 300 has "),
              qPrintable(result.remarks[2]));
-
-    parameters.noise = "without";
-    const PulsarResult withMean = resultOf("sumChannelsAndFourier", data, parameters);
-    QVERIFY2(withMean.remarks[0].contains("none stands above 5 noise levels; line 0 is the mean"),
-             qPrintable(withMean.remarks[0]));
-    QVERIFY(withMean.remarks[1].contains(QRegularExpression("levels\\)\n300: ")));
 }
 
 void TestPulsarReports::harmonicOfThePeriod()
@@ -130,10 +124,6 @@ void TestPulsarReports::startsAtTheEnd()
         const QString remarks = calculate.result().remarks.join('\n');
         QVERIFY2(remarks.contains("every band (first point 23600)"), qPrintable(remarks));
     }
-    parameters.startDelta = 20000;
-    const PulsarResult whole =
-        resultOf("sumTimeDispersions", Simulator::makeRecording(oneRay()), parameters);
-    QVERIFY(!whole.remarks.join('\n').contains("ends before"));
 }
 
 // What noise reaches is told from folds beside, drift included; coarse samples have a noise.

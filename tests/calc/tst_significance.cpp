@@ -13,7 +13,6 @@ class TestSignificance : public QObject {
 private slots:
     void closedForms();
     void farTails();
-    void meanPowerOfSevenSigma();
     void trials();
     void weightedSums();
 };
@@ -55,14 +54,6 @@ void TestSignificance::farTails()
             QVERIFY(std::abs(tail - (-x / 2 - std::log(sigma * std::sqrt(2 * M_PI)) +
                                      std::log1p(-1 / x + 3 / (x * x) - 15 / (x * x * x)))) < 1e-9);
     }
-}
-
-// Means over a day, a month and a year.
-void TestSignificance::meanPowerOfSevenSigma()
-{
-    QVERIFY(std::abs(powerAtSigma(1, 7) - 27.4) < 0.05);
-    QVERIFY(std::abs(powerAtSigma(30, 7) / 30 - 2.85) < 0.005);
-    QVERIFY(std::abs(powerAtSigma(365, 7) / 365 - 1.41) < 0.005);
 }
 
 void TestSignificance::trials()
