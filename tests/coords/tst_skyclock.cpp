@@ -4,6 +4,7 @@
 #include "support/testmain.h"
 
 #include <cmath>
+#include <tuple>
 
 using namespace Tools;
 
@@ -121,32 +122,24 @@ void TestSkyClock::separations()
 
 void TestSkyClock::periodsAtTheTelescope()
 {
-    struct Row {
-        const char *pulsar;
-        const char *moment;
-        double longitude; // degrees
-        double latitude;
-        double velocity; // km/s
-        double period;   // s
-    };
     // Away from the source, across, and towards it. Worked out with other routines from the same
     // catalogue, to the digits given. They count the slowing of the Earth's clocks by motion and
     // gravity, on average 1.55e-8 or 4.6 m/s, which the dynamical time of the catalogue does not
-    // have.
+    // have. Longitude and latitude in degrees, velocity in km/s, period in s.
     constexpr double slowing = 1.55e-8;
-    constexpr Row rows[] = {
+    constexpr std::tuple<const char *, const char *, double, double, double, double> rows[] = {
         {"B0329+54", "2002-03-28T16:35:00Z", -2.3071, 53.2363, -21.02, 0.71457085},
         {"B1508+55", "1998-10-02T11:02:51Z", -2.3071, 53.2363, 0.54, 0.73968110},
         {"J1807-0847", "2021-04-09T07:26:10Z", -79.8398, 38.4331, 27.86, 0.16371218},
     };
-    for (const Row &row : rows) {
-        const KnownPulsar *const pulsar = findPulsar(knownPulsars(), row.pulsar);
+    for (const auto &[name, moment, longitude, latitude, velocity, period] : rows) {
+        const KnownPulsar *const pulsar = findPulsar(knownPulsars(), name);
         QVERIFY(pulsar);
-        const ObservingSite site = {row.longitude * degree, row.latitude * degree, 100};
-        const BarycentricView view = barycentricView(site, utc(row.moment), pulsar->position);
-        QVERIFY(std::abs((view.velocity + slowing) * 299792.458 - row.velocity) < 0.005);
-        const double seen = 1 / pulsar->topocentricFrequency(site, utc(row.moment));
-        QVERIFY(std::abs(seen * (1 - slowing) - row.period) < 0.5e-8);
+        const ObservingSite site = {longitude * degree, latitude * degree, 100};
+        const BarycentricView view = barycentricView(site, utc(moment), pulsar->position);
+        QVERIFY(std::abs((view.velocity + slowing) * 299792.458 - velocity) < 0.005);
+        const double seen = 1 / pulsar->topocentricFrequency(site, utc(moment));
+        QVERIFY(std::abs(seen * (1 - slowing) - period) < 0.5e-8);
     }
 }
 
