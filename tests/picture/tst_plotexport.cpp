@@ -9,20 +9,12 @@
 #include <QSvgRenderer>
 #include <QTemporaryDir>
 #include <cmath>
-#include <random>
+
+using TestSupport::noise;
 
 namespace {
 
 const QSize size(690, 400); // leaves the curves 600 x 300
-
-std::vector<float> noise(int count)
-{
-    std::mt19937 random(5);
-    std::vector<float> samples(size_t(count), 0.0F);
-    for (float &sample : samples)
-        sample = float(random() % 20001) / 100 - 100;
-    return samples;
-}
 
 bool isBlue(QRgb pixel)
 {
