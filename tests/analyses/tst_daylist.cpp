@@ -17,9 +17,7 @@ constexpr double step = 0.0124928; // s
 
 QDateTime utc(const QString &text)
 {
-    QDateTime time = QDateTime::fromString(text, Qt::ISODateWithMs);
-    time.setTimeSpec(Qt::UTC);
-    return time;
+    return QDateTime::fromString(text + "Z", Qt::ISODateWithMs);
 }
 
 RecordingEntry recording(const QString &begin, int points, const QString &path = "/data/a.pnt")

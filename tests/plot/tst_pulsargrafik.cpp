@@ -172,6 +172,8 @@ void TestPulsarGrafik::zoomByHand()
         QTest::keyClick(grafik.get(), Qt::Key_Backspace);
         QCOMPARE(visible(), QString(earlier));
     }
+    grafik->setVisibleX(90, 40);
+    QCOMPARE(visible(), QString("60+40 0..100"));
     QTest::keyClick(grafik.get(), Qt::Key_Home);
     QCOMPARE(visible(), QString("0+100 0..100"));
 }
