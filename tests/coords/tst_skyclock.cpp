@@ -68,8 +68,8 @@ void TestSkyClock::texts()
 void TestSkyClock::thereAndBack()
 {
     int passed = 0;
-    for (double delta = -35; delta <= 89.4; delta += 4.15) {
-        for (double alfa = 0.02; alfa < 24; alfa += 2.39) {
+    for (double delta = -35; delta <= 89.4; delta += 8.3) {
+        for (double alfa = 0.02; alfa < 24; alfa += 4.1) {
             const SkyPosition place = {alfa * 15 * degree, delta * degree};
             for (QDate date(2000, 1, 1); date.year() < 2041; date = date.addDays(397)) {
                 const QDateTime begin(date, QTime(17, 3, 2, 77), Qt::UTC);
@@ -85,7 +85,7 @@ void TestSkyClock::thereAndBack()
             }
         }
     }
-    QVERIFY(passed > 10000);
+    QVERIFY(passed > 5000);
     QVERIFY(
         culminations({0, 89.9 * degree}, utc("2020-01-01T00:00:00Z"), utc("2020-02-01T00:00:00Z"))
             .empty());
@@ -175,6 +175,7 @@ void TestSkyClock::catalogue()
     QCOMPARE(rightAscensionText(pulsar->position.alfa) + declinationText(pulsar->position.delta),
              QString("03:32:59.4+54:34:43"));
     QCOMPARE(pulsar->dispersion, 26.76410);
+    QCOMPARE(pulsar->flux400, 1500.0);
     // 20 000 days of 86400 s at -4.011970e-15 Hz a second.
     QVERIFY(std::abs(pulsar->frequencyAt(66473) - (1.399541538720 - 6.932684e-6)) < 1e-12);
     QCOMPARE(findPulsar(pulsars, "B0329+54"), pulsar);
