@@ -175,12 +175,6 @@ QString readFilterbank(QIODevice &device, FilterbankHeader &header)
     return "its header ends early";
 }
 
-double modifiedJulianDate(const QDateTime &utc)
-{
-    return double(utc.date().toJulianDay() - julianDayOfZero) +
-           utc.time().msecsSinceStartOfDay() / msPerDay;
-}
-
 QDateTime dateOfModifiedJulian(double days)
 {
     // Years 0 to 9999; what lies beyond is no date of a recording.
