@@ -1,5 +1,6 @@
 #include "simulator/recording.h"
 
+#include "base/freeroom.h"
 #include "base/numbertext.h"
 #include "base/timetext.h"
 #include "data/recordingtime.h"
@@ -68,8 +69,13 @@ QByteArray passport(const Simulation &s)
 WriteFailure writeRecording(const Simulation &simulation, const QString &path,
                             const std::function<bool(int)> &progress)
 {
+    const QByteArray header = passport(simulation);
+    const qint64 sampleBytes =
+        floatsPerPoint(simulation) * simulation.npoints * qint64(sizeof(float));
+    if (WriteFailure failure = missingRoom(path, header.size() + sampleBytes))
+        return failure;
     RecordingWriter writer;
-    if (WriteFailure failure = writer.open(path, passport(simulation)))
+    if (WriteFailure failure = writer.open(path, header))
         return failure;
 
     SampleSource source(simulation);

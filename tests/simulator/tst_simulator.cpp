@@ -171,6 +171,7 @@ void TestSimulator::refusals_data()
         QTest::newRow(options) << message;
     };
     row("--seed 2", "cannot be made"); // where the folder is missing
+    row("--points 2000000000 --rays 80", "no room on the disk. It takes"); // 20 TB
     row("--points 0", "points must be at least 1, not 0");
     row("--bands 0", "between 1 and 100000 bands");
     row("--modules 2000000000 --rays 2000000000", "more than one point may hold");
