@@ -7,8 +7,10 @@
 
 WriteFailure missingRoom(const QString &path, qint64 bytes)
 {
-    const QFileInfo info(path);
-    const QStorageInfo disk(info.isDir() ? info.absoluteFilePath() : info.absolutePath());
+    QFileInfo place(path);
+    while (!place.exists() && !place.isRoot())
+        place.setFile(place.absolutePath());
+    const QStorageInfo disk(place.absoluteFilePath());
     if (!disk.isValid() || disk.bytesTotal() <= 0 || disk.bytesAvailable() >= bytes)
         return {};
     return {WriteFailure::Kind::CannotWrite, path,
