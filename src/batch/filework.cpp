@@ -279,10 +279,7 @@ QString passportProblem(const QByteArray &passport)
 {
     if (passport.size() > passportSizeLimit)
         return "the frequencies of so many channels make a longer passport than readers take";
-    const RecordingHeader header = recordingHeader(parsePassport(passport), {});
-    if (header.problem.isEmpty() && !(header.data.tresolution > 0))
-        return "its sampling interval is none that a passport can hold";
-    return header.problem;
+    return recordingHeader(parsePassport(passport), {}).problem;
 }
 
 // Values of one sample of the file, lowest band first, and their mean as the extra channel.

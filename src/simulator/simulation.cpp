@@ -2,6 +2,7 @@
 
 #include "calc/banddelays.h"
 #include "calc/pulsar/pulsarcommand.h"
+#include "data/samplingstep.h"
 
 #include <cmath>
 #include <limits>
@@ -15,7 +16,6 @@ constexpr int mostModuleNumber = 1 << 28;
 constexpr int mostBands = 100000;
 constexpr double longestLag = 1e6;       // s
 constexpr double longestRecording = 1e8; // s
-constexpr double shortestStep = 1e-6;    // ms
 constexpr double largestValue = 1e12;    // products of three still fit a float
 
 bool isPositive(double value)
@@ -63,9 +63,9 @@ QString refusedCounts(const Simulation &s)
 
 QString refusedReceiver(const Simulation &s)
 {
-    if (!(s.msPerPoint >= shortestStep))
-        return QString("The step must be at least %1 ms, not %2 ms.")
-            .arg(shortestStep)
+    if (!isStep(s.msPerPoint / 1000))
+        return QString("The step must be %1, not %2 ms.")
+            .arg(stepRangeText("ms", 1000))
             .arg(s.msPerPoint);
     if (s.earlierPoints < 0 || s.earlierPoints > std::numeric_limits<int>::max() - s.npoints)
         return QString("There cannot be %1 points before %2.").arg(s.earlierPoints).arg(s.npoints);

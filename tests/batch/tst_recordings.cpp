@@ -230,6 +230,12 @@ void TestRecordings::filterbanksOfBothWays_data()
     row(
         "step without a number", [](H &h) { h.step = NAN; }, false);
     row(
+        "shortest step", [](H &h) { h.step = 1e-9; }, true);
+    row(
+        "step too short", [](H &h) { h.step = 1e-300; }, false);
+    row(
+        "longest step", [](H &h) { h.step = 1e5; }, true);
+    row(
         "step beyond any passport", [](H &h) { h.step = 1e307; }, false);
     row(
         "infinite band", [](H &h) { h.firstBand = INFINITY; }, false);

@@ -186,6 +186,10 @@ void TestReader::refused_data()
           "nbands six", "nbands -1", "nbands -2147483648", "rays 0", "rays -8"})
         file(line, passportBytes({"npoints 100", "nbands 6", "modulus 1", line}), 0,
              "not a usable count");
+    for (const QByteArray line : {"tresolution nan", "tresolution inf", "tresolution 1e-300",
+                                  "tresolution -5", "tresolution 12,5"})
+        file(line, passportBytes({"npoints 100", "nbands 6", "modulus 1", line}), 0,
+             "which is no usable step of time (allowed: 1e-06 to 1e+08 ms");
     const ReadOutcome tooLarge = ReadOutcome::TooLarge;
     const char most[] = "npoints 2147483647";
     file("beyond 31 bits", passportBytes({most, "nbands 32", "modulus 1"}), 0, "2.06 TiB",

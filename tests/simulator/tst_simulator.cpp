@@ -175,7 +175,8 @@ void TestSimulator::refusals_data()
     row("--points 0", "points must be at least 1, not 0");
     row("--bands 0", "between 1 and 100000 bands");
     row("--modules 2000000000 --rays 2000000000", "more than one point may hold");
-    row("--step nan", "step must be at least");
+    row("--step nan", "step must be 1e-06 to 1e+08 ms, not nan");
+    row("--step 1e-300", "not 1e-300 ms");
     row("--sigma 0", "Sigma must be above 0");
     row("--pulsar ray=9", "ray 9 is not among 1 to 8");
     row("--pulsar period=0.0249", "at least two steps");
