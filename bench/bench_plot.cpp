@@ -1,7 +1,7 @@
 // Time of a whole plot of noise (ground, frame, curve, texts, grid) at 1600 x 900: our painting
 // with and without the extremes of blocks, one QPainter line per segment on the same picture, and
-// QCustomPlot. The second argument is the part of the points that is shown, in thousandths. Run
-// with QT_QPA_PLATFORM=offscreen; moveWindow means most on a display.
+// QCustomPlot where it is installed. The second argument is the part of the points that is shown,
+// in thousandths. Run with QT_QPA_PLATFORM=offscreen; moveWindow means most on a display.
 
 #include "picture/plotgeometry.h"
 #include "picture/plotpainter.h"
@@ -12,8 +12,10 @@
 #include <QWindow>
 #include <benchmark/benchmark.h>
 #include <cmath>
-#include <qcustomplot.h>
 #include <random>
+#ifdef ZRT_BENCH_QCUSTOMPLOT
+#include <qcustomplot.h>
+#endif
 
 namespace {
 
@@ -102,6 +104,7 @@ void findBlocks(benchmark::State &state)
         benchmark::DoNotOptimize(Plot::blocksOf(data));
 }
 
+#ifdef ZRT_BENCH_QCUSTOMPLOT
 template <typename Paint>
 void customPlot(benchmark::State &state, Paint paint)
 {
@@ -135,6 +138,7 @@ void customPlotPixmap(benchmark::State &state)
         benchmark::DoNotOptimize(plot.toPixmap(frameSize.width(), frameSize.height()));
     });
 }
+#endif
 
 void findRange(benchmark::State &state)
 {
@@ -158,8 +162,10 @@ BENCHMARK(paintWithoutBlocks)->Apply(views);
 BENCHMARK(paintStraight)->Apply(views);
 BENCHMARK(moveWindow)->Arg(1000000)->Arg(3000000)->Arg(10000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(findBlocks)->Arg(1000000)->Arg(10000000)->Unit(benchmark::kMillisecond);
+#ifdef ZRT_BENCH_QCUSTOMPLOT
 BENCHMARK(customPlotReplot)->Arg(16384)->Arg(300000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(customPlotPixmap)->Arg(16384)->Arg(300000)->Arg(1000000)->Unit(benchmark::kMillisecond);
+#endif
 BENCHMARK(findRange)->Arg(1000000)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char **argv)

@@ -1,5 +1,11 @@
-find_package(Qt5 5.15 REQUIRED COMPONENTS PrintSupport)
-find_package(QCustomPlot REQUIRED)
-
-zrt_add_bench(plot zrt_plot QCustomPlot::QCustomPlot)
+zrt_add_bench(plot zrt_plot)
 target_include_directories(bench_plot PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+
+find_package(Qt5 5.15 QUIET OPTIONAL_COMPONENTS PrintSupport)
+find_package(QCustomPlot QUIET)
+if(TARGET QCustomPlot::QCustomPlot)
+    target_link_libraries(bench_plot PRIVATE QCustomPlot::QCustomPlot)
+    target_compile_definitions(bench_plot PRIVATE ZRT_BENCH_QCUSTOMPLOT)
+else()
+    message(STATUS "bench_plot comes without QCustomPlot beside it: libqcustomplot-dev is missing")
+endif()

@@ -2,6 +2,7 @@
 
 #include "calc/ffacandidates.h"
 #include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/searchffa.h"
 #include "data/truenumbers.h"
 #include "picture/resultplot.h"
 #include "results/candidates.h"
@@ -146,14 +147,14 @@ QString wholeFactorRemark(const PulsarParameters &parameters, const ObservationD
                : text + QString(" --period-min %1 avoids it.").arg(QString(numberText(offered)));
 }
 
-Failure refusalOf(const PulsarCalculate &calculate, const Search &search, const QString &path)
+Failure refusalOf(const FieldProblem &problem, const Search &search, const QString &path)
 {
     return {ExitCode::BadData, path +
                                    QString(": module %1, ray %2, dispersion %3: ")
                                        .arg(search.module)
                                        .arg(search.ray)
                                        .arg(search.dispersion) +
-                                   QString(calculate.failure()).replace('\n', ' ')};
+                                   QString(problem.text).replace('\n', ' ')};
 }
 
 // S/N over period, as the form draws it.
@@ -242,11 +243,7 @@ private:
         return {};
     }
 
-    bool showProgress(int percent) const
-    {
-        control.progress((100 * done + percent) / count);
-        return !control.isStopped();
-    }
+    void showProgress(int percent) const { control.progress((100 * done + percent) / count); }
 
     // Where a ray stands in the record that was read, from 1.
     struct Place {
@@ -260,40 +257,37 @@ private:
         PulsarParameters parameters = parametersOf(request, data, selected.dispersion);
         parameters.module = place.module;
         parameters.ray = place.ray;
-        PulsarCalculate calculate(data, parameters);
-        QObject::connect(&calculate, &PulsarCalculate::progress, &calculate, [&](int percent) {
-            if (!showProgress(percent * 9 / 10))
-                calculate.cancel();
-        });
-        if (!calculate.run("createFFA"))
-            return calculate.wasCancelled() ? Failure{ExitCode::TryLater, "Stopped."}
-                                            : refusalOf(calculate, selected, file.path());
-        if (const QString &text = calculate.result().nonFinite; !text.isEmpty())
+        Jobs::Control own = control;
+        own.progress = [this](int percent) { showProgress(percent); };
+        FfaSearchOutcome outcome =
+            searchFfa({data, parameters, request.threshold, request.most}, own);
+        if (control.isStopped())
+            return {ExitCode::TryLater, "Stopped."};
+        if (!outcome.result.ffa)
+            return refusalOf(outcome.problem, selected, file.path());
+        if (const QString &text = outcome.result.nonFinite; !text.isEmpty())
             noteNonFinite(selected, text);
-        const FfaResult &ffa = *calculate.result().ffa;
-        estimate = Tools::estimateFfa(parameters.ffa, calculate.ffaPoints(), data.tresolution);
-        const double threshold = request.threshold.value_or(estimate.noiseThreshold);
-        std::vector<FfaCandidate> peaks =
-            Tools::findCandidates(ffa, threshold, request.most,
-                                  [this](int percent) { return showProgress(90 + percent / 10); });
+        const FfaResult &ffa = *outcome.result.ffa;
+        estimate = outcome.estimate;
+        std::vector<FfaCandidate> &peaks = outcome.candidates;
         if (request.refine)
             for (FfaCandidate &peak : peaks)
                 Tools::refineCandidate(ffa, peak, [this](int) { return !control.isStopped(); });
         if (control.isStopped())
             return {ExitCode::TryLater, "Stopped."};
         addCandidates(peaks, selected, found);
-        remarks = calculate.result().remarks;
+        remarks = outcome.result.remarks;
         length = double(ffa.series.size()) * ffa.tsamp;
         searched = parameters.ffa;
-        usedThreshold = threshold;
-        points = calculate.ffaPoints();
+        usedThreshold = request.threshold.value_or(estimate.noiseThreshold);
+        points = PulsarCalculate(data, parameters).ffaPoints();
         trials = ffa.periodogram.length;
         widths = ffa.periodogram.nwidths;
         const double highest = peaks.empty() ? 0 : peaks.front().strength();
         if (!request.output.picture.isEmpty() && highest > shownSnr) {
             shownSnr = highest;
             shown = selected;
-            result.plot = plotOf(ffa, threshold);
+            result.plot = plotOf(ffa, usedThreshold);
             result.plot->source = QStringList{"ffa of " + file.path(), nameOf(selected)};
         }
         return {};

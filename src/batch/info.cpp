@@ -3,11 +3,11 @@
 #include "base/bytetext.h"
 #include "batch/inputlist.h"
 #include "batch/programname.h"
-#include "batch/recordings.h"
-#include "data/recordingtime.h"
+#include "batch/runner.h"
+#include "batch/stopsignal.h"
+#include "data/recordingset.h"
+#include "data/truenumbers.h"
 
-#include <QDateTime>
-#include <QFileInfo>
 #include <cstdio>
 
 namespace Batch {
@@ -16,65 +16,65 @@ using namespace Results;
 
 namespace {
 
-struct Info {
-    std::vector<HeaderLine> lines;
-    Failure failure;
-};
-
-QString numbersOf(const std::vector<int> &numbers)
-{
-    QStringList texts;
-    for (const int number : numbers)
-        texts << QString::number(number);
-    return texts.join(' ');
-}
-
 // The step is milliseconds of the passport divided by 1000: its last digits mean nothing.
 QString seconds(double value)
 {
     return QString::number(value, 'g', 12) + " s";
 }
 
-QString sizeCheck(const RecordingFile &file)
+QString sizeCheck(const RecordingEntry &entry)
 {
-    const qint64 announced = file.announcedSize();
-    if (file.size() == announced)
-        return "as announced";
-    if (announced < 0 || file.size() < announced)
+    switch (entry.state) {
+    case RecordingState::Whole:
+        return entry.size == entry.announcedSize
+                   ? QString("as announced")
+                   : QString("%1 bytes more than announced").arg(entry.size - entry.announcedSize);
+    case RecordingState::Short:
         return QString("too short, %1 of %2 points")
-            .arg(file.completePoints())
-            .arg(file.header().npoints);
-    return QString("%1 bytes more than announced").arg(file.size() - announced);
+            .arg(entry.completePoints)
+            .arg(entry.header.npoints);
+    default:
+        return "no recording";
+    }
 }
 
-Info infoOf(const QString &path)
+// Rows of what is told of a recording; modules and rays by the numbers of the passport, as results
+// tell them.
+std::vector<HeaderLine> infoOf(const RecordingEntry &entry)
 {
-    Info info;
-    RecordingFile file;
-    info.failure = openRecordingFile(file, path, {});
-    const ObservationData &data = file.header();
-    const bool isRecording = file.reason().isEmpty();
+    const ObservationData &data = entry.header;
+    const bool isRecording =
+        entry.state == RecordingState::Whole || entry.state == RecordingState::Short;
     const auto text = [&](const QString &value) { return isRecording ? value : QString("-"); };
     const QString bands =
         data.fbands.empty()
             ? QString("-")
             : QString("%1 to %2 MHz").arg(data.fbands.front()).arg(data.fbands.back());
-    info.lines = {
-        {"file", path},
+    return {
+        {"file", entry.path},
         {"points", text(QString::number(data.npoints))},
         {"step", text(seconds(data.tresolution))},
         {"length", text(seconds(data.npoints * data.tresolution))},
-        {"begin",
-         data.beginTime.isValid() ? exactBegin(data).toString(Qt::ISODateWithMs) : QString("-")},
-        {"modules", text(numbersOf(data.moduleNumbers))},
-        {"rays",
-         text(data.ray > 0 ? QString("1 (number %1)").arg(data.ray) : QString::number(data.rays))},
+        {"begin", entry.begin.isValid() ? entry.begin.toString(Qt::ISODateWithMs) : QString("-")},
+        {"modules", text(moduleNumbersText(data))},
+        {"rays", text(rayNumbersText(data))},
         {"bands", text(QString::number(data.channels - 1))},
         {"frequencies", bands},
-        {"bytes", QString::number(file.size())},
-        {"size", isRecording ? sizeCheck(file) : QString("no recording")},
+        {"bytes", QString::number(entry.size)},
+        {"size", sizeCheck(entry)},
     };
-    return info;
+}
+
+ExitCode codeOf(RecordingState state)
+{
+    switch (state) {
+    case RecordingState::Whole:
+        return ExitCode::Done;
+    case RecordingState::Unreadable:
+        return ExitCode::NoInput;
+    default:
+        return ExitCode::BadData;
+    }
 }
 
 } // namespace
@@ -86,23 +86,29 @@ ExitCode printInfo(const QStringList &names, Format format)
         printError(list.failure.text);
         return list.failure.code;
     }
+    Jobs::Control control;
+    control.isStopped = [] { return isStopRequested(); };
+    const std::vector<RecordingEntry> entries = readHeaders(list.paths, control);
+    if (isStopRequested()) {
+        printError("Stopped.");
+        return ExitCode::TryLater;
+    }
     ExitCode code = ExitCode::Done;
     ResultTable table;
     table.request = {{"program", programName()}, {"command", "info"}};
     QByteArray text;
-    for (const QString &path : list.paths) {
-        const Info info = infoOf(path);
-        if (info.failure)
-            printError(info.failure.text);
-        if (info.failure && code == ExitCode::Done)
-            code = info.failure.code;
+    for (const RecordingEntry &entry : entries) {
+        if (!entry.problem.isEmpty())
+            printError(entry.problem);
+        if (code == ExitCode::Done)
+            code = codeOf(entry.state);
+        const std::vector<HeaderLine> lines = infoOf(entry);
         if (table.columns.empty())
-            for (const HeaderLine &line : info.lines)
+            for (const HeaderLine &line : lines)
                 table.columns.push_back({line.key, {}, QStringList()});
-        for (std::size_t i = 0; i < info.lines.size(); ++i) {
-            std::get<QStringList>(table.columns[i].values) << info.lines[i].value;
-            text +=
-                bytesOfText(info.lines[i].key.leftJustified(12) + " " + info.lines[i].value + "\n");
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            std::get<QStringList>(table.columns[i].values) << lines[i].value;
+            text += bytesOfText(lines[i].key.leftJustified(12) + " " + lines[i].value + "\n");
         }
         text += "\n";
     }

@@ -4,7 +4,7 @@
 #include "calc/pulsar/computedon.h"
 #include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/runanalysis.h"
-#include "forms/pulsar/pulsartexts.h"
+#include "calc/pulsar/startpoint.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,7 +25,7 @@ Failure findStart(PulsarParameters &parameters, const RecordingFile &file)
 {
     if (parameters.startTime.isEmpty())
         return {};
-    const FormTexts::StartPoint start = FormTexts::pointAtUtc(file.header(), parameters.startTime);
+    const StartPoint start = pointAtUtc(file.header(), parameters.startTime);
     if (!start.error.isEmpty())
         return {ExitCode::BadData, file.path() + ": " +
                                        QString(start.error)

@@ -1,6 +1,5 @@
 #include "batch/recordings.h"
 
-#include "base/timetext.h"
 #include "batch/programname.h"
 #include "data/batchtexts.h"
 #include "data/recordingtime.h"
@@ -30,17 +29,7 @@ Failure openRecordingFile(RecordingFile &file, const QString &path, const Contro
     if (file.header().missingPoints > 0) {
         if (control.print)
             control.print(QString(BatchTexts::wrongSize).replace("%s", path));
-        const QDateTime last = RecordingClock(file.header()).utc(file.completePoints() - 1);
-        const QString upTo = file.completePoints() > 0 && last.isValid()
-                                 ? textOfTime(last, "', the last at 'hh:mm:ss.zzz' UTC'")
-                                 : QString();
-        return {ExitCode::BadData,
-                path +
-                    QString(" ends early: of %1 points that its passport announces it holds %2%3. "
-                            "Copy the file again.")
-                        .arg(file.header().npoints)
-                        .arg(file.completePoints())
-                        .arg(upTo)};
+        return {ExitCode::BadData, endsEarlyText(path, file.header())};
     }
     return {};
 }

@@ -154,6 +154,18 @@ QString dataEndText(const ObservationData &data)
         .arg(data.npoints);
 }
 
+QString endsEarlyText(const QString &path, const ObservationData &data)
+{
+    const int held = completePoints(data);
+    const QDateTime last = held > 0 ? RecordingClock(data).utc(held - 1) : QDateTime();
+    return path + QString(" ends early: of %1 points that its passport announces it holds %2%3. "
+                          "Copy the file again.")
+                      .arg(data.npoints)
+                      .arg(held)
+                      .arg(last.isValid() ? textOfTime(last, "', the last at 'hh:mm:ss.zzz' UTC'")
+                                          : QString());
+}
+
 QString endlessPassport(const QString &path)
 {
     return QString("%1 is damaged: its first line announces more passport lines than can be. Copy "

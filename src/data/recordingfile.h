@@ -108,6 +108,9 @@ QString badPassport(const QString &path, const QString &headerProblem);
 /// of how many; empty where nothing is missing.
 QString dataEndText(const ObservationData &data);
 
+/// What is wrong with a recording that lacks points, and what can be done.
+QString endsEarlyText(const QString &path, const ObservationData &data);
+
 /// Whether a passport has no end within its limit: where its lines end nobody knows, so that
 /// any sample would be a guess.
 bool isEndless(const Passport &passport, qint64 fileSize);

@@ -52,11 +52,7 @@ RecordingEntry readHeader(const QString &path)
     entry.state = RecordingState::Whole;
     if (entry.completePoints < entry.header.npoints) {
         entry.state = RecordingState::Short;
-        entry.problem = QString("%1 ends early: of %2 points that its passport announces it holds "
-                                "%3. Copy the file again.")
-                            .arg(path)
-                            .arg(entry.header.npoints)
-                            .arg(entry.completePoints);
+        entry.problem = endsEarlyText(path, entry.header);
     }
     return entry;
 }

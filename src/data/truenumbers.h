@@ -2,6 +2,7 @@
 
 #include "data/observationdata.h"
 
+#include <QString>
 #include <algorithm>
 #include <limits>
 
@@ -39,3 +40,7 @@ inline bool holdsRay(const ObservationData &header, int module, int ray)
         hasRay = hasRay || rayNumber(header, i) == ray;
     return hasModule && hasRay;
 }
+
+/// All of them as a text: "1 3 4", or "1 to 8" where more than two follow on each other.
+QString moduleNumbersText(const ObservationData &data);
+QString rayNumbersText(const ObservationData &data);

@@ -10,6 +10,8 @@
 #include <QFile>
 #include <QGroupBox>
 #include <QLineEdit>
+#include <QMessageBox>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSettings>
@@ -31,6 +33,26 @@ QTextStream &errors()
     return stream;
 }
 
+// Closes every message box, which nobody could see or answer here, and tells its text instead.
+class BoxWatcher : public QObject {
+public:
+    bool hasSeenBox() const { return seen; }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        auto *const box = qobject_cast<QMessageBox *>(watched);
+        if (box && event->type() == QEvent::Show) {
+            seen = true;
+            errors() << (box->text() + " " + box->informativeText()).simplified() << "\n";
+            QMetaObject::invokeMethod(box, &QDialog::reject, Qt::QueuedConnection);
+        }
+        return false;
+    }
+
+private:
+    bool seen = false;
+};
+
 bool savePicture(QWidget &window, const QString &path)
 {
     QApplication::processEvents();
@@ -45,7 +67,9 @@ bool savePicture(QWidget &window, const QString &path)
     return !failure;
 }
 
-bool pictureEachAction(MainWindow &window, PulsarForm &form, const QDir &folder)
+// False when a form refused something or a picture cannot be written.
+bool pictureEachAction(MainWindow &window, PulsarForm &form, const QDir &folder,
+                       const BoxWatcher &boxes)
 {
     // A harmonic high enough to tell the dispersion of the demonstration's pulsar.
     form.findChild<QSpinBox *>("harmonicNum")->setValue(1080);
@@ -57,19 +81,23 @@ bool pictureEachAction(MainWindow &window, PulsarForm &form, const QDir &folder)
                               action->objectName() == "sumMultiDispersions";
         form.findChild<QSpinBox *>("averageCount")->setValue(averages ? 2 : 0);
         action->click();
-        if (!savePicture(window, folder.filePath("pulsar-" + action->objectName() + ".png")))
+        if (boxes.hasSeenBox() ||
+            !savePicture(window, folder.filePath("pulsar-" + action->objectName() + ".png")))
             return false;
     }
     return true;
 }
 
-// The pulsar of the demonstration recording.
-bool pictureSearch(MainWindow &window, const FfaForm &form, const QDir &folder)
+// The pulsar of the demonstration recording. The search runs beside the window.
+bool pictureSearch(MainWindow &window, const FfaForm &form, const QDir &folder,
+                   const BoxWatcher &boxes)
 {
     form.findChild<QSpinBox *>("ray")->setValue(7);
     form.findChild<QLineEdit *>("dispersion")->setText("26.2");
     form.findChild<QPushButton *>("pushButton")->click();
-    return savePicture(window, folder.filePath("ffa-search.png"));
+    while (Settings::instance()->progressBar()->isVisible())
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    return !boxes.hasSeenBox() && savePicture(window, folder.filePath("ffa-search.png"));
 }
 
 } // namespace
@@ -104,13 +132,19 @@ int main(int argc, char **argv)
     QFile styles(":/styles/styles.qss");
     if (styles.open(QIODevice::ReadOnly))
         application.setStyleSheet(QString::fromUtf8(styles.readAll()));
+    BoxWatcher boxes;
+    application.installEventFilter(&boxes);
     MainWindow window;
     window.setWindowTitle("ZRT-Analytics-2");
     window.resize(windowSize);
     window.show();
     auto *const form = new PulsarForm(arguments[1], &window);
-    if (!pictureEachAction(window, *form, folder))
-        return 74;
-    auto *const search = new FfaForm(arguments[1], &window);
-    return pictureSearch(window, *search, folder) ? 0 : 74;
+    bool isWhole = !boxes.hasSeenBox() && pictureEachAction(window, *form, folder, boxes);
+    if (isWhole) {
+        auto *const search = new FfaForm(arguments[1], &window);
+        isWhole = !boxes.hasSeenBox() && pictureSearch(window, *search, folder, boxes);
+    }
+    if (boxes.hasSeenBox())
+        return 65;
+    return isWhole ? 0 : 74;
 }

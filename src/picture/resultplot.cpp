@@ -81,17 +81,27 @@ QStringList sourceOf(const std::vector<HeaderLine> &lines)
     return source;
 }
 
+// Far beyond every period that is searched, s: what is outside is of a damaged table and has no
+// place on the axis.
+bool isPeriod(double value)
+{
+    return value > 1e-9 && value < 1e9;
+}
+
 // Periods that the picture of candidates reaches over: those that were searched, or those that
 // there are. None where there are neither.
 std::pair<double, double> periodRange(const std::vector<double> &periods,
                                       const std::vector<HeaderLine> &lines)
 {
     const auto searched = [&](const QString &key) {
-        return valueOf(lines, key).section(' ', 0, 0).toDouble();
+        const double period = valueOf(lines, key).section(' ', 0, 0).toDouble();
+        return isPeriod(period) ? period : 0;
     };
     double low = searched("period_min");
-    double high = searched("period_max");
+    double high = std::max(low, searched("period_max"));
     for (const double period : periods) {
+        if (!isPeriod(period))
+            continue;
         low = low > 0 ? std::min(low, period) : period;
         high = std::max(high, period);
     }
@@ -121,6 +131,8 @@ PlotData candidatePlot(const ResultTable &table, const std::vector<HeaderLine> &
     std::vector<std::vector<float>> curves(2, std::vector<float>(std::size_t(positions), 0.0F));
     const auto *const remarks = std::get_if<QStringList>(&columnNamed(table, "remark")->values);
     for (std::size_t row = 0; row < periods.size(); ++row) {
+        if (!isPeriod(periods[row]))
+            continue;
         const bool hasRemark = remarks && remarks->at(int(row)) != "-";
         const double place = std::log(periods[row] / low) / std::log(high / low) * (positions - 1);
         float &value = curves[hasRemark ? 1 : 0][std::size_t(std::lround(place))];

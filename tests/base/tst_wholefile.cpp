@@ -12,9 +12,7 @@ class TestWholeFile : public QObject {
 private slots:
     void init() { folder = std::make_unique<QTemporaryDir>(); }
     void appearsWhole();
-    void refusedPlaces_data();
     void refusedPlaces();
-    void fullDisk_data();
     void fullDisk();
     void together();
     void abandoned();
@@ -51,59 +49,39 @@ void TestWholeFile::appearsWhole()
     QCOMPARE(names(), QStringList{"a"});
 }
 
-void TestWholeFile::refusedPlaces_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("reason");
-    QTest::newRow("no folder") << "missing/a"
-                               << "No such file or directory";
-    QTest::newRow("a folder") << "."
-                              << "it is a folder";
-    QTest::newRow("a pipe") << "pipe"
-                            << "it is not an ordinary file";
-    QTest::newRow("a device") << "/dev/null"
-                              << "it is not an ordinary file";
-    QTest::newRow("the longest name and one") << QString(249, 'x') << "249 bytes, 248 at most";
-}
-
 void TestWholeFile::refusedPlaces()
 {
-    QFETCH(QString, name);
-    QFETCH(QString, reason);
     QCOMPARE(mkfifo(QFile::encodeName(path("pipe")).constData(), 0600), 0);
-    const QString target = name.startsWith('/') ? name : path(name);
-    const WriteFailure failure = writeWhole(target, "x");
-    QCOMPARE(failure.kind, Kind::CannotCreate);
-    QVERIFY2(failure.text().contains(target + " cannot be made: ") &&
-                 failure.text().contains(reason),
-             qPrintable(failure.text()));
+    const QString tooLong(249, 'x');
+    for (const auto &[place, reason] : {std::pair(path("missing/a"), "No such file or directory"),
+                                        {path("."), "it is a folder"},
+                                        {path("pipe"), "it is not an ordinary file"},
+                                        {QString("/dev/null"), "it is not an ordinary file"},
+                                        {path(tooLong), "249 bytes, 248 at most"}}) {
+        const WriteFailure failure = writeWhole(place, "x");
+        QCOMPARE(failure.kind, Kind::CannotCreate);
+        QVERIFY2(failure.text().contains(place + " cannot be made: ") &&
+                     failure.text().contains(reason),
+                 qPrintable(failure.text()));
+    }
     QCOMPARE(names(), QStringList{"pipe"});
-    QVERIFY(!writeWhole(path(QString(248, 'x')), "x"));
-}
-
-void TestWholeFile::fullDisk_data()
-{
-    QTest::addColumn<int>("room");
-    QTest::addColumn<int>("bytes");
-    QTest::newRow("none at all, one byte") << 0 << 1;
-    QTest::newRow("one byte too few") << 99999 << 100000;
-    QTest::newRow("far too little") << 1000 << 10000000;
+    QVERIFY(!writeWhole(path(tooLong.chopped(1)), "x"));
 }
 
 void TestWholeFile::fullDisk()
 {
-    QFETCH(int, room);
-    QFETCH(int, bytes);
     QVERIFY(!writeWhole(path("a"), "old"));
-    WriteFailure failure;
-    {
-        const TestSupport::FullDisk disk{rlim_t(room)};
-        failure = writeWhole(path("a"), QByteArray(bytes, 'x'));
+    for (const auto &[room, bytes] : {std::pair(0, 1), {99999, 100000}, {1000, 10000000}}) {
+        WriteFailure failure;
+        {
+            const TestSupport::FullDisk disk{rlim_t(room)};
+            failure = writeWhole(path("a"), QByteArray(bytes, 'x'));
+        }
+        QCOMPARE(failure.kind, Kind::CannotWrite);
+        QCOMPARE(failure.text(), path("a") + " cannot be written: File too large.");
+        QCOMPARE(contents("a"), QByteArray("old"));
+        QCOMPARE(names(), QStringList{"a"});
     }
-    QCOMPARE(failure.kind, Kind::CannotWrite);
-    QCOMPARE(failure.text(), path("a") + " cannot be written: File too large.");
-    QCOMPARE(contents("a"), QByteArray("old"));
-    QCOMPARE(names(), QStringList{"a"});
 }
 
 // The last file says that the others are there.

@@ -1,21 +1,20 @@
+#include "calc/channelsum.h"
 #include "data/reader.h"
 #include "data/recordingtime.h"
 #include "results/filterbank.h"
+#include "support/batchfolder.h"
 #include "support/recordings.h"
 #include "support/testmain.h"
 
-#include <QProcess>
 #include <cmath>
-#include <limits>
 
-// What the program says of recordings that are damaged or odd, and of filterbanks that are.
+// What the program says of recordings that are damaged or odd, and how recordings become
+// filterbanks and series of other programs and come back.
+
+using TestSupport::contentOf;
+using TestSupport::Ended;
 
 namespace {
-
-struct Ended {
-    int code = -1;
-    QString errors;
-};
 
 constexpr TestSupport::Shape shape = {20000, 1, 33, 2};
 
@@ -31,118 +30,89 @@ QByteArray recording(const std::function<bool(int point, int channel)> &isHole)
     });
 }
 
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
-using FilterbankChange = std::function<void(Results::FilterbankHeader &)>;
-Q_DECLARE_METATYPE(FilterbankChange)
-
-class TestRecordings : public QObject {
+class TestRecordings : public TestSupport::BatchFolder {
     Q_OBJECT
 
 private slots:
+    void initTestCase();
     void samplesThatAreNoNumbers_data();
     void samplesThatAreNoNumbers();
-    void nothingFinite_data();
-    void nothingFinite();
-    void seriesBeyondAnyFloat();
     void sumsOfAnyLength();
     void exactTimes();
     void hugeCounts();
+    void filterbankRoundTrip();
+    void importedFilterbanks();
+    void exportedSeries();
     void filterbanksOfBothWays_data();
     void filterbanksOfBothWays();
 
 private:
-    Ended run(const QString &arguments) const
+    QStringList madeOf(const QString &name) const
     {
-        QProcess process;
-        process.setWorkingDirectory(folder.path());
-        process.setProcessEnvironment(environment);
-        process.start(ZRT_BATCH, arguments.split(' '));
-        if (!process.waitForFinished(60000))
-            return {};
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardError())};
+        return QDir(folder.path()).entryList({name + ".*"});
     }
-
-    QString write(const QString &name, const QByteArray &bytes) const
-    {
-        return TestSupport::writeFile(folder, name, bytes);
-    }
-
-    QTemporaryDir folder;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
 };
+
+void TestRecordings::initTestCase()
+{
+    const QByteArray whole = recording([](int, int) { return false; });
+    writeFile(path("a.pnt"), whole);
+    writeFile(path("odd.pnt"),
+              QByteArray(whole).replace("time_begin 12:00:00 UTC", "time_begin 9:05:07.25 UTC"));
+    writeFile(path("holed.pnt"),
+              recording([](int p, int c) { return p >= 5000 && p < 5003 && c == 4; }));
+    writeFile(path("none.pnt"), recording([](int, int) { return true; }));
+    writeFile(path("large.pnt"),
+              TestSupport::recordingBytes(
+                  {700, 1, 33, 1}, [](int p, int, int, int) { return p == 600 ? 3e38f : 1.0f; }));
+}
 
 void TestRecordings::samplesThatAreNoNumbers_data()
 {
-    QTest::addColumn<QString>("command");
-    const auto row = [](const char *command) { QTest::newRow(command) << command; };
-    row("sum --first-point 1000");
-    row("fourier --first-point 1000");
-    row("dmscan --first-point 1000 --harmonic 300");
-    row("fold --first-point 1000 --channel 5 --period 0.7");
-    row("native --first-point 1000 --channel 5");
-    row("ffa --period-min 1 --period-max 1.05");
-    row("export --kind dat");
+    QTest::addColumn<int>("gaps"); // in the table
+    QTest::newRow("sum --first-point 1000") << 0;
+    QTest::newRow("fourier --first-point 1000") << 0;
+    QTest::newRow("dmscan --first-point 1000 --harmonic 300") << 0;
+    QTest::newRow("fold --first-point 1000 --channel 5 --period 0.7") << 0;
+    QTest::newRow("native --first-point 1000 --channel 5") << 3;
+    QTest::newRow("ffa --period-min 1 --period-max 1.05") << 0;
+    QTest::newRow("export --kind dat") << -1; // makes no table
 }
 
 // Each command says which samples they are, with the true point numbers; its numbers are finite.
+// Where nothing can be computed nothing is written, and the exit code says so.
 void TestRecordings::samplesThatAreNoNumbers()
 {
-    QFETCH(QString, command);
-    write("holed.pnt", recording([](int p, int c) { return p >= 5000 && p < 5003 && c == 4; }));
-    const Ended end = run(command + " --ray 1 --force holed.pnt");
+    QFETCH(int, gaps);
+    const QString command = QTest::currentDataTag();
+    const Ended end = run(command + " --ray 1 holed.pnt");
     QCOMPARE(end.code, 0);
     QVERIFY2(
         end.errors.contains("3 samples are no finite numbers: channel 5 at points 5000 to 5002."),
         qPrintable(end.errors));
-    const QString name = command.section(' ', 0, 0);
-    if (name == "export")
-        return;
-    const QByteArray table = contentOf(folder.filePath("holed.pnt." + name + ".txt"));
-    QVERIFY(table.contains("report: ") && table.contains("no finite numbers: channel 5 at points"));
-    QCOMPARE(table.count("\nnan\n"), name == "native" ? 3 : 0);
-}
-
-void TestRecordings::nothingFinite_data()
-{
-    samplesThatAreNoNumbers_data();
-}
-
-// Where nothing can be computed nothing is written, and the exit code says so.
-void TestRecordings::nothingFinite()
-{
-    QFETCH(QString, command);
-    write("none.pnt", recording([](int, int) { return true; }));
-    const Ended end = run(command + " --ray 1 none.pnt");
-    QCOMPARE(end.code, 65);
-    QVERIFY2(end.errors.contains("no finite number"), qPrintable(end.errors));
-    QVERIFY(QDir(folder.path()).entryList({"none.pnt.*"}).isEmpty());
-}
-
-void TestRecordings::seriesBeyondAnyFloat()
-{
-    write("large.pnt", TestSupport::recordingBytes(
-                           shape, [](int p, int, int, int) { return p == 700 ? 3e38f : 1.0f; }));
-    const Ended end = run("export --kind dat --ray 1 large.pnt");
-    QVERIFY2(end.code == 65 && end.errors.contains("too large"), qPrintable(end.errors));
-    QVERIFY(QDir(folder.path()).entryList({"large.pnt.*"}).isEmpty());
+    if (gaps >= 0) {
+        const QByteArray table =
+            contentOf(path("holed.pnt." + command.section(' ', 0, 0) + ".txt"));
+        QVERIFY(table.contains("report: ") &&
+                table.contains("no finite numbers: channel 5 at points"));
+        QCOMPARE(table.count("\nnan\n"), gaps);
+    }
+    const Ended none = run(command + " --ray 1 none.pnt");
+    QCOMPARE(none.code, 65);
+    QVERIFY2(none.errors.contains("no finite number"), qPrintable(none.errors));
+    QVERIFY(madeOf("none.pnt").isEmpty());
 }
 
 // Another length than the form's is the same sum.
 void TestRecordings::sumsOfAnyLength()
 {
-    write("a.pnt", recording([](int, int) { return false; }));
-    const QString sum = "sum --ray 1 --first-point 100 --noise without ";
-    QCOMPARE(run(sum + "--tag whole a.pnt").code, 0);
-    QCOMPARE(run(sum + "--tag part --count 700 a.pnt").code, 0);
+    const QString sum = "sum --ray 1 --first-point 100 --noise without a.pnt ";
+    succeed(sum + "--tag whole");
+    succeed(sum + "--tag part --count 700");
     const auto values = [&](const char *tag) {
-        const QByteArray table = contentOf(folder.filePath(QString("a.pnt.sum.%1.txt").arg(tag)));
+        const QByteArray table = contentOf(path(QString("a.pnt.sum.%1.txt").arg(tag)));
         return table.mid(table.indexOf("days: ")).split('\n').mid(1);
     };
     QCOMPARE(values("part").mid(0, 700), values("whole").mid(0, 700));
@@ -155,20 +125,15 @@ void TestRecordings::sumsOfAnyLength()
 
 void TestRecordings::exactTimes()
 {
-    QByteArray bytes = recording([](int, int) { return false; });
-    write("odd.pnt", bytes.replace("time_begin 12:00:00 UTC", "time_begin 9:05:07.25 UTC"));
-    QCOMPARE(run("sum --ray 1 --utc 9:05:08 odd.pnt").code, 0);
-    const QByteArray table = contentOf(folder.filePath("odd.pnt.sum.txt"));
+    succeed("sum --ray 1 --utc 9:05:08 odd.pnt");
+    const QByteArray table = contentOf(path("odd.pnt.sum.txt"));
     QVERIFY(table.contains("\nbegin: 2015-04-01T09:05:07.250Z\n"));
     QVERIFY(table.contains("\nfirst_point: 60\n")); // 750 ms / 12.4928 ms = 60.03
     // Their milliseconds go along to other programs and back, whatever digits the user writes.
-    QCOMPARE(run("export --ray 1 odd.pnt").code, 0);
-    environment.insert("LC_ALL", "ar_EG.UTF-8");
-    const Ended imported = run("import odd.pnt.m1_r1.fil");
-    environment = QProcessEnvironment::systemEnvironment();
-    QCOMPARE(imported.code, 0);
-    const ObservationData back =
-        Reader::readDataFile(nullptr, folder.filePath("odd.pnt.m1_r1.fil.pnt"), true);
+    const Ended there = runShell("zrt-batch export --ray 1 odd.pnt\nexport LC_ALL=ar_EG.UTF-8\n"
+                                 "zrt-batch import odd.pnt.m1_r1.fil");
+    QVERIFY2(there.code == 0, qPrintable(there.errors));
+    const ObservationData back = Reader::readDataFile(nullptr, path("odd.pnt.m1_r1.fil.pnt"), true);
     QCOMPARE(exactBegin(back).toString("hh:mm:ss.zzz"), QString("09:05:07.250"));
 }
 
@@ -177,104 +142,144 @@ void TestRecordings::hugeCounts()
 {
     const QByteArray rays = TestSupport::passportBytes(
         {"npoints 10", "nbands 32", "modulus 1", "rays 2147483647", "tresolution 1"});
-    write("rays.pnt", rays + QByteArray(100000, '\0'));
+    writeFile(path("rays.pnt"), rays + QByteArray(100000, '\0'));
     // One channel, and as many bytes as announced, which take no room on the disk.
-    const QString sparse = write("sparse.pnt", "numpar 6\nnpoints 1\nnbands 0\nmodulus 1\n"
-                                               "rays 2147483647\ntresolution 1\n");
-    QVERIFY(QFile::resize(sparse, QFileInfo(sparse).size() + (qint64(2147483647) << 2)));
+    const QByteArray sparse = TestSupport::passportBytes(
+        {"npoints 1", "nbands 0", "modulus 1", "rays 2147483647", "tresolution 1"});
+    writeFile(path("sparse.pnt"), sparse);
+    QVERIFY(QFile::resize(path("sparse.pnt"), sparse.size() + (qint64(2147483647) << 2)));
 #ifdef __SANITIZE_ADDRESS__
     const QString limit; // its shadow memory takes terabytes of addresses
 #else
-    const QString limit = "ulimit -v 2097152; "; // 2 GiB do for what the program needs
+    const QString limit = "ulimit -v 2097152\n"; // 2 GiB do for what the program needs
 #endif
     for (const char *const file : {"rays.pnt", "sparse.pnt"}) {
-        QProcess process;
-        process.setWorkingDirectory(folder.path());
-        process.start("sh",
-                      {"-c", limit + QString("exec %1 ffa --ray all %2").arg(ZRT_BATCH, file)});
-        QVERIFY(process.waitForFinished(60000));
-        const QString errors = QString::fromUtf8(process.readAllStandardError());
-        QVERIFY2(process.exitCode() == 65, qPrintable(errors));
-        QVERIFY2(errors.contains(file), qPrintable(errors));
+        const Ended end = runShell(limit + "zrt-batch ffa --ray all " + file);
+        QVERIFY2(end.code == 65 && end.errors.contains(file), qPrintable(end.errors));
     }
+}
+
+void TestRecordings::filterbankRoundTrip()
+{
+    succeed("export --ray 1 a.pnt");
+    succeed("import a.pnt.m1_r1.fil");
+    const ObservationData first = Reader::readDataFile(nullptr, path("a.pnt"));
+    const ObservationData back = Reader::readDataFile(nullptr, path("a.pnt.m1_r1.fil.pnt"));
+    QCOMPARE(back.npoints, first.npoints);
+    QCOMPARE(back.beginTime, first.beginTime);
+    QCOMPARE(back.tresolution, first.tresolution);
+    for (int channel = 0; channel < 32; ++channel) {
+        const auto band = std::size_t(channel);
+        QVERIFY(qAbs(back.fbands[band] - first.fbands[band]) < 1e-9);
+        const float *const samples = first.samples[0][channel][0];
+        QVERIFY(std::equal(samples, samples + first.npoints, back.samples[0][channel][0]));
+    }
+    // The filterbank's own layout: the last value of a sample is the lowest band.
+    const QByteArray fil = contentOf(path("a.pnt.m1_r1.fil"));
+    float lowest = 0;
+    memcpy(&lowest, fil.constData() + fil.size() - 4, sizeof lowest);
+    QCOMPARE(lowest, noise(shape.npoints - 1, 0));
+}
+
+// The values are 1, 2, 255 and 4, 5, 6 from the lowest band up; the last sample is not whole.
+void TestRecordings::importedFilterbanks()
+{
+    Results::FilterbankHeader header;
+    header.begin = 57113.5; // 1 April 2015, noon
+    header.step = 0.25;
+    header.channels = 3;
+    for (const int bits : {8, 16}) {
+        const bool isRising = bits == 8;
+        header.firstBand = isRising ? 110 : 111;
+        header.bandStep = isRising ? 0.5 : -0.5;
+        header.bits = bits;
+        const QByteArray samples = isRising
+                                       ? QByteArray("\x01\x02\xff\x04\x05\x06", 6)
+                                       : QByteArray("\xff\0\x02\0\x01\0\x06\0\x05\0\x04\0", 12);
+        writeFile(path("in.fil"), Results::filterbankBytes(header) + samples + "x");
+        const Ended end = run("import --force in.fil");
+        QVERIFY2(end.code == 0 && end.errors.contains("the last sample is not whole"),
+                 qPrintable(end.errors));
+        const ObservationData data = Reader::readDataFile(nullptr, path("in.fil.pnt"));
+        QCOMPARE(data.npoints, 2);
+        QCOMPARE(data.tresolution, 0.25);
+        QCOMPARE(data.beginTime, QDateTime(QDate(2015, 4, 1), QTime(12, 0), Qt::UTC));
+        QCOMPARE(data.fbands, (std::vector<double>{110, 110.5, 111}));
+        const float expected[4][2] = {{1, 4}, {2, 5}, {255, 6}, {86, 5}}; // the means last
+        for (int channel = 0; channel < 4; ++channel)
+            for (int point = 0; point < 2; ++point)
+                QCOMPARE(data.samples[0][channel][0][point], expected[channel][point]);
+    }
+}
+
+void TestRecordings::exportedSeries()
+{
+    succeed("export --kind dat --ray 2 --dm 26.2 odd.pnt");
+    const ObservationData data = Reader::readDataFile(nullptr, path("odd.pnt"));
+    const std::vector<double> sums = Tools::sumChannels(data, 26.2, 0, 1);
+    std::vector<float> written(sums.size());
+    const QByteArray bytes = contentOf(path("odd.pnt.m1_r2_DM26.2.dat"));
+    QCOMPARE(bytes.size(), int(sums.size() * sizeof(float)));
+    memcpy(written.data(), bytes.constData(), std::size_t(bytes.size()));
+    QCOMPARE(written, std::vector<float>(sums.begin(), sums.end()));
+    const QString description = QString::fromUtf8(contentOf(path("odd.pnt.m1_r2_DM26.2.inf")));
+    // 9:05:07.25 is 0.378556134... of a day.
+    for (const char *line : {" Number of bins in the time series      =  20000\n",
+                             " Width of each time series bin (sec)    =  0.0124928\n",
+                             " Epoch of observation (MJD)             =  57113.378556134",
+                             " Central freq of low channel (MHz)      =  120\n"})
+        QVERIFY2(description.contains(line), qPrintable(description));
+
+    const Ended large = run("export --kind dat --ray 1 large.pnt");
+    QVERIFY2(large.code == 65 && large.errors.contains("too large"), qPrintable(large.errors));
+    QVERIFY(madeOf("large.pnt").isEmpty());
 }
 
 void TestRecordings::filterbanksOfBothWays_data()
 {
-    QTest::addColumn<FilterbankChange>("change");
+    QTest::addColumn<int>("channels");
+    QTest::addColumn<double>("step"); // s
+    QTest::addColumn<double>("bandStep");
     QTest::addColumn<bool>("isTaken");
-    const auto row = [](const char *name, const FilterbankChange &change, bool isTaken) {
-        QTest::newRow(name) << change << isTaken;
-    };
-    using H = Results::FilterbankHeader;
-    row(
-        "plain", [](H &) {}, true);
-    row(
-        "65536 channels",
-        [](H &h) {
-            h.channels = 65536;
-            h.bandStep = -0.0009765625;
-        },
-        true);
-    row(
-        "65536 channels with long numbers",
-        [](H &h) {
-            h.channels = 65536;
-            h.bandStep = -0.001 / 7;
-        },
-        false);
-    row(
-        "65537 channels", [](H &h) { h.channels = 65537; }, false);
-    row(
-        "step 0", [](H &h) { h.step = 0; }, false);
-    row(
-        "step without a number", [](H &h) { h.step = NAN; }, false);
-    row(
-        "shortest step", [](H &h) { h.step = 1e-9; }, true);
-    row(
-        "step too short", [](H &h) { h.step = 1e-300; }, false);
-    row(
-        "longest step", [](H &h) { h.step = 1e5; }, true);
-    row(
-        "step beyond any passport", [](H &h) { h.step = 1e307; }, false);
-    row(
-        "infinite band", [](H &h) { h.firstBand = INFINITY; }, false);
-    row(
-        "no distance between the bands", [](H &h) { h.bandStep = 0; }, true);
+    QTest::newRow("65536 channels") << 65536 << 0.25 << -0.0009765625 << true;
+    QTest::newRow("65536 channels with long numbers") << 65536 << 0.25 << -0.001 / 7 << false;
+    QTest::newRow("65537 channels") << 65537 << 0.25 << -0.0009765625 << false;
+    QTest::newRow("shortest step") << 3 << 1e-9 << -0.5 << true;
+    QTest::newRow("step too short") << 3 << 1e-300 << -0.5 << false;
+    QTest::newRow("longest step") << 3 << 1e5 << -0.5 << true;
+    QTest::newRow("step beyond any passport") << 3 << 1e307 << -0.5 << false;
+    QTest::newRow("no distance between the bands") << 3 << 0.25 << 0.0 << true;
 }
 
 // What is imported can be exported again, and the other way round.
 void TestRecordings::filterbanksOfBothWays()
 {
-    QFETCH(FilterbankChange, change);
+    QFETCH(int, channels);
+    QFETCH(double, step);
+    QFETCH(double, bandStep);
     QFETCH(bool, isTaken);
     Results::FilterbankHeader header;
-    header.begin = 57113.5;
-    header.step = 0.25;
+    header.step = step;
     header.firstBand = 1500;
-    header.bandStep = -0.5;
-    header.channels = 3;
+    header.bandStep = bandStep;
+    header.channels = channels;
     header.bits = 8;
-    change(header);
-    write("in.fil",
-          Results::filterbankBytes(header) + QByteArray(2 * std::max(1, header.channels), '\1'));
+    writeFile(path("in.fil"), Results::filterbankBytes(header) + QByteArray(channels, '\1'));
     const Ended imported = run("import --force in.fil");
     QVERIFY2(imported.code == (isTaken ? 0 : 65), qPrintable(imported.errors));
-    if (isTaken) {
-        const Ended exported = run("export --ray 1 --force in.fil.pnt");
-        QVERIFY2(exported.code == 0, qPrintable(exported.errors));
-        return;
+    QString back = "in.fil.pnt";
+    if (!isTaken) { // a recording with the same numbers
+        back = "in.pnt";
+        QByteArrayList bands;
+        for (int i = 0; i < channels; ++i)
+            bands << QByteArray::number(header.firstBand + i * bandStep, 'g', 17);
+        const QByteArray passport = TestSupport::passportBytes(
+            {"npoints 1", "nbands " + QByteArray::number(channels), "fbands " + bands.join(' '),
+             "modulus 1", "rays 1", "tresolution " + QByteArray::number(step * 1000, 'g', 17)});
+        writeFile(path(back), passport + QByteArray(4 * (channels + 1), '\0'));
     }
-    // The passport of a recording with the same numbers.
-    QByteArrayList bands;
-    for (int i = 0; i < header.channels; ++i)
-        bands << QByteArray::number(header.firstBand + i * header.bandStep, 'g', 17);
-    const QByteArray passport = TestSupport::passportBytes(
-        {"npoints 1", "nbands " + QByteArray::number(header.channels), "fbands " + bands.join(' '),
-         "modulus 1", "rays 1", "tresolution " + QByteArray::number(header.step * 1000, 'g', 17)});
-    write("in.pnt", passport + QByteArray(4 * (header.channels + 1), '\0'));
-    const Ended exported = run("export --ray 1 --force in.pnt");
-    QVERIFY2(exported.code == 65, qPrintable(exported.errors));
+    const Ended exported = run("export --ray 1 --force " + back);
+    QVERIFY2(exported.code == (isTaken ? 0 : 65), qPrintable(exported.errors));
 }
 
 ZRT_UNIT_TEST_MAIN(TestRecordings)

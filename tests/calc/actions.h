@@ -28,6 +28,13 @@ inline PulsarParameters parametersFor(double dispersion, int harmonic)
     return parameters;
 }
 
+template <typename Member, typename Value>
+PulsarParameters with(PulsarParameters parameters, Member member, Value value)
+{
+    parameters.*member = value;
+    return parameters;
+}
+
 // Sum of sines of amplitude 1 at `first` and its multiples, the same in each of 32 bands.
 inline ObservationData sines(int first, int count)
 {

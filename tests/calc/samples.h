@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ffa/syntheticsignal.h"
 #include "support/recordings.h"
 #include "support/testmain.h"
 
@@ -61,6 +62,51 @@ inline Series noise(int count, unsigned seed = 7, double sigma = 3)
         value = normal(random);
     return series;
 }
+
+/// A train of pulses; all times in seconds, `ducy` and `amplitude` as in
+/// Ffa::syntheticPulseSignal().
+inline Series pulses(int count, double tsamp, double period, double ducy, double amplitude)
+{
+    const double turns = 6.283 / (2 * M_PI); // the generator's two pi is short
+    const auto train =
+        Ffa::syntheticPulseSignal(count, turns * period / tsamp, 0.3, ducy, amplitude, 0);
+    return {train.begin(), train.end()};
+}
+
+/// Adds a sine whose frequency rises evenly by `drift`, with `frequency` in the middle.
+inline void addSine(Series &series, double tsamp, double frequency, double amplitude,
+                    double drift = 0, double phase = 1)
+{
+    const double length = double(series.size()) * tsamp;
+    for (std::size_t i = 0; i < series.size(); ++i) {
+        const double t = double(i) * tsamp;
+        const double turns = (frequency - drift / 2) * t + drift * t * t / (2 * length);
+        series[i] += amplitude * std::cos(phase + 2 * M_PI * turns);
+    }
+}
+
+/// Counts how many results lie within one and two of their error bars.
+struct Coverage {
+    int all = 0, one = 0, two = 0;
+
+    void add(double errors) // between result and truth
+    {
+        ++all;
+        one += std::abs(errors) <= 1 ? 1 : 0;
+        two += std::abs(errors) <= 2 ? 1 : 0;
+    }
+
+    /// Whether 68 and 95 % do, within three times what chance scatters.
+    bool isTrue() const
+    {
+        const auto isNear = [this](int within, double share) {
+            return std::abs(within - share * all) < 3 * std::sqrt(share * (1 - share) * all);
+        };
+        return isNear(one, 0.683) && isNear(two, 0.954);
+    }
+
+    QString text() const { return QString("%1 and %2 of %3").arg(one).arg(two).arg(all); }
+};
 
 /// Noise whose sums over channels depend on the order of the additions.
 inline float roughSample(int point, int module, int channel, int ray)

@@ -79,7 +79,6 @@ class TestApproximation : public QObject {
 
 private slots:
     void linesByHand();
-    void equalsStraightLines_data();
     void equalsStraightLines();
     void medianOfAwkwardValues();
     void cubicAndItsExtrema();
@@ -107,35 +106,26 @@ void TestApproximation::linesByHand()
     QCOMPARE(steps, Series({3, 3, 3, 3, 3, 3, guard, guard})); // the tail belongs to no step
 }
 
-void TestApproximation::equalsStraightLines_data()
-{
-    QTest::addColumn<int>("count");
-    QTest::addColumn<int>("len");
-    QTest::newRow("whole blocks") << 1024 << 256;
-    QTest::newRow("one point beyond a block") << 257 << 256;
-    QTest::newRow("odd blocks with a tail") << 1000 << 37;
-    QTest::newRow("smallest") << 4 << 3;
-    QTest::newRow("many small blocks") << 5000 << 4;
-    QTest::newRow("one less than two blocks") << 255 << 128;
-}
-
 void TestApproximation::equalsStraightLines()
 {
-    QFETCH(int, count);
-    QFETCH(int, len);
-    const Series in = noise(count);
-    Series expected = in;
-    straightMedianLine(in, expected, len);
-    QCOMPARE(applied(in, medianLine, len), expected);
-    if (count / len >= 2)
-        QCOMPARE(Tools::approxMedian(in, len), expected);
-    for (const int block : {2, len})
-        QCOMPARE(applied(in, linearLine, block), straightLinearLine(in, block));
-    for (const int degree : {1, 2, 3, 5, 8}) {
-        if (degree >= count)
-            break;
-        straightPolynomial(in, expected, degree, power);
-        QCOMPARE(applied(in, polynomial, degree, false), expected);
+    // Whole blocks, one point beyond one, odd ones with a tail, the smallest, many small ones, and
+    // one point less than two.
+    for (const auto &[count, len] :
+         {std::pair(1024, 256), {257, 256}, {1000, 37}, {4, 3}, {5000, 4}, {255, 128}}) {
+        const Series in = noise(count);
+        Series expected = in;
+        straightMedianLine(in, expected, len);
+        QCOMPARE(applied(in, medianLine, len), expected);
+        if (count / len >= 2)
+            QCOMPARE(Tools::approxMedian(in, len), expected);
+        for (const int block : {2, len})
+            QCOMPARE(applied(in, linearLine, block), straightLinearLine(in, block));
+        for (const int degree : {1, 2, 3, 5, 8}) {
+            if (degree >= count)
+                break;
+            straightPolynomial(in, expected, degree, power);
+            QCOMPARE(applied(in, polynomial, degree, false), expected);
+        }
     }
 }
 

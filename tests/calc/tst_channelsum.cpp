@@ -12,9 +12,7 @@ class TestChannelSum : public QObject {
 
 private slots:
     void delays();
-    void shiftRounding_data();
     void shiftRounding();
-    void equalsStraightSum_data();
     void equalsStraightSum();
     void dispersedPulseAddsUpInOneSample();
     void acceptsLimits();
@@ -35,55 +33,46 @@ void TestChannelSum::delays()
     QCOMPARE(std::bit_cast<quint64>(Tools::dispersionConstant), quint64(0x40B034CCCCCCCCCC));
 }
 
-void TestChannelSum::shiftRounding_data()
-{
-    QTest::addColumn<double>("delay"); // samples
-    QTest::addColumn<int>("wholeRecording");
-    QTest::addColumn<int>("stretch");
-    QTest::newRow("below half") << 0.49 << 0 << 0;
-    QTest::newRow("half") << 0.5 << 0 << 1;
-    QTest::newRow("half of an even number") << 2.5 << 2 << 3;
-    QTest::newRow("above half") << 2.51 << 3 << 3;
-    QTest::newRow("negative below half") << -2.3 << -2 << -2;
-    QTest::newRow("negative half") << -2.5 << -2 << -3;
-    QTest::newRow("negative above half moves towards plus") << -2.7 << -1 << -3;
-    QTest::newRow("negative fraction turns positive") << -0.7 << 1 << -1;
-    QTest::newRow("largest after rounding") << 2147483646.75 << 2147483647 << 2147483647;
-    QTest::newRow("smallest") << -2147483647.0 << -2147483647 << -2147483647;
-}
-
 void TestChannelSum::shiftRounding()
 {
-    QFETCH(double, delay);
-    QTEST(int(Tools::roundedDelay(delay, Tools::ShiftRounding::WholeRecording)), "wholeRecording");
-    QTEST(int(Tools::roundedDelay(delay, Tools::ShiftRounding::Nearest)), "stretch");
-}
-
-void TestChannelSum::equalsStraightSum_data()
-{
-    QTest::addColumn<int>("npoints");
-    QTest::addColumn<int>("bands");
-    QTest::addColumn<double>("dispersion");
-    // 34.5 samples of delay between the outer of 32 bands per 100 units of dispersion.
-    QTest::newRow("one point") << 1 << 32 << 100.0;
-    QTest::newRow("fewer points than a step") << 63 << 9 << 30.0;
-    QTest::newRow("wraps a million times") << 5 << 32 << 1.7e7;
-    QTest::newRow("negative, wraps more than once") << 7 << 32 << -100.0;
-    QTest::newRow("one block exactly") << 4096 << 33 << 60.0;
-    QTest::newRow("one point beyond a block") << 4097 << 33 << 60.0;
-    QTest::newRow("several blocks, wraps inside") << 10000 << 32 << 20000.0;
-    QTest::newRow("several blocks, negative") << 10000 << 32 << -20000.0;
-    for (int bands = 1; bands <= 18; ++bands)
-        QTest::addRow("%d bands", bands) << 200 << bands << 77.0;
+    const struct {
+        double delay; // samples
+        int wholeRecording, stretch;
+    } rows[] = {{0.49, 0, 0},
+                {0.5, 0, 1},
+                {2.5, 2, 3},
+                {2.51, 3, 3},
+                {-2.3, -2, -2},
+                {-2.5, -2, -3},
+                {-2.7, -1, -3}, // moves towards plus
+                {-0.7, 1, -1},  // turns positive
+                {2147483646.75, 2147483647, 2147483647},
+                {-2147483647.0, -2147483647, -2147483647}};
+    for (const auto &[delay, wholeRecording, stretch] : rows) {
+        QCOMPARE(int(Tools::roundedDelay(delay, Tools::ShiftRounding::WholeRecording)),
+                 wholeRecording);
+        QCOMPARE(int(Tools::roundedDelay(delay, Tools::ShiftRounding::Nearest)), stretch);
+    }
 }
 
 void TestChannelSum::equalsStraightSum()
 {
-    QFETCH(int, npoints);
-    QFETCH(int, bands);
-    QFETCH(double, dispersion);
-    const ObservationData data = makeRecording({npoints, 2, bands + 1, 3}, roughSample);
-    QVERIFY(Tools::sumChannels(data, dispersion, 1, 2) == straightSum(data, dispersion, 1, 2));
+    const auto check = [](int npoints, int bands, double dispersion) {
+        const ObservationData data = makeRecording({npoints, 2, bands + 1, 3}, roughSample);
+        QVERIFY2(Tools::sumChannels(data, dispersion, 1, 2) == straightSum(data, dispersion, 1, 2),
+                 qPrintable(QString("%1 points, %2 bands").arg(npoints).arg(bands)));
+    };
+    // 34.5 samples of delay between the outer of 32 bands per 100 units of dispersion.
+    check(1, 32, 100);
+    check(63, 9, 30);      // fewer points than a step
+    check(5, 32, 1.7e7);   // wraps a million times
+    check(7, 32, -100);    // wraps more than once
+    check(4096, 33, 60);   // one block exactly
+    check(4097, 33, 60);   // one point beyond a block
+    check(10000, 32, 2e4); // several blocks, wraps inside
+    check(10000, 32, -2e4);
+    for (int bands = 1; bands <= 18; ++bands)
+        check(200, bands, 77);
 }
 
 // A pulse in sample 60 of the last band arrives one sample later in each band below, because

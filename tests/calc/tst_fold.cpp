@@ -1,58 +1,38 @@
 #include "calc/fold.h"
-#include "support/testmain.h"
+#include "calc/samples.h"
 
-#include <cmath>
-#include <random>
-
+using namespace TestSupport;
 using Tools::FoldedProfile;
 
 namespace {
 
-// The samples that one boxcar weighs, by the definition: sample i of 1, all others 0, gives the
-// weight of sample i in every bin.
-double straightNoise(int count, double period, int bins, int begin, int width)
-{
-    double variance = 0;
-    std::vector<double> samples(std::size_t(count), 0.0);
-    for (int i = 0; i < count; ++i) {
-        samples[std::size_t(i)] = 1;
-        const FoldedProfile profile = Tools::fold(samples.data(), count, period, bins);
-        samples[std::size_t(i)] = 0;
-        double inside = 0;
-        double total = 0;
-        for (int b = 0; b < bins; ++b) {
-            total += profile.bins[std::size_t(b)];
-            if ((b - begin + bins) % bins < width)
-                inside += profile.bins[std::size_t(b)];
-        }
-        variance += std::pow(inside - total * width / bins, 2);
-    }
-    return std::sqrt(variance);
-}
-
-// Noise that boxcarPeaks() takes for a boxcar of one width: its peak tells what it divided by.
-double assumedNoise(const FoldedProfile &profile, const Tools::BoxcarPeak &peak, int &begin)
+// What `width` bins from `begin` on hold beyond their share of all.
+double excess(const FoldedProfile &profile, int begin, int width)
 {
     const int bins = int(profile.bins.size());
-    begin = (int(std::lround(peak.phase * bins - peak.width / 2.0)) + bins) % bins;
     double inside = 0;
     double total = 0;
     for (int b = 0; b < bins; ++b) {
         total += profile.bins[std::size_t(b)];
-        if ((b - begin + bins) % bins < peak.width)
+        if ((b - begin + bins) % bins < width)
             inside += profile.bins[std::size_t(b)];
     }
-    return (inside - total * peak.width / bins) / peak.snr;
+    return inside - total * width / bins;
 }
 
-std::vector<double> noise(int count, unsigned seed)
+// The noise of one boxcar by the definition: sample i of 1, all others 0, gives the weight of
+// sample i in every bin.
+double straightNoise(int count, double period, int bins, int begin, int width)
 {
-    std::mt19937 random(seed);
-    std::normal_distribution<double> normal;
-    std::vector<double> samples(static_cast<std::size_t>(count));
-    for (double &sample : samples)
-        sample = normal(random);
-    return samples;
+    double variance = 0;
+    Series samples(std::size_t(count), 0.0);
+    for (double &sample : samples) {
+        sample = 1;
+        variance +=
+            std::pow(excess(Tools::fold(samples.data(), count, period, bins), begin, width), 2);
+        sample = 0;
+    }
+    return std::sqrt(variance);
 }
 
 } // namespace
@@ -62,9 +42,7 @@ class TestFold : public QObject {
 
 private slots:
     void sharesSamples();
-    void noiseIsThatOfTheWeights_data();
     void noiseIsThatOfTheWeights();
-    void noiseFollowsItsLaw();
     void noisePeaks();
 };
 
@@ -81,49 +59,28 @@ void TestFold::sharesSamples()
     QCOMPARE(profile.bins[1], (.75 * 2 + .5 * 3 + .25 * 4 + 5) / 2.5);
 }
 
-void TestFold::noiseIsThatOfTheWeights_data()
-{
-    QTest::addColumn<double>("period");
-    QTest::addColumn<int>("bins");
-    QTest::addColumn<int>("count");
-    QTest::newRow("one sample a bin, edges drift") << 13.17 << 13 << 400;
-    QTest::newRow("one sample a bin, edges between samples") << 16.0 << 16 << 320;
-    QTest::newRow("edges halve some samples") << 10.0 << 4 << 200;
-    QTest::newRow("four samples a bin") << 45.6 << 12 << 500;
-    QTest::newRow("fifty samples a bin") << 250.3 << 5 << 1100;
-    QTest::newRow("two periods and a half") << 40.1 << 40 << 101;
-}
-
 void TestFold::noiseIsThatOfTheWeights()
 {
-    QFETCH(double, period);
-    QFETCH(int, bins);
-    QFETCH(int, count);
-    const std::vector<double> samples = noise(count, 1);
-    const FoldedProfile profile = Tools::fold(samples.data(), count, period, bins);
-    for (const Tools::BoxcarPeak &peak : Tools::boxcarPeaks(profile, 1)) {
-        int begin = 0;
-        const double assumed = assumedNoise(profile, peak, begin);
-        const double expected = straightNoise(count, period, bins, begin, peak.width);
-        QVERIFY2(std::abs(assumed / expected - 1) < 1e-9,
-                 qPrintable(QString("width %1: %2").arg(peak.width).arg(assumed / expected)));
-    }
-}
-
-// Where bin edges drift through the samples, sigma^2 / N (1 - 1 / (3 L)) for a bin of L samples a
-// period and N in all.
-void TestFold::noiseFollowsItsLaw()
-{
-    const int count = 20000;
-    const int bins = 10;
-    const std::vector<double> samples = noise(count, 2);
-    for (const double perBin : {1.0, 1.7, 3.8, 20.0, 50.0}) {
-        const double period = perBin * bins + 0.0173;
+    const struct {
+        double period;
+        int bins, count;
+    } rows[] = {{13.17, 13, 400}, // one sample a bin, edges drift
+                {16, 16, 320},    // one sample a bin, edges between samples
+                {10, 4, 200},     // edges halve some samples
+                {45.6, 12, 500},  {250.3, 5, 1100}, {40.1, 40, 101}}; // two periods and a half
+    for (const auto &[period, bins, count] : rows) {
+        const Series samples = noise(count, 1, 1);
         const FoldedProfile profile = Tools::fold(samples.data(), count, period, bins);
-        const double expected = (1 - 1 / (3 * perBin)) * bins / count;
-        for (const double variance : profile.variances)
-            QVERIFY2(std::abs(variance / expected - 1) < 0.02,
-                     qPrintable(QString("%1: %2").arg(perBin).arg(variance / expected)));
+        for (const Tools::BoxcarPeak &peak : Tools::boxcarPeaks(profile, 1)) {
+            const int begin =
+                (int(std::lround(peak.phase * bins - peak.width / 2.0)) + bins) % bins;
+            // A peak tells what it was divided by.
+            const double assumed = excess(profile, begin, peak.width) / peak.snr;
+            const double expected = straightNoise(count, period, bins, begin, peak.width);
+            const QString text = QString("%1, width %2: %3").arg(period).arg(peak.width);
+            QVERIFY2(std::abs(assumed / expected - 1) < 1e-9,
+                     qPrintable(text.arg(assumed / expected)));
+        }
     }
 }
 
@@ -135,7 +92,7 @@ void TestFold::noisePeaks()
         const int folds = 300;
         for (int k = 0; k < folds; ++k) {
             const int count = 5 * bins;
-            const std::vector<double> samples = noise(count, unsigned(k));
+            const Series samples = noise(count, unsigned(k), 1);
             sum += Tools::bestBoxcar(Tools::fold(samples.data(), count, bins + 0.31, bins), 1).snr;
         }
         const double expected = Tools::expectedNoisePeak(bins);

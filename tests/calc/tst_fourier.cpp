@@ -31,7 +31,6 @@ class TestFourier : public QObject {
 private slots:
     void equalsStraightLoops();
     void agreesWithOracle();
-    void sineHasOneLine();
     void phases();
     void powerOfTwoFloor();
     void averages();
@@ -72,24 +71,6 @@ void TestFourier::agreesWithOracle()
 #else
     QSKIP("FFTW is not installed");
 #endif
-}
-
-void TestFourier::sineHasOneLine()
-{
-    const struct {
-        int count, line;
-    } rows[] = {{128, 1}, {128, 63}, {4096, 1000}, {65536, 12345}};
-    for (const auto &[count, line] : rows) {
-        Series in;
-        for (qint64 i = 0; i < count; ++i)
-            in.push_back(2.5 * std::sin(2 * pi * double(i * line % count) / count + 0.3));
-        Series expected(in.size() / 2, 0.0);
-        expected[std::size_t(line)] = 2.5;
-        const auto near = [](double a, double b) { return std::abs(a - b) < 1e-11; };
-        const Series out = spectrum(in);
-        QVERIFY2(std::equal(out.begin(), out.end(), expected.begin(), expected.end(), near),
-                 qPrintable(QString::number(line)));
-    }
 }
 
 void TestFourier::phases()

@@ -1,12 +1,11 @@
 #include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/pulsarcommand.h"
 #include "calc/pulsar/runanalysis.h"
-#include "support/testmain.h"
+#include "calc/samples.h"
 
 #include <QFile>
 #include <QMap>
 #include <QXmlStreamReader>
-#include <QtTest>
 
 // The list of the analyses against the definitions of the forms, which hold the same names,
 // labels, presets and ranges, against the batch program's commands and against the manual.
@@ -25,7 +24,7 @@ QString fileText(const QString &path)
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
-QMap<QString, Widget> widgetsOf(const QString &form, QStringList *order = nullptr)
+QMap<QString, Widget> widgetsOf(const QString &form)
 {
     QMap<QString, Widget> widgets;
     QXmlStreamReader xml(fileText(form));
@@ -35,8 +34,6 @@ QMap<QString, Widget> widgetsOf(const QString &form, QStringList *order = nullpt
         if (xml.isStartElement() && xml.name() == QLatin1String("widget")) {
             current = xml.attributes().value("name").toString();
             widgets[current].kind = xml.attributes().value("class").toString();
-            if (order)
-                *order << current;
         } else if (xml.isStartElement() && xml.name() == QLatin1String("property")) {
             const QString property = xml.attributes().value("name").toString();
             xml.readNextStartElement();
@@ -62,15 +59,16 @@ QString presetText(const PulsarField &field, const PulsarParameters &presets)
 
 QString startOf(const Widget &widget)
 {
-    const bool isSwitch = widget.properties.contains("checked");
-    return widget.properties.value(isSwitch                    ? "checked"
-                                   : widget.kind == "WholeBox" ? "value"
-                                                               : "text");
+    const QString text = widget.properties["text"];
+    return widget.properties.value("checked", widget.properties.value("value", text));
 }
 
-QString plain(const QString &text)
+void checkRange(const Widget &widget, const PulsarField &field)
 {
-    return text.simplified();
+    if (widget.kind != "WholeBox")
+        return;
+    QCOMPARE(widget.properties["minimum"].toDouble(), field.least);
+    QCOMPARE(widget.properties["maximum"].toDouble(), field.most);
 }
 
 } // namespace
@@ -79,57 +77,35 @@ class TestPulsarAnalyses : public QObject {
     Q_OBJECT
 
 private slots:
-    void pulsarFormHasTheFields_data();
     void pulsarFormHasTheFields();
     void searchFormHasTheFields();
-    void formHasTheActions();
-    void formHasTheNoiseMethods();
-    void commandsTakeWhatTheirAnalysesRead_data();
+    void formHasTheButtons();
     void commandsTakeWhatTheirAnalysesRead();
-    void tellsAllProblemsAtOnce_data();
     void tellsAllProblemsAtOnce();
-    void copiedSumKeepsItsPoints();
-    void everyActionIsKnownToTheProgram_data();
     void everyActionIsKnownToTheProgram();
 };
 
-void TestPulsarAnalyses::pulsarFormHasTheFields_data()
-{
-    QTest::addColumn<QString>("option");
-    const std::vector<PulsarAnalysis> &analyses = pulsarAnalyses();
-    for (const PulsarField &field : pulsarFields()) {
-        const bool isRead =
-            std::any_of(analyses.begin(), analyses.end(), [&](const PulsarAnalysis &analysis) {
-                return !analysis.label.isEmpty() && analysis.reads(field);
-            });
-        if (isRead && field.of && field.choices.empty())
-            QTest::newRow(qPrintable(field.option)) << field.option;
-    }
-}
-
 void TestPulsarAnalyses::pulsarFormHasTheFields()
 {
-    QFETCH(QString, option);
-    const PulsarField &field = pulsarField(option);
-    QMap<QString, Widget> widgets = widgetsOf("src/forms/pulsar/pulsarform.ui");
-    const QMap<QString, Widget> panel = widgetsOf("src/plot/pulsargrafikinfo.ui");
-    if (!widgets.contains(field.name))
-        widgets = panel;
-    QVERIFY2(widgets.contains(field.name), qPrintable(field.name));
-    const Widget widget = widgets[field.name];
-
-    if (widget.kind == "WholeBox") {
-        QCOMPARE(widget.properties["minimum"].toDouble(), field.least);
-        QCOMPARE(widget.properties["maximum"].toDouble(), field.most);
-    }
+    QMap<QString, Widget> widgets = widgetsOf("src/plot/pulsargrafikinfo.ui");
+    widgets.insert(widgetsOf("src/forms/pulsar/pulsarform.ui"));
     PulsarParameters presets = pulsarAnalyses().front().presets;
     presets.points = PulsarCalculate::fixedPoints; // which 0 stands for
-    const QString start = startOf(widget);
-    const bool isFilledIn = option == "--utc" || option == "--compare" || option == "--delta";
-    if (isFilledIn)
-        QCOMPARE(presetText(field, presets), option == "--delta" ? "0" : "");
-    else
-        QCOMPARE(start, presetText(field, presets));
+    const QStringList filledIn = {"--utc", "--compare", "--delta"};
+    for (const PulsarField &field : pulsarFields()) {
+        const auto reads = [&field](const PulsarAnalysis &analysis) {
+            return !analysis.label.isEmpty() && analysis.reads(field);
+        };
+        if (std::ranges::none_of(pulsarAnalyses(), reads) || !field.of || !field.choices.empty())
+            continue;
+        QVERIFY2(widgets.contains(field.name), qPrintable(field.name));
+        checkRange(widgets[field.name], field);
+        const QString preset = presetText(field, presets);
+        if (filledIn.contains(field.option))
+            QCOMPARE(preset, QString(field.option == "--delta" ? "0" : ""));
+        else
+            QCOMPARE(startOf(widgets[field.name]), preset);
+    }
 }
 
 void TestPulsarAnalyses::searchFormHasTheFields()
@@ -143,156 +119,101 @@ void TestPulsarAnalyses::searchFormHasTheFields()
         // The form computes with these as they are, or chooses from a list.
         if (!widgets.contains(field->name) || ofTheRecording.contains(field->option))
             continue;
-        const Widget widget = widgets[field->name];
-        QCOMPARE(startOf(widget), presetText(*field, search.presets));
-        if (widget.kind == "WholeBox") {
-            QCOMPARE(widget.properties["minimum"].toDouble(), field->least);
-            QCOMPARE(widget.properties["maximum"].toDouble(), field->most);
-        }
+        QCOMPARE(startOf(widgets[field->name]), presetText(*field, search.presets));
+        checkRange(widgets[field->name], *field);
         ++compared;
     }
     QCOMPARE(compared, 9);
 }
 
-void TestPulsarAnalyses::formHasTheActions()
+void TestPulsarAnalyses::formHasTheButtons()
 {
-    QStringList order;
-    const QMap<QString, Widget> widgets = widgetsOf("src/forms/pulsar/pulsarform.ui", &order);
-    QStringList names;
+    const QMap<QString, Widget> widgets = widgetsOf("src/forms/pulsar/pulsarform.ui");
+    int buttons = 2; // for the kind of first point
     for (const PulsarAnalysis &analysis : pulsarAnalyses()) {
         if (analysis.label.isEmpty())
             continue;
-        names << analysis.name;
+        ++buttons;
         QCOMPARE(widgets[analysis.name].kind, QString("QRadioButton"));
         QCOMPARE(widgets[analysis.name].properties["text"], analysis.label);
     }
-    QStringList inTheForm;
-    const int begin = order.indexOf("groupBox_action");
-    for (const QString &name : order.mid(begin, order.indexOf("groupBox_averaging") - begin)) {
-        if (widgets[name].kind == "QRadioButton")
-            inTheForm << name;
-    }
-    QCOMPARE(names, inTheForm);
-}
-
-void TestPulsarAnalyses::formHasTheNoiseMethods()
-{
-    const QMap<QString, Widget> widgets = widgetsOf("src/forms/pulsar/pulsarform.ui");
-    const std::vector<FieldChoice> &choices = pulsarField("--noise").choices;
-    QCOMPARE(choices.size(), std::size_t(4));
-    for (const FieldChoice &choice : choices) {
+    for (const FieldChoice &choice : pulsarField("--noise").choices) {
+        ++buttons;
         QCOMPARE(widgets[choice.button].properties["text"], choice.label);
         QCOMPARE(widgets[choice.button].properties["checked"] == "true",
                  choice.value == PulsarParameters().noise);
     }
+    QCOMPARE(std::count_if(widgets.begin(), widgets.end(),
+                           [](const Widget &widget) { return widget.kind == "QRadioButton"; }),
+             buttons);
 }
 
-void TestPulsarAnalyses::commandsTakeWhatTheirAnalysesRead_data()
-{
-    QTest::addColumn<QString>("command");
-    for (const PulsarCommand &command : pulsarCommands())
-        QTest::newRow(qPrintable(command.name)) << command.name;
-}
-
+// The manual tells of every command as well.
 void TestPulsarAnalyses::commandsTakeWhatTheirAnalysesRead()
 {
-    QFETCH(QString, command);
-    QStringList offered = {"--module", "--ray"}; // which every command takes
-    for (const PulsarCommand &known : pulsarCommands()) {
-        if (known.name == command)
-            for (const CommandOption &option : known.options)
-                offered << option.option;
+    const QString manual = fileText("README.md");
+    for (const PulsarCommand &command : pulsarCommands()) {
+        QStringList offered = {"--module", "--ray"}; // which every command takes
+        for (const CommandOption &option : command.options)
+            offered << option.option;
+        QStringList read;
+        for (const PulsarAnalysis &analysis : pulsarAnalyses()) {
+            if (analysis.command == command.name)
+                for (const PulsarField *field : analysis.fields)
+                    read << field->option;
+        }
+        read.removeDuplicates();
+        read.sort();
+        offered.sort();
+        QCOMPARE(offered, read);
+        QVERIFY(manual.contains("`" + command.name + "`") ||
+                manual.contains("zrt-batch " + command.name));
     }
-    QStringList read;
-    int analyses = 0;
-    for (const PulsarAnalysis &analysis : pulsarAnalyses()) {
-        if (analysis.command != command)
-            continue;
-        ++analyses;
-        for (const PulsarField *field : analysis.fields)
-            read << field->option;
-    }
-    QVERIFY(analyses > 0);
-    read.removeDuplicates();
-    read.sort();
-    offered.sort();
-    QCOMPARE(offered, read);
-    QVERIFY(fileText("README.md").contains("`" + command + "`") ||
-            fileText("README.md").contains("zrt-batch " + command));
-}
-
-void TestPulsarAnalyses::tellsAllProblemsAtOnce_data()
-{
-    QTest::addColumn<QString>("action");
-    QTest::addColumn<QStringList>("fields");
-    const auto row = [](const char *action, const QStringList &fields) {
-        QTest::newRow(action) << action << fields;
-    };
-    row("sumPeriod", {"module", "channel", "ray", "firstPoint"});
-    row("sumChannelsDemoNoise", {"module", "ray", "firstPoint", "dispersion"});
-    row("sumChannelsAndFourier", {"module", "ray", "firstPoint", "dispersion", "harmonicNum"});
-    row("sum4Dispersions", {"module", "ray", "firstPoint", "dispersion3"});
-    row("sumTimeDispersions",
-        {"module", "ray", "firstPoint", "dispersion", "harmonicNum", "firstPointDelta"});
-    row("createFFA", {"module", "ray", "firstPoint", "dispersion"});
 }
 
 // Everything that is wrong, in the order of the checks, without any sample.
 void TestPulsarAnalyses::tellsAllProblemsAtOnce()
 {
-    QFETCH(QString, action);
-    ObservationData header;
+    ObservationData header = TestSupport::makeRecording({1}, TestSupport::roughSample);
     header.npoints = 40000;
-    header.modules = header.rays = 1;
-    header.channels = 33;
-    header.tresolution = 0.0125;
-    for (int band = 0; band < 33; ++band)
-        header.fbands.push_back(109 + 0.08 * band);
-    PulsarParameters parameters = findAnalysis(action)->presets;
+    header.samples = Samples();
     QVERIFY(findProblems("showNative", header, {}).empty());
-    parameters.module = 2;
-    parameters.ray = 0;
-    parameters.channel = 34;
-    parameters.firstPoint = -1;
-    parameters.dispersion = -26;
-    parameters.dispersions[2] = -1;
-    parameters.harmonicNum = 8192;
-    parameters.startDelta = -5;
-    QStringList fields;
-    for (const FieldProblem &problem : findProblems(action, header, parameters)) {
-        fields << problem.field;
-        QVERIFY(!problem.text.isEmpty());
+    const std::pair<const char *, QStringList> rows[] = {
+        {"sumPeriod", {"module", "channel", "ray", "firstPoint"}},
+        {"sumChannelsDemoNoise", {"module", "ray", "firstPoint", "dispersion"}},
+        {"sum4Dispersions", {"module", "ray", "firstPoint", "dispersion3"}},
+        {"sumTimeDispersions",
+         {"module", "ray", "firstPoint", "dispersion", "harmonicNum", "firstPointDelta"}},
+        {"createFFA", {"module", "ray", "firstPoint", "dispersion"}}};
+    for (const auto &[action, expected] : rows) {
+        PulsarParameters parameters = findAnalysis(action)->presets;
+        parameters.module = 2;
+        parameters.ray = 0;
+        parameters.channel = 34;
+        parameters.firstPoint = -1;
+        parameters.dispersion = -26;
+        parameters.dispersions[2] = -1;
+        parameters.harmonicNum = 8192;
+        parameters.startDelta = -5;
+        QStringList fields;
+        for (const FieldProblem &problem : findProblems(action, header, parameters))
+            fields << problem.field;
+        QCOMPARE(fields, expected);
     }
-    QTEST(fields, "fields");
-}
-
-void TestPulsarAnalyses::copiedSumKeepsItsPoints()
-{
-    PulsarParameters parameters = pulsarPresets();
-    parameters.points = 5000;
-    QCOMPARE(pulsarCommand("sumChannelsDemoNoise", parameters, "a.pnt"),
-             QString("zrt-batch sum --count 5000 a.pnt"));
-}
-
-void TestPulsarAnalyses::everyActionIsKnownToTheProgram_data()
-{
-    QTest::addColumn<QString>("action");
-    for (const PulsarAnalysis &analysis : pulsarAnalyses())
-        QTest::newRow(qPrintable(analysis.name)) << analysis.name;
 }
 
 // An action without a row in PulsarCalculate is refused as one that does not exist; the manual
 // has a paragraph of each that has a button.
 void TestPulsarAnalyses::everyActionIsKnownToTheProgram()
 {
-    QFETCH(QString, action);
-    PulsarCalculate calculate({}, {});
-    QVERIFY(!calculate.validate(action)); // an empty recording
-    QVERIFY2(!calculate.failure().startsWith("There is no action"), qPrintable(action));
-    const QString label = plain(findAnalysis(action)->label);
-    if (!label.isEmpty())
-        QVERIFY2(plain(fileText("docs/help/README_zrt2_visual.md")).contains("**" + label),
-                 qPrintable(label));
+    const QString manual = fileText("docs/help/README_zrt2_visual.md").simplified();
+    for (const PulsarAnalysis &analysis : pulsarAnalyses()) {
+        PulsarCalculate calculate({}, {});
+        QVERIFY(!calculate.validate(analysis.name)); // an empty recording
+        QVERIFY2(!calculate.failure().startsWith("There is no action"), qPrintable(analysis.name));
+        const QString label = analysis.label.simplified();
+        QVERIFY2(label.isEmpty() || manual.contains("**" + label), qPrintable(label));
+    }
 }
 
 ZRT_UNIT_TEST_MAIN(TestPulsarAnalyses)

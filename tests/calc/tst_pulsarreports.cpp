@@ -17,7 +17,6 @@ private slots:
     void lastStart();
     void startsAtTheEnd();
     void foldTellsItsNoise();
-    void computedOnWhat_data();
     void computedOnWhat();
 };
 
@@ -42,12 +41,6 @@ void TestPulsarReports::linesAndNoise()
     QCOMPARE(result.remarks[1].count('\n'), 15);
     QVERIFY2(result.remarks[2].contains("has the harmonic number 300.00; line 300 has "),
              qPrintable(result.remarks[2]));
-
-    parameters.noise = "without";
-    const PulsarResult withMean = resultOf("sumChannelsAndFourier", data, parameters);
-    QVERIFY2(withMean.remarks[0].contains("none stands above 5 noise levels; line 0 is the mean"),
-             qPrintable(withMean.remarks[0]));
-    QVERIFY(withMean.remarks[1].contains(QRegularExpression("levels\\)\n300: ")));
 }
 
 void TestPulsarReports::harmonicOfThePeriod()
@@ -131,11 +124,6 @@ void TestPulsarReports::startsAtTheEnd()
         const QString remarks = calculate.result().remarks.join('\n');
         QVERIFY2(remarks.contains("every band (first point 23600)"), qPrintable(remarks));
     }
-    parameters.startDelta = 20000;
-    const QString remarks =
-        resultOf("sumTimeDispersions", Simulator::makeRecording(oneRay()), parameters)
-            .remarks.join('\n');
-    QVERIFY2(!remarks.contains("ends before"), qPrintable(remarks));
 }
 
 // What noise reaches is told from folds beside, drift included; coarse samples have a noise.
@@ -149,17 +137,13 @@ void TestPulsarReports::foldTellsItsNoise()
         std::mt19937 random(4);
         std::normal_distribution<double> normal;
         double level = 0;
-        return resultOf("sumPeriod",
-                        TestSupport::makeRecording(
-                            {40000},
-                            [&](int, int, int c, int) {
-                                if (c > 0)
-                                    return 0.0F; // the first channel is folded
-                                level = 0.98 * level + 0.2 * drift * normal(random);
-                                return float(step *
-                                             std::round((100 + level + normal(random)) / step));
-                            }),
-                        parameters);
+        const auto sample = [&](int, int, int c, int) {
+            if (c > 0)
+                return 0.0F; // the first channel is folded
+            level = 0.98 * level + 0.2 * drift * normal(random);
+            return float(step * std::round((100 + level + normal(random)) / step));
+        };
+        return resultOf("sumPeriod", makeRecording({40000}, sample), parameters);
     };
     const auto reached = [](const PulsarResult &result) {
         return numberAfter(result.remarks[0], "unsteady pulses add reaches");
@@ -175,49 +159,30 @@ void TestPulsarReports::foldTellsItsNoise()
     QVERIFY2(white.description.contains("\nPeriod = 0.71452\n"), "all digits that were typed");
 }
 
-void TestPulsarReports::computedOnWhat_data()
-{
-    QTest::addColumn<QString>("action");
-    QTest::addColumn<QStringList>("lines");
-    QTest::newRow("channel") << "sumPeriod"
-                             << QStringList{
-                                    "channel: 5, 120.3125 MHz",
-                                    "points: 39900 from first point 100 on, step 12.4928 ms",
-                                    "UTC: 2015-04-01 12:00:01.249 to 12:08:19.699",
-                                    "base line: line through means of 128 points, taken "
-                                    "off, normalised",
-                                    "steps: not taken out"};
-    QTest::newRow("sum") << "sumChannelsDemoNoise"
-                         << QStringList{"dispersion: 26.2 pc/cm^3, bands 1 to 32, reference "
-                                        "122.421875 MHz",
-                                        "points: 16384 from first point 100 on, step 12.4928 ms",
-                                        "UTC: 2015-04-01 12:00:01.249 to 12:03:25.918",
-                                        "base line: backSum, not taken off, not normalised",
-                                        "steps: not taken out"};
-    QTest::newRow("spectra") << "sum4Dispersions"
-                             << QStringList{"dispersion: 0, 13.1, 26.2, 52.4 pc/cm^3, bands 1 to "
-                                            "32, reference 122.421875 MHz",
-                                            "points: 16384 from first point 100 on, step 12.4928 "
-                                            "ms",
-                                            "UTC: 2015-04-01 12:00:01.249 to 12:03:25.918",
-                                            "base line: backSum, taken off, normalised",
-                                            "averaging: 2 times, 4 points each, with null",
-                                            "steps: not taken out"};
-    QTest::newRow("starts") << "sumTimeDispersions"
-                            << QStringList{"dispersion: 0 to 52.4 pc/cm^3, bands 1 to 32, "
-                                           "reference 122.421875 MHz",
-                                           "points: 16384 from each of the first points 100, 20100 "
-                                           "on, step 12.4928 ms",
-                                           "UTC: 2015-04-01 12:00:01.249 to 12:03:25.918",
-                                           "base line: backSum, taken off, normalised",
-                                           "averaging: 2 times, 4 points each, with null",
-                                           "steps: not taken out"};
-}
-
 void TestPulsarReports::computedOnWhat()
 {
-    QFETCH(QString, action);
-    QFETCH(QStringList, lines);
+    const std::pair<const char *, QStringList> rows[] = {
+        {"sumPeriod",
+         {"channel: 5, 120.3125 MHz", "points: 39900 from first point 100 on, step 12.4928 ms",
+          "UTC: 2015-04-01 12:00:01.249 to 12:08:19.699",
+          "base line: line through means of 128 points, taken off, normalised"}},
+        {"sumChannelsDemoNoise",
+         {"dispersion: 26.2 pc/cm^3, bands 1 to 32, reference 122.421875 MHz",
+          "points: 16384 from first point 100 on, step 12.4928 ms",
+          "UTC: 2015-04-01 12:00:01.249 to 12:03:25.918",
+          "base line: backSum, not taken off, not normalised"}},
+        {"sum4Dispersions",
+         {"dispersion: 0, 13.1, 26.2, 52.4 pc/cm^3, bands 1 to 32, reference 122.421875 MHz",
+          "points: 16384 from first point 100 on, step 12.4928 ms",
+          "UTC: 2015-04-01 12:00:01.249 to 12:03:25.918",
+          "base line: backSum, taken off, normalised",
+          "averaging: 2 times, 4 points each, with null"}},
+        {"sumTimeDispersions",
+         {"dispersion: 0 to 52.4 pc/cm^3, bands 1 to 32, reference 122.421875 MHz",
+          "points: 16384 from each of the first points 100, 20100 on, step 12.4928 ms",
+          "UTC: 2015-04-01 12:00:01.249 to 12:03:25.918",
+          "base line: backSum, taken off, normalised",
+          "averaging: 2 times, 4 points each, with null"}}};
     ObservationData data = Simulator::makeRecording(oneRay());
     data.moduleNumbers = {3};
     data.ray = 5;
@@ -229,11 +194,13 @@ void TestPulsarReports::computedOnWhat()
     parameters.normalise = true;
     parameters.averageCount = 2;
     parameters.withNull = true;
-    const PulsarResult result = resultOf(action, data, parameters);
-    QCOMPARE(computedOn("/data/x.pnt", action, data, parameters, result),
-             QStringList({"file: /data/x.pnt",
-                          "module: 3 (place 1 in the file), ray: 5 (place 1 in the file)"}) +
-                 lines);
+    const QStringList place = {"file: /data/x.pnt",
+                               "module: 3 (place 1 in the file), ray: 5 (place 1 in the file)"};
+    for (const auto &[action, lines] : rows) {
+        const PulsarResult result = resultOf(action, data, parameters);
+        QCOMPARE(computedOn("/data/x.pnt", action, data, parameters, result),
+                 place + lines + QStringList("steps: not taken out"));
+    }
 }
 
 ZRT_UNIT_TEST_MAIN(TestPulsarReports)

@@ -1,15 +1,14 @@
-#include "calc/waterfall.h"
-
 #include "calc/channelsum.h"
 #include "calc/reduction.h"
 #include "calc/robuststatistics.h"
 #include "calc/seriesstatistics.h"
+#include "calc/waterfall.h"
 #include "picture/colourmap.h"
 #include "samples.h"
 
 #include <numeric>
 
-using TestSupport::Shape;
+using TestSupport::Series;
 
 namespace {
 
@@ -29,70 +28,56 @@ class TestWaterfall : public QObject {
     Q_OBJECT
 
 private slots:
-    void columnsAddUpToTheDelayedSum_data();
     void columnsAddUpToTheDelayedSum();
     void refused();
     void rowsAreComparable();
     void reductionIsThatOfItsPoints();
     void samplesThatAreNoNumbers();
-    void signalOfAPart_data();
     void signalOfAPart();
     void coloursAreEquallyFarApart();
 };
-
-void TestWaterfall::columnsAddUpToTheDelayedSum_data()
-{
-    QTest::addColumn<double>("dispersion"); // the lowest band lags by 14.44 points per 10 pc/cm^3
-    QTest::addColumn<int>("first");
-    QTest::addColumn<int>("count");
-    QTest::addColumn<int>("columns");
-    QTest::newRow("every point") << 0.0 << 0 << 500 << 500;
-    QTest::newRow("uneven columns") << 30.0 << 13 << 401 << 37;
-    QTest::newRow("round the end") << 90.0 << 300 << 200 << 7;
-    QTest::newRow("delays the other way") << -75.0 << 0 << 200 << 33;
-    QTest::newRow("one column") << 4000.0 << 0 << 500 << 1;
-}
 
 // Over the bands and the points of a column the means make up the sum that Tools::sumChannels
 // gives for these points.
 void TestWaterfall::columnsAddUpToTheDelayedSum()
 {
-    QFETCH(double, dispersion);
-    QFETCH(int, first);
-    QFETCH(int, count);
-    QFETCH(int, columns);
+    const struct {
+        double dispersion; // the lowest band lags by 14.44 points per 10 pc/cm^3
+        int first, count, columns;
+    } rows[] = {{0, 0, 500, 500},   // every point
+                {30, 13, 401, 37},  // uneven columns
+                {90, 300, 200, 7},  // round the end
+                {-75, 0, 200, 33},  // delays the other way
+                {4000, 0, 500, 1}}; // one column
     const ObservationData data = noisyRecording(500);
-    const std::vector<float> picture =
-        Tools::waterfall(data, {1, 1, first, count, columns, dispersion});
-    QCOMPARE(int(picture.size()), 8 * columns);
-    const std::vector<double> sums = Tools::sumChannels(data, dispersion, 1, 1);
-    for (int i = 0; i < columns; ++i) {
-        const int begin = i * count / columns;
-        const int end = (i + 1) * count / columns;
-        double means = 0;
-        for (int band = 0; band < 8; ++band)
-            means += double(picture[std::size_t(band * columns + i)]);
-        const double sum =
-            std::accumulate(sums.begin() + first + begin, sums.begin() + first + end, 0.0);
-        // Eight means of some thousands, each rounded to a float.
-        QVERIFY2(std::abs(means - sum / (end - begin)) < 8 * 0.0003,
-                 qPrintable(QString::number(i)));
+    for (const auto &[dispersion, first, count, columns] : rows) {
+        const std::vector<float> picture =
+            Tools::waterfall(data, {1, 1, first, count, columns, dispersion});
+        QCOMPARE(int(picture.size()), 8 * columns);
+        const Series sums = Tools::sumChannels(data, dispersion, 1, 1);
+        for (int i = 0; i < columns; ++i) {
+            const int begin = i * count / columns;
+            const int end = (i + 1) * count / columns;
+            double means = 0;
+            for (int band = 0; band < 8; ++band)
+                means += double(picture[std::size_t(band * columns + i)]);
+            const auto part = sums.begin() + first;
+            const double mean = std::accumulate(part + begin, part + end, 0.0) / (end - begin);
+            // Eight means of some thousands, each rounded to a float.
+            QVERIFY2(std::abs(means - mean) < 8 * 0.0003, qPrintable(QString::number(i)));
+        }
+        // And no band took another's share.
+        QVERIFY(std::abs(double(picture[std::size_t(5 * columns)]) - 5004) < 6);
     }
-    // And no band took another's share.
-    QVERIFY(std::abs(double(picture[std::size_t(5 * columns)]) - 5004) < 6);
 }
 
 void TestWaterfall::refused()
 {
     ObservationData data = noisyRecording(50);
-    for (const Tools::WaterfallPart &part :
-         std::initializer_list<Tools::WaterfallPart>{{2, 0, 0, 50, 5, 0},
-                                                     {0, -1, 0, 50, 5, 0},
-                                                     {0, 0, 1, 50, 5, 0},
-                                                     {0, 0, 0, 50, 51, 0},
-                                                     {0, 0, 0, 50, 0, 0},
-                                                     {0, 0, 0, 50, 5, 1e300},
-                                                     {0, 0, 0, 50, 5, NAN}})
+    const Tools::WaterfallPart parts[] = {
+        {2, 0, 0, 50, 5, 0}, {0, -1, 0, 50, 5, 0},    {0, 0, 1, 50, 5, 0},  {0, 0, 0, 50, 51, 0},
+        {0, 0, 0, 50, 0, 0}, {0, 0, 0, 50, 5, 1e300}, {0, 0, 0, 50, 5, NAN}};
+    for (const Tools::WaterfallPart &part : parts)
         QVERIFY(Tools::waterfall(data, part).empty());
     data.fbands[3] = 0;
     QVERIFY(Tools::waterfall(data, {0, 0, 0, 50, 5, 10}).empty());
@@ -169,36 +154,30 @@ void TestWaterfall::samplesThatAreNoNumbers()
     QCOMPARE((QVector{moments.min, moments.max, moments.mean}), (QVector{3.0, 5.0, 4.0}));
 }
 
-void TestWaterfall::signalOfAPart_data()
-{
-    QTest::addColumn<int>("begin");
-    QTest::addColumn<int>("end");
-    QTest::addColumn<double>("snr");
-    QTest::addColumn<int>("surroundings");
-    // Around it 10 and 12 by turns: median 11, standard deviation sqrt(512 / 511). Points 1000 to
-    // 1003 are 31.
-    const double sigma = std::sqrt(512 / 511.0);
-    QTest::newRow("pulse") << 1000 << 1004 << 4 * 20 / (sigma * 2) << 512;
-    QTest::newRow("pulse and as much beside") << 1000 << 1008 << 80 / (sigma * std::sqrt(8)) << 512;
-    QTest::newRow("long part") << 2000 << 2100 << 0.0 << 1000;
-    QTest::newRow("at the begin") << 0 << 2 << 0.0 << 256;
-    QTest::newRow("all") << 0 << 3000 << 0.0 << 0;
-    QTest::newRow("beyond") << 2999 << 3001 << 0.0 << 0;
-}
-
 void TestWaterfall::signalOfAPart()
 {
-    QFETCH(int, begin);
-    QFETCH(int, end);
-    QFETCH(double, snr);
-    QFETCH(int, surroundings);
-    std::vector<double> series(3000);
-    for (std::size_t i = 0; i < series.size(); ++i)
-        series[i] = i % 2 == 0 ? 10 : 12;
+    // Around a pulse of 31 there are 10 and 12 by turns: median 11, standard deviation
+    // sqrt(512 / 511).
+    const double sigma = std::sqrt(512 / 511.0);
+    Series series(3000, 10);
+    for (std::size_t i = 1; i < series.size(); i += 2)
+        series[i] = 12;
     std::fill_n(series.begin() + 1000, 4, 31.0);
-    const Tools::PartSignal signal = Tools::partSignal(series, begin, end);
-    QCOMPARE(signal.surroundings, surroundings);
-    QVERIFY(std::abs(signal.snr - snr) < 1e-9);
+    const struct {
+        int begin, end;
+        double snr;
+        int surroundings;
+    } rows[] = {{1000, 1004, 4 * 20 / (sigma * 2), 512},
+                {1000, 1008, 80 / (sigma * std::sqrt(8)), 512}, // with as much beside
+                {2000, 2100, 0, 1000},                          // a long part
+                {0, 2, 0, 256},
+                {0, 3000, 0, 0},
+                {2999, 3001, 0, 0}}; // beyond
+    for (const auto &[begin, end, snr, surroundings] : rows) {
+        const Tools::PartSignal signal = Tools::partSignal(series, begin, end);
+        QCOMPARE(signal.surroundings, surroundings);
+        QVERIFY(std::abs(signal.snr - snr) < 1e-9);
+    }
 }
 
 void TestWaterfall::coloursAreEquallyFarApart()

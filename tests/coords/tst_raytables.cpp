@@ -1,8 +1,8 @@
 #include "coords/raytables.h"
+#include "support/recordings.h"
 #include "support/testmain.h"
 
 #include <QTemporaryDir>
-#include <QTemporaryFile>
 #include <cmath>
 
 using namespace Tools;
@@ -49,11 +49,11 @@ void TestRayTables::damagedTables()
         {"# N1 1 1 5\n", "it gives no beam at all"},
         {QByteArray((1 << 20) + 1, '\n'), "it is longer than 1048576"},
     };
+    const QTemporaryDir folder;
     for (const auto &[text, problem] : tables) {
-        QTemporaryFile file;
-        QVERIFY(file.open() && file.write(text) == text.size() && file.flush());
-        const RayTables read = readRayTables(file.fileName());
-        const QString expected = file.fileName() + "\" are not used: " + problem;
+        const QString path = TestSupport::writeFile(folder, "rays.txt", text);
+        const RayTables read = readRayTables(path);
+        const QString expected = path + "\" are not used: " + problem;
         QVERIFY2(read.problem.contains(expected), qPrintable(read.problem));
         QVERIFY(deltaFromRay(read, 1, 1, "N1") < 0); // the nominal value, not the 5 of the file
     }
@@ -64,10 +64,8 @@ void TestRayTables::ownTable()
     QTemporaryDir configuration;
     qputenv("XDG_CONFIG_HOME", configuration.path().toLocal8Bit());
     QVERIFY(QDir(configuration.path()).mkdir("zrt"));
-    QFile file(configuration.filePath("zrt/ray-declinations.txt"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("# mine\r\n\r\n N4 1 2\t-3.25 # cold\r\nN1 6 8 90\r\n");
-    file.close();
+    TestSupport::writeFile(configuration, "zrt/ray-declinations.txt",
+                           "# mine\r\n\r\n N4 1 2\t-3.25 # cold\r\nN1 6 8 90\r\n");
     QCOMPARE(deltaFromRay(1, 2, "N4"), -3.25);
     QCOMPARE(deltaFromRay(6, 8, "N1"), 90.0);
     QCOMPARE(deltaFromRay(1, 2, "N1"), noDeclination);

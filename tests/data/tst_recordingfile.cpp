@@ -21,6 +21,8 @@ float sampleAt(int point, int module, int channel, int ray)
 }
 
 const Shape shape = {1003, 3, 9, 5};
+constexpr int pointBytes = 3 * 9 * 5 * 4;
+const QDateTime noon(QDate(2015, 4, 1), QTime(12, 0), Qt::UTC); // the first point
 
 } // namespace
 
@@ -28,7 +30,7 @@ class TestRecordingFile : public QObject {
     Q_OBJECT
 
 private slots:
-    void partsHoldTheirSamples_data();
+    void init() { QVERIFY(file.open(write(bytes))); }
     void partsHoldTheirSamples();
     void spacedBlocks();
     void refusedAndShort();
@@ -36,95 +38,63 @@ private slots:
     void savingIsRefused();
     void countsAtTheEndOfTheirRange();
     void channelsOffAreLeftOutOfSums();
-    void delayedSumEqualsThatOfTheWhole_data();
     void delayedSumEqualsThatOfTheWhole();
     void delayedSumOfDamagedSamples();
 
 private:
-    QString write(const QByteArray &bytes, const QString &name = "a.pnt")
+    QString write(const QByteArray &content, const QString &name = "a.pnt")
     {
-        return TestSupport::writeFile(folder, name, bytes);
+        return TestSupport::writeFile(folder, name, content);
     }
 
+    const QByteArray bytes = TestSupport::recordingBytes(shape, sampleAt);
     QTemporaryDir folder;
     RecordingFile file;
 };
 
-void TestRecordingFile::partsHoldTheirSamples_data()
-{
-    QTest::addColumn<int>("first");
-    QTest::addColumn<int>("count");
-    QTest::addColumn<QVector<int>>("modules");
-    QTest::addColumn<QVector<int>>("rays");
-    QTest::addColumn<QVector<int>>("channels");
-    const QVector<int> all;
-    QTest::newRow("all") << 0 << 1003 << all << all << all;
-    QTest::newRow("last point") << 1002 << 1 << all << all << all;
-    QTest::newRow("a ray") << 500 << 300 << QVector{1} << QVector{4} << all;
-    QTest::newRow("channels apart") << 7 << 64 << QVector{0, 2} << QVector{0, 3} << QVector{2, 5};
-    QTest::newRow("wraps, its second part in the middle of a line")
-        << 990 << 700 << QVector{2} << all << QVector{0, 1, 2, 3, 4, 5, 6, 7, 8};
-    QTest::newRow("from before the begin, round and round") << -5 << 2500 << all << all << all;
-}
-
 void TestRecordingFile::partsHoldTheirSamples()
 {
-    QFETCH(int, first);
-    QFETCH(int, count);
-    QFETCH(QVector<int>, modules);
-    QFETCH(QVector<int>, rays);
-    QFETCH(QVector<int>, channels);
-    QVERIFY(file.open(write(TestSupport::recordingBytes(shape, sampleAt))));
-    Stretch stretch;
-    stretch.first = first;
-    stretch.count = count;
-    stretch.modules.assign(modules.begin(), modules.end());
-    stretch.rays.assign(rays.begin(), rays.end());
-    stretch.channels.assign(channels.begin(), channels.end());
-    stretch.wraps = true;
-    const StretchReading reading = file.read(stretch);
-    QVERIFY2(reading.whole(), qPrintable(reading.reason()));
-
-    const auto fill = [](QVector<int> &indices, int all) {
-        for (int i = 0; indices.size() < all && i < all; ++i)
-            indices << i;
+    // With the numbers of modules, rays and channels that are then there.
+    const std::pair<Stretch, QVector<int>> parts[] = {
+        {{1002, 1, {}, {}, {}, true}, {3, 5, 9}},
+        {{500, 300, {1}, {4}, {}, true}, {1, 1, 9}},
+        {{7, 64, {0, 2}, {0, 3}, {2, 5}, true}, {2, 2, 3}},
+        {{990, 700, {2}, {}, {0, 1, 2, 3, 4, 5, 6, 7, 8}, true}, {1, 5, 9}},
+        {{-5, 2500, {}, {}, {}, true}, {3, 5, 9}}, // round and round
     };
-    if (modules.isEmpty())
-        fill(modules, shape.modules);
-    if (rays.isEmpty())
-        fill(rays, shape.rays);
-    if (channels.isEmpty())
-        fill(channels, shape.channels);
-    if (channels.last() != 8)
-        channels << 8;
-    const ObservationData &data = *reading.whole();
-    QCOMPARE((QVector{data.npoints, data.modules, data.rays, data.channels, data.firstModule}),
-             (QVector<int>{count, modules.size(), rays.size(), channels.size(), modules[0] + 1}));
-    QCOMPARE(int(data.fbands.size()), channels.size() - 1);
-    QCOMPARE(data.fbands[0], file.header().fbands[std::size_t(channels[0])]);
-    QCOMPARE(data.point, first);
-    const QDateTime noon(QDate(2015, 4, 1), QTime(12, 0), Qt::UTC);
-    QCOMPARE(exactBegin(data), noon.addMSecs(qint64(std::floor(first * 12.4928))));
-    QCOMPARE(data.beginTime, noon.addSecs(qint64(first * 0.0124928)));
-    for (int m = 0; m < data.modules; ++m)
-        for (int c = 0; c < data.channels; ++c)
-            for (int r = 0; r < data.rays; ++r)
-                for (int p = 0; p < count; ++p) {
-                    const int point = ((first + p) % 1003 + 1003) % 1003;
-                    if (data.samples[m][c][r][p] !=
-                        sampleAt(point, modules[m], channels[c], rays[r]))
-                        QFAIL(qPrintable(QString("%1 %2 %3 %4").arg(m).arg(c).arg(r).arg(p)));
-                }
+    const auto indexOf = [](const std::vector<int> &chosen, int i) {
+        if (chosen.empty())
+            return i;
+        return i < int(chosen.size()) ? chosen[std::size_t(i)] : 8; // which always comes along
+    };
+    for (const auto &[part, counts] : parts) {
+        const StretchReading reading = file.read(part);
+        QVERIFY2(reading.whole(), qPrintable(reading.reason()));
+        const ObservationData &data = *reading.whole();
+        QCOMPARE((QVector{data.modules, data.rays, data.channels}), counts);
+        QCOMPARE((QVector{data.npoints, data.point, data.firstModule}),
+                 (QVector{part.count, part.first, indexOf(part.modules, 0) + 1}));
+        QCOMPARE(int(data.fbands.size()), data.channels - 1);
+        QCOMPARE(data.fbands[0], file.header().fbands[std::size_t(indexOf(part.channels, 0))]);
+        QCOMPARE(exactBegin(data), noon.addMSecs(qint64(std::floor(part.first * 12.4928))));
+        QCOMPARE(data.beginTime, noon.addSecs(qint64(part.first * 0.0124928)));
+        for (int m = 0; m < data.modules; ++m)
+            for (int c = 0; c < data.channels; ++c)
+                for (int r = 0; r < data.rays; ++r)
+                    for (int p = 0; p < data.npoints; ++p) {
+                        const float expected = sampleAt(
+                            ((part.first + p) % 1003 + 1003) % 1003, indexOf(part.modules, m),
+                            indexOf(part.channels, c), indexOf(part.rays, r));
+                        if (data.samples[m][c][r][p] != expected)
+                            QFAIL(qPrintable(QString("%1 %2 %3 %4").arg(m).arg(c).arg(r).arg(p)));
+                    }
+    }
 }
 
 void TestRecordingFile::spacedBlocks()
 {
-    QVERIFY(file.open(write(TestSupport::recordingBytes(shape, sampleAt))));
-    Stretch chosen;
-    chosen.modules = {1};
-    chosen.rays = {2};
-    const SpacedBlocks spaced = {3, 1000, 7, 21};
-    const StretchReading reading = file.read(spaced, chosen);
+    const Stretch chosen = {0, 0, {1}, {2}, {}, false};
+    const StretchReading reading = file.read(SpacedBlocks{3, 1000, 7, 21}, chosen);
     QVERIFY(reading.whole());
     for (int b = 0; b < 7; ++b)
         for (int p = 0; p < 21; ++p)
@@ -136,15 +106,11 @@ void TestRecordingFile::spacedBlocks()
 
 void TestRecordingFile::refusedAndShort()
 {
-    const QByteArray bytes = TestSupport::recordingBytes(shape, sampleAt);
-    const int pointBytes = 3 * 5 * 9 * 4;
     QVERIFY(file.open(write(bytes.chopped(2 * pointBytes + 10))));
     QCOMPARE(file.announcedSize(), qint64(bytes.size()));
     QCOMPARE(file.completePoints(), 1000);
     QCOMPARE(file.header().missingPoints, 3);
-    Stretch stretch;
-    stretch.first = 900;
-    stretch.count = 100;
+    Stretch stretch = {900, 100, {}, {}, {}, false};
     QVERIFY(file.read(stretch).end() == StretchEnd::Complete);
     stretch.count = 101;
     const StretchReading beyond = file.readInPlace(stretch);
@@ -189,7 +155,6 @@ void TestRecordingFile::refusedAndShort()
 // A stretch, and a stretch of that stretch, which is one of the first recording again.
 void TestRecordingFile::savedStretchReadsBackEqual()
 {
-    const QByteArray bytes = TestSupport::recordingBytes(shape, sampleAt);
     const QByteArray longer = "numpar 14\nobserver Заря\nnative_datetime\nstar_time 23:59:58.5\n"
                               "date_end 01.04.2015\ntime_end 12:00:13\n" +
                               bytes.mid(bytes.indexOf('\n') + 1);
@@ -211,9 +176,7 @@ void TestRecordingFile::savedStretchReadsBackEqual()
         QCOMPARE(header.dispersion, 27);
         QCOMPARE(header.filePath, parent);
         const int seconds = int(point * 0.0124928);
-        const QDateTime noon(QDate(2015, 4, 1), QTime(12, 0), Qt::UTC);
-        const QDateTime begin = noon.addSecs(seconds);
-        QCOMPARE(header.beginTime, begin);
+        QCOMPARE(header.beginTime, noon.addSecs(seconds));
         const QDateTime exact = noon.addMSecs(qint64(point * 12.4928));
         QCOMPARE(exactBegin(header), exact);
         QCOMPARE(header.nativeName, exact.toString("dd.MM.yyyy hh:mm:ss.zzz") + " UTC");
@@ -225,9 +188,7 @@ void TestRecordingFile::savedStretchReadsBackEqual()
         QCOMPARE(entries.value("observer"), QString("Заря"));
         QCOMPARE(entries.value("time_end"),
                  noon.addMSecs(qint64((point + count) * 12.4928)).toString("h:mm:ss") + " UTC");
-        Stretch all;
-        all.count = count;
-        const StretchReading reading = file.read(all);
+        const StretchReading reading = file.read({0, count, {}, {}, {}, false});
         for (int p = 0; p < count; ++p)
             QCOMPARE(reading.whole()->samples[2][7][3][p], sampleAt(point + p, 2, 7, 3));
     }
@@ -235,7 +196,6 @@ void TestRecordingFile::savedStretchReadsBackEqual()
 
 void TestRecordingFile::savingIsRefused()
 {
-    const QByteArray bytes = TestSupport::recordingBytes(shape, sampleAt);
     const QString path = write(bytes.chopped(600));
     const QString other = write("old", "other.pnthr");
     QVERIFY(file.open(path));
@@ -255,16 +215,13 @@ void TestRecordingFile::savingIsRefused()
 // Numbers that the passport may hold and no arithmetic should overflow with.
 void TestRecordingFile::countsAtTheEndOfTheirRange()
 {
-    const QByteArray bytes = TestSupport::recordingBytes({20, 2, 2, 1}, sampleAt);
+    const QByteArray common = TestSupport::recordingBytes({20, 2, 2, 1}, sampleAt);
     const QByteArray odd = "numpar 11\npoint 2147483647\nstar_time 2000000000:00:00\n"
                            "modulus 2147483647 2147483647\n" +
-                           bytes.mid(bytes.indexOf('\n') + 1).replace("modulus 1 2", "source x");
+                           common.mid(common.indexOf('\n') + 1).replace("modulus 1 2", "source x");
     QVERIFY2(file.open(write(odd)), qPrintable(file.reason()));
     QCOMPARE(file.header().point, 2147483647);
-    Stretch stretch;
-    stretch.first = 10;
-    stretch.count = 10;
-    const StretchReading reading = file.read(stretch);
+    const StretchReading reading = file.read({10, 10, {}, {}, {}, false});
     QVERIFY2(reading.whole(), qPrintable(reading.reason()));
     QCOMPARE(reading.whole()->point, 2147483647);
     QCOMPARE(reading.whole()->starTime, QString("2000000000:00:00"));
@@ -284,42 +241,31 @@ void TestRecordingFile::channelsOffAreLeftOutOfSums()
     masked.samples = data.samples.withChannelsOff(
         {false, true, false, false, false, false, false, true}); // the reference among them
     const std::vector<double> sums = Tools::sumChannels(masked, 0, 2, 3);
-    for (int p = 0; p < shape.npoints; ++p) {
-        double expected = 0;
-        for (const int channel : {0, 2, 3, 4, 5, 6})
-            expected += double(sampleAt(p, 2, channel, 3));
-        QCOMPARE(sums[std::size_t(p)], expected);
-    }
+    for (int p = 0; p < shape.npoints; ++p) // a point's values rise by one a channel, from 0.25 on
+        QCOMPARE(sums[std::size_t(p)], 6 * double(sampleAt(p, 2, 0, 3)) + 0 + 2 + 3 + 4 + 5 + 6);
     masked.samples = data.samples.withChannelsOff({});
     QCOMPARE(Tools::sumChannels(masked, 30, 1, 0), Tools::sumChannels(data, 30, 1, 0));
 }
 
-void TestRecordingFile::delayedSumEqualsThatOfTheWhole_data()
-{
-    QTest::addColumn<double>("dispersion"); // the lowest band lags by 14.44 points per 10 pc/cm^3
-    QTest::newRow("none") << 0.0;
-    QTest::newRow("forward") << 30.0;
-    QTest::newRow("backward") << -61.3;
-    QTest::newRow("nearly all") << 600.0;
-    QTest::newRow("several times round") << 3000.0;
-}
-
 void TestRecordingFile::delayedSumEqualsThatOfTheWhole()
 {
-    QFETCH(double, dispersion);
     const auto rough = [](int p, int m, int c, int r) {
         return std::sin(float(p * p + c)) + r + m;
     };
+    const ObservationData recording = TestSupport::makeRecording(shape, rough);
     QVERIFY(file.open(write(TestSupport::recordingBytes(shape, rough))));
-    const std::vector<double> whole =
-        Tools::sumChannels(TestSupport::makeRecording(shape, rough), dispersion, 2, 3);
-    for (const auto &[first, count] : {std::pair(0, 1003), {0, 10}, {400, 91}, {900, 103}}) {
-        const Tools::StretchSum part = Tools::sumStretch(file, dispersion, 2, 3, first, count);
-        QVERIFY2(part.whole(), qPrintable(part.reason()));
-        QCOMPARE(part.whole()->sums,
-                 std::vector<double>(whole.begin() + first, whole.begin() + first + count));
+    // The lowest band lags by 14.44 points per 10 pc/cm^3: up to nearly all and several times
+    // round.
+    for (const double dispersion : {0.0, 30.0, -61.3, 600.0, 3000.0}) {
+        const std::vector<double> whole = Tools::sumChannels(recording, dispersion, 2, 3);
+        for (const auto &[first, count] : {std::pair(0, 1003), {0, 10}, {400, 91}, {900, 103}}) {
+            const Tools::StretchSum part = Tools::sumStretch(file, dispersion, 2, 3, first, count);
+            QVERIFY2(part.whole(), qPrintable(part.reason()));
+            QCOMPARE(part.whole()->sums,
+                     std::vector<double>(whole.begin() + first, whole.begin() + first + count));
+        }
+        QVERIFY(Tools::sumStretch(file, dispersion, 2, 3, 1000, 4).end() == StretchEnd::Refused);
     }
-    QVERIFY(Tools::sumStretch(file, dispersion, 2, 3, 1000, 4).end() == StretchEnd::Refused);
 }
 
 void TestRecordingFile::delayedSumOfDamagedSamples()
@@ -328,18 +274,16 @@ void TestRecordingFile::delayedSumOfDamagedSamples()
         const bool isHole = (c == 3 && p >= 100 && p < 103) || (c == 5 && r == 1) || c == 8;
         return isHole ? NAN : sampleAt(p, m, c, r);
     };
-    const QByteArray bytes = TestSupport::recordingBytes(shape, holed);
-    QVERIFY(file.open(write(bytes)));
+    QVERIFY(file.open(write(TestSupport::recordingBytes(shape, holed))));
     const Tools::StretchSum sum = Tools::sumStretch(file, 0, 0, 2, 0, 1003);
     QVERIFY2(sum.whole(), qPrintable(sum.reason()));
     QCOMPARE(sum.whole()->remark,
              QString("3 samples are no finite numbers: channel 4 at points 100 to 102."));
-    // The samples of a channel rise evenly, 135 a point, and without the three the one in the
-    // middle is that of point 501 or 502.
-    double expected = 0;
-    for (int c = 0; c < 8; ++c)
-        expected += c == 3 ? (double(sampleAt(501, 0, 3, 2)) + double(sampleAt(502, 0, 3, 2))) / 2
-                           : double(sampleAt(101, 0, c, 2));
+    // Without the holes of channel 4 the median of its samples, those of point 501 or 502, stands
+    // there; the samples of a channel rise by 135 a point.
+    double expected = double(sampleAt(501, 0, 3, 2)) + 135.0 / 2;
+    for (const int c : {0, 1, 2, 4, 5, 6, 7})
+        expected += double(sampleAt(101, 0, c, 2));
     QVERIFY(std::abs(sum.whole()->sums[101] - expected) < 136);
     const Tools::StretchSum refused = Tools::sumStretch(file, 0, 0, 1, 0, 1003);
     QVERIFY(refused.end() == StretchEnd::Refused);

@@ -11,13 +11,11 @@
 namespace {
 
 // A recording of two points, one module, ray and band, that begins at a clock time.
-QByteArray recordingAt(const QByteArray &clock, const QList<QByteArray> &more = {})
+QByteArray recordingAt(const QByteArray &clock)
 {
-    return TestSupport::passportBytes(QList<QByteArray>{"npoints 2", "nbands 1", "fbands 111.5",
-                                                        "modulus 3", "rays 1", "tresolution 12.5",
-                                                        "date_begin 01.04.2015",
-                                                        "time_begin " + clock} +
-                                      more) +
+    return TestSupport::passportBytes({"npoints 2", "nbands 1", "fbands 111.5", "modulus 3",
+                                       "rays 1", "tresolution 12.5", "date_begin 01.04.2015",
+                                       "time_begin " + clock}) +
            QByteArray(2 * 2 * 4, '\0');
 }
 
@@ -37,11 +35,8 @@ class TestRecordingSet : public QObject {
 private slots:
     void initTestCase() { setUpProcess(); }
     void init();
-    void beginToTheMillisecond_data();
-    void beginToTheMillisecond();
     void folderInOrderOfTime();
     void subfoldersAndLinks();
-    void missingFolderIsAnEntry();
     void listHasEachFileOnce();
     void manyHeadersKeepTheirPlaces();
     void stoppedReadingHasNoEntries();
@@ -53,44 +48,6 @@ private:
 void TestRecordingSet::init()
 {
     folder = std::make_unique<QTemporaryDir>();
-}
-
-void TestRecordingSet::beginToTheMillisecond_data()
-{
-    QTest::addColumn<QByteArray>("clock");
-    QTest::addColumn<QByteArray>("more");
-    QTest::addColumn<QString>("begin");
-    const QByteArray none;
-    QTest::newRow("whole seconds")
-        << QByteArray("12:00:05 UTC") << none << "2015-04-01T12:00:05.000Z";
-    QTest::newRow("local time") << QByteArray("1:00:05") << none << "2015-03-31T22:00:05.000Z";
-    QTest::newRow("fraction") << QByteArray("12:00:05.25 UTC") << none
-                              << "2015-04-01T12:00:05.250Z";
-    QTest::newRow("one digit for the hour")
-        << QByteArray("9:00:05.125") << none << "2015-04-01T06:00:05.125Z";
-    QTest::newRow("decimal comma")
-        << QByteArray("12:00:05,5 UTC") << none << "2015-04-01T12:00:05.500Z";
-    QTest::newRow("rounded down") << QByteArray("23:59:59.9996 UTC") << none
-                                  << "2015-04-01T23:59:59.999Z";
-    QTest::newRow("later part") << QByteArray("12:00:05 UTC") << QByteArray("point 1001")
-                                << "2015-04-01T12:00:17.512Z"; // 12.5125 s
-    QTest::newRow("later part of a fraction")
-        << QByteArray("12:00:05.25 UTC") << QByteArray("point 3") << "2015-04-01T12:00:05.287Z";
-    QTest::newRow("no clock time") << QByteArray("noon") << none << "";
-    QTest::newRow("no such hour") << QByteArray("25:00:00 UTC") << none << "";
-    QTest::newRow("stairs") << QByteArray("12:00:05.25 UTC") << QByteArray("stairs_names a") << "";
-}
-
-void TestRecordingSet::beginToTheMillisecond()
-{
-    QFETCH(QByteArray, clock);
-    QFETCH(QByteArray, more);
-    QFETCH(QString, begin);
-    const QList<QByteArray> lines = more.isEmpty() ? QList<QByteArray>() : QList{more};
-    const QString path = TestSupport::writeFile(*folder, "a.pnt", recordingAt(clock, lines));
-    const RecordingEntry entry = readHeaders({path}).at(0);
-    QCOMPARE(entry.begin.toString(Qt::ISODateWithMs), begin);
-    QCOMPARE(entry.state, RecordingState::Whole);
 }
 
 void TestRecordingSet::folderInOrderOfTime()
@@ -137,10 +94,7 @@ void TestRecordingSet::subfoldersAndLinks()
     QCOMPARE(namesOf(recordingsOfFolder(top.path(), false), top.path()), QStringList("a.pnt"));
     QCOMPARE(namesOf(recordingsOfFolder(top.path(), true), top.path()),
              QStringList({"one/two/c.pnt", "one/b.pnt", "a.pnt"}));
-}
 
-void TestRecordingSet::missingFolderIsAnEntry()
-{
     const RecordingSet set = recordingsOfFolder(folder->filePath("none"), true);
     QCOMPARE(namesOf(set, folder->path()), QStringList("none"));
     QCOMPARE(set.entries[0].state, RecordingState::Unreadable);

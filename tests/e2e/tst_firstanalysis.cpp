@@ -1,12 +1,9 @@
 #include "support/testmain.h"
 
-#include <QCoreApplication>
-#include <QFileInfo>
 #include <QImage>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <memory>
 
 // The road of a new user through the built program, in a window of its own X server: menu
 // command, path typed into the dialog, one action, and a look at the picture.
@@ -40,7 +37,8 @@ private:
     void start(QProcess &process, const QString &program, const QStringList &arguments);
     QString xdo(const QStringList &arguments);
     QImage screenshot();
-    bool waitFor(const std::function<bool()> &condition, int seconds);
+    bool waitFor(const std::function<bool()> &condition);
+    QString windowNamed(const QString &pattern);
 
     QTemporaryDir folder;
     QProcessEnvironment environment;
@@ -105,15 +103,24 @@ QImage TestFirstAnalysis::screenshot()
     return QImage(path);
 }
 
-bool TestFirstAnalysis::waitFor(const std::function<bool()> &condition, int seconds)
+bool TestFirstAnalysis::waitFor(const std::function<bool()> &condition)
 {
-    constexpr int pauseMs = 200;
-    for (int waited = 0; waited < seconds * 1000; waited += pauseMs) {
+    for (int tries = 0; tries < 300; ++tries) {
         if (condition())
             return true;
-        QTest::qWait(pauseMs);
+        QTest::qWait(200);
     }
     return false;
+}
+
+QString TestFirstAnalysis::windowNamed(const QString &pattern)
+{
+    QString window;
+    waitFor([&] {
+        window = xdo({"search", "--onlyvisible", "--name", pattern});
+        return !window.isEmpty();
+    });
+    return window;
 }
 
 void TestFirstAnalysis::spectrumAppears()
@@ -122,52 +129,35 @@ void TestFirstAnalysis::spectrumAppears()
     QCOMPARE(QProcess::execute(ZRT_SIMULATE, {"--demo", recording}), 0);
 
     start(workbench, ZRT_WORKBENCH, {});
-    QString window;
-    QVERIFY(waitFor(
-        [&] {
-            window = xdo({"search", "--onlyvisible", "--name", "^ZRT-Analytics-2$"});
-            return !window.isEmpty();
-        },
-        60));
+    const QString window = windowNamed("^ZRT-Analytics-2$");
+    QVERIFY(!window.isEmpty());
     xdo({"windowactivate", "--sync", window});
     xdo({"windowsize", "--sync", window, QString::number(width), QString::number(height - 40)});
 
     // "Native data" is the first menu, "Fourier" its third command.
     xdo({"mousemove", "--window", window, "30", "10", "click", "1"});
     xdo({"key", "--delay", "100", "Down", "Down", "Down", "Return"});
-    QString dialog;
-    QVERIFY2(waitFor(
-                 [&] {
-                     dialog = xdo({"search", "--onlyvisible", "--name", "^Opening file$"});
-                     return !dialog.isEmpty();
-                 },
-                 30),
-             "the command asks for a file");
+    const QString dialog = windowNamed("^Opening file$");
+    QVERIFY2(!dialog.isEmpty(), "the command asks for a file");
     xdo({"windowactivate", "--sync", dialog});
     xdo({"type", "--delay", "20", recording});
     xdo({"key", "Return"});
 
     // The form begins with the focus on "Fourier of sum channels with 1 disp".
-    constexpr QRgb white = 0xffffff;
-    QVERIFY2(waitFor([&] { return pixelsOfColour(screenshot(), white) > width * height / 5; }, 60),
+    QVERIFY2(waitFor([&] { return pixelsOfColour(screenshot(), 0xffffff) > width * height / 5; }),
              "the empty plot appears");
     QTest::qWait(500);
     xdo({"key", "space"});
 
-    constexpr QRgb spectrumColour = 0x0000ff;
-    constexpr QRgb sigmaColour = 0x009900;
-    constexpr QRgb thresholdColour = 0xff0000;
     QImage picture;
-    const bool drawn = waitFor(
-        [&] {
-            picture = screenshot();
-            return pixelsOfColour(picture, spectrumColour) > 3000;
-        },
-        60);
+    const bool drawn = waitFor([&] {
+        picture = screenshot();
+        return pixelsOfColour(picture, 0x0000ff) > 3000;
+    });
     picture.save("e2e-first-analysis.png");
     QVERIFY2(drawn, "the spectrum is drawn (see e2e-first-analysis.png)");
-    QVERIFY2(pixelsOfColour(picture, sigmaColour) > 200, "line of 1 sigma");
-    QVERIFY2(pixelsOfColour(picture, thresholdColour) > 200, "line of N sigma");
+    QVERIFY2(pixelsOfColour(picture, 0x009900) > 200, "line of 1 sigma");
+    QVERIFY2(pixelsOfColour(picture, 0xff0000) > 200, "line of N sigma");
     QCOMPARE(workbench.state(), QProcess::Running);
 
     xdo({"windowactivate", "--sync", window});

@@ -1,6 +1,7 @@
 #include "ffa/straightffa.h"
 
 #include "base/targetclones.h"
+#include "ffa/downsample.h"
 
 #include <algorithm>
 #include <chrono>
@@ -32,15 +33,6 @@ void downsampleInto(const float *x, std::uint64_t size, double f, float *out)
         sum += float(end - double(iend)) * x[iend];
         out[i] = sum;
     }
-}
-
-double variance(std::uint64_t size, double f)
-{
-    const double whole = std::floor(f);
-    const double x = std::floor(double(size) / f) * (f - whole);
-    if (x > 1)
-        return f - 1.0 / 3.0;
-    return (whole - 1) * (whole - 1) + 2.0 / 3.0 * (x * x) - x + 1;
 }
 
 ZRT_TARGET_CLONES
@@ -164,7 +156,7 @@ Result search(const std::vector<float> &data, double tsamp,
         transformInto(series.data(), scratch.data(), out.data(), m, b);
         spent.transform += secondsSince(begin);
         begin = Clock::now();
-        const float stdnoise = float(std::sqrt(m * variance(data.size(), f)));
+        const float stdnoise = float(std::sqrt(m * Ffa::downsampledVariance(data.size(), f)));
         for (int s = 0; s < evaluated; ++s) {
             boxcarInto(out.data() + std::ptrdiff_t(s) * b, b, widths.data(), int(widths.size()),
                        stdnoise, prefix.data(), snr);

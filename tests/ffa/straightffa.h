@@ -5,7 +5,8 @@
 
 /// The search written down as plainly as possible: one row, one value at a time, every float
 /// operation in the order that defines the results. It is what the fast search must equal to
-/// the last bit, and what the benchmark times beside it.
+/// the last bit, and what the benchmark times beside it. The variance that S/N is computed with is
+/// the engine's own, which is compared with noise.
 namespace StraightFfa {
 
 struct Result {

@@ -1,6 +1,4 @@
-#include "app/mainwindow.h"
-#include "support/messageboxcatcher.h"
-#include "support/recordings.h"
+#include "support/formtest.h"
 #include "support/testmain.h"
 
 #include <QApplication>
@@ -9,7 +7,7 @@
 #include <QProgressBar>
 #include <QTimer>
 
-class TestBinToText : public QObject {
+class TestBinToText : public TestSupport::FormTest {
     Q_OBJECT
 
 private slots:
@@ -17,27 +15,17 @@ private slots:
     void escapeLeavesNothing();
 
 private:
-    bool write(const QByteArray &bytes)
-    {
-        QFile file(in);
-        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-    }
     QByteArray contents(const QString &path) const
     {
         QFile file(path);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : "none";
     }
-    QStringList inFolder() const { return QDir(folder.path()).entryList(QDir::Files); }
-    QString convert(const QString &target);
-
-    QTemporaryDir folder;
-    const QString in = folder.filePath("in");
-    const QString out = folder.filePath("out");
-    MainWindow window;
+    QStringList inFolder() const { return QDir(folder->path()).entryList(QDir::Files); }
+    QString convert(const QString &target) const;
 };
 
-// Runs the command, choosing files in its dialogs. Gives what the first box says.
-QString TestBinToText::convert(const QString &target)
+// Runs the command, choosing files in its dialogs. Gives what the box says.
+QString TestBinToText::convert(const QString &target) const
 {
     const TestSupport::MessageBoxCatcher catcher;
     QTimer dialogs;
@@ -47,16 +35,19 @@ QString TestBinToText::convert(const QString &target)
             return;
         auto *const name = dialog->findChild<QLineEdit *>("fileNameEdit");
         dialog->setOption(QFileDialog::DontConfirmOverwrite);
-        name->setText(dialog->acceptMode() == QFileDialog::AcceptSave ? target : in);
+        name->setText(dialog->acceptMode() == QFileDialog::AcceptSave ? target
+                                                                      : folder->filePath("in"));
         QTest::keyClick(name, Qt::Key_Return);
     });
     dialogs.start(10);
-    window.readBinToText();
-    return catcher.boxes().value(0).text;
+    window->readBinToText();
+    return catcher.lastText();
 }
 
 void TestBinToText::conversions()
 {
+    const QString in = folder->filePath("in");
+    const QString out = folder->filePath("out");
     const auto sample = [](int point, int, int channel, int) {
         return float(point) + 0.25f * float(channel);
     };
@@ -81,7 +72,7 @@ void TestBinToText::conversions()
     };
     QTest::ignoreMessage(QtDebugMsg, "can't open file /proc/out for writing");
     for (const auto &[bytes, target, text, box] : files) {
-        QVERIFY(write(bytes));
+        file(bytes, "in");
         const QString shown = convert(target);
         QVERIFY2(shown.contains(QString(box).replace("%1", in)), qPrintable(shown));
         QCOMPARE(shown.isEmpty(), box.isEmpty());
@@ -90,16 +81,17 @@ void TestBinToText::conversions()
     }
     QVERIFY(QFile::remove(out));
     // Two bytes of text for a zero; the file takes no room on the disk.
-    QVERIFY(write("points: 600000000\ndays: 1\n") && QFile::resize(in, 2500000000));
+    file("points: 600000000\ndays: 1\n", "in");
+    QVERIFY(QFile::resize(in, 2500000000));
     QVERIFY(convert(out).startsWith("The text will take about 1.2 GB."));
     QCOMPARE(inFolder(), QStringList{"in"});
 }
 
 void TestBinToText::escapeLeavesNothing()
 {
-    QVERIFY(write(
-        TestSupport::recordingBytes({50000, 1, 33, 8}, [](int, int, int, int) { return 0.0f; })));
-    const auto *const bar = window.findChild<QProgressBar *>();
+    file(TestSupport::recordingBytes({50000, 1, 33, 8}, [](int, int, int, int) { return 0.0f; }),
+         "in");
+    const auto *const bar = window->findChild<QProgressBar *>();
     QTimer escape;
     // After the reading the bar begins again with the text.
     int last = 0;
@@ -113,10 +105,10 @@ void TestBinToText::escapeLeavesNothing()
         if (!isWriting || bar->isHidden() || bar->value() < 1)
             return;
         seen = bar->value();
-        QTest::keyClick(&window, Qt::Key_Escape);
+        QTest::keyClick(window.get(), Qt::Key_Escape);
     });
     escape.start(5);
-    QCOMPARE(convert(out), QString());
+    QCOMPARE(convert(folder->filePath("out")), QString());
     QVERIFY2(seen > 0 && seen < 100, qPrintable(QString("Esc was pressed at %1 %").arg(seen)));
     QCOMPARE(inFolder(), QStringList{"in"});
 }

@@ -1,22 +1,17 @@
-#include "app/mainwindow.h"
 #include "app/shell/settings.h"
 #include "ffa/syntheticsignal.h"
 #include "forms/calculator/calculatorform.h"
 #include "forms/ffa/ffaform.h"
-#include "plot/pulsargrafik.h"
-#include "support/messageboxcatcher.h"
-#include "support/recordings.h"
+#include "support/formtest.h"
 #include "support/testmain.h"
 
 #include <QApplication>
 #include <QClipboard>
-#include <QComboBox>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QProgressBar>
-#include <QPushButton>
 #include <QSpinBox>
 #include <QTableWidget>
 #include <QTimer>
@@ -32,37 +27,20 @@ constexpr double period = 1.3;     // s
 
 } // namespace
 
-class TestFfaForm : public QObject {
+class TestFfaForm : public TestSupport::FormTest {
     Q_OBJECT
 
 private slots:
     void initTestCase();
-    void init();
-    void cleanup();
-
-    void files_data();
     void files();
-    void editsAreJudgedAtOnce_data();
     void editsAreJudgedAtOnce();
     void wholeFactorsAreNamedAndAvoided();
     void searchFoldsAndSaves();
     void escapeStopsTheSearch();
-    void newestSearchCounts();
-    void formGoesWhileSearching_data();
     void formGoesWhileSearching();
-    void realRecordings_data();
     void realRecordings();
 
 private:
-    QString file(const QByteArray &bytes);
-    template <typename Widget>
-    Widget *find(const QString &name) const
-    {
-        Widget *const widget = window->findChild<Widget *>(name);
-        if (!widget)
-            qFatal("no widget %s", qPrintable(name));
-        return widget;
-    }
     // Waits until the job that was begun last has ended.
     static bool isDone()
     {
@@ -71,7 +49,7 @@ private:
     }
     bool search() const
     {
-        find<QPushButton>("pushButton")->click();
+        click("pushButton");
         return isDone();
     }
     QString cell(int row, const QString &title) const
@@ -81,8 +59,6 @@ private:
     }
 
     QByteArray pulses; // a recording of them
-    std::unique_ptr<QTemporaryDir> folder;
-    std::unique_ptr<MainWindow> window;
 };
 
 void TestFfaForm::initTestCase()
@@ -94,112 +70,72 @@ void TestFfaForm::initTestCase()
     pulses.replace("modulus 1\n", "modulus 4\n");
 }
 
-void TestFfaForm::init()
-{
-    folder = std::make_unique<QTemporaryDir>();
-    window = std::make_unique<MainWindow>();
-    window->show();
-}
-
-void TestFfaForm::cleanup()
-{
-    window.reset();
-    folder.reset();
-}
-
-QString TestFfaForm::file(const QByteArray &bytes)
-{
-    return TestSupport::writeFile(*folder, "x.pnt", bytes);
-}
-
-void TestFfaForm::files_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<bool>("opens");
-    QTest::addColumn<QString>("problem"); // beside the parameters
-    const auto zero = [](int, int, int, int) { return 0.0f; };
-    const auto recording = [&](int count, int channels) {
-        return TestSupport::recordingBytes({count, 1, channels, 1}, zero);
-    };
-    QTest::newRow("empty") << QByteArray() << false << QString();
-    QTest::newRow("half of it is missing") << pulses.left(pulses.size() / 2) << true << QString();
-    QTest::newRow("one point") << recording(1, 33) << true << "1 points";
-    QTest::newRow("too few periods") << recording(300, 33) << true << "period_max";
-    QTest::newRow("too few bands") << recording(2000, 3) << true << "2 frequency bands";
-}
-
 void TestFfaForm::files()
 {
-    QFETCH(QByteArray, bytes);
-    QFETCH(bool, opens);
-    QFETCH(QString, problem);
-    const MessageBoxCatcher catcher;
-    const QPointer<FfaForm> form = new FfaForm(file(bytes), window.get());
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QCOMPARE(!form.isNull(), opens);
-    if (opens)
-        QCOMPARE(!form->findChild<QLabel *>("dataEnd")->isHidden(),
-                 QByteArray(QTest::currentDataTag()).contains("missing"));
-    if (!opens) {
-        QCOMPARE(catcher.boxes().size(), 1);
-        QCOMPARE(catcher.boxes()[0].text, QString("Bad file!\nFile without data"));
-        return;
-    }
-    QString shown = find<QLabel>("estimate")->text();
-    for (const QLabel *label : form->findChildren<QLabel *>(QRegularExpression("Problem$")))
-        shown += label->text();
-    QVERIFY2(shown.contains(problem), qPrintable(shown));
-    QCOMPARE(shown.contains(" periods x "), problem.isEmpty());
-    QVERIFY(search()); // does nothing where nothing can be searched
-}
-
-void TestFfaForm::editsAreJudgedAtOnce_data()
-{
-    QTest::addColumn<QString>("field");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("problem");
-    const auto row = [](const char *field, const char *text, const char *problem) {
-        QTest::addRow("%s %s", field, text) << QString(field) << QString(text) << QString(problem);
+    const auto silence = [](int count, int channels) {
+        return TestSupport::recordingBytes({count, 1, channels, 1},
+                                           [](int, int, int, int) { return 0.0f; });
     };
-    row("dispersion", "x", "\"x\" is no number");
-    row("dispersion", "1,5", "");
-    row("dispersion", "1,000.5", "\"1,000.5\" is no number. Allowed: digits");
-    row("dispersion", "1e6", "delays a band");
-    row("firstPoint", "1.5", "whole number");
-    row("firstPoint", "19999", "Allowed: 0 to 19998");
-    row("points", "19999", "");
-    row("points", "20000", "Allowed: 1 to 19999");
-    row("points", "0", "Allowed: 1 to 19999");
-    row("period_min", "0.4", "period_min >= tsamp * bins_min (0.0124928*40=0.499712)");
-    row("period_max", "24.98", "");
-    row("period_max", "24.99", "length / fpmin = 24.984 s");
-    row("period_max", "nan", "is no number");
-    row("ducy_max", "1", "ducy_max must be > 0 and < 1");
-    row("wtsp", "0.9", "wtsp must be >= 1");
-    row("rmed_width", "250", "rmed_width");
+    for (const auto &[bytes, problem] : {std::pair(pulses.left(pulses.size() / 2), ""),
+                                         {silence(1, 33), "1 points"},
+                                         {silence(300, 33), "period_max"},
+                                         {silence(2000, 3), "2 frequency bands"}}) {
+        const MessageBoxCatcher catcher;
+        auto *const form = new FfaForm(file(bytes), window.get());
+        const bool isGood = QString(problem).isEmpty();
+        QCOMPARE(!find<QLabel>("dataEnd")->isHidden(), isGood); // half of it is missing
+        QString judged = find<QLabel>("estimate")->text();
+        for (const QLabel *label : form->findChildren<QLabel *>(QRegularExpression("Problem$")))
+            judged += label->text();
+        QVERIFY2(judged.contains(problem), qPrintable(judged));
+        QCOMPARE(judged.contains(" periods x "), isGood);
+        QVERIFY(search()); // does nothing where nothing can be searched
+    }
+    const MessageBoxCatcher catcher;
+    const QPointer<FfaForm> form = new FfaForm(file({}), window.get());
+    QCOMPARE(catcher.lastText(), QString("Bad file!\nFile without data"));
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(!form);
 }
 
 void TestFfaForm::editsAreJudgedAtOnce()
 {
-    QFETCH(QString, field);
-    QFETCH(QString, text);
-    QFETCH(QString, problem);
+    const struct {
+        const char *field;
+        const char *text;
+        const char *problem;
+    } edits[] = {
+        {"dispersion", "1,000.5", "\"1,000.5\" is no number. Allowed: digits"},
+        {"dispersion", "1e6", "delays a band"},
+        {"firstPoint", "1.5", "whole number"},
+        {"firstPoint", "19999", "Allowed: 0 to 19998"},
+        {"points", "19999", ""},
+        {"points", "20000", "Allowed: 1 to 19999"},
+        {"points", "0", "Allowed: 1 to 19999"},
+        {"period_min", "0.4", "period_min >= tsamp * bins_min (0.0124928*40=0.499712)"},
+        {"period_max", "24,98", ""},
+        {"period_max", "24.99", "length / fpmin = 24.984 s"},
+        {"period_max", "nan", "is no number"},
+        {"ducy_max", "1", "ducy_max must be > 0 and < 1"},
+        {"wtsp", "0.9", "wtsp must be >= 1"},
+        {"rmed_width", "250", "rmed_width"},
+    };
     new FfaForm(file(pulses), window.get());
-    const QLabel *const label = find<QLabel>(field + "Problem");
-    QLineEdit *const edit = find<QLineEdit>(field);
-    const QString preset = edit->text();
-    QVERIFY(label->isHidden());
-    edit->setText(text);
-    QCOMPARE(label->isHidden(), problem.isEmpty());
-    QVERIFY2(label->text().contains(problem), qPrintable(label->text()));
-    if (problem.isEmpty())
-        return;
-    find<QPushButton>("pushButton")->click();
-    QCOMPARE(find<QTableWidget>("candidates")->rowCount(), 0);
-    edit->setText(preset);
-    QVERIFY(label->isHidden());
-    QVERIFY(edit->styleSheet().isEmpty());
-    QVERIFY(find<QLabel>("estimate")->text().contains(" periods x 5 widths"));
+    for (const auto &[field, text, problem] : edits) {
+        const QLabel *const label = find<QLabel>(field + QString("Problem"));
+        QLineEdit *const edit = find<QLineEdit>(field);
+        const QString preset = edit->text();
+        edit->setText(text);
+        const bool isRefused = *problem;
+        QVERIFY2(label->isHidden() != isRefused && label->text().contains(problem),
+                 qPrintable(field + (" = " + label->text())));
+        if (isRefused)
+            click("pushButton");
+        QVERIFY2(Settings::instance()->progressBar()->isHidden(), "it searches nevertheless");
+        edit->setText(preset);
+        QVERIFY(label->isHidden() && !isMarked(field));
+        QVERIFY(find<QLabel>("estimate")->text().contains(" periods x 5 widths"));
+    }
 }
 
 void TestFfaForm::wholeFactorsAreNamedAndAvoided()
@@ -225,15 +161,15 @@ void TestFfaForm::wholeFactorsAreNamedAndAvoided()
 void TestFfaForm::searchFoldsAndSaves()
 {
     new FfaForm(file(pulses), window.get());
+    click("pushButton"); // in ray 1, which has no pulses; the newest search counts
     find<QSpinBox>("ray")->setValue(2);
     QTest::keyClick(find<QLineEdit>("firstPoint"), Qt::Key_Return);
     QVERIFY(isDone());
     const double truth = period * 2 * M_PI / 6.283; // the generator's two pi is short
     QVERIFY2(std::abs(cell(0, "period, s").toDouble() - truth) < 4e-4,
              qPrintable(cell(0, "period, s")));
-    const PulsarGrafik *const grafik = find<PulsarGrafik>("grafik");
-    const auto periodAt = [&](int index) { return grafik->data().x.values.at(std::size_t(index)); };
-    const std::vector<int> markers = grafik->data().markers;
+    const auto periodAt = [&](int index) { return shown().x.values.at(std::size_t(index)); };
+    const std::vector<int> markers = shown().markers;
     QCOMPARE(markers.size(), std::size_t(4));
     QVERIFY(std::abs(periodAt(markers[0]) / (0.5 * truth) - 1) < 1e-3);
     QVERIFY(std::abs(periodAt(markers[3]) / (3 * truth) - 1) < 1e-3);
@@ -246,7 +182,7 @@ void TestFfaForm::searchFoldsAndSaves()
     emit find<PulsarGrafik>("grafik")->clicked({markers[1] + 1.0, 5});
     QVERIFY2(foldText->text().contains(cell(0, "period, s")), qPrintable(foldText->text()));
     QCOMPARE(table->currentRow(), 0);
-    find<QPushButton>("refineButton")->click();
+    click("refineButton");
     QVERIFY(isDone());
     // The noise differs from run to run: five times the error is never passed.
     const QRegularExpression refined("Period ([0-9.]+) \\+- ([0-9.]+) s");
@@ -275,7 +211,7 @@ void TestFfaForm::searchFoldsAndSaves()
         dialog->findChild<QLineEdit *>("fileNameEdit")->setText(path);
         QMetaObject::invokeMethod(dialog, "accept");
     });
-    find<QPushButton>("saveButton")->click();
+    click("saveButton");
     QFile saved(path);
     QVERIFY(saved.open(QIODevice::ReadOnly));
     const QString text = QString::fromUtf8(saved.readAll());
@@ -290,9 +226,8 @@ void TestFfaForm::escapeStopsTheSearch()
     QVERIFY(QTest::qWaitForWindowActive(window.get()));
     QTRY_VERIFY(form->isVisible());
     find<QSpinBox>("ray")->setValue(2);
-    const QProgressBar *const bar = Settings::instance()->progressBar();
-    find<QPushButton>("pushButton")->click();
-    QVERIFY(bar->isVisible());
+    click("pushButton");
+    QVERIFY(Settings::instance()->progressBar()->isVisible());
     QVERIFY(find<QMenuBar>("menubar")->isEnabled());
     QTest::keyClick(find<PulsarGrafik>("grafik"), Qt::Key_Escape);
     QVERIFY(isDone());
@@ -300,7 +235,7 @@ void TestFfaForm::escapeStopsTheSearch()
     QVERIFY(search());
     const int found = find<QTableWidget>("candidates")->rowCount();
     QVERIFY(found > 0);
-    find<QPushButton>("refineButton")->click();
+    click("refineButton");
     QTest::keyClick(find<QTableWidget>("candidates"), Qt::Key_Escape);
     QVERIFY(isDone());
     QCOMPARE(cell(0, "error, s"), QString("-"));
@@ -308,69 +243,41 @@ void TestFfaForm::escapeStopsTheSearch()
     QVERIFY(find<QPushButton>("refineButton")->isEnabled());
 }
 
-// A search with other values takes the place of the one that runs.
-void TestFfaForm::newestSearchCounts()
-{
-    new FfaForm(file(pulses), window.get());
-    find<QPushButton>("pushButton")->click(); // ray 1 has no pulses
-    find<QSpinBox>("ray")->setValue(2);
-    find<QLineEdit>("period_max")->setText("5");
-    QVERIFY(search());
-    QVERIFY(std::abs(cell(0, "period, s").toDouble() - period) < 1e-3);
-    const std::vector<double> &periods = find<PulsarGrafik>("grafik")->data().x.values;
-    QVERIFY(periods.back() < 5.1);
-}
-
-void TestFfaForm::formGoesWhileSearching_data()
-{
-    QTest::addColumn<bool>("isWindow");
-    QTest::newRow("another form") << false;
-    QTest::newRow("the whole window") << true;
-}
-
 void TestFfaForm::formGoesWhileSearching()
 {
-    QFETCH(bool, isWindow);
-    const QPointer<FfaForm> form = new FfaForm(file(pulses), window.get());
-    find<QPushButton>("pushButton")->click();
-    QVERIFY(Settings::instance()->progressBar()->isVisible());
-    if (isWindow) {
-        window.reset();
-    } else {
-        new CalculatorForm(window.get());
-        QVERIFY(Settings::instance()->progressBar()->isHidden());
+    for (const bool isWindow : {false, true}) {
+        const QPointer<FfaForm> form = new FfaForm(file(pulses), window.get());
+        click("pushButton");
+        QVERIFY(Settings::instance()->progressBar()->isVisible());
+        if (isWindow) {
+            window.reset();
+        } else {
+            new CalculatorForm(window.get());
+            QVERIFY(Settings::instance()->progressBar()->isHidden());
+        }
+        QVERIFY(!form);
+        QCoreApplication::processEvents(); // whatever the search sent comes too late
     }
-    QVERIFY(!form);
-    QCoreApplication::processEvents(); // whatever the search sent comes too late
-}
-
-void TestFfaForm::realRecordings_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<double>("period"); // s
-    QTest::addColumn<double>("tolerance");
-    QTest::newRow("B0329+54") << "b0329_54_1427MHz.pnt" << 0.71457 << 2e-5;
-    QTest::newRow("J1807-0847") << "j1807_0847_820MHz.pnt" << 0.16372 << 2e-5;
-    QTest::newRow("B1508+55, with mains hum") << "b1508_55_1422MHz.pnt" << 0.73968 << 6.2e-5;
 }
 
 void TestFfaForm::realRecordings()
 {
-    QFETCH(QString, name);
-    QFETCH(double, period);
-    QFETCH(double, tolerance);
-    const QString path = TestSupport::realRecording(name);
-    if (path.isEmpty())
-        QSKIP("there is no such recording in ../shared/data");
-    new FfaForm(path, window.get());
-    QVERIFY(search());
-    QVERIFY2(std::abs(cell(0, "period, s").toDouble() - period) < tolerance,
-             qPrintable(cell(0, "period, s")));
-    QCOMPARE(cell(0, "remark"), QString());
-    bool hums = false;
-    for (int row = 0; row < find<QTableWidget>("candidates")->rowCount(); ++row)
-        hums = hums || cell(row, "remark").contains("mains");
-    QCOMPARE(hums, name.startsWith("b1508"));
+    for (const auto &[name, truth, tolerance] : {std::tuple("b0329_54_1427MHz.pnt", 0.71457, 2e-5),
+                                                 {"j1807_0847_820MHz.pnt", 0.16372, 2e-5},
+                                                 {"b1508_55_1422MHz.pnt", 0.73968, 6.2e-5}}) {
+        const QString path = TestSupport::realRecording(name);
+        if (path.isEmpty())
+            QSKIP("there is no such recording in ../shared/data");
+        new FfaForm(path, window.get());
+        QVERIFY(search());
+        QVERIFY2(std::abs(cell(0, "period, s").toDouble() - truth) < tolerance,
+                 qPrintable(cell(0, "period, s")));
+        QCOMPARE(cell(0, "remark"), QString());
+        bool hums = false;
+        for (int row = 0; row < find<QTableWidget>("candidates")->rowCount(); ++row)
+            hums = hums || cell(row, "remark").contains("mains");
+        QCOMPARE(hums, path.contains("b1508"));
+    }
 }
 
 ZRT_GUI_TEST_MAIN(TestFfaForm)

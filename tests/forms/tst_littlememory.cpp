@@ -1,18 +1,13 @@
-#include "app/mainwindow.h"
 #include "app/shell/settings.h"
 #include "forms/ffa/ffaform.h"
 #include "forms/pulsar/pulsarform.h"
-#include "support/messageboxcatcher.h"
-#include "support/recordings.h"
+#include "support/formtest.h"
 #include "support/testmain.h"
 
 #include <QApplication>
 #include <QLineEdit>
 #include <QProgressBar>
-#include <QPushButton>
-#include <QRadioButton>
 #include <QSpinBox>
-#include <QTableWidget>
 #include <atomic>
 #include <cstdlib>
 #include <new>
@@ -49,84 +44,62 @@ void operator delete(void *memory, std::size_t) noexcept
 
 using TestSupport::MessageBoxCatcher;
 
-class TestLittleMemory : public QObject {
+class TestLittleMemory : public TestSupport::FormTest {
     Q_OBJECT
 
 private slots:
     void initTestCase();
-    void init();
-    void cleanup();
-    void actionEndsInABox();
-    void searchEndsInABox();
+    void cleanup()
+    {
+        tooMuch = 0;
+        FormTest::cleanup();
+    }
+    void workEndsInABox_data();
+    void workEndsInABox();
 
 private:
-    template <typename Widget>
-    Widget *find(const QString &name) const
-    {
-        return window->findChild<Widget *>(name);
-    }
-
-    QTemporaryDir folder;
-    QString path;
-    std::unique_ptr<MainWindow> window;
+    QByteArray noise;
 };
 
 void TestLittleMemory::initTestCase()
 {
-    const auto noise = [](int point, int, int channel, int) {
+    noise = TestSupport::recordingBytes({40000, 1, 33, 1}, [](int point, int, int channel, int) {
         return float((quint32(point * 33 + channel) * 2654435761u) >> 22);
-    };
-    path = TestSupport::writeFile(folder, "x.pnt",
-                                  TestSupport::recordingBytes({40000, 1, 33, 1}, noise));
+    });
 }
 
-void TestLittleMemory::init()
+void TestLittleMemory::workEndsInABox_data()
 {
-    window = std::make_unique<MainWindow>();
-    window->show();
+    QTest::addColumn<bool>("isSearch");
+    QTest::newRow("an action, on the thread of the window") << false;
+    QTest::newRow("a search, on one of its own") << true;
 }
 
-void TestLittleMemory::cleanup()
+void TestLittleMemory::workEndsInABox()
 {
-    tooMuch = 0;
-    window.reset();
-}
-
-void TestLittleMemory::actionEndsInABox()
-{
+    QFETCH(bool, isSearch);
+    const char *const start = isSearch ? "pushButton" : "sumChannelsAndFourier";
     const MessageBoxCatcher catcher;
-    const QPointer<PulsarForm> form = new PulsarForm(path, window.get());
+    if (isSearch) {
+        new FfaForm(file(noise), window.get());
+    } else {
+        new PulsarForm(file(noise), window.get());
+        find<QLineEdit>("firstPoint")->setText("0");
+    }
     find<QSpinBox>("ray")->setValue(1);
-    find<QLineEdit>("firstPoint")->setText("0");
-    tooMuch = 100000; // less than 16384 sums take
-    find<QRadioButton>("sumChannelsAndFourier")->click();
-    tooMuch = 0;
-    QCOMPARE(catcher.boxes().size(), 1);
-    QVERIFY2(catcher.boxes()[0].text.startsWith("There is not enough memory"),
-             qPrintable(catcher.boxes()[0].text));
-    QVERIFY(form && form->isEnabled());
-    QVERIFY(Settings::instance()->progressBar()->isHidden());
-    QVERIFY(find<QWidget>("menubar")->isEnabled());
-    find<QRadioButton>("sumChannelsAndFourier")->click();
-    QCOMPARE(catcher.boxes().size(), 1);
-}
-
-void TestLittleMemory::searchEndsInABox()
-{
-    const MessageBoxCatcher catcher;
-    new FfaForm(path, window.get());
     const QProgressBar *const bar = Settings::instance()->progressBar();
-    tooMuch = 100000;
-    find<QPushButton>("pushButton")->click();
+    tooMuch = 100000; // less than 16384 sums take
+    click(start);
     QTRY_VERIFY(bar->isHidden());
     tooMuch = 0;
     QTRY_COMPARE(catcher.boxes().size(), 1);
-    QVERIFY2(catcher.boxes()[0].text.startsWith("There is not enough memory"),
-             qPrintable(catcher.boxes()[0].text));
-    find<QPushButton>("pushButton")->click();
+    QVERIFY2(catcher.lastText().startsWith("There is not enough memory"),
+             qPrintable(catcher.lastText()));
+    QVERIFY(find<QWidget>("menubar")->isEnabled());
+    click(start);
     QTRY_VERIFY(bar->isHidden());
-    QVERIFY(find<QTableWidget>("candidates")->isVisible());
     QCOMPARE(catcher.boxes().size(), 1);
+    QVERIFY(!shown().graphs.empty());
 }
 
 ZRT_GUI_TEST_MAIN(TestLittleMemory)

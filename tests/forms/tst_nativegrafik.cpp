@@ -1,12 +1,9 @@
-#include "app/mainwindow.h"
-#include "app/shell/settings.h"
 #include "forms/native/bandpassview.h"
 #include "forms/native/nativegrafik.h"
 #include "forms/native/overviewstrip.h"
 #include "forms/native/waterfallview.h"
 #include "plot/picturemenu.h"
-#include "support/messageboxcatcher.h"
-#include "support/recordings.h"
+#include "support/formtest.h"
 #include "support/testmain.h"
 
 #include <QApplication>
@@ -43,92 +40,58 @@ qint64 residentBytes()
 
 } // namespace
 
-class TestNativeGrafik : public QObject {
+class TestNativeGrafik : public TestSupport::FormTest {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
     void passportPulseAndStatistics();
     void viewAndSelectionSurviveChanges();
     void switchesAreRemembered();
     void burst();
-    void unusualRecordings_data();
     void unusualRecordings();
     void hugeRecordingInLittleMemory();
 
 private:
-    QString write(const QByteArray &bytes, const QString &name = "a.pnt")
-    {
-        return TestSupport::writeFile(folder, name, bytes);
-    }
-
-    void open(const QString &path, int withoutStep = 1)
+    void open(const QString &path, int withoutStep = 1) const
     {
         new NativeGrafik(path, withoutStep, window.get());
     }
+    bool isDrawn() const { return !shown().graphs.empty(); }
 
-    template <typename Widget>
-    Widget *find(const char *name)
-    {
-        return window->findChild<Widget *>(name);
-    }
-
-    bool isDrawn() { return !find<PulsarGrafik>("grafik")->data().graphs.empty(); }
-
+    QString statistics() const { return find<QLabel>("statistics")->text(); }
     // Index of the greatest value of the plot's first curve.
-    int peak()
+    int peak() const
     {
-        const std::vector<float> &curve = find<PulsarGrafik>("grafik")->data().graphs[0];
+        const std::vector<float> &curve = shown().graphs[0];
         return int(std::max_element(curve.begin(), curve.end()) - curve.begin());
     }
 
-    QTemporaryDir folder;
-    std::unique_ptr<MainWindow> window;
+    const QByteArray recording = TestSupport::recordingBytes({6000, 1, 33, 2}, sampleAt);
 };
-
-void TestNativeGrafik::init()
-{
-    window = std::make_unique<MainWindow>();
-    window->resize(1280, 720);
-    window->show();
-}
-
-void TestNativeGrafik::cleanup()
-{
-    window.reset();
-}
 
 void TestNativeGrafik::passportPulseAndStatistics()
 {
-    QLocale::setDefault(QLocale("ru_RU")); // its decimal comma must change nothing
-    open(write(TestSupport::recordingBytes({6000, 1, 33, 2}, sampleAt) + "tail"));
+    open(file(recording + "tail"));
     QTRY_VERIFY(isDrawn());
     QCOMPARE(find<QTableWidget>("passport")->rowCount(), 8);
     QVERIFY(find<QLabel>("fileSize")->text().contains("4 bytes more"));
-    auto *const dispersion = find<QDoubleSpinBox>("dispersion");
-    for (const char *text : {"60.2", "60,2", "60.0"}) {
-        dispersion->selectAll();
-        QTest::keyClicks(dispersion, text);
-        QCOMPARE(dispersion->value(), QString(text).replace(',', '.').toDouble());
-    }
+    find<QDoubleSpinBox>("dispersion")->setValue(60);
     QTRY_COMPARE(peak(), 3000);
-    const PlotData &data = find<PulsarGrafik>("grafik")->data();
-    QCOMPARE(data.numPoints, 6000);
-    QCOMPARE(data.textX2(100), QString("12:00:01.249"));
-    QVERIFY(!data.textX3); // the passport has no sidereal time
-    QTRY_VERIFY(find<QLabel>("statistics")->text().contains("points 0 to 5999"));
+    QCOMPARE(shown().numPoints, 6000);
+    QCOMPARE(shown().textX2(100), QString("12:00:01.249"));
+    QVERIFY(!shown().textX3); // the passport has no sidereal time
+    QTRY_VERIFY(statistics().contains("points 0 to 5999"));
     for (const auto &[mode, curves] :
          {std::pair("showStack", 32), {"showChannel", 1}, {"showSum", 1}}) {
         find<QRadioButton>(mode)->setChecked(true);
-        QTRY_COMPARE(int(find<PulsarGrafik>("grafik")->data().graphs.size()), curves);
+        QTRY_COMPARE(int(shown().graphs.size()), curves);
         QTRY_VERIFY(!find<WaterfallView>("waterfall")->isVisible());
     }
 }
 
 void TestNativeGrafik::viewAndSelectionSurviveChanges()
 {
-    open(write(TestSupport::recordingBytes({6000, 1, 33, 2}, sampleAt)));
+    open(file(recording));
     QTRY_VERIFY(isDrawn());
     auto *const grafik = find<PulsarGrafik>("grafik");
     auto *const waterfall = find<WaterfallView>("waterfall");
@@ -145,12 +108,11 @@ void TestNativeGrafik::viewAndSelectionSurviveChanges()
     QApplication::sendEvent(waterfall, &move);
     QTest::mouseRelease(waterfall, Qt::LeftButton, {}, {left + width * 77 / 100, 60});
     const QString selected = "Selected: points 2999 to 3005";
-    QTRY_VERIFY2(find<QLabel>("statistics")->text().contains(selected),
-                 qPrintable(find<QLabel>("statistics")->text()));
-    QVERIFY(find<QLabel>("statistics")->text().contains("S/N"));
+    QTRY_VERIFY2(statistics().contains(selected), qPrintable(statistics()));
+    QVERIFY(statistics().contains("S/N"));
 
     // A saved picture has the colours of the screen, three pixels for each.
-    const QString path = folder.filePath("picture.png");
+    const QString path = folder->filePath("picture.png");
     QCOMPARE(waterfall->findChild<PictureMenu *>()->savePicture(path), QString());
     const QImage saved(path);
     const QImage screen = waterfall->grab().toImage();
@@ -161,7 +123,7 @@ void TestNativeGrafik::viewAndSelectionSurviveChanges()
     QVERIFY2(same > width * 9 / 10, qPrintable(QString("%1 of %2").arg(same).arg(width)));
 
     find<QRadioButton>("showChannel")->setChecked(true);
-    QTRY_COMPARE(grafik->data().names.value(0), QString("channel 1"));
+    QTRY_COMPARE(shown().names.value(0), QString("channel 1"));
     QCOMPARE(grafik->visibleRange().first, 2990.0);
     QCOMPARE(grafik->visibleRange().points, 20.0);
     QTest::keyClick(find<OverviewStrip>("overview"), Qt::Key_PageDown);
@@ -170,8 +132,7 @@ void TestNativeGrafik::viewAndSelectionSurviveChanges()
 
 void TestNativeGrafik::switchesAreRemembered()
 {
-    const QByteArray bytes = TestSupport::recordingBytes({6000, 1, 33, 2}, sampleAt);
-    const QString path = write(bytes);
+    const QString path = file(recording);
     double sum = 0;
     for (int c = 0; c < 32; ++c)
         sum += double(sampleAt(17, 0, c, 0));
@@ -179,7 +140,7 @@ void TestNativeGrafik::switchesAreRemembered()
         open(path);
         QTRY_VERIFY(isDrawn());
         if (!isAgain) { // channels 5 and 6
-            QTRY_VERIFY(find<QLabel>("statistics")->text().contains("mean"));
+            QTRY_VERIFY(statistics().contains("mean"));
             auto *const bandpass = find<BandpassView>("bandpass");
             QTest::mouseClick(bandpass, Qt::LeftButton, {},
                               {int(4.5 * bandpass->width() / 32), 30});
@@ -187,13 +148,12 @@ void TestNativeGrafik::switchesAreRemembered()
             QTest::keyClick(bandpass, Qt::Key_Space);
         }
         const float expected = float(sum) - sampleAt(17, 0, 4, 0) - sampleAt(17, 0, 5, 0);
-        QTRY_VERIFY(std::abs(find<PulsarGrafik>("grafik")->data().graphs[0][17] - expected) <
-                    1e-4f);
+        QTRY_VERIFY(std::abs(shown().graphs[0][17] - expected) < 1e-4f);
         QCOMPARE(find<QLabel>("switches")->text(), QString("2 switched off"));
     }
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.readAll(), bytes);
+    QFile after(path);
+    QVERIFY(after.open(QIODevice::ReadOnly));
+    QCOMPARE(after.readAll(), recording);
 }
 
 // Published: DM 474.8; found at point 1614 with the value 4436.7 by separate code.
@@ -206,66 +166,52 @@ void TestNativeGrafik::burst()
     QTRY_VERIFY(isDrawn());
     find<QDoubleSpinBox>("dispersion")->setValue(474.8);
     QTRY_COMPARE(peak(), 1614);
-    QCOMPARE(std::round(find<PulsarGrafik>("grafik")->data().yMax * 10) / 10, 4436.7);
-}
-
-void TestNativeGrafik::unusualRecordings_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("boxText"); // of the error; none: it is shown
-    const auto file = [](const Shape &shape) {
-        return TestSupport::recordingBytes(shape, sampleAt);
-    };
-    QTest::newRow("one value") << file({1, 1, 1, 1}) << "";
-    QTest::newRow("one band") << file({3, 2, 2, 1}) << "";
-    QTest::newRow("short") << file({500, 1, 33, 2}).chopped(5001) << "";
-    QTest::newRow("not even a point") << file({500, 1, 33, 2}).left(300) << "Bad file!";
-    QTest::newRow("text") << QByteArray("no recording\n") << "Bad file!";
-    QByteArray useless = file({500, 1, 33, 2});
-    useless.replace("tresolution 12.4928", "tresolution 0.00000");
-    QTest::newRow("no step") << useless << "";
+    QCOMPARE(std::round(shown().yMax * 10) / 10, 4436.7);
 }
 
 void TestNativeGrafik::unusualRecordings()
 {
-    QFETCH(QByteArray, bytes);
-    QFETCH(QString, boxText);
-    TestSupport::MessageBoxCatcher catcher;
-    open(write(bytes), 0);
-    QCOMPARE(catcher.boxes().size(), boxText.isEmpty() ? 0 : 1);
-    if (!boxText.isEmpty()) {
-        QVERIFY(catcher.boxes()[0].text.contains(boxText));
-        QVERIFY(find<PulsarGrafik>("grafik") == nullptr);
-        return;
+    const auto bytes = [](const Shape &shape) {
+        return TestSupport::recordingBytes(shape, sampleAt);
+    };
+    const QByteArray common = bytes({500, 1, 33, 2});
+    for (const QByteArray &unusual :
+         {bytes({1, 1, 1, 1}), bytes({3, 2, 2, 1}), common.chopped(5001),
+          QByteArray(common).replace("tresolution 12.4928", "tresolution 0.00000")}) {
+        const TestSupport::MessageBoxCatcher catcher;
+        open(file(unusual), 0);
+        QCOMPARE(catcher.lastText(), QString());
+        QTRY_VERIFY(isDrawn() || shown().message.contains("cannot be summed"));
+        find<QDoubleSpinBox>("dispersion")->setValue(1000);
+        QApplication::processEvents();
+        window->grab();
     }
-    const auto *const grafik = find<PulsarGrafik>("grafik");
-    QTRY_VERIFY(isDrawn() || grafik->data().message.contains("cannot be summed"));
-    find<QDoubleSpinBox>("dispersion")->setValue(1000);
-    QApplication::processEvents();
-    window->grab();
+    const TestSupport::MessageBoxCatcher catcher;
+    open(file(common.left(300)), 0); // not even a point
+    QVERIFY2(catcher.lastText().contains("Bad file!"), qPrintable(catcher.lastText()));
+    QVERIFY(!window->findChild<PulsarGrafik *>());
 }
 
 void TestNativeGrafik::hugeRecordingInLittleMemory()
 {
     // 3 GB that take no room on the disk.
-    const QByteArray head = TestSupport::recordingBytes({1, 6, 33, 8}, sampleAt).left(0);
     QByteArray passport = TestSupport::recordingBytes({500000, 6, 33, 0}, sampleAt);
     passport.replace("rays 0", "rays 8").replace("modulus 1 ", "modulus 9 ");
-    const QString path = write(passport + head);
+    const QString path = file(passport);
     QVERIFY(QFile::resize(path, passport.size() + qint64(500000) * 6 * 33 * 8 * 4));
     const qint64 before = residentBytes();
     qint64 most = 0;
     open(path);
     QTRY_VERIFY(isDrawn()); // long before all of it was read
     auto *const grafik = find<PulsarGrafik>("grafik");
-    QCOMPARE(grafik->data().xOffset, 0);
-    QVERIFY(grafik->data().source.contains("module 9")); // by the passport
-    QVERIFY(grafik->data().pointStep > 1);
+    QCOMPARE(shown().xOffset, 0);
+    QVERIFY(shown().source.contains("module 9")); // by the passport
+    QVERIFY(shown().pointStep > 1);
     auto *const overview = find<OverviewStrip>("overview");
     for (int i = 0; i < 30; ++i)
         QTest::keyClick(overview, Qt::Key_Up);
     for (int i = 0; i < 3; ++i) {
-        QTRY_VERIFY_WITH_TIMEOUT(grafik->data().msPerPoint == 12.4928, 60000); // every sample
+        QTRY_VERIFY_WITH_TIMEOUT(shown().msPerPoint == 12.4928, 60000); // every sample
         most = std::max(most, residentBytes());
         QTest::mouseClick(overview, Qt::LeftButton, {}, {80 + 200 * i, 20});
         QApplication::processEvents();
@@ -273,9 +219,9 @@ void TestNativeGrafik::hugeRecordingInLittleMemory()
     QVERIFY2(most - before < qint64(300) << 20, qPrintable(QString::number(most - before)));
 
     // Home and Backspace reach beyond the part that is kept; what the user does meanwhile stays.
-    const auto seconds = [grafik] { return grafik->visibleRange().points * grafik->data().x.step; };
-    const auto begin = [grafik] {
-        return grafik->data().x.first + grafik->visibleRange().first * grafik->data().x.step;
+    const auto seconds = [this, grafik] { return grafik->visibleRange().points * shown().x.step; };
+    const auto begin = [this, grafik] {
+        return shown().x.first + grafik->visibleRange().first * shown().x.step;
     };
     const double partBegin = begin();
     const double partSeconds = seconds();

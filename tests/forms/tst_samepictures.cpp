@@ -25,16 +25,11 @@ float sample(int point, int, int channel, int)
 }
 
 // Which program drew it and from what stands in a file beside the drawing.
-QByteArray drawingOf(QByteArray svg)
+QString drawingOf(const QByteArray &svg)
 {
-    for (const QByteArray name : {"title", "desc"}) {
-        const QByteArray closing = "</" + name + ">\n";
-        const int begin = svg.indexOf("<" + name + ">");
-        const int end = svg.indexOf(closing);
-        if (begin >= 0 && end > begin)
-            svg.remove(begin, end + closing.size() - begin);
-    }
-    return svg;
+    return QString::fromUtf8(svg).remove(QRegularExpression(
+        "<(title|desc)>.*</\\1>\n", QRegularExpression::DotMatchesEverythingOption |
+                                        QRegularExpression::InvertedGreedinessOption));
 }
 
 } // namespace
@@ -49,15 +44,6 @@ private slots:
     void pulsarForm();
 
 private:
-    template <typename Widget>
-    Widget *find(const char *name) const
-    {
-        Widget *const widget = window.findChild<Widget *>(name);
-        if (!widget)
-            qFatal("no widget %s", name);
-        return widget;
-    }
-
     MainWindow window;
     PulsarGrafik *grafik = nullptr;
 };
@@ -68,11 +54,11 @@ void TestSamePictures::initTestCase()
     window.show();
     const QByteArray bytes = TestSupport::recordingBytes({40000, 1, 33, 1}, sample);
     new PulsarForm(TestSupport::writeFile(folder, "x.pnt", bytes), &window);
-    find<QSpinBox>("ray")->setValue(1);
-    find<QLineEdit>("firstPoint")->setText("1000");
-    find<QLineEdit>("dispersion")->setText("5");
-    find<QLineEdit>("period")->setText("2.5");
-    find<QSpinBox>("harmonicNum")->setValue(200);
+    window.findChild<QSpinBox *>("ray")->setValue(1);
+    window.findChild<QLineEdit *>("firstPoint")->setText("1000");
+    window.findChild<QLineEdit *>("dispersion")->setText("5");
+    window.findChild<QLineEdit *>("period")->setText("2.5");
+    window.findChild<QSpinBox *>("harmonicNum")->setValue(200);
     grafik = window.findChild<PulsarGrafik *>();
     QVERIFY(grafik);
     QCoreApplication::processEvents();
@@ -90,9 +76,9 @@ void TestSamePictures::pulsarForm_data()
 void TestSamePictures::pulsarForm()
 {
     QFETCH(QString, action);
-    find<QRadioButton>(qPrintable(action))->click();
+    window.findChild<QRadioButton *>(action)->click();
     QVERIFY(!grafik->data().messageMode);
-    find<QPushButton>("commandButton")->click();
+    window.findChild<QPushButton *>("commandButton")->click();
     const QString command = QGuiApplication::clipboard()->text();
     for (const QString kind : {"png", "svg"}) {
         QCOMPARE(grafik->savePicture(path("form." + kind)), QString());

@@ -1,9 +1,7 @@
-#include "app/mainwindow.h"
 #include "app/shell/settings.h"
 #include "app/shell/timedprogressbar.h"
 #include "forms/pulsar/pulsarform.h"
-#include "support/messageboxcatcher.h"
-#include "support/recordings.h"
+#include "support/formtest.h"
 #include "support/testmain.h"
 
 #include <QApplication>
@@ -14,19 +12,15 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
-#include <QPushButton>
-#include <QRadioButton>
 #include <QSpinBox>
 #include <QTimer>
 #include <QToolButton>
 
-class TestWindowHabits : public QObject {
+class TestWindowHabits : public TestSupport::FormTest {
     Q_OBJECT
 
 private slots:
-    void init();
     void cleanup();
-
     void drops();
     void recentFiles();
     void repeatedCommand();
@@ -34,10 +28,13 @@ private slots:
     void remainingTime();
 
 private:
-    QString file(const QString &name, const QByteArray &bytes);
-    QString recording();
+    QString recording() const
+    {
+        return file(
+            TestSupport::recordingBytes({40000, 1, 2, 1}, [](int, int, int, int) { return 0.0f; }));
+    }
     /// Whether the drop was accepted.
-    bool dropOnto(QWidget *target, const QString &path);
+    static bool dropOnto(QWidget *target, const QString &path);
     /// Drops a path onto a widget and waits until the form of that class and path is there.
     bool dropOpens(QWidget *target, const QString &path, const char *formClass);
     QWidget *shownForm() const
@@ -47,41 +44,16 @@ private:
     }
     QList<QAction *> recentItems() const
     {
-        auto *const menu = window->findChild<QToolButton *>("recentButton")->menu();
+        auto *const menu = find<QToolButton>("recentButton")->menu();
         emit menu->aboutToShow();
         return menu->actions();
     }
-
-    std::unique_ptr<QTemporaryDir> folder;
-    std::unique_ptr<MainWindow> window;
 };
-
-void TestWindowHabits::init()
-{
-    folder = std::make_unique<QTemporaryDir>();
-    window = std::make_unique<MainWindow>();
-    window->show();
-}
 
 void TestWindowHabits::cleanup()
 {
-    window.reset();
-    folder.reset();
+    FormTest::cleanup();
     Settings::store().clear();
-}
-
-QString TestWindowHabits::file(const QString &name, const QByteArray &bytes)
-{
-    QFile out(folder->filePath(name));
-    if (!out.open(QIODevice::WriteOnly) || out.write(bytes) != bytes.size())
-        qFatal("cannot write %s", qPrintable(out.fileName()));
-    return out.fileName();
-}
-
-QString TestWindowHabits::recording()
-{
-    return file("x.pnt", TestSupport::recordingBytes({40000, 1, 2, 1},
-                                                     [](int, int, int, int) { return 0.0f; }));
 }
 
 bool TestWindowHabits::dropOnto(QWidget *target, const QString &path)
@@ -101,18 +73,15 @@ bool TestWindowHabits::dropOpens(QWidget *target, const QString &path, const cha
     const QPointer<QWidget> before = shownForm();
     const auto isOpen = [&] {
         return !before && shownForm() && shownForm()->inherits(formClass) &&
-               shownForm()
-                   ->findChild<QLabel *>("filePath")
-                   ->text()
-                   .endsWith(QFileInfo(path).fileName());
+               find<QLabel>("filePath")->text().endsWith(QFileInfo(path).fileName());
     };
     return dropOnto(target, path) && QTest::qWaitFor(isOpen);
 }
 
 void TestWindowHabits::drops()
 {
-    const QString numbers = file("numbers.txt", "1\n2\n");
-    const QString other = file("numbers.other", "1\n2\n");
+    const QString numbers = file("1\n2\n", "numbers.txt");
+    const QString other = file("1\n2\n", "numbers.other");
     QVERIFY2(dropOpens(window.get(), recording(), "NativeGrafik"), "no form is open");
     // Fields would take the text of the address.
     QVERIFY(dropOpens(window->findChild<QLineEdit *>(), recording(), "NativeGrafik"));
@@ -123,21 +92,18 @@ void TestWindowHabits::drops()
     QVERIFY(dropOpens(window.get(), numbers, "ArraysForm"));
     QVERIFY2(dropOpens(window.get(), other, "ArraysForm"), "into the open form");
     QVERIFY(dropOpens(window.get(), folder->path(), "ArraysDirForm"));
-    window->findChild<QAction *>("actionCalculator")->trigger();
+    find<QAction>("actionCalculator")->trigger();
     QVERIFY2(dropOpens(window.get(), recording(), "NativeGrafik"), "the calculator takes none");
 }
 
 void TestWindowHabits::recentFiles()
 {
-    auto *const button = window->findChild<QToolButton *>("recentButton");
-    QVERIFY(!button->isEnabled());
-    const QString numbers = file("a&b.txt", "1\n2\n");
+    QVERIFY(!find<QToolButton>("recentButton")->isEnabled());
+    const QString numbers = file("1\n2\n", "a&b.txt");
     QVERIFY(dropOpens(window.get(), numbers, "ArraysForm"));
-    window->findChild<QAction *>("actionCalculator")->trigger();
+    find<QAction>("actionCalculator")->trigger();
     QVERIFY(dropOpens(window.get(), recording(), "NativeGrafik"));
-    window->findChild<QAction *>("actionCalculator")->trigger();
 
-    window.reset();
     window = std::make_unique<MainWindow>(); // the next run
     QCOMPARE(recentItems().size(), 2);
     QCOMPARE(recentItems()[0]->text(), QString("&1 x.pnt   Native data - Show native"));
@@ -153,22 +119,22 @@ void TestWindowHabits::recentFiles()
 
 void TestWindowHabits::repeatedCommand()
 {
-    QString asked;
-    const auto repeat = [&] {
+    const auto repeat = [this] {
+        QString asked;
         QTimer closer;
-        connect(&closer, &QTimer::timeout, this, [&] {
-            if (auto *const dialog =
-                    qobject_cast<QFileDialog *>(QApplication::activeModalWidget())) {
-                asked = dialog->windowTitle();
-                dialog->reject();
-            }
+        connect(&closer, &QTimer::timeout, this, [&asked] {
+            auto *const dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            asked = dialog->windowTitle();
+            dialog->reject();
         });
         closer.start(10);
         window->repeatCommand();
         return asked;
     };
     QCOMPARE(repeat(), QString("Opening file"));
-    file("numbers.txt", "1\n2\n");
+    file("1\n2\n", "numbers.txt");
     QVERIFY(dropOpens(window.get(), folder->path(), "ArraysDirForm"));
     QCOMPARE(repeat(), QString("directory"));
     QVERIFY2(shownForm()->inherits("ArraysDirForm"), "cancelled: nothing changes");
@@ -176,42 +142,41 @@ void TestWindowHabits::repeatedCommand()
 
 void TestWindowHabits::lastValues()
 {
-    const QWidget *form = new PulsarForm(recording(), window.get());
-    const auto press = [&] { form->findChild<QPushButton *>("lastValues")->click(); };
-    QVERIFY(!form->findChild<QPushButton *>("lastValues")->isEnabled());
-    auto *const period = form->findChild<QLineEdit *>("period");
-    period->clear();
-    QTest::keyClicks(period, "0.714");
-    form->findChild<QSpinBox *>("ray")->setValue(3);
-    form->findChild<QRadioButton *>("noiseMedian")->setChecked(true); // not by the user
-    form->findChild<QRadioButton *>("isZrtUtc")->setChecked(true);
+    new PulsarForm(recording(), window.get());
+    QVERIFY(!find<QPushButton>("lastValues")->isEnabled());
+    type("period", "0.714");
+    find<QSpinBox>("ray")->setValue(3);
+    find<QAbstractButton>("noiseMedian")->setChecked(true); // not by the user
+    find<QAbstractButton>("isZrtUtc")->setChecked(true);
     QCoreApplication::processEvents();
 
-    form = new PulsarForm(recording(), window.get());
-    QCOMPARE(form->findChild<QLineEdit *>("period")->text(), QString("3.032"));
+    new PulsarForm(recording(), window.get());
+    QCOMPARE(find<QLineEdit>("period")->text(), QString("3.032"));
     const TestSupport::MessageBoxCatcher catcher;
-    press();
-    QCOMPARE(form->findChild<QLineEdit *>("period")->text(), QString("0.714"));
-    QCOMPARE(form->findChild<QSpinBox *>("ray")->value(), 3);
-    QCOMPARE(form->findChild<QSpinBox *>("module")->value(), 1);
-    QVERIFY(!form->findChild<QRadioButton *>("noiseMedian")->isChecked());
+    click("lastValues");
+    QCOMPARE(find<QLineEdit>("period")->text(), QString("0.714"));
+    QCOMPARE(find<QSpinBox>("ray")->value(), 3);
+    QCOMPARE(find<QSpinBox>("module")->value(), 1);
+    QVERIFY(!find<QAbstractButton>("noiseMedian")->isChecked());
     QVERIFY2(catcher.boxes().isEmpty(), "nothing was computed");
 
     // A choice by hand; the action itself refuses this recording of two channels.
-    form->findChild<QRadioButton *>("noiseMedian")->click();
+    click("noiseMedian");
     QCoreApplication::processEvents();
-    form->findChild<QRadioButton *>("noiseBack")->setChecked(true);
-    press();
-    QVERIFY(form->findChild<QRadioButton *>("noiseMedian")->isChecked());
+    find<QAbstractButton>("noiseBack")->setChecked(true);
+    click("lastValues");
+    QVERIFY(find<QAbstractButton>("noiseMedian")->isChecked());
 }
 
 void TestWindowHabits::remainingTime()
 {
-    QCOMPARE(TimedProgressBar::remainingText(1999, 50), QString("50 %")); // too early to tell
-    QCOMPARE(TimedProgressBar::remainingText(9000, 1), QString("1 %"));   // too little done
-    QCOMPARE(TimedProgressBar::remainingText(10100, 50), QString("50 %, 11 s left"));
-    QCOMPARE(TimedProgressBar::remainingText(60000, 20), QString("20 %, 4 min left"));
-    QCOMPARE(TimedProgressBar::remainingText(3600000, 10), QString("10 %, 9 h left"));
+    for (const auto &[elapsedMs, percent, left] : {std::tuple(1999, 50, ""), // too early to tell
+                                                   {9000, 1, ""},            // too little done
+                                                   {10100, 50, ", 11 s left"},
+                                                   {60000, 20, ", 4 min left"},
+                                                   {3600000, 10, ", 9 h left"}})
+        QCOMPARE(TimedProgressBar::remainingText(elapsedMs, percent),
+                 QString("%1 %").arg(percent) + left);
 }
 
 ZRT_GUI_TEST_MAIN(TestWindowHabits)

@@ -1,11 +1,8 @@
-#include "jobs/items.h"
-#include "jobs/memorygate.h"
 #include "jobs/worker.h"
 
 #include "support/testmain.h"
 
 #include <QEventLoop>
-#include <QSignalSpy>
 #include <QThread>
 #include <new>
 #include <semaphore>
@@ -13,44 +10,40 @@
 #include <thread>
 
 using Jobs::Control;
-using Jobs::Deliver;
 using Jobs::Ending;
 using Jobs::Worker;
+using Deliver = Jobs::Deliver<QString>;
 
 namespace {
 
-// What the thread of a worker's owner hears, in order.
-class Listener {
+// The owner of a worker, and what its thread hears, in order.
+class Owner {
 public:
-    explicit Listener(Worker &worker)
+    Owner()
     {
-        QObject::connect(&worker, &Worker::progress, [this](int percent) {
-            heard << QString("%1 %").arg(percent);
-            checkThread();
-        });
-        QObject::connect(&worker, &Worker::remark, [this](const QString &text) { heard << text; });
+        QObject::connect(&worker, &Worker::progress,
+                         [this](int percent) { hear(QString("%1 %").arg(percent)); });
+        QObject::connect(&worker, &Worker::remark, [this](const QString &text) { hear(text); });
         QObject::connect(&worker, &Worker::ended, [this](const Ending &ending) {
             const char *const names[] = {"finished", "stopped", "failed"};
-            heard << names[ending.kind];
-            problem = ending.problem;
-            checkThread();
+            hear(QString("%1 %2").arg(names[ending.kind], ending.problem).trimmed());
         });
     }
 
-    auto receiver()
+    template <typename Work>
+    void start(Work work)
     {
-        return [this](const QString &value) {
-            heard << value;
-            checkThread();
-        };
+        worker.start<QString>(work, [this](const QString &value) { hear(value); });
+    }
+
+    void hear(const QString &text)
+    {
+        heard << text;
+        QCOMPARE(QThread::currentThread(), qApp->thread());
     }
 
     QStringList heard;
-    QString problem;
-    bool isOwnThread = true;
-
-private:
-    void checkThread() { isOwnThread &= QThread::currentThread() == qApp->thread(); }
+    Worker worker;
 };
 
 void waitForStop(const Control &control)
@@ -69,47 +62,37 @@ private slots:
     void newestRequestCounts();
     void requestsOneAfterTheOther();
     void stopIsHeardOnce();
-    void stopAfterTheLastValueWasSent();
     void nothingArrivesAfterDestruction();
-    void receiverDeletesTheWorker();
     void receiverRunsAnEventLoop();
-    void productsArriveWhileTheRestRuns();
-    void exceptionsBecomeFailures_data();
     void exceptionsBecomeFailures();
 };
 
 void TestWorker::everythingArrivesInOrder()
 {
-    Worker worker;
-    Listener listener(worker);
+    Owner owner;
     bool wasElsewhere = false;
-    worker.start<QString>(
-        [&](const Control &control, const Deliver<QString> &deliver) {
-            wasElsewhere = QThread::currentThread() != qApp->thread();
-            control.progress(0);
-            deliver("first");
-            for (int i = 0; i < 1000; ++i)
-                control.progress(50);
-            control.remark("remark");
-            deliver("second");
-            control.progress(100);
-        },
-        listener.receiver());
-    QVERIFY(worker.isBusy());
-    QTRY_VERIFY(!worker.isBusy());
-    QCOMPARE(listener.heard,
-             QStringList({"0 %", "first", "50 %", "remark", "second", "100 %", "finished"}));
-    QVERIFY(wasElsewhere && listener.isOwnThread);
+    owner.start([&](const Control &control, const Deliver &deliver) {
+        wasElsewhere = QThread::currentThread() != qApp->thread();
+        control.progress(0);
+        deliver("first");
+        for (int i = 0; i < 1000; ++i)
+            control.progress(50);
+        control.remark("remark");
+        deliver("second");
+    });
+    QVERIFY(owner.worker.isBusy());
+    QTRY_VERIFY(!owner.worker.isBusy());
+    QCOMPARE(owner.heard, QStringList({"0 %", "first", "50 %", "remark", "second", "finished"}));
+    QVERIFY(wasElsewhere);
 }
 
 // Of the first job a value has arrived and others wait in line when the second one is asked for.
 void TestWorker::newestRequestCounts()
 {
-    Worker worker;
-    Listener listener(worker);
+    Owner owner;
     std::binary_semaphore linedUp(0);
-    worker.start<QString>(
-        [&](const Control &control, const Deliver<QString> &deliver) {
+    owner.worker.start<QString>(
+        [&](const Control &control, const Deliver &deliver) {
             deliver("old");
             control.progress(10);
             deliver("too late");
@@ -118,42 +101,32 @@ void TestWorker::newestRequestCounts()
             deliver("much too late");
         },
         [&](const QString &value) {
-            listener.heard << value;
+            owner.hear(value);
             linedUp.acquire();
-            worker.start<std::unique_ptr<int>>(
-                [](const Control &, const Deliver<std::unique_ptr<int>> &deliver) {
-                    deliver(std::make_unique<int>(7));
-                },
-                [&](const std::unique_ptr<int> &number) {
-                    listener.heard << QString::number(*number);
-                });
+            owner.start([](const Control &, const Deliver &send) { send("new"); });
         });
-    QTRY_VERIFY(!worker.isBusy());
-    QCOMPARE(listener.heard, QStringList({"old", "7", "finished"}));
+    QTRY_VERIFY(!owner.worker.isBusy());
+    QCOMPARE(owner.heard, QStringList({"old", "new", "finished"}));
 }
 
 void TestWorker::requestsOneAfterTheOther()
 {
-    Worker worker;
-    Listener listener(worker);
+    Owner owner;
     constexpr int requests = 500;
     for (int i = 1; i <= requests; ++i) {
-        worker.start<QString>(
-            [i](const Control &control, const Deliver<QString> &deliver) {
-                deliver(QString::number(i));
-                if (i < requests)
-                    waitForStop(control);
-            },
-            listener.receiver());
+        owner.start([i](const Control &control, const Deliver &deliver) {
+            deliver(QString::number(i));
+            if (i < requests)
+                waitForStop(control);
+        });
         if (i % 7 == 0)
             QCoreApplication::processEvents();
     }
-    QTRY_VERIFY(!worker.isBusy());
-    QCOMPARE(listener.heard.count("finished"), 1);
-    QCOMPARE(listener.heard.mid(listener.heard.size() - 2),
-             QStringList({QString::number(requests), "finished"}));
+    QTRY_VERIFY(!owner.worker.isBusy());
+    QCOMPARE(owner.heard.takeLast(), QString("finished"));
+    QCOMPARE(owner.heard.last().toInt(), requests);
     int last = 0;
-    for (const QString &text : listener.heard.mid(0, listener.heard.size() - 1)) {
+    for (const QString &text : owner.heard) {
         QVERIFY(text.toInt() > last);
         last = text.toInt();
     }
@@ -161,169 +134,106 @@ void TestWorker::requestsOneAfterTheOther()
 
 void TestWorker::stopIsHeardOnce()
 {
-    Worker worker;
-    Listener listener(worker);
-    worker.stop(); // nothing runs
-    worker.start<QString>(
-        [](const Control &control, const Deliver<QString> &deliver) {
-            deliver("value");
-            waitForStop(control);
-            deliver("too late");
-            control.progress(99);
-        },
-        listener.receiver());
-    QTRY_COMPARE(listener.heard, QStringList("value"));
-    worker.stop();
-    worker.stop();
-    QVERIFY(worker.isBusy());
-    QTRY_VERIFY(!worker.isBusy());
-    QCOMPARE(listener.heard, QStringList({"value", "stopped"}));
+    Owner owner;
+    owner.worker.stop(); // nothing runs
+    owner.start([](const Control &control, const Deliver &deliver) {
+        deliver("value");
+        waitForStop(control);
+        deliver("too late");
+        control.progress(99);
+    });
+    QTRY_COMPARE(owner.heard, QStringList("value"));
+    owner.worker.stop();
+    owner.worker.stop();
+    QVERIFY(owner.worker.isBusy());
+    QTRY_VERIFY(!owner.worker.isBusy());
+    QCOMPARE(owner.heard, QStringList({"value", "stopped"}));
 
-    // before it began
-    worker.start<QString>([](const Control &, const Deliver<QString> &) {}, listener.receiver());
-    worker.stop();
-    QTRY_VERIFY(!worker.isBusy());
-    QCOMPARE(listener.heard, QStringList({"value", "stopped", "stopped"}));
+    // The job is over, but its value waits in line: whoever stops it gets none any more.
+    std::binary_semaphore over(0);
+    owner.start([&](const Control &, const Deliver &deliver) {
+        deliver("value");
+        over.release();
+    });
+    over.acquire();
+    owner.worker.stop();
+    QTRY_VERIFY(!owner.worker.isBusy());
+    QCOMPARE(owner.heard, QStringList({"value", "stopped", "stopped"}));
+
+    owner.start([](const Control &, const Deliver &) {});
+    owner.worker.stop(); // perhaps before the job began
+    QTRY_VERIFY(!owner.worker.isBusy());
+    QCOMPARE(owner.heard, QStringList({"value", "stopped", "stopped", "stopped"}));
 }
 
-// The job is over, but its value waits in line: whoever stops it gets none any more.
-void TestWorker::stopAfterTheLastValueWasSent()
-{
-    Worker worker;
-    Listener listener(worker);
-    const auto over = std::make_shared<std::binary_semaphore>(0);
-    worker.start<QString>(
-        [over](const Control &, const Deliver<QString> &deliver) {
-            deliver("value");
-            over->release();
-        },
-        listener.receiver());
-    over->acquire();
-    worker.stop();
-    QTRY_VERIFY(!worker.isBusy());
-    QCOMPARE(listener.heard, QStringList("stopped"));
-}
-
+// By the owner, or by a receiver of its first value.
 void TestWorker::nothingArrivesAfterDestruction()
 {
     for (int repetition = 0; repetition < 50; ++repetition) {
+        const bool isByReceiver = repetition % 2 == 1;
         QStringList heard;
         auto worker = std::make_unique<Worker>();
-        QObject::connect(worker.get(), &Worker::ended, [&] { heard << "ended"; });
+        connect(worker.get(), &Worker::ended, this, [&] { heard << "ended"; });
         std::binary_semaphore begun(0);
         bool hasLeft = false;
         worker->start<QString>(
-            [&](const Control &control, const Deliver<QString> &deliver) {
-                deliver("value");
+            [&](const Control &control, const Deliver &deliver) {
+                deliver("first");
+                deliver("second");
                 begun.release();
                 waitForStop(control);
-                deliver("value");
+                deliver("third");
                 hasLeft = true;
             },
-            [&](const QString &value) { heard << value; });
+            [&](const QString &value) {
+                heard << value;
+                worker.reset();
+            });
         begun.acquire();
+        if (isByReceiver)
+            QTRY_VERIFY(!worker);
         worker.reset();
         QVERIFY(hasLeft);
         QCoreApplication::processEvents();
-        QCOMPARE(heard, QStringList());
+        QCOMPARE(heard, isByReceiver ? QStringList("first") : QStringList());
     }
-}
-
-void TestWorker::receiverDeletesTheWorker()
-{
-    auto *worker = new Worker;
-    const QPointer<Worker> alive(worker);
-    int received = 0;
-    worker->start<int>(
-        [](const Control &control, const Deliver<int> &deliver) {
-            deliver(1);
-            deliver(2);
-            waitForStop(control);
-        },
-        [&](int) {
-            ++received;
-            delete worker;
-        });
-    QTRY_VERIFY(!alive);
-    QCoreApplication::processEvents();
-    QCOMPARE(received, 1);
 }
 
 // A message box does that: what comes later arrives while it is open.
 void TestWorker::receiverRunsAnEventLoop()
 {
-    Worker worker;
-    QStringList heard;
+    Owner owner;
     QEventLoop loop;
-    QObject::connect(&worker, &Worker::ended, [&] {
-        heard << "ended";
-        loop.quit();
-    });
-    worker.start<QString>(
-        [](const Control &, const Deliver<QString> &deliver) {
+    connect(&owner.worker, &Worker::ended, &loop, &QEventLoop::quit);
+    owner.worker.start<QString>(
+        [](const Control &, const Deliver &deliver) {
             deliver("first");
             deliver("second");
         },
         [&](const QString &value) {
-            heard << value;
-            if (value == "first")
+            owner.hear(value);
+            if (value == "first") {
                 loop.exec();
+                owner.hear("closed");
+            }
         });
-    QTRY_VERIFY(!worker.isBusy());
-    QCOMPARE(heard, QStringList({"first", "second", "ended"}));
-}
-
-// Many items in one job: the last one ends only after the window has got the others.
-void TestWorker::productsArriveWhileTheRestRuns()
-{
-    constexpr int items = 20;
-    Worker worker;
-    std::vector<int> received;
-    std::binary_semaphore othersAreThere(0);
-    worker.start<int>(
-        [&](const Control &control, const Deliver<int> &deliver) {
-            Jobs::MemoryGate gate(100);
-            Jobs::runItems(items, 3, control, [&](int item, const Control &own) {
-                const Jobs::MemoryGate::Pass pass(gate, 30, own);
-                if (item == 0)
-                    othersAreThere.acquire();
-                deliver(item);
-            });
-        },
-        [&](int item) {
-            received.push_back(item);
-            if (received.size() == items - 1)
-                othersAreThere.release();
-        });
-    QTRY_VERIFY(!worker.isBusy());
-    QCOMPARE(received.size(), std::size_t(items));
-    QCOMPARE(received.back(), 0);
-}
-
-void TestWorker::exceptionsBecomeFailures_data()
-{
-    QTest::addColumn<bool>("isMemory");
-    QTest::addColumn<QString>("begin");
-    QTest::newRow("no memory") << true << "There is not enough memory";
-    QTest::newRow("other") << false << "the reason";
+    QTRY_COMPARE(owner.heard, QStringList({"first", "second", "finished", "closed"}));
 }
 
 void TestWorker::exceptionsBecomeFailures()
 {
-    QFETCH(bool, isMemory);
-    QFETCH(QString, begin);
-    Worker worker;
-    Listener listener(worker);
-    worker.start<QString>(
-        [isMemory](const Control &, const Deliver<QString> &) {
+    for (const bool isMemory : {true, false}) {
+        Owner owner;
+        owner.start([isMemory](const Control &, const Deliver &) {
             if (isMemory)
                 throw std::bad_alloc();
             throw std::runtime_error("the reason");
-        },
-        listener.receiver());
-    QTRY_VERIFY(!worker.isBusy());
-    QCOMPARE(listener.heard, QStringList("failed"));
-    QVERIFY2(listener.problem.startsWith(begin), qPrintable(listener.problem));
+        });
+        QTRY_VERIFY(!owner.worker.isBusy());
+        QCOMPARE(owner.heard.size(), 1);
+        QVERIFY(owner.heard[0].startsWith(isMemory ? "failed There is not enough memory"
+                                                   : "failed the reason"));
+    }
 }
 
 ZRT_UNIT_TEST_MAIN(TestWorker)

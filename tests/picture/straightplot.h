@@ -7,6 +7,7 @@
 #include <QImage>
 #include <QPainter>
 #include <cmath>
+#include <random>
 
 namespace TestSupport {
 
@@ -20,6 +21,18 @@ inline PlotData dataOf(const std::vector<std::vector<float>> &graphs, int numPoi
     data.yMin = yMin;
     data.yMax = yMax;
     return data;
+}
+
+/// Samples between -100 and 100; about one sample in `spacing` is one of the odd values.
+inline std::vector<float> noise(int count, const std::vector<float> &odd = {0},
+                                unsigned spacing = 50)
+{
+    std::mt19937 random(unsigned(count) + spacing);
+    std::vector<float> samples(size_t(count), 0.0F);
+    for (float &sample : samples)
+        sample = random() % spacing == 0 ? odd[random() % odd.size()]
+                                         : float(random() % 20001) / 100 - 100;
+    return samples;
 }
 
 /// Draws a curve the plain way, one QPainter line per segment.

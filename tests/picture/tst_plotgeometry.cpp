@@ -27,8 +27,7 @@ QString rangeOf(const std::vector<std::vector<float>> &curves)
 {
     PlotData data = ranged(0, 0);
     data.multiGraphs = curves;
-    const Plot::Range range = Plot::verticalRange(data);
-    return rangeText(range);
+    return rangeText(Plot::verticalRange(data));
 }
 
 QString pixelOf(const PlotData &data, int index, double value)
@@ -76,106 +75,132 @@ QString yLabels(double yMin, double yMax, int precision)
     return listed(Plot::yLabels(Plot::viewOf(ranged(yMin, yMax), lowSize), precision));
 }
 
-void add(const char *name, const QString &result, const char *expected)
+} // namespace
+
+class TestPlotGeometry : public QObject {
+    Q_OBJECT
+
+private slots:
+    void ranges();
+    void texts();
+    void zooms();
+    void viewsOfAPart();
+    void marks();
+};
+
+void TestPlotGeometry::ranges()
 {
-    QTest::newRow(name) << result << expected;
+    QCOMPARE(rangeOf({{5}, {7, 6}}), QString("5..7")); // all curves of the second set
+    QCOMPARE(rangeOf({{100001, 200000}}), QString("100000..200000")); // above the bound
+    QCOMPARE(rangeOf({{NAN, -2, -INFINITY, 1}}), QString("-2..1"));
+
+    QCOMPARE(rangeOf({{NAN, INFINITY}, {-INFINITY}}), QString("0..0")); // nothing finite
+    QCOMPARE(rangeOf({{}}), QString("0..0"));                           // no samples
+
+    QCOMPARE(pixelOf(ranged(0, 100), 1, 0.5), QString("66,328"));   // row truncated upwards
+    QCOMPARE(pixelOf(ranged(0, 100, 7), 1, 0), QString("145,330")); // column truncated
+    QCOMPARE(pixelOf(ranged(0, 100, 0), 4, 0), QString("660,330")); // longest curve
+    // beyond an int
+    QCOMPARE(pixelOf(ranged(0, 1e-9), 2000000000, 1e9), QString("1000000000,-1000000000"));
+    QCOMPARE(pixelOf(ranged(1e30, 1e30), 0, 1e30), QString("60,180")); // constant in the middle
+    QCOMPARE(pointAt(59, 331), QString("0,0"));                        // left of the plot and below
+    // right of it, the end of the first curve, and above
+    QCOMPARE(pointAt(661, 29), QString("1,0"));
+
+    // up from below
+    QCOMPARE(yLabels(30, 180, 0), QString("14,184 30; 14,134 80; 14,84 130; 14,34 180"));
+    // up and down from zero
+    QCOMPARE(yLabels(-61, 89, 1), QString("14,123 0.0; 14,73 50.0; 14,173 -50.0"));
+    // none within 10 pixels of the end
+    QCOMPARE(yLabels(-60, 90, 0), QString("14,124 0; 14,74 50"));
+    // minus nothing loses its sign
+    QCOMPARE(yLabels(-0.09, 0, 1), QString("14,34 0.0; 14,84 0; 14,134 -0.1"));
+    // 3 decimals keep it
+    QCOMPARE(yLabels(-0.0004, 0, 3), QString("14,34 0.000; 14,84 -0.000; 14,134 -0.000"));
+    QCOMPARE(yLabels(-0.4, 0.7, 3), QString("14,129 0.000; 14,79 0.367")); // zero has no sign
+    // few far below zero
+    QCOMPARE(yLabels(-1048576, -1048576 + 1.0 / 1024, 0),
+             QString("14,34 -1048576; 14,84 -1048576; 14,134 -1048576"));
 }
 
-void addRanges()
-{
-    add("range of all curves of the second set", rangeOf({{5}, {7, 6}}), "5..7");
-    add("range above the bound", rangeOf({{100001, 200000}}), "100000..200000");
-    add("range without what is not finite", rangeOf({{NAN, -2, -INFINITY, 1}}), "-2..1");
-
-    add("range of nothing finite", rangeOf({{NAN, INFINITY}, {-INFINITY}}), "0..0");
-    add("range of no samples", rangeOf({{}}), "0..0");
-
-    add("row truncated upwards", pixelOf(ranged(0, 100), 1, 0.5), "66,328");
-    add("column truncated", pixelOf(ranged(0, 100, 7), 1, 0), "145,330");
-    add("longest curve", pixelOf(ranged(0, 100, 0), 4, 0), "660,330");
-    add("beyond an int", pixelOf(ranged(0, 1e-9), 2000000000, 1e9), "1000000000,-1000000000");
-    add("constant in the middle", pixelOf(ranged(1e30, 1e30), 0, 1e30), "60,180");
-    add("left of the plot and below", pointAt(59, 331), "0,0");
-    add("right of it, the end of the first curve, and above", pointAt(661, 29), "1,0");
-
-    add("up from below", yLabels(30, 180, 0), "14,184 30; 14,134 80; 14,84 130; 14,34 180");
-    add("up and down from zero", yLabels(-61, 89, 1), "14,123 0.0; 14,73 50.0; 14,173 -50.0");
-    add("none within 10 pixels of the end", yLabels(-60, 90, 0), "14,124 0; 14,74 50");
-    add("minus nothing loses its sign", yLabels(-0.09, 0, 1), "14,34 0.0; 14,84 0; 14,134 -0.1");
-    add("3 decimals keep it", yLabels(-0.0004, 0, 3), "14,34 0.000; 14,84 -0.000; 14,134 -0.000");
-    add("zero has no sign", yLabels(-0.4, 0.7, 3), "14,129 0.000; 14,79 0.367");
-    add("few far below zero", yLabels(-1048576, -1048576 + 1.0 / 1024, 0),
-        "14,34 -1048576; 14,84 -1048576; 14,134 -1048576");
-}
-
-void addTexts()
+void TestPlotGeometry::texts()
 {
     PlotData data = ranged(0, 1, 90); // 450 pixels are 67.5 points and round to 68
     const Plot::View view = Plot::viewOf(data, usualSize);
     data.labelEvery1 = 3;
-    add("numbers", listed(Plot::xLabels1(view, data)), "60,385 0; 510,385 68");
+    QCOMPARE(listed(Plot::xLabels1(view, data)), QString("60,385 0; 510,385 68")); // numbers
     data.labelsX1 = data.labelsX2 = data.labelsX3 = QVector<QString>(24, "12:10:52.1");
     data.labelsX2[23] = "2024-01-01";
     data.labelEvery1 = 0;
     data.labelEvery3 = 2;
-    add("lower row", listed(Plot::xLabels1(view, data)), "60,390 12:10:52.1; 210,390 12:10:52.1");
-    add("seconds", listed(Plot::xLabels2(view, data)), "60,370 12:10:52; 210,370 2024-01-01");
-    add("upper row", listed(Plot::xLabels3(view, data)), "60,355 12:10:52.1");
+    // lower row
+    QCOMPARE(listed(Plot::xLabels1(view, data)), QString("60,390 12:10:52.1; 210,390 12:10:52.1"));
+    // seconds
+    QCOMPARE(listed(Plot::xLabels2(view, data)), QString("60,370 12:10:52; 210,370 2024-01-01"));
+    QCOMPARE(listed(Plot::xLabels3(view, data)), QString("60,355 12:10:52.1")); // upper row
 
     data.labelsX2.clear();
     data.labelsX1 = {"a0", "a1", "a2"};
     data.labelsX3 = {"c0", "c1"};
-    const auto texts = [&](double x) { return Plot::labelsAt(data, x).toList().join(' '); };
-    add("index truncated, none in the third row at the first point", texts(0.9), "a0 -");
-    add("past the texts of a row", texts(2.0), "a2 -");
+    const auto textsAt = [&](double x) { return Plot::labelsAt(data, x).toList().join(' '); };
+    // index truncated, none in the third row at the first point
+    QCOMPARE(textsAt(0.9), QString("a0 -"));
+    QCOMPARE(textsAt(2.0), QString("a2 -")); // past the texts of a row
 
     data.msPerPoint = 12.4928;
     data.beginTime = QDateTime(QDate(2015, 4, 1), QTime(12, 0), Qt::UTC);
-    add("last point of a second", Plot::timeText(data, 80), "12:00:00");
+    QCOMPARE(Plot::timeText(data, 80), QString("12:00:00")); // last point of a second
 }
 
-void addZooms()
+void TestPlotGeometry::zooms()
 {
     const Plot::Range all{0, 1000};
     const auto zoomAt = [&](double anchor, double factor) {
         return rangeText(Plot::zoomedAt({200, 600}, all, anchor, factor, 4));
     };
-    add("zoom keeps the anchor's place", zoomAt(300, 0.5), "250..450");
-    add("zoom out moves up into the data", zoomAt(600, 1.8), "0..720");
-    add("zoom out moves down into the data", zoomAt(200, 2.2), "120..1000");
-    add("no smaller than the smallest", zoomAt(300, 1e-9), "299..303");
-    add("no zoom without a factor", zoomAt(300, NAN), "200..600");
-    add("zoom of a range that runs down", rangeText(Plot::zoomedAt({9, 1}, {10, 0}, 3, 0.5, 0.1)),
-        "6..2");
-    add("pan to the edge", rangeText(Plot::panned({200, 600}, all, 500)), "600..1000");
-    add("pan down a range that runs down", rangeText(Plot::panned({9, 1}, {10, 0}, -3)), "8..0");
-    add("all is no zoom", zoomed({Plot::Range{-5, 200}, Plot::Range{-10, 50}}), "all all");
-    add("what is no number is all", zoomed({Plot::Range{NAN, 3}, Plot::Range{5, INFINITY}}),
-        "all all");
-    add("too few points get neighbours", zoomed({Plot::Range{50, 50}, {}}), "48..52 all");
-    add("one step per gesture", historyOf({{1, 1}, {2, 1}, {3, 2}, {4, 0}, {5, 0}}), "5 4 3 1 ");
+    QCOMPARE(zoomAt(300, 0.5), QString("250..450"));  // zoom keeps the anchor's place
+    QCOMPARE(zoomAt(600, 1.8), QString("0..720"));    // zoom out moves up into the data
+    QCOMPARE(zoomAt(200, 2.2), QString("120..1000")); // zoom out moves down into the data
+    QCOMPARE(zoomAt(300, 1e-9), QString("299..303")); // no smaller than the smallest
+    QCOMPARE(zoomAt(300, NAN), QString("200..600"));  // no zoom without a factor
+    // zoom of a range that runs down
+    QCOMPARE(rangeText(Plot::zoomedAt({9, 1}, {10, 0}, 3, 0.5, 0.1)), QString("6..2"));
+    // pan to the edge
+    QCOMPARE(rangeText(Plot::panned({200, 600}, all, 500)), QString("600..1000"));
+    // pan down a range that runs down
+    QCOMPARE(rangeText(Plot::panned({9, 1}, {10, 0}, -3)), QString("8..0"));
+    // all is no zoom
+    QCOMPARE(zoomed({Plot::Range{-5, 200}, Plot::Range{-10, 50}}), QString("all all"));
+    // what is no number is all
+    QCOMPARE(zoomed({Plot::Range{NAN, 3}, Plot::Range{5, INFINITY}}), QString("all all"));
+    // too few points get neighbours
+    QCOMPARE(zoomed({Plot::Range{50, 50}, {}}), QString("48..52 all"));
+    // one step back per gesture
+    QCOMPARE(historyOf({{1, 1}, {2, 1}, {3, 2}, {4, 0}, {5, 0}}), QString("5 4 3 1 "));
 }
 
-void addViewsOfAPart()
+void TestPlotGeometry::viewsOfAPart()
 {
     const Plot::View view40 = Plot::viewOf(ranged(-10, 50), usualSize, part);
     const QPointF inPart = Plot::dataAt(view40, {360, 180});
-    add("middle of a part", rangeText({inPart.x(), inPart.y()}), "40.5..15");
-    add("left of a part", QString::number(Plot::dataAt(view40, {0, 180}).x()), "20.5");
+    QCOMPARE(rangeText({inPart.x(), inPart.y()}), QString("40.5..15")); // middle of a part
+    // left of a part
+    QCOMPARE(QString::number(Plot::dataAt(view40, {0, 180}).x()), QString("20.5"));
     const Plot::IndexRange sight = Plot::pointsInSight(view40, 50);
-    add("neighbours out of sight, end of the curve",
-        rangeText({double(sight.begin), double(sight.end)}), "19..50");
+    // neighbours out of sight, end of the curve
+    QCOMPARE(rangeText({double(sight.begin), double(sight.end)}), QString("19..50"));
     PlotData times = ranged(0, 1);
     times.textX2 = [](int i) { return QString("12:10:52.%1").arg(i); };
-    add("numbers stand at their points", listed(Plot::xLabels1(view40, times)).left(24),
-        "67,385 21; 217,385 31; 3");
-    add("fractions where seconds are the same", listed(Plot::xLabels2(view40, times)).left(22),
-        "67,370 12:10:52.21; 21");
-    add("value on an uneven falling axis",
-        QString::number(Plot::axisIndex({"period", "s", 0, 1, {8, 4, 2, 1}}, 3)), "1.5");
+    // numbers stand at their points
+    QCOMPARE(listed(Plot::xLabels1(view40, times)).left(24), QString("67,385 21; 217,385 31; 3"));
+    // fractions where seconds are the same
+    QCOMPARE(listed(Plot::xLabels2(view40, times)).left(22), QString("67,370 12:10:52.21; 21"));
+    // value on an uneven falling axis
+    QCOMPARE(QString::number(Plot::axisIndex({"period", "s", 0, 1, {8, 4, 2, 1}}, 3)),
+             QString("1.5"));
 }
 
-void addMarks()
+void TestPlotGeometry::marks()
 {
     PlotData spectrum = ranged(0, 8);
     spectrum.graphs = {std::vector<float>(100, 1.0F)};
@@ -188,43 +213,18 @@ void addMarks()
             text += QString("%1 at %2, ").arg(number).arg(x);
         return text;
     };
-    add("harmonics up to the last line", harmonics({}, 10),
-        "1 at 180, 2 at 300, 3 at 420, 4 at 540, ");
-    add("harmonics in sight", harmonics({Plot::Range{30, 70}, {}}, 10), "2 at 210, 3 at 510, ");
-    add("harmonics too close together", harmonics({}, 0.01), "1 at 60.12, ");
-    add("highest line near the pointer", QString::number(Plot::peakFrequency(spectrum, 21.7, 2)),
-        "10");
-    Plot::Marks marks;
-    marks.cursors = {Plot::Cursor{0, 20}, Plot::Cursor{0, 28}};
-    add("both cursors", Plot::cursorTexts(spectrum, marks).join("|"),
-        "1:  10.00 Hz,  5      2:  14.00 Hz,  1|2 - 1:  4.00 Hz,  -4      1 / (2 - 1):  0.25 s");
-}
-
-} // namespace
-
-class TestPlotGeometry : public QObject {
-    Q_OBJECT
-
-private slots:
-    void workedByHand_data();
-    void workedByHand();
-};
-
-void TestPlotGeometry::workedByHand_data()
-{
-    QTest::addColumn<QString>("result");
-    QTest::addColumn<QString>("expected");
-    addRanges();
-    addTexts();
-    addZooms();
-    addViewsOfAPart();
-    addMarks();
-}
-
-void TestPlotGeometry::workedByHand()
-{
-    QFETCH(QString, result);
-    QTEST(result, "expected");
+    // harmonics up to the last line
+    QCOMPARE(harmonics({}, 10), QString("1 at 180, 2 at 300, 3 at 420, 4 at 540, "));
+    // harmonics in sight
+    QCOMPARE(harmonics({Plot::Range{30, 70}, {}}, 10), QString("2 at 210, 3 at 510, "));
+    QCOMPARE(harmonics({}, 0.01), QString("1 at 60.12, ")); // harmonics too close together
+    // highest line near the pointer
+    QCOMPARE(QString::number(Plot::peakFrequency(spectrum, 21.7, 2)), QString("10"));
+    Plot::Marks both;
+    both.cursors = {Plot::Cursor{0, 20}, Plot::Cursor{0, 28}};
+    QCOMPARE(Plot::cursorTexts(spectrum, both).join("|"),
+             QString("1:  10.00 Hz,  5      2:  14.00 Hz,  1|2 - 1:  4.00 Hz,  -4      1 / (2 - "
+                     "1):  0.25 s"));
 }
 
 ZRT_UNIT_TEST_MAIN(TestPlotGeometry)

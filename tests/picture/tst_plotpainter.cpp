@@ -5,11 +5,11 @@
 
 #include <QGuiApplication>
 #include <cmath>
-#include <random>
 
 Q_DECLARE_METATYPE(PlotData)
 
 using TestSupport::dataOf;
+using TestSupport::noise;
 
 namespace {
 
@@ -25,17 +25,6 @@ QImage painted(const PlotData &data, const QSize &size = usualSize, const Plot::
     if (!data.messageMode)
         Plot::paintSelection(painter, selection);
     return picture;
-}
-
-// About one sample in `spacing` is one of the odd values.
-std::vector<float> noise(int count, const std::vector<float> &odd = {0}, unsigned spacing = 50)
-{
-    std::mt19937 random(unsigned(count) + spacing);
-    std::vector<float> samples(size_t(count), 0.0F);
-    for (float &sample : samples)
-        sample = random() % spacing == 0 ? odd[random() % odd.size()]
-                                         : float(random() % 20001) / 100 - 100;
-    return samples;
 }
 
 } // namespace

@@ -1,3 +1,2 @@
-zrt_add_test(plot/plotselection unit zrt_plot)
 zrt_add_test(plot/pulsargrafik gui zrt_plot)
 zrt_add_test(plot/pulsargrafikinfo gui zrt_plot)

@@ -41,13 +41,21 @@ protected:
         return files;
     }
 
-    Ended run(const QStringList &arguments) const
+    /// Runs the program with arguments that hold no blanks.
+    Ended run(const QString &arguments) const
     {
         QProcess process;
         process.setWorkingDirectory(folder.path());
-        process.start(ZRT_BATCH, arguments);
+        process.start(ZRT_BATCH, arguments.split(' ', Qt::SkipEmptyParts));
         process.closeWriteChannel();
         return ended(process);
+    }
+
+    /// Runs the program and fails the test where it fails.
+    void succeed(const QString &arguments) const
+    {
+        const Ended end = run(arguments);
+        QVERIFY2(end.code == 0, qPrintable(arguments + "\n" + end.errors));
     }
 
     /// Runs lines of a shell, in which "zrt-batch" is the program; it ends at the first failure.
@@ -62,7 +70,7 @@ protected:
 
     static Ended ended(QProcess &process)
     {
-        if (!process.waitForFinished(120000))
+        if (process.state() != QProcess::NotRunning && !process.waitForFinished(120000))
             return {};
         return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
                 QString::fromUtf8(process.readAllStandardOutput()),

@@ -18,6 +18,8 @@ public:
 
     /// All boxes so far, in the order they were shown.
     const QVector<Box> &boxes() const { return caught; }
+    /// What the latest box said; empty: there was none.
+    QString lastText() const { return caught.isEmpty() ? QString() : caught.last().text; }
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;

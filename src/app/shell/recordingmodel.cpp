@@ -8,7 +8,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QLocale>
-#include <functional>
 
 namespace {
 
@@ -37,18 +36,6 @@ QString stateText(RecordingState state)
     return "cannot be read";
 }
 
-// "1 2 3", or "1 to 8" where they follow on each other.
-QString numbersText(int count, const std::function<int(int index)> &numberOf)
-{
-    QStringList texts;
-    bool isRun = count > 2;
-    for (int i = 0; i < count; ++i) {
-        texts << QString::number(numberOf(i));
-        isRun = isRun && numberOf(i) == numberOf(0) + i;
-    }
-    return isRun ? texts.first() + " to " + texts.last() : texts.join(' ');
-}
-
 QString frequencyText(const std::vector<double> &bands)
 {
     return bands.empty() ? QString() : QString("%1 to %2").arg(bands.front()).arg(bands.back());
@@ -72,9 +59,9 @@ QString headerText(const RecordingEntry &entry, int column)
     case RecordingModel::Step:
         return QString::number(header.tresolution * 1000, 'g', stepDigits);
     case RecordingModel::Modules:
-        return numbersText(header.modules, [&](int i) { return moduleNumber(header, i); });
+        return moduleNumbersText(header);
     case RecordingModel::Rays:
-        return numbersText(header.rays, [&](int i) { return rayNumber(header, i); });
+        return rayNumbersText(header);
     case RecordingModel::Bands:
         return QString::number(header.channels - 1);
     case RecordingModel::Frequencies:

@@ -95,6 +95,14 @@ QString rayText(const ObservationData &data, int ray)
     return withNumber(ray, rayNumber(data, ray - 1));
 }
 
+QString choicesText(const QString &action, const ObservationData &data,
+                    const PulsarParameters &parameters, int points)
+{
+    return "Action:" + action + "\nModule:" + moduleText(data, parameters.module) +
+           "\nChannel:" + QString::number(parameters.channel) +
+           "\nRay:" + rayText(data, parameters.ray) + "\nPoints:" + QString::number(points);
+}
+
 bool worksOnChannel(const QString &action)
 {
     const PulsarAnalysis *const analysis = findAnalysis(action);

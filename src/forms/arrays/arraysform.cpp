@@ -6,7 +6,7 @@
 #include "forms/arrays/arraysinfo.h"
 #include "forms/arrays/celltable.h"
 #include "forms/arrays/greypicture.h"
-#include "forms/pulsar/pulsartexts.h"
+#include "forms/filelabel.h"
 #include "forms/savefolder.h"
 #include "plot/picturemenu.h"
 #include "plot/pulsargrafik.h"
@@ -34,7 +34,7 @@ ArraysForm::ArraysForm(const QString &filePath, QWidget *parent)
     : QWidget(parent), ui(new Ui::ArraysForm), path(filePath)
 {
     ui->setupUi(this);
-    ui->filePath->setText(FormTexts::fileLabel(path));
+    ui->filePath->setText(fileLabel(path));
     emptyCentralWidget();
     file = ArrayReading::readShowingProgress(path);
     if (file.wasCancelled || !file.error.isEmpty()) {

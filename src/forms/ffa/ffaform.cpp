@@ -13,7 +13,7 @@
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
 #include "forms/ffa/ffaresults.h"
-#include "forms/pulsar/pulsartexts.h"
+#include "forms/filelabel.h"
 #include "forms/readrecording.h"
 #include "forms/savefolder.h"
 #include "forms/switchedchannels.h"
@@ -57,7 +57,7 @@ FfaForm::FfaForm(const QString &path, QWidget *parent)
     : QWidget(parent), ui(new Ui::FfaForm), recordingPath(path)
 {
     ui->setupUi(this);
-    ui->filePath->setText(FormTexts::fileLabel(path));
+    ui->filePath->setText(fileLabel(path));
     emptyCentralWidget();
     std::optional<ReadRecording> recording = readRecording(path, parent);
     if (!recording) {
@@ -318,8 +318,7 @@ void FfaForm::search()
     const int points = PulsarCalculate(recording.data, parameters).ffaPoints();
     const Searched asked = {parameters, recording.note,
                             Tools::estimateFfa(parameters.ffa, points, data.tresolution)};
-    const FfaSearchRequest request = {recording.data, parameters, asked.estimate.noiseThreshold,
-                                      mostCandidates};
+    const FfaSearchRequest request = {recording.data, parameters, {}, mostCandidates};
     using Outcome = std::shared_ptr<const FfaSearchOutcome>;
     worker.start<Outcome>(
         [request](const Jobs::Control &control, const Jobs::Deliver<Outcome> &deliver) {

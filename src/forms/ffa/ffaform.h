@@ -1,7 +1,7 @@
 #pragma once
 
 #include "calc/ffasearch.h"
-#include "forms/ffa/ffajobs.h"
+#include "calc/pulsar/searchffa.h"
 #include "jobs/worker.h"
 
 #include <QWidget>

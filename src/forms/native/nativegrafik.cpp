@@ -12,6 +12,7 @@
 #include "data/recordingwriter.h"
 #include "data/truenumbers.h"
 #include "fields/fieldstyles.h"
+#include "forms/filelabel.h"
 #include "forms/native/nativeinfo.h"
 #include "forms/native/nativeplot.h"
 #include "forms/native/nativestatistics.h"
@@ -19,7 +20,6 @@
 #include "forms/native/nativewaterfall.h"
 #include "forms/native/overviewstrip.h"
 #include "forms/native/waterfallview.h"
-#include "forms/pulsar/pulsartexts.h"
 #include "forms/savefolder.h"
 #include "plot/picturemenu.h"
 #include "ui_nativegrafik.h"
@@ -51,7 +51,7 @@ NativeGrafik::NativeGrafik(const QString &path, int withoutStep, QWidget *parent
         deleteLater();
         return;
     }
-    ui->filePath->setText(FormTexts::fileLabel(path));
+    ui->filePath->setText(fileLabel(path));
     channelsOff = ChannelSwitches::load(path, file.header().channels);
     info = new NativeInfo(this);
     info->setObjectName("nativeInfo");

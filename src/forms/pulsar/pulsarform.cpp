@@ -11,9 +11,10 @@
 #include "calc/pulsar/computedon.h"
 #include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/pulsarcommand.h"
+#include "calc/pulsar/startpoint.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
-#include "forms/pulsar/pulsartexts.h"
+#include "forms/filelabel.h"
 #include "forms/readrecording.h"
 #include "forms/savefolder.h"
 #include "forms/switchedchannels.h"
@@ -59,7 +60,7 @@ PulsarForm::PulsarForm(const QString &path, QWidget *parent)
     : QWidget(parent), ui(new Ui::PulsarForm), recordingPath(path)
 {
     ui->setupUi(this);
-    ui->filePath->setText(FormTexts::fileLabel(path));
+    ui->filePath->setText(fileLabel(path));
     emptyCentralWidget();
     if (!readRecording(path)) {
         deleteLater();
@@ -329,7 +330,7 @@ bool PulsarForm::readStart(PulsarParameters &parameters)
         parameters.firstPoint = int(std::clamp(point.value_or(0), -limit, limit));
         return true;
     }
-    const FormTexts::StartPoint start = FormTexts::pointAtUtc(data, ui->zrtUtc->text());
+    const StartPoint start = pointAtUtc(data, ui->zrtUtc->text());
     if (start.error.isEmpty()) {
         parameters.firstPoint = start.point;
         parameters.startTime = ui->zrtUtc->text();
@@ -456,7 +457,7 @@ QStringList PulsarForm::computedOnLines() const
 void PulsarForm::showTexts(const QString &description, const QStringList &names, int firstColour)
 {
     const PulsarResult &result = calculate->result();
-    QStringList report = {FormTexts::selection(shownAction, data, shownParameters, result.points),
+    QStringList report = {choicesText(shownAction, data, shownParameters, result.points),
                           description};
     report << result.remarks;
     if (!readProblem.isEmpty())

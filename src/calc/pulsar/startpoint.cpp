@@ -1,24 +1,16 @@
-#include "forms/pulsar/pulsartexts.h"
+#include "calc/pulsar/startpoint.h"
 
 #include "base/timetext.h"
-#include "calc/pulsar/computedon.h"
 #include "data/recordingtime.h"
 
 #include <algorithm>
 #include <cmath>
-
-namespace FormTexts {
 
 namespace {
 
 constexpr qint64 msPerDay = 24LL * 3600 * 1000;
 
 } // namespace
-
-QString fileLabel(const QString &path)
-{
-    return "File: " + QString(path).replace("/", "/ ");
-}
 
 StartPoint pointAtUtc(const ObservationData &data, const QString &time)
 {
@@ -53,13 +45,3 @@ StartPoint pointAtUtc(const ObservationData &data, const QString &time)
                             textOfTime(clock.utc(last), "hh:mm:ss.zzz"))};
     return {int(point), {}};
 }
-
-QString selection(const QString &action, const ObservationData &data,
-                  const PulsarParameters &parameters, int points)
-{
-    return "Action:" + action + "\nModule:" + moduleText(data, parameters.module) +
-           "\nChannel:" + QString::number(parameters.channel) +
-           "\nRay:" + rayText(data, parameters.ray) + "\nPoints:" + QString::number(points);
-}
-
-} // namespace FormTexts

@@ -1,19 +1,20 @@
 #pragma once
 
 #include "calc/ffacandidates.h"
+#include "calc/ffasearch.h"
 #include "calc/pulsar/pulsarresult.h"
 #include "data/observationdata.h"
 #include "jobs/control.h"
 
-#include <QString>
+#include <optional>
 #include <vector>
 
-/// The long computations of FfaForm, as jobs that share nothing with the form.
-
+/// A fast folding search of one ray at one dispersion with its candidates, on any thread.
 struct FfaSearchRequest {
     ObservationData data;
     PulsarParameters parameters;
-    double threshold = 0;   ///< S/N above which a peak is a candidate
+    /// True S/N above which a peak is a candidate; none: what noise alone is expected to reach.
+    std::optional<double> threshold;
     int mostCandidates = 0; ///< to be found
 };
 
@@ -21,6 +22,7 @@ struct FfaSearchOutcome {
     PulsarResult result; ///< of "createFFA"; its `ffa` is null where the search failed
     std::vector<FfaCandidate> candidates;
     FieldProblem problem; ///< why it was refused; without a text after a success
+    FfaEstimate estimate; ///< of this search, unless it failed
     double seconds = 0;   ///< that the search took
 };
 

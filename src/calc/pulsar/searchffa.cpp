@@ -1,4 +1,4 @@
-#include "forms/ffa/ffajobs.h"
+#include "calc/pulsar/searchffa.h"
 
 #include "calc/pulsar/runanalysis.h"
 
@@ -24,8 +24,11 @@ FfaSearchOutcome searchFfa(const FfaSearchRequest &request, const Jobs::Control 
     if (!search.isWhole())
         return outcome;
     outcome.result = std::move(search.result);
+    const int points = PulsarCalculate(request.data, request.parameters).ffaPoints();
+    outcome.estimate = Tools::estimateFfa(request.parameters.ffa, points, request.data.tresolution);
+    const double threshold = request.threshold.value_or(outcome.estimate.noiseThreshold);
     outcome.candidates = Tools::findCandidates(
-        *outcome.result.ffa, request.threshold, request.mostCandidates, [&](int percent) {
+        *outcome.result.ffa, threshold, request.mostCandidates, [&](int percent) {
             control.progress(searchShare + percent * (100 - searchShare) / 100);
             return !control.isStopped();
         });

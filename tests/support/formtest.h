@@ -1,0 +1,49 @@
+#pragma once
+
+#include "app/mainwindow.h"
+#include "plot/pulsargrafik.h"
+#include "support/messageboxcatcher.h"
+#include "support/recordings.h"
+
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <memory>
+
+namespace TestSupport {
+
+/// A test of forms: each of its functions gets an empty folder and a window of its own.
+class FormTest : public QObject {
+    Q_OBJECT
+
+protected slots:
+    void init();
+    void cleanup();
+
+protected:
+    QString file(const QByteArray &bytes, const QString &name = "x.pnt") const
+    {
+        return writeFile(*folder, name, bytes);
+    }
+
+    template <typename Widget>
+    Widget *find(const QString &name) const
+    {
+        Widget *const widget = window->findChild<Widget *>(name);
+        if (!widget)
+            qFatal("no widget %s", qPrintable(name));
+        return widget;
+    }
+    void click(const char *button) const { find<QAbstractButton>(button)->click(); }
+    /// Types into an empty field.
+    void type(const char *field, const QString &text) const;
+    bool isMarked(const QString &field) const; ///< as one that was refused
+    const PlotData &shown() const { return find<PulsarGrafik>("grafik")->data(); }
+    QString report() const { return find<QPlainTextEdit>("texts")->toPlainText(); }
+
+    std::unique_ptr<QTemporaryDir> folder;
+    std::unique_ptr<MainWindow> window;
+};
+
+} // namespace TestSupport
