@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/shell/applicationstyles.h"
 #include "app/shell/directoryof.h"
 #include "app/shell/recentbutton.h"
 #include "app/shell/settings.h"
@@ -118,6 +119,10 @@ void MainWindow::connectActions()
     repeat->setShortcut(QKeySequence::Open);
     connect(repeat, &QAction::triggered, this, &MainWindow::repeatCommand);
     addAction(repeat);
+    auto *const quit = new QAction("Quit", this);
+    quit->setShortcut(QKeySequence("Ctrl+Q"));
+    connect(quit, &QAction::triggered, this, &MainWindow::close);
+    addAction(quit);
 }
 
 // The path for the command whose slot calls this: the given one or else the user's answer,
@@ -128,15 +133,14 @@ QString MainWindow::ask(const std::function<QString(const QString &startPath)> &
     Settings *const settings = Settings::instance();
     QString path = std::exchange(givenPath, {});
     if (path.isEmpty())
-        path = dialog(settings->lastOpenPath());
+        path = dialog(startFolder(settings->lastOpenPath()));
     if (path.isEmpty())
         return {};
     settings->setLastOpenPath(directoryOf(path));
     takenPath = path;
-    if (command) {
+    formBefore = shownForm();
+    if (command)
         lastCommand = command;
-        recent->add(path, command);
-    }
     return path;
 }
 
@@ -172,8 +176,10 @@ void MainWindow::openDirectory(const QString &caption)
 // Opens without asking. Not while a loop of the form is on the stack, or a dialog of it.
 void MainWindow::open(QAction *command, const QString &path)
 {
-    if (!ui->menubar->isEnabled() || QApplication::activeModalWidget())
+    if (!ui->menubar->isEnabled() || QApplication::activeModalWidget()) {
+        sayNotOpened({path});
         return;
+    }
     givenPath = path;
     command->trigger();
     givenPath.clear();
@@ -206,40 +212,72 @@ QWidget *MainWindow::shownForm() const
     return layout && layout->count() > 0 ? layout->itemAt(0)->widget() : nullptr;
 }
 
-// Called after the slot of every command.
+// Called after the slot of every command. A path is one to remember once a form shows it.
 void MainWindow::rememberForm()
 {
     const QString path = std::exchange(takenPath, {});
-    if (commandForm && shownForm() == commandForm)
+    QWidget *const form = shownForm();
+    auto *const command = qobject_cast<QAction *>(sender());
+    if (form == nullptr || path.isEmpty() || form == formBefore)
         return;
-    commandForm = shownForm();
-    formCommand = path.isEmpty() ? nullptr : qobject_cast<QAction *>(sender());
+    commandForm = form;
+    formCommand = command;
     formTakesDirectory = QFileInfo(path).isDir();
+    recent->add(path, command);
 }
 
-void MainWindow::openDropped(const QString &path)
+void MainWindow::openDropped(const QStringList &paths)
 {
     const bool formTakesIt = formCommand && commandForm && commandForm == shownForm() &&
-                             formTakesDirectory == QFileInfo(path).isDir();
-    open(formTakesIt ? formCommand.data() : viewerOf(path), path);
+                             formTakesDirectory == QFileInfo(paths[0]).isDir();
+    open(formTakesIt ? formCommand.data() : viewerOf(paths[0]), paths[0]);
+    sayNotOpened(paths.mid(1));
+}
+
+void MainWindow::openPaths(const QStringList &paths)
+{
+    open(viewerOf(paths[0]), paths[0]);
+    sayNotOpened(paths.mid(1));
+}
+
+void MainWindow::sayNotOpened(const QStringList &paths)
+{
+    if (paths.isEmpty())
+        return;
+    QStringList names;
+    for (const QString &path : paths)
+        names << QFileInfo(path).fileName();
+    const bool isBusy = !ui->menubar->isEnabled() || QApplication::activeModalWidget();
+    const QString why =
+        isBusy ? "the window is at work, which Esc stops" : "the window shows one file at a time";
+    ui->statusbar->showMessage(QString("Not opened: %1 (%2).").arg(names.join(", "), why),
+                               messageMs);
 }
 
 bool MainWindow::eventFilter(QObject *watched, QEvent *event)
 {
+    // The desktop has changed between dark and light.
+    if (watched == qApp && event->type() == QEvent::ApplicationPaletteChange &&
+        !qApp->styleSheet().isEmpty())
+        QTimer::singleShot(0, this, [] { applyApplicationStyles(); });
     const bool isDrag = event->type() == QEvent::DragEnter || event->type() == QEvent::DragMove ||
                         event->type() == QEvent::Drop;
     const auto *const widget = isDrag ? qobject_cast<QWidget *>(watched) : nullptr;
     if (!widget || widget->window() != this)
         return QMainWindow::eventFilter(watched, event);
     auto *const drop = static_cast<QDropEvent *>(event);
-    const QList<QUrl> urls = drop->mimeData()->urls();
-    if (urls.isEmpty() || !urls[0].isLocalFile())
+    QStringList paths;
+    for (const QUrl &url : drop->mimeData()->urls()) {
+        if (url.isLocalFile())
+            paths << url.toLocalFile();
+    }
+    if (paths.isEmpty())
         return QMainWindow::eventFilter(watched, event);
     drop->setDropAction(Qt::CopyAction);
     drop->accept();
     // Later, for the form that goes may hold the widget under the pointer.
     if (event->type() == QEvent::Drop)
-        QTimer::singleShot(0, this, [this, path = urls[0].toLocalFile()] { openDropped(path); });
+        QTimer::singleShot(0, this, [this, paths] { openDropped(paths); });
     return true;
 }
 
@@ -290,8 +328,8 @@ void MainWindow::openCalculator()
 
 void MainWindow::readBinToText()
 {
-    if (const QString path = askForFile(); !path.isEmpty())
-        convertBinaryToText(path, this);
+    if (const QString path = askForFile(); !path.isEmpty() && convertBinaryToText(path, this))
+        recent->add(path, ui->actionReadBinToText);
 }
 
 // The commands below are disabled in the menus until their forms exist.

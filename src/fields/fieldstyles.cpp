@@ -1,6 +1,7 @@
 #include "fields/fieldstyles.h"
 
 #include <QLabel>
+#include <QStyle>
 #include <QToolTip>
 #include <QVariant>
 #include <QWidget>
@@ -11,6 +12,13 @@ void setStyle(QWidget *field, const QString &style)
 {
     field->setProperty("isLight", QVariant(!style.isEmpty()));
     field->setStyleSheet(style);
+}
+
+void setProblem(QWidget *label, bool isProblem)
+{
+    label->setProperty("isProblem", isProblem);
+    label->style()->unpolish(label); // looks at the property again
+    label->style()->polish(label);
 }
 
 QString nameOf(const QWidget *field)

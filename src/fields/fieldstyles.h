@@ -17,6 +17,9 @@ inline constexpr char plain[] = "background-color: #ffffff;";
 /// the colours of the desktop are.
 void setStyle(QWidget *field, const QString &style);
 
+/// Writes the text of a label in the colour of problems, or in its own again.
+void setProblem(QWidget *label, bool isProblem);
+
 /// What the window calls a field: the text of the label it is the buddy of, or its object name.
 QString nameOf(const QWidget *field);
 

@@ -11,7 +11,7 @@ template <typename Picture>
 void shareSaveFolder(Picture *picture)
 {
     Settings *const settings = Settings::instance();
-    picture->setSaveFolder(settings->lastSavePath());
+    picture->setSaveFolder(startFolder(settings->lastSavePath()));
     QObject::connect(picture, &Picture::fileSaved, settings, [settings](const QString &path) {
         settings->setLastSavePath(directoryOf(path));
     });

@@ -4,6 +4,7 @@
 #include "base/typednumber.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
+#include "fields/textcolours.h"
 #include "picture/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "ui_pulsargrafikinfo.h"
@@ -16,13 +17,6 @@
 namespace {
 
 constexpr int coordsLines = 4; // index and value, and one for each row of labels
-
-// A red that is read on the background.
-QColor problemColour(const QPalette &palette)
-{
-    constexpr int middle = 128;
-    return palette.color(QPalette::Base).lightness() < middle ? "#ff8080" : "#b00020";
-}
 
 } // namespace
 
@@ -87,7 +81,7 @@ void PulsarGrafikInfo::setTexts(const QString &calculation, const QString &grafi
     QTextCursor cursor(ui->texts->document());
     cursor.setPosition(problem.size(), QTextCursor::KeepAnchor);
     QTextCharFormat red;
-    red.setForeground(problemColour(ui->texts->palette()));
+    red.setForeground(TextColours::problem(ui->texts->palette()));
     cursor.mergeCharFormat(red);
 }
 

@@ -13,6 +13,7 @@ class TestShell : public QObject {
 
 private slots:
     void directory();
+    void folderOfDialogs();
     void linkColours();
     void storedValues();
     void progressDots();
@@ -28,6 +29,14 @@ void TestShell::directory()
                                           {"x.pnt", QDir::homePath()},
                                           {"/", QDir::homePath()}})
         QCOMPARE(directoryOf(path), directory);
+}
+
+void TestShell::folderOfDialogs()
+{
+    const QTemporaryDir there;
+    QCOMPARE(startFolder(there.path()), there.path());
+    QCOMPARE(startFolder(there.filePath("gone")), QDir::homePath());
+    QCOMPARE(startFolder(""), QDir::homePath());
 }
 
 void TestShell::linkColours()
@@ -65,10 +74,12 @@ void TestShell::storedValues()
     store.setValue("lastOpenPath", "/elsewhere");
     store.setValue("graphWidth", "900");
     store.sync();
-    // The second time after it was closed at full size.
+    // The second time after it was closed at full size, which it has again; the size that it goes
+    // back to is still the one before.
     for (const bool isAgain : {false, true}) {
         QWidget restored;
         settings->restore(&restored);
+        QCOMPARE(restored.isMaximized(), isAgain);
         QCOMPARE(restored.size(), QSize(640, 480));
         QCOMPARE(settings->lastOpenPath(), QString("/elsewhere"));
         QCOMPARE(settings->graphWidth, QString("900"));

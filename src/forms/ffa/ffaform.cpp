@@ -13,7 +13,6 @@
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
 #include "forms/ffa/ffaresults.h"
-#include "forms/filelabel.h"
 #include "forms/readrecording.h"
 #include "forms/savefolder.h"
 #include "forms/switchedchannels.h"
@@ -57,7 +56,7 @@ FfaForm::FfaForm(const QString &path, QWidget *parent)
     : QWidget(parent), ui(new Ui::FfaForm), recordingPath(path)
 {
     ui->setupUi(this);
-    ui->filePath->setText(fileLabel(path));
+    ui->filePath->showFile(path);
     emptyCentralWidget();
     std::optional<ReadRecording> recording = readRecording(path, parent);
     if (!recording) {
@@ -275,7 +274,7 @@ void FfaForm::showProblems(const std::vector<FieldProblem> &problems)
     }
     if (!problems.empty())
         ui->estimate->setText(others.isEmpty() ? "No search with these values" : others.join("\n"));
-    ui->estimate->setStyleSheet(others.isEmpty() ? "" : "color: #b00020;");
+    FieldStyles::setProblem(ui->estimate, !others.isEmpty());
 }
 
 // Puts the call of the batch program that does what "Search" does onto the clipboard.

@@ -12,7 +12,6 @@
 #include "data/recordingwriter.h"
 #include "data/truenumbers.h"
 #include "fields/fieldstyles.h"
-#include "forms/filelabel.h"
 #include "forms/native/nativeinfo.h"
 #include "forms/native/nativeplot.h"
 #include "forms/native/nativestatistics.h"
@@ -51,7 +50,7 @@ NativeGrafik::NativeGrafik(const QString &path, int withoutStep, QWidget *parent
         deleteLater();
         return;
     }
-    ui->filePath->setText(fileLabel(path));
+    ui->filePath->showFile(path);
     channelsOff = ChannelSwitches::load(path, file.header().channels);
     info = new NativeInfo(this);
     info->setObjectName("nativeInfo");
@@ -461,8 +460,9 @@ void NativeGrafik::saveSelection()
     bool isSelected = false;
     const NativeRange part = shownPart(isSelected);
     Settings *const settings = Settings::instance();
-    const QString folder =
-        settings->lastSavePath().isEmpty() ? directoryOf(file.path()) : settings->lastSavePath();
+    const QString saved = settings->lastSavePath();
+    const bool isThere = !saved.isEmpty() && QFileInfo(saved).isDir();
+    const QString folder = isThere ? saved : directoryOf(file.path());
     const QString proposal = folder + "/" + QFileInfo(file.path()).completeBaseName() +
                              QString("_%1.pnthr").arg(qint64(part.first));
     const QString path = QFileDialog::getSaveFileName(this, "Save selection", proposal,

@@ -14,7 +14,6 @@
 #include "calc/pulsar/startpoint.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
-#include "forms/filelabel.h"
 #include "forms/readrecording.h"
 #include "forms/savefolder.h"
 #include "forms/switchedchannels.h"
@@ -60,7 +59,7 @@ PulsarForm::PulsarForm(const QString &path, QWidget *parent)
     : QWidget(parent), ui(new Ui::PulsarForm), recordingPath(path)
 {
     ui->setupUi(this);
-    ui->filePath->setText(fileLabel(path));
+    ui->filePath->showFile(path);
     emptyCentralWidget();
     if (!readRecording(path)) {
         deleteLater();
