@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/helpdocument.h"
 #include "app/shell/applicationstyles.h"
 #include "app/shell/directoryof.h"
 #include "app/shell/recentbutton.h"
@@ -18,7 +19,6 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QDesktopServices>
 #include <QDir>
 #include <QDropEvent>
 #include <QFileDialog>
@@ -123,6 +123,10 @@ void MainWindow::connectActions()
     quit->setShortcut(QKeySequence("Ctrl+Q"));
     connect(quit, &QAction::triggered, this, &MainWindow::close);
     addAction(quit);
+    auto *const chapter = new QAction("Help on the form", this);
+    chapter->setShortcut(QKeySequence::HelpContents);
+    connect(chapter, &QAction::triggered, this, &MainWindow::showChapter);
+    addAction(chapter);
 }
 
 // The path for the command whose slot calls this: the given one or else the user's answer,
@@ -409,14 +413,23 @@ void MainWindow::showUpdates()
     showDocument("updates_zrt2_visual.pdf");
 }
 
+// The manual at the chapter of the form in the window.
+void MainWindow::showChapter()
+{
+    const QWidget *const form = shownForm();
+    const HelpChapter help = helpOn(form ? form->metaObject()->className() : "");
+    showDocument(help.document, help.chapter);
+}
+
 // The launcher starts the program in the folder that holds the documents.
-void MainWindow::showDocument(const QString &fileName)
+void MainWindow::showDocument(const QString &fileName, const QString &chapter)
 {
     const QFileInfo document("./" + fileName);
+    const QString path = document.absoluteFilePath();
     if (!document.exists())
-        ui->statusbar->showMessage("No help document " + document.absoluteFilePath(), messageMs);
-    else if (!QDesktopServices::openUrl(QUrl::fromLocalFile(document.absoluteFilePath())))
-        ui->statusbar->showMessage("No viewer for " + document.absoluteFilePath(), messageMs);
+        ui->statusbar->showMessage("No help document " + path, messageMs);
+    else if (!openDocument(path, pageOfChapter(path, chapter)))
+        ui->statusbar->showMessage("No viewer for " + path, messageMs);
 }
 
 void MainWindow::showAbout()

@@ -93,7 +93,8 @@ private:
     void sayNotOpened(const QStringList &paths);
     QWidget *shownForm() const;
     void rememberForm();
-    void showDocument(const QString &fileName);
+    void showChapter();
+    void showDocument(const QString &fileName, const QString &chapter = {});
     void sayNotBuilt(const QString &command);
 
     const std::unique_ptr<Ui::MainWindow> ui;
