@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QStyle>
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -95,6 +96,7 @@ void PlotLegend::setCurvesOf(PlotData &shown)
 void PlotLegend::addLine(int curve, const QString &name, const QColor &colour, bool visible)
 {
     auto *const box = new QCheckBox(lines);
+    box->setPalette(style()->standardPalette()); // light as its paper, on dark desktops too
     box->setText(box->fontMetrics().elidedText(name, Qt::ElideMiddle, widestName));
     box->setToolTip(name);
     box->setIcon(lineOf(colour, devicePixelRatioF()));

@@ -241,6 +241,11 @@ QStringList TestDarkDesktop::faintTexts()
         const QRect seen = widget->visibleRegion().boundingRect();
         if (seen.isEmpty())
             continue;
+        const auto *const button = qobject_cast<const QAbstractButton *>(widget);
+        if (button && (button->inherits("QCheckBox") || button->inherits("QRadioButton")))
+            judge("mark of " + button->text(), widget,
+                  contrast(widget->palette().color(QPalette::Text),
+                           widget->palette().color(QPalette::Base)));
         const auto counts = coloursOf(
             image, (textArea(widget) & seen).translated(widget->mapTo(window.get(), QPoint())));
         const QColor ground = commonest(counts);
