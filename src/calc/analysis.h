@@ -38,6 +38,7 @@ struct FieldText {
     double least = -std::numeric_limits<double>::infinity(); ///< of a form's field with arrows
     double most = std::numeric_limits<double>::infinity();
     std::vector<FieldChoice> choices = {}; ///< empty: any text or number
+    bool isOptional = false; ///< an empty field of a form leaves it to the analysis
 };
 
 /// A parameter of `Parameters`.

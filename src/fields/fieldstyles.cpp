@@ -19,7 +19,7 @@ QString nameOf(const QWidget *field)
         if (label->buddy() == field)
             return label->text().remove('&');
     }
-    return field->objectName();
+    return field->accessibleName().isEmpty() ? field->objectName() : field->accessibleName();
 }
 
 void markRefused(QWidget *field, const QString &message)

@@ -17,7 +17,8 @@ inline constexpr char plain[] = "background-color: #ffffff;";
 /// the colours of the desktop are.
 void setStyle(QWidget *field, const QString &style);
 
-/// What the window calls a field: the text of the label it is the buddy of, or its object name.
+/// What the window calls a field: the text of the label it is the buddy of, its accessible name, or
+/// else its object name.
 QString nameOf(const QWidget *field);
 
 /// Marks a field as failing and shows the message below it.

@@ -31,6 +31,12 @@ PulsarField field(FieldText text, FieldRef (*of)(P &))
     return {std::move(text), of};
 }
 
+PulsarField optional(PulsarField field)
+{
+    field.isOptional = true;
+    return field;
+}
+
 FieldText ranged(FieldText text, double least, double most)
 {
     text.least = least;
@@ -52,8 +58,9 @@ std::vector<PulsarField> selectionFields()
         field({"dispersion", "--dm", "DM", "Dispersion, pc/cm^3.", "dispersion", "pc/cm^3",
                Recorded::OfSums},
               refOf<&P::dispersion>),
-        field({"points", "--count", "N", "Points of the stretch.", "count", "", Recorded::Always},
-              refOf<&P::points>),
+        optional(field({"points", "--count", "N", "Points of the stretch.", "count", "",
+                        Recorded::Always},
+                       refOf<&P::points>)),
         field({"zrtUtc", "--utc", "TIME",
                "UTC time of the first point, hh:mm:ss, instead of --first-point.", "start_utc", "",
                Recorded::Always},
@@ -110,10 +117,10 @@ std::vector<PulsarField> actionFields()
         field({"", "--each-start", "",
                "One scan for every first point, a delta apart, at most eight."},
               nullptr),
-        field({"firstPointDelta", "--delta", "POINTS",
-               "Points between the first points. Default: a sixteenth of the recording.", "delta",
-               "points", Recorded::WhereRead},
-              refOf<&P::startDelta>),
+        optional(field({"firstPointDelta", "--delta", "POINTS",
+                        "Points between the first points. Default: a sixteenth of the recording.",
+                        "delta", "points", Recorded::WhereRead},
+                       refOf<&P::startDelta>)),
     };
 }
 
@@ -137,8 +144,8 @@ std::vector<PulsarField> searchFields()
               ffaRefOf<&F::fpmin>),
         field({"deredden", "--no-deredden", "", "Do not subtract a running median."},
               ffaRefOf<&F::deredden>),
-        field({"rmed_width", "--rmed-width", "SECONDS", "Window of the running median, s."},
-              ffaRefOf<&F::rmed_width>),
+        optional(field({"rmed_width", "--rmed-width", "SECONDS", "Window of the running median, s."},
+                       ffaRefOf<&F::rmed_width>)),
         field(ranged({"rmed_minpts", "--rmed-minpts", "N", "Points of that window."}, 3, 99999),
               ffaRefOf<&F::rmed_minpts>),
     };
