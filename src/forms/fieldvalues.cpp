@@ -16,7 +16,8 @@ namespace FieldValues {
 
 namespace {
 
-constexpr qint64 farthest = 2000000000; // beyond every recording, so that an analysis names its range
+constexpr qint64 farthest =
+    2000000000; // beyond every recording, so that an analysis names its range
 
 // The chosen one of the texts that a parameter can be; null where none is.
 const FieldChoice *chosen(const QWidget *field, const FieldText &told)
@@ -85,11 +86,6 @@ void choose(QWidget *field, const FieldText &told, const QString &value)
 }
 
 } // namespace
-
-QString Unread::problem() const
-{
-    return QString("\"%1\" is no number. Allowed: %2.").arg(text, allowed);
-}
 
 std::optional<Unread> read(QWidget *field, const FieldText &told, FieldRef value)
 {

@@ -16,9 +16,6 @@ struct Unread {
     QWidget *field = nullptr;
     QString text;
     QString allowed; ///< what the field takes
-
-    /// "\"1.5\" is no number. Allowed: a whole number."
-    QString problem() const;
 };
 
 /// Reads one field. An optional one that is empty leaves the value as it is, so does one that is

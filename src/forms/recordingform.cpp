@@ -76,8 +76,7 @@ void RecordingForm::install(QWidget *plot, QWidget *panel)
     fieldPanel = panel;
     fillCentralWidget(this, plot, panel);
     showDataEnd(findChild<QLabel *>("dataEnd"), data);
-    offerSwitchedChannels(findChild<QCheckBox *>("leaveOutChannels"), recordingPath,
-                          data.channels);
+    offerSwitchedChannels(findChild<QCheckBox *>("leaveOutChannels"), recordingPath, data.channels);
     connect(findChild<QPushButton *>("pushButton"), &QPushButton::clicked, this,
             &RecordingForm::run);
     connect(findChild<QPushButton *>("commandButton"), &QPushButton::clicked, this,
@@ -117,6 +116,12 @@ QWidget *RecordingForm::field(const QString &name) const
     return own || !fieldPanel ? own : fieldPanel->findChild<QWidget *>(name);
 }
 
+QWidget *RecordingForm::fieldOf(const FieldText &told) const
+{
+    QWidget *const named = field(told.name);
+    return named ? named : field(told.key);
+}
+
 void RecordingForm::beginReading()
 {
     unread.clear();
@@ -127,7 +132,7 @@ void RecordingForm::beginReading()
 
 void RecordingForm::readField(const FieldText &told, FieldRef value)
 {
-    QWidget *const widget = field(told.name);
+    QWidget *const widget = fieldOf(told);
     if (!widget)
         return;
     if (const std::optional<FieldValues::Unread> problem = FieldValues::read(widget, told, value))
@@ -136,7 +141,7 @@ void RecordingForm::readField(const FieldText &told, FieldRef value)
 
 void RecordingForm::showField(const FieldText &told, const FieldValue &value)
 {
-    if (QWidget *const widget = field(told.name))
+    if (QWidget *const widget = fieldOf(told))
         FieldValues::show(widget, told, value);
 }
 
@@ -153,36 +158,47 @@ std::vector<FieldProblem> RecordingForm::unreadProblems() const
             problems.push_back({box->objectName(), problem});
     }
     for (const FieldValues::Unread &problem : unread)
-        problems.push_back({problem.field->objectName(), problem.problem()});
+        problems.push_back(
+            {problem.field->objectName(),
+             QString("%1: \"%2\" is no number. Allowed: %3.")
+                 .arg(FieldStyles::nameOf(problem.field), problem.text, problem.allowed)});
     return problems;
 }
 
 void RecordingForm::mark(QWidget *failing)
 {
+    if (!failing)
+        return;
     FieldStyles::setStyle(failing, FieldStyles::failing);
     marked.push_back(failing);
+}
+
+void RecordingForm::focusOn(const FieldProblem &problem)
+{
+    QWidget *const failing = field(problem.field);
+    if (!failing)
+        return;
+    scrollTo(failing);
+    failing->setFocus();
 }
 
 void RecordingForm::refuse(const std::vector<FieldProblem> &problems, const QString &remark)
 {
     QStringList texts;
-    QWidget *first = nullptr;
     for (const FieldProblem &problem : problems) {
         texts << problem.text;
-        QWidget *const failing = field(problem.field);
-        if (failing)
-            mark(failing);
-        if (!first)
-            first = failing;
+        mark(field(problem.field));
     }
-    if (first)
-        scrollTo(first);
+    const auto first = std::find_if(problems.begin(), problems.end(),
+                                    [this](const auto &problem) { return field(problem.field); });
+    if (first != problems.end())
+        focusOn(*first);
     QRect kept;
     for (const QWidget *failing : marked)
         kept |= onScreen(failing);
     showErrorBeside(this, kept, texts.join("\n\n"), remark);
-    if (first)
-        first->setFocus();
+    if (first != problems.end())
+        focusOn(*first);
 }
 
 std::optional<SwitchedRecording> RecordingForm::computedRecording()

@@ -21,8 +21,8 @@ class LastValues;
 /// Enter, remembers the last values and copies the command of the batch program.
 ///
 /// A form brings its .ui and its analysis. The widgets are known by their object names: a field
-/// by that of its parameter in the registry, `filePath` and `dataEnd` tell what is open,
-/// `pushButton` runs, `commandButton` copies, `lastValues` brings back and `leaveOutChannels`
+/// by the name or the key of its parameter in the registry, `filePath` and `dataEnd` tell what is
+/// open, `pushButton` runs, `commandButton` copies, `lastValues` brings back and `leaveOutChannels`
 /// leaves out the channels that are switched off.
 ///
 /// Its constructor builds the widgets, calls open() and, where that succeeds, install().
@@ -85,7 +85,10 @@ protected:
     /// Everything in the fields that is no number of its range, without a message.
     std::vector<FieldProblem> unreadProblems() const;
 
+    /// Marks a field as failing until the next reading; null is nothing.
     void mark(QWidget *failing);
+    /// Brings the field of a problem into sight and gives it the focus.
+    void focusOn(const FieldProblem &problem);
     /// Tells all problems in one box that hides no field at fault. These are marked; the first gets
     /// the focus.
     void refuse(const std::vector<FieldProblem> &problems, const QString &remark = {});
@@ -110,6 +113,7 @@ protected:
 
 private:
     void copyCommand();
+    QWidget *fieldOf(const FieldText &told) const;
 
     std::vector<QWidget *> marked;
     QWidget *fieldPanel = nullptr;

@@ -8,8 +8,8 @@
 
 namespace {
 
-constexpr int gap = 12;             // pixels between the box and what is kept in sight
-constexpr QSize frame = {8, 36};    // that the desktop puts around a box
+constexpr int gap = 12;          // pixels between the box and what is kept in sight
+constexpr QSize frame = {8, 36}; // that the desktop puts around a box
 
 QRect movedInto(QRect box, const QRect &screen)
 {
@@ -27,8 +27,7 @@ void showError(QWidget *parent, const QString &text, const QString &reason)
     showErrorBeside(parent, {}, text, reason);
 }
 
-void showErrorBeside(QWidget *parent, const QRect &kept, const QString &text,
-                     const QString &reason)
+void showErrorBeside(QWidget *parent, const QRect &kept, const QString &text, const QString &reason)
 {
     QMessageBox box(QMessageBox::Warning, "Error", text, QMessageBox::Ok, parent);
     // Paths may look like rich text.
@@ -38,8 +37,8 @@ void showErrorBeside(QWidget *parent, const QRect &kept, const QString &text,
         box.ensurePolished();
         box.layout()->activate();
         const QWidget *const window = parent->window();
-        const QRect screen = window->screen() ? window->screen()->availableGeometry()
-                                              : window->frameGeometry();
+        const QRect screen =
+            window->screen() ? window->screen()->availableGeometry() : window->frameGeometry();
         const QSize size = box.sizeHint() + frame;
         box.move(placeBeside(kept, size, window->frameGeometry(), screen).topLeft());
     }

@@ -58,9 +58,9 @@ std::vector<PulsarField> selectionFields()
         field({"dispersion", "--dm", "DM", "Dispersion, pc/cm^3.", "dispersion", "pc/cm^3",
                Recorded::OfSums},
               refOf<&P::dispersion>),
-        optional(field({"points", "--count", "N", "Points of the stretch.", "count", "",
-                        Recorded::Always},
-                       refOf<&P::points>)),
+        optional(field(
+            {"points", "--count", "N", "Points of the stretch.", "count", "", Recorded::Always},
+            refOf<&P::points>)),
         field({"zrtUtc", "--utc", "TIME",
                "UTC time of the first point, hh:mm:ss, instead of --first-point.", "start_utc", "",
                Recorded::Always},
@@ -144,8 +144,9 @@ std::vector<PulsarField> searchFields()
               ffaRefOf<&F::fpmin>),
         field({"deredden", "--no-deredden", "", "Do not subtract a running median."},
               ffaRefOf<&F::deredden>),
-        optional(field({"rmed_width", "--rmed-width", "SECONDS", "Window of the running median, s."},
-                       ffaRefOf<&F::rmed_width>)),
+        optional(
+            field({"rmed_width", "--rmed-width", "SECONDS", "Window of the running median, s."},
+                  ffaRefOf<&F::rmed_width>)),
         field(ranged({"rmed_minpts", "--rmed-minpts", "N", "Points of that window."}, 3, 99999),
               ffaRefOf<&F::rmed_minpts>),
     };
