@@ -6,6 +6,7 @@
 #include "app/shell/timedprogressbar.h"
 #include "base/timetext.h"
 #include "base/version.h"
+#include "fields/wheelfilter.h"
 #include "forms/arrays/arraysdirform.h"
 #include "forms/arrays/arraysform.h"
 #include "forms/bintotext/bintotext.h"
@@ -57,6 +58,7 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent), ui(new Ui::MainWi
     ui->statusbar->addPermanentWidget(recent);
     setAcceptDrops(true);
     qApp->installEventFilter(this);
+    new Fields::WheelFilter(this);
 
     Settings *const settings = Settings::instance();
     settings->setUi(*ui);
