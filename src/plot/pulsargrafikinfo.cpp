@@ -91,6 +91,11 @@ void PulsarGrafikInfo::setTexts(const QString &calculation, const QString &grafi
     cursor.mergeCharFormat(red);
 }
 
+void PulsarGrafikInfo::showNote(const QString &note)
+{
+    ui->texts->setPlainText(note);
+}
+
 void PulsarGrafikInfo::setFourierControls(bool enabled)
 {
     ui->groupBox_fourier->setEnabled(enabled);

@@ -36,6 +36,8 @@ public:
     ///
     /// @param problem  stands above them in red; may be empty
     void setTexts(const QString &calculation, const QString &grafik, const QString &problem = {});
+    /// A text in their place, before there is a calculation.
+    void showNote(const QString &note);
 
     /// Enable what the chosen action can use.
     void setFourierControls(bool enabled);

@@ -9,6 +9,7 @@
 #include "app/shell/settings.h"
 #include "calc/finitesamples.h"
 #include "calc/waterfall.h"
+#include "data/recordingsummary.h"
 #include "data/recordingwriter.h"
 #include "data/truenumbers.h"
 #include "fields/fieldstyles.h"
@@ -139,6 +140,7 @@ void NativeGrafik::fillPassport()
         FieldStyles::setStyle(ui->fileSize, FieldStyles::failing);
 
     const ObservationData &header = file.header();
+    ui->recording->setText(recordingSummary(header).join('\n'));
     const int bands = header.channels - 1;
     ui->module->setMaximum(header.modules);
     ui->ray->setMaximum(header.rays);
