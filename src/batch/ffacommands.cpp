@@ -23,6 +23,7 @@ struct FfaArguments : TableArguments {
     std::string rayNumbers;
     std::string dispersions;
     std::string noise = request.noise.toStdString();
+    std::string channelsOff;
     bool noDeredden = false;
 };
 
@@ -184,6 +185,7 @@ FfaRequest requestOf(const FfaArguments &arguments)
         readDispersions(arguments.dispersions, complete.dispersions);
     complete.noise = QString::fromStdString(arguments.noise);
     complete.deredden = !arguments.noDeredden;
+    complete.channelsOff = QString::fromStdString(arguments.channelsOff);
     complete.output = outputOptionsOf(arguments);
     return complete;
 }
@@ -212,6 +214,7 @@ void addFfa(CLI::App &app, Chosen &chosen)
     addNoise(*command, arguments->noise);
     addSwitch(*command, "--normalise", request.normalise);
     addSwitch(*command, "--delete-step", request.deleteStep);
+    addField(*command, "--channels-off", arguments->channelsOff);
     addSearchOptions(*command, request);
     addSwitch(*command, "--no-deredden", arguments->noDeredden);
     command

@@ -106,6 +106,7 @@ PulsarParameters parametersOf(const FfaRequest &request, const ObservationData &
     parameters.noise = request.noise;
     parameters.normalise = request.normalise;
     parameters.deleteStep = request.deleteStep;
+    parameters.channelsOff = request.channelsOff;
     const int points = PulsarCalculate(header, parameters).ffaPoints();
     FfaParameters &ffa = parameters.ffa;
     ffa = Tools::presetFfa(points, header.tresolution);
@@ -422,7 +423,7 @@ QString listOr(const std::vector<Number> &numbers, const QString &otherwise)
 std::vector<HeaderLine> parameterLines(const FfaRequest &request)
 {
     const auto yesNo = [](bool is) { return QString(is ? "yes" : "no"); };
-    return {
+    std::vector<HeaderLine> lines = {
         {"action", "createFFA"},
         request.moduleNumbers.empty()
             ? HeaderLine{"module_places", listOr(request.modules, "all")}
@@ -446,6 +447,9 @@ std::vector<HeaderLine> parameterLines(const FfaRequest &request)
         {"threshold", request.threshold ? QString(numberText(*request.threshold)) : "noise"},
         {"most", QString::number(request.most)},
         {"refine", yesNo(request.refine)}};
+    if (!request.channelsOff.isEmpty())
+        lines.push_back({"channels_off", request.channelsOff});
+    return lines;
 }
 
 qint64 memoryOf(FfaRequest request, const RecordingFile &file)

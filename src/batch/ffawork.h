@@ -20,6 +20,7 @@ struct FfaRequest {
     QString noise = "polinom5";
     bool normalise = false;
     bool deleteStep = false;
+    QString channelsOff; ///< numbers from 1 with commas, left out; empty: none
     /// What is given of the search; the rest as the form presets it for the recording.
     std::optional<double> periodMin, periodMax, ducyMax, wtsp, medianWidth;
     std::optional<int> binsMin, binsMax, fewestPeriods, medianPoints;

@@ -163,6 +163,7 @@ bool isRecorded(const PulsarField &field, const PulsarAnalysis &analysis)
     case Recorded::OfSums:
         return !analysis.onChannel;
     case Recorded::WhereRead:
+    case Recorded::WhereGiven:
         return analysis.reads(field);
     default:
         return false;
@@ -182,9 +183,11 @@ std::vector<HeaderLine> parameterLines(const PulsarRequest &request)
                                      placeOr("ray", given.ray, request.rayNumber)};
     const QString otherStart = given.startTime.isEmpty() ? "--utc" : "--first-point";
     for (const PulsarField &field : pulsarFields()) {
-        if (isRecorded(field, analysis) && field.option != otherStart)
-            lines.push_back(
-                {field.key, headerText(field, field.valueIn(given), analysis.onChannel)});
+        if (!isRecorded(field, analysis) || field.option == otherStart)
+            continue;
+        const QString text = headerText(field, field.valueIn(given), analysis.onChannel);
+        if (field.recorded != Recorded::WhereGiven || !text.isEmpty())
+            lines.push_back({field.key, text});
     }
     return lines;
 }

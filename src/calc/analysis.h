@@ -24,7 +24,7 @@ struct FieldChoice {
 
 /// Which analyses write a parameter into the headers of their tables. The headers tell the batch
 /// program what is done already, so that they stay as they are.
-enum class Recorded { Never, Always, OfSums, WhereRead };
+enum class Recorded { Never, Always, OfSums, WhereRead, WhereGiven };
 
 /// What a parameter is called and what it takes.
 struct FieldText {
@@ -38,7 +38,7 @@ struct FieldText {
     double least = -std::numeric_limits<double>::infinity(); ///< of a form's field with arrows
     double most = std::numeric_limits<double>::infinity();
     std::vector<FieldChoice> choices = {}; ///< empty: any text or number
-    bool isOptional = false; ///< an empty field of a form leaves it to the analysis
+    bool isOptional = false;               ///< an empty field of a form leaves it to the analysis
 };
 
 /// A parameter of `Parameters`.

@@ -6,10 +6,12 @@
 #include "app/shell/lastvalues.h"
 #include "app/shell/progresstask.h"
 #include "app/shell/settings.h"
+#include "data/recordingsummary.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
 #include "forms/filelabel.h"
 #include "forms/readrecording.h"
+#include "forms/switchedchannels.h"
 
 #include <QCheckBox>
 #include <QClipboard>
@@ -75,6 +77,7 @@ void RecordingForm::install(QWidget *plot, QWidget *panel)
 {
     fieldPanel = panel;
     fillCentralWidget(this, plot, panel);
+    findChild<QLabel *>("recording")->setText(recordingSummary(data).join('\n'));
     showDataEnd(findChild<QLabel *>("dataEnd"), data);
     offerSwitchedChannels(findChild<QCheckBox *>("leaveOutChannels"), recordingPath, data.channels);
     connect(findChild<QPushButton *>("pushButton"), &QPushButton::clicked, this,
@@ -201,14 +204,10 @@ void RecordingForm::refuse(const std::vector<FieldProblem> &problems, const QStr
         focusOn(*first);
 }
 
-std::optional<SwitchedRecording> RecordingForm::computedRecording()
+QString RecordingForm::channelsOff() const
 {
-    SwitchedRecording recording =
-        switchedRecording(data, findChild<QCheckBox *>("leaveOutChannels"), recordingPath);
-    if (recording.data.samples)
-        return recording;
-    showError(this, "There is no memory to leave out channels.");
-    return std::nullopt;
+    return channelsToLeaveOut(findChild<QCheckBox *>("leaveOutChannels"), recordingPath,
+                              data.channels);
 }
 
 bool RecordingForm::runHere(const std::function<void(const Jobs::Control &)> &work)

@@ -3,7 +3,6 @@
 #include "calc/fieldproblem.h"
 #include "data/observationdata.h"
 #include "forms/fieldvalues.h"
-#include "forms/switchedchannels.h"
 #include "jobs/worker.h"
 
 #include <QStringList>
@@ -93,9 +92,8 @@ protected:
     /// the focus.
     void refuse(const std::vector<FieldProblem> &problems, const QString &remark = {});
 
-    /// What is computed on: without the channels that are switched off where the user wants that;
-    /// nothing, after a box, when memory is short.
-    std::optional<SwitchedRecording> computedRecording();
+    /// Numbers of the channels that sums leave out, "4,21", where the user wants that; else empty.
+    QString channelsOff() const;
 
     /// Runs work on the window's thread, which stays alive; Esc stops it. A failure is told in a
     /// box.

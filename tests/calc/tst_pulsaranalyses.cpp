@@ -91,7 +91,7 @@ void TestPulsarAnalyses::pulsarFormHasTheFields()
     widgets.insert(widgetsOf("src/forms/pulsar/pulsarform.ui"));
     PulsarParameters presets = pulsarAnalyses().front().presets;
     presets.points = PulsarCalculate::fixedPoints; // which 0 stands for
-    const QStringList filledIn = {"--utc", "--compare", "--delta"};
+    const QStringList filledIn = {"--utc", "--compare", "--delta", "--channels-off"};
     for (const PulsarField &field : pulsarFields()) {
         const auto reads = [&field](const PulsarAnalysis &analysis) {
             return !analysis.label.isEmpty() && analysis.reads(field);
@@ -112,8 +112,9 @@ void TestPulsarAnalyses::searchFormHasTheFields()
 {
     const QMap<QString, Widget> widgets = widgetsOf("src/forms/ffa/ffaform.ui");
     const PulsarAnalysis &search = *findAnalysis("createFFA");
-    const QStringList ofTheRecording = {"--module",     "--ray",        "--count",
-                                        "--period-min", "--period-max", "--rmed-width"};
+    const QStringList ofTheRecording = {"--module",      "--ray",        "--count",
+                                        "--period-min",  "--period-max", "--rmed-width",
+                                        "--channels-off"};
     int compared = 0;
     for (const PulsarField *field : search.fields) {
         // The form computes with these as they are, or chooses from a list.

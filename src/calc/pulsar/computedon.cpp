@@ -150,6 +150,8 @@ QStringList computedOn(const QString &path, const QString &action, const Observa
                  (isNormalised(action, parameters) ? ", normalised" : ", not normalised");
     if (reads(action, "--average"))
         lines << "averaging: " + averagingText(action, parameters);
+    if (reads(action, "--channels-off") && !parameters.channelsOff.isEmpty())
+        lines << "channels left out: " + QString(parameters.channelsOff).replace(",", ", ");
     lines << (parameters.deleteStep ? QString("steps taken out: %1").arg(result.steps)
                                     : QString("steps: not taken out"));
     return lines;

@@ -1,6 +1,7 @@
 #include "calc/pulsar/pulsarcalculate.h"
 
 #include "calc/levelsteps.h"
+#include "calc/pulsar/channelsoff.h"
 #include "calc/pulsar/computedon.h"
 #include "calc/pulsar/pulsaranalyses.h"
 
@@ -141,11 +142,19 @@ const float *PulsarCalculate::bandSamples(int channel) const
 bool PulsarCalculate::prepareSamples(const QString &action)
 {
     const PulsarNeeds needed = needs(action);
+    const bool isOnChannel = worksOnChannel(action);
+    ObservationData taken = data;
+    if (!isOnChannel && !parameters.channelsOff.isEmpty()) {
+        workingCopy = data.samples.withChannelsOff(
+            channelsOff(parameters.channelsOff, data.channels).value_or(std::vector<bool>()));
+        taken.samples = workingCopy;
+        if (!workingCopy)
+            return refuse("There is no memory to leave out channels.");
+    }
     const Tools::FiniteSamples finite =
-        Tools::finiteSamples(data, needed.module - 1, needed.ray - 1, needed.ranges);
+        Tools::finiteSamples(taken, needed.module - 1, needed.ray - 1, needed.ranges);
     if (!finite.samples)
         return refuse("There is not enough memory. Close other programs.");
-    const bool isOnChannel = worksOnChannel(action);
     if (!finite.empty.empty())
         return refuse(Tools::noFiniteText(finite.empty) +
                           QString(" between the points %1 and %2.\nChoose another stretch, %3")

@@ -30,6 +30,11 @@ PulsarAnalysis analysis(const Names &names, Step accept, Step compute, const QSt
     return made;
 }
 
+PulsarAnalysis ofSum(const Names &names, Step accept, Step compute, const QStringList &options)
+{
+    return analysis(names, accept, compute, options + QStringList{"--channels-off"});
+}
+
 PulsarAnalysis onChannel(const Names &names, Step accept, Step compute, const QStringList &options)
 {
     PulsarAnalysis made =
@@ -77,27 +82,26 @@ const std::vector<PulsarAnalysis> &PulsarCalculate::analyses()
                   &C::showNative, start + QStringList{"--count", "--noise", "--delete-step"}),
         onChannel({"sumPeriod", "Sum period", "fold"}, &C::acceptFold, &C::sumPeriod,
                   QStringList{"--period"} + start + QStringList{"--count"} + levels),
-        analysis({"sumChannels", "", "sum"}, &C::acceptSum, &C::sumChannelsAction, sum),
-        analysis({"sumChannelsDemoNoise", "Sum channels and  demo noise", "sum"}, &C::acceptSum,
-                 &C::sumChannelsAction, sum),
-        analysis({"sumChannelsAndAverage", "Sum channels and average", "sum", "--average"},
-                 &C::acceptFixedSum, &C::sumChannelsAndAverage,
-                 place + QStringList{"--dm"} + start + levels + QStringList{"--average"}),
-        analysis({"sumChannelsAndFourier", "Fourier of sum channels with 1 disp", "fourier"},
-                 &C::acceptFourier, &C::sumChannelsAndFourier, scanOptions({"--sigma"})),
-        analysis({"sum4Dispersions", "Fourier of sum channels with 4 disp", "fourier", "--compare"},
-                 &C::acceptFourDispersions, &C::sum4Dispersions,
-                 place + QStringList{"--compare"} + start + levels + spectrum),
-        analysis({"sumAllDispersions", "First harmonic/disp with 1 average", "dmscan"},
-                 &C::acceptScan, &C::sumAllDispersions, scanOptions()),
-        analysis({"sumMultiDispersions", "First harmonic/disp with multi average", "dmscan",
-                  "--each-average"},
-                 &C::acceptScan, &C::sumMultiDispersions, scanOptions({"--each-average"})),
-        analysis({"sumTimeDispersions", "First harmonic/disp with multi first point", "dmscan",
-                  "--each-start"},
-                 &C::acceptStarts, &C::sumTimeDispersions,
-                 scanOptions({"--each-start", "--delta"})),
-        search(analysis({"createFFA", "", "ffa"}, &C::acceptFfa, &C::createFFA, searchOptions)),
+        ofSum({"sumChannels", "", "sum"}, &C::acceptSum, &C::sumChannelsAction, sum),
+        ofSum({"sumChannelsDemoNoise", "Sum channels and  demo noise", "sum"}, &C::acceptSum,
+              &C::sumChannelsAction, sum),
+        ofSum({"sumChannelsAndAverage", "Sum channels and average", "sum", "--average"},
+              &C::acceptFixedSum, &C::sumChannelsAndAverage,
+              place + QStringList{"--dm"} + start + levels + QStringList{"--average"}),
+        ofSum({"sumChannelsAndFourier", "Fourier of sum channels with 1 disp", "fourier"},
+              &C::acceptFourier, &C::sumChannelsAndFourier, scanOptions({"--sigma"})),
+        ofSum({"sum4Dispersions", "Fourier of sum channels with 4 disp", "fourier", "--compare"},
+              &C::acceptFourDispersions, &C::sum4Dispersions,
+              place + QStringList{"--compare"} + start + levels + spectrum),
+        ofSum({"sumAllDispersions", "First harmonic/disp with 1 average", "dmscan"}, &C::acceptScan,
+              &C::sumAllDispersions, scanOptions()),
+        ofSum({"sumMultiDispersions", "First harmonic/disp with multi average", "dmscan",
+               "--each-average"},
+              &C::acceptScan, &C::sumMultiDispersions, scanOptions({"--each-average"})),
+        ofSum({"sumTimeDispersions", "First harmonic/disp with multi first point", "dmscan",
+               "--each-start"},
+              &C::acceptStarts, &C::sumTimeDispersions, scanOptions({"--each-start", "--delta"})),
+        search(ofSum({"createFFA", "", "ffa"}, &C::acceptFfa, &C::createFFA, searchOptions)),
     };
     return all;
 }

@@ -58,6 +58,10 @@ std::vector<PulsarField> selectionFields()
         field({"dispersion", "--dm", "DM", "Dispersion, pc/cm^3.", "dispersion", "pc/cm^3",
                Recorded::OfSums},
               refOf<&P::dispersion>),
+        field({"leaveOutChannels", "--channels-off", "LIST",
+               "Numbers of channels, from 1, that sums leave out: 4,21.", "channels_off", "",
+               Recorded::WhereGiven},
+              refOf<&P::channelsOff>),
         optional(field(
             {"points", "--count", "N", "Points of the stretch.", "count", "", Recorded::Always},
             refOf<&P::points>)),

@@ -22,6 +22,7 @@ struct PulsarParameters {
                              ///< sixteenth of the recording
     int points = 0;          ///< wanted length of "showNative", "sumPeriod", "sumChannels" (and
                              ///< "sumChannelsDemoNoise") and "createFFA"; 0: their own
+    QString channelsOff;     ///< numbers of channels, "4,21", that sums leave out; empty: none
     bool deleteStep = false; ///< take jumps of the level out of a working copy
     int averageCount = 0;    ///< halvings before the transform
     bool withNull = false;   ///< zero padding to double length

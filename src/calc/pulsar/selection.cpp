@@ -2,6 +2,7 @@
 
 #include "base/timetext.h"
 #include "calc/fourier.h"
+#include "calc/pulsar/channelsoff.h"
 #include "data/recordingtime.h"
 #include "results/reporttext.h"
 
@@ -63,7 +64,14 @@ bool PulsarCalculate::acceptSelection(double dispersion)
         return refuse(QString("The passport gives a step of %1 ms (tresolution): delays and "
                               "frequencies cannot be computed.")
                           .arg(ReportText::general(data.tresolution * 1000)));
-    return acceptStart(dispersion) && hasPlace;
+    const bool hasChannels =
+        parameters.channelsOff.isEmpty() || channelsOff(parameters.channelsOff, data.channels) ||
+        refuse(QString("\"%1\" does not tell channels to leave out.\nAllowed: numbers from 1 to "
+                       "%2, with commas.")
+                   .arg(parameters.channelsOff)
+                   .arg(data.channels),
+               "leaveOutChannels");
+    return acceptStart(dispersion) && hasPlace && hasChannels;
 }
 
 bool PulsarCalculate::acceptStart(double dispersion)

@@ -124,6 +124,7 @@ std::vector<FieldProblem> FfaForm::readParameters(PulsarParameters &parameters)
     beginReading();
     parameters = analysis().presets;
     readFields(analysis().fields, parameters);
+    parameters.channelsOff = channelsOff();
     const int points = PulsarCalculate(data, parameters).ffaPoints();
     if (parameters.points == 0 && !ui->points->text().isEmpty())
         parameters.points = -1; // typed, so refused
@@ -205,11 +206,6 @@ bool FfaForm::showProblems(const std::vector<FieldProblem> &problems)
 
 QString FfaForm::command()
 {
-    if (ui->leaveOutChannels->isEnabled() && ui->leaveOutChannels->isChecked()) {
-        showError(this, "The batch program computes with all channels; uncheck \"" +
-                            ui->leaveOutChannels->text() + "\" first.");
-        return {};
-    }
     PulsarParameters parameters;
     const std::vector<FieldProblem> problems = readParameters(parameters);
     return showProblems(problems) ? ffaCommand(parameters, recordingPath) : QString();
@@ -223,13 +219,10 @@ void FfaForm::search()
         focusOn(problems[0]);
         return;
     }
-    const std::optional<SwitchedRecording> recording = computedRecording();
-    if (!recording)
-        return;
-    const int points = PulsarCalculate(recording->data, parameters).ffaPoints();
-    const Searched asked = {parameters, recording->note,
+    const int points = PulsarCalculate(data, parameters).ffaPoints();
+    const Searched asked = {parameters,
                             Tools::estimateFfa(parameters.ffa, points, data.tresolution)};
-    const FfaSearchRequest request = {recording->data, parameters, {}, mostCandidates};
+    const FfaSearchRequest request = {data, parameters, {}, mostCandidates};
     using Outcome = std::shared_ptr<const FfaSearchOutcome>;
     worker.start<Outcome>(
         [request](const Jobs::Control &control, const Jobs::Deliver<Outcome> &deliver) {
@@ -275,8 +268,8 @@ QStringList FfaForm::sourceLines() const
     lines << QString("S/N that white noise is expected to reach: %1")
                  .arg(searched.estimate.noiseThreshold, 0, 'f', 2);
     lines << found->result.remarks;
-    if (!searched.leftOut.isEmpty())
-        lines << searched.leftOut;
+    if (!searched.leftOut().isEmpty())
+        lines << searched.leftOut();
     return lines;
 }
 

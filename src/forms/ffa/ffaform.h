@@ -44,8 +44,13 @@ private:
     // What a search was asked for.
     struct Searched {
         PulsarParameters parameters;
-        QString leftOut; // a note on the channels that are switched off
         FfaEstimate estimate;
+
+        QString leftOut() const // empty where all channels are summed
+        {
+            const QString &off = parameters.channelsOff;
+            return off.isEmpty() ? QString() : "channels left out: " + off;
+        }
     };
 
     void connectInputs();

@@ -43,8 +43,8 @@ void FfaForm::showResult()
     }
     if (!readProblem.isEmpty())
         noise += "\n" + readProblem;
-    if (!searched.leftOut.isEmpty())
-        noise += "\n" + searched.leftOut;
+    if (!searched.leftOut().isEmpty())
+        noise += "\n" + searched.leftOut();
     const Settings *const settings = Settings::instance();
     const QString folder =
         settings->lastSavePath().isEmpty() ? settings->lastOpenPath() : settings->lastSavePath();

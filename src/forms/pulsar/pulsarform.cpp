@@ -3,6 +3,7 @@
 #include "app/shell/errorbox.h"
 #include "app/shell/progresstask.h"
 #include "base/numbertext.h"
+#include "base/timetext.h"
 #include "base/typednumber.h"
 #include "calc/fourier.h"
 #include "calc/pulsar/computedon.h"
@@ -10,6 +11,7 @@
 #include "calc/pulsar/pulsarcommand.h"
 #include "calc/pulsar/runanalysis.h"
 #include "calc/pulsar/startpoint.h"
+#include "data/recordingtime.h"
 #include "fields/fieldstyles.h"
 #include "forms/savefolder.h"
 #include "picture/axistexts.h"
@@ -52,12 +54,43 @@ PulsarForm::PulsarForm(const QString &path, QWidget *parent)
     shareSaveFolder(grafik);
     PulsarParameters presets;
     readDispersions(presets);
+    const QStringList otherPresets = fitPresets();
     connectInputs();
     install(grafik, info);
+    if (!otherPresets.isEmpty())
+        info->showNote("Other presets suit this recording:\n" + otherPresets.join('\n'));
     ui->sumChannelsAndFourier->setFocus();
 }
 
 PulsarForm::~PulsarForm() = default;
+
+// Presets that the recording lacks give way to what it has; the lines say which and why.
+QStringList PulsarForm::fitPresets()
+{
+    QStringList lines;
+    const auto fit = [&](QSpinBox *box, const char *name, int count) {
+        if (box->value() <= count || count < 1)
+            return;
+        lines << QString("%1 %2, for there is no %3").arg(name).arg(count).arg(box->value());
+        box->setValue(count);
+    };
+    fit(ui->module, "module", data.modules);
+    fit(ui->ray, "ray", data.rays);
+    const int last = completePoints(data) - PulsarCalculate::fixedPoints - 1;
+    if (ui->firstPoint->text().toInt() > last) {
+        lines << QString("first point 0, for sums need %1 points after %2")
+                     .arg(PulsarCalculate::fixedPoints)
+                     .arg(ui->firstPoint->text());
+        ui->firstPoint->setText("0");
+    }
+    const QDateTime begin = exactBegin(data);
+    if (begin.isValid() && !pointAtUtc(data, ui->zrtUtc->text()).error.isEmpty()) {
+        const QString time = textOfTime(begin, "hh:mm:ss");
+        lines << QString("ZRT UTC %1, for %2 is not in it").arg(time, ui->zrtUtc->text());
+        ui->zrtUtc->setText(time);
+    }
+    return lines;
+}
 
 void PulsarForm::connectInputs()
 {
@@ -102,12 +135,6 @@ QString PulsarForm::command()
     const QString action = chosenAction();
     if (action.isEmpty())
         return {};
-    if (!worksOnChannel(action) && ui->leaveOutChannels->isEnabled() &&
-        ui->leaveOutChannels->isChecked()) {
-        showError(this, "The batch program computes with all channels; uncheck \"" +
-                            ui->leaveOutChannels->text() + "\" first.");
-        return {};
-    }
     std::vector<FieldProblem> problems;
     std::optional<PulsarParameters> parameters = readParameters(problems);
     if (!parameters)
@@ -157,19 +184,13 @@ void PulsarForm::compute(const QString &action, int points)
     // The other actions show so many points of what they give.
     parameters->points = worksOnChannel(action) ? points : 0;
     const QStringList unreadFields = unreadTexts();
-
-    // What a single channel shows is there whether the channel is on or off.
-    const std::optional<SwitchedRecording> recording =
-        worksOnChannel(action) ? SwitchedRecording{data, {}} : computedRecording();
-    if (!recording)
-        return;
     AnalysisOutcome outcome;
     const auto work = [&](const Jobs::Control &control) {
         const QMutexLocker pressesIgnored(&grafik->busyMutex());
         for (const FieldProblem &problem : findProblems(action, data, *parameters))
             problems.push_back(problem);
         if (problems.empty())
-            outcome = runAnalysis(action, recording->data, *parameters, control);
+            outcome = runAnalysis(action, data, *parameters, control);
     };
     if (!runHere(work) || outcome.isStopped)
         return;
@@ -181,7 +202,7 @@ void PulsarForm::compute(const QString &action, int points)
         refuse(problems, unreadFields.join("\n"));
         return;
     }
-    shown = {std::move(outcome.result), *parameters, action, unreadFields, recording->note};
+    shown = {std::move(outcome.result), *parameters, action, unreadFields};
     wantedPoints = points;
     showResult();
 }
@@ -195,6 +216,7 @@ std::optional<PulsarParameters> PulsarForm::readParameters(std::vector<FieldProb
         return std::nullopt;
     PulsarParameters parameters;
     readFields(plainFields(), parameters);
+    parameters.channelsOff = channelsOff();
     readDispersions(parameters);
     readStart(parameters, problems);
     return parameters;
@@ -334,11 +356,7 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, const
 // For the report, for tables and for pictures.
 QStringList PulsarForm::computedOnLines() const
 {
-    QStringList lines =
-        computedOn(recordingPath, shown->action, data, shown->parameters, shown->result);
-    if (!shown->leftOut.isEmpty())
-        lines << shown->leftOut;
-    return lines;
+    return computedOn(recordingPath, shown->action, data, shown->parameters, shown->result);
 }
 
 void PulsarForm::showTexts(const QString &description, const QStringList &names, int firstColour)

@@ -44,9 +44,9 @@ private:
         PulsarParameters parameters;
         QString action;
         QStringList unread; ///< fields without a number
-        QString leftOut;    ///< a note on the channels that are switched off
     };
 
+    QStringList fitPresets();
     void connectInputs();
     void takeHarmonicOfPeriod();
     void compute(const QString &action, int points);
