@@ -129,8 +129,7 @@ void addCommand(CLI::App &app, Chosen &chosen, const PulsarCommand &described)
     command->callback([&chosen, arguments, command] {
         for (const auto &[text, typed] : arguments->texts)
             *text = QString::fromStdString(typed);
-        const double dm = arguments->parameters.dispersion;
-        arguments->parameters.dispersions = {0, dm / 2, dm, 2 * dm};
+        arguments->parameters.dispersions = comparedDispersions(arguments->parameters.dispersion);
         for (const auto &[numbers, typed] : arguments->lists) {
             if (typed.size() == numbers->size())
                 std::copy(typed.begin(), typed.end(), numbers->begin());

@@ -309,6 +309,11 @@ Answer zrtToCatalog(const ZrtInput &input)
                                   "0 to about 62 degrees!");
     else
         answer.report += carriedNote("delta", input.delta, 90);
+    if (point > 0 && pointOfTime(input.time, input.tres) == QString::number(point))
+        answer.report +=
+            "<p><span class='red'>alfa Kest takes the time as that of point 0 and adds "
+            "the point: here the time is that of the point already, which counts "
+            "twice!</span>";
     return answer;
 }
 

@@ -41,10 +41,13 @@ QStringList recordingSummary(const ObservationData &header)
     lines << length;
     if (const QDateTime begin = exactBegin(header); begin.isValid())
         lines << textOfTime(begin, "yyyy-MM-dd hh:mm:ss.zzz") + " UTC";
+    QStringList content;
     if (header.modules > 0 && header.rays > 0)
-        lines << many("module", header.modules, moduleNumbersText(header)) + ", " +
-                     many("ray", header.rays, rayNumbersText(header));
+        content << many("module", header.modules, moduleNumbersText(header)) + ", " +
+                       many("ray", header.rays, rayNumbersText(header));
     if (header.channels > 1)
-        lines << bandsText(header);
+        content << bandsText(header);
+    if (!content.isEmpty())
+        lines << content.join("; ");
     return lines;
 }

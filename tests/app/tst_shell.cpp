@@ -1,5 +1,6 @@
 #include "app/shell/clicklable.h"
 #include "app/shell/directoryof.h"
+#include "app/shell/errorbox.h"
 #include "app/shell/progresstask.h"
 #include "app/shell/settings.h"
 #include "support/testmain.h"
@@ -17,6 +18,7 @@ private slots:
     void storedValues();
     void progressDots();
     void taskHoldsTheWindow();
+    void boxHidesNoField();
 };
 
 void TestShell::directory()
@@ -123,6 +125,21 @@ void TestShell::taskHoldsTheWindow()
     QTRY_VERIFY(!window.isVisible());
     QTest::keyClick(&window, Qt::Key_Escape);
     Settings::instance()->setUi({});
+}
+
+// Wherever the field is, as long as the screen has the room.
+void TestShell::boxHidesNoField()
+{
+    const QRect screen(0, 0, 1280, 720);
+    const QSize box(400, 200);
+    for (const QRect &kept : {QRect(10, 200, 100, 30), QRect(500, 300, 300, 30),
+                              QRect(0, 340, 1280, 30), QRect(600, 0, 60, 720)}) {
+        const QRect place = placeBeside(kept, box, screen, screen);
+        QVERIFY(!place.intersects(kept) && screen.contains(place));
+        QCOMPARE(place.size(), box);
+    }
+    QCOMPARE(placeBeside({10, 200, 100, 30}, box, screen, screen).center(), screen.center());
+    QVERIFY(screen.contains(placeBeside(screen, box, screen, screen)));
 }
 
 ZRT_GUI_TEST_MAIN(TestShell)

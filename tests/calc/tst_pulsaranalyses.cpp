@@ -181,16 +181,18 @@ void TestPulsarAnalyses::tellsAllProblemsAtOnce()
     QVERIFY(findProblems("showNative", header, {}).empty());
     const std::pair<const char *, QStringList> rows[] = {
         {"sumPeriod", {"module", "channel", "ray", "firstPoint"}},
-        {"sumChannelsDemoNoise", {"module", "ray", "firstPoint", "dispersion"}},
-        {"sum4Dispersions", {"module", "ray", "firstPoint", "dispersion3"}},
+        {"sumChannelsDemoNoise", {"module", "ray", "leaveOutChannels", "firstPoint", "dispersion"}},
+        {"sum4Dispersions", {"module", "ray", "leaveOutChannels", "firstPoint", "dispersion3"}},
         {"sumTimeDispersions",
-         {"module", "ray", "firstPoint", "dispersion", "harmonicNum", "firstPointDelta"}},
-        {"createFFA", {"module", "ray", "firstPoint", "dispersion"}}};
+         {"module", "ray", "leaveOutChannels", "firstPoint", "dispersion", "harmonicNum",
+          "firstPointDelta"}},
+        {"createFFA", {"module", "ray", "leaveOutChannels", "firstPoint", "dispersion"}}};
     for (const auto &[action, expected] : rows) {
         PulsarParameters parameters = findAnalysis(action)->presets;
         parameters.module = 2;
         parameters.ray = 0;
         parameters.channel = 34;
+        parameters.channelsOff = "3,34";
         parameters.firstPoint = -1;
         parameters.dispersion = -26;
         parameters.dispersions[2] = -1;

@@ -161,8 +161,7 @@ bool PulsarCalculate::prepareSamples(const QString &action)
                               .arg(needed.begin())
                               .arg(needed.end() - 1)
                               .arg(isOnChannel ? "channel, ray or module."
-                                               : "ray or module; the forms can also leave out "
-                                                 "channels that \"Show native\" switches off."),
+                                               : "ray or module, or leave the channels out."),
                       isOnChannel ? "channel" : "");
     if (!finite.replaced.empty()) {
         workingCopy = finite.samples;

@@ -39,6 +39,10 @@ public:
     NativeGrafik(const QString &path, int withoutStep, QWidget *parent);
     ~NativeGrafik() override;
 
+    /// Shows the surroundings of a point as soon as they are read; of a point beyond the recording
+    /// nothing but a line in the status bar.
+    void lookAt(int point);
+
 private:
     bool openRecording(const QString &path);
     QWidget *makeMiddle();

@@ -59,7 +59,8 @@ PulsarForm::PulsarForm(const QString &path, QWidget *parent)
     install(grafik, info);
     if (!otherPresets.isEmpty())
         info->showNote("Other presets suit this recording:\n" + otherPresets.join('\n'));
-    ui->sumChannelsAndFourier->setFocus();
+    ui->dispersion->setFocus(); // no choice that is not made yet
+    ui->dispersion->selectAll();
 }
 
 PulsarForm::~PulsarForm() = default;
@@ -256,8 +257,7 @@ void PulsarForm::readDispersions(PulsarParameters &parameters)
         readField(pulsarField("--dm"), &parameters.dispersion);
     if (!unread.empty() && unread.back().field == ui->dispersion)
         unread.back().allowed += ", or four of them";
-    const double dm = parameters.dispersion;
-    parameters.dispersions = chosenDispersions.value_or(std::array{0.0, dm / 2, dm, 2 * dm});
+    parameters.dispersions = chosenDispersions.value_or(comparedDispersions(parameters.dispersion));
     info->setDispersions(parameters.dispersions);
 }
 
