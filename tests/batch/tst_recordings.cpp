@@ -6,6 +6,7 @@
 #include "support/recordings.h"
 #include "support/testmain.h"
 
+#include <QRegularExpression>
 #include <cmath>
 
 // What the program says of recordings that are damaged or odd, and how recordings become
@@ -103,6 +104,14 @@ void TestRecordings::samplesThatAreNoNumbers()
     QCOMPARE(none.code, 65);
     QVERIFY2(none.errors.contains("no finite number"), qPrintable(none.errors));
     QVERIFY(madeOf("none.pnt").isEmpty());
+    if (!command.contains(QRegularExpression("^(sum|fourier|dmscan|ffa)")))
+        return;
+    const Ended without = run(command + " --ray 1 --channels-off 5 holed.pnt");
+    QCOMPARE(without.code, 0);
+    QVERIFY2(!without.errors.contains("finite"), qPrintable(without.errors));
+    QVERIFY(contentOf(path("holed.pnt." + command.section(' ', 0, 0) + ".txt"))
+                .contains("channels_off: 5\n"));
+    QCOMPARE(run(command + " --ray 1 --channels-off 5,34 holed.pnt --tag bad").code, 65);
 }
 
 // Another length than the form's is the same sum.

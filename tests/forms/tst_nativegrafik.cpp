@@ -45,6 +45,7 @@ class TestNativeGrafik : public TestSupport::FormTest {
 
 private slots:
     void passportPulseAndStatistics();
+    void surroundingsOfAPoint();
     void viewAndSelectionSurviveChanges();
     void switchesAreRemembered();
     void burst();
@@ -86,6 +87,17 @@ void TestNativeGrafik::passportPulseAndStatistics()
         find<QRadioButton>(mode)->setChecked(true);
         QTRY_COMPARE(int(shown().graphs.size()), curves);
         QTRY_VERIFY(!find<WaterfallView>("waterfall")->isVisible());
+    }
+}
+
+void TestNativeGrafik::surroundingsOfAPoint()
+{
+    for (const auto &[point, first] : {std::pair(3000, 500), {10, 0}, {5990, 1000}}) {
+        auto *const form = new NativeGrafik(file(recording), 1, window.get());
+        form->lookAt(point);
+        const auto *const grafik = find<PulsarGrafik>("grafik");
+        QTRY_COMPARE(int(std::lround(grafik->visibleRange().points)), 5000);
+        QCOMPARE(int(std::lround(grafik->visibleRange().first)), first);
     }
 }
 
