@@ -1,6 +1,7 @@
 #include "batch/pulsarwork.h"
 
 #include "calc/pulsar/axislines.h"
+#include "calc/pulsar/bandsum.h"
 #include "calc/pulsar/computedon.h"
 #include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/runanalysis.h"
@@ -53,7 +54,7 @@ void addRayHeader(const QString &action, const PulsarParameters &given,
     if (isSum)
         lines.push_back({"disp", QString::number(std::lround(given.dispersion))});
     lines.push_back({"tresolution", numberText(header.tresolution) + " s"});
-    const int band = isSum ? PulsarCalculate::sumBands : given.channel;
+    const int band = isSum ? Pulsar::sumBands : given.channel;
     if (band >= 1 && band <= int(header.fbands.size()))
         lines.push_back({isSum ? "reference_frequency" : "frequency",
                          numberText(header.fbands[std::size_t(band - 1)]) + " MHz"});
@@ -78,11 +79,11 @@ Accepted accept(const PulsarRequest &request, const RecordingFile &file)
         accepted.failure = findStart(given, file);
     if (accepted.failure)
         return accepted;
-    PulsarCalculate calculate(file.header(), given);
-    if (calculate.validate(request.action))
-        accepted.needs = calculate.needs(request.action);
+    const std::vector<FieldProblem> problems = findProblems(request.action, file.header(), given);
+    if (problems.empty())
+        accepted.needs = findNeeds(request.action, file.header(), given);
     else
-        accepted.failure = refusalOf(calculate.problems().front(), file.path());
+        accepted.failure = refusalOf(problems.front(), file.path());
     return accepted;
 }
 
@@ -151,7 +152,7 @@ QString headerText(const PulsarField &field, const FieldValue &value, bool onCha
         text = numbers.join(' ');
     }
     if (field.option == "--count" && text == "0")
-        text = onChannel ? QString("all") : QString::number(PulsarCalculate::fixedPoints);
+        text = onChannel ? QString("all") : QString::number(Pulsar::fixedPoints);
     return field.unit.isEmpty() ? text : text + " " + field.unit;
 }
 

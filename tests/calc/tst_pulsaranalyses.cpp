@@ -1,3 +1,5 @@
+#include "calc/pulsar/bandsum.h"
+#include "calc/pulsar/problems.h"
 #include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/pulsarcommand.h"
 #include "calc/pulsar/runanalysis.h"
@@ -90,7 +92,7 @@ void TestPulsarAnalyses::pulsarFormHasTheFields()
     QMap<QString, Widget> widgets = widgetsOf("src/plot/pulsargrafikinfo.ui");
     widgets.insert(widgetsOf("src/forms/pulsar/pulsarform.ui"));
     PulsarParameters presets = pulsarAnalyses().front().presets;
-    presets.points = PulsarCalculate::fixedPoints; // which 0 stands for
+    presets.points = Pulsar::fixedPoints; // which 0 stands for
     const QStringList filledIn = {"--utc", "--compare", "--delta"};
     for (const PulsarField &field : pulsarFields()) {
         const auto reads = [&field](const PulsarAnalysis &analysis) {
@@ -202,15 +204,16 @@ void TestPulsarAnalyses::tellsAllProblemsAtOnce()
     }
 }
 
-// An action without a row in PulsarCalculate is refused as one that does not exist; the manual
-// has a paragraph of each that has a button.
+// An action without a row in the list is refused as one that does not exist; the manual has a
+// paragraph of each that has a button.
 void TestPulsarAnalyses::everyActionIsKnownToTheProgram()
 {
     const QString manual = fileText("docs/help/README_zrt2_visual.md").simplified();
     for (const PulsarAnalysis &analysis : pulsarAnalyses()) {
-        PulsarCalculate calculate({}, {});
-        QVERIFY(!calculate.validate(analysis.name)); // an empty recording
-        QVERIFY2(!calculate.failure().startsWith("There is no action"), qPrintable(analysis.name));
+        const Problems problems = findProblems(analysis.name, {}, {}); // an empty recording
+        QVERIFY(!problems.empty());
+        QVERIFY2(!problems.front().text.startsWith("There is no action"),
+                 qPrintable(analysis.name));
         const QString label = analysis.label.simplified();
         QVERIFY2(label.isEmpty() || manual.contains("**" + label), qPrintable(label));
     }

@@ -2,8 +2,8 @@
 
 #include "base/numbertext.h"
 #include "base/timetext.h"
+#include "calc/pulsar/bandsum.h"
 #include "calc/pulsar/pulsaranalyses.h"
-#include "calc/pulsar/pulsarcalculate.h"
 #include "data/recordingtime.h"
 #include "data/truenumbers.h"
 #include "results/reporttext.h"
@@ -131,7 +131,7 @@ QStringList computedOn(const QString &path, const QString &action, const Observa
     const int ray = rayNumber(data, parameters.ray - 1);
     QStringList lines = {"file: " + path, "module: " + withPlace(module, parameters.module) +
                                               ", ray: " + withPlace(ray, parameters.ray)};
-    constexpr int bands = PulsarCalculate::sumBands;
+    constexpr int bands = Pulsar::sumBands;
     if (worksOnChannel(action))
         lines << QString("channel: %1, %2")
                      .arg(parameters.channel)

@@ -2,6 +2,7 @@
 
 #include "calc/ffaresult.h"
 #include "calc/ffasearch.h"
+#include "calc/fieldproblem.h"
 
 #include <QString>
 #include <QStringList>
@@ -74,4 +75,14 @@ struct PulsarResult {
     QStringList remarks;      ///< what the user should know beside it, one paragraph each
     std::vector<PulsarMultiResult> multi; ///< where the action compares results: one per curve
     std::shared_ptr<const FfaResult> ffa; ///< of "createFFA"
+};
+
+/// How an action ended.
+struct AnalysisOutcome {
+    PulsarResult result;                ///< as far as it was built; whole where isWhole()
+    std::vector<FieldProblem> problems; ///< why it was refused, in the order of the checks; empty
+                                        ///< after a success
+    bool isStopped = false;             ///< on request
+
+    bool isWhole() const { return problems.empty() && !isStopped; }
 };

@@ -1,14 +1,13 @@
-#include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/remarks.h"
 
-#include "calc/channelsum.h"
+#include "calc/pulsar/bandsum.h"
 
 #include <algorithm>
 #include <iterator>
 
-// What the reports of several actions say beside the system's own texts.
+namespace Pulsar {
 
-// What a report says of the base line that was taken off.
-QString PulsarCalculate::baselineText(const QString &noise)
+QString baselineText(const QString &noise)
 {
     if (noise == "polinom5")
         return "\nApproximation with polinom 5";
@@ -19,60 +18,60 @@ QString PulsarCalculate::baselineText(const QString &noise)
     return "\nWithow deduct noise base line";
 }
 
-// "First point" as a line of a report, by number or by time as it was chosen.
-QString PulsarCalculate::startText() const
+QString startText(const PulsarParameters &parameters)
 {
     if (parameters.startTime.isEmpty())
         return "\nFirst point = " + QString::number(parameters.firstPoint);
     return "\nFirst point time = " + parameters.startTime;
 }
 
-QString PulsarCalculate::startsText(const std::vector<int> &starts) const
+QStringList bandRemarks(const SumReach &sum, int wholeBands, const std::vector<int> &starts)
 {
-    QStringList texts;
-    for (const int start : starts)
-        texts << pointText(start);
-    return texts.join(", ");
-}
-
-void PulsarCalculate::remarkOnBands(const std::vector<int> &starts)
-{
-    const int bands = data.channels - 1;
+    QStringList remarks;
+    const int bands = sum.header.channels - 1;
     if (bands > sumBands)
-        outcome.remarks << QString("bands 1-%1 of %2 used").arg(sumBands).arg(bands);
+        remarks << QString("bands 1-%1 of %2 used").arg(sumBands).arg(bands);
     const auto startsWhere = [&](auto isMeant) {
-        std::vector<int> meant;
-        std::copy_if(starts.begin(), starts.end(), std::back_inserter(meant), isMeant);
-        return starts.size() > 1 ? " (first point " + startsText(meant) + ")" : QString();
+        QStringList meant;
+        for (const int start : starts) {
+            if (isMeant(start))
+                meant << pointText(sum.header, sum.parameters, start);
+        }
+        return starts.size() > 1 ? " (first point " + meant.join(", ") + ")" : QString();
     };
-    if (fewestBands < sumBands) {
-        const int last = lastFullStart(largestDispersion);
-        outcome.remarks << QString("The recording ends before the delayed samples of every band%1: "
-                                   "the sum holds %2 of the %3 bands whole; %4.")
-                               .arg(startsWhere([last](int start) { return start > last; }))
-                               .arg(fewestBands)
-                               .arg(sumBands)
-                               .arg(fullStartText(largestDispersion));
+    if (wholeBands < sumBands) {
+        const int last = sum.lastFullStart();
+        remarks << QString("The recording ends before the delayed samples of every band%1: "
+                           "the sum holds %2 of the %3 bands whole; %4.")
+                       .arg(startsWhere([last](int start) { return start > last; }))
+                       .arg(wholeBands)
+                       .arg(sumBands)
+                       .arg(sum.fullStartText());
     }
-    const int missing = pointsWithoutAllBands(largestDispersion, starts.front());
+    const int missing = sum.pointsWithoutAllBands(starts.front());
     const int whole = starts.front() + missing;
     if (missing > 0)
-        outcome.remarks << QString("The first %1 points%2 lack bands whose shifted samples lie "
-                                   "before the recording; from first point %3 on none is missing.")
-                               .arg(missing)
-                               .arg(startsWhere([whole](int start) { return start < whole; }))
-                               .arg(pointText(whole));
+        remarks << QString("The first %1 points%2 lack bands whose shifted samples lie "
+                           "before the recording; from first point %3 on none is missing.")
+                       .arg(missing)
+                       .arg(startsWhere([whole](int start) { return start < whole; }))
+                       .arg(pointText(sum.header, sum.parameters, whole));
+    return remarks;
 }
 
-// A sum shows every pulse at the time of its arrival in the reference band.
-void PulsarCalculate::remarkOnTimes(int channel)
+QStringList bandRemarks(const SumReach &sum, int wholeBands)
 {
-    outcome.times =
-        channel <= int(data.fbands.size())
-            ? QString("Times and periods are topocentric, at %1 MHz (band %2).")
-                  .arg(data.fbands[std::size_t(channel - 1)])
-                  .arg(channel)
-            : QString("Channel %1 is no frequency band; times and periods are topocentric.")
-                  .arg(channel);
-    outcome.remarks << outcome.times;
+    return bandRemarks(sum, wholeBands, {sum.parameters.firstPoint});
 }
+
+QString timesText(const ObservationData &header, int channel)
+{
+    if (channel > int(header.fbands.size()))
+        return QString("Channel %1 is no frequency band; times and periods are topocentric.")
+            .arg(channel);
+    return QString("Times and periods are topocentric, at %1 MHz (band %2).")
+        .arg(header.fbands[std::size_t(channel - 1)])
+        .arg(channel);
+}
+
+} // namespace Pulsar

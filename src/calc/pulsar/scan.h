@@ -2,21 +2,53 @@
 
 #include "calc/approximation.h"
 #include "calc/dispersionpeak.h"
-#include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/actions.h"
+#include "calc/pulsar/bandsum.h"
 
 #include <vector>
 
-/// One harmonic of the spectrum of the sum over trial dispersions.
-struct PulsarCalculate::Scan {
-    std::vector<double> dispersions; // pc/cm^3
-    std::vector<double> values;      // of the harmonic
-    int wholeBands = sumBands;       // of the sum that has the fewest
-    std::vector<double> cubic;       // fit of degree 3
-    Approximation::Extrema extrema;  // of the fit, positions in trials
-    Tools::DispersionPeak peak;
+/// What the scans share: one harmonic of the spectrum of the sum over trial dispersions.
+namespace Pulsar {
 
-    /// Fits the values; false, with the extrema as they were, when they cannot be.
-    bool fitCubic();
+struct DispersionScan {
+    std::vector<double> dispersions; ///< pc/cm^3
+    std::vector<double> values;      ///< of the harmonic
+    std::vector<double> cubic;       ///< fit of degree 3
+    Approximation::Extrema extrema;  ///< of the fit, positions in trials
+    Tools::DispersionPeak peak;
+    int wholeBands = sumBands; ///< of the sum that has the fewest
+
+    bool isWhole = false; ///< false: it was stopped, or there is a problem
+    QString problem;
+
     /// Index of the trial with the highest value.
     std::size_t strongest() const;
 };
+
+/// The dispersions of a scan, from 0 to twice the typed one or a little further.
+std::vector<double> trialDispersions(const PulsarParameters &given);
+
+/// First points of the scans of "sumTimeDispersions".
+std::vector<int> scanStarts(const ObservationData &header, const PulsarParameters &given);
+
+/// Scans the stretch from the first point on.
+DispersionScan scanDispersions(const ObservationData &data, const PulsarParameters &given,
+                               int averageCount, const Control &control);
+
+/// An outcome with the axis and the first lines of the report.
+AnalysisOutcome begunScan(const PreparedSamples &samples, const PulsarParameters &given);
+
+/// What a scan tells of the dispersion.
+QString describeScan(const DispersionScan &scan, int harmonic);
+
+/// One curve of several, with what is shown of it alone.
+void addScan(const DispersionScan &scan, const QString &name, int harmonic, PulsarResult &result);
+
+/// Shows the progress of one of several equal parts as that of the whole.
+Control shareOf(const Control &control, int part, int parts);
+
+/// Remarks on a harmonic that is none of the typed period, and on missing bands.
+QStringList scanRemarks(const ObservationData &data, const PulsarParameters &given, int wholeBands,
+                        const std::vector<int> &starts);
+
+} // namespace Pulsar

@@ -1,9 +1,13 @@
-#include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/actions.h"
 
-#include "calc/fourier.h"
+#include "calc/pulsar/bandsum.h"
+#include "calc/pulsar/checks.h"
+#include "calc/pulsar/remarks.h"
 #include "results/reporttext.h"
 
 #include <algorithm>
+
+namespace Pulsar {
 
 namespace {
 
@@ -11,33 +15,36 @@ constexpr double spectrumRaise = 0.05; // distance between neighbouring spectra 
 
 } // namespace
 
-bool PulsarCalculate::acceptFourDispersions()
+Problems checkFourDispersions(const ObservationData &header, const PulsarParameters &given)
 {
-    const auto &dispersions = parameters.dispersions;
-    const int length =
-        Tools::averagedLength(fixedPoints, parameters.averageCount, parameters.withNull);
-    bool isAccepted = acceptSelection(*std::max_element(dispersions.begin(), dispersions.end()));
-    isAccepted = acceptSpectrum(length) && isAccepted;
+    const auto &dispersions = given.dispersions;
+    const double largest = *std::max_element(dispersions.begin(), dispersions.end());
+    Problems all =
+        joinProblems({checkSelection(header, given, fixedPoints, largest), checkSpectrum(given)});
     for (std::size_t k = 0; k < dispersions.size(); ++k)
-        isAccepted =
-            acceptDispersion(dispersions[k], QString("dispersion%1").arg(k + 1)) && isAccepted;
-    return isAccepted;
+        all = joinProblems(
+            {all, checkDispersion(header, dispersions[k], QString("dispersion%1").arg(k + 1))});
+    return all;
 }
 
-bool PulsarCalculate::sum4Dispersions()
+AnalysisOutcome sum4Dispersions(const PreparedSamples &samples, const PulsarParameters &given,
+                                const Control &control)
 {
-    const int count = Tools::powerOfTwoFloor(fixedPoints);
-    const int length = Tools::averagedLength(count, parameters.averageCount, parameters.withNull);
-    const int n = length / 2;
-    const int harmonic = parameters.harmonicNum;
+    AnalysisOutcome outcome = begun(samples, given);
+    PulsarResult &result = outcome.result;
+    const int n = spectrumLength(given);
+    const int harmonic = given.harmonicNum;
+    int fewestBands = sumBands;
     QString harmonicText;
     auto spectrum = std::vector<double>(std::size_t(n));
     for (int k = 0; k < 4; ++k) {
-        const double dispersion = parameters.dispersions[std::size_t(k)];
-        if (!getFourierOfSum(spectrum.data(), count, dispersion, parameters.averageCount,
-                             parameters.withNull))
-            return refuse(QString("The spectrum at dispersion %1 cannot be computed.")
-                              .arg(ReportText::general(dispersion)));
+        const double dispersion = given.dispersions[std::size_t(k)];
+        int wholeBands = 0;
+        if (!getFourierOfSum(samples.data, given, spectrum.data(), fixedPoints, dispersion,
+                             given.averageCount, given.withNull, wholeBands))
+            return refused(outcome, QString("The spectrum at dispersion %1 cannot be computed.")
+                                        .arg(ReportText::general(dispersion)));
+        fewestBands = std::min(fewestBands, wholeBands);
         if (harmonic > 0 && harmonic < n)
             harmonicText += QString("\ndisp%1 = %2 value = %3")
                                 .arg(k + 1)
@@ -46,22 +53,24 @@ bool PulsarCalculate::sum4Dispersions()
         const double raise = (3 - k) * spectrumRaise;
         for (double &value : spectrum)
             value += raise;
-        addCurve(spectrum, QString("dispersion %1").arg(k + 1));
-        if (!goOn(25 * (k + 1)))
-            return false;
+        addCurve(result, spectrum, QString("dispersion %1").arg(k + 1));
+        if (!goesOn(control, 25 * (k + 1)))
+            return outcome;
     }
-    outcome.description = "Sum of channels and fourier\nFixed number of points = 16384";
+    result.description = "Sum of channels and fourier\nFixed number of points = 16384";
     if (!harmonicText.isEmpty())
-        outcome.description +=
+        result.description +=
             "\n\nFirst harmonic:\n\nHarmonic number = " + QString::number(harmonic) + harmonicText;
     else
-        outcome.remarks << QString("Harmonic number %1 is outside 1 to %2: no value is reported.")
-                               .arg(harmonic)
-                               .arg(n - 1);
-    outcome.remarks << "The first three spectra are raised by 0.15, 0.10 and 0.05.";
-    outcome.points = n;
-    setSpectrumAxis(parameters.averageCount);
-    markSteps();
-    remarkOnBands();
-    return true;
+        result.remarks << QString("Harmonic number %1 is outside 1 to %2: no value is reported.")
+                              .arg(harmonic)
+                              .arg(n - 1);
+    result.remarks << "The first three spectra are raised by 0.15, 0.10 and 0.05.";
+    result.points = n;
+    setSpectrumAxis(result, samples.data, given.averageCount);
+    const double largest = *std::max_element(given.dispersions.begin(), given.dispersions.end());
+    result.remarks << bandRemarks({samples.data, given, fixedPoints, largest}, fewestBands);
+    return outcome;
 }
+
+} // namespace Pulsar

@@ -1,14 +1,18 @@
-#include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/actions.h"
 
 #include "base/numbertext.h"
 #include "calc/approximation.h"
-#include "calc/fourier.h"
+#include "calc/pulsar/bandsum.h"
+#include "calc/pulsar/checks.h"
+#include "calc/pulsar/remarks.h"
 #include "calc/spectrumlines.h"
 #include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+
+namespace Pulsar {
 
 namespace {
 
@@ -71,115 +75,117 @@ QString strongestText(const std::vector<double> &spectrum, const std::vector<dou
     return text;
 }
 
-} // namespace
-
-bool PulsarCalculate::acceptFourier()
+// Where the typed period has its harmonic.
+QString periodText(const std::vector<double> &spectrum, const std::vector<double> &levels,
+                   const PulsarParameters &given, double tresolution)
 {
-    const int length =
-        Tools::averagedLength(fixedPoints, parameters.averageCount, parameters.withNull);
-    const bool isSum = acceptFixedSum();
-    return acceptSpectrum(length) && acceptHarmonic(length / 2) && isSum;
+    const double harmonic = harmonicOfPeriod(given, tresolution);
+    const QString text = QString("The period of %1 s (topocentric) has the harmonic number %2")
+                             .arg(exactText(given.period))
+                             .arg(harmonic, 0, 'f', 2);
+    const double nearest = std::round(harmonic);
+    if (!(nearest >= 1 && nearest < double(spectrum.size())))
+        return text + ", which is not in this spectrum.";
+    const std::size_t i = std::size_t(nearest);
+    return text + QString("; line %1 has %2 noise levels, amplitude %3.")
+                      .arg(i)
+                      .arg(spectrum[i] / levels[i], 0, 'f', 1)
+                      .arg(spectrum[i], 0, 'g', 4);
 }
 
-bool PulsarCalculate::getFourierOfSum(double *out, int count, double dispersion, int averageCount,
-                                      bool withNull)
+// The lines above a threshold.
+struct Above {
+    double threshold = 0;
+    int count = 0;
+    std::vector<int> listed; // the first of them
+};
+
+Above linesAbove(const std::vector<double> &spectrum, double threshold)
 {
-    auto sum = std::vector<double>(std::size_t(std::max(count, 0)));
-    if (!sumWithoutNoise(sum.data(), count, dispersion))
-        return false;
-    fewestBands = std::min(fewestBands, completeBands);
-    std::vector<double> averaged(2 * sum.size());
-    if (!Tools::averagePairs(sum.data(), averaged.data(), count, averageCount, withNull))
-        return false;
-    const int length = Tools::averagedLength(count, averageCount, withNull);
-    return getFourier(averaged.data(), out, length, length / 2);
-}
-
-bool PulsarCalculate::sumChannelsAndFourier()
-{
-    const int count = Tools::powerOfTwoFloor(fixedPoints);
-    const int length = Tools::averagedLength(count, parameters.averageCount, parameters.withNull);
-    const int n = length / 2;
-
-    auto spectrum = std::vector<double>(std::size_t(n));
-    if (!getFourierOfSum(spectrum.data(), count, parameters.dispersion, parameters.averageCount,
-                         parameters.withNull))
-        return refuse("The spectrum of the sum cannot be computed.");
-
-    const int multiple = parameters.sigmaMultiple;
-    const double sigma = Tools::sigma(spectrum.data(), n);
-    const double threshold = multiple * sigma;
-    QString &text = outcome.description;
-    text = "Sigma = " + ReportText::general(sigma) + "\n" + QString::number(multiple) +
-           " sigma = " + ReportText::general(threshold) +
-           "\n\nHarmonics >= " + QString::number(multiple) + " sigma:\n\n";
-    int above = 0;
-    std::vector<int> listed;
-    for (int i = 0; i < n; ++i) {
-        const double value = spectrum[std::size_t(i)];
-        if (!(value > threshold) || ++above > maxListedHarmonics)
-            continue;
-        text += QString::number(i) + ": " + ReportText::general(value) + "\n";
-        listed.push_back(i);
+    Above above = {threshold, 0, {}};
+    for (std::size_t i = 0; i < spectrum.size(); ++i) {
+        if (spectrum[i] > threshold && ++above.count <= maxListedHarmonics)
+            above.listed.push_back(int(i));
     }
-    text += "\nFirst harmonic:\nnum = " + QString::number(parameters.harmonicNum) +
-            "\nvalue = " + ReportText::general(spectrum[std::size_t(parameters.harmonicNum)]) +
-            "\n";
-
-    addCurve(spectrum, "fourier of sum channels");
-    addCurve(std::vector<double>(std::size_t(n), sigma), "1 sigma of fourier");
-    addCurve(std::vector<double>(std::size_t(n), threshold),
-             QString::number(multiple) + " sigma of fourier");
-    outcome.points = n;
-    setSpectrumAxis(parameters.averageCount);
-
-    remarkOnLines(spectrum, threshold, listed, above);
-    markSteps();
-    remarkOnBands();
-    return true;
+    return above;
 }
 
 // What noise explains of the lines above a threshold, which stand out of it, the strongest lines of
 // all, and that of the typed period.
-void PulsarCalculate::remarkOnLines(const std::vector<double> &spectrum, double threshold,
-                                    const std::vector<int> &listed, int above)
+QStringList lineRemarks(const std::vector<double> &spectrum, const Above &above,
+                        const PulsarParameters &given, double tresolution, double hertzPerLine)
 {
-    const int window = parameters.withNull ? paddedNoiseWindow : noiseWindow;
+    const int window = given.withNull ? paddedNoiseWindow : noiseWindow;
     const std::vector<double> levels = Tools::amplitudeNoise(spectrum, window);
-    if (!(*std::max_element(levels.begin(), levels.end()) > 0)) {
-        outcome.remarks
-            << "The spectrum holds no noise: there is nothing to compare its lines with.";
-        return;
-    }
-    const bool listsAll = above == int(listed.size());
+    if (!(*std::max_element(levels.begin(), levels.end()) > 0))
+        return {"The spectrum holds no noise: there is nothing to compare its lines with."};
+    const bool listsAll = above.count == int(above.listed.size());
     QString text =
         QString("%1\n%2 of %3 values lie above %4 sigma%5; noise of this level would put "
                 "%6 there.")
             .arg(levelText(levels, window))
-            .arg(above)
+            .arg(above.count)
             .arg(spectrum.size())
-            .arg(parameters.sigmaMultiple)
-            .arg(listsAll ? "" : QString(", the first %1 are listed").arg(listed.size()))
-            .arg(ReportText::count(Tools::expectedAbove(levels, threshold)));
-    if (!listed.empty())
-        text += "\n" + significantText(spectrum, levels, listed);
-    outcome.remarks << text << strongestText(spectrum, levels, outcome.axis.step);
-
-    if (!(parameters.period > 0))
-        return;
-    const double harmonic = harmonicOfPeriod(parameters, data.tresolution);
-    text = QString("The period of %1 s (topocentric) has the harmonic number %2")
-               .arg(exactText(parameters.period))
-               .arg(harmonic, 0, 'f', 2);
-    const double nearest = std::round(harmonic);
-    if (nearest >= 1 && nearest < double(spectrum.size())) {
-        const std::size_t i = std::size_t(nearest);
-        text += QString("; line %1 has %2 noise levels, amplitude %3")
-                    .arg(i)
-                    .arg(spectrum[i] / levels[i], 0, 'f', 1)
-                    .arg(spectrum[i], 0, 'g', 4);
-    } else {
-        text += ", which is not in this spectrum";
-    }
-    outcome.remarks << text + ".";
+            .arg(given.sigmaMultiple)
+            .arg(listsAll ? "" : QString(", the first %1 are listed").arg(above.listed.size()))
+            .arg(ReportText::count(Tools::expectedAbove(levels, above.threshold)));
+    if (!above.listed.empty())
+        text += "\n" + significantText(spectrum, levels, above.listed);
+    QStringList remarks = {text, strongestText(spectrum, levels, hertzPerLine)};
+    if (given.period > 0)
+        remarks << periodText(spectrum, levels, given, tresolution);
+    return remarks;
 }
+
+} // namespace
+
+Problems checkFourier(const ObservationData &header, const PulsarParameters &given)
+{
+    Problems spectrum = checkSpectrum(given);
+    const int length = spectrumLength(given);
+    if (spectrum.empty() && (given.harmonicNum < 0 || given.harmonicNum >= length))
+        spectrum = {{"harmonicNum",
+                     QString("Harmonic number %1 is outside the spectrum.\nAllowed: 0 to %2.")
+                         .arg(given.harmonicNum)
+                         .arg(length - 1)}};
+    return joinProblems({checkFixedSum(header, given), spectrum});
+}
+
+AnalysisOutcome sumChannelsAndFourier(const PreparedSamples &samples, const PulsarParameters &given,
+                                      const Control &)
+{
+    AnalysisOutcome outcome = begun(samples, given);
+    PulsarResult &result = outcome.result;
+    const int n = spectrumLength(given);
+    int wholeBands = 0;
+    auto spectrum = std::vector<double>(std::size_t(n));
+    if (!getFourierOfSum(samples.data, given, spectrum.data(), fixedPoints, given.dispersion,
+                         given.averageCount, given.withNull, wholeBands))
+        return refused(outcome, "The spectrum of the sum cannot be computed.");
+
+    const int multiple = given.sigmaMultiple;
+    const double sigma = Tools::sigma(spectrum.data(), n);
+    const Above above = linesAbove(spectrum, multiple * sigma);
+    QString &text = result.description;
+    text = "Sigma = " + ReportText::general(sigma) + "\n" + QString::number(multiple) +
+           " sigma = " + ReportText::general(above.threshold) +
+           "\n\nHarmonics >= " + QString::number(multiple) + " sigma:\n\n";
+    for (const int line : above.listed)
+        text +=
+            QString::number(line) + ": " + ReportText::general(spectrum[std::size_t(line)]) + "\n";
+    text += "\nFirst harmonic:\nnum = " + QString::number(given.harmonicNum) +
+            "\nvalue = " + ReportText::general(spectrum[std::size_t(given.harmonicNum)]) + "\n";
+
+    addCurve(result, spectrum, "fourier of sum channels");
+    addCurve(result, std::vector<double>(std::size_t(n), sigma), "1 sigma of fourier");
+    addCurve(result, std::vector<double>(std::size_t(n), above.threshold),
+             QString::number(multiple) + " sigma of fourier");
+    result.points = n;
+    setSpectrumAxis(result, samples.data, given.averageCount);
+    result.remarks << lineRemarks(spectrum, above, given, samples.data.tresolution,
+                                  result.axis.step)
+                   << bandRemarks({samples.data, given, fixedPoints, given.dispersion}, wholeBands);
+    return outcome;
+}
+
+} // namespace Pulsar
