@@ -28,18 +28,21 @@ Failure findStart(PulsarParameters &parameters, const RecordingFile &file)
         return {};
     const StartPoint start = pointAtUtc(file.header(), parameters.startTime);
     if (!start.error.isEmpty())
-        return {ExitCode::BadData, file.path() + ": " +
-                                       QString(start.error)
-                                           .replace("\nChoose \"First point\" instead.",
-                                                    " Give --first-point instead.")
-                                           .replace('\n', ' ')};
+        return {ExitCode::BadData,
+                file.path() + ": " + QString(start.error).replace('\n', ' ') +
+                    (start.isWithoutTimes ? " Give --first-point instead." : "")};
     parameters.firstPoint = start.point;
     return {};
 }
 
+// All lines of the report, without the empty ones between paragraphs.
 QString reportOf(const PulsarResult &result)
 {
-    return (result.description.split('\n', Qt::SkipEmptyParts) + result.remarks).join('\n');
+    QStringList lines = result.report.lines();
+    for (const Report &note : result.notes())
+        lines << note.lines();
+    lines.removeAll({});
+    return lines.join('\n');
 }
 
 // What is the same for every table of a ray: what it is of, and how its numbers can be placed in

@@ -215,7 +215,7 @@ void TestPulsarForm::badNumberCountsAsZero()
     QVERIFY2(report().contains("\nFirst point: \"58,000\" counts as 0. Allowed: a whole number.\n"),
              qPrintable(report()));
     QVERIFY2(report().contains("Dispersion = 0\n"), qPrintable(report()));
-    const QTextDocument *const texts = find<QPlainTextEdit>("texts")->document();
+    const QTextDocument *const texts = &reportDocument();
     const auto colourOf = [&](const char *text) {
         return texts->find(text).charFormat().foreground().color();
     };

@@ -95,12 +95,15 @@ QString rayText(const ObservationData &data, int ray)
     return withNumber(ray, rayNumber(data, ray - 1));
 }
 
-QString choicesText(const QString &action, const ObservationData &data,
-                    const PulsarParameters &parameters, int points)
+Results::Report choicesReport(const QString &action, const ObservationData &data,
+                              const PulsarParameters &parameters, int points)
 {
-    return "Action:" + action + "\nModule:" + moduleText(data, parameters.module) +
-           "\nChannel:" + QString::number(parameters.channel) +
-           "\nRay:" + rayText(data, parameters.ray) + "\nPoints:" + QString::number(points);
+    Results::Report report("Action:" + action);
+    report.addLine("Module:" + moduleText(data, parameters.module));
+    report.addLine("Channel:" + QString::number(parameters.channel));
+    report.addLine("Ray:" + rayText(data, parameters.ray));
+    report.addLine("Points:" + QString::number(points));
+    return report;
 }
 
 bool worksOnChannel(const QString &action)

@@ -65,21 +65,21 @@ QString humText(std::vector<MainsLine> lines)
 }
 
 // What makes the S/N of a search differ from that of white noise.
-QStringList noiseRemarks(const FfaResult &result)
+std::vector<Results::Report> noiseRemarks(const FfaResult &result)
 {
-    QStringList remarks;
+    std::vector<Results::Report> remarks;
     // In white noise the differences of neighbours tell the noise of the series.
     const std::vector<float> samples(result.series.begin(), result.series.end());
     const double pointNoise = Tools::robustSigma(samples.data(), int(samples.size()));
     const double slow = pointNoise / Tools::sigmaWithoutMains(result.mains);
     if (slow < whitePart)
-        remarks << QString("Drift or strong pulses make the sigma of the series %1 times its "
-                           "noise: every S/N is lower by this factor.")
-                       .arg(1 / slow, 0, 'f', 1);
+        remarks.emplace_back(QString("Drift or strong pulses make the sigma of the series %1 times "
+                                     "its noise: every S/N is lower by this factor.")
+                                 .arg(1 / slow, 0, 'f', 1));
     if (!result.mains.empty())
-        remarks << humText(result.mains);
+        remarks.emplace_back(humText(result.mains));
     if (!result.wholeFactors.empty())
-        remarks << Tools::wholeFactorText(result.wholeFactors);
+        remarks.emplace_back(Tools::wholeFactorText(result.wholeFactors));
     return remarks;
 }
 
@@ -139,17 +139,19 @@ FfaSeries ffaSeries(const PreparedSamples &samples, const PulsarParameters &give
     return series;
 }
 
-QString descriptionOf(const Periodogram &periodogram, const PulsarParameters &given, int count,
-                      double sigma)
+Results::Report reportOf(const Periodogram &periodogram, const PulsarParameters &given, int count,
+                         double sigma)
 {
-    return QString("FFA SNR as one-dimension array\nDispersion = %1%2\nNumber of points = "
-                   "%3\nPeriods = %4 to %5 s\nTrial periods = %6, widths = %7\nSigma of S/N = %8")
-        .arg(ReportText::general(given.dispersion), startText(given))
-        .arg(count)
-        .arg(ReportText::general(given.ffa.period_min), ReportText::general(given.ffa.period_max))
-        .arg(periodogram.length)
-        .arg(periodogram.nwidths)
-        .arg(ReportText::general(sigma));
+    Results::Report report("FFA SNR as one-dimension array");
+    report.addValue("Dispersion", ReportText::general(given.dispersion));
+    addStart(given, report);
+    report.addValue("Number of points", QString::number(count));
+    report.addValue("Periods", ReportText::general(given.ffa.period_min) + " to " +
+                                   ReportText::general(given.ffa.period_max) + " s");
+    report.addValue("Trial periods",
+                    QString("%1, widths = %2").arg(periodogram.length).arg(periodogram.nwidths));
+    report.addValue("Sigma of S/N", ReportText::general(sigma));
+    return report;
 }
 
 } // namespace
@@ -223,7 +225,7 @@ AnalysisOutcome createFfa(const PreparedSamples &samples, const PulsarParameters
     result.names << "FFA SNR as one-dimension array";
     result.points = int(std::min<std::size_t>(periodogram.snr.size(), INT_MAX));
     result.axis.first = 0;
-    result.description = descriptionOf(periodogram, given, count, sigma);
+    result.report = reportOf(periodogram, given, count, sigma);
     std::vector<MainsLine> mains =
         Tools::findMains(Tools::powerSpectrum(series.values, tresolution));
     if (!goesOn(control, 100))
@@ -231,10 +233,9 @@ AnalysisOutcome createFfa(const PreparedSamples &samples, const PulsarParameters
     result.ffa = std::make_shared<const FfaResult>(
         FfaResult{std::move(series.values), tresolution, std::move(periodogram), std::move(mains),
                   Tools::wholeFactorSteps(ffa, count, tresolution)});
+    result.remarks = noiseRemarks(*result.ffa);
+    append(bandRemarks({samples.data, given, count, given.dispersion}, series.wholeBands), result);
     result.times = timesText(samples.data, sumBands);
-    result.remarks << noiseRemarks(*result.ffa)
-                   << bandRemarks({samples.data, given, count, given.dispersion}, series.wholeBands)
-                   << result.times;
     return outcome;
 }
 

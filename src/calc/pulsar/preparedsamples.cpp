@@ -34,7 +34,7 @@ void deleteSteps(const PulsarNeeds &needs, const Tools::FiniteSamples &finite,
         own[std::size_t(range.channel)] = true;
     const auto copy = finite.samples.withOwnRows(needs.module - 1, needs.ray - 1, own);
     if (!copy) {
-        prepared.remarks << "There is no memory to delete steps; the data are as recorded.";
+        prepared.remark = "There is no memory to delete steps; the data are as recorded.";
         return;
     }
     std::optional<Tools::BandDelays> delays;
@@ -93,7 +93,6 @@ PreparedSamples prepareSamples(const QString &action, const ObservationData &dat
             (action == "showNative" ? " They are not drawn; the base line takes the median of the "
                                       "channel for them."
                                     : " They count as the median of their channel.");
-        prepared.remarks << prepared.nonFinite;
     }
     if (parameters.deleteStep)
         deleteSteps(needs, finite, isOnChannel ? 0 : parameters.dispersion, control, prepared);

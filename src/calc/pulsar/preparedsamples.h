@@ -4,8 +4,6 @@
 #include "calc/pulsar/problems.h"
 #include "jobs/control.h"
 
-#include <QStringList>
-
 /// What an action computes with: a recording whose samples, where the action takes them in, are all
 /// finite, and whose levels do not jump where that was asked for.
 struct PreparedSamples {
@@ -17,7 +15,7 @@ struct PreparedSamples {
                                  ///< recording, ascending
     int steps = 0;               ///< jumps taken out, those of all channels counted
     QString nonFinite;           ///< which samples were no finite numbers; empty where all were
-    QStringList remarks;         ///< for the report, `nonFinite` included
+    QString remark;              ///< what else the report should tell; or empty
 
     Problems problems; ///< why there is nothing to compute with; empty otherwise
 };

@@ -3,6 +3,7 @@
 #include "calc/ffaresult.h"
 #include "calc/ffasearch.h"
 #include "calc/fieldproblem.h"
+#include "results/report.h"
 
 #include <QString>
 #include <QStringList>
@@ -52,7 +53,7 @@ struct PulsarAxis {
 /// One of several results that an action compares: a curve of its own with its report.
 struct PulsarMultiResult {
     QString name;
-    QString description;
+    Results::Report report;
     std::vector<std::vector<float>> curves; ///< to show alone: the curve and its fit
     QStringList names;                      ///< one per curve
 };
@@ -68,13 +69,16 @@ struct PulsarResult {
     int steps = 0;             ///< of the level, taken out
     PulsarAxis axis;
     std::vector<int> markers; ///< X indices where a step of the level was taken out
-    QString description;      ///< what was computed, in the program's own texts
-    QString nonFinite;        ///< the remark on samples that are no finite numbers; empty where
-                              ///< all are
-    QString times;            ///< the remark on times and periods; empty where there are none
-    QStringList remarks;      ///< what the user should know beside it, one paragraph each
+    Results::Report report;   ///< what was computed, in the program's own texts
+    QString nonFinite;        ///< which samples are no finite numbers; empty where all are
+    std::vector<Results::Report> remarks; ///< what else the user should know, one paragraph each
+    QString times; ///< what times and periods are counted in; empty where there are none
     std::vector<PulsarMultiResult> multi; ///< where the action compares results: one per curve
     std::shared_ptr<const FfaResult> ffa; ///< of "createFFA"
+
+    QString description() const { return report.plainText(); }
+    /// What stands below the report: on samples, the remarks, on times.
+    std::vector<Results::Report> notes() const;
 };
 
 /// How an action ended.

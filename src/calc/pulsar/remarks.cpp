@@ -10,27 +10,34 @@ namespace Pulsar {
 QString baselineText(const QString &noise)
 {
     if (noise == "polinom5")
-        return "\nApproximation with polinom 5";
+        return "Approximation with polinom 5";
     if (noise == "median")
-        return "\nApproximation with median line 256";
+        return "Approximation with median line 256";
     if (noise == "backSum")
-        return "\nLinear approximation of back sum";
-    return "\nWithow deduct noise base line";
+        return "Linear approximation of back sum";
+    return "Withow deduct noise base line";
 }
 
-QString startText(const PulsarParameters &parameters)
+void addStart(const PulsarParameters &parameters, Results::Report &report)
 {
     if (parameters.startTime.isEmpty())
-        return "\nFirst point = " + QString::number(parameters.firstPoint);
-    return "\nFirst point time = " + parameters.startTime;
+        report.addValue("First point", QString::number(parameters.firstPoint));
+    else
+        report.addValue("First point time", parameters.startTime);
 }
 
-QStringList bandRemarks(const SumReach &sum, int wholeBands, const std::vector<int> &starts)
+void append(const std::vector<Results::Report> &remarks, PulsarResult &result)
 {
-    QStringList remarks;
+    result.remarks.insert(result.remarks.end(), remarks.begin(), remarks.end());
+}
+
+std::vector<Results::Report> bandRemarks(const SumReach &sum, int wholeBands,
+                                         const std::vector<int> &starts)
+{
+    std::vector<Results::Report> remarks;
     const int bands = sum.header.channels - 1;
     if (bands > sumBands)
-        remarks << QString("bands 1-%1 of %2 used").arg(sumBands).arg(bands);
+        remarks.emplace_back(QString("bands 1-%1 of %2 used").arg(sumBands).arg(bands));
     const auto startsWhere = [&](auto isMeant) {
         QStringList meant;
         for (const int start : starts) {
@@ -41,25 +48,27 @@ QStringList bandRemarks(const SumReach &sum, int wholeBands, const std::vector<i
     };
     if (wholeBands < sumBands) {
         const int last = sum.lastFullStart();
-        remarks << QString("The recording ends before the delayed samples of every band%1: "
-                           "the sum holds %2 of the %3 bands whole; %4.")
-                       .arg(startsWhere([last](int start) { return start > last; }))
-                       .arg(wholeBands)
-                       .arg(sumBands)
-                       .arg(sum.fullStartText());
+        remarks.emplace_back(
+            QString("The recording ends before the delayed samples of every band%1: "
+                    "the sum holds %2 of the %3 bands whole; %4.")
+                .arg(startsWhere([last](int start) { return start > last; }))
+                .arg(wholeBands)
+                .arg(sumBands)
+                .arg(sum.fullStartText()));
     }
     const int missing = sum.pointsWithoutAllBands(starts.front());
     const int whole = starts.front() + missing;
     if (missing > 0)
-        remarks << QString("The first %1 points%2 lack bands whose shifted samples lie "
-                           "before the recording; from first point %3 on none is missing.")
-                       .arg(missing)
-                       .arg(startsWhere([whole](int start) { return start < whole; }))
-                       .arg(pointText(sum.header, sum.parameters, whole));
+        remarks.emplace_back(
+            QString("The first %1 points%2 lack bands whose shifted samples lie "
+                    "before the recording; from first point %3 on none is missing.")
+                .arg(missing)
+                .arg(startsWhere([whole](int start) { return start < whole; }))
+                .arg(pointText(sum.header, sum.parameters, whole)));
     return remarks;
 }
 
-QStringList bandRemarks(const SumReach &sum, int wholeBands)
+std::vector<Results::Report> bandRemarks(const SumReach &sum, int wholeBands)
 {
     return bandRemarks(sum, wholeBands, {sum.parameters.firstPoint});
 }

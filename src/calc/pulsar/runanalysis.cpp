@@ -21,7 +21,7 @@ bool holdsNumbers(const std::vector<float> &curve)
 void tellSteps(const PreparedSamples &samples, PulsarResult &result)
 {
     result.steps = samples.steps;
-    result.description += "\nDeleted steps = " + QString::number(samples.steps);
+    result.report.addValue("Deleted steps", QString::number(samples.steps));
     if (result.axis.kind != PulsarAxis::Kind::Points)
         return;
     for (const int point : samples.stepPoints) {
@@ -42,7 +42,8 @@ AnalysisOutcome computed(const PulsarAnalysis &analysis, const ObservationData &
         outcome.problems = samples.problems;
     PulsarResult &result = outcome.result;
     result.nonFinite = samples.nonFinite;
-    result.remarks = samples.remarks + result.remarks;
+    if (!samples.remark.isEmpty())
+        result.remarks.insert(result.remarks.begin(), Results::Report(samples.remark));
     outcome.isStopped = control.isStopped();
     if (!outcome.isWhole())
         return outcome;

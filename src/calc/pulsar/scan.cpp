@@ -20,6 +20,7 @@ namespace {
 constexpr int trials = 201;
 constexpr double smallestTop = 20; // pc/cm^3: a scan reaches at least this far
 constexpr int movedBands = sumBands - 1;
+const char dispersionLink[] = "dispersion:%1";
 
 // One value of the amplitude spectrum of a series, without the others.
 class HarmonicAmplitude {
@@ -186,23 +187,58 @@ bool fitCubic(DispersionScan &scan)
     return true;
 }
 
-QString extremaText(const DispersionScan &scan)
+// Rows of a dispersion with the value of the harmonic there.
+Results::ReportTable dispersionTable(const QString &line)
+{
+    return {{{"dispersion", "pc/cm^3"}, {"value"}}, line, dispersionLink};
+}
+
+// The extremes of the fit within the scan.
+Results::ReportTable extremaTable(const DispersionScan &scan)
 {
     const double step = scan.dispersions[1] - scan.dispersions[0];
-    QString text = "Polinom extremums:\n";
-    const auto addExtremum = [&](double position, double value, double other) {
+    Results::ReportTable table = dispersionTable("disp = %1 value = %2 (%3)");
+    table.columns.push_back({""});
+    const auto add = [&](double position, double value, double other) {
         if (position > 0 && position < trials)
-            text += QString("disp = %1 value = %2 (%3)\n")
-                        .arg(position * step, 0, 'f', 2)
-                        .arg(ReportText::general(value), value > other ? "maximum" : "minimum");
+            table.rows.push_back({QString::number(position * step, 'f', 2),
+                                  ReportText::general(value),
+                                  value > other ? "maximum" : "minimum"});
     };
     const Approximation::Extrema &extrema = scan.extrema;
-    addExtremum(extrema.firstPosition, extrema.firstValue, extrema.secondValue);
-    addExtremum(extrema.secondPosition, extrema.secondValue, extrema.firstValue);
-    if (!(extrema.firstPosition > 0 && extrema.firstPosition < trials) &&
-        !(extrema.secondPosition > 0 && extrema.secondPosition < trials))
-        text += "none within the scan\n";
-    return text;
+    add(extrema.firstPosition, extrema.firstValue, extrema.secondValue);
+    add(extrema.secondPosition, extrema.secondValue, extrema.firstValue);
+    return table;
+}
+
+// The fit and the highest value, with the dispersion where there is one.
+Results::Report valuesReport(const DispersionScan &scan)
+{
+    Results::Report report;
+    report.addHeading("Polinom extremums:");
+    const Results::ReportTable extrema = extremaTable(scan);
+    if (extrema.rows.empty())
+        report.addLine("none within the scan");
+    else
+        report.addTable(extrema);
+    report.addGap();
+    report.addHeading("Maximum:");
+    Results::ReportTable maximum = dispersionTable("disp = %1 value = %2");
+    maximum.rows = {{QString::number(scan.dispersions[scan.strongest()], 'f', 2),
+                     ReportText::general(scan.values[scan.strongest()])}};
+    report.addTable(maximum);
+    report.addGap();
+    if (!scan.tellsDispersion())
+        return report;
+    const Tools::DispersionPeak &peak = scan.peak;
+    const bool isOutside = peak.dispersion < 0 || peak.dispersion > scan.dispersions.back();
+    const QString text = ReportText::withError(peak.dispersion, peak.error) + " pc/cm^3";
+    if (isOutside)
+        report.addValue("DM", text + " (outside the scan)");
+    else
+        report.addValue("DM", text, QString(dispersionLink).arg(peak.dispersion, 0, 'f', 2));
+    report.addGap();
+    return report;
 }
 
 } // namespace
@@ -244,14 +280,16 @@ AnalysisOutcome begunScan(const PreparedSamples &samples, const PulsarParameters
     const std::vector<double> dispersions = trialDispersions(given);
     outcome.result.points = trials;
     outcome.result.axis = {PulsarAxis::Kind::Dispersion, 0, dispersions[1], 0};
-    outcome.result.description =
-        QString(
-            "Harmonic number = %1, period = %2 s (topocentric)\nDispersions = 0 - %3, step = %4\n"
-            "Number of points is fixed - 16384\n")
-            .arg(given.harmonicNum)
-            .arg(ReportText::general(length * Tools::averagedStepFactor(averageCount, false) *
-                                     samples.data.tresolution / given.harmonicNum),
-                 ReportText::general(dispersions.back()), ReportText::general(dispersions[1]));
+    const double period = length * Tools::averagedStepFactor(averageCount, false) *
+                          samples.data.tresolution / given.harmonicNum;
+    Results::Report &report = outcome.result.report;
+    report.addValue("Harmonic number", QString("%1, period = %2 s (topocentric)")
+                                           .arg(given.harmonicNum)
+                                           .arg(ReportText::general(period)));
+    report.addValue("Dispersions", "0 - " + ReportText::general(dispersions.back()) +
+                                       ", step = " + ReportText::general(dispersions[1]));
+    report.addLine("Number of points is fixed - 16384");
+    report.addGap();
     return outcome;
 }
 
@@ -268,36 +306,52 @@ DispersionScan scanDispersions(const ObservationData &data, const PulsarParamete
     return scan;
 }
 
-QString describeScan(const DispersionScan &scan, int harmonic)
+Results::Report scanReport(const DispersionScan &scan, int harmonic)
 {
-    QString text = extremaText(scan);
-    text += QString("\nMaximum:\ndisp = %1 value = %2\n")
-                .arg(scan.dispersions[scan.strongest()], 0, 'f', 2)
-                .arg(ReportText::general(scan.values[scan.strongest()]));
-    const Tools::DispersionPeak &peak = scan.peak;
-    const bool isOutside = peak.dispersion < 0 || peak.dispersion > scan.dispersions.back();
-    if (peak.unconstrained.isEmpty())
-        text += QString("\nDM = %1 pc/cm^3%2\n")
-                    .arg(ReportText::withError(peak.dispersion, peak.error),
-                         isOutside ? " (outside the scan)" : "");
-    else
-        text += QString("\nHarmonic %1 does not tell the dispersion: %2.\n")
-                    .arg(harmonic)
-                    .arg(peak.unconstrained);
-    return text;
+    Results::Report report = valuesReport(scan);
+    if (scan.tellsDispersion())
+        return report;
+    report.addLine(QString("Harmonic %1 does not tell the dispersion: %2.")
+                       .arg(harmonic)
+                       .arg(scan.peak.unconstrained));
+    report.addGap();
+    return report;
 }
 
-void addScan(const DispersionScan &scan, const QString &name, int harmonic, PulsarResult &result)
+void addScans(const std::vector<NamedScan> &scans, int harmonic, PulsarResult &result)
 {
-    addCurve(result, scan.values, name);
-    PulsarMultiResult single;
-    single.name = name;
-    single.description = name + "\n\n" + describeScan(scan, harmonic);
-    single.curves.emplace_back(scan.values.begin(), scan.values.end());
-    single.curves.emplace_back(scan.cubic.begin(), scan.cubic.end());
-    single.names << name << "approximation by polinom 3";
-    result.multi.push_back(single);
-    result.description += single.description + "\n";
+    std::vector<std::pair<QString, QStringList>> untold; // why, and which scans
+    for (const auto &[name, scan] : scans) {
+        addCurve(result, scan.values, name);
+        Results::Report title(name);
+        title.addGap();
+        PulsarMultiResult single;
+        single.name = name;
+        single.report = title;
+        single.report.add(scanReport(scan, harmonic));
+        single.curves.emplace_back(scan.values.begin(), scan.values.end());
+        single.curves.emplace_back(scan.cubic.begin(), scan.cubic.end());
+        single.names << name << "approximation by polinom 3";
+        result.multi.push_back(single);
+        result.report.add(title);
+        result.report.add(valuesReport(scan));
+        if (scan.tellsDispersion())
+            continue;
+        const QString &reason = scan.peak.unconstrained;
+        const auto known = std::find_if(untold.begin(), untold.end(),
+                                        [&](const auto &other) { return other.first == reason; });
+        if (known == untold.end())
+            untold.push_back({reason, {name}});
+        else
+            known->second << name;
+    }
+    if (untold.empty())
+        return;
+    result.report.addLine(QString("Harmonic %1 does not tell the dispersion:").arg(harmonic));
+    Results::ReportTable table = {{{"scan"}, {"because"}}, "%1: %2"};
+    for (const auto &[reason, names] : untold)
+        table.rows.push_back({names.join(", "), reason});
+    result.report.addTable(table);
 }
 
 Control shareOf(const Control &control, int part, int parts)
@@ -309,22 +363,25 @@ Control shareOf(const Control &control, int part, int parts)
     return share;
 }
 
-QStringList scanRemarks(const ObservationData &data, const PulsarParameters &given, int wholeBands,
-                        const std::vector<int> &starts)
+std::vector<Results::Report> scanRemarks(const ObservationData &data, const PulsarParameters &given,
+                                         int wholeBands, const std::vector<int> &starts)
 {
-    QStringList remarks;
+    std::vector<Results::Report> remarks;
     if (given.period > 0) {
         const double first = harmonicOfPeriod(given, data.tresolution);
         const double multiple = std::max(1.0, std::round(given.harmonicNum / first));
         if (std::abs(given.harmonicNum - multiple * first) >= 1)
-            remarks << QString("Harmonic number %1 is none of the period of %2 s, which "
-                               "has the number %3 and its multiples.")
-                           .arg(given.harmonicNum)
-                           .arg(exactText(given.period))
-                           .arg(first, 0, 'f', 2);
+            remarks.emplace_back(QString("Harmonic number %1 is none of the period of %2 s, which "
+                                         "has the number %3 and its multiples.")
+                                     .arg(given.harmonicNum)
+                                     .arg(exactText(given.period))
+                                     .arg(first, 0, 'f', 2));
     }
     const double top = trialDispersions(given).back();
-    return remarks << bandRemarks({data, given, fixedPoints, top}, wholeBands, starts);
+    for (const Results::Report &remark :
+         bandRemarks({data, given, fixedPoints, top}, wholeBands, starts))
+        remarks.push_back(remark);
+    return remarks;
 }
 
 } // namespace Pulsar

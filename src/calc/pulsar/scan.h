@@ -21,6 +21,7 @@ struct DispersionScan {
     bool isWhole = false; ///< false: it was stopped, or there is a problem
     QString problem;
 
+    bool tellsDispersion() const { return peak.unconstrained.isEmpty(); }
     /// Index of the trial with the highest value.
     std::size_t strongest() const;
 };
@@ -39,16 +40,22 @@ DispersionScan scanDispersions(const ObservationData &data, const PulsarParamete
 AnalysisOutcome begunScan(const PreparedSamples &samples, const PulsarParameters &given);
 
 /// What a scan tells of the dispersion.
-QString describeScan(const DispersionScan &scan, int harmonic);
+Results::Report scanReport(const DispersionScan &scan, int harmonic);
 
-/// One curve of several, with what is shown of it alone.
-void addScan(const DispersionScan &scan, const QString &name, int harmonic, PulsarResult &result);
+struct NamedScan {
+    QString name;
+    DispersionScan scan;
+};
+
+/// Adds a curve and a part of the report for each of several scans, and what is shown of it alone.
+/// Why scans do not tell the dispersion is said once for all of them.
+void addScans(const std::vector<NamedScan> &scans, int harmonic, PulsarResult &result);
 
 /// Shows the progress of one of several equal parts as that of the whole.
 Control shareOf(const Control &control, int part, int parts);
 
 /// Remarks on a harmonic that is none of the typed period, and on missing bands.
-QStringList scanRemarks(const ObservationData &data, const PulsarParameters &given, int wholeBands,
-                        const std::vector<int> &starts);
+std::vector<Results::Report> scanRemarks(const ObservationData &data, const PulsarParameters &given,
+                                         int wholeBands, const std::vector<int> &starts);
 
 } // namespace Pulsar

@@ -54,10 +54,10 @@ AnalysisOutcome showNative(const PreparedSamples &samples, const PulsarParameter
     else if (given.noise == "backSum")
         addCurve(result, baseline, "noise approximation");
 
-    result.description = "Native data" + startText(given) +
-                         "\nNumber of points = " + QString::number(samples.points);
+    result.report.addLine("Native data");
+    addStart(given, result.report);
+    result.report.addValue("Number of points", QString::number(samples.points));
     result.times = timesText(samples.data, given.channel);
-    result.remarks << result.times;
     return outcome;
 }
 

@@ -13,6 +13,27 @@ namespace {
 
 constexpr double spectrumRaise = 0.05; // distance between neighbouring spectra of four
 
+// @param length  of the spectrum
+void describeHarmonics(const Results::ReportTable &harmonics, int number, int length,
+                       PulsarResult &result)
+{
+    Results::Report &report = result.report;
+    report.addLine("Sum of channels and fourier");
+    report.addLine("Fixed number of points = 16384");
+    if (harmonics.rows.empty()) {
+        result.remarks.emplace_back(
+            QString("Harmonic number %1 is outside 1 to %2: no value is reported.")
+                .arg(number)
+                .arg(length - 1));
+        return;
+    }
+    report.addGap();
+    report.addHeading("First harmonic:");
+    report.addGap();
+    report.addValue("Harmonic number", QString::number(number));
+    report.addTable(harmonics);
+}
+
 } // namespace
 
 Problems checkFourDispersions(const ObservationData &header, const PulsarParameters &given)
@@ -35,7 +56,8 @@ AnalysisOutcome sum4Dispersions(const PreparedSamples &samples, const PulsarPara
     const int n = spectrumLength(given);
     const int harmonic = given.harmonicNum;
     int fewestBands = sumBands;
-    QString harmonicText;
+    Results::ReportTable harmonics = {{{"no."}, {"dispersion", "pc/cm^3"}, {"value"}},
+                                      "disp%1 = %2 value = %3"};
     auto spectrum = std::vector<double>(std::size_t(n));
     for (int k = 0; k < 4; ++k) {
         const double dispersion = given.dispersions[std::size_t(k)];
@@ -46,10 +68,8 @@ AnalysisOutcome sum4Dispersions(const PreparedSamples &samples, const PulsarPara
                                         .arg(ReportText::general(dispersion)));
         fewestBands = std::min(fewestBands, wholeBands);
         if (harmonic > 0 && harmonic < n)
-            harmonicText += QString("\ndisp%1 = %2 value = %3")
-                                .arg(k + 1)
-                                .arg(dispersion, 0, 'f', 1)
-                                .arg(spectrum[std::size_t(harmonic)], 0, 'f', 5);
+            harmonics.rows.push_back({QString::number(k + 1), QString::number(dispersion, 'f', 1),
+                                      QString::number(spectrum[std::size_t(harmonic)], 'f', 5)});
         const double raise = (3 - k) * spectrumRaise;
         for (double &value : spectrum)
             value += raise;
@@ -57,19 +77,12 @@ AnalysisOutcome sum4Dispersions(const PreparedSamples &samples, const PulsarPara
         if (!goesOn(control, 25 * (k + 1)))
             return outcome;
     }
-    result.description = "Sum of channels and fourier\nFixed number of points = 16384";
-    if (!harmonicText.isEmpty())
-        result.description +=
-            "\n\nFirst harmonic:\n\nHarmonic number = " + QString::number(harmonic) + harmonicText;
-    else
-        result.remarks << QString("Harmonic number %1 is outside 1 to %2: no value is reported.")
-                              .arg(harmonic)
-                              .arg(n - 1);
-    result.remarks << "The first three spectra are raised by 0.15, 0.10 and 0.05.";
+    describeHarmonics(harmonics, harmonic, n, result);
+    result.remarks.emplace_back("The first three spectra are raised by 0.15, 0.10 and 0.05.");
     result.points = n;
     setSpectrumAxis(result, samples.data, given.averageCount);
     const double largest = *std::max_element(given.dispersions.begin(), given.dispersions.end());
-    result.remarks << bandRemarks({samples.data, given, fixedPoints, largest}, fewestBands);
+    append(bandRemarks({samples.data, given, fixedPoints, largest}, fewestBands), result);
     return outcome;
 }
 

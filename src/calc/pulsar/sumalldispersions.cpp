@@ -14,8 +14,8 @@ AnalysisOutcome sumAllDispersions(const PreparedSamples &samples, const PulsarPa
         return outcome;
     addCurve(result, scan.values, QString("value of harmonic %1").arg(given.harmonicNum));
     addCurve(result, scan.cubic, "approximation by polinom 3");
-    result.description += "\n" + describeScan(scan, given.harmonicNum);
-    result.remarks << scanRemarks(samples.data, given, scan.wholeBands, {given.firstPoint});
+    result.report.add(scanReport(scan, given.harmonicNum));
+    result.remarks = scanRemarks(samples.data, given, scan.wholeBands, {given.firstPoint});
     return outcome;
 }
 

@@ -28,10 +28,13 @@ AnalysisOutcome sumChannelsAction(const PreparedSamples &samples, const PulsarPa
     AnalysisOutcome outcome = begun(samples, given);
     PulsarResult &result = outcome.result;
     const int count = samples.points;
-    result.description =
-        "One summation of channels\nDispersion = " + ReportText::general(given.dispersion) +
-        (count == fixedPoints ? QString("\nNumber of points is fixed - 16384")
-                              : QString("\nNumber of points = %1").arg(count));
+    Results::Report &report = result.report;
+    report.addLine("One summation of channels");
+    report.addValue("Dispersion", ReportText::general(given.dispersion));
+    if (count == fixedPoints)
+        report.addLine("Number of points is fixed - 16384");
+    else
+        report.addValue("Number of points", QString::number(count));
 
     auto sum = std::vector<double>(std::size_t(count));
     const int wholeBands =
@@ -58,12 +61,11 @@ AnalysisOutcome sumChannelsAction(const PreparedSamples &samples, const PulsarPa
             addCurve(result, baseline, "noise approximation");
         }
     }
-    result.description += baselineText(given.noise);
+    report.addLine(baselineText(given.noise));
     if (given.normalise && !given.deductNoise)
-        result.remarks << "Normalization applies to the sum less its base line only.";
+        result.remarks.emplace_back("Normalization applies to the sum less its base line only.");
+    append(bandRemarks({samples.data, given, count, given.dispersion}, wholeBands), result);
     result.times = timesText(samples.data, sumBands);
-    result.remarks << bandRemarks({samples.data, given, count, given.dispersion}, wholeBands)
-                   << result.times;
     return outcome;
 }
 

@@ -30,17 +30,18 @@ AnalysisOutcome sumChannelsAndAverage(const PreparedSamples &samples, const Puls
     const double tresolution = samples.data.tresolution;
     result.points = length;
     result.axis.step = factor;
-    result.description = QString("Sum channels and average\nDispersion = %1\nNumber of points is "
-                                 "fixed - 16384%2\nAveraging number = %3\nStep = %4 ms, length = "
-                                 "%5 points, %6 s")
-                             .arg(ReportText::general(given.dispersion), baselineText(given.noise))
-                             .arg(n)
-                             .arg(factor * tresolution * 1000)
-                             .arg(length)
-                             .arg(fixedPoints * tresolution);
+    Results::Report &report = result.report;
+    report.addLine("Sum channels and average");
+    report.addValue("Dispersion", ReportText::general(given.dispersion));
+    report.addLine("Number of points is fixed - 16384");
+    report.addLine(baselineText(given.noise));
+    report.addValue("Averaging number", QString::number(n));
+    report.addValue("Step", QString("%1 ms, length = %2 points, %3 s")
+                                .arg(factor * tresolution * 1000)
+                                .arg(length)
+                                .arg(fixedPoints * tresolution));
+    append(bandRemarks({samples.data, given, fixedPoints, given.dispersion}, wholeBands), result);
     result.times = timesText(samples.data, sumBands);
-    result.remarks << bandRemarks({samples.data, given, fixedPoints, given.dispersion}, wholeBands)
-                   << result.times;
     return outcome;
 }
 

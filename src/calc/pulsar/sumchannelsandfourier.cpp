@@ -21,16 +21,7 @@ constexpr int noiseWindow = 257;       // lines
 constexpr int paddedNoiseWindow = 513; // they lie half as far apart
 constexpr double significance = 5;     // noise levels
 constexpr int strongest = 15;
-
-QString lineText(const Tools::SpectrumLine &line, double hertzPerLine)
-{
-    const double frequency = line.number * hertzPerLine;
-    return QString("%1: %2, %3, %4 Hz, %5 s")
-        .arg(line.number)
-        .arg(line.snr, 0, 'f', 1)
-        .arg(line.amplitude, 0, 'g', 4)
-        .arg(ReportText::general(frequency), ReportText::general(1 / frequency));
-}
+const char harmonicLink[] = "harmonic:%1";
 
 QString levelText(const std::vector<double> &levels, int window)
 {
@@ -62,17 +53,27 @@ QString significantText(const std::vector<double> &spectrum, const std::vector<d
         .arg(listed.front() == 0 ? "; line 0 is the mean of the series" : "");
 }
 
-QString strongestText(const std::vector<double> &spectrum, const std::vector<double> &levels,
-                      double hertzPerLine)
+Results::Report strongestReport(const std::vector<double> &spectrum,
+                                const std::vector<double> &levels, double hertzPerLine)
 {
     const double expected = double(spectrum.size()) * std::exp(-significance * significance / 2);
-    QString text = QString("Strongest lines: noise levels, amplitude, frequency, period (of noise, "
-                           "%1 are expected above %2 levels)")
-                       .arg(ReportText::count(expected))
-                       .arg(significance);
-    for (const Tools::SpectrumLine &line : Tools::strongestLines(spectrum, levels, strongest))
-        text += "\n" + lineText(line, hertzPerLine);
-    return text;
+    Results::Report report;
+    report.addHeading(QString("Strongest lines: noise levels, amplitude, frequency, period (of "
+                              "noise, %1 are expected above %2 levels)")
+                          .arg(ReportText::count(expected))
+                          .arg(significance));
+    Results::ReportTable table = {
+        {{"line"}, {"levels"}, {"amplitude"}, {"frequency", "Hz"}, {"period", "s"}},
+        "%1: %2, %3, %4 Hz, %5 s",
+        harmonicLink};
+    for (const Tools::SpectrumLine &line : Tools::strongestLines(spectrum, levels, strongest)) {
+        const double frequency = line.number * hertzPerLine;
+        table.rows.push_back({QString::number(line.number), QString::number(line.snr, 'f', 1),
+                              QString::number(line.amplitude, 'g', 4),
+                              ReportText::general(frequency), ReportText::general(1 / frequency)});
+    }
+    report.addTable(table);
+    return report;
 }
 
 // Where the typed period has its harmonic.
@@ -110,31 +111,64 @@ Above linesAbove(const std::vector<double> &spectrum, double threshold)
     return above;
 }
 
-// What noise explains of the lines above a threshold, which stand out of it, the strongest lines of
-// all, and that of the typed period.
-QStringList lineRemarks(const std::vector<double> &spectrum, const Above &above,
-                        const PulsarParameters &given, double tresolution, double hertzPerLine)
+// What noise explains of the lines above a threshold, and which stand out of it.
+Results::Report noiseReport(const std::vector<double> &spectrum, const std::vector<double> &levels,
+                            const Above &above, int window, int sigmaMultiple)
+{
+    const bool listsAll = above.count == int(above.listed.size());
+    Results::Report report(levelText(levels, window));
+    report.addLine(
+        QString("%1 of %2 values lie above %3 sigma%4; noise of this level would put %5 there.")
+            .arg(above.count)
+            .arg(spectrum.size())
+            .arg(sigmaMultiple)
+            .arg(listsAll ? "" : QString(", the first %1 are listed").arg(above.listed.size()))
+            .arg(ReportText::count(Tools::expectedAbove(levels, above.threshold))));
+    if (!above.listed.empty())
+        report.addLine(significantText(spectrum, levels, above.listed));
+    return report;
+}
+
+// The lines above a threshold, the strongest of all, and that of the typed period.
+std::vector<Results::Report> lineRemarks(const std::vector<double> &spectrum, const Above &above,
+                                         const PulsarParameters &given, double tresolution,
+                                         double hertzPerLine)
 {
     const int window = given.withNull ? paddedNoiseWindow : noiseWindow;
     const std::vector<double> levels = Tools::amplitudeNoise(spectrum, window);
     if (!(*std::max_element(levels.begin(), levels.end()) > 0))
-        return {"The spectrum holds no noise: there is nothing to compare its lines with."};
-    const bool listsAll = above.count == int(above.listed.size());
-    QString text =
-        QString("%1\n%2 of %3 values lie above %4 sigma%5; noise of this level would put "
-                "%6 there.")
-            .arg(levelText(levels, window))
-            .arg(above.count)
-            .arg(spectrum.size())
-            .arg(given.sigmaMultiple)
-            .arg(listsAll ? "" : QString(", the first %1 are listed").arg(above.listed.size()))
-            .arg(ReportText::count(Tools::expectedAbove(levels, above.threshold)));
-    if (!above.listed.empty())
-        text += "\n" + significantText(spectrum, levels, above.listed);
-    QStringList remarks = {text, strongestText(spectrum, levels, hertzPerLine)};
+        return {Results::Report(
+            "The spectrum holds no noise: there is nothing to compare its lines with.")};
+    std::vector<Results::Report> remarks = {
+        noiseReport(spectrum, levels, above, window, given.sigmaMultiple),
+        strongestReport(spectrum, levels, hertzPerLine)};
     if (given.period > 0)
-        remarks << periodText(spectrum, levels, given, tresolution);
+        remarks.emplace_back(periodText(spectrum, levels, given, tresolution));
     return remarks;
+}
+
+// The system's own list.
+Results::Report harmonicsReport(const std::vector<double> &spectrum, const Above &above,
+                                const PulsarParameters &given, double sigma)
+{
+    const QString multiple = QString::number(given.sigmaMultiple);
+    const auto valueOf = [&](int line) { return ReportText::general(spectrum[std::size_t(line)]); };
+    Results::Report report;
+    report.addValue("Sigma", ReportText::general(sigma));
+    report.addValue(multiple + " sigma", ReportText::general(above.threshold));
+    report.addGap();
+    report.addHeading("Harmonics >= " + multiple + " sigma:");
+    report.addGap();
+    Results::ReportTable table = {{{"line"}, {"amplitude"}}, "%1: %2", harmonicLink};
+    for (const int line : above.listed)
+        table.rows.push_back({QString::number(line), valueOf(line)});
+    report.addTable(table);
+    report.addGap();
+    report.addHeading("First harmonic:");
+    report.addValue("num", QString::number(given.harmonicNum));
+    report.addValue("value", valueOf(given.harmonicNum));
+    report.addGap();
+    return report;
 }
 
 } // namespace
@@ -166,15 +200,7 @@ AnalysisOutcome sumChannelsAndFourier(const PreparedSamples &samples, const Puls
     const int multiple = given.sigmaMultiple;
     const double sigma = Tools::sigma(spectrum.data(), n);
     const Above above = linesAbove(spectrum, multiple * sigma);
-    QString &text = result.description;
-    text = "Sigma = " + ReportText::general(sigma) + "\n" + QString::number(multiple) +
-           " sigma = " + ReportText::general(above.threshold) +
-           "\n\nHarmonics >= " + QString::number(multiple) + " sigma:\n\n";
-    for (const int line : above.listed)
-        text +=
-            QString::number(line) + ": " + ReportText::general(spectrum[std::size_t(line)]) + "\n";
-    text += "\nFirst harmonic:\nnum = " + QString::number(given.harmonicNum) +
-            "\nvalue = " + ReportText::general(spectrum[std::size_t(given.harmonicNum)]) + "\n";
+    result.report = harmonicsReport(spectrum, above, given, sigma);
 
     addCurve(result, spectrum, "fourier of sum channels");
     addCurve(result, std::vector<double>(std::size_t(n), sigma), "1 sigma of fourier");
@@ -182,9 +208,9 @@ AnalysisOutcome sumChannelsAndFourier(const PreparedSamples &samples, const Puls
              QString::number(multiple) + " sigma of fourier");
     result.points = n;
     setSpectrumAxis(result, samples.data, given.averageCount);
-    result.remarks << lineRemarks(spectrum, above, given, samples.data.tresolution,
-                                  result.axis.step)
-                   << bandRemarks({samples.data, given, fixedPoints, given.dispersion}, wholeBands);
+    result.remarks =
+        lineRemarks(spectrum, above, given, samples.data.tresolution, result.axis.step);
+    append(bandRemarks({samples.data, given, fixedPoints, given.dispersion}, wholeBands), result);
     return outcome;
 }
 

@@ -10,20 +10,22 @@ AnalysisOutcome sumMultiDispersions(const PreparedSamples &samples, const Pulsar
     // Averaging does not move a harmonic; it only shortens the spectrum.
     AnalysisOutcome outcome = begunScan(samples, given);
     PulsarResult &result = outcome.result;
-    result.description += "\nChange: averages (see colors)\n\n";
+    result.report.addLine("Change: averages (see colors)");
+    result.report.addGap();
+    std::vector<NamedScan> scans;
     int wholeBands = sumBands;
     const int curves = given.averageCount + 1;
     for (int n = 0; n < curves; ++n) {
-        const DispersionScan scan =
-            scanDispersions(samples.data, given, n, shareOf(control, n, curves));
+        DispersionScan scan = scanDispersions(samples.data, given, n, shareOf(control, n, curves));
         if (!scan.problem.isEmpty())
             return refused(outcome, scan.problem);
         if (!scan.isWhole)
             return outcome;
-        addScan(scan, QString("averaging number %1").arg(n), given.harmonicNum, result);
         wholeBands = std::min(wholeBands, scan.wholeBands);
+        scans.push_back({QString("averaging number %1").arg(n), std::move(scan)});
     }
-    result.remarks << scanRemarks(samples.data, given, wholeBands, {given.firstPoint});
+    addScans(scans, given.harmonicNum, result);
+    result.remarks = scanRemarks(samples.data, given, wholeBands, {given.firstPoint});
     return outcome;
 }
 

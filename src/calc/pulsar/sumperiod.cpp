@@ -79,21 +79,23 @@ void describeFold(const FoldedSeries &folded, const Tools::FoldedProfile &profil
 {
     const double period = folded.period;
     const int bins = int(profile.bins.size());
-    result.description +=
-        QString("\nBins = %1\nPeriods folded = %2").arg(bins).arg(profile.periods, 0, 'f', 1);
+    Results::Report &report = result.report;
+    report.addValue("Bins", QString::number(bins));
+    report.addValue("Periods folded", QString::number(profile.periods, 'f', 1));
     if (!(folded.sampleSigma > 0)) {
-        result.description += "\nS/N = -";
-        result.remarks << "The channel holds no noise, so that there is no S/N.";
+        report.addValue("S/N", "-");
+        result.remarks.emplace_back("The channel holds no noise, so that there is no S/N.");
         return;
     }
     const Tools::BoxcarPeak peak = Tools::bestBoxcar(profile, folded.sampleSigma);
-    result.description += QString("\nS/N = %1\nWidth = %2 bins, %3 ms\nPhase of peak = %4, %5 s")
-                              .arg(peak.snr, 0, 'f', 1)
-                              .arg(peak.width)
-                              .arg(peak.width * period / bins * 1000, 0, 'f', 2)
-                              .arg(peak.phase, 0, 'f', 4)
-                              .arg(peak.phase * period, 0, 'f', 4);
-    result.remarks << noiseText(profile, period, foldBeside(folded, control));
+    report.addValue("S/N", QString::number(peak.snr, 'f', 1));
+    report.addValue("Width", QString("%1 bins, %2 ms")
+                                 .arg(peak.width)
+                                 .arg(peak.width * period / bins * 1000, 0, 'f', 2));
+    report.addValue(
+        "Phase of peak",
+        QString("%1, %2 s").arg(peak.phase, 0, 'f', 4).arg(peak.phase * period, 0, 'f', 4));
+    result.remarks.emplace_back(noiseText(profile, period, foldBeside(folded, control)));
 }
 
 } // namespace
@@ -149,14 +151,15 @@ AnalysisOutcome sumPeriod(const PreparedSamples &samples, const PulsarParameters
     addCurve(result, profile.bins, "sum on period");
     result.points = bins;
     result.axis = {PulsarAxis::Kind::Phase, 0, 1.0 / bins, given.period};
-    result.description = "Summation on period\nPeriod = " + exactText(given.period) +
-                         startText(given) + "\nNumber of points = " + QString::number(count);
+    result.report.addLine("Summation on period");
+    result.report.addValue("Period", exactText(given.period));
+    addStart(given, result.report);
+    result.report.addValue("Number of points", QString::number(count));
     // The samples as recorded tell their noise, the rest hides how coarse they are.
     const double sampleSigma = Tools::robustSigma(channel, count) / divisor;
     describeFold({std::move(series), samples.data.tresolution, given.period, sampleSigma}, profile,
                  control, result);
     result.times = timesText(samples.data, given.channel);
-    result.remarks << result.times;
     return outcome;
 }
 

@@ -49,26 +49,31 @@ AnalysisOutcome sumTimeDispersions(const PreparedSamples &samples, const PulsarP
     PulsarResult &result = outcome.result;
     const int delta = deltaOf(samples.data, given);
     const std::vector<int> starts = scanStarts(samples.data, given);
-    result.description += QString("Delta = %1 points, %2 s\n\nChange: first point (see colors)\n\n")
-                              .arg(delta)
-                              .arg(ReportText::general(delta * samples.data.tresolution));
+    result.report.addValue("Delta",
+                           QString("%1 points, %2 s")
+                               .arg(delta)
+                               .arg(ReportText::general(delta * samples.data.tresolution)));
+    result.report.addGap();
+    result.report.addLine("Change: first point (see colors)");
+    result.report.addGap();
+    std::vector<NamedScan> scans;
     result.starts = starts;
     int wholeBands = sumBands;
     const int curves = int(starts.size());
     for (int k = 0; k < curves; ++k) {
         PulsarParameters fromStart = given;
         fromStart.firstPoint = starts[std::size_t(k)];
-        const DispersionScan scan = scanDispersions(samples.data, fromStart, given.averageCount,
-                                                    shareOf(control, k, curves));
+        DispersionScan scan = scanDispersions(samples.data, fromStart, given.averageCount,
+                                              shareOf(control, k, curves));
         if (!scan.problem.isEmpty())
             return refused(outcome, scan.problem);
         if (!scan.isWhole)
             return outcome;
-        addScan(scan, QString("first point %1").arg(starts[std::size_t(k)]), given.harmonicNum,
-                result);
         wholeBands = std::min(wholeBands, scan.wholeBands);
+        scans.push_back({QString("first point %1").arg(starts[std::size_t(k)]), std::move(scan)});
     }
-    result.remarks << scanRemarks(samples.data, given, wholeBands, starts);
+    addScans(scans, given.harmonicNum, result);
+    result.remarks = scanRemarks(samples.data, given, wholeBands, starts);
     return outcome;
 }
 

@@ -44,13 +44,13 @@ void resetColours(const QWidget *block)
     }
 }
 
-// What is wrong with the texts of number fields, by field, as lines of a report.
+// What is wrong with the texts of number fields, by field.
 QMap<QString, QString> unreadIn(const QWidget *block)
 {
     QMap<QString, QString> lines;
     for (const QAbstractSpinBox *box : block->findChildren<QAbstractSpinBox *>()) {
         if (const QString problem = Fields::problemOf(box); !problem.isEmpty())
-            lines.insert(box->objectName(), problem.toHtmlEscaped().replace('\n', ' ') + "<br>");
+            lines.insert(box->objectName(), problem);
     }
     return lines;
 }

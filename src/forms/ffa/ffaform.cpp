@@ -362,10 +362,11 @@ QStringList FfaForm::sourceLines() const
                              .arg(ffa.bins_min)
                              .arg(ffa.bins_max)
                              .arg(number(ffa.ducy_max), number(ffa.wtsp))};
-    lines << found->result.description.split('\n');
+    lines << found->result.report.lines();
     lines << QString("S/N that white noise is expected to reach: %1")
                  .arg(searched.estimate.noiseThreshold, 0, 'f', 2);
-    lines << found->result.remarks;
+    for (const Results::Report &note : found->result.notes())
+        lines << note.lines();
     if (!searched.leftOut.isEmpty())
         lines << searched.leftOut;
     return lines;

@@ -32,24 +32,22 @@ void FfaForm::showResult()
                            : count < mostCandidates
                                ? QString("%1 candidates").arg(count)
                                : QString("The strongest %1 candidates").arg(count);
-    QString noise = QString("%1 above %2 %3, the highest that white noise is expected to reach in "
-                            "this search. Periods are topocentric.")
-                        .arg(number)
-                        .arg(result().wholeFactors.empty() ? "S/N" : "true S/N")
-                        .arg(searched.estimate.noiseThreshold, 0, 'f', 1);
-    for (const QString &remark : found->result.remarks) {
-        if (remark != found->result.times) // said above
-            noise += "\n" + remark;
+    Results::Report noise(QString("%1 above %2 %3, the highest that white noise is expected to "
+                                  "reach in this search. Periods are topocentric.")
+                              .arg(number)
+                              .arg(result().wholeFactors.empty() ? "S/N" : "true S/N")
+                              .arg(searched.estimate.noiseThreshold, 0, 'f', 1));
+    for (const QString &line : {found->result.nonFinite, readProblem, searched.leftOut}) {
+        if (!line.isEmpty())
+            noise.addLine(line);
     }
-    if (!readProblem.isEmpty())
-        noise += "\n" + readProblem;
-    if (!searched.leftOut.isEmpty())
-        noise += "\n" + searched.leftOut;
+    for (const Results::Report &remark : found->result.remarks)
+        noise.add(remark);
     const Settings *const settings = Settings::instance();
     const QString folder =
         settings->lastSavePath().isEmpty() ? settings->lastOpenPath() : settings->lastSavePath();
     const QString name = data.fileName.section('.', 0, -2) + "_ffa.txt";
-    results->showSearch(candidates, result().periodogram.widths, noise, sourceLines(),
+    results->showSearch(candidates, result().periodogram.widths, noise.html(), sourceLines(),
                         QDir(folder).filePath(name));
     showSpectrum(results->shownWidth());
     if (!candidates.empty()) {
@@ -141,14 +139,14 @@ void FfaForm::choosePeriod(double period, int bins, const QString &refined)
     const FfaFold fold = Tools::foldSeries(result(), period, bins);
     const int width = fold.widths[std::size_t(fold.best)];
     const int count = int(fold.profile.size());
-    results->showFold(fold, seconds(),
-                      QString("Period %1, %2 Hz\nFold: S/N %3, width %4 of %5 bins, "
-                              "%6 ms, phase %7")
-                          .arg(refined.isEmpty() ? periodText(period) : refined)
-                          .arg(1 / period, 0, 'f', 6)
-                          .arg(fold.snr[std::size_t(fold.best)], 0, 'f', 1)
-                          .arg(width)
-                          .arg(count)
-                          .arg(1000 * width * period / count, 0, 'f', 2)
-                          .arg(fold.phase, 0, 'f', 3));
+    Results::Report report(QString("Period %1, %2 Hz")
+                               .arg(refined.isEmpty() ? periodText(period) : refined)
+                               .arg(1 / period, 0, 'f', 6));
+    report.addLine(QString("Fold: S/N %1, width %2 of %3 bins, %4 ms, phase %5")
+                       .arg(fold.snr[std::size_t(fold.best)], 0, 'f', 1)
+                       .arg(width)
+                       .arg(count)
+                       .arg(1000 * width * period / count, 0, 'f', 2)
+                       .arg(fold.phase, 0, 'f', 3));
+    results->showFold(fold, seconds(), report.html());
 }

@@ -115,6 +115,7 @@ void PulsarForm::connectInputs()
     connect(ui->commandButton, &QPushButton::clicked, this, &PulsarForm::copyCommand);
     connect(ui->harmonicOfPeriod, &QPushButton::clicked, this, &PulsarForm::takeHarmonicOfPeriod);
 
+    connect(info, &PulsarGrafikInfo::linkClicked, this, &PulsarForm::followLink);
     connect(info, &PulsarGrafikInfo::changeMaxSigma, this, &PulsarForm::redraw);
     connect(info, &PulsarGrafikInfo::changeDispersions, this, &PulsarForm::changeDispersions);
     connect(info, &PulsarGrafikInfo::showMultiResult, this, &PulsarForm::showMultiResult);
@@ -337,7 +338,8 @@ bool PulsarForm::readStart(PulsarParameters &parameters)
         return true;
     }
     markFailing(ui->zrtUtc);
-    showError(this, start.error);
+    showError(this, start.isWithoutTimes ? start.error + "\nChoose \"First point\" instead."
+                                         : start.error);
     ui->zrtUtc->setFocus();
     return false;
 }
@@ -408,7 +410,7 @@ void PulsarForm::showResult()
     info->setDispersionControls(reads(shownAction, "--compare"));
     shownMulti.reset();
     showCurves(result.curves, result.names, 0);
-    showTexts(result.description, result.names, 0);
+    showTexts(result.report, result.names, 0);
 }
 
 void PulsarForm::showMultiResult(int index)
@@ -416,7 +418,7 @@ void PulsarForm::showMultiResult(int index)
     shownMulti = index;
     const PulsarMultiResult &multi = calculate->result().multi[std::size_t(index)];
     showCurves(multi.curves, multi.names, index);
-    showTexts(multi.description, multi.names, index);
+    showTexts(multi.report, multi.names, index);
 }
 
 // Shows curves over the X values of the result; their colours begin with that of the given
@@ -454,24 +456,41 @@ QStringList PulsarForm::computedOnLines() const
     return lines;
 }
 
-void PulsarForm::showTexts(const QString &description, const QStringList &names, int firstColour)
+void PulsarForm::showTexts(const Results::Report &report, const QStringList &names, int firstColour)
 {
     const PulsarResult &result = calculate->result();
-    QStringList report = {choicesText(shownAction, data, shownParameters, result.points),
-                          description};
-    report << result.remarks;
+    std::vector<Results::Report> parts = {
+        choicesReport(shownAction, data, shownParameters, result.points), report};
+    for (const Results::Report &note : result.notes())
+        parts.push_back(note);
     if (!readProblem.isEmpty())
-        report << readProblem;
-    report << "Computed on\n" + computedOnLines().join('\n');
+        parts.emplace_back(readProblem);
+    Results::Report computed;
+    computed.addHeading("Computed on");
+    for (const QString &line : computedOnLines())
+        computed.addLine(line);
+    parts.push_back(computed);
 
     const Plot::AxisTitles titles = Plot::axisTitles(result.axis);
-    QStringList legend;
+    Results::Report legend;
     for (int i = 0; i < names.size(); ++i)
-        legend << plotColour(firstColour + i).name + ": " + names[i];
+        legend.addLine(plotColour(firstColour + i).name + ": " + names[i]);
     if (!result.markers.empty())
-        legend << "green vertical lines: deleted steps";
-    legend << "X, lower row: " + titles.row1;
+        legend.addLine("green vertical lines: deleted steps");
+    legend.addLine("X, lower row: " + titles.row1);
     if (!titles.row2.isEmpty())
-        legend << "X, upper row: " + titles.row2;
-    info->setTexts(report.join("\n\n"), legend.join("\n"), shownUnreadable.join("\n"));
+        legend.addLine("X, upper row: " + titles.row2);
+    info->setTexts(Results::joinReports(parts).html(), legend.html(), shownUnreadable);
+}
+
+// A click on a line of the spectrum or on a dispersion of the report fills its field.
+void PulsarForm::followLink(const QUrl &link)
+{
+    if (link.scheme() == "harmonic") {
+        ui->harmonicNum->setValue(link.path().toInt());
+        ui->harmonicNum->setFocus();
+    } else if (link.scheme() == "dispersion") {
+        ui->dispersion->setText(link.path());
+        ui->dispersion->setFocus();
+    }
 }

@@ -65,7 +65,8 @@ private:
     void showCurves(const std::vector<std::vector<float>> &curves, const QStringList &names,
                     int firstColour);
     QStringList computedOnLines() const;
-    void showTexts(const QString &description, const QStringList &names, int firstColour);
+    void showTexts(const Results::Report &report, const QStringList &names, int firstColour);
+    void followLink(const QUrl &link);
 
     const std::unique_ptr<Ui::PulsarForm> ui;
     const QString recordingPath;
