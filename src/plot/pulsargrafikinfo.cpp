@@ -22,7 +22,7 @@ QString reportStyle(const QPalette &palette)
     constexpr int middle = 128;
     const bool isDark = palette.color(QPalette::Base).lightness() < middle;
     return QString(".red { color: %1; } .blue { color: %2; } a { color: %2; }"
-                   "p { margin-top: 0.5em; margin-bottom: 0.5em; }")
+                   "td, th { font-size: small; }")
         .arg(isDark ? "#ff8080" : "#b00020", isDark ? "#9cc4ec" : "#1f4e79");
 }
 

@@ -24,7 +24,7 @@ QString tableHtml(const ReportTable &table)
 {
     QString html = "<table cellspacing='0' cellpadding='2'><tr>";
     for (const ReportTable::Column &column : table.columns)
-        html += QString("<th align='right'>&nbsp;%1</th>")
+        html += QString("<th align='right'>%1</th>")
                     .arg((column.unit.isEmpty() ? column.head : column.head + ", " + column.unit)
                              .toHtmlEscaped());
     html += "</tr>";
@@ -32,7 +32,7 @@ QString tableHtml(const ReportTable &table)
         html += "<tr>";
         for (int i = 0; i < row.size(); ++i) {
             const bool isLinked = i == 0 && !table.link.isEmpty();
-            html += QString("<td align='right'>&nbsp;%1</td>")
+            html += QString("<td align='right'><nobr>%1</nobr></td>")
                         .arg(anchor(isLinked ? table.link.arg(row[0]) : QString(), row[i]));
         }
         html += "</tr>";

@@ -157,13 +157,13 @@ void TestPulsarForm::fourDispersions()
     type("dispersion", "10,0");
     click("sum4Dispersions");
     QCOMPARE(find<QLineEdit>("dispersion4")->text().toDouble(), 20.0);
-    QVERIFY2(report().contains("\ndisp2 = 5.0 value = "), qPrintable(report()));
+    QVERIFY2(report().contains("\n2\n5.0\n"), qPrintable(report()));
     type("dispersion", "1 2 3 4");
     click("pushButton");
-    QVERIFY2(report().contains("\ndisp3 = 3.0 value = "), qPrintable(report()));
+    QVERIFY2(report().contains("\n3\n3.0\n"), qPrintable(report()));
     type("dispersion2", "7,5");
     click("changeDispersionsButton");
-    QVERIFY2(report().contains("\ndisp2 = 7.5 value = "), qPrintable(report()));
+    QVERIFY2(report().contains("\n2\n7.5\n"), qPrintable(report()));
 }
 
 void TestPulsarForm::refusalsKeepThePicture()

@@ -197,7 +197,7 @@ void TestFormats::reportsAsTextAndAsHtml()
              QString("Lines > 6 sigma:\n\n7: 0.5 Hz\n\nfile: <b>.pnt\nDM = 26.2"));
     const QString html = report.html();
     for (const char *const part :
-         {"<span class='blue'>Lines &gt; 6 sigma:</span>", "<a href='harmonic:7'>7</a></td>",
+         {"<span class='blue'>Lines &gt; 6 sigma:</span>", "<a href='harmonic:7'>7</a></nobr></td>",
           "frequency, Hz</th>", "<p>file: &lt;b&gt;.pnt<br>DM = <a href='dispersion:26.2'>26.2"})
         QVERIFY2(html.contains(part), qPrintable(html));
     QCOMPARE(joinReports({Report("a"), Report(), Report("b")}).plainText(), QString("a\n\nb"));
