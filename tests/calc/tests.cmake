@@ -1,3 +1,4 @@
+zrt_add_test(calc/banddelays unit zrt_calc)
 zrt_add_test(calc/channelsum unit zrt_calc)
 zrt_add_test(calc/approximation unit zrt_calc)
 zrt_add_test(calc/fourier unit zrt_calc)
