@@ -196,6 +196,7 @@ PlotData curvePlot(const PulsarAxis &axis, std::vector<std::vector<float>> curve
     const AxisTexts texts = axisTexts(axis, plot.numPoints, recording);
     plot.textX1 = texts.row1;
     plot.textX2 = texts.row2;
+    plot.rowNames = rowNames(axis);
     plot.x = plotAxis(axis, recording.tresolution);
     if (axis.kind == PulsarAxis::Kind::Points) {
         plot.xOffset = int(axis.first);
@@ -218,6 +219,7 @@ PlotData periodPlot(std::vector<double> periods, std::vector<std::vector<float>>
     plot.numPoints = int(values->size());
     plot.x = {"period", "s", 0, 1, *values};
     plot.yName = "S/N";
+    plot.rowNames = QStringList{"period", "frequency"};
     plot.textX1 = [values](int i) {
         return QString::number((*values)[std::size_t(i)], 'g', 6) + " s";
     };

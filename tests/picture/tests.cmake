@@ -1,7 +1,8 @@
+zrt_add_test(picture/axislabels unit zrt_picture)
 zrt_add_test(picture/plotgeometry unit zrt_picture)
 zrt_add_test(picture/resultplot unit zrt_picture)
 zrt_add_test(picture/plotpainter unit zrt_picture)
 zrt_add_test(picture/plotexport unit zrt_picture Qt5::Svg)
 # Text needs a platform, though no window is opened.
-set_property(TEST picture/plotpainter picture/plotexport PROPERTY
+set_property(TEST picture/plotpainter picture/plotexport picture/resultplot PROPERTY
     ENVIRONMENT QT_QPA_PLATFORM=offscreen)
