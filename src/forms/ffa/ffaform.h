@@ -74,7 +74,8 @@ private:
     void choosePeak(QPointF coords);
     void chooseCandidate(int row);
     void choosePeriod(double period, int bins, const QString &refined = {});
-    std::vector<int> markers() const;
+    void setMarkers(struct PlotData &plot) const;
+    QStringList textAt(const QPointF &coords) const;
     QStringList sourceLines() const;
     const FfaResult &result() const { return *found->result.ffa; }
     double seconds() const { return double(result().series.size()) * result().tsamp; }

@@ -58,21 +58,28 @@ void FfaForm::showResult()
     }
 }
 
-// Periods of the plot that are the chosen one, its half, double and triple.
-std::vector<int> FfaForm::markers() const
+// Marks the chosen period, its half, double and triple, each with a line of its own kind.
+void FfaForm::setMarkers(PlotData &plot) const
 {
-    std::vector<int> places;
+    struct Multiple {
+        double factor;
+        MarkerStyle style;
+    };
+    static const Multiple multiples[] = {
+        {0.5, {"1/2", {2, 3}}}, {1.0, {"1", {}}}, {2.0, {"2", {9, 4}}}, {3.0, {"3", {9, 3, 2, 3}}}};
+    plot.markers.clear();
+    plot.markerStyles.clear();
     const std::vector<double> &periods = spectrum->periods;
-    for (const double factor : {0.5, 1.0, 2.0, 3.0}) {
+    for (const auto &[factor, style] : multiples) {
         const double period = factor * chosenPeriod;
         if (!(period >= periods.front()) || period > periods.back())
             continue;
         const auto after = std::lower_bound(periods.begin(), periods.end(), period);
         const bool earlier = after == periods.end() ||
                              (after != periods.begin() && period - *(after - 1) < *after - period);
-        places.push_back(int(after - periods.begin()) - (earlier ? 1 : 0));
+        plot.markers.push_back(int(after - periods.begin()) - (earlier ? 1 : 0));
+        plot.markerStyles.push_back(style);
     }
-    return places;
 }
 
 void FfaForm::showSpectrum(int width)
@@ -92,9 +99,37 @@ void FfaForm::showSpectrum(int width)
                                      {name, "noise alone"});
     plot.colours = {plotColour(0).code, plotColour(2).code};
     plot.source = sourceLines();
-    plot.markers = markers();
+    setMarkers(plot);
     grafik->setData(std::move(plot));
     grafik->recomputeRange();
+    grafik->setHoverText([this](const QPointF &coords) { return textAt(coords); });
+}
+
+// Of the highest S/N among the trial periods under the pointer.
+QStringList FfaForm::textAt(const QPointF &coords) const
+{
+    if (!found || spectrum->snr.empty())
+        return {};
+    const double last = double(spectrum->snr.size()) - 1;
+    const double reach = std::abs(grafik->dataPerPixel().x()) / 2;
+    const auto begin = std::size_t(std::clamp(std::floor(coords.x() - reach), 0.0, last));
+    const auto end = std::size_t(std::clamp(std::ceil(coords.x() + reach), 0.0, last)) + 1;
+    const float *const snr = spectrum->snr.data();
+    const auto place = std::size_t(std::max_element(snr + begin, snr + end) - snr);
+    const Periodogram &periodogram = result().periodogram;
+    const auto trial = std::size_t(spectrum->trials[place]);
+    const std::size_t widths = periodogram.widths.size();
+    const auto *const row = periodogram.snr.data() + trial * widths;
+    const auto best = std::size_t(std::max_element(row, row + widths) - row);
+    const double period = spectrum->periods[place];
+    return {QString("%1,  %2 Hz,  S/N %3")
+                .arg(periodText(period))
+                .arg(1 / period, 0, 'f', 6)
+                .arg(double(snr[place]), 0, 'f', 1),
+            QString("best width %1 of %2 bins, S/N %3")
+                .arg(periodogram.widths[best])
+                .arg(periodogram.foldbins[trial])
+                .arg(double(row[best]), 0, 'f', 1)};
 }
 
 // The highest peak within some pixels of a click.
@@ -136,7 +171,7 @@ void FfaForm::choosePeriod(double period, int bins, const QString &refined)
     chosenPeriod = period;
     chosenBins = bins;
     PlotData plot = grafik->data();
-    plot.markers = markers();
+    setMarkers(plot);
     grafik->setData(std::move(plot));
     const FfaFold fold = Tools::foldSeries(result(), period, bins);
     const int width = fold.widths[std::size_t(fold.best)];

@@ -8,7 +8,6 @@
 #include "app/shell/progresstask.h"
 #include "app/shell/settings.h"
 #include "calc/finitesamples.h"
-#include "calc/waterfall.h"
 #include "data/recordingwriter.h"
 #include "data/truenumbers.h"
 #include "fields/fieldstyles.h"
@@ -17,11 +16,9 @@
 #include "forms/native/nativeplot.h"
 #include "forms/native/nativestatistics.h"
 #include "forms/native/nativetexts.h"
-#include "forms/native/nativewaterfall.h"
 #include "forms/native/overviewstrip.h"
 #include "forms/native/waterfallview.h"
 #include "forms/savefolder.h"
-#include "plot/picturemenu.h"
 #include "ui_nativegrafik.h"
 
 #include <QFileDialog>
@@ -111,7 +108,6 @@ QWidget *NativeGrafik::makeMiddle()
     overview->setObjectName("overview");
     waterfall->setPlot(grafik);
     shareSaveFolder(grafik);
-    shareSaveFolder(new PictureMenu(waterfall));
     waterfall->setFrequencies(file.header().fbands, file.header().channels - 1);
     overview->setRecording(npoints);
     layout->addWidget(waterfall, 3);
@@ -167,11 +163,6 @@ void NativeGrafik::connectInputs()
         connect(button, &QRadioButton::toggled, this, drawSoon);
     connect(ui->dispersion, numberChanged, this, &NativeGrafik::setDispersion);
     connect(ui->dispersionSlider, &QSlider::valueChanged, this, &NativeGrafik::setDispersion);
-    for (QDoubleSpinBox *field : {ui->darkest, ui->lightest})
-        connect(field, numberChanged, this, [this] {
-            ui->darkest->setMaximum(ui->lightest->value() - ui->darkest->singleStep());
-            waterfall->setScale(float(ui->darkest->value()), float(ui->lightest->value()));
-        });
     connect(ui->average, spinChanged, this, drawSoon);
     connect(ui->wholeButton, &QPushButton::clicked, this, [this] {
         grafik->noteView();
@@ -198,7 +189,7 @@ void NativeGrafik::connectInputs()
     connect(grafik, &PulsarGrafik::selectionChanged, this, [this] { statisticsTimer.start(); });
     connect(grafik, &PulsarGrafik::coordsChanged, this,
             [this](QPointF coords) { showCoords(coords); });
-    connect(waterfall, &WaterfallView::pointed, this, &NativeGrafik::showWaterfallCoords);
+    connectWaterfall();
     connect(overview, &OverviewStrip::rangeWanted, this, [this](double first, double points) {
         grafik->noteView();
         showPoints(first, points);
@@ -324,21 +315,6 @@ void NativeGrafik::drawCurves(const NativeRange &part)
     overview->setPart(visible().first, visible().points);
 }
 
-// The part in sight, one column per pixel.
-void NativeGrafik::drawWaterfall()
-{
-    if (!picture || !ui->showWaterfall->isChecked())
-        return;
-    const bool hasSamples = bool(picture->window.samples);
-    if (!hasSamples && !means.samples)
-        means = Tools::recordOfMeans(picture->reduction, file.header());
-    const NativeRange range = visible();
-    waterfall->setPicture(nativeWaterfall(*picture, hasSamples ? picture->window : means,
-                                          {range, ui->dispersion->value(), ui->average->value(),
-                                           waterfall->pictureWidth(), channelsOff}));
-    waterfall->setPart(range.first, range.points);
-}
-
 NativeRange NativeGrafik::visible() const
 {
     const PulsarGrafik::VisibleRange range = grafik->visibleRange();
@@ -442,16 +418,6 @@ void NativeGrafik::showCoords(QPointF coords)
     const double point = std::floor(drawn.first + std::floor(coords.x()) * drawn.step);
     info->setCoords(NativeTexts::coordsText(
         file.header(), point, "value " + Plot::coordinateText(coords.y(), perPixel.y())));
-}
-
-void NativeGrafik::showWaterfallCoords(double point, int band, float value)
-{
-    const ObservationData &header = file.header();
-    QString channel = QString("channel %1").arg(band + 1);
-    if (std::size_t(band) < header.fbands.size())
-        channel += QString(", %1 MHz").arg(header.fbands[std::size_t(band)]);
-    info->setCoords(NativeTexts::coordsText(
-        header, std::floor(point), channel + QString(", %1 sigma").arg(double(value), 0, 'f', 2)));
 }
 
 void NativeGrafik::saveSelection()

@@ -44,6 +44,7 @@ private:
     QWidget *makeMiddle();
     void fillPassport();
     void connectInputs();
+    void connectWaterfall();
     void setDispersion(double dispersion);
     NativeChoice choice() const;
 
