@@ -86,7 +86,7 @@ public:
             if (harmonic != number)
                 add(harmonic);
         // For simulated combs of 1 to 12 lines this makes two errors hold in 95 % of cases.
-        constexpr double allowance = 1.1;
+        constexpr double allowance = 1.2;
         return {fundamental, allowance * error * std::sqrt(scatter()), int(lines.size())};
     }
 
@@ -130,9 +130,7 @@ private:
             found.misfit += std::pow(value - expected, 2);
             ++found.values;
         }
-        // Values between those of the series as it is tell something new, but half of it only.
-        constexpr double shareOfPadded = 2.0 / 3;
-        found.logarithm *= padding == 1 ? 1 : shareOfPadded;
+        found.logarithm /= padding; // values between those of the series tell little new
         return found;
     }
 

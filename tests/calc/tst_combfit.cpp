@@ -54,7 +54,7 @@ void TestCombFit::errorsAreTrue_data()
     QTest::newRow("one weak line") << 1 << 0.25 << false;
     QTest::newRow("one weak line, padded") << 1 << 0.25 << true;
     QTest::newRow("weak comb") << 6 << 0.25 << false;
-    QTest::newRow("strong comb, padded") << 6 << 1.0 << true;
+    QTest::newRow("strong comb, padded") << 6 << 0.5 << true;
 }
 
 void TestCombFit::errorsAreTrue()

@@ -11,7 +11,14 @@
 
 namespace {
 
-constexpr int titleHeight = 15;
+// The user's font, as far as there is room.
+QFont titleFont(QFont font)
+{
+    constexpr int least = 9; // pixels
+    constexpr int most = 15;
+    font.setPixelSize(std::clamp(QFontInfo(font).pixelSize(), least, most));
+    return font;
+}
 
 } // namespace
 
@@ -133,14 +140,13 @@ void BandpassView::paintEvent(QPaintEvent * /*event*/)
         if (isOff(int(i)))
             painter.fillRect(QRectF(double(i) * barWidth, 0, barWidth, height()),
                              QColor(244, 204, 204));
+    painter.setFont(titleFont(font()));
+    const int titleHeight = painter.fontMetrics().ascent() + 4;
     const int half = height() / 2;
     const QRect upper(0, titleHeight, width(), half - titleHeight);
     const QRect lower(0, half + titleHeight, width(), height() - half - titleHeight);
     paintBars(painter, mean, upper, QColor("#0000FF"));
     paintBars(painter, sigma, lower, QColor("#009900"));
-    QFont small = font();
-    small.setPixelSize(11);
-    painter.setFont(small);
     painter.setPen(Qt::black);
     painter.drawText(4, titleHeight - 3, titleOf("mean", mean));
     painter.drawText(4, half + titleHeight - 3, titleOf("sigma", sigma));

@@ -19,6 +19,12 @@ constexpr int marginBottom = 6;
 constexpr int labelDistance = 36; // pixels
 constexpr int barWidth = 8;       // pixels, of the colour scale
 
+// MHz, in the room that the left margin has.
+QString frequencyText(double frequency)
+{
+    return QString::number(frequency, 'f', frequency < 1000 ? 2 : 1);
+}
+
 } // namespace
 
 WaterfallView::WaterfallView(QWidget *parent) : QWidget(parent)
@@ -155,8 +161,10 @@ void WaterfallView::paintPicture(QPainter &painter) const
 void WaterfallView::paintLabels(QPainter &painter) const
 {
     const QRect inner = area();
+    constexpr int leastFont = 9; // pixels
+    constexpr int mostFont = 15; // the left margin holds no more
     QFont small = font();
-    small.setPixelSize(12);
+    small.setPixelSize(std::clamp(QFontInfo(small).pixelSize(), leastFont, mostFont));
     painter.setFont(small);
     const auto rightAligned = [&](int y, const QString &text) {
         painter.drawText(QRect(0, y - 8, inner.left() - 5, 16), Qt::AlignRight | Qt::AlignVCenter,
@@ -171,7 +179,7 @@ void WaterfallView::paintLabels(QPainter &painter) const
         const int band = bandOfRow[std::size_t(row)];
         rightAligned(inner.top() + int((row + 0.5) * rowHeight),
                      frequencies.empty() ? QString::number(band + 1)
-                                         : QString::number(frequencies[std::size_t(band)], 'f', 2));
+                                         : frequencyText(frequencies[std::size_t(band)]));
     }
 
     paintScale(painter);
