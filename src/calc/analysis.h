@@ -52,6 +52,15 @@ struct Field : FieldText {
     }
 };
 
+/// What opens an analysis over days: periodograms of the FFA instead of spectra, maps, a search.
+struct SurveyFlags {
+    bool ffa = false;
+    bool map = false;
+    bool search = false;
+
+    bool operator==(const SurveyFlags &other) const = default;
+};
+
 template <typename Parameters>
 struct Analysis {
     QString name;     ///< of the action

@@ -12,13 +12,14 @@ namespace Days {
 
 /// One ray at one dispersion.
 struct SeriesRequest {
-    int module = 1;        ///< the telescope's number
-    int ray = 1;           ///< the telescope's number
-    double dispersion = 0; ///< pc/cm^3
+    int module = 1;          ///< the telescope's number
+    int ray = 1;             ///< the telescope's number
+    double dispersion = 0;   ///< pc/cm^3
+    bool isBackward = false; ///< delays of the opposite sign: no dispersed pulse adds up
 };
 
 /// Points behind a stretch that the delays of the bands take in: what DayChoice::pointsAfter
-/// is to be for the highest dispersion.
+/// is to be for the highest dispersion, and DayChoice::pointsBefore for that of a backward sum.
 ///
 /// @param header  fbands, tresolution
 /// @return -1 where there are too few bands, or a delay beyond an int

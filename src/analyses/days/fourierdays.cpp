@@ -1,0 +1,325 @@
+#include "analyses/days/fourierdays.h"
+
+#include "analyses/days/powerstack.h"
+#include "base/shellword.h"
+#include "calc/pulsar/pulsarfields.h"
+#include "coords/skyclock.h"
+
+#include <algorithm>
+
+namespace Days {
+
+namespace {
+
+using P = FourierDaysParameters;
+
+template <auto member>
+FieldRef refOf(P &parameters)
+{
+    return &(parameters.*member);
+}
+
+FourierDaysField field(const FieldText &text, FieldRef (*of)(P &))
+{
+    FourierDaysField made{text, of};
+    made.recorded = Recorded::Always;
+    return made;
+}
+
+FieldText ranged(FieldText text, double least, double most)
+{
+    text.least = least;
+    text.most = most;
+    return text;
+}
+
+std::vector<FourierDaysField> placeFields()
+{
+    return {
+        field(ranged({"module", "--module", "N",
+                      "Number of the module, as the telescope counts them; 0: that of the beam "
+                      "nearest to the source.",
+                      "module"},
+                     0, 6),
+              refOf<&P::module>),
+        field(ranged({"ray", "--ray", "N",
+                      "Number of the ray, as the telescope counts them; 0: the nearest.", "ray"},
+                     0, 33),
+              refOf<&P::ray>),
+        field(ranged({"dispersion", "--dm", "DM", "Dispersion, pc/cm^3.", "dispersion", "pc/cm^3"},
+                     0, 10000),
+              refOf<&P::dispersion>),
+        field(ranged({"points", "--count", "N",
+                      "Points of each day: a power of two from 1024 to 131072.", "count"},
+                     fewestPoints, mostPoints),
+              refOf<&P::points>),
+        field({"source", "--source", "NAME",
+               "Known pulsar that culminates in the middle of the stretch.", "source"},
+              refOf<&P::source>),
+        field(
+            {"alfa", "--ra", "HH:MM:SS", "Right ascension of 2000 of a source, with --dec.", "ra"},
+            refOf<&P::alfa>),
+        field({"delta", "--dec", "+DD:MM:SS", "Declination of 2000 of a source, with --ra.", "dec"},
+              refOf<&P::delta>),
+        field({"siderealTime", "--sidereal", "HH:MM:SS",
+               "Sidereal time at the telescope of the first point.", "sidereal"},
+              refOf<&P::siderealTime>),
+        field({"zrtUtc", "--utc", "HH:MM:SS", "UTC of the first point of every date.", "utc"},
+              refOf<&P::utc>),
+        field(ranged(
+                  {"firstPoint", "--point", "POINT", "First point in every file, from 0.", "point"},
+                  0, 2147483647),
+              refOf<&P::firstPoint>),
+        field({"clockOffset", "--clock-offset", "SECONDS",
+               "Seconds by which the recordings' clock is ahead of UTC.", "clock_offset", "s"},
+              refOf<&P::clockOffset>),
+    };
+}
+
+std::vector<FourierDaysField> spectrumFields()
+{
+    FourierDaysField noise =
+        field({"groupBox_method", "--noise", "METHOD",
+               "Base line that is taken off: polinom5, median, backSum or without.", "noise"},
+              refOf<&P::noise>);
+    noise.choices = pulsarField("--noise").choices;
+    return {
+        noise,
+        field({"withNormalization", "--normalise", "",
+               "Divide by the standard deviation once the base line is off.", "normalise"},
+              refOf<&P::normalise>),
+        field(
+            ranged({"averageCount", "--average", "N",
+                    "Times that neighbouring pairs are averaged before the transform.", "average"},
+                   0, 8),
+            refOf<&P::averageCount>),
+        field(ranged({"window", "--window", "BINS",
+                      "Bins, an odd number, whose median is the noise around a line.", "window"},
+                     129, 513),
+              refOf<&P::window>),
+        field(ranged({"harmonics", "--harmonics", "N",
+                      "Harmonics that are summed at most: 1, 2, 4, 8 or 16.", "harmonics"},
+                     1, 16),
+              refOf<&P::harmonics>),
+        field({"earthMotion", "--no-earth-motion", "",
+               "Do not turn the frequencies of the days to the barycentre.", "earth_motion"},
+              refOf<&P::earthMotion>),
+        field(ranged({"threshold", "--sigma", "N", "Lowest significance of a listed line, sigma.",
+                      "sigma"},
+                     1, 1000),
+              refOf<&P::threshold>),
+        field({"equalGains", "--equal-gains", "",
+               "The gain is the same on all days: weight them by 1 / sigma^2.", "equal_gains"},
+              refOf<&P::equalGains>),
+    };
+}
+
+bool isHarmonicCount(int count)
+{
+    return count == 1 || count == 2 || count == 4 || count == 8 || count == 16;
+}
+
+std::vector<FieldProblem> validate(const P &parameters)
+{
+    std::vector<FieldProblem> problems = problemsOf(parameters);
+    const auto isNoise = [&](const FieldChoice &choice) {
+        return choice.value == parameters.noise;
+    };
+    const std::vector<FieldChoice> &noises = pulsarField("--noise").choices;
+    if (!(parameters.dispersion >= 0))
+        problems.push_back({"dispersion", "The dispersion cannot be below 0."});
+    if (std::none_of(noises.begin(), noises.end(), isNoise))
+        problems.push_back(
+            {"groupBox_method", QString("There is no base line \"%1\".").arg(parameters.noise)});
+    if (parameters.window < 129 || parameters.window > 513 || parameters.window % 2 == 0)
+        problems.push_back({"window", "The window must be an odd number from 129 to 513."});
+    const int averages = std::clamp(parameters.averageCount, 0, 30);
+    if (parameters.averageCount < 0 || (parameters.points >> averages) < 2 * parameters.window)
+        problems.push_back(
+            {"averageCount",
+             QString("%1 points averaged %2 times leave less than two windows of %3 bins. Average "
+                     "less, or take more points.")
+                 .arg(parameters.points)
+                 .arg(parameters.averageCount)
+                 .arg(parameters.window)});
+    if (!isHarmonicCount(parameters.harmonics))
+        problems.push_back({"harmonics", "Allowed: 1, 2, 4, 8 or 16 harmonics."});
+    if (!(parameters.threshold >= 1))
+        problems.push_back({"threshold", "The threshold must be at least 1 sigma."});
+    return problems;
+}
+
+DayNeeds needsOf(const P &parameters, const DayChoice &choice, const ObservationData &header)
+{
+    DayNeeds needs = {choice, {{choice.module, choice.ray, parameters.dispersion, false}}};
+    needs.choice.pointsAfter = pointsBehind(header, parameters.dispersion);
+    if (parameters.noise == "backSum") {
+        needs.choice.pointsBefore = needs.choice.pointsAfter;
+        needs.series.push_back({choice.module, choice.ray, parameters.dispersion, true});
+    }
+    return needs;
+}
+
+qint64 bytesOf(const P &parameters, int days)
+{
+    const qint64 bins = parameters.points >> std::clamp(parameters.averageCount, 0, 30);
+    return days * bins * qint64(sizeof(float)) + 3 * finePerBin * bins * qint64(sizeof(double));
+}
+
+QString siteOfSet(const RecordingSet &set)
+{
+    for (const RecordingEntry &entry : set.entries) {
+        const QString site = siteOf(entry.path);
+        if (!site.isEmpty())
+            return site;
+    }
+    return {};
+}
+
+void findBeam(const RecordingSet &set, const P &parameters, DayPlan &plan)
+{
+    const QString site = siteOfSet(set);
+    plan.choice.module = parameters.module;
+    plan.choice.ray = parameters.ray;
+    if (parameters.module > 0 && parameters.ray > 0) {
+        plan.beam = beamOf(site, parameters.module, parameters.ray);
+        return;
+    }
+    const auto hasBegin = [](const RecordingEntry &entry) { return entry.begin.isValid(); };
+    const auto first = std::find_if(set.entries.begin(), set.entries.end(), hasBegin);
+    const QDate date = first == set.entries.end() ? QDate(2000, 1, 1) : first->begin.date();
+    plan.beam = nearestBeam(site, *plan.source, date);
+    if (!plan.beam.isKnown()) {
+        plan.problems.push_back(
+            {"ray", "Which ray sees the source is not known: neither the folder nor the names of "
+                    "the recordings tell the site (N0 to N4). Give module and ray."});
+        return;
+    }
+    plan.choice.module = plan.beam.module;
+    plan.choice.ray = plan.beam.ray;
+}
+
+} // namespace
+
+const std::vector<FourierDaysField> &fourierDaysFields()
+{
+    static const std::vector<FourierDaysField> all = [] {
+        std::vector<FourierDaysField> fields = placeFields();
+        for (const FourierDaysField &next : spectrumFields())
+            fields.push_back(next);
+        return fields;
+    }();
+    return all;
+}
+
+const std::vector<FourierDaysAnalysis> &fourierDaysAnalyses()
+{
+    static const std::vector<FourierDaysAnalysis> all = [] {
+        FourierDaysAnalysis fourier;
+        fourier.name = "sumOfDaysFourier";
+        fourier.label = "Fourier";
+        fourier.command = "stack";
+        for (const FourierDaysField &one : fourierDaysFields())
+            fourier.fields.push_back(&one);
+        fourier.validate = validate;
+        fourier.needs = needsOf;
+        fourier.bytes = bytesOf;
+        fourier.ofDay = fourierOfDay;
+        fourier.combine = combineDays;
+        return std::vector<FourierDaysAnalysis>{fourier};
+    }();
+    return all;
+}
+
+const FourierDaysAnalysis *findDayAnalysis(const SurveyFlags &flags)
+{
+    for (const FourierDaysAnalysis &analysis : fourierDaysAnalyses()) {
+        if (analysis.flags == flags)
+            return &analysis;
+    }
+    return nullptr;
+}
+
+DayPlan planDays(const RecordingSet &set, const FourierDaysParameters &parameters)
+{
+    DayPlan plan;
+    plan.problems = validate(parameters);
+    if (!plan.problems.empty())
+        return plan;
+    plan.choice.points = parameters.points;
+    plan.choice.start = startOf(parameters);
+    plan.source = sourceOf(parameters);
+    findBeam(set, parameters, plan);
+    if (!plan.problems.empty())
+        return plan;
+    plan.choice.pointsAfter = 1;
+    plan.list = findDays(set, plan.choice);
+    plan.header.tresolution = plan.list.tresolution;
+    plan.header.fbands = plan.list.fbands;
+    if (plan.list.days.empty())
+        return plan;
+    const DayNeeds needs = needsOf(parameters, plan.choice, plan.header);
+    if (needs.choice.pointsAfter < 0) {
+        plan.problems.push_back(
+            {"dispersion", "The bands cannot be delayed: there are fewer than 32 of them, or the "
+                           "dispersion is too high."});
+        return plan;
+    }
+    plan.choice = needs.choice;
+    plan.series = needs.series;
+    plan.list = findDays(set, plan.choice);
+    return plan;
+}
+
+FourierDay readDay(const RecordingSet &set, const DayPlan &plan, const Day &day,
+                   const FourierDaysParameters &parameters, const QString &folder,
+                   const Jobs::Control &control)
+{
+    FourierDay unusable;
+    unusable.begin = day.begin;
+    unusable.problem = day.reason;
+    if (!day.reason.isEmpty())
+        return unusable;
+    SampleReadingHooks hooks;
+    hooks.progress = control.progress;
+    hooks.keepAlive = [&control] { return !control.isStopped(); };
+    DayStretch stretch;
+    stretch.begin = day.begin;
+    stretch.tresolution = plan.list.tresolution;
+    stretch.clockOffset = plan.choice.start.clockOffset;
+    stretch.direction = directionOf(plan, day.begin);
+    stretch.series = seriesOfDay(set, day, plan.choice.points, plan.series, folder, hooks);
+    return fourierOfDay(stretch, parameters, control);
+}
+
+FourierDaysChoice choiceOf(const DayPlan &plan, const FourierDaysParameters &parameters)
+{
+    FourierDaysChoice choice;
+    choice.earthMotion = parameters.earthMotion;
+    choice.harmonics = parameters.harmonics;
+    choice.window = parameters.window;
+    choice.threshold = parameters.threshold;
+    choice.equalGains = parameters.equalGains;
+    choice.beam = plan.beam;
+    for (const Day &day : plan.list.days) {
+        if (day.reason.isEmpty()) {
+            choice.direction = directionOf(plan, day.begin);
+            break;
+        }
+    }
+    return choice;
+}
+
+QString fourierDaysCommand(const QString &command, const FourierDaysParameters &parameters,
+                           const QStringList &daysOff, const QStringList &folders)
+{
+    QStringList words = {"zrt-batch", command};
+    words += Tools::optionWords(fourierDaysAnalyses().front(), parameters);
+    if (!daysOff.isEmpty() && command == "stack")
+        words << "--days-off" << shellWord(daysOff.join(','));
+    for (const QString &folder : folders)
+        words << shellWord(folder);
+    return words.join(' ');
+}
+
+} // namespace Days
