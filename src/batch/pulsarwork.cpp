@@ -135,21 +135,7 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
 // A parameter as a header has it; a count of 0 stands for what the action takes by itself.
 QString headerText(const PulsarField &field, const FieldValue &value, bool onChannel)
 {
-    QString text;
-    if (const bool *const is = std::get_if<bool>(&value))
-        text = *is ? "yes" : "no";
-    else if (const QString *const given = std::get_if<QString>(&value))
-        text = *given;
-    else if (const int *const whole = std::get_if<int>(&value))
-        text = QString::number(*whole);
-    else if (const double *const number = std::get_if<double>(&value))
-        text = numberText(*number);
-    else {
-        QStringList numbers;
-        for (const double one : std::get<std::array<double, 4>>(value))
-            numbers << numberText(one);
-        text = numbers.join(' ');
-    }
+    QString text = Tools::headerText(value);
     if (field.option == "--count" && text == "0")
         text = onChannel ? QString("all") : QString::number(PulsarCalculate::fixedPoints);
     return field.unit.isEmpty() ? text : text + " " + field.unit;

@@ -85,6 +85,9 @@ namespace Tools {
 /// The words of a value behind its option in a shell command.
 QStringList commandWords(const FieldValue &value);
 
+/// A value as the header of a table has it: "yes", a text, numbers with all their digits.
+QString headerText(const FieldValue &value);
+
 /// The options of a call of the batch program: those of parameters that are not at their presets,
 /// that choose the analysis, or that are always given.
 template <typename Parameters>

@@ -302,6 +302,11 @@ void drawPlot(QPainter &painter, const PictureContent &content)
     paintMarks(painter, data, view, marksOf(content));
 }
 
+PictureBytes drawingBytes(const QString &kind, const Drawing &drawing)
+{
+    return paint(kind, drawing);
+}
+
 PictureBytes pictureBytes(const QString &kind, const PictureContent &content)
 {
     return paint(kind, drawingOf(content));

@@ -34,8 +34,9 @@ struct DayStretch {
 template <typename Parameters, typename Product, typename Choice, typename Result>
 struct DayAnalysis : Analysis<Parameters> {
     SurveyFlags flags;
-    QString manual;   ///< of the command, in lines of the help
-    QString examples; ///< the same
+    QString manual;            ///< of the command, in lines of the help
+    QString examples;          ///< the same
+    QStringList seriesOptions; ///< options of the parameters that decide which series are kept
 
     /// Everything for which the parameters are refused, whatever the recordings are.
     std::vector<FieldProblem> (*validate)(const Parameters &parameters) = nullptr;

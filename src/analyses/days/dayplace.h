@@ -64,7 +64,8 @@ struct DayPlan {
     DayChoice choice; ///< with module and ray
     std::optional<Tools::SkyPosition> source;
     Beam beam;
-    std::vector<SeriesRequest> series;
+    std::vector<SeriesRequest> series; ///< as many for each of the rays, its own ones first
+    int rays = 1;
     DayList list;
     ObservationData header;             ///< step and bands of the days
     QStringList remarks;                ///< what a user should know of the place

@@ -283,6 +283,16 @@ QString seriesFileName(const RecordingSet &set, const Day &day, int points,
              QString::number(request.ray), QString::fromLatin1(hash.toHex().left(digits)));
 }
 
+bool areKept(const RecordingSet &set, const Day &day, int points,
+             const std::vector<SeriesRequest> &requests, const QString &folder)
+{
+    return std::all_of(requests.begin(), requests.end(), [&](const SeriesRequest &request) {
+        DaySeries series;
+        return readKept(QDir(folder).filePath(seriesFileName(set, day, points, request)),
+                        headerOf(set, day, points, request), points, series);
+    });
+}
+
 std::vector<DaySeries> seriesOfDay(const RecordingSet &set, const Day &day, int points,
                                    const std::vector<SeriesRequest> &requests,
                                    const QString &folder, const SampleReadingHooks &hooks)

@@ -47,6 +47,10 @@ std::vector<DaySeries> seriesOfDay(const RecordingSet &set, const Day &day, int 
                                    const std::vector<SeriesRequest> &requests,
                                    const QString &folder, const SampleReadingHooks &hooks = {});
 
+/// Whether all of these series are kept and can be used.
+bool areKept(const RecordingSet &set, const Day &day, int points,
+             const std::vector<SeriesRequest> &requests, const QString &folder);
+
 /// Name of the file that keeps a series: UTC of its first point, module, ray, and a hash of all
 /// that it depends on.
 QString seriesFileName(const RecordingSet &set, const Day &day, int points,

@@ -35,13 +35,6 @@ QString fromOneLine(const QByteArray &text)
     return QString::fromUtf8(text).replace("%09", "\t").replace("%0A", "\n").replace("%25", "%");
 }
 
-QByteArray valueText(const FieldValue &value)
-{
-    if (const bool *const is = std::get_if<bool>(&value))
-        return *is ? "yes" : "no";
-    return oneLine(Tools::commandWords(value).join(' '));
-}
-
 // What a file of spectra begins with. Parameters that only the stack reads are in it too: they cost
 // nothing, and all that made a file stands in it.
 QByteArray headerOf(const FourierDaysParameters &parameters, int bins)
@@ -52,7 +45,8 @@ QByteArray headerOf(const FourierDaysParameters &parameters, int bins)
         "\ntype: float\nfirst_point: " + QByteArray::number(parameters.firstPoint) +
         "\ndisp: " + QByteArray::number(qint64(parameters.dispersion)) + "\n";
     for (const FourierDaysField &field : fourierDaysFields())
-        header += field.key.toUtf8() + ": " + valueText(field.valueIn(parameters)) + "\n";
+        header += field.key.toUtf8() + ": " +
+                  oneLine(Tools::headerText(field.valueIn(parameters))) + "\n";
     return header;
 }
 

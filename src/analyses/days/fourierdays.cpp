@@ -2,6 +2,7 @@
 
 #include "analyses/days/powerstack.h"
 #include "base/shellword.h"
+#include "base/timetext.h"
 #include "calc/pulsar/pulsarfields.h"
 #include "coords/skyclock.h"
 
@@ -12,6 +13,20 @@ namespace Days {
 namespace {
 
 using P = FourierDaysParameters;
+
+constexpr char stackManual[] =
+    "Adds up the spectra of one place of the sky over all days of folders: \"Sum of signals\",\n"
+    "\"Fourier\" of the workbench. A day is one passage of the place. Of each day the sum of the\n"
+    "bands less its base line is transformed, padded to double its length, and its powers are\n"
+    "divided by the noise around them. Their sum over the days is searched for lines and harmonic\n"
+    "sums of them. Written are the stacked spectrum, the lines with what speaks for and against\n"
+    "each, and the list of days with the reason of each that does not count. Days that a rule\n"
+    "proposes to leave out do not count unless --all-days is given.";
+
+constexpr char stackExamples[] =
+    "Examples: ray 7 from point 1000 of every file on, with pictures; all days, four harmonics:\n"
+    "  zrt-batch stack --module 1 --ray 7 --dm 26.2 --point 1000 --plot png -o results .\n"
+    "  zrt-batch stack --module 1 --ray 7 --dm 26.2 --all-days --harmonics 4 --tag all .";
 
 template <auto member>
 FieldRef refOf(P &parameters)
@@ -108,6 +123,11 @@ std::vector<FourierDaysField> spectrumFields()
                       "sigma"},
                      1, 1000),
               refOf<&P::threshold>),
+        field({"otherRays", "--other-rays", "LIST",
+               "Rays of the module, as 1,4,7: a line that three of them have, none beside another, "
+               "is told as interference.",
+               "other_rays"},
+              refOf<&P::otherRays>),
         field({"equalGains", "--equal-gains", "",
                "The gain is the same on all days: weight them by 1 / sigma^2.", "equal_gains"},
               refOf<&P::equalGains>),
@@ -117,6 +137,18 @@ std::vector<FourierDaysField> spectrumFields()
 bool isHarmonicCount(int count)
 {
     return count == 1 || count == 2 || count == 4 || count == 8 || count == 16;
+}
+
+QStringList partsOf(const QString &list)
+{
+    return list.isEmpty() ? QStringList() : list.split(',');
+}
+
+bool areNumbers(const QString &list)
+{
+    const QStringList parts = partsOf(list);
+    return std::all_of(parts.begin(), parts.end(),
+                       [](const QString &part) { return part.trimmed().toInt() > 0; });
 }
 
 std::vector<FieldProblem> validate(const P &parameters)
@@ -146,16 +178,36 @@ std::vector<FieldProblem> validate(const P &parameters)
         problems.push_back({"harmonics", "Allowed: 1, 2, 4, 8 or 16 harmonics."});
     if (!(parameters.threshold >= 1))
         problems.push_back({"threshold", "The threshold must be at least 1 sigma."});
+    if (!areNumbers(parameters.otherRays))
+        problems.push_back({"otherRays", "Write the numbers of the other rays with commas, as "
+                                         "1,4,7."});
     return problems;
+}
+
+std::vector<int> otherRays(const P &parameters, int own)
+{
+    std::vector<int> rays;
+    for (const QString &part : partsOf(parameters.otherRays)) {
+        const int ray = part.trimmed().toInt();
+        if (ray != own && std::find(rays.begin(), rays.end(), ray) == rays.end())
+            rays.push_back(ray);
+    }
+    return rays;
 }
 
 DayNeeds needsOf(const P &parameters, const DayChoice &choice, const ObservationData &header)
 {
-    DayNeeds needs = {choice, {{choice.module, choice.ray, parameters.dispersion, false}}};
+    DayNeeds needs = {choice, {}};
     needs.choice.pointsAfter = pointsBehind(header, parameters.dispersion);
-    if (parameters.noise == "backSum") {
+    const bool hasBackSum = parameters.noise == "backSum";
+    if (hasBackSum)
         needs.choice.pointsBefore = needs.choice.pointsAfter;
-        needs.series.push_back({choice.module, choice.ray, parameters.dispersion, true});
+    std::vector<int> rays = otherRays(parameters, choice.ray);
+    rays.insert(rays.begin(), choice.ray);
+    for (const int ray : rays) {
+        needs.series.push_back({choice.module, ray, parameters.dispersion, false});
+        if (hasBackSum)
+            needs.series.push_back({choice.module, ray, parameters.dispersion, true});
     }
     return needs;
 }
@@ -219,6 +271,11 @@ const std::vector<FourierDaysAnalysis> &fourierDaysAnalyses()
         fourier.name = "sumOfDaysFourier";
         fourier.label = "Fourier";
         fourier.command = "stack";
+        fourier.manual = stackManual;
+        fourier.examples = stackExamples;
+        fourier.seriesOptions = QStringList{
+            "--module",   "--ray", "--dm",    "--count", "--source",       "--ra",        "--dec",
+            "--sidereal", "--utc", "--point", "--noise", "--clock-offset", "--other-rays"};
         for (const FourierDaysField &one : fourierDaysFields())
             fourier.fields.push_back(&one);
         fourier.validate = validate;
@@ -267,6 +324,7 @@ DayPlan planDays(const RecordingSet &set, const FourierDaysParameters &parameter
     }
     plan.choice = needs.choice;
     plan.series = needs.series;
+    plan.rays = 1 + int(otherRays(parameters, plan.choice.ray).size());
     plan.list = findDays(set, plan.choice);
     return plan;
 }
@@ -275,21 +333,61 @@ FourierDay readDay(const RecordingSet &set, const DayPlan &plan, const Day &day,
                    const FourierDaysParameters &parameters, const QString &folder,
                    const Jobs::Control &control)
 {
-    FourierDay unusable;
-    unusable.begin = day.begin;
-    unusable.problem = day.reason;
+    return readRays(set, plan, day, parameters, folder, control).front();
+}
+
+std::vector<FourierDay> readRays(const RecordingSet &set, const DayPlan &plan, const Day &day,
+                                 const FourierDaysParameters &parameters, const QString &folder,
+                                 const Jobs::Control &control)
+{
+    std::vector<FourierDay> products(std::size_t(plan.rays));
+    for (FourierDay &product : products) {
+        product.begin = day.begin;
+        product.problem = day.reason;
+    }
     if (!day.reason.isEmpty())
-        return unusable;
+        return products;
     SampleReadingHooks hooks;
     hooks.progress = control.progress;
     hooks.keepAlive = [&control] { return !control.isStopped(); };
+    const std::vector<DaySeries> series =
+        seriesOfDay(set, day, plan.choice.points, plan.series, folder, hooks);
     DayStretch stretch;
     stretch.begin = day.begin;
     stretch.tresolution = plan.list.tresolution;
     stretch.clockOffset = plan.choice.start.clockOffset;
     stretch.direction = directionOf(plan, day.begin);
-    stretch.series = seriesOfDay(set, day, plan.choice.points, plan.series, folder, hooks);
-    return fourierOfDay(stretch, parameters, control);
+    const std::size_t perRay = series.size() / products.size();
+    for (std::size_t ray = 0; ray < products.size(); ++ray) {
+        const auto first = series.begin() + std::ptrdiff_t(ray * perRay);
+        stretch.series.assign(first, first + std::ptrdiff_t(perRay));
+        products[ray] = fourierOfDay(stretch, parameters, control);
+    }
+    return products;
+}
+
+std::vector<int> otherRaysOf(const FourierDaysParameters &parameters, const DayPlan &plan)
+{
+    return otherRays(parameters, plan.choice.ray);
+}
+
+OtherRay otherRayOf(int module, int ray, const std::vector<FourierDay> &products,
+                    const FourierDaysChoice &choice)
+{
+    constexpr double threshold = 4; // sigma
+    FourierDaysChoice other = choice;
+    other.threshold = threshold;
+    other.otherRays.clear();
+    other.beam = {};
+    OtherRay lines = {module, ray, {}};
+    for (const FourierLine &line : combineDays(products, other).lines)
+        lines.frequencies.push_back(line.telescope);
+    return lines;
+}
+
+QString dayName(const QDateTime &begin)
+{
+    return textOfTime(begin, "yyyy-MM-ddThh:mm:ss");
 }
 
 FourierDaysChoice choiceOf(const DayPlan &plan, const FourierDaysParameters &parameters)
@@ -313,9 +411,21 @@ FourierDaysChoice choiceOf(const DayPlan &plan, const FourierDaysParameters &par
 QString fourierDaysCommand(const QString &command, const FourierDaysParameters &parameters,
                            const QStringList &daysOff, const QStringList &folders)
 {
+    FourierDaysAnalysis analysis = fourierDaysAnalyses().front();
+    const bool isSurvey = command == surveyCommand;
+    if (isSurvey) {
+        const auto isOther = [&analysis](const FourierDaysField *field) {
+            return !analysis.seriesOptions.contains(field->option);
+        };
+        analysis.fields.erase(
+            std::remove_if(analysis.fields.begin(), analysis.fields.end(), isOther),
+            analysis.fields.end());
+    }
     QStringList words = {"zrt-batch", command};
-    words += Tools::optionWords(fourierDaysAnalyses().front(), parameters);
-    if (!daysOff.isEmpty() && command == "stack")
+    words += Tools::optionWords(analysis, parameters);
+    if (!isSurvey)
+        words << "--all-days";
+    if (!daysOff.isEmpty() && !isSurvey)
         words << "--days-off" << shellWord(daysOff.join(','));
     for (const QString &folder : folders)
         words << shellWord(folder);

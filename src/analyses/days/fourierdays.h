@@ -18,6 +18,8 @@ struct FourierDaysParameters : DayPlace {
     bool earthMotion = true; ///< turn frequencies to the barycentre
     double threshold = 5;    ///< sigma of listed lines
     bool equalGains = false; ///< weight days by the inverse square of their sigma
+    QString otherRays;       ///< numbers with commas: rays of the same module whose lines are
+                             ///< compared
 };
 
 using FourierDaysField = Field<FourierDaysParameters>;
@@ -43,13 +45,33 @@ FourierDay readDay(const RecordingSet &set, const DayPlan &plan, const Day &day,
                    const FourierDaysParameters &parameters, const QString &folder,
                    const Jobs::Control &control = {});
 
+/// The same for that ray and the other ones that are compared, whose samples are read at once.
+///
+/// @return the ray of the plan first, then those of parameters.otherRays in their order
+std::vector<FourierDay> readRays(const RecordingSet &set, const DayPlan &plan, const Day &day,
+                                 const FourierDaysParameters &parameters, const QString &folder,
+                                 const Jobs::Control &control = {});
+
+/// The numbers of parameters.otherRays without that of the plan's ray.
+std::vector<int> otherRaysOf(const FourierDaysParameters &parameters, const DayPlan &plan);
+
+/// What a stack of another ray shows above 4 sigma, for FourierDaysChoice::otherRays.
+OtherRay otherRayOf(int module, int ray, const std::vector<FourierDay> &products,
+                    const FourierDaysChoice &choice);
+
 /// What the parameters say of the stack; the days, interference and other rays are to be filled in.
 FourierDaysChoice choiceOf(const DayPlan &plan, const FourierDaysParameters &parameters);
 
+/// The command that makes what is kept, for all analyses over days.
+inline constexpr char surveyCommand[] = "survey";
+
+/// A day as options and tables name it: UTC of its first point, "yyyy-MM-ddThh:mm:ss".
+QString dayName(const QDateTime &begin);
+
 /// The call of the batch program that computes what the form does, ready for a shell.
 ///
-/// @param command  "survey", which makes what is kept, or "stack"
-/// @param daysOff  dates "yyyy-MM-dd", or with " hh:mm:ss" where a date has several days
+/// @param command  surveyCommand, or that of the analysis
+/// @param daysOff  names of days, or their dates, that do not count; all others do
 QString fourierDaysCommand(const QString &command, const FourierDaysParameters &parameters,
                            const QStringList &daysOff, const QStringList &folders);
 

@@ -1,7 +1,7 @@
 #include "analyses/days/interference.h"
 
 #include "base/typednumber.h"
-#include "results/reporttext.h"
+#include "base/numbertext.h"
 
 #include <QDir>
 #include <QFile>
@@ -32,9 +32,9 @@ double Interference::to(int harmonic) const
 
 QString Interference::text() const
 {
-    QString line = ReportText::exact(value) + (isPeriod ? " s" : " Hz");
+    QString line = exactText(value) + (isPeriod ? " s" : " Hz");
     if (width > 0)
-        line += " +- " + ReportText::exact(width);
+        line += " +- " + exactText(width);
     if (harmonics > 1)
         line += QString(" x %1").arg(harmonics);
     return remark.isEmpty() ? line : line + " # " + remark;
