@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <mutex>
 #include <numeric>
 
 namespace Days {
@@ -69,6 +71,15 @@ double solarHourAt(const QDateTime &utc)
     return std::fmod(hours, 24);
 }
 
+// Making the table of a window takes longer than whitening many spectra with it.
+const Tools::Whitening &whiteningOf(int window)
+{
+    static std::mutex mutex;
+    static std::map<int, Tools::Whitening> known;
+    const std::lock_guard lock(mutex);
+    return known.try_emplace(window, window).first->second;
+}
+
 std::vector<float> whitenedPowers(const std::vector<double> &series, int averageCount, int window)
 {
     const int count = int(series.size());
@@ -78,7 +89,7 @@ std::vector<float> whitenedPowers(const std::vector<double> &series, int average
         return {};
     std::vector<double> spectrum(std::size_t(padded) / 2);
     Tools::amplitudeSpectrum(averaged.data(), spectrum.data(), padded, padded / 2);
-    return Tools::Whitening(window).powers(spectrum);
+    return whiteningOf(window).powers(spectrum);
 }
 
 } // namespace
