@@ -118,7 +118,7 @@ void TestFourierStack::equalsTheStraightStack()
             sums[std::size_t(bin)] += double(days[i].powers[std::size_t(from)]);
         }
     }
-    const std::vector<double> medians = Tools::localMedian(sums, 129);
+    const std::vector<double> medians = Tools::localMedian(sums, 515);
     // Median of a Gamma law to better than 1e-4 for these shapes (Berg & Pedersen 2006).
     const double median = count - 1.0 / 3 + 8 / (405.0 * count);
     QCOMPARE(stack.days, count);
@@ -273,7 +273,7 @@ void TestFourierStack::leavesOutInterference()
 // Days of little noise, in which a line of the same gain stands higher, count more.
 void TestFourierStack::equalGains()
 {
-    std::vector<FourierDay> days = noiseDays(60);
+    std::vector<FourierDay> days = noiseDays(200);
     for (std::size_t i = 0; i < days.size(); ++i) {
         days[i].sigma = i % 2 ? 1 : 3;
         addLine(days[i], 500, 2 / (days[i].sigma * days[i].sigma));
