@@ -175,9 +175,8 @@ private:
     Failure chooseDays()
     {
         const std::vector<Days::FourierDay> &own = rays.front();
-        Days::DayRule rule;
-        rule.leftOut = interference;
-        verdicts = Days::proposeDays(own, rule);
+        verdicts =
+            Days::proposeDays(own, Days::ruleOf(request.parameters, found.plan, interference));
         choice = Days::choiceOf(found.plan, parameters);
         choice.leftOut = interference;
         choice.days.assign(own.size(), false);
@@ -195,7 +194,26 @@ private:
         if (!unknown.isEmpty())
             return {ExitCode::Usage,
                     "--days-off: there is no day " + unknown.join(", ") + " among those found."};
+        const bool hasOne =
+            std::find(choice.days.begin(), choice.days.end(), true) != choice.days.end();
+        if (!hasOne)
+            return {ExitCode::BadData, noDayLeft()};
         return {};
+    }
+
+    // Which reasons left no day to stack, the first of them.
+    QString noDayLeft() const
+    {
+        const auto whole = [](const Days::FourierDay &day) { return day.isWhole(); };
+        const std::vector<Days::FourierDay> &own = rays.front();
+        const auto first = std::find_if(own.begin(), own.end(), whole);
+        if (first == own.end())
+            return "No day has a spectrum. " + own.front().problem;
+        const auto i = std::size_t(first - own.begin());
+        const QString name = Days::dayName(first->begin);
+        return QString("No day is left to stack. %1: %2.%3")
+            .arg(name, verdicts[i].reason,
+                 request.allDays ? "" : " Give --all-days to count days in spite of the rule.");
     }
 
     void stackRays()
@@ -210,7 +228,7 @@ private:
     std::vector<HeaderLine> resultLines() const
     {
         std::vector<HeaderLine> lines = {
-            {"days", QString("%1 of %2").arg(stack.days).arg(stack.allDays)},
+            {"stacked", QString("%1 of %2 days").arg(stack.days).arg(stack.allDays)},
             {"tresolution", numberText(found.plan.list.tresolution) + " s"},
             {"frequency_step", numberText(stack.binWidth) + " Hz"},
             {"frequencies", stack.isTurned ? "barycentre" : "telescope"},

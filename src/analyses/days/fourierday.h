@@ -63,7 +63,7 @@ struct DayVerdict {
 /// What does not count against a day.
 struct DayRule {
     std::vector<Interference> leftOut;
-    double frequency = 0; ///< Hz at the telescope, whose harmonics do not count; 0: none
+    double frequency = 0; ///< Hz, whose harmonics do not count however the Earth moves; 0: none
 };
 
 /// A day is good where the logarithm of its sigma lies within 5 robust sigma of the others, never

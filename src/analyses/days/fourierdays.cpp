@@ -7,6 +7,7 @@
 #include "coords/skyclock.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace Days {
 
@@ -24,9 +25,10 @@ constexpr char stackManual[] =
     "proposes to leave out do not count unless --all-days is given.";
 
 constexpr char stackExamples[] =
-    "Examples: ray 7 from point 1000 of every file on, with pictures; all days, four harmonics:\n"
-    "  zrt-batch stack --module 1 --ray 7 --dm 26.2 --point 1000 --plot png -o results .\n"
-    "  zrt-batch stack --module 1 --ray 7 --dm 26.2 --all-days --harmonics 4 --tag all .";
+    "Examples: all days of ray 7 from the begin of every file on, with pictures; lines alone from\n"
+    "point 1000 on:\n"
+    "  zrt-batch stack --module 1 --ray 7 --dm 26.2 --all-days --plot png -o results .\n"
+    "  zrt-batch stack --module 1 --ray 7 --point 1000 --all-days --harmonics 1 --tag single .";
 
 template <auto member>
 FieldRef refOf(P &parameters)
@@ -388,6 +390,21 @@ OtherRay otherRayOf(int module, int ray, const std::vector<FourierDay> &products
 QString dayName(const QDateTime &begin)
 {
     return textOfTime(begin, "yyyy-MM-ddThh:mm:ss");
+}
+
+DayRule ruleOf(const FourierDaysParameters &parameters, const DayPlan &plan,
+               const std::vector<Interference> &leftOut)
+{
+    DayRule rule = {leftOut, 0};
+    const Tools::KnownPulsar *pulsar =
+        parameters.source.isEmpty() ? nullptr
+                                    : Tools::findPulsar(Tools::knownPulsars(), parameters.source);
+    if (pulsar && !plan.list.days.empty()) {
+        const double frequency =
+            pulsar->frequencyAt(Tools::modifiedJulianDay(plan.list.days.front().begin));
+        rule.frequency = std::isfinite(frequency) ? frequency : 0;
+    }
+    return rule;
 }
 
 FourierDaysChoice choiceOf(const DayPlan &plan, const FourierDaysParameters &parameters)

@@ -59,6 +59,11 @@ std::vector<int> otherRaysOf(const FourierDaysParameters &parameters, const DayP
 OtherRay otherRayOf(int module, int ray, const std::vector<FourierDay> &products,
                     const FourierDaysChoice &choice);
 
+/// What does not count against the days: the interference, and the harmonics of a known pulsar
+/// that was asked for by name.
+DayRule ruleOf(const FourierDaysParameters &parameters, const DayPlan &plan,
+               const std::vector<Interference> &leftOut);
+
 /// What the parameters say of the stack; the days, interference and other rays are to be filled in.
 FourierDaysChoice choiceOf(const DayPlan &plan, const FourierDaysParameters &parameters);
 

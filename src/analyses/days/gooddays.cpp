@@ -14,6 +14,7 @@ namespace {
 constexpr double mostSigmas = 5;
 constexpr double leastDifference = 0.1; // of the sigma
 constexpr double mostAbove = 2;         // times what is expected
+constexpr double earthMotion = 1e-4;    // share of a frequency, at most
 
 double medianOf(std::vector<double> values)
 {
@@ -65,7 +66,7 @@ std::vector<bool> ignoredBins(const FourierDay &day, const DayRule &rule)
     }
     if (rule.frequency >= lowestBin * day.binWidth) {
         for (double f = rule.frequency; f < bins * day.binWidth; f += rule.frequency)
-            ignore(f, f);
+            ignore(f * (1 - earthMotion), f * (1 + earthMotion));
     }
     std::fill_n(ignored.begin(), std::min(bins, lowestBin), true);
     return ignored;
