@@ -1,7 +1,7 @@
 #include "analyses/days/interference.h"
 
-#include "base/typednumber.h"
 #include "base/numbertext.h"
+#include "base/typednumber.h"
 
 #include <QDir>
 #include <QFile>
