@@ -36,7 +36,7 @@ QByteArray dayBytes(int day)
     return QByteArray(bytes).replace("01.04.2015", date).replace("12:00:00", time);
 }
 
-const QStringList place = {"--module", "1", "--ray", "2", "--count", "1024", "--point", "100"};
+const QString place = "--module 1 --ray 2 --count 1024 --point 100 ";
 
 Results::ResultTable tableOf(const QString &path)
 {
@@ -79,10 +79,9 @@ private slots:
     void readsWhatItWrote();
 
 private:
-    Ended stack(const QStringList &more) const
+    Ended stack(const QString &more) const
     {
-        return run(QStringList{"stack"} + place +
-                   QStringList{"--window", "129", "--interference", "none"} + more);
+        return run("stack " + place + "--window 129 --interference none " + more);
     }
 };
 
@@ -141,35 +140,35 @@ void TestDays::failures()
     QFETCH(QString, arguments);
     QFETCH(int, code);
     QFETCH(QString, words);
-    const Ended end = run(arguments.split(' '));
+    const Ended end = run(arguments);
     QCOMPARE(end.code, code);
     QVERIFY2((end.errors + end.out).contains(words), qPrintable(end.errors + end.out));
 }
 
 void TestDays::keptInPartsAndInOne()
 {
-    const QStringList whole = QStringList{"survey"} + place + QStringList{"strip", "--kept"};
-    const Ended once = run(whole + QStringList{"once"});
+    const QString whole = "survey " + place + "strip --kept ";
+    const Ended once = run(whole + "once");
     QCOMPARE(once.code, 0);
     QVERIFY2(once.errors.contains("1 recording is left out: Its step is 25 ms"),
              qPrintable(once.errors));
     const QMap<QString, QByteArray> files = filesOf(path("once"));
     QCOMPARE(files.size(), days);
     for (const char *const part : {"3/3", "1/3", "2/3"})
-        QCOMPARE(run(whole + QStringList{"parts", "--part", part, "--jobs", "1"}).code, 0);
+        succeed(whole + "parts --jobs 1 --part " + part);
     QCOMPARE(filesOf(path("parts")), files);
 
     // What was cut short is made anew, the rest is left alone.
     const QString cut = path("parts/" + files.firstKey());
     writeFile(cut, files.first().chopped(1));
-    const Ended again = run(whole + QStringList{"parts"});
+    const Ended again = run(whole + "parts");
     QVERIFY2(again.errors.contains("1 done, 7 skipped, 0 failed"), qPrintable(again.errors));
     QCOMPARE(contentOf(cut), files.first());
 }
 
 void TestDays::stackIsThatOfTheLibrary()
 {
-    QCOMPARE(stack({"-o", "results", "--plot", "png", "--save-spectra", "strip"}).code, 0);
+    QCOMPARE(stack("-o results --plot png --save-spectra strip").code, 0);
     Days::FourierDaysParameters parameters;
     parameters.module = 1;
     parameters.ray = 2;
@@ -239,11 +238,9 @@ void TestDays::copiedCommand()
 void TestDays::daysThatDoNotCount()
 {
     writeFile(path("list.txt"), "6.3 Hz +- 0.1 # the line\n");
-    QCOMPARE(run(QStringList{"stack"} + place +
-                 QStringList{"--window", "129", "--interference", "list.txt", "--dates",
-                             "2015-04-02:2015-04-05", "-o", "dates", "--format", "csv", "strip"})
-                 .code,
-             0);
+    succeed("stack " + place +
+            "--window 129 --interference list.txt --dates 2015-04-02:2015-04-05 -o dates "
+            "--format csv strip");
     const Results::ResultTable days4 = tableOf(path("dates/m1_r2.stack.days.csv"));
     QCOMPARE(days4.rows(), 4);
     QCOMPARE(Results::valueOf(days4.request, "interference"), QString("6.3 Hz +- 0.1 # the line"));
@@ -255,12 +252,12 @@ void TestDays::daysThatDoNotCount()
 
 void TestDays::skipsWhatIsDone()
 {
-    const QStringList call = {"-o", "again", "strip"};
+    const QString call = "-o again strip ";
     QCOMPARE(stack(call).code, 0);
     const QMap<QString, QByteArray> files = filesOf(path("again"));
     QVERIFY(stack(call).errors.contains("is done with the same parameters"));
     // Another parameter, or a recording that was touched, makes it anew.
-    QVERIFY(!stack(call + QStringList{"--sigma", "6"}).errors.contains("is done"));
+    QVERIFY(!stack(call + "--sigma 6").errors.contains("is done"));
     QVERIFY(!stack(call).errors.contains("is done"));
     writeFile(path("strip/part/0.pnt"), dayBytes(0));
     QVERIFY(!stack(call).errors.contains("is done"));
@@ -270,7 +267,7 @@ void TestDays::skipsWhatIsDone()
 
 void TestDays::oneDay()
 {
-    const Ended end = stack({"one"});
+    const Ended end = stack("one");
     QVERIFY2(end.code == 0, qPrintable(end.errors));
     const Results::ResultTable table = tableOf(path("one/m1_r2.stack.spectrum.txt"));
     QCOMPARE(Results::valueOf(table.request, "stacked"), QString("1 of 1 days"));
@@ -287,7 +284,7 @@ void TestDays::readsWhatItWrote()
         QVERIFY2(read.problem.isEmpty(), qPrintable(file + ": " + read.problem));
         QVERIFY(read.table.toBytes(Results::Format::Csv).size() > 100);
     }
-    QCOMPARE(run({"plot", "results/m1_r2.stack.spectrum.txt"}).code, 0);
+    succeed("plot results/m1_r2.stack.spectrum.txt");
 }
 
 ZRT_UNIT_TEST_MAIN(TestDays)
