@@ -18,7 +18,7 @@ constexpr int top = 30;
 constexpr int bottom = 50;
 constexpr int barWidth = 10;
 constexpr int labelHeight = 16;
-constexpr int labelEvery = 120; // pixels along X
+constexpr int labelEvery = 80; // pixels along X, at least
 
 QRect areaOf(const QSize &size)
 {
@@ -49,16 +49,32 @@ void drawRowNames(QPainter &painter, const RowPicture &picture, const QRect &are
     }
 }
 
+// 1, 2 or 5 times a power of ten: the least that keeps labels apart.
+double tickStep(double range, int mostTicks)
+{
+    const double least = range / std::max(1, mostTicks);
+    if (!(least > 0) || !std::isfinite(least))
+        return 0;
+    const double power = std::pow(10, std::floor(std::log10(least)));
+    for (const double factor : {1.0, 2.0, 5.0}) {
+        if (factor * power >= least)
+            return factor * power;
+    }
+    return 10 * power;
+}
+
 void drawAxis(QPainter &painter, const RowPicture &picture, const QRect &area)
 {
-    const int labels = std::max(1, area.width() / labelEvery);
-    for (int i = 0; i <= labels; ++i) {
-        const double share = double(i) / labels;
-        const int x = area.left() + int(share * area.width());
-        const double value = picture.firstX + share * (picture.lastX - picture.firstX);
+    const double range = picture.lastX - picture.firstX;
+    const double step = tickStep(range, area.width() / labelEvery);
+    const int first = step > 0 ? int(std::ceil(picture.firstX / step)) : 1;
+    const int last = step > 0 ? int(std::floor(picture.lastX / step)) : 0;
+    for (int tick = first; tick <= last; ++tick) {
+        const double value = tick * step;
+        const int x = area.left() + int((value - picture.firstX) / range * area.width());
         painter.drawLine(x, area.bottom() + 1, x, area.bottom() + 5);
         painter.drawText(QRect(x - labelEvery / 2, area.bottom() + 6, labelEvery, labelHeight),
-                         Qt::AlignHCenter, QString::number(value, 'g', 5));
+                         Qt::AlignHCenter, QString::number(value, 'g', 6));
     }
     painter.drawText(QRect(area.left(), area.bottom() + 8 + labelHeight, area.width(), labelHeight),
                      Qt::AlignHCenter, picture.xName);

@@ -215,6 +215,15 @@ void TestFourierDays::harmonicsAndInterferenceDoNotCount()
     QCOMPARE(proposeDays({day}, rule)[0].above, 39);
     rule.leftOut = {{0.5, false, 0, 100, {}}};
     QCOMPARE(proposeDays({day}, rule)[0].above, 0);
+
+    // 50 Hz shows at 31.92 Hz, twice as much at 18.08 Hz: 81.92 samples a second.
+    FourierDay hum = dayOf(3);
+    hum.hum = {{49.98, 50.02}};
+    for (const std::size_t bin : {3190, 3192, 3194, 1804, 1808, 1812})
+        hum.powers[bin] = 20;
+    QCOMPARE(proposeDays({hum})[0].above, 0);
+    hum.powers[3000] = 20;
+    QCOMPARE(proposeDays({hum})[0].above, 1);
 }
 
 void TestFourierDays::spectraComeBack()

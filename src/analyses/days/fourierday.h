@@ -37,6 +37,9 @@ struct FourierDay {
     double frequency(double bin) const { return bin * binWidth; }
 };
 
+/// Multiples of the mains' frequency, up to this one, count as hum.
+inline constexpr int highestHumMultiple = 8;
+
 /// Bins below are the base line's leftovers: drawn grey, never ranked. It is 32 of the series that
 /// is not padded.
 inline constexpr int lowestBin = 64;

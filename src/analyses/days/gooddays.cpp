@@ -1,5 +1,6 @@
 #include "analyses/days/fourierday.h"
 
+#include "calc/mainshum.h"
 #include "calc/robuststatistics.h"
 
 #include <algorithm>
@@ -72,10 +73,28 @@ std::vector<bool> ignoredBins(const FourierDay &day, const DayRule &rule)
     return ignored;
 }
 
-DayVerdict verdictOf(const FourierDay &day, const SigmaRange &range,
-                     const std::vector<bool> &ignored)
+// The day's own mains hum does not count either.
+void ignoreHum(const FourierDay &day, std::vector<bool> &ignored)
+{
+    const double rate = 2 * double(day.powers.size()) * day.binWidth;
+    for (const DayHum &hum : day.hum) {
+        for (int multiple = 1; multiple <= highestHumMultiple; ++multiple) {
+            // A list, for references to the two values would outlive them.
+            const auto [least, most] =
+                std::minmax({Tools::foldedFrequency(multiple * hum.from, rate),
+                             Tools::foldedFrequency(multiple * hum.to, rate)});
+            const double last = std::ceil(most / day.binWidth);
+            for (double bin = std::max(0.0, std::floor(least / day.binWidth));
+                 bin <= last && bin < double(ignored.size()); ++bin)
+                ignored[std::size_t(bin)] = true;
+        }
+    }
+}
+
+DayVerdict verdictOf(const FourierDay &day, const SigmaRange &range, std::vector<bool> ignored)
 {
     DayVerdict verdict;
+    ignoreHum(day, ignored);
     int counted = 0;
     for (std::size_t bin = 0; bin < day.powers.size(); ++bin) {
         if (ignored[bin])

@@ -219,9 +219,8 @@ void addEvidence(const StackDays &stack, const LinePowers &powers, const Fourier
 
 bool isHumAt(const std::vector<DayHum> &hum, double frequency, double rate, double tolerance)
 {
-    constexpr int highestMultiple = 8;
     for (const DayHum &one : hum) {
-        for (int multiple = 1; multiple <= highestMultiple; ++multiple) {
+        for (int multiple = 1; multiple <= highestHumMultiple; ++multiple) {
             const double from = multiple * one.from - tolerance;
             const double to = multiple * one.to + tolerance;
             // The frequencies that the sampling shows at the same place: n rate +- frequency.
