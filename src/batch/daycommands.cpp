@@ -79,8 +79,10 @@ CLI::Validator partOfWhole()
 // What both commands take beside the fields.
 void addDaysOptions(CLI::App &command, DaysArguments &arguments)
 {
-    command.add_option("--dates", arguments.dates, "First and last date of the days, UTC.")
-        ->type_name("FROM:TO")
+    command
+        .add_option("--dates", arguments.dates,
+                    "First and last date of the days, UTC, as 2015-04-01:2015-06-30.")
+        ->type_name("DATES")
         ->check(dateRange());
     command
         .add_option("--kept", arguments.kept,

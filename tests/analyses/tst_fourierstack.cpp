@@ -293,6 +293,8 @@ void TestFourierStack::equalGains()
         mean += double(power) / bins;
     QVERIFY(std::abs(mean - 1) < 0.05);
     QVERIFY(stack.lines.size() < 4);
+    for (const FourierLine &line : stack.lines)
+        QVERIFY(line.sigma >= choice.threshold);
 }
 
 void TestFourierStack::relatedLines()

@@ -233,8 +233,23 @@ private:
             pulsars = pulsarsInBeam(choice.beam, choice.direction, middle.date(), seconds);
         for (const StackLine &line : lines)
             result.lines.push_back(described(line));
+        if (!days.weights.empty())
+            rankAnew();
         for (int i = 1; i < int(result.lines.size()); ++i)
             relate(i);
+    }
+
+    // Lines were found by a Gamma law of the same variance, which promises too much in the tail.
+    void rankAnew()
+    {
+        std::vector<FourierLine> &lines = result.lines;
+        const auto isBelow = [this](const FourierLine &line) {
+            return line.sigma < choice.threshold;
+        };
+        lines.erase(std::remove_if(lines.begin(), lines.end(), isBelow), lines.end());
+        std::stable_sort(
+            lines.begin(), lines.end(),
+            [](const FourierLine &a, const FourierLine &b) { return a.sigma > b.sigma; });
     }
 
     // Harmonic sums of one signal come at many fractions of its frequency.
