@@ -1,3 +1,4 @@
+#include "analyses/days/stacktables.h"
 #include "base/systemmemory.h"
 #include "batch/dayswork.h"
 #include "batch/keyedwork.h"
@@ -94,12 +95,8 @@ private:
         for (const QString &folder : request.folders)
             lines.push_back({"folder", QDir(folder).absolutePath()});
         lines.push_back({"recordings", stateOf(found.set)});
-        for (const Days::FourierDaysField &field : Days::fourierDaysFields()) {
-            const QString value = Tools::headerText(field.valueIn(parameters));
-            if (!value.isEmpty())
-                lines.push_back(
-                    {field.key, field.unit.isEmpty() ? value : value + " " + field.unit});
-        }
+        for (const HeaderLine &line : Days::parameterLines(parameters))
+            lines.push_back(line);
         if (!request.firstDate.isEmpty() || !request.lastDate.isEmpty())
             lines.push_back({"dates", request.firstDate + ":" + request.lastDate});
         lines.push_back({"all_days", request.allDays ? "yes" : "no"});
@@ -225,120 +222,20 @@ private:
         stack = Days::combineDays(rays.front(), choice);
     }
 
-    std::vector<HeaderLine> resultLines() const
-    {
-        std::vector<HeaderLine> lines = {
-            {"stacked", QString("%1 of %2 days").arg(stack.days).arg(stack.allDays)},
-            {"tresolution", numberText(found.plan.list.tresolution) + " s"},
-            {"frequency_step", numberText(stack.binWidth) + " Hz"},
-            {"frequencies", stack.isTurned ? "barycentre" : "telescope"},
-            {"telescope_over_barycentre", numberText(stack.ratio)},
-            {"trials", numberText(stack.trials)},
-            {"site", found.plan.beam.site.isEmpty() ? QString("unknown") : found.plan.beam.site}};
-        if (choice.direction.isNumber())
-            lines.push_back({"direction", Tools::rightAscensionText(choice.direction.alfa) + " " +
-                                              Tools::declinationText(choice.direction.delta)});
-        for (const QString &remark : stack.remarks)
-            lines.push_back({"remark", remark});
-        return lines;
-    }
-
     ResultTable tableOf(std::vector<Column> columns) const
     {
         ResultTable table;
         table.request = requestLines();
-        table.result = resultLines();
+        table.result = Days::stackLines(stack, found.plan, choice);
         table.columns = std::move(columns);
         return table;
     }
 
-    ResultTable spectrumTable() const
-    {
-        std::vector<double> frequencies(stack.powers.size());
-        for (std::size_t bin = 0; bin < frequencies.size(); ++bin)
-            frequencies[bin] = stack.frequency(double(bin));
-        return tableOf({{"frequency", "Hz", frequencies},
-                        {"power", "", stack.powers},
-                        {"significance", "sigma", stack.sigma}});
-    }
-
-    ResultTable linesTable() const
-    {
-        const auto numbers = [this](double Days::FourierLine::*member) {
-            std::vector<double> values;
-            for (const Days::FourierLine &line : stack.lines)
-                values.push_back(line.*member);
-            return values;
-        };
-        std::vector<double> periods;
-        std::vector<double> harmonics;
-        QStringList hours;
-        QStringList growth;
-        QStringList marks;
-        for (const Days::FourierLine &line : stack.lines) {
-            periods.push_back(line.period());
-            harmonics.push_back(line.harmonics);
-            QStringList powers;
-            for (const double power : line.bySolarHour)
-                powers << (std::isnan(power) ? QString("-") : QString::number(power, 'f', 2));
-            hours << powers.join(' ');
-            QStringList steps;
-            for (const Days::GrowthPoint &point : line.growth)
-                steps << QString("%1:%2").arg(point.days).arg(point.sigma, 0, 'f', 1);
-            growth << steps.join(' ');
-            marks << (line.marks().isEmpty() ? QString("-") : line.marks().join("; "));
-        }
-        using L = Days::FourierLine;
-        return tableOf({{"frequency_barycentre", "Hz", numbers(&L::barycentric)},
-                        {"frequency_telescope", "Hz", numbers(&L::telescope)},
-                        {"period", "s", periods},
-                        {"harmonics", "", harmonics},
-                        {"power", "", numbers(&L::power)},
-                        {"significance", "sigma", numbers(&L::sigma)},
-                        {"all_days", "sigma", numbers(&L::sigmaAll)},
-                        {"without_strongest", "sigma", numbers(&L::withoutStrongest)},
-                        {"first_half", "sigma", numbers(&L::firstHalf)},
-                        {"second_half", "sigma", numbers(&L::secondHalf)},
-                        {"by_solar_hour", "", hours},
-                        {"growth", "", growth},
-                        {"remark", "", marks}});
-    }
-
     ResultTable daysTable() const
     {
-        const std::vector<Days::FourierDay> &own = rays.front();
-        QStringList names;
-        QStringList chosen;
-        QStringList reasons;
-        std::vector<double> sigmas;
-        std::vector<double> above;
-        std::vector<double> expected;
-        std::vector<double> ratios;
-        const double none = std::numeric_limits<double>::quiet_NaN();
-        for (std::size_t i = 0; i < own.size(); ++i) {
-            const bool isWhole = own[i].isWhole();
-            names << Days::dayName(own[i].begin);
-            chosen << (choice.days[i] ? "yes" : "no");
-            sigmas.push_back(isWhole ? own[i].sigma : none);
-            above.push_back(isWhole ? verdicts[i].above : none);
-            expected.push_back(isWhole ? verdicts[i].expected : none);
-            ratios.push_back(isWhole ? own[i].ratio : none);
-            QStringList parts = {verdicts[i].reason, own[i].remark};
-            parts.removeAll({});
-            const QString reason = parts.join("; ");
-            reasons << (reason.isEmpty() ? QString("-") : QString(reason).replace('\n', ' '));
-        }
-        ResultTable table = tableOf({{"day", "UTC", names},
-                                     {"counts", "", chosen},
-                                     {"sigma", "", sigmas},
-                                     {"above_5", "", above},
-                                     {"expected_above_5", "", expected},
-                                     {"telescope_over_barycentre", "", ratios},
-                                     {"reason", "", reasons}});
-        for (const Days::LeftOut &left : found.plan.list.leftOut)
-            table.result.push_back(
-                {"left_out",
-                 found.set.entries[std::size_t(left.recording)].path + ": " + left.reason});
+        ResultTable table = tableOf(Days::daysColumns(rays.front(), verdicts, choice.days));
+        for (const HeaderLine &line : Days::leftOutLines(found.set, found.plan.list))
+            table.result.push_back(line);
         return table;
     }
 
@@ -415,7 +312,9 @@ private:
                              Days::spectraBytes(rays.front(), parameters)});
         }
         const std::vector<std::pair<QString, ResultTable>> tables = {
-            {"spectrum", spectrumTable()}, {"lines", linesTable()}, {"days", daysTable()}};
+            {"spectrum", tableOf(Days::spectrumColumns(stack))},
+            {"lines", tableOf(Days::linesColumns(stack))},
+            {"days", daysTable()}};
         for (const auto &[what, table] : tables) {
             const ResultTable &written = table;
             files.push_back({tablePath(what), {}, [&written, this](WholeFile &out) {
