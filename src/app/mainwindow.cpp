@@ -10,6 +10,7 @@
 #include "forms/arrays/arraysform.h"
 #include "forms/bintotext/bintotext.h"
 #include "forms/calculator/calculatorform.h"
+#include "forms/days/fourierform.h"
 #include "forms/ffa/ffaform.h"
 #include "forms/native/nativegrafik.h"
 #include "forms/pulsar/pulsarform.h"
@@ -162,11 +163,11 @@ void MainWindow::openFile(Arguments... arguments)
         new Form(path, arguments..., this);
 }
 
-template <typename Form>
-void MainWindow::openDirectory(const QString &caption)
+template <typename Form, typename... Arguments>
+void MainWindow::openDirectory(const QString &caption, Arguments... arguments)
 {
     if (const QString path = askForDirectory(caption); !path.isEmpty())
-        new Form(path, this);
+        new Form(path, arguments..., this);
 }
 
 // Opens without asking. Not while a loop of the form is on the stack, or a dialog of it.
@@ -268,6 +269,11 @@ void MainWindow::openDirArrays()
     openDirectory<ArraysDirForm>("directory");
 }
 
+void MainWindow::openDirSumFourier()
+{
+    openDirectory<FourierForm>("Pulsar directory", 0, 0, 0);
+}
+
 void MainWindow::openFileFFA()
 {
     openFile<FfaForm>();
@@ -299,11 +305,6 @@ void MainWindow::readBinToText()
 void MainWindow::openFileTransients()
 {
     sayNotBuilt("Transients");
-}
-
-void MainWindow::openDirSumFourier()
-{
-    sayNotBuilt("Sum of signals: Fourier");
 }
 
 void MainWindow::openDirSumFourierMap()

@@ -79,8 +79,8 @@ private:
     QString askForDirectory(const QString &caption);
     template <typename Form, typename... Arguments>
     void openFile(Arguments... arguments);
-    template <typename Form>
-    void openDirectory(const QString &caption);
+    template <typename Form, typename... Arguments>
+    void openDirectory(const QString &caption, Arguments... arguments);
     void connectActions();
     QAction *viewerOf(const QString &path) const;
     void open(QAction *command, const QString &path);

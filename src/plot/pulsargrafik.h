@@ -89,6 +89,10 @@ public:
     /// The selected rectangle in pixels of the widget, see Plot::Selection::rectangle().
     QRect selection() const { return selected.rectangle(); }
 
+    /// The frequency whose harmonics are marked, in the unit of the X axis; nothing when none are.
+    std::optional<double> fundamental() const { return marks.fundamental; }
+    void setFundamental(std::optional<double> frequency);
+
     /// Folder in which the file dialogs begin; see fileSaved().
     void setSaveFolder(const QString &folder) { saveFolder = folder; }
 
@@ -132,6 +136,8 @@ signals:
     void partWanted(double first, double points);
     /// The rectangle was drawn, has been removed or stands for other data: see selectedRange().
     void selectionChanged();
+    /// Harmonics of another frequency are marked, or none any more: see fundamental().
+    void fundamentalChanged();
     /// The user has written a picture or a table.
     void fileSaved(const QString &path);
     /// The user shows or hides a curve of that name. The plot has done so already, and does so

@@ -251,17 +251,26 @@ void PulsarGrafik::toggleHarmonics()
 {
     constexpr double pointerAccuracy = 2; // pixels
     if (marks.fundamental)
-        marks.fundamental.reset();
+        setFundamental({});
     else if (Plot::isSpectrum(plotData))
-        marks.fundamental = Plot::peakFrequency(
-            plotData, pointed.x(), std::max(0.5, pointerAccuracy * dataPerPixel().x()));
+        setFundamental(Plot::peakFrequency(plotData, pointed.x(),
+                                           std::max(0.5, pointerAccuracy * dataPerPixel().x())));
+}
+
+void PulsarGrafik::setFundamental(std::optional<double> frequency)
+{
+    if (marks.fundamental == frequency)
+        return;
+    marks.fundamental = frequency;
     update();
+    emit fundamentalChanged();
 }
 
 // False where there were none.
 bool PulsarGrafik::removeMarks()
 {
     const bool had = marks.cursors[0] || marks.cursors[1] || marks.fundamental || marks.readOut;
+    setFundamental({});
     marks = {};
     update();
     return had;
