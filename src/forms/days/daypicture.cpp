@@ -27,6 +27,21 @@ QRgb paleOf(QRgb colour)
     return qRgb(towards(qRed(colour)), towards(qGreen(colour)), towards(qBlue(colour)));
 }
 
+// Where a pixel stands for many bins, the greatest of them is high everywhere.
+float highestShown(std::vector<float> values)
+{
+    constexpr float leastHighest = 8;
+    constexpr double share = 0.995;
+    values.erase(
+        std::remove_if(values.begin(), values.end(), [](float value) { return std::isnan(value); }),
+        values.end());
+    if (values.empty())
+        return leastHighest;
+    const auto place = values.begin() + std::ptrdiff_t(double(values.size() - 1) * share);
+    std::nth_element(values.begin(), place, values.end());
+    return std::max(leastHighest, std::ceil(*place));
+}
+
 } // namespace
 
 DayPicture::DayPicture(QWidget *parent) : QWidget(parent)
@@ -46,12 +61,6 @@ void DayPicture::setRows(std::vector<Row> newRows, std::shared_ptr<const void> k
 {
     rows = std::move(newRows);
     owner = std::move(keeper);
-    renew();
-}
-
-void DayPicture::setHighest(float power)
-{
-    highest = power;
     renew();
 }
 
@@ -87,6 +96,7 @@ void DayPicture::renewImage()
         powers.push_back(row.powers);
     const std::vector<float> values =
         Plot::rowMaxima(powers, {shown.first, shown.first + shown.points}, size.width(), lines);
+    highest = highestShown(values);
     image = QImage(size.width(), lines, QImage::Format_RGB32);
     for (int line = 0; line < lines; ++line) {
         const bool isOn = rows[std::size_t(qint64(line) * qint64(rows.size()) / lines)].isOn;
@@ -132,11 +142,11 @@ void DayPicture::paintRows(QPainter &painter) const
     const QRect inner = area();
     painter.setPen(Qt::black);
     painter.drawText(QRect(4, 0, inner.width(), marginTop), Qt::AlignLeft | Qt::AlignVCenter,
-                     QString("day; power over frequency, %1 days").arg(rows.size()));
+                     QString("day; power over frequency, days: %1").arg(rows.size()));
     const double rowHeight = double(inner.height()) / double(std::max<std::size_t>(1, rows.size()));
     const int every = std::max(1, int(std::ceil(labelDistance / rowHeight)));
     for (int row = 0; row < int(rows.size()); row += every) {
-        const int y = inner.top() + int((row + 0.5) * rowHeight);
+        const int y = std::max(inner.top() + 7, inner.top() + int((row + 0.5) * rowHeight));
         painter.drawText(QRect(0, y - 8, inner.left() - 4, 16), Qt::AlignRight | Qt::AlignVCenter,
                          textOfTime(rows[std::size_t(row)].begin, "dd.MM.yy"));
     }

@@ -32,8 +32,6 @@ public:
     };
     /// @param keeper  owns the powers
     void setRows(std::vector<Row> newRows, std::shared_ptr<const void> keeper);
-    /// Sets the power of the lightest colour; the darkest is that of 0.
-    void setHighest(float power);
     /// Frames the row of a day; -1: none.
     void markDay(int day);
 
@@ -68,7 +66,7 @@ private:
     std::shared_ptr<const void> owner;
     QImage image; // of what is in sight, a pixel each
     bool imageIsStale = true;
-    float highest = 8;
+    float highest = 1; // power of the lightest colour; the darkest is that of 0
     int markedDay = -1;
     QPoint pressPoint;
 };

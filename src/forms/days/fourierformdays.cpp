@@ -95,7 +95,7 @@ void FourierForm::takeStack(const std::shared_ptr<const StackOutcome> &made)
 {
     outcome = made;
     const SpectrumView::DayList shown(spectra, &spectra->days());
-    view->show(shown, outcome->choice.days, outcome->stack, usedText().split('\n'));
+    view->showStack(shown, outcome->choice.days, outcome->stack, usedText().split('\n'));
     view->panel()->setUsed(usedText());
     showDays();
     showPowers();

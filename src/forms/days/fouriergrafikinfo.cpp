@@ -91,6 +91,14 @@ void FourierGrafikInfo::setUsed(const QString &text)
     ui->used->setText(text);
 }
 
+void FourierGrafikInfo::showOnlyLines()
+{
+    for (QPushButton *const button :
+         {ui->leaveOut, ui->interference, ui->saveSpectra, ui->saveTables})
+        button->hide();
+    ui->growth->hide();
+}
+
 void FourierGrafikInfo::setCoords(const QString &text)
 {
     ui->coords->setText(text);

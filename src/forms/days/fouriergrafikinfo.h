@@ -22,6 +22,8 @@ public:
     /// Shows the lines of a stack; the chosen one stays the one of the same frequency.
     void setStack(const Days::FourierStack &newStack);
     void setUsed(const QString &text);
+    /// Leaves out what is told of several days, and the buttons of lists and files.
+    void showOnlyLines();
 
     /// Index of the chosen line; -1: none.
     int chosenLine() const;

@@ -53,8 +53,8 @@ SpectrumView::SpectrumView(QWidget *parent) : QSplitter(Qt::Horizontal, parent)
     connect(info, &FourierGrafikInfo::lineChosen, this, &SpectrumView::goTo);
 }
 
-void SpectrumView::show(const DayList &days, const std::vector<bool> &chosen,
-                        const Days::FourierStack &newStack, const QStringList &source)
+void SpectrumView::showStack(const DayList &days, const std::vector<bool> &chosen,
+                             const Days::FourierStack &newStack, const QStringList &source)
 {
     shownDays = days;
     stack = newStack;
@@ -83,6 +83,12 @@ void SpectrumView::showMessage(const QString &message)
     grafik->showMessage(message);
     picture->setRows({}, nullptr);
     info->setStack(stack);
+}
+
+void SpectrumView::showOnlyLines()
+{
+    picture->hide();
+    info->showOnlyLines();
 }
 
 // Where the axis of the stack is that of the barycentre, a day has its line elsewhere.

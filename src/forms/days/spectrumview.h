@@ -24,10 +24,13 @@ public:
     /// @param days    nobody changes them while they are shown
     /// @param chosen  one per day
     /// @param source  lines that explain saved data
-    void show(const DayList &days, const std::vector<bool> &chosen, const Days::FourierStack &stack,
-              const QStringList &source);
+    void showStack(const DayList &days, const std::vector<bool> &chosen,
+                   const Days::FourierStack &stack, const QStringList &source);
     /// A text in place of the stack, and no days.
     void showMessage(const QString &message);
+
+    /// For the spectrum of one recording: no picture of days, and nothing that is saved.
+    void showOnlyLines();
 
     FourierGrafikInfo *panel() const { return info; }
 

@@ -23,8 +23,9 @@ PlotData stackPlot(const Days::FourierStack &stack, const QStringList &source)
     axis.step = stack.binWidth;
     PlotData plot = Plot::curvePlot(
         axis, {std::move(line), std::move(below)},
-        {QString("stack of %1 days").arg(stack.days), "not ranked: leftovers of the base line"}, {},
-        {});
+        {stack.allDays == 1 ? QString("spectrum") : QString("stack of %1 days").arg(stack.days),
+         "not ranked: leftovers of the base line"},
+        {}, {});
     plot.colours = {plotColour(0).code, grey};
     plot.yName = "significance of one bin";
     plot.yUnit = "sigma";

@@ -179,6 +179,7 @@ void NativeGrafik::connectInputs()
     });
     connect(ui->fitButton, &QPushButton::clicked, this, &NativeGrafik::fitHeight);
     connect(ui->saveButton, &QPushButton::clicked, this, &NativeGrafik::saveSelection);
+    connect(ui->spectrumButton, &QPushButton::clicked, this, &NativeGrafik::showSpectrum);
 
     connect(&drawTimer, &QTimer::timeout, this, qOverload<>(&NativeGrafik::draw));
     connect(&statisticsTimer, &QTimer::timeout, this, [this] {

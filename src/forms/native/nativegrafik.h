@@ -77,6 +77,7 @@ private:
     void showCoords(QPointF coords);
     void showWaterfallCoords(double point, int band, float value);
     void saveSelection();
+    void showSpectrum();
 
     const std::unique_ptr<Ui::NativeGrafik> ui;
     const bool deletesSteps;

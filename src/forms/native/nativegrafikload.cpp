@@ -1,6 +1,9 @@
 // What is read of the recording, and when: beside the window, the newest request first.
 
 #include "forms/native/nativegrafik.h"
+
+#include "data/truenumbers.h"
+#include "forms/days/recordingspectrum.h"
 #include "forms/native/nativeload.h"
 #include "forms/native/overviewstrip.h"
 #include "ui_nativegrafik.h"
@@ -125,4 +128,12 @@ void NativeGrafik::selectRay()
 {
     whole.reset();
     request(asked);
+}
+
+void NativeGrafik::showSpectrum()
+{
+    const ObservationData &header = file.header();
+    new RecordingSpectrum({file.path(), moduleNumber(header, ui->module->value() - 1),
+                           rayNumber(header, ui->ray->value() - 1), ui->dispersion->value()},
+                          this);
 }
