@@ -5,6 +5,7 @@
 #include "app/shell/settings.h"
 #include "forms/days/daysmodel.h"
 #include "forms/days/linesmodel.h"
+#include "forms/days/recordingspectrum.h"
 #include "forms/days/sourcefield.h"
 #include "plot/pulsargrafik.h"
 #include "results/resulttable.h"
@@ -73,6 +74,7 @@ private slots:
     void refusesInputs_data();
     void refusesInputs();
     void namesASource();
+    void spectrumOfARecording();
 
 private:
     QString makeDays(const QString &name);
@@ -323,6 +325,28 @@ void TestFourierForm::namesASource()
     find<QLineEdit>("delta")->setText("-05:30");
     QCOMPARE(source->text(), QString());
     QVERIFY(std::abs(field->position()->delta * 180 / M_PI + 5.5) < 1e-9);
+}
+
+void TestFourierForm::spectrumOfARecording()
+{
+    // All of the file but what the delays take: 4096 of 5000 points.
+    const QString file = path("days/01_12_N1_00.pnthr");
+    const auto *const spectrum = new RecordingSpectrum({file, 1, 2, 0}, &window);
+    const auto *const found = spectrum->findChild<LinesModel *>();
+    const auto *const told = spectrum->findChild<QLabel *>("used");
+    QTRY_VERIFY_WITH_TIMEOUT(told->text().contains("4096 points"), waitMs);
+    for (const Days::FourierLine &line : found->lines())
+        QVERIFY2(std::abs(std::remainder(line.telescope * period, 0.25)) < 0.01,
+                 "a line that the pulses do not have");
+    delete spectrum;
+
+    const QString tiny = TestSupport::writeFile(folder, "tiny.pnt", dayBytes(1, 900));
+    const auto *const refused = new RecordingSpectrum({tiny, 1, 1, 0}, &window);
+    QTRY_VERIFY_WITH_TIMEOUT(refused->findChild<QLabel *>("spectrumProblem")
+                                 ->text()
+                                 .contains("The recording has 900 points"),
+                             waitMs);
+    delete refused;
 }
 
 ZRT_GUI_TEST_MAIN(TestFourierForm)

@@ -141,8 +141,6 @@ void DayPicture::paintRows(QPainter &painter) const
 {
     const QRect inner = area();
     painter.setPen(Qt::black);
-    painter.drawText(QRect(4, 0, inner.width(), marginTop), Qt::AlignLeft | Qt::AlignVCenter,
-                     QString("day; power over frequency, days: %1").arg(rows.size()));
     const double rowHeight = double(inner.height()) / double(std::max<std::size_t>(1, rows.size()));
     const int every = std::max(1, int(std::ceil(labelDistance / rowHeight)));
     for (int row = 0; row < int(rows.size()); row += every) {
@@ -193,9 +191,13 @@ void DayPicture::paintScale(QPainter &painter) const
                          QColor(Plot::colourMap()[colour]));
     }
     painter.setPen(Qt::black);
-    painter.drawText(QRect(inner.left(), 0, width() - inner.left() - 4, marginTop),
-                     Qt::AlignRight | Qt::AlignVCenter,
-                     QString("P from 0 to %1; noise has 1").arg(double(highest)));
+    const QString scale = QString("P from 0 to %1; noise has 1").arg(double(highest));
+    const QString title = QString("power of %1 days over frequency").arg(rows.size());
+    const QRect line(4, 0, width() - 8, marginTop);
+    painter.drawText(line, Qt::AlignRight | Qt::AlignVCenter, scale);
+    const int left = line.width() - painter.fontMetrics().horizontalAdvance(scale) - 2 * barWidth;
+    painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter,
+                     painter.fontMetrics().elidedText(title, Qt::ElideRight, left));
 }
 
 std::optional<int> DayPicture::rowAt(const QPoint &pixel) const

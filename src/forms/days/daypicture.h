@@ -66,7 +66,7 @@ private:
     std::shared_ptr<const void> owner;
     QImage image; // of what is in sight, a pixel each
     bool imageIsStale = true;
-    float highest = 1; // power of the lightest colour; the darkest is that of 0
+    float highest = 8; // power of the lightest colour; the darkest is that of 0
     int markedDay = -1;
     QPoint pressPoint;
 };

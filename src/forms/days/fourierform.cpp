@@ -199,7 +199,7 @@ void FourierForm::showProblems(const std::vector<FieldProblem> &problems)
     }
     texts.removeDuplicates();
     ui->problems->setText(texts.join('\n'));
-    ui->problems->setStyleSheet("color: #b00020;");
+    FieldStyles::setStyle(ui->problems, FieldStyles::failing);
     ui->problems->setVisible(!texts.isEmpty());
 }
 

@@ -16,6 +16,7 @@
 namespace {
 
 constexpr int mostSuggestions = 12;
+constexpr int textLines = 3;
 constexpr double degree = std::numbers::pi / 180;
 
 struct Place {
@@ -49,7 +50,7 @@ QString beamText(const Tools::SkyPosition &position, const SourceField::Setting 
     if (!beam.isKnown())
         return "The site is not known: choose module and ray.";
     const double off = Tools::declinationOfDate(position, setting.date) - beam.delta;
-    return QString("Nearest beam, nominal: %1 module %2 ray %3, %4 deg off")
+    return QString("Nearest: %1 module %2 ray %3, %4 deg off")
         .arg(setting.site)
         .arg(beam.module)
         .arg(beam.ray)
@@ -73,6 +74,9 @@ SourceField::SourceField(QWidget *parent)
     text->setObjectName("sourceText");
     text->setWordWrap(true);
     text->setTextFormat(Qt::PlainText);
+    text->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    text->setToolTip("Declinations of beams are nominal");
+    text->setMinimumHeight(textLines * text->fontMetrics().lineSpacing()); // no field moves
     grid->addWidget(text, 2, 0, 1, 4);
 
     auto *const completer = new QCompleter(names, this);
@@ -109,11 +113,10 @@ QString SourceField::description(const Tools::SkyPosition &position, const Setti
         Tools::nearestCulmination(position, QDateTime(setting.date, QTime(12, 0), Qt::UTC));
     if (!culmination.isValid())
         return "It never crosses the beams.";
-    const QString span = QString("%1 points, %2 s, around it")
-                             .arg(setting.spanPoints)
-                             .arg(setting.spanPoints * setting.tresolution, 0, 'f', 1);
-    return QString("Culminates %1 UTC; %2\n%3")
-        .arg(textOfTime(culmination, "yyyy-MM-dd hh:mm:ss"), span, beamText(position, setting));
+    return QString("Culminates %1 UTC\n%2\n%3 points = %4 s around it")
+        .arg(textOfTime(culmination, "yyyy-MM-dd hh:mm:ss"), beamText(position, setting))
+        .arg(setting.spanPoints)
+        .arg(setting.spanPoints * setting.tresolution, 0, 'f', 1);
 }
 
 void SourceField::suggest(const QString &typed)
