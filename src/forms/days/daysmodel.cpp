@@ -51,6 +51,15 @@ QVariant sortValue(const DayRow &day, int column)
     }
 }
 
+// Paler than the others, but legible on any ground.
+QColor paleText()
+{
+    QColor colour = QGuiApplication::palette().color(QPalette::Text);
+    constexpr double opacity = 0.6;
+    colour.setAlphaF(opacity);
+    return colour;
+}
+
 } // namespace
 
 void DaysModel::setRows(std::vector<DayRow> newRows)
@@ -117,7 +126,7 @@ QVariant DaysModel::data(const QModelIndex &index, int role) const
         return {};
     case Qt::ForegroundRole:
         if (!day.canCount || !day.isOn)
-            return QGuiApplication::palette().color(QPalette::Disabled, QPalette::Text);
+            return paleText();
         return {};
     case sortRole:
         return sortValue(day, index.column());

@@ -251,13 +251,12 @@ QString FourierForm::planText(const Days::DayPlan &made) const
 {
     const auto usable = std::count_if(made.list.days.begin(), made.list.days.end(),
                                       [](const Days::Day &day) { return day.reason.isEmpty(); });
-    QString text =
-        QString("%1 recordings give %2 days").arg(recordings->entries.size()).arg(usable);
+    QString text = QString("Recordings: %1, days: %2").arg(recordings->entries.size()).arg(usable);
     const auto unusable = qint64(made.list.days.size()) - usable;
     if (unusable > 0)
-        text += QString(", %1 do not fit").arg(unusable);
+        text += QString(", days that do not fit: %1").arg(unusable);
     if (!made.list.leftOut.empty())
-        text += QString("; %1 recordings are left out").arg(made.list.leftOut.size());
+        text += QString(", recordings left out: %1").arg(made.list.leftOut.size());
     if (usable == 0)
         text += ". The list says why";
     return text;

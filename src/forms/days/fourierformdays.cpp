@@ -121,7 +121,9 @@ void FourierForm::listDays(const Days::DayPlan &made)
         rows.push_back(row);
     }
     days->setRows(std::move(rows));
-    ui->days->resizeColumnToContents(DaysModel::Date);
+    constexpr int checkBoxWidth = 40;
+    ui->days->setColumnWidth(
+        DaysModel::Date, fontMetrics().horizontalAdvance("2015-04-01 12:00:00") + checkBoxWidth);
     ui->days->setColumnWidth(DaysModel::Sigma, 6 * fontMetrics().averageCharWidth() + 12);
     ui->days->setColumnWidth(DaysModel::Power, 6 * fontMetrics().averageCharWidth() + 6);
 }
