@@ -6,3 +6,4 @@ zrt_add_test(picture/rowpicture unit zrt_picture)
 # Text needs a platform, though no window is opened.
 set_property(TEST picture/plotpainter picture/plotexport picture/rowpicture PROPERTY
     ENVIRONMENT QT_QPA_PLATFORM=offscreen)
+zrt_add_test(picture/rowmaxima unit zrt_picture)
