@@ -1,15 +1,19 @@
 #include "app/mainwindow.h"
 
+#include "app/helpdocument.h"
+#include "app/shell/applicationstyles.h"
 #include "app/shell/directoryof.h"
 #include "app/shell/recentbutton.h"
 #include "app/shell/settings.h"
 #include "app/shell/timedprogressbar.h"
 #include "base/timetext.h"
 #include "base/version.h"
+#include "fields/wheelfilter.h"
 #include "forms/arrays/arraysdirform.h"
 #include "forms/arrays/arraysform.h"
 #include "forms/bintotext/bintotext.h"
 #include "forms/calculator/calculatorform.h"
+#include "forms/days/fourierform.h"
 #include "forms/ffa/ffaform.h"
 #include "forms/native/nativegrafik.h"
 #include "forms/pulsar/pulsarform.h"
@@ -17,7 +21,6 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QDesktopServices>
 #include <QDir>
 #include <QDropEvent>
 #include <QFileDialog>
@@ -57,6 +60,7 @@ MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent), ui(new Ui::MainWi
     ui->statusbar->addPermanentWidget(recent);
     setAcceptDrops(true);
     qApp->installEventFilter(this);
+    new Fields::WheelFilter(this);
 
     Settings *const settings = Settings::instance();
     settings->setUi(*ui);
@@ -118,6 +122,14 @@ void MainWindow::connectActions()
     repeat->setShortcut(QKeySequence::Open);
     connect(repeat, &QAction::triggered, this, &MainWindow::repeatCommand);
     addAction(repeat);
+    auto *const quit = new QAction("Quit", this);
+    quit->setShortcut(QKeySequence("Ctrl+Q"));
+    connect(quit, &QAction::triggered, this, &MainWindow::close);
+    addAction(quit);
+    auto *const chapter = new QAction("Help on the form", this);
+    chapter->setShortcut(QKeySequence::HelpContents);
+    connect(chapter, &QAction::triggered, this, &MainWindow::showChapter);
+    addAction(chapter);
 }
 
 // The path for the command whose slot calls this: the given one or else the user's answer,
@@ -128,15 +140,14 @@ QString MainWindow::ask(const std::function<QString(const QString &startPath)> &
     Settings *const settings = Settings::instance();
     QString path = std::exchange(givenPath, {});
     if (path.isEmpty())
-        path = dialog(settings->lastOpenPath());
+        path = dialog(startFolder(settings->lastOpenPath()));
     if (path.isEmpty())
         return {};
     settings->setLastOpenPath(directoryOf(path));
     takenPath = path;
-    if (command) {
+    formBefore = shownForm();
+    if (command)
         lastCommand = command;
-        recent->add(path, command);
-    }
     return path;
 }
 
@@ -162,18 +173,20 @@ void MainWindow::openFile(Arguments... arguments)
         new Form(path, arguments..., this);
 }
 
-template <typename Form>
-void MainWindow::openDirectory(const QString &caption)
+template <typename Form, typename... Arguments>
+void MainWindow::openDirectory(const QString &caption, Arguments... arguments)
 {
     if (const QString path = askForDirectory(caption); !path.isEmpty())
-        new Form(path, this);
+        new Form(path, arguments..., this);
 }
 
 // Opens without asking. Not while a loop of the form is on the stack, or a dialog of it.
 void MainWindow::open(QAction *command, const QString &path)
 {
-    if (!ui->menubar->isEnabled() || QApplication::activeModalWidget())
+    if (!ui->menubar->isEnabled() || QApplication::activeModalWidget()) {
+        sayNotOpened({path});
         return;
+    }
     givenPath = path;
     command->trigger();
     givenPath.clear();
@@ -206,40 +219,72 @@ QWidget *MainWindow::shownForm() const
     return layout && layout->count() > 0 ? layout->itemAt(0)->widget() : nullptr;
 }
 
-// Called after the slot of every command.
+// Called after the slot of every command. A path is one to remember once a form shows it.
 void MainWindow::rememberForm()
 {
     const QString path = std::exchange(takenPath, {});
-    if (commandForm && shownForm() == commandForm)
+    QWidget *const form = shownForm();
+    auto *const command = qobject_cast<QAction *>(sender());
+    if (form == nullptr || path.isEmpty() || form == formBefore)
         return;
-    commandForm = shownForm();
-    formCommand = path.isEmpty() ? nullptr : qobject_cast<QAction *>(sender());
+    commandForm = form;
+    formCommand = command;
     formTakesDirectory = QFileInfo(path).isDir();
+    recent->add(path, command);
 }
 
-void MainWindow::openDropped(const QString &path)
+void MainWindow::openDropped(const QStringList &paths)
 {
     const bool formTakesIt = formCommand && commandForm && commandForm == shownForm() &&
-                             formTakesDirectory == QFileInfo(path).isDir();
-    open(formTakesIt ? formCommand.data() : viewerOf(path), path);
+                             formTakesDirectory == QFileInfo(paths[0]).isDir();
+    open(formTakesIt ? formCommand.data() : viewerOf(paths[0]), paths[0]);
+    sayNotOpened(paths.mid(1));
+}
+
+void MainWindow::openPaths(const QStringList &paths)
+{
+    open(viewerOf(paths[0]), paths[0]);
+    sayNotOpened(paths.mid(1));
+}
+
+void MainWindow::sayNotOpened(const QStringList &paths)
+{
+    if (paths.isEmpty())
+        return;
+    QStringList names;
+    for (const QString &path : paths)
+        names << QFileInfo(path).fileName();
+    const bool isBusy = !ui->menubar->isEnabled() || QApplication::activeModalWidget();
+    const QString why =
+        isBusy ? "the window is at work, which Esc stops" : "the window shows one file at a time";
+    ui->statusbar->showMessage(QString("Not opened: %1 (%2).").arg(names.join(", "), why),
+                               messageMs);
 }
 
 bool MainWindow::eventFilter(QObject *watched, QEvent *event)
 {
+    // The desktop has changed between dark and light.
+    if (watched == qApp && event->type() == QEvent::ApplicationPaletteChange &&
+        !qApp->styleSheet().isEmpty())
+        QTimer::singleShot(0, this, [] { applyApplicationStyles(); });
     const bool isDrag = event->type() == QEvent::DragEnter || event->type() == QEvent::DragMove ||
                         event->type() == QEvent::Drop;
     const auto *const widget = isDrag ? qobject_cast<QWidget *>(watched) : nullptr;
     if (!widget || widget->window() != this)
         return QMainWindow::eventFilter(watched, event);
     auto *const drop = static_cast<QDropEvent *>(event);
-    const QList<QUrl> urls = drop->mimeData()->urls();
-    if (urls.isEmpty() || !urls[0].isLocalFile())
+    QStringList paths;
+    for (const QUrl &url : drop->mimeData()->urls()) {
+        if (url.isLocalFile())
+            paths << url.toLocalFile();
+    }
+    if (paths.isEmpty())
         return QMainWindow::eventFilter(watched, event);
     drop->setDropAction(Qt::CopyAction);
     drop->accept();
     // Later, for the form that goes may hold the widget under the pointer.
     if (event->type() == QEvent::Drop)
-        QTimer::singleShot(0, this, [this, path = urls[0].toLocalFile()] { openDropped(path); });
+        QTimer::singleShot(0, this, [this, paths] { openDropped(paths); });
     return true;
 }
 
@@ -268,6 +313,11 @@ void MainWindow::openDirArrays()
     openDirectory<ArraysDirForm>("directory");
 }
 
+void MainWindow::openDirSumFourier()
+{
+    openDirectory<FourierForm>("Pulsar directory", 0, 0, 0);
+}
+
 void MainWindow::openFileFFA()
 {
     openFile<FfaForm>();
@@ -290,8 +340,8 @@ void MainWindow::openCalculator()
 
 void MainWindow::readBinToText()
 {
-    if (const QString path = askForFile(); !path.isEmpty())
-        convertBinaryToText(path, this);
+    if (const QString path = askForFile(); !path.isEmpty() && convertBinaryToText(path, this))
+        recent->add(path, ui->actionReadBinToText);
 }
 
 // The commands below are disabled in the menus until their forms exist.
@@ -299,11 +349,6 @@ void MainWindow::readBinToText()
 void MainWindow::openFileTransients()
 {
     sayNotBuilt("Transients");
-}
-
-void MainWindow::openDirSumFourier()
-{
-    sayNotBuilt("Sum of signals: Fourier");
 }
 
 void MainWindow::openDirSumFourierMap()
@@ -371,14 +416,23 @@ void MainWindow::showUpdates()
     showDocument("updates_zrt2_visual.pdf");
 }
 
+// The manual at the chapter of the form in the window.
+void MainWindow::showChapter()
+{
+    const QWidget *const form = shownForm();
+    const HelpChapter help = helpOn(form ? form->metaObject()->className() : "");
+    showDocument(help.document, help.chapter);
+}
+
 // The launcher starts the program in the folder that holds the documents.
-void MainWindow::showDocument(const QString &fileName)
+void MainWindow::showDocument(const QString &fileName, const QString &chapter)
 {
     const QFileInfo document("./" + fileName);
+    const QString path = document.absoluteFilePath();
     if (!document.exists())
-        ui->statusbar->showMessage("No help document " + document.absoluteFilePath(), messageMs);
-    else if (!QDesktopServices::openUrl(QUrl::fromLocalFile(document.absoluteFilePath())))
-        ui->statusbar->showMessage("No viewer for " + document.absoluteFilePath(), messageMs);
+        ui->statusbar->showMessage("No help document " + path, messageMs);
+    else if (!openDocument(path, pageOfChapter(path, chapter)))
+        ui->statusbar->showMessage("No viewer for " + path, messageMs);
 }
 
 void MainWindow::showAbout()

@@ -19,14 +19,19 @@ class MainWindow;
 /// itself. Window size and paths are restored on construction and saved on destruction.
 ///
 /// The button "Recent" of the status bar offers what was opened last with the command that did;
-/// Ctrl+O repeats the last command. A file or directory that is dropped onto the window opens
-/// in the form that is open, where that takes one, and in the form that shows it otherwise.
+/// Ctrl+O repeats the last command, Ctrl+Q closes the window, F1 opens the manual at the chapter
+/// of the form. A file or directory that is dropped onto the window opens in the form that is
+/// open, where that takes one, and in the form that shows it otherwise.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
     explicit MainWindow(QWidget *parent = nullptr);
     ~MainWindow() override;
+
+    /// Opens the first of some files or directories in the form that shows it, and names the
+    /// others as not opened.
+    void openPaths(const QStringList &paths);
 
 signals:
     /// The window was maximized, minimized or restored.
@@ -79,15 +84,17 @@ private:
     QString askForDirectory(const QString &caption);
     template <typename Form, typename... Arguments>
     void openFile(Arguments... arguments);
-    template <typename Form>
-    void openDirectory(const QString &caption);
+    template <typename Form, typename... Arguments>
+    void openDirectory(const QString &caption, Arguments... arguments);
     void connectActions();
     QAction *viewerOf(const QString &path) const;
     void open(QAction *command, const QString &path);
-    void openDropped(const QString &path);
+    void openDropped(const QStringList &paths);
+    void sayNotOpened(const QStringList &paths);
     QWidget *shownForm() const;
     void rememberForm();
-    void showDocument(const QString &fileName);
+    void showChapter();
+    void showDocument(const QString &fileName, const QString &chapter = {});
     void sayNotBuilt(const QString &command);
 
     const std::unique_ptr<Ui::MainWindow> ui;
@@ -101,5 +108,7 @@ private:
     QPointer<QWidget> commandForm;
     QPointer<QAction> formCommand;
     bool formTakesDirectory = false;
-    QString takenPath; // by the command whose slot runs
+    // Of the command whose slot runs: the path it took, and the form that was there before.
+    QString takenPath;
+    QPointer<QWidget> formBefore;
 };

@@ -30,9 +30,10 @@ QString textOf(const std::string &text)
     return QFile::decodeName(QByteArray::fromStdString(text));
 }
 
-void addRunOptions(CLI::App &command, RunArguments &arguments, const std::string &inputHelp)
+void addRunOptions(CLI::App &command, RunArguments &arguments, const std::string &inputHelp,
+                   const std::string &inputName)
 {
-    command.add_option("FILE", arguments.inputs, inputHelp)->required();
+    command.add_option(inputName, arguments.inputs, inputHelp)->required();
     command.add_flag("--force", arguments.force, "Do again what is done with the same parameters.");
     command.add_flag("--quiet", arguments.quiet,
                      "No dots on the standard output, nothing about what is skipped.");
@@ -107,6 +108,11 @@ void addTableOptions(CLI::App &command, TableArguments &arguments)
 {
     addRunOptions(command, arguments,
                   "Recordings (.pnt, .pnthr), folders of them, or @LIST with one path a line.");
+    addOutputOptions(command, arguments);
+}
+
+void addOutputOptions(CLI::App &command, TableArguments &arguments)
+{
     command
         .add_option("-o,--output", arguments.folder,
                     "Folder of the results, made where it is missing. Default: beside each input.")
@@ -149,6 +155,18 @@ void readSize(const std::string &text, OutputOptions &output)
     output.pictureScale = size.contains('@') ? size.section('@', 1).toInt() : 1;
 }
 
+RunOptions runOptionsOf(const RunArguments &arguments)
+{
+    RunOptions options;
+    options.force = arguments.force;
+    options.quiet = arguments.quiet;
+    options.jsonPath = textOf(arguments.json);
+    options.jobs = arguments.jobs;
+    options.memory = bytesOf(arguments.memory);
+    options.progress = ProgressDots();
+    return options;
+}
+
 ExitCode runOn(const Work &work, const RunArguments &arguments)
 {
     QStringList names;
@@ -159,14 +177,7 @@ ExitCode runOn(const Work &work, const RunArguments &arguments)
         printError(list.failure.text);
         return list.failure.code;
     }
-    RunOptions options;
-    options.force = arguments.force;
-    options.quiet = arguments.quiet;
-    options.jsonPath = textOf(arguments.json);
-    options.jobs = arguments.jobs;
-    options.memory = bytesOf(arguments.memory);
-    options.progress = ProgressDots();
-    return runWork(work, list.paths, options);
+    return runWork(work, list.paths, runOptionsOf(arguments));
 }
 
 } // namespace Batch

@@ -45,7 +45,10 @@ struct PlaceOptions {
 
 QString textOf(const std::string &text);
 
-void addRunOptions(CLI::App &command, RunArguments &arguments, const std::string &inputHelp);
+void addRunOptions(CLI::App &command, RunArguments &arguments, const std::string &inputHelp,
+                   const std::string &inputName = "FILE");
+/// --output, --tag and --format, then those of pictures.
+void addOutputOptions(CLI::App &command, TableArguments &arguments);
 void addTableOptions(CLI::App &command, TableArguments &arguments);
 /// --module and --ray, by place, and --module-number and --ray-number.
 void addPlaceOptions(CLI::App &command, int &module, int &ray, PlaceOptions &numbers);
@@ -55,11 +58,13 @@ void addSizeOption(CLI::App &command, std::string &size);
 Results::Format formatOf(const std::string &name);
 /// A text that addSizeOption() has checked.
 void readSize(const std::string &text, OutputOptions &output);
+RunOptions runOptionsOf(const RunArguments &arguments);
 OutputOptions outputOptionsOf(const TableArguments &arguments);
 
 /// Expands the inputs and works on them.
 ExitCode runOn(const Work &work, const RunArguments &arguments);
 
+void addDayCommands(CLI::App &app, Chosen &chosen);
 void addPulsarCommands(CLI::App &app, Chosen &chosen);
 void addSearchCommands(CLI::App &app, Chosen &chosen);
 void addFileCommands(CLI::App &app, Chosen &chosen);

@@ -3,7 +3,6 @@
 #include "calculators/calculators.h"
 #include "coords/raytables.h"
 
-#include <QRegularExpression>
 #include <cstdio>
 #include <memory>
 
@@ -18,18 +17,10 @@ namespace {
 // Names of the values for the fields that a calculator fills.
 using Names = std::vector<std::pair<QString, QString>>;
 
-// What went wrong in a report of a calculator, without its HTML.
-QString problemOf(QString report)
-{
-    report = report.section(QRegularExpression("Error:"), 1);
-    report.replace(QRegularExpression("<[^>]*>"), " ");
-    return report.simplified();
-}
-
 ExitCode printAnswer(const QString &command, const std::vector<HeaderLine> &given,
                      const Calculator::Answer &answer, const Names &names, Format format)
 {
-    const QString problem = problemOf(answer.report);
+    const QString problem = answer.problems.join(' ');
     const auto isEmpty = [&](const auto &name) { return answer.outputs[name.first].isEmpty(); };
     if (!answer.failing.isEmpty() || std::any_of(names.begin(), names.end(), isEmpty)) {
         printError(command + ": " + problem);

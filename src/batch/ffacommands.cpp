@@ -23,6 +23,8 @@ struct FfaArguments : TableArguments {
     std::string rayNumbers;
     std::string dispersions;
     std::string noise = request.noise.toStdString();
+    std::string channelsOff;
+    std::string cut;
     bool noDeredden = false;
 };
 
@@ -183,7 +185,9 @@ FfaRequest requestOf(const FfaArguments &arguments)
     if (!arguments.dispersions.empty())
         readDispersions(arguments.dispersions, complete.dispersions);
     complete.noise = QString::fromStdString(arguments.noise);
+    complete.cut = QString::fromStdString(arguments.cut);
     complete.deredden = !arguments.noDeredden;
+    complete.channelsOff = QString::fromStdString(arguments.channelsOff);
     complete.output = outputOptionsOf(arguments);
     return complete;
 }
@@ -210,8 +214,10 @@ void addFfa(CLI::App &app, Chosen &chosen)
         ->type_name("N")
         ->check(CLI::Range(1, 2147483647));
     addNoise(*command, arguments->noise);
+    addField(*command, "--cut", arguments->cut);
     addSwitch(*command, "--normalise", request.normalise);
     addSwitch(*command, "--delete-step", request.deleteStep);
+    addField(*command, "--channels-off", arguments->channelsOff);
     addSearchOptions(*command, request);
     addSwitch(*command, "--no-deredden", arguments->noDeredden);
     command

@@ -106,6 +106,8 @@ PulsarParameters parametersOf(const FfaRequest &request, const ObservationData &
     parameters.noise = request.noise;
     parameters.normalise = request.normalise;
     parameters.deleteStep = request.deleteStep;
+    parameters.channelsOff = request.channelsOff;
+    parameters.cut = request.cut;
     const int points = PulsarCalculate(header, parameters).ffaPoints();
     FfaParameters &ffa = parameters.ffa;
     ffa = Tools::presetFfa(points, header.tresolution);
@@ -276,7 +278,8 @@ private:
         if (control.isStopped())
             return {ExitCode::TryLater, "Stopped."};
         addCandidates(peaks, selected, found);
-        remarks = outcome.result.remarks;
+        notes = outcome.result.notes();
+        wholeFactorsOfSearch = Tools::wholeFactorText(ffa.wholeFactors);
         length = double(ffa.series.size()) * ffa.tsamp;
         searched = parameters.ffa;
         usedThreshold = request.threshold.value_or(estimate.noiseThreshold);
@@ -312,10 +315,11 @@ private:
     // Once a ray: its dispersions take in nearly the same samples.
     void noteNonFinite(const Search &selected, const QString &text)
     {
-        const QString ray = QString("module %1, ray %2: ").arg(selected.module).arg(selected.ray);
-        if (!nonFinite.isEmpty() && nonFinite.constLast().startsWith(ray))
+        const std::pair ray(selected.module, selected.ray);
+        if (ray == notedRay)
             return;
-        nonFinite << ray + text;
+        notedRay = ray;
+        nonFinite << QString("module %1, ray %2: ").arg(selected.module).arg(selected.ray) + text;
         control.remark(file.path() + ": " + nonFinite.constLast());
     }
 
@@ -367,9 +371,9 @@ private:
             lines.push_back({"picture_of", nameOf(shown)});
         if (!wholeFactors.isEmpty())
             lines.push_back({"remark", wholeFactors});
-        for (const QString &remark : count == 1 ? remarks : QStringList()) {
-            if (!wholeFactors.startsWith(remark))
-                lines.push_back({"remark", remark});
+        for (const Report &note : count == 1 ? notes : std::vector<Report>()) {
+            if (const QString text = note.plainText(); text != wholeFactorsOfSearch)
+                lines.push_back({"remark", text});
         }
         lines.push_back({"report", "Periods are topocentric. S/N is that of the best boxcar of the "
                                    "fold; it is too low by snr_factor, which is 1 but at whole "
@@ -391,13 +395,15 @@ private:
     FfaEstimate estimate;
     double usedThreshold = 0;
     QString wholeFactors; // a remark
-    QStringList remarks;
+    QString wholeFactorsOfSearch;
+    std::vector<Report> notes;
     int points = 0;
     int trials = 0;
     int widths = 0;
     double shownSnr = 0;
     Search shown;
     QStringList nonFinite; // of each ray that has samples which are no numbers
+    std::pair<int, int> notedRay;
 };
 
 template <typename Number>
@@ -422,7 +428,7 @@ QString listOr(const std::vector<Number> &numbers, const QString &otherwise)
 std::vector<HeaderLine> parameterLines(const FfaRequest &request)
 {
     const auto yesNo = [](bool is) { return QString(is ? "yes" : "no"); };
-    return {
+    std::vector<HeaderLine> lines = {
         {"action", "createFFA"},
         request.moduleNumbers.empty()
             ? HeaderLine{"module_places", listOr(request.modules, "all")}
@@ -446,6 +452,11 @@ std::vector<HeaderLine> parameterLines(const FfaRequest &request)
         {"threshold", request.threshold ? QString(numberText(*request.threshold)) : "noise"},
         {"most", QString::number(request.most)},
         {"refine", yesNo(request.refine)}};
+    if (!request.channelsOff.isEmpty())
+        lines.push_back({"channels_off", request.channelsOff});
+    if (!request.cut.isEmpty())
+        lines.push_back({"cut", request.cut});
+    return lines;
 }
 
 qint64 memoryOf(FfaRequest request, const RecordingFile &file)

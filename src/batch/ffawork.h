@@ -18,8 +18,10 @@ struct FfaRequest {
     int firstPoint = 0;
     int points = 0; ///< 0: to the end of what has every band
     QString noise = "polinom5";
+    QString cut; ///< hum and lines to take out before the search, see calc/pulsar/cutlines.h
     bool normalise = false;
     bool deleteStep = false;
+    QString channelsOff; ///< numbers from 1 with commas, left out; empty: none
     /// What is given of the search; the rest as the form presets it for the recording.
     std::optional<double> periodMin, periodMax, ducyMax, wtsp, medianWidth;
     std::optional<int> binsMin, binsMax, fewestPeriods, medianPoints;

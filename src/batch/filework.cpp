@@ -7,6 +7,7 @@
 #include "batch/outputfiles.h"
 #include "batch/programname.h"
 #include "calc/stretchsum.h"
+#include "coords/barycentre.h"
 #include "data/recordingtime.h"
 #include "data/recordingwriter.h"
 #include "data/truenumbers.h"
@@ -77,7 +78,7 @@ Failure exportFilterbank(const ExportRequest &request, const QString &key, Recor
     FilterbankHeader fil;
     fil.rawDataFile = rawDataName(file.path(), key);
     fil.source = QFileInfo(file.path()).completeBaseName();
-    fil.begin = header.beginTime.isValid() ? modifiedJulianDate(exactBegin(header)) : 0;
+    fil.begin = header.beginTime.isValid() ? Tools::modifiedJulianDay(exactBegin(header)) : 0;
     fil.step = header.tresolution;
     fil.channels = int(order.size());
     fil.firstBand = header.fbands[std::size_t(order.front())];
@@ -94,7 +95,7 @@ Failure exportFilterbank(const ExportRequest &request, const QString &key, Recor
     if (Failure failure = failureOf(writer.write(filterbankBytes(fil))))
         return failure;
 
-    std::vector<float> row(std::size_t(blockPoints) * order.size());
+    std::vector<float> row(std::size_t(std::min(blockPoints, header.npoints)) * order.size());
     SampleReadingHooks hooks;
     hooks.keepAlive = [&control] { return !control.isStopped(); };
     for (int first = 0; first < header.npoints; first += blockPoints) {
@@ -130,7 +131,8 @@ QByteArray seriesDescription(const ExportRequest &request, const QString &key,
     const double first = header.fbands.front();
     const double last = header.fbands[std::size_t(bands - 1)];
     const double spacing = bands > 1 ? std::abs(last - first) / (bands - 1) : 0;
-    const double begin = header.beginTime.isValid() ? modifiedJulianDate(exactBegin(header)) : 0;
+    const double begin =
+        header.beginTime.isValid() ? Tools::modifiedJulianDay(exactBegin(header)) : 0;
     const std::vector<std::pair<QString, QString>> lines = {
         {"Data file name without suffix", QFileInfo(path).completeBaseName()},
         {"Telescope used", "ZRT"},
@@ -279,10 +281,7 @@ QString passportProblem(const QByteArray &passport)
 {
     if (passport.size() > passportSizeLimit)
         return "the frequencies of so many channels make a longer passport than readers take";
-    const RecordingHeader header = recordingHeader(parsePassport(passport), {});
-    if (header.problem.isEmpty() && !(header.data.tresolution > 0))
-        return "its sampling interval is none that a passport can hold";
-    return header.problem;
+    return recordingHeader(parsePassport(passport), {}).problem;
 }
 
 // Values of one sample of the file, lowest band first, and their mean as the extra channel.

@@ -1,10 +1,10 @@
 #include "batch/commands.h"
+#include "batch/fieldoptions.h"
 #include "batch/pulsarwork.h"
 #include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/pulsarcalculate.h"
 #include "calc/pulsar/pulsarcommand.h"
 
-#include <map>
 #include <memory>
 
 // native, sum, fourier, fold and dmscan: the actions of the pulsar form.
@@ -13,68 +13,18 @@ namespace Batch {
 
 namespace {
 
-// What the parser writes to; texts and lists are taken over into the parameters afterwards.
 struct PulsarArguments : TableArguments {
-    PulsarParameters parameters = pulsarPresets();
+    FieldOptions<PulsarParameters> options{pulsarPresets()};
     PlaceOptions places;
-    std::map<QString *, std::string> texts;
-    std::map<std::array<double, 4> *, std::vector<double>> lists;
 };
-
-CLI::Option *addFlag(CLI::App &command, const PulsarField &field, bool *value)
-{
-    const std::string option = field.option.toStdString();
-    const std::string help = field.help.toStdString();
-    return value ? command.add_flag(option, *value, help) : command.add_flag(option, help);
-}
-
-template <typename Value>
-CLI::Option *addValue(CLI::App &command, const PulsarField &field, const CommandOption &option,
-                      Value &value)
-{
-    const QString &help = option.help.isEmpty() ? field.help : option.help;
-    auto *const added = command.add_option(field.option.toStdString(), value, help.toStdString())
-                            ->type_name(field.value.toStdString());
-    if (option.showsPreset)
-        added->capture_default_str();
-    return added;
-}
-
-// The option of a field, bound to the parameter that it sets.
-CLI::Option *addOption(CLI::App &command, const PulsarField &field, const CommandOption &option,
-                       PulsarArguments &arguments)
-{
-    if (!field.of)
-        return addFlag(command, field, nullptr);
-    const FieldRef ref = field.of(arguments.parameters);
-    if (auto *const *flag = std::get_if<bool *>(&ref))
-        return addFlag(command, field, *flag);
-    if (auto *const *whole = std::get_if<int *>(&ref))
-        return addValue(command, field, option, **whole);
-    if (auto *const *number = std::get_if<double *>(&ref))
-        return addValue(command, field, option, **number);
-    if (auto *const *list = std::get_if<std::array<double, 4> *>(&ref)) {
-        CommandOption plain = option;
-        plain.showsPreset = false;
-        return addValue(command, field, plain, arguments.lists[*list])->expected(4);
-    }
-    QString *const text = std::get<QString *>(ref);
-    std::string &typed = arguments.texts[text] = text->toStdString();
-    return addValue(command, field, option, typed);
-}
 
 // The field's option with what the command allows.
 void addChecked(CLI::App &command, const CommandOption &option, PulsarArguments &arguments)
 {
-    const PulsarField &field = pulsarField(option.option);
-    CLI::Option *const added = addOption(command, field, option, arguments);
+    CLI::Option *const added =
+        arguments.options.add(command, pulsarField(option.option), option.help, option.showsPreset);
     if (option.least != option.most)
         added->check(CLI::Range(option.least, option.most));
-    std::vector<std::string> choices;
-    for (const FieldChoice &choice : field.choices)
-        choices.push_back(choice.value.toStdString());
-    if (!choices.empty())
-        added->check(CLI::IsMember(choices));
     if (!option.excludes.isEmpty())
         added->excludes(command.get_option(option.excludes.toStdString()));
     if (!option.needs.isEmpty())
@@ -103,7 +53,7 @@ PulsarRequest requestOf(const CLI::App &command, const PulsarArguments &argument
 {
     PulsarRequest request;
     request.command = QString::fromStdString(command.get_name());
-    request.parameters = arguments.parameters;
+    request.parameters = arguments.options.parameters;
     request.moduleNumber = arguments.places.moduleNumber;
     request.rayNumber = arguments.places.rayNumber;
     request.output = outputOptionsOf(arguments);
@@ -121,20 +71,15 @@ void addCommand(CLI::App &app, Chosen &chosen, const PulsarCommand &described)
         app.add_subcommand(described.name.toStdString(), described.manual.toStdString());
     command->footer(described.examples.toStdString());
     const auto arguments = std::make_shared<PulsarArguments>();
-    addPlaceOptions(*command, arguments->parameters.module, arguments->parameters.ray,
-                    arguments->places);
+    PulsarParameters &parameters = arguments->options.parameters;
+    addPlaceOptions(*command, parameters.module, parameters.ray, arguments->places);
     for (const CommandOption &option : described.options)
         addChecked(*command, option, *arguments);
     addTableOptions(*command, *arguments);
     command->callback([&chosen, arguments, command] {
-        for (const auto &[text, typed] : arguments->texts)
-            *text = QString::fromStdString(typed);
-        const double dm = arguments->parameters.dispersion;
-        arguments->parameters.dispersions = {0, dm / 2, dm, 2 * dm};
-        for (const auto &[numbers, typed] : arguments->lists) {
-            if (typed.size() == numbers->size())
-                std::copy(typed.begin(), typed.end(), numbers->begin());
-        }
+        PulsarParameters &given = arguments->options.parameters;
+        given.dispersions = comparedDispersions(given.dispersion);
+        arguments->options.takeOver();
         const PulsarRequest request = requestOf(*command, *arguments);
         chosen.paints = !request.output.picture.isEmpty();
         chosen.run = [arguments, request] { return runOn(pulsarWork(request), *arguments); };

@@ -1,6 +1,7 @@
 #include "batch/pulsarwork.h"
 
 #include "calc/pulsar/axislines.h"
+#include "calc/pulsar/bandsum.h"
 #include "calc/pulsar/computedon.h"
 #include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/runanalysis.h"
@@ -27,18 +28,21 @@ Failure findStart(PulsarParameters &parameters, const RecordingFile &file)
         return {};
     const StartPoint start = pointAtUtc(file.header(), parameters.startTime);
     if (!start.error.isEmpty())
-        return {ExitCode::BadData, file.path() + ": " +
-                                       QString(start.error)
-                                           .replace("\nChoose \"First point\" instead.",
-                                                    " Give --first-point instead.")
-                                           .replace('\n', ' ')};
+        return {ExitCode::BadData,
+                file.path() + ": " + QString(start.error).replace('\n', ' ') +
+                    (start.isWithoutTimes ? " Give --first-point instead." : "")};
     parameters.firstPoint = start.point;
     return {};
 }
 
+// All lines of the report, without the empty ones between paragraphs.
 QString reportOf(const PulsarResult &result)
 {
-    return (result.description.split('\n', Qt::SkipEmptyParts) + result.remarks).join('\n');
+    QStringList lines = result.report.lines();
+    for (const Report &note : result.notes())
+        lines << note.lines();
+    lines.removeAll({});
+    return lines.join('\n');
 }
 
 // What is the same for every table of a ray: what it is of, and how its numbers can be placed in
@@ -53,7 +57,7 @@ void addRayHeader(const QString &action, const PulsarParameters &given,
     if (isSum)
         lines.push_back({"disp", QString::number(std::lround(given.dispersion))});
     lines.push_back({"tresolution", numberText(header.tresolution) + " s"});
-    const int band = isSum ? PulsarCalculate::sumBands : given.channel;
+    const int band = isSum ? Pulsar::sumBands : given.channel;
     if (band >= 1 && band <= int(header.fbands.size()))
         lines.push_back({isSum ? "reference_frequency" : "frequency",
                          numberText(header.fbands[std::size_t(band - 1)]) + " MHz"});
@@ -78,11 +82,11 @@ Accepted accept(const PulsarRequest &request, const RecordingFile &file)
         accepted.failure = findStart(given, file);
     if (accepted.failure)
         return accepted;
-    PulsarCalculate calculate(file.header(), given);
-    if (calculate.validate(request.action))
-        accepted.needs = calculate.needs(request.action);
+    const std::vector<FieldProblem> problems = findProblems(request.action, file.header(), given);
+    if (problems.empty())
+        accepted.needs = findNeeds(request.action, file.header(), given);
     else
-        accepted.failure = refusalOf(calculate.problems().front(), file.path());
+        accepted.failure = refusalOf(problems.front(), file.path());
     return accepted;
 }
 
@@ -135,23 +139,9 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
 // A parameter as a header has it; a count of 0 stands for what the action takes by itself.
 QString headerText(const PulsarField &field, const FieldValue &value, bool onChannel)
 {
-    QString text;
-    if (const bool *const is = std::get_if<bool>(&value))
-        text = *is ? "yes" : "no";
-    else if (const QString *const given = std::get_if<QString>(&value))
-        text = *given;
-    else if (const int *const whole = std::get_if<int>(&value))
-        text = QString::number(*whole);
-    else if (const double *const number = std::get_if<double>(&value))
-        text = numberText(*number);
-    else {
-        QStringList numbers;
-        for (const double one : std::get<std::array<double, 4>>(value))
-            numbers << numberText(one);
-        text = numbers.join(' ');
-    }
+    QString text = Tools::headerText(value);
     if (field.option == "--count" && text == "0")
-        text = onChannel ? QString("all") : QString::number(PulsarCalculate::fixedPoints);
+        text = onChannel ? QString("all") : QString::number(Pulsar::fixedPoints);
     return field.unit.isEmpty() ? text : text + " " + field.unit;
 }
 
@@ -163,6 +153,7 @@ bool isRecorded(const PulsarField &field, const PulsarAnalysis &analysis)
     case Recorded::OfSums:
         return !analysis.onChannel;
     case Recorded::WhereRead:
+    case Recorded::WhereGiven:
         return analysis.reads(field);
     default:
         return false;
@@ -182,9 +173,11 @@ std::vector<HeaderLine> parameterLines(const PulsarRequest &request)
                                      placeOr("ray", given.ray, request.rayNumber)};
     const QString otherStart = given.startTime.isEmpty() ? "--utc" : "--first-point";
     for (const PulsarField &field : pulsarFields()) {
-        if (isRecorded(field, analysis) && field.option != otherStart)
-            lines.push_back(
-                {field.key, headerText(field, field.valueIn(given), analysis.onChannel)});
+        if (!isRecorded(field, analysis) || field.option == otherStart)
+            continue;
+        const QString text = headerText(field, field.valueIn(given), analysis.onChannel);
+        if (!text.isEmpty())
+            lines.push_back({field.key, text});
     }
     return lines;
 }

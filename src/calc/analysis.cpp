@@ -29,4 +29,19 @@ QStringList commandWords(const FieldValue &value)
         value);
 }
 
+QString headerText(const FieldValue &value)
+{
+    return std::visit(Overloaded{[](bool is) { return QString(is ? "yes" : "no"); },
+                                 [](const QString &text) { return text; },
+                                 [](const std::array<double, 4> &numbers) {
+                                     QStringList texts;
+                                     for (const double number : numbers)
+                                         texts << exactText(number);
+                                     return texts.join(' ');
+                                 },
+                                 [](int number) { return QString::number(number); },
+                                 [](double number) { return exactText(number); }},
+                      value);
+}
+
 } // namespace Tools

@@ -24,7 +24,7 @@ struct FieldChoice {
 
 /// Which analyses write a parameter into the headers of their tables. The headers tell the batch
 /// program what is done already, so that they stay as they are.
-enum class Recorded { Never, Always, OfSums, WhereRead };
+enum class Recorded { Never, Always, OfSums, WhereRead, WhereGiven };
 
 /// What a parameter is called and what it takes.
 struct FieldText {
@@ -38,6 +38,7 @@ struct FieldText {
     double least = -std::numeric_limits<double>::infinity(); ///< of a form's field with arrows
     double most = std::numeric_limits<double>::infinity();
     std::vector<FieldChoice> choices = {}; ///< empty: any text or number
+    bool isOptional = false;               ///< an empty field of a form leaves it to the analysis
 };
 
 /// A parameter of `Parameters`.
@@ -50,6 +51,15 @@ struct Field : FieldText {
     {
         return std::visit([](auto *parameter) { return FieldValue(*parameter); }, of(parameters));
     }
+};
+
+/// What opens an analysis over days: periodograms of the FFA instead of spectra, maps, a search.
+struct SurveyFlags {
+    bool ffa = false;
+    bool map = false;
+    bool search = false;
+
+    bool operator==(const SurveyFlags &other) const = default;
 };
 
 template <typename Parameters>
@@ -75,6 +85,9 @@ namespace Tools {
 
 /// The words of a value behind its option in a shell command.
 QStringList commandWords(const FieldValue &value);
+
+/// A value as the header of a table has it: "yes", a text, numbers with all their digits.
+QString headerText(const FieldValue &value);
 
 /// The options of a call of the batch program: those of parameters that are not at their presets,
 /// that choose the analysis, or that are always given.

@@ -138,9 +138,8 @@ private:
 
 } // namespace
 
-FfaParameters presetFfa(int points, double tsamp)
+FfaParameters presetFfa(int points, double tsamp, FfaParameters ffa)
 {
-    FfaParameters ffa;
     const double shortest = std::max(ffa.bins_min * tsamp, shortestPreset);
     const double longest = std::min(points * tsamp / ffa.fpmin, longestPreset);
     if (!(tsamp > 0) || !(shortest < longest))

@@ -41,7 +41,9 @@ namespace Tools {
 /// A search that suits a series of so many points: 40 to 80 bins; from the shortest period that
 /// has them, but 0.1 s at least, or the nearest without whole factors, to 30 s or what `fpmin`
 /// periods leave room for; a running median of three of the longest periods.
-FfaParameters presetFfa(int points, double tsamp);
+///
+/// @param ffa  bins and `fpmin`, where they are other ones
+FfaParameters presetFfa(int points, double tsamp, FfaParameters ffa = {});
 
 /// Width of the running median that goes with a longest period, s: three times it, but not more
 /// than the series.

@@ -67,6 +67,28 @@ void averageRow(const float *band, int npoints, int begin, const WaterfallPart &
     }
 }
 
+// Mean of the finite samples of the bands at each point; 0 of none.
+std::vector<float> meanOfBands(const ObservationData &data, const WaterfallPart &part)
+{
+    const auto points = std::size_t(data.npoints);
+    std::vector<double> sums(points, 0.0);
+    std::vector<int> counts(points, 0);
+    for (int band = 0; band < data.channels - 1; ++band) {
+        if (std::size_t(band) < part.channelsOff.size() && part.channelsOff[std::size_t(band)])
+            continue;
+        const float *const samples = data.samples[part.module][band][part.ray];
+        for (std::size_t i = 0; i < points; ++i) {
+            const bool isNumber = std::isfinite(samples[i]);
+            sums[i] += isNumber ? double(samples[i]) : 0;
+            counts[i] += isNumber ? 1 : 0;
+        }
+    }
+    std::vector<float> means(points);
+    for (std::size_t i = 0; i < points; ++i)
+        means[i] = counts[i] > 0 ? float(sums[i] / counts[i]) : 0;
+    return means;
+}
+
 bool isWithin(const ObservationData &data, const WaterfallPart &part)
 {
     return data.samples && part.module >= 0 && part.module < data.modules && part.ray >= 0 &&
@@ -85,6 +107,9 @@ std::vector<float> waterfall(const ObservationData &data, const WaterfallPart &p
     if (!isWithin(data, part) || (isShifted && !areFrequencies(data.fbands, bands)))
         return {};
     std::vector<float> picture(std::size_t(bands) * std::size_t(part.columns));
+    const std::vector<float> common =
+        part.isZeroDm ? meanOfBands(data, part) : std::vector<float>();
+    std::vector<float> commonRow(common.empty() ? 0 : std::size_t(part.columns));
     std::optional<BandDelays> delays;
     if (isShifted)
         delays.emplace(data, bands, part.dispersion, ShiftRounding::WholeRecording);
@@ -93,9 +118,14 @@ std::vector<float> waterfall(const ObservationData &data, const WaterfallPart &p
             return {};
         const int shift = delays ? delays->shift(band) : 0;
         const qint64 begin = (qint64(part.first) + shift) % data.npoints;
-        averageRow(data.samples[part.module][band][part.ray], data.npoints,
-                   int(begin < 0 ? begin + data.npoints : begin), part,
-                   picture.data() + qint64(band) * part.columns);
+        const int start = int(begin < 0 ? begin + data.npoints : begin);
+        float *const row = picture.data() + qint64(band) * part.columns;
+        averageRow(data.samples[part.module][band][part.ray], data.npoints, start, part, row);
+        if (common.empty())
+            continue;
+        averageRow(common.data(), data.npoints, start, part, commonRow.data());
+        for (int i = 0; i < part.columns; ++i)
+            row[i] -= commonRow[std::size_t(i)];
     }
     return picture;
 }

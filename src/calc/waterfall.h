@@ -14,6 +14,10 @@ struct WaterfallPart {
     int count = 0;         ///< points
     int columns = 0;       ///< of the picture; at most `count`
     double dispersion = 0; ///< pc/cm^3; every band is read by its delay later
+    /// Whether the mean of all bands at a time is taken from each of them, which removes what has
+    /// no dispersion (Eatough, Keane and Lyne 2009, MNRAS 395, 410).
+    bool isZeroDm = false;
+    std::vector<bool> channelsOff = {}; ///< bands that do not count in that mean
 };
 
 /// Means over time, one row per band (channels 0 to channels - 2), row r beginning at

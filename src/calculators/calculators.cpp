@@ -27,16 +27,18 @@ constexpr int secondsPerHour = 3600;
 constexpr int columnsOfPeriods = 8;
 constexpr int digitsOfPeriods = 7; // of the shortest period; fewer would not tell neighbours apart
 
-const char badDelta[] = "Bad delta! Type delta in format hh:mm:ss or hh°mm′ss″<br>";
+const char badDelta[] = "Bad delta! Type delta in format hh:mm:ss or hh°mm′ss″";
 
 QString title(const QString &name)
 {
     return QString("<p class='blue'><b>Calculator: %1</b></p><p>&nbsp;</p>").arg(name);
 }
 
-QString redError(const QString &text)
+// A problem that leaves a part of the results.
+void addError(const QString &text, Answer &answer)
 {
-    return "<p><span class='red'>Error:</span> " + text;
+    answer.report += "<p><span class='red'>Error:</span> " + text.toHtmlEscaped();
+    answer.problems << text;
 }
 
 // Collects what is wrong with the inputs of one calculator.
@@ -49,7 +51,7 @@ public:
         if (isGood)
             return;
         failing << field;
-        lines += line;
+        lines << line;
     }
     void requireRead(const QMap<QString, QString> &unread)
     {
@@ -59,13 +61,16 @@ public:
     bool areGood() const { return failing.isEmpty(); }
     Answer refusal() const
     {
-        return {title(name) + "<p><b>Error:</b><br>" + lines, failing, {}, {}};
+        QString report = title(name) + "<p><b>Error:</b><br>";
+        for (const QString &line : lines)
+            report += line.toHtmlEscaped() + "<br>";
+        return {report, lines, failing, {}, {}};
     }
 
 private:
     const QString name;
     QStringList failing;
-    QString lines;
+    QStringList lines;
 };
 
 // NaN when the text is no number.
@@ -92,20 +97,19 @@ QTime timeOf(const QString &text)
 void checkDelta(Checks &checks, const QString &delta, const QString &field)
 {
     if (delta.isEmpty())
-        checks.require(false, field, "No delta! Type delta in format hh:mm:ss or hh°mm′ss″<br>");
+        checks.require(false, field, "No delta! Type delta in format hh:mm:ss or hh°mm′ss″");
     else
         checks.require(isWhole(delta.left(8), "\\d{2}.\\d{2}.\\d{2}"), field, badDelta);
 }
 
 void checkDate(Checks &checks, const QString &date, const QString &field)
 {
-    checks.require(dateOf(date).isValid(), field,
-                   "Bad date! Type date in the format dd.mm.yyyy<br>");
+    checks.require(dateOf(date).isValid(), field, "Bad date! Type date in the format dd.mm.yyyy");
 }
 
 void checkTres(Checks &checks, const QString &tres)
 {
-    checks.require(numberOf(tres) >= leastTres, "tres", "Bad tres!<br>");
+    checks.require(numberOf(tres) >= leastTres, "tres", "Bad tres!");
 }
 
 // Warns when hours, minutes or seconds are two digits but too large.
@@ -164,9 +168,9 @@ Answer deltaFromRay(const RayInput &input, const Tools::RayTables &tables)
 {
     const QString name = "Get delta from ray";
     Checks checks(name);
-    checks.require(!input.plosh.isEmpty(), "calcdelta_plosh", "Select plosh in form!<br>");
-    checks.require(input.module >= 1, "calcdelta_module", "Select module in form!<br>");
-    checks.require(input.ray >= 1, "calcdelta_ray", "Select ray in form!<br>");
+    checks.require(!input.plosh.isEmpty(), "calcdelta_plosh", "Select plosh in form!");
+    checks.require(input.module >= 1, "calcdelta_module", "Select module in form!");
+    checks.require(input.ray >= 1, "calcdelta_ray", "Select ray in form!");
     checks.requireRead(input.unread);
     if (!checks.areGood())
         return checks.refusal();
@@ -193,9 +197,9 @@ Answer deltaFromRay(const RayInput &input, const Tools::RayTables &tables)
                                  "delta = <span class='blue'>%2</span>")
                              .arg(text, exactText(delta));
     else
-        answer.report += redError("no delta for these module and beam!");
+        addError("no delta for these module and beam!", answer);
     if (!tables.problem.isEmpty())
-        answer.report += redError(tables.problem.toHtmlEscaped());
+        addError(tables.problem, answer);
     return answer;
 }
 
@@ -204,10 +208,10 @@ Answer catalogToZrt(const CatalogInput &input)
     const QString name = "From catalog to ZRT";
     Checks checks(name);
     if (input.alfa.isEmpty())
-        checks.require(false, "cat2zrt_alfa", "No alfa! Type alfa in format hh:mm:ss<br>");
+        checks.require(false, "cat2zrt_alfa", "No alfa! Type alfa in format hh:mm:ss");
     else
         checks.require(isWhole(input.alfa, "\\d{2}:\\d{2}:\\d{2}"), "cat2zrt_alfa",
-                       "Bad alfa! Type alfa in format hh:mm:ss<br>");
+                       "Bad alfa! Type alfa in format hh:mm:ss");
     checkDelta(checks, input.delta, "cat2zrt_delta");
     checkDate(checks, input.date, "cat2zrt_date");
     checkTres(checks, input.tres);
@@ -233,7 +237,7 @@ Answer catalogToZrt(const CatalogInput &input)
         for (const char *field :
              {"cat2zrt_time", "cat2zrt_sec", "cat2zrt_fileName", "cat2zrt_culmPoint"})
             answer.outputs.insert(field, {});
-        answer.report += redError("no source of this delta crosses the beam plane!");
+        addError("no source of this delta crosses the beam plane!", answer);
         return answer;
     }
     const int seconds = found.time.mid(3, 2).toInt() * 60 + found.time.right(2).toInt();
@@ -266,10 +270,9 @@ Answer zrtToCatalog(const ZrtInput &input)
         checks.require(std::isfinite(delta.seconds), "zrt2cat_deltaZrt", badDelta);
     checkDate(checks, input.date, "zrt2cat_date");
     checks.require(timeOf(input.time).isValid() && std::isfinite(time.seconds), "zrt2cat_time",
-                   "Bad time: " + input.time.toHtmlEscaped() +
-                       " Type time in the format hh:mm:ss<br>");
+                   "Bad time: " + input.time + " Type time in the format hh:mm:ss");
     checks.require(point >= 0 && point <= std::numeric_limits<int>::max(), "zrt2cat_culmPoint",
-                   "Bad point! Type a whole number, 0 or more<br>");
+                   "Bad point! Type a whole number, 0 or more");
     checkTres(checks, input.tres);
     if (!checks.areGood())
         return checks.refusal();
@@ -305,10 +308,15 @@ Answer zrtToCatalog(const ZrtInput &input)
                             "delta 2000: %3<br>Pulsar name: %4")
                         .arg(alfa, estimate, delta2000, pulsar);
     if (!Tools::isNumber(found))
-        answer.report += redError("the declination is outside the range of the conversion, "
-                                  "0 to about 62 degrees!");
+        addError("the declination is outside the range of the conversion, 0 to about 62 degrees!",
+                 answer);
     else
         answer.report += carriedNote("delta", input.delta, 90);
+    if (point > 0 && pointOfTime(input.time, input.tres) == QString::number(point))
+        answer.report +=
+            "<p><span class='red'>alfa Kest takes the time as that of point 0 and adds "
+            "the point: here the time is that of the point already, which counts "
+            "twice!</span>";
     return answer;
 }
 
@@ -397,21 +405,20 @@ Answer ffaInfo(const FfaInput &input, bool withPeriods)
                                   numberOf(input.tres), numberOf(input.periodMin),
                                   numberOf(input.periodMax)};
     Checks checks(name);
-    checks.require(size && *size >= 0, "ffa_poins", "Bad points! Type a whole number<br>");
-    checks.require(!std::isnan(search.tres), "ffa_tres", "Bad tres!<br>");
+    checks.require(size && *size >= 0, "ffa_poins", "Bad points! Type a whole number");
+    checks.require(!std::isnan(search.tres), "ffa_tres", "Bad tres!");
     // The field is empty when it follows a tres that is no number.
     const bool isFollower = input.periodMin.isEmpty() && std::isnan(search.tres);
     checks.require(isFollower || !std::isnan(search.periodMin), "ffa_period_min",
-                   "Bad period min! Type a number of seconds<br>");
+                   "Bad period min! Type a number of seconds");
     checks.require(!std::isnan(search.periodMax), "ffa_period_max",
-                   "Bad period max! Type a number of seconds<br>");
+                   "Bad period max! Type a number of seconds");
     checks.requireRead(input.unread);
     if (checks.areGood()) {
         const Ffa::Refusal refusal =
             Ffa::findRefusal(search.size, search.tres, search.periodMin, search.periodMax,
                              input.binsMin, input.binsMax);
-        checks.require(refusal.text.isEmpty(), fieldOf(refusal.parameter),
-                       refusal.text.toHtmlEscaped() + "<br>");
+        checks.require(refusal.text.isEmpty(), fieldOf(refusal.parameter), refusal.text);
     }
     if (!checks.areGood())
         return checks.refusal();

@@ -14,8 +14,9 @@ namespace Calculator {
 
 /// What a calculator gives.
 struct Answer {
-    QString report;      ///< HTML; its classes are 'blue', 'green' and 'red'
-    QStringList failing; ///< inputs that were refused; with any of them nothing was computed
+    QString report;       ///< HTML; its classes are 'blue', 'green' and 'red'
+    QStringList problems; ///< what is wrong, as plain text, one sentence each
+    QStringList failing;  ///< inputs that were refused; with any of them nothing was computed
     QMap<QString, QString> outputs; ///< texts by field; an empty one where there is no result
     QString command; ///< call of the batch program that gives the same; empty: there is none
 };

@@ -121,7 +121,8 @@ double modifiedJulianDay(const QDateTime &moment)
 {
     if (!moment.isValid())
         return std::numeric_limits<double>::quiet_NaN();
-    return double(mjdOfUnixEpoch) + double(moment.toMSecsSinceEpoch()) / millisecondsPerDay;
+    const JulianDate utc = utcOf(moment);
+    return utc.whole - ERFA_DJM0 + utc.part;
 }
 
 } // namespace Tools

@@ -3,6 +3,7 @@
 #include "base/bytetext.h"
 #include "base/debugline.h"
 #include "data/recordingtime.h"
+#include "data/samplingstep.h"
 
 #include <QFileInfo>
 #include <QIODevice>
@@ -165,6 +166,22 @@ void readBegin(const Passport &passport, ObservationData &data)
     advanceBegin(data);
 }
 
+// A passport without a step, or with one of 0, can be read all the same: its times are unknown.
+void readStep(const QMap<QString, QString> &entries, RecordingHeader &header)
+{
+    const QString text = entries.value("tresolution").trimmed();
+    if (text.isEmpty())
+        return;
+    bool isNumber = false;
+    const double step = text.toDouble(&isNumber) / 1000.0;
+    if (isNumber && (step == 0 || isStep(step)))
+        header.data.tresolution = step;
+    else if (header.problem.isEmpty())
+        header.problem = QString("\"tresolution\" is \"%1\", which is no usable step of time "
+                                 "(allowed: %2, or 0 where it is unknown)")
+                             .arg(text.left(40), stepRangeText("ms", 1000));
+}
+
 } // namespace
 
 Passport parsePassport(const QByteArray &bytes)
@@ -243,12 +260,11 @@ RecordingHeader recordingHeader(const Passport &passport, const QString &path)
             numbers.refuse(key, QString::number(count));
     }
     header.problem = numbers.problem();
+    readStep(entries, header);
     if (!header.problem.isEmpty())
         data.npoints = 0;
 
     data.dispersion = entries.value("dispersion").trimmed().toInt();
-    const double step = entries.value("tresolution").trimmed().toDouble() / 1000.0;
-    data.tresolution = std::isfinite(step) ? step : 0;
     for (const QString &frequency : items(entries.value("fbands")))
         data.fbands.push_back(frequency.toDouble());
 

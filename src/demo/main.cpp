@@ -1,6 +1,8 @@
 #include "app/mainwindow.h"
+#include "app/shell/applicationstyles.h"
 #include "app/shell/settings.h"
 #include "base/wholefile.h"
+#include "demo/pictures.h"
 #include "forms/ffa/ffaform.h"
 #include "forms/pulsar/pulsarform.h"
 
@@ -21,7 +23,7 @@
 
 // Pictures of the workbench for a machine without a display: opens the pulsar form on a
 // recording, runs each action that is built, and saves the window after each; then searches the
-// recording in the FFA form.
+// recording in the FFA form; then goes through the tutorial.
 
 namespace {
 
@@ -31,40 +33,6 @@ QTextStream &errors()
 {
     static QTextStream stream(stderr);
     return stream;
-}
-
-// Closes every message box, which nobody could see or answer here, and tells its text instead.
-class BoxWatcher : public QObject {
-public:
-    bool hasSeenBox() const { return seen; }
-
-    bool eventFilter(QObject *watched, QEvent *event) override
-    {
-        auto *const box = qobject_cast<QMessageBox *>(watched);
-        if (box && event->type() == QEvent::Show) {
-            seen = true;
-            errors() << (box->text() + " " + box->informativeText()).simplified() << "\n";
-            QMetaObject::invokeMethod(box, &QDialog::reject, Qt::QueuedConnection);
-        }
-        return false;
-    }
-
-private:
-    bool seen = false;
-};
-
-bool savePicture(QWidget &window, const QString &path)
-{
-    QApplication::processEvents();
-    QBuffer picture;
-    picture.open(QIODevice::WriteOnly);
-    window.grab().save(&picture, "PNG");
-    const WriteFailure failure = writeWhole(path, picture.data());
-    if (failure)
-        errors() << failure.text() << "\n";
-    else
-        QTextStream(stdout) << path << "\n";
-    return !failure;
 }
 
 // False when a form refused something or a picture cannot be written.
@@ -95,12 +63,42 @@ bool pictureSearch(MainWindow &window, const FfaForm &form, const QDir &folder,
     form.findChild<QSpinBox *>("ray")->setValue(7);
     form.findChild<QLineEdit *>("dispersion")->setText("26.2");
     form.findChild<QPushButton *>("pushButton")->click();
-    while (Settings::instance()->progressBar()->isVisible())
-        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    waitForWork();
     return !boxes.hasSeenBox() && savePicture(window, folder.filePath("ffa-search.png"));
 }
 
 } // namespace
+
+bool BoxWatcher::eventFilter(QObject *watched, QEvent *event)
+{
+    auto *const box = qobject_cast<QMessageBox *>(watched);
+    if (box && event->type() == QEvent::Show) {
+        seen = true;
+        errors() << (box->text() + " " + box->informativeText()).simplified() << "\n";
+        QMetaObject::invokeMethod(box, &QDialog::reject, Qt::QueuedConnection);
+    }
+    return false;
+}
+
+void waitForWork()
+{
+    while (Settings::instance()->progressBar()->isVisible())
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+bool savePicture(QWidget &window, const QString &path)
+{
+    QApplication::processEvents();
+    QBuffer picture;
+    picture.open(QIODevice::WriteOnly);
+    window.grab().save(&picture, "PNG");
+    const WriteFailure failure = writeWhole(path, picture.data());
+    if (failure)
+        errors() << failure.text() << "\n";
+    else
+        QTextStream(stdout) << path << "\n";
+    return !failure;
+}
 
 int main(int argc, char **argv)
 {
@@ -129,9 +127,7 @@ int main(int argc, char **argv)
         return 73;
     }
 
-    QFile styles(":/styles/styles.qss");
-    if (styles.open(QIODevice::ReadOnly))
-        application.setStyleSheet(QString::fromUtf8(styles.readAll()));
+    applyApplicationStyles();
     BoxWatcher boxes;
     application.installEventFilter(&boxes);
     MainWindow window;
@@ -144,6 +140,7 @@ int main(int argc, char **argv)
         auto *const search = new FfaForm(arguments[1], &window);
         isWhole = !boxes.hasSeenBox() && pictureSearch(window, *search, folder, boxes);
     }
+    isWhole = isWhole && pictureTutorial(window, arguments[1], folder, boxes);
     if (boxes.hasSeenBox())
         return 65;
     return isWhole ? 0 : 74;

@@ -1,6 +1,7 @@
 #include "fields/fieldstyles.h"
 
 #include <QLabel>
+#include <QStyle>
 #include <QToolTip>
 #include <QVariant>
 #include <QWidget>
@@ -13,13 +14,20 @@ void setStyle(QWidget *field, const QString &style)
     field->setStyleSheet(style);
 }
 
+void setProblem(QWidget *label, bool isProblem)
+{
+    label->setProperty("isProblem", isProblem);
+    label->style()->unpolish(label); // looks at the property again
+    label->style()->polish(label);
+}
+
 QString nameOf(const QWidget *field)
 {
     for (const QLabel *label : field->window()->findChildren<QLabel *>()) {
         if (label->buddy() == field)
             return label->text().remove('&');
     }
-    return field->objectName();
+    return field->accessibleName().isEmpty() ? field->objectName() : field->accessibleName();
 }
 
 void markRefused(QWidget *field, const QString &message)

@@ -17,7 +17,11 @@ inline constexpr char plain[] = "background-color: #ffffff;";
 /// the colours of the desktop are.
 void setStyle(QWidget *field, const QString &style);
 
-/// What the window calls a field: the text of the label it is the buddy of, or its object name.
+/// Writes the text of a label in the colour of problems, or in its own again.
+void setProblem(QWidget *label, bool isProblem);
+
+/// What the window calls a field: the text of the label it is the buddy of, its accessible name, or
+/// else its object name.
 QString nameOf(const QWidget *field);
 
 /// Marks a field as failing and shows the message below it.

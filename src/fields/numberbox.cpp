@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QScopedValueRollback>
 #include <QTimer>
+#include <QToolTip>
 
 namespace Fields {
 
@@ -97,6 +98,7 @@ private:
     {
         isMarked = false;
         FieldStyles::setStyle(box, {});
+        QToolTip::hideText();
     }
 
     QAbstractSpinBox *const box;

@@ -3,9 +3,13 @@
 #include "app/shell/settings.h"
 #include "forms/native/nativegrafik.h"
 
-void openRecording(const QString &path)
+void openRecording(const QString &path, int point)
 {
     QWidget *const window = Settings::instance()->ui().centralwidget->window();
-    const auto open = [path, window] { new NativeGrafik(path, 0, window); };
+    const auto open = [path, point, window] {
+        auto *const form = new NativeGrafik(path, 0, window);
+        if (point > 0)
+            form->lookAt(point);
+    };
     QMetaObject::invokeMethod(window, open, Qt::QueuedConnection);
 }

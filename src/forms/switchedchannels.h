@@ -1,7 +1,5 @@
 #pragma once
 
-#include "data/observationdata.h"
-
 #include <QString>
 
 class QCheckBox;
@@ -12,12 +10,5 @@ class QCheckBox;
 /// Prepares the box of a form for its recording; without a channel that is off it is disabled.
 void offerSwitchedChannels(QCheckBox *box, const QString &path, int channels);
 
-/// What a form computes with.
-struct SwitchedRecording {
-    ObservationData data; ///< without samples when memory is short
-    QString note;         ///< which channels are left out; empty when none are
-};
-
-/// The recording, with zeros in the channels that are off where the box is checked.
-SwitchedRecording switchedRecording(const ObservationData &data, const QCheckBox *box,
-                                    const QString &path);
+/// Numbers of the channels to leave out, "4,21", where the box is checked; else empty.
+QString channelsToLeaveOut(const QCheckBox *box, const QString &path, int channels);

@@ -1,9 +1,12 @@
-// zrt-helppdf IN.md OUT.pdf: lays a Markdown document out on A4 pages. Pictures are found
-// relative to the document; one that is missing fails the run, so that no help without its
-// pictures is ever built.
+// zrt-helppdf IN.md OUT.pdf [PICTURES]: lays a Markdown document out on A4 pages, with contents,
+// bookmarks and links, and writes OUT.chapters beside it: the page and the name of each chapter.
+// Pictures are found relative to the document or by name in the folder PICTURES; one that is
+// missing, and a link that leads nowhere, fail the run, so that no such help is ever built.
 
 #include "base/version.h"
 #include "base/wholefile.h"
+#include "helpdocs/chapters.h"
+#include "helpdocs/documentstyle.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QBuffer>
@@ -11,237 +14,22 @@
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <QGuiApplication>
-#include <QImage>
 #include <QPageSize>
 #include <QPainter>
 #include <QPdfWriter>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
-#include <QTextFrame>
 #include <QTextStream>
-#include <QTextTable>
 #include <QUrl>
-#include <algorithm>
-#include <array>
-#include <vector>
 
 namespace {
 
-constexpr int dotsPerInch = 600;
-constexpr double screenDotsPerInch = 96;   // AA_Use96Dpi, whatever screen there is
-constexpr double pictureDotsPerInch = 110; // a screenshot at its natural size on paper
-constexpr double bodyPoints = 10;
-const QColor headingColour(0x1f, 0x3a, 0x5f);
-const QColor ruleColour(0xc8, 0xcc, 0xd2);
-const QColor shade(0xf3, 0xf5, 0xf8);
+constexpr double pointsPerInch = 72;
 
 double dots(double millimetres)
 {
     return millimetres * dotsPerInch / 25.4;
-}
-
-// QTextDocument takes lengths in pixels of the screen and scales them to the device itself.
-double screenPixels(double points)
-{
-    return points * screenDotsPerInch / 72;
-}
-
-QFont bodyFont()
-{
-    QFont font;
-    font.setFamilies({"Liberation Sans", "DejaVu Sans"});
-    font.setPointSizeF(bodyPoints);
-    return font;
-}
-
-QStringList codeFamilies()
-{
-    return {"Liberation Mono", "DejaVu Sans Mono"};
-}
-
-template <typename Function>
-void forEachBlock(QTextDocument &document, Function function)
-{
-    for (QTextBlock block = document.begin(); block.isValid(); block = block.next())
-        function(block, QTextCursor(block));
-}
-
-template <typename Function>
-void forEachFragment(QTextDocument &document, Function function)
-{
-    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
-        std::vector<QTextFragment> fragments;
-        for (auto it = block.begin(); !it.atEnd(); ++it)
-            fragments.push_back(it.fragment());
-        for (const QTextFragment &fragment : fragments) {
-            QTextCursor cursor(&document);
-            cursor.setPosition(fragment.position());
-            cursor.setPosition(fragment.position() + fragment.length(), QTextCursor::KeepAnchor);
-            function(fragment, cursor);
-        }
-    }
-}
-
-bool isCode(const QTextBlock &block)
-{
-    return block.blockFormat().hasProperty(QTextFormat::BlockCodeFence) ||
-           block.blockFormat().hasProperty(QTextFormat::BlockCodeLanguage);
-}
-
-bool holdsPicture(const QTextBlock &block)
-{
-    return block.text() == QString(QChar::ObjectReplacementCharacter);
-}
-
-void styleHeading(QTextCursor cursor, int level)
-{
-    constexpr std::array<double, 3> points = {20, 14, 11.5};
-    constexpr std::array<double, 3> above = {0, 16, 11};
-    constexpr std::array<double, 3> below = {10, 5, 3};
-    const std::size_t index = std::size_t(std::clamp(level, 1, 3) - 1);
-
-    QTextBlockFormat block;
-    block.setTopMargin(screenPixels(above[index]));
-    block.setBottomMargin(screenPixels(below[index]));
-    cursor.mergeBlockFormat(block);
-    QTextCharFormat text;
-    text.setFont(bodyFont());
-    text.setFontPointSize(points[index]);
-    text.setFontWeight(QFont::Bold);
-    text.setForeground(headingColour);
-    cursor.setPosition(cursor.block().position() + cursor.block().length() - 1,
-                       QTextCursor::KeepAnchor);
-    cursor.setCharFormat(text);
-}
-
-void styleBlock(const QTextBlock &block, QTextCursor cursor)
-{
-    if (const int level = block.blockFormat().headingLevel(); level > 0) {
-        styleHeading(cursor, level);
-        return;
-    }
-    QTextBlockFormat format;
-    if (!isCode(block) && !holdsPicture(block))
-        format.setLineHeight(118, QTextBlockFormat::ProportionalHeight);
-    if (cursor.currentTable()) {
-        format.setTopMargin(0);
-        format.setBottomMargin(0);
-    } else if (isCode(block)) {
-        format.setBackground(shade);
-        format.setTopMargin(isCode(block.previous()) ? 0 : screenPixels(4));
-        format.setBottomMargin(isCode(block.next()) ? 0 : screenPixels(8));
-    } else if (block.textList()) {
-        format.setTopMargin(0);
-        format.setBottomMargin(screenPixels(block.next().textList() ? 2.5 : 6));
-    } else {
-        format.setTopMargin(0);
-        format.setBottomMargin(screenPixels(6));
-    }
-    cursor.mergeBlockFormat(format);
-}
-
-void styleFragment(const QTextFragment &fragment, QTextCursor cursor)
-{
-    // The importer sets code in the system's fixed font, which need not be one at all where
-    // there is no desktop.
-    if (fragment.charFormat().fontFamily() !=
-        QFontDatabase::systemFont(QFontDatabase::FixedFont).family())
-        return;
-    QTextCharFormat format;
-    format.setFontFamily(codeFamilies().constFirst());
-    format.setFontFamilies(codeFamilies());
-    format.setFontPointSize(bodyPoints * 0.92);
-    cursor.mergeCharFormat(format);
-}
-
-void styleTable(QTextTable &table)
-{
-    QTextTableFormat format = table.format();
-    format.setBorder(1);
-    format.setBorderBrush(ruleColour);
-    format.setBorderStyle(QTextFrameFormat::BorderStyle_Solid);
-    format.setBorderCollapse(true);
-    format.setCellSpacing(0);
-    format.setCellPadding(screenPixels(3.5));
-    // The head is repeated on a new page. Of a table that ends with the page the layout would
-    // repeat it above what follows, so short ones go without.
-    constexpr int shortTable = 10; // rows
-    format.setHeaderRowCount(table.rows() < shortTable ? 0 : 1);
-    format.setTopMargin(screenPixels(3));
-    format.setBottomMargin(screenPixels(9));
-    format.setAlignment(Qt::AlignLeft);
-    table.setFormat(format);
-    for (int column = 0; column < table.columns(); ++column) {
-        QTextTableCell cell = table.cellAt(0, column);
-        QTextCharFormat header = cell.format();
-        header.setBackground(shade);
-        cell.setFormat(header);
-        QTextCursor cursor = cell.firstCursorPosition();
-        // After a fenced block the importer begins the first cell with an empty line.
-        if (cursor.block().text().isEmpty() && cell.lastCursorPosition() != cursor)
-            cursor.deleteChar();
-        cursor.setPosition(cell.lastCursorPosition().position(), QTextCursor::KeepAnchor);
-        QTextCharFormat bold;
-        bold.setFontWeight(QFont::Bold);
-        cursor.mergeCharFormat(bold);
-    }
-}
-
-// Gives every picture its size on the page. Returns the name of the first that cannot be
-// read.
-QString sizePictures(QTextDocument &document, double pageWidth)
-{
-    QString missing;
-    forEachFragment(document, [&](const QTextFragment &fragment, QTextCursor cursor) {
-        if (!fragment.charFormat().isImageFormat())
-            return;
-        QTextImageFormat format = fragment.charFormat().toImageFormat();
-        const QUrl url = document.baseUrl().resolved(QUrl(format.name()));
-        const QImage image(url.toLocalFile());
-        if (image.isNull()) {
-            if (missing.isEmpty())
-                missing = format.name();
-            return;
-        }
-        const double natural = image.width() * dotsPerInch / pictureDotsPerInch;
-        const double width = std::min(natural, pageWidth);
-        const double toScreen = screenDotsPerInch / dotsPerInch;
-        format.setWidth(width * toScreen);
-        format.setHeight(width * image.height() / image.width() * toScreen);
-        cursor.setCharFormat(format);
-    });
-    return missing;
-}
-
-// The importer ends every fenced block with an empty line of its own.
-void removeEmptyCodeLines(QTextDocument &document)
-{
-    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
-        if (!isCode(block) || !block.text().isEmpty() || isCode(block.next()))
-            continue;
-        const QTextBlock before = block.previous();
-        QTextCursor cursor(block);
-        cursor.deletePreviousChar();
-        block = before;
-    }
-}
-
-// A heading, and a picture with its caption, stay on the page of what follows.
-void keepWithNext(QTextDocument &document, double pageHeight)
-{
-    const auto pageOf = [&](const QTextBlock &block) {
-        return int(document.documentLayout()->blockBoundingRect(block).top() / pageHeight);
-    };
-    for (QTextBlock block = document.begin(); block.next().isValid(); block = block.next()) {
-        if (block.blockFormat().headingLevel() == 0 && !holdsPicture(block))
-            continue;
-        if (pageOf(block) == pageOf(block.next()))
-            continue;
-        QTextBlockFormat format;
-        format.setPageBreakPolicy(QTextFormat::PageBreak_AlwaysBefore);
-        QTextCursor(block).mergeBlockFormat(format);
-    }
 }
 
 QString titleOf(const QTextDocument &document)
@@ -262,8 +50,79 @@ void paintFooter(QPainter &painter, const QRectF &area, const QString &title, in
                      QString("%1 / %2").arg(page).arg(pages));
 }
 
+// The text of a page, and below it the number of the page.
+struct PageAreas {
+    QRectF body;
+    QRectF footer;
+};
+
+PageAreas setUpPages(QPdfWriter &writer)
+{
+    writer.setResolution(dotsPerInch);
+    writer.setPageSize(QPageSize(QPageSize::A4));
+    writer.setPageMargins(QMarginsF(22, 18, 22, 16), QPageLayout::Millimeter);
+    const QRectF page(0, 0, writer.width(), writer.height());
+    return {page.adjusted(0, 0, 0, -dots(12)), {0, page.height() - dots(6), page.width(), dots(6)}};
+}
+
+// Links to places of the document are added afterwards; the writer would take them for addresses
+// of the web.
+void dropInnerAddresses(QTextDocument &document)
+{
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+        for (auto it = block.begin(); !it.atEnd();) {
+            const QTextFragment part = it.fragment();
+            ++it;
+            if (!part.charFormat().anchorHref().startsWith('#'))
+                continue;
+            QTextCharFormat format = part.charFormat();
+            format.setAnchor(false);
+            format.clearProperty(QTextFormat::AnchorHref);
+            format.setFontUnderline(false);
+            QTextCursor cursor(&document);
+            cursor.setPosition(part.position());
+            cursor.setPosition(part.position() + part.length(), QTextCursor::KeepAnchor);
+            cursor.setCharFormat(format);
+            it = block.begin();
+        }
+    }
+}
+
+void paint(const QTextDocument &document, QPdfWriter &writer, const PageAreas &areas)
+{
+    QPainter painter(&writer);
+    const int pages = document.pageCount();
+    for (int i = 0; i < pages; ++i) {
+        if (i > 0)
+            writer.newPage();
+        painter.save();
+        painter.translate(0, -i * areas.body.height());
+        QAbstractTextDocumentLayout::PaintContext context;
+        context.clip = areas.body.translated(0, i * areas.body.height());
+        context.palette.setColor(QPalette::Text, Qt::black);
+        painter.setClipRect(context.clip);
+        document.documentLayout()->draw(&painter, context);
+        painter.restore();
+        paintFooter(painter, areas.footer, titleOf(document), i + 1, pages);
+    }
+}
+
+// Lays the text out. Returns what went wrong.
+QString layOut(QTextDocument &document, const QString &from, const QString &pictures,
+               const QSizeF &page)
+{
+    document.setPageSize(page);
+    if (const QString missing = sizePictures(document, pictures, page.width()); !missing.isEmpty())
+        return QString("%1: the picture \"%2\" cannot be read").arg(from, missing);
+    insertContents(document, page.width());
+    styleDocument(document, page.width());
+    makePages(document, page.height());
+    numberContents(document, page.height());
+    return {};
+}
+
 // Returns what went wrong; empty when the PDF stands.
-QString convert(const QString &from, const QString &to)
+QString convert(const QString &from, const QString &to, const QString &pictures)
 {
     QFile source(from);
     if (!source.open(QIODevice::ReadOnly))
@@ -275,12 +134,7 @@ QString convert(const QString &from, const QString &to)
     QBuffer pdf;
     pdf.open(QIODevice::WriteOnly);
     QPdfWriter writer(&pdf);
-    writer.setResolution(dotsPerInch);
-    writer.setPageSize(QPageSize(QPageSize::A4));
-    writer.setPageMargins(QMarginsF(22, 18, 22, 16), QPageLayout::Millimeter);
-    const QRectF page(0, 0, writer.width(), writer.height());
-    const QRectF body = page.adjusted(0, 0, 0, -dots(12));
-    const QRectF footer(0, page.height() - dots(6), page.width(), dots(6));
+    const PageAreas areas = setUpPages(writer);
 
     QTextDocument document;
     document.documentLayout()->setPaintDevice(&writer);
@@ -288,36 +142,36 @@ QString convert(const QString &from, const QString &to)
     document.setDocumentMargin(0);
     document.setIndentWidth(screenPixels(16));
     document.setBaseUrl(QUrl::fromLocalFile(QFileInfo(from).absoluteFilePath()));
-    document.setMarkdown(QString::fromUtf8(source.readAll()).replace("@VERSION@", Version::number));
-    document.setPageSize(body.size());
+    document.setMarkdown(QString::fromUtf8(source.readAll())
+                             .replace("@VERSION@", Version::number)
+                             .replace("@DATE@", Version::date));
+    if (const QString problem = layOut(document, from, pictures, areas.body.size());
+        !problem.isEmpty())
+        return problem;
 
-    if (const QString missing = sizePictures(document, body.width()); !missing.isEmpty())
-        return QString("%1: the picture \"%2\" cannot be read").arg(from, missing);
-    removeEmptyCodeLines(document);
-    for (QTextFrame *frame : document.rootFrame()->childFrames()) {
-        if (QTextTable *table = qobject_cast<QTextTable *>(frame))
-            styleTable(*table);
-    }
-    forEachFragment(document, styleFragment);
-    forEachBlock(document, styleBlock);
-    keepWithNext(document, body.height());
+    PageMeasures measures;
+    measures.bodyHeight = areas.body.height();
+    measures.left = writer.pageLayout().marginsPixels(dotsPerInch).left();
+    measures.top = writer.pageLayout().marginsPixels(dotsPerInch).top();
+    measures.dotsPerPoint = dotsPerInch / pointsPerInch;
+    const std::vector<PdfBookmark> bookmarks = bookmarksOf(document, measures);
+    QString broken;
+    const std::vector<PdfLink> links = linksOf(document, measures, broken);
+    if (!broken.isEmpty())
+        return QString("%1: no heading for the link \"%2\"").arg(from, broken);
+    dropInnerAddresses(document);
 
     writer.setTitle(titleOf(document));
     writer.setCreator("ZRT-Analytics-2");
-    QPainter painter(&writer);
-    const int pages = document.pageCount();
-    for (int i = 0; i < pages; ++i) {
-        if (i > 0)
-            writer.newPage();
-        painter.save();
-        painter.translate(0, -i * body.height());
-        document.drawContents(&painter, body.translated(0, i * body.height()));
-        painter.restore();
-        paintFooter(painter, footer, titleOf(document), i + 1, pages);
-    }
-    painter.end();
-
-    return writeWhole(to, pdf.data()).text();
+    paint(document, writer, areas);
+    const QByteArray whole = withIndex(pdf.data(), bookmarks, links);
+    if (whole.isEmpty())
+        return "the PDF of this version of Qt takes no bookmarks";
+    const QFileInfo out(to);
+    const QString pages = out.path() + "/" + out.completeBaseName() + ".chapters";
+    if (const WriteFailure failure = writeWhole(pages, chapterPages(bookmarks)))
+        return failure.text();
+    return writeWhole(to, whole).text();
 }
 
 } // namespace
@@ -328,11 +182,12 @@ int main(int argc, char **argv)
     QGuiApplication application(argc, argv);
     const QStringList arguments = QGuiApplication::arguments();
     QTextStream err(stderr);
-    if (arguments.size() != 3) {
-        err << "usage: zrt-helppdf IN.md OUT.pdf\n";
+    if (arguments.size() != 3 && arguments.size() != 4) {
+        err << "usage: zrt-helppdf IN.md OUT.pdf [PICTURES]\n";
         return 1;
     }
-    if (const QString error = convert(arguments[1], arguments[2]); !error.isEmpty()) {
+    if (const QString error = convert(arguments[1], arguments[2], arguments.value(3));
+        !error.isEmpty()) {
         err << "zrt-helppdf: " << error << '\n';
         return 1;
     }

@@ -101,6 +101,7 @@ PlotData plot(const std::vector<Series> &series, const std::shared_ptr<const Res
     setRange(data, range);
     data.numPoints = std::max(1, longest(series));
     data.x.name = x->isIndex() ? "index" : x->name;
+    data.rowNames = QStringList{data.x.name, "index"};
     if (x->isIndex())
         return data;
     data.textX1 = [x](int index) {
@@ -143,6 +144,7 @@ PlotData histogramPlot(const std::vector<Series> &series, const Stretch &stretch
     data.yPrecision = 0;
     data.yName = "number of values";
     data.x.name = "value";
+    data.rowNames = QStringList{"value"};
     data.x.step = (range.max - range.min) / bins;
     data.x.first = range.min + data.x.step / 2;
     data.textX1 = [axis = data.x](int index) {

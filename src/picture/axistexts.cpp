@@ -100,6 +100,20 @@ AxisTitles axisTitles(const PulsarAxis &axis)
     }
 }
 
+QStringList rowNames(const PulsarAxis &axis)
+{
+    switch (axis.kind) {
+    case PulsarAxis::Kind::Frequency:
+        return {"frequency", "period"};
+    case PulsarAxis::Kind::Dispersion:
+        return {"dispersion"};
+    case PulsarAxis::Kind::Phase:
+        return {"phase", "time"};
+    default:
+        return {"point", "UTC"};
+    }
+}
+
 AxisTexts axisTexts(const PulsarAxis &axis, int count, const ObservationData &data)
 {
     switch (axis.kind) {

@@ -5,6 +5,7 @@
 #include "picture/plotdata.h"
 
 #include <QString>
+#include <QStringList>
 #include <functional>
 
 /// The axes of results as texts and as axes of a plot.
@@ -19,6 +20,9 @@ struct AxisTitles {
     QString row2;
 };
 AxisTitles axisTitles(const PulsarAxis &axis);
+
+/// Short names of the label rows, which stand beside them.
+QStringList rowNames(const PulsarAxis &axis);
 
 /// The texts of the label rows of a result, made for one point at a time: point numbers and UTC
 /// for time series, frequencies and periods for spectra, dispersions for scans, phases and

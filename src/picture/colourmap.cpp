@@ -30,10 +30,10 @@ std::uint32_t fromOklab(double lightness, double chroma, double hue)
            byteOf(-0.0041960863 * l - 0.7034186147 * m + 1.7076147010 * s);
 }
 
-std::array<std::uint32_t, colourCount> makeColours()
+ColourMap makeColours()
 {
     constexpr double degree = 3.14159265358979323846 / 180;
-    std::array<std::uint32_t, colourCount> colours = {};
+    ColourMap colours = {};
     for (int i = 0; i < colourCount; ++i) {
         const double t = double(i) / (colourCount - 1);
         colours[std::size_t(i)] = fromOklab(0.22 + 0.73 * t, 0.092, (320 - 220 * t) * degree);
@@ -41,23 +41,37 @@ std::array<std::uint32_t, colourCount> makeColours()
     return colours;
 }
 
+ColourMap makeGreys()
+{
+    ColourMap greys = {};
+    for (int i = 0; i < colourCount; ++i)
+        greys[std::size_t(i)] = fromOklab(1 - double(i) / (colourCount - 1), 0, 0);
+    return greys;
+}
+
 } // namespace
 
-const std::array<std::uint32_t, colourCount> &colourMap()
+const ColourMap &colourMap()
 {
-    static const std::array<std::uint32_t, colourCount> colours = makeColours();
+    static const ColourMap colours = makeColours();
     return colours;
 }
 
-std::uint32_t colourOfValue(float value, float low, float high)
+const ColourMap &greyMap()
+{
+    static const ColourMap greys = makeGreys();
+    return greys;
+}
+
+std::uint32_t colourOfValue(float value, float low, float high, const ColourMap &map)
 {
     if (std::isnan(value))
         return noValueColour;
     if (!(high > low))
-        return colourMap().front();
+        return map.front();
     const float place = (value - low) / (high - low) * (colourCount - 1);
     const float limited = std::clamp(place, 0.0f, float(colourCount - 1));
-    return colourMap()[std::size_t(limited + 0.5f)];
+    return map[std::size_t(limited + 0.5f)];
 }
 
 } // namespace Plot

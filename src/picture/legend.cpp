@@ -16,6 +16,7 @@ namespace {
 constexpr int rowHeight = 15;  // pixels
 constexpr int lineLength = 18; // of the piece beside a name
 constexpr int space = 6;
+constexpr int widestName = 220;
 
 std::vector<int> namedCurves(const PlotData &data)
 {
@@ -26,20 +27,82 @@ std::vector<int> namedCurves(const PlotData &data)
     return curves;
 }
 
-QSize sizeOf(const PlotData &data, const std::vector<int> &curves, const QFontMetrics &metrics)
+// Which names the list shows, and how.
+struct Layout {
+    std::vector<int> curves; // that are listed
+    int columns = 1;
+    int rows = 0;
+    int nameWidth = 0;
+    int more = 0; // curves that are not listed
+
+    QSize size() const
+    {
+        return {columns * (nameWidth + lineLength + 2 * space) + space, rows * rowHeight + space};
+    }
+};
+
+QString moreText(int curves)
 {
-    int width = 0;
-    for (const int curve : curves)
-        width = std::max(width, metrics.horizontalAdvance(data.names[curve]));
-    return {width + lineLength + 3 * space, int(curves.size()) * rowHeight + space};
+    return QString("and %1 more").arg(curves);
+}
+
+QString shortName(const PlotData &data, int curve, const QFontMetrics &metrics)
+{
+    return metrics.elidedText(data.names[curve], Qt::ElideMiddle, widestName);
+}
+
+bool fits(const QSize &size, const QRect &area)
+{
+    return size.width() <= area.width() && size.height() <= area.height() &&
+           double(size.width()) * size.height() <= legendShare * area.width() * area.height();
+}
+
+Layout layoutOf(const PlotData &data, const QRect &area, const QFontMetrics &metrics)
+{
+    constexpr int mostColumns = 6;
+    Layout layout;
+    layout.curves = namedCurves(data);
+    const int count = int(layout.curves.size());
+    for (const int curve : layout.curves)
+        layout.nameWidth =
+            std::max(layout.nameWidth, metrics.horizontalAdvance(shortName(data, curve, metrics)));
+    constexpr double mostOfHeight = 0.6;
+    for (layout.columns = 1; layout.columns <= mostColumns; ++layout.columns) {
+        layout.rows = (count + layout.columns - 1) / layout.columns;
+        if (fits(layout.size(), area) && layout.size().height() <= mostOfHeight * area.height())
+            return layout;
+    }
+    layout.columns = 1;
+    layout.nameWidth = std::max(layout.nameWidth, metrics.horizontalAdvance(moreText(count)));
+    for (layout.rows = count; layout.rows > 1 && !fits(layout.size(), area);)
+        --layout.rows;
+    if (count == 0 || !fits(layout.size(), area))
+        return {};
+    layout.more = count > layout.rows ? count - layout.rows + 1 : 0;
+    layout.curves.resize(std::size_t(count - layout.more));
+    return layout;
 }
 
 } // namespace
 
-QSize legendSize(const PlotData &data)
+QSize legendSize(const PlotData &data, const QRect &area)
 {
-    const std::vector<int> curves = namedCurves(data);
-    return curves.empty() ? QSize() : sizeOf(data, curves, QFontMetrics(labelFont()));
+    const Layout layout = layoutOf(data, area, QFontMetrics(labelFont()));
+    return layout.rows == 0 ? QSize() : layout.size();
+}
+
+std::vector<int> columnsToSpare(const PlotData &data, const View &view, const Marks &marks)
+{
+    std::vector<int> columns;
+    for (const int marker : data.markers)
+        columns.push_back(xPixel(view, marker));
+    for (const auto &cursor : marks.cursors)
+        if (cursor)
+            columns.push_back(xPixel(view, cursor->index));
+    if (marks.fundamental)
+        for (const Harmonic &harmonic : harmonicsInSight(data, view, *marks.fundamental))
+            columns.push_back(int(harmonic.x));
+    return columns;
 }
 
 QRect legendArea(const View &view)
@@ -50,12 +113,18 @@ QRect legendArea(const View &view)
 }
 
 QPoint emptiestCorner(const PlotData &data, const CurveBlocks &blocks, const View &view,
-                      const QRect &area, const QSize &size)
+                      const QRect &area, const QSize &size, const std::vector<int> &spared)
 {
     const auto &curves = markedCurves(data);
     const auto &curveBlocks = data.graphs.empty() ? blocks.multiGraphs : blocks.graphs;
+    const auto sparedBelow = [&](const QRect &rectangle) {
+        return std::count_if(spared.begin(), spared.end(), [&](int column) {
+            return column >= rectangle.left() && column <= rectangle.right();
+        });
+    };
+    // A column that is to be spared outweighs all pixels of curves.
     const auto hiddenBelow = [&](const QRect &rectangle) {
-        double hidden = 0;
+        double hidden = 1e6 * double(sparedBelow(rectangle));
         for (size_t curve = 0; curve < curves.size(); ++curve)
             if (isVisible(data, int(curve)))
                 hidden +=
@@ -67,46 +136,60 @@ QPoint emptiestCorner(const PlotData &data, const CurveBlocks &blocks, const Vie
     const int low = area.bottom() + 1 - size.height();
     QPoint best(right, area.top());
     double fewest = std::numeric_limits<double>::infinity();
-    for (const QPoint &corner :
-         {best, area.topLeft(), QPoint(right, low), QPoint(area.left(), low)}) {
+    const auto consider = [&](const QPoint &corner) {
         const double hidden = hiddenBelow(QRect(corner, size));
         if (hidden < fewest) {
             fewest = hidden;
             best = corner;
         }
-    }
+    };
+    for (const QPoint &corner :
+         {best, area.topLeft(), QPoint(right, low), QPoint(area.left(), low)})
+        consider(corner);
+    constexpr int places = 24;
+    if (sparedBelow(QRect(best, size)) > 0)
+        for (int place = places - 1; place > 0; --place)
+            for (const int y : {area.top(), low})
+                consider({area.left() + (right - area.left()) * place / places, y});
     return best;
 }
 
 std::optional<QPoint> legendPlace(const PlotData &data, const CurveBlocks &blocks,
-                                  const QSize &size, const Zoom &zoom)
+                                  const QSize &size, const Zoom &zoom, const Marks &marks)
 {
     const View view = viewOf(data, size, zoom);
     const QRect area = legendArea(view);
-    const QSize list = data.messageMode ? QSize() : legendSize(data);
-    if (list.isEmpty() || list.width() > area.width() || list.height() > area.height())
+    const QSize list = data.messageMode ? QSize() : legendSize(data, area);
+    if (list.isEmpty())
         return std::nullopt;
-    return emptiestCorner(data, blocks, view, area, list);
+    return emptiestCorner(data, blocks, view, area, list, columnsToSpare(data, view, marks));
 }
 
-void paintLegend(QPainter &painter, const PlotData &data, const QPoint &corner)
+void paintLegend(QPainter &painter, const PlotData &data, const QRect &area, const QPoint &corner)
 {
-    const std::vector<int> curves = namedCurves(data);
-    if (curves.empty())
+    const Layout layout = layoutOf(data, area, painter.fontMetrics());
+    if (layout.rows == 0)
         return;
     painter.setPen(QColor(190, 190, 190));
     painter.setBrush(QColor(255, 255, 255, 225));
-    painter.drawRect(QRect(corner, sizeOf(data, curves, painter.fontMetrics())));
+    painter.drawRect(QRect(corner, layout.size()));
     painter.setBrush(Qt::NoBrush);
-    int baseline = corner.y() + rowHeight;
-    for (const int curve : curves) {
-        const int x = corner.x() + space;
+    const int columnWidth = layout.nameWidth + lineLength + 2 * space;
+    const auto placeOf = [&](int number) {
+        return corner + QPoint(space + number / layout.rows * columnWidth,
+                               (number % layout.rows + 1) * rowHeight);
+    };
+    for (int i = 0; i < int(layout.curves.size()); ++i) {
+        const int curve = layout.curves[std::size_t(i)];
+        const QPoint place = placeOf(i);
         painter.setPen(QPen(QColor(colourOf(data, curve)), 2));
-        painter.drawLine(x, baseline - 4, x + lineLength, baseline - 4);
+        painter.drawLine(place.x(), place.y() - 4, place.x() + lineLength, place.y() - 4);
         painter.setPen(QColor("black"));
-        painter.drawText(QPoint(x + lineLength + space, baseline), data.names[curve]);
-        baseline += rowHeight;
+        painter.drawText(place + QPoint(lineLength + space, 0),
+                         shortName(data, curve, painter.fontMetrics()));
     }
+    if (layout.more > 0)
+        painter.drawText(placeOf(int(layout.curves.size())), moreText(layout.more));
 }
 
 } // namespace Plot

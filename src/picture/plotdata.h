@@ -18,6 +18,12 @@ struct PlotAxis {
     std::vector<double> values; ///< one per point where they are not equally spaced
 };
 
+/// How a marker looks besides its colour.
+struct MarkerStyle {
+    QString name;            ///< stands above its line
+    std::vector<int> dashes; ///< pixels drawn and left out in turn, from above; none: a whole line
+};
+
 /// Everything a plot shows: equally spaced curves against their point index, up to three rows
 /// of texts along the X axis, markers, the vertical range, or a message instead of all that.
 struct PlotData {
@@ -35,13 +41,17 @@ struct PlotData {
     int labelEvery1 = 1; ///< spacing of the texts, in 150 pixels; below 1 counts as 1
     int labelEvery2 = 1;
     int labelEvery3 = 1;
+    QStringList rowNames;     ///< of the rows, lowest first: "point", "UTC", "sidereal"
     std::vector<int> markers; ///< point indices with a vertical line; any marker hides the grid
+    std::vector<MarkerStyle> markerStyles; ///< one per marker; missing: a whole line, no name
 
     int numPoints = 100; ///< X positions across the plot; 0: the length of the longest curve
     double yMax = 100.0;
     double yMin = 0.0;
-    int yPrecision = 3; ///< decimals of the Y labels
-    int xOffset = 0;    ///< number, in the recording, of the point at index 0
+    bool isLogarithmic = false; ///< Y is shown by its logarithm, from yLeast on
+    double yLeast = 0;          ///< smallest value that a logarithmic Y shows; 0: yMax / 1e5
+    int yPrecision = 3;         ///< decimals of the Y labels
+    int xOffset = 0;            ///< number, in the recording, of the point at index 0
     /// The index as points of the recording, for tables: that of index 0, and from one index to
     /// the next. A step of 0: the index is no point.
     double firstPoint = 0;
@@ -68,14 +78,15 @@ struct PlotColour {
     QString name;
 };
 
-/// Colours of the curves that bring none of their own, in order and then again from the first.
+/// Colours of the curves that bring none of their own, in order and then again from the first. All
+/// stand out from white, and but for green and red any two can be told apart by those too who are
+/// blind to red, to green or to blue.
 inline const QVector<PlotColour> &plotColours()
 {
-    static const QVector<PlotColour> colours = {{"#0000FF", "blue"},   {"#009900", "green"},
-                                                {"#FF0000", "red"},    {"#FF8C00", "orange"},
-                                                {"#9400D3", "violet"}, {"#00A0B0", "turquoise"},
-                                                {"#8B4513", "brown"},  {"#FF1493", "pink"},
-                                                {"#808000", "olive"},  {"#606060", "grey"}};
+    static const QVector<PlotColour> colours = {
+        {"#0000FF", "blue"},     {"#009900", "green"}, {"#FF0000", "red"},  {"#00A8FF", "sky blue"},
+        {"#480018", "maroon"},   {"#E070C0", "pink"},  {"#787878", "grey"}, {"#901878", "purple"},
+        {"#A80000", "dark red"}, {"#300060", "indigo"}};
     return colours;
 }
 

@@ -5,6 +5,7 @@
 #include "picture/curvelines.h"
 #include "picture/legend.h"
 #include "picture/plotpainter.h"
+#include "picture/verticallines.h"
 
 #include <QBuffer>
 #include <QFileInfo>
@@ -60,6 +61,31 @@ void drawZeroLine(QPainter &painter, const View &view, const char *colour)
     painter.setPen(QColor(colour));
     drawAcross(painter, view,
                {double(marginLeft), y, std::min<double>(right, view.width - marginRight), y});
+}
+
+// Grid and markers, before the curves, so that these have no gaps.
+void drawVerticalLines(QPainter &painter, const PlotData &data, const View &view)
+{
+    const double bottom = view.height - marginBottom;
+    painter.setPen(QColor(gridColour));
+    for (const int x : gridColumns(data, view))
+        drawAcross(painter, view, {double(x), double(marginTop), double(x), bottom});
+    for (std::size_t i = 0; i < data.markers.size(); ++i) {
+        const double x = placeOf(view, {double(data.markers[i]), 0}).x();
+        if (x < marginLeft || x > view.width - marginRight)
+            continue;
+        QPen pen((QColor(markerColour)));
+        pen.setCapStyle(Qt::FlatCap);
+        painter.setPen(pen);
+        for (const Rows &end : markerEnds(view))
+            painter.drawLine(QLineF(x, end.first, x, end.last + 1));
+        if (i < data.markerStyles.size() && !data.markerStyles[i].dashes.empty()) {
+            const std::vector<int> &dashes = data.markerStyles[i].dashes;
+            pen.setDashPattern(QVector<qreal>(dashes.begin(), dashes.end()));
+            painter.setPen(pen);
+        }
+        painter.drawLine(QLineF(x, marginTop, x, bottom));
+    }
 }
 
 QString inQuotes(const QString &text)
@@ -251,7 +277,7 @@ Marks marksOf(const PictureContent &content)
     if (!content.hasLegend)
         marks.legend.reset();
     else if (!marks.legend)
-        marks.legend = legendPlace(content.data, content.blocks, content.size, content.zoom);
+        marks.legend = legendPlace(content.data, content.blocks, content.size, content.zoom, marks);
     return marks;
 }
 
@@ -287,19 +313,20 @@ void drawPlot(QPainter &painter, const PictureContent &content)
         paintLabels(painter, data, view);
         return;
     }
+    drawVerticalLines(painter, data, view);
     if (!data.multiGraphs.empty()) {
         drawCurves(painter, data, view, data.multiGraphs, content.blocks.multiGraphs);
         drawZeroLine(painter, view, "lightGray");
     }
     drawCurves(painter, data, view, data.graphs, content.blocks.graphs);
     drawZeroLine(painter, view, "black");
-    painter.setPen(QColor("green"));
-    for (const int marker : data.markers) {
-        const double x = placeOf(view, {double(marker), 0}).x();
-        drawAcross(painter, view, {x, double(marginTop), x, double(view.height - marginBottom)});
-    }
     paintLabels(painter, data, view);
     paintMarks(painter, data, view, marksOf(content));
+}
+
+PictureBytes drawingBytes(const QString &kind, const Drawing &drawing)
+{
+    return paint(kind, drawing);
 }
 
 PictureBytes pictureBytes(const QString &kind, const PictureContent &content)

@@ -54,6 +54,11 @@ struct PictureBytes {
     QString problem; ///< for the user; empty on success
 };
 
+/// What saveDrawing() would write. From any thread.
+///
+/// @param kind  "png", "svg" or "pdf"
+PictureBytes drawingBytes(const QString &kind, const Drawing &drawing);
+
 /// Writes a drawing to a file, whole or not at all. The end of the name decides what it becomes:
 /// ".svg", ".pdf" with one page of its size, or ".png" with printScale times the pixels.
 ///

@@ -76,13 +76,17 @@ int positions(const PlotData &data)
 
 double heightOfValue(const View &view, double value)
 {
-    return marginBottom + (value - view.y.min) * view.plotHeight() / (view.y.max - view.y.min);
+    const double scaled = view.isLog ? scaledY(view, value) : value;
+    return marginBottom +
+           (scaled - view.yScale.min) * view.plotHeight() / (view.yScale.max - view.yScale.min);
 }
 
 double valueAtHeight(const View &view, double height)
 {
-    const double extent = view.y.max - view.y.min;
-    const double value = (height - marginBottom) * extent / view.plotHeight() + view.y.min;
+    const double extent = view.yScale.max - view.yScale.min;
+    const double value = (height - marginBottom) * extent / view.plotHeight() + view.yScale.min;
+    if (view.isLog)
+        return unscaledY(view, value);
     // At the height of 0 rounding may leave a trace, which would be shown as "-0.000".
     constexpr double trace = 1e-12;
     return std::abs(value) < trace * std::abs(extent) ? 0 : value;
@@ -190,7 +194,9 @@ View viewOf(const PlotData &data, const QSize &size, const Zoom &zoom)
     view.allPoints = positions(data);
     view.points = view.allPoints;
     view.y = zoom.y ? *zoom.y : allOfY(data);
-    view.isZoomed = !zoom.isNone();
+    view.isLog = data.isLogarithmic;
+    view.yScale = {scaledY(view, view.y.min), scaledY(view, view.y.max)};
+    view.isZoomed = !zoom.isNone() || view.isLog;
     if (zoom.x) {
         view.first = zoom.x->min;
         view.points = zoom.x->extent();
@@ -208,7 +214,12 @@ Range allOfX(const PlotData &data)
 
 Range allOfY(const PlotData &data)
 {
-    return shownRange(data.yMin, data.yMax);
+    if (!data.isLogarithmic)
+        return shownRange(data.yMin, data.yMax);
+    constexpr double widest = 1e5;
+    const double high = data.yMax > 0 ? std::min(data.yMax, 1e300) : 1;
+    const double least = data.yLeast > 0 && data.yLeast < high ? data.yLeast : high / widest;
+    return {least, high};
 }
 
 Zoom limitedZoom(const PlotData &data, const Zoom &wanted)
@@ -245,6 +256,17 @@ int yPixel(const View &view, double value)
     return truncated(view.height - heightOfValue(view, value));
 }
 
+double scaledY(const View &view, double value)
+{
+    constexpr double tiny = 1e-300;
+    return view.isLog ? std::log10(std::max(value, tiny)) : value;
+}
+
+double unscaledY(const View &view, double scaled)
+{
+    return view.isLog ? std::pow(10.0, scaled) : scaled;
+}
+
 QPoint wholePixel(const QPointF &position)
 {
     return {truncated(std::round(position.x())), truncated(std::round(position.y()))};
@@ -279,8 +301,12 @@ QPointF coordsOf(const View &view, const QPointF &place)
 
 QPointF dataPerPixel(const View &view)
 {
+    const int height = std::max(1, view.plotHeight());
+    const double scaled = std::abs(view.yScale.max - view.yScale.min) / height;
+    // of a logarithmic axis in its middle
+    const double middle = (view.yScale.min + view.yScale.max) / 2;
     return {view.points / std::max(1, view.plotWidth()),
-            std::abs(view.y.max - view.y.min) / std::max(1, view.plotHeight())};
+            view.isLog ? unscaledY(view, middle + scaled) - unscaledY(view, middle) : scaled};
 }
 
 std::vector<Label> yLabels(const View &view, int precision)
@@ -313,30 +339,12 @@ std::vector<Label> yLabels(const View &view, int precision)
     return labels;
 }
 
-int yDecimals(const View &view, int wanted)
-{
-    if (!view.isZoomed)
-        return wanted;
-    const double betweenLabels = dataPerPixel(view).y() * yLabelSpacing;
-    return std::max(wanted, int(std::clamp(std::ceil(-std::log10(betweenLabels)), 0.0, 20.0)));
-}
-
 std::vector<LabelPlace> labelPlaces(const View &view, int every)
 {
     std::vector<LabelPlace> places;
     const qint64 spacing = qint64(std::max(1, every)) * xLabelSpacing;
-    for (qint64 offset = 0; offset < view.plotWidth(); offset += spacing) {
-        LabelPlace place{int(offset), indexAtOffset(view, int(offset))};
-        if (view.isZoomed) {
-            if (place.index < view.first)
-                ++place.index;
-            place.offset = xPixel(view, place.index) - marginLeft;
-            if (place.offset > view.plotWidth() ||
-                (!places.empty() && places.back().index == place.index))
-                continue;
-        }
-        places.push_back(place);
-    }
+    for (qint64 offset = 0; offset < view.plotWidth(); offset += spacing)
+        places.push_back({int(offset), indexAtOffset(view, int(offset))});
     return places;
 }
 
@@ -352,16 +360,29 @@ std::vector<Label> xLabels1(const View &view, const PlotData &data)
 
 std::vector<Label> xLabels2(const View &view, const PlotData &data)
 {
-    std::vector<Label> whole =
+    std::vector<Label> labels =
         pointLabels(view, {data, data.labelsX2, data.textX2}, data.labelEvery2, 30);
-    std::vector<Label> labels = whole;
-    for (Label &label : labels)
-        if (label.text.size() > 8 && label.text[2] == ':') // a time, shown to whole seconds
+    cutToSeconds(labels, false);
+    return labels;
+}
+
+void cutToSeconds(std::vector<Label> &labels, bool keepsDifferences)
+{
+    std::vector<Label> cut = labels;
+    for (Label &label : cut)
+        if (label.text.size() > 8 && label.text[2] == ':')
             label.text.truncate(8);
     const auto sameText = [](const Label &a, const Label &b) { return a.text == b.text; };
-    const bool needsFractions =
-        view.isZoomed && std::adjacent_find(labels.begin(), labels.end(), sameText) != labels.end();
-    return needsFractions ? whole : labels;
+    if (!keepsDifferences || std::adjacent_find(cut.begin(), cut.end(), sameText) == cut.end())
+        labels = std::move(cut);
+}
+
+QString rowText(const PlotData &data, int row, int index)
+{
+    const TextRow texts = row == 0   ? TextRow(data, data.labelsX1, data.textX1)
+                          : row == 1 ? TextRow(data, data.labelsX2, data.textX2)
+                                     : TextRow(data, data.labelsX3, data.textX3);
+    return index >= 0 && index < texts.count ? texts[index] : QString();
 }
 
 std::vector<Label> xLabels3(const View &view, const PlotData &data)

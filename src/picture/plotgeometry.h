@@ -27,9 +27,12 @@ struct View {
     double first = 0;      ///< point index at the left margin
     double points = 1;     ///< X positions across the plot, above 0
     Range y;               ///< never of zero extent, always finite
+    Range yScale;          ///< the same as they stand along Y, see scaledY()
+    bool isLog = false;    ///< Y is logarithmic, `y` above 0
     int allPoints = 1;     ///< X positions across the plot when all are shown, at least 1
     int lastIndex = 0;     ///< last index of the first curve
-    bool isZoomed = false; ///< only a part is shown, and nothing of it beyond the margins
+    bool isZoomed = false; ///< only a part is shown, and nothing of it beyond the margins; so are
+                           ///< all logarithmic views
 
     int plotWidth() const { return width - marginLeft - marginRight; }
     int plotHeight() const { return height - marginBottom - marginTop; }
@@ -105,6 +108,10 @@ int xPixel(const View &view, int index);
 /// Row of a value, truncated. Values beyond 1e9 pixels, infinite ones too, stop there.
 int yPixel(const View &view, double value);
 
+/// What stands in proportion to heights: the value, or its decimal logarithm; and back.
+double scaledY(const View &view, double value);
+double unscaledY(const View &view, double scaled);
+
 /// Mouse position as a whole pixel, halves away from zero.
 QPoint wholePixel(const QPointF &position);
 
@@ -121,12 +128,9 @@ QPointF coordsOf(const View &view, const QPointF &place);
 /// Point indices and values from one pixel to the next.
 QPointF dataPerPixel(const View &view);
 
-/// Labels of the Y axis, every 50 pixels up and down from the value 0, or up from the lower end
-/// when all is above 0. Those that would lie outside the widget are left out.
+/// Labels of the Y axis of a view of all, every 50 pixels up and down from the value 0, or up from
+/// the lower end when all is above 0. Those that would lie outside the widget are left out.
 std::vector<Label> yLabels(const View &view, int precision);
-
-/// Decimals of the Y labels: as wanted, or as many as tell neighbours apart in a zoomed view.
-int yDecimals(const View &view, int wanted);
 
 /// Where a row of the X axis has a label: the point and its distance from the left margin, pixels.
 struct LabelPlace {
@@ -134,13 +138,21 @@ struct LabelPlace {
     int index = 0;
 };
 
-/// The places of a row, every 150 x `every` pixels; in a zoomed view at the points nearest to them.
+/// The places of a row in a view of all, every 150 x `every` pixels.
 std::vector<LabelPlace> labelPlaces(const View &view, int every);
 
 /// The rows of texts along the X axis, lowest first. Points without a text are left out.
 std::vector<Label> xLabels1(const View &view, const PlotData &data);
 std::vector<Label> xLabels2(const View &view, const PlotData &data);
 std::vector<Label> xLabels3(const View &view, const PlotData &data);
+
+/// Cuts times to whole seconds.
+///
+/// @param keepsDifferences  not where neighbours would then have the same text
+void cutToSeconds(std::vector<Label> &labels, bool keepsDifferences);
+
+/// The text of a point in a row, 0 for the lowest; empty where the row has none for it.
+QString rowText(const PlotData &data, int row, int index);
 
 /// Value that the X axis has at an index with fraction; straight lines between the points.
 /// Beyond the values of an unequally spaced axis the nearest one.

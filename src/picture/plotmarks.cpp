@@ -1,7 +1,10 @@
 #include "picture/plotmarks.h"
 
+#include "calc/combfit.h"
 #include "picture/legend.h"
 #include "picture/plotpainter.h"
+#include "picture/verticallines.h"
+#include "results/reporttext.h"
 
 #include <QPainter>
 #include <algorithm>
@@ -13,8 +16,10 @@ namespace Plot {
 namespace {
 
 const QColor cursorColour(160, 0, 160);
-const QColor harmonicsColour(230, 110, 0);
+const QColor harmonicsColour(190, 80, 0);
 const QColor readOutColour(110, 110, 110);
+constexpr int cursorAlpha = 120;
+constexpr int harmonicAlpha = 60;
 constexpr double closestHarmonics = 3; // pixels
 constexpr double closestNumbers = 26;  // pixels
 constexpr double mostHarmonics = 1e9;
@@ -55,11 +60,20 @@ QString reciprocalUnit(const QString &unit)
     return unit.isEmpty() ? unit : "1/(" + unit + ")";
 }
 
-void drawVertical(QPainter &painter, const View &view, double x)
+// A pale line, so that what it points at stays in sight, with strong ends beyond the curves.
+void drawVertical(QPainter &painter, const View &view, double x, int alpha)
 {
     const QRect area(marginLeft, marginTop, view.plotWidth(), view.plotHeight());
-    if (x >= area.left() && x <= area.right() + 1)
-        painter.drawLine(QLineF(x, area.top(), x, area.bottom() + 1));
+    if (x < area.left() || x > area.right() + 1)
+        return;
+    const QPen strong = painter.pen();
+    for (const Rows &end : markerEnds(view))
+        painter.drawLine(QLineF(x, end.first, x, end.last));
+    QColor pale = strong.color();
+    pale.setAlpha(alpha);
+    painter.setPen(QPen(pale, 0, strong.style()));
+    painter.drawLine(QLineF(x, area.top(), x, area.bottom() + 1));
+    painter.setPen(strong);
 }
 
 // The place of a point, on the pixels where its curve is drawn.
@@ -72,7 +86,7 @@ QPointF samplePlace(const View &view, const PlotData &data, const Cursor &cursor
 void drawSample(QPainter &painter, const View &view, const QPointF &place)
 {
     if (view.clip().contains(place.toPoint()) && place.y() >= marginTop)
-        painter.fillRect(QRectF(place.x() - 2, place.y() - 2, 5, 5), painter.pen().color());
+        painter.drawRect(QRectF(place.x() - 3, place.y() - 3, 6, 6));
 }
 
 void paintCursors(QPainter &painter, const PlotData &data, const View &view, const Marks &marks)
@@ -83,7 +97,7 @@ void paintCursors(QPainter &painter, const PlotData &data, const View &view, con
             continue;
         painter.setPen(cursorColour);
         const QPointF place = samplePlace(view, data, *cursor);
-        drawVertical(painter, view, place.x());
+        drawVertical(painter, view, place.x(), cursorAlpha);
         drawSample(painter, view, place);
         if (place.x() >= marginLeft && place.x() <= view.width - marginRight)
             paintLabel(painter,
@@ -95,16 +109,17 @@ void paintHarmonics(QPainter &painter, const PlotData &data, const View &view, d
 {
     const std::vector<Harmonic> harmonics = harmonicsInSight(data, view, fundamental);
     double lastNumber = -closestNumbers;
+    painter.setPen(harmonicsColour);
     for (const Harmonic &harmonic : harmonics) {
-        QColor colour = harmonicsColour;
-        colour.setAlpha(harmonic.number == 1 ? 255 : 150);
-        painter.setPen(colour);
-        drawVertical(painter, view, std::trunc(harmonic.x));
+        drawVertical(painter, view, std::trunc(harmonic.x),
+                     harmonic.number == 1 ? cursorAlpha : harmonicAlpha);
         if (harmonic.x - lastNumber < closestNumbers)
             continue;
-        painter.setPen(harmonicsColour);
-        paintLabel(painter, {QPoint(int(harmonic.x) + 3, view.height - marginBottom - 3),
-                             QString::number(harmonic.number)});
+        // below the axis, where no curve is
+        const QString number = QString::number(harmonic.number);
+        const int width = painter.fontMetrics().horizontalAdvance(number);
+        paintLabel(painter,
+                   {QPoint(int(harmonic.x) - width / 2, view.height - marginBottom + 17), number});
         lastNumber = harmonic.x;
     }
 }
@@ -112,7 +127,7 @@ void paintHarmonics(QPainter &painter, const PlotData &data, const View &view, d
 void paintReadOut(QPainter &painter, const PlotData &data, const View &view, int index)
 {
     painter.setPen(QPen(readOutColour, 0, Qt::DotLine));
-    drawVertical(painter, view, xPixel(view, index));
+    drawVertical(painter, view, xPixel(view, index), cursorAlpha);
     painter.setPen(readOutColour);
     for (int curve = 0; curve < int(markedCurves(data).size()); ++curve)
         if (isVisible(data, curve))
@@ -121,18 +136,26 @@ void paintReadOut(QPainter &painter, const PlotData &data, const View &view, int
 
 void paintTexts(QPainter &painter, const PlotData &data, const View &view, const Marks &marks)
 {
-    const QStringList cursors = cursorTexts(data, marks);
-    painter.setPen(cursorColour);
+    QStringList cursors = cursorTexts(data, marks);
+    painter.setPen(cursors.isEmpty() ? QColor("black") : cursorColour);
+    if (cursors.isEmpty())
+        cursors = marks.hover;
     for (int line = 0; line < cursors.size(); ++line)
         paintLabel(painter, {QPoint(marginLeft, line == 0 ? upperLine : lowerLine), cursors[line]});
     const QString harmonics = harmonicsText(marks);
     if (harmonics.isEmpty())
         return;
     painter.setPen(harmonicsColour);
-    const int width = painter.fontMetrics().horizontalAdvance(harmonics);
-    const int right = std::max(marginLeft, view.width - marginRight - width);
-    // at the right, below the first line of the cursors that may be long
-    paintLabel(painter, {QPoint(right, cursors.isEmpty() ? upperLine : lowerLine), harmonics});
+    const auto atRight = [&](int baseline, const QString &text) {
+        const int width = painter.fontMetrics().horizontalAdvance(text);
+        paintLabel(
+            painter,
+            {QPoint(std::max(marginLeft, view.width - marginRight - width), baseline), text});
+    };
+    // below the first line of the cursors that may be long
+    atRight(cursors.isEmpty() ? upperLine : lowerLine, harmonics);
+    if (marks.asksForNumber && cursors.isEmpty())
+        atRight(lowerLine, "Is the line a higher harmonic? Type its number, 2 to 9");
 }
 
 } // namespace
@@ -171,10 +194,10 @@ std::optional<Cursor> nearestSample(const PlotData &data, const View &view, cons
     constexpr double reach = 2;   // pixels to both sides: steep lines count as a whole
     constexpr double atCurve = 4; // pixels
     const int index = int(std::clamp<double>(std::round(coords.x()), 0, view.allPoints - 1));
-    const IndexRange around =
-        pointsInSight({view.width, view.height, coords.x() - reach / view.step(),
-                       2 * reach / view.step(), view.y, view.allPoints},
-                      view.allPoints);
+    View pointed = view;
+    pointed.first = coords.x() - reach / view.step();
+    pointed.points = 2 * reach / view.step();
+    const IndexRange around = pointsInSight(pointed, view.allPoints);
     std::optional<Cursor> nearest;
     double distance = atCurve;
     for (int curve = 0; curve < int(markedCurves(data).size()); ++curve) {
@@ -188,8 +211,9 @@ std::optional<Cursor> nearestSample(const PlotData &data, const View &view, cons
             low = std::fmin(low, valueAt(data, {curve, i}));
             high = std::fmax(high, valueAt(data, {curve, i}));
         }
-        const double beside = std::max({0.0, low - coords.y(), coords.y() - high});
-        const double away = beside / dataPerPixel(view).y();
+        const double nearestValue = std::fmin(std::fmax(coords.y(), low), high);
+        const double away =
+            std::abs(placeOf(view, {0, coords.y()}).y() - placeOf(view, {0, nearestValue}).y());
         if (away < distance) {
             distance = away;
             nearest = Cursor{curve, index};
@@ -258,9 +282,42 @@ QString harmonicsText(const Marks &marks)
 {
     if (!marks.fundamental)
         return {};
-    return QString("harmonics of %1 Hz, period %2 s")
-        .arg(QString::number(*marks.fundamental, 'g', significantDigits),
-             QString::number(1 / *marks.fundamental, 'g', significantDigits));
+    const double frequency = *marks.fundamental;
+    const double error = marks.fundamentalError;
+    const auto text = [](double value, double sigma) {
+        return sigma > 0 ? ReportText::withError(value, sigma)
+                         : QString::number(value, 'g', significantDigits);
+    };
+    QString harmonics =
+        QString("harmonics of %1 Hz, period %2 s")
+            .arg(text(frequency, error), text(1 / frequency, error / (frequency * frequency)));
+    if (marks.fittedLines > 0)
+        harmonics += QString(", from %1 line%2")
+                         .arg(marks.fittedLines)
+                         .arg(marks.fittedLines == 1 ? "" : "s");
+    return harmonics;
+}
+
+void fitHarmonics(Marks &marks, const PlotData &data, double frequency, int number)
+{
+    marks.fundamental = frequency / number;
+    marks.fundamentalError = 0;
+    marks.fittedLines = 0;
+    const auto &curves = markedCurves(data);
+    int curve = 0;
+    while (curve < int(curves.size()) && !isVisible(data, curve))
+        ++curve;
+    const double step = data.x.step;
+    if (curve == int(curves.size()) || !(step > 0) || data.x.first != 0 || !data.x.values.empty())
+        return;
+    const std::vector<float> &shown = curves[size_t(curve)];
+    const std::vector<double> amplitudes(shown.begin(), shown.end());
+    const Tools::CombFit fit = Tools::fitComb(amplitudes, *marks.fundamental / step, number);
+    if (fit.lines == 0)
+        return;
+    marks.fundamental = fit.fundamental * step;
+    marks.fundamentalError = fit.error * step;
+    marks.fittedLines = fit.lines;
 }
 
 std::vector<Harmonic> harmonicsInSight(const PlotData &data, const View &view, double fundamental)
@@ -297,7 +354,7 @@ void paintMarks(QPainter &painter, const PlotData &data, const View &view, const
         paintReadOut(painter, data, view, *marks.readOut);
     paintTexts(painter, data, view, marks);
     if (marks.legend)
-        paintLegend(painter, data, *marks.legend);
+        paintLegend(painter, data, legendArea(view), *marks.legend);
     // not by clipping: that is lost on the way to a file
     paintSelection(painter, view.isZoomed
                                 ? marks.selection.intersected(view.clip().adjusted(0, 0, -1, -1))

@@ -24,7 +24,11 @@ struct Marks {
     QRect selection; ///< see paintSelection()
     std::array<std::optional<Cursor>, 2> cursors;
     std::optional<double> fundamental; ///< in the unit of the X axis
-    std::optional<int> readOut;        ///< point index
+    double fundamentalError = 0;       ///< one sigma; 0: not fitted
+    int fittedLines = 0;
+    bool asksForNumber = false;   ///< the next digit tells which harmonic the pointer meant
+    QStringList hover;            ///< what lies under the pointer, up to two lines
+    std::optional<int> readOut;   ///< point index
     std::optional<QPoint> legend; ///< left upper corner of a painted legend of the visible curves
 };
 
@@ -49,6 +53,12 @@ bool isSpectrum(const PlotData &data);
 /// index: a pixel may hold many lines of a spectrum, and the pointer means the one that is seen.
 double peakFrequency(const PlotData &data, double index, double reach);
 
+/// Sets the fundamental of the harmonics: that of which the first visible curve has the strongest
+/// lines, see Tools::fitComb(), or where none stands out the frequency itself.
+///
+/// @param frequency  of the line that is harmonic `number`
+void fitHarmonics(Marks &marks, const PlotData &data, double frequency, int number);
+
 /// An X value with its unit and the digits that tell neighbouring points apart; the point's
 /// number where the axis has no name.
 QString axisText(const PlotData &data, double index);
@@ -57,7 +67,8 @@ QString axisText(const PlotData &data, double index);
 /// cursors.
 QStringList cursorTexts(const PlotData &data, const Marks &marks);
 
-/// The frequency whose harmonics are shown with its period; empty when none are.
+/// The frequency whose harmonics are shown and its period, with their errors where they were
+/// fitted; empty when none are.
 QString harmonicsText(const Marks &marks);
 
 /// A harmonic in sight: its number, from 1, and its place in pixels.

@@ -1,7 +1,9 @@
 #include "picture/plotpainter.h"
 
+#include "picture/axislabels.h"
 #include "picture/columnruns.h"
 #include "picture/plotgeometry.h"
+#include "picture/verticallines.h"
 
 #include <QFontMetrics>
 #include <QGuiApplication>
@@ -13,8 +15,11 @@ namespace Plot {
 
 namespace {
 
-constexpr int gridSpacing = 50; // pixels
-constexpr int tickLength = 6;   // pixels
+constexpr int tickLength = 6; // pixels
+constexpr int markerNameBaseline = marginTop - 8;
+constexpr int usualFontPixels = 12;
+constexpr int yBaseLeft = 4;
+const QColor nameColour(90, 90, 90);
 
 // White with a black edge.
 void fillGround(QImage &picture, const Rows &rows)
@@ -116,31 +121,62 @@ void paintZeroLine(QPainter &painter, const View &view, const char *colour)
     painter.drawLine(xPixel(view, 0), y, xPixel(view, view.allPoints - 1), y);
 }
 
-// A text that would run over the right edge moves left until it just fits.
-void paintLabelRow(QPainter &painter, const View &view, const std::vector<Label> &labels)
+int rowHeightOf(const QFont &font)
 {
-    for (Label label : labels) {
-        const int last = view.width - 2 - painter.fontMetrics().horizontalAdvance(label.text);
-        label.position.setX(std::min(label.position.x(), std::max(last, 0)));
-        paintLabel(painter, label);
-    }
+    constexpr int most = 20; // so that three rows find room below the plot
+    return std::min(QFontMetrics(font).ascent() + 5, most);
 }
 
-void paintTicks(QPainter &painter, const View &view, int every)
+XAxisLabels xAxisOf(const PlotData &data, const View &view, const QFontMetrics &metrics)
 {
-    for (const LabelPlace &place : labelPlaces(view, every)) {
-        const int x = marginLeft + place.offset;
+    return xAxisLabels(
+        view, data, [&](const QString &text) { return metrics.horizontalAdvance(text); },
+        rowHeightOf(labelFont(view)));
+}
+
+void paintTicks(QPainter &painter, const View &view, const std::vector<int> &ticks)
+{
+    for (const int offset : ticks) {
+        const int x = marginLeft + offset;
         painter.drawLine(x, view.height - tickLength, x, view.height - 1);
         painter.drawLine(x, 0, x, tickLength - 1);
     }
 }
 
-void paintGrid(QPainter &painter, const View &view)
+// Names of the axes, smaller and paler than the numbers.
+void paintNames(QPainter &painter, const PlotData &data, const View &view)
 {
-    painter.setPen(QColor(238, 238, 238));
-    for (int offset = 0; offset < view.plotWidth(); offset += gridSpacing) {
-        const int x = marginLeft + offset;
-        painter.drawLine(x, marginTop, x, view.height - marginBottom);
+    constexpr int smaller = 2; // pixels
+    const int rowHeight = rowHeightOf(painter.font());
+    QFont small = painter.font();
+    small.setPixelSize(std::min(small.pixelSize(), usualFontPixels) - smaller);
+    painter.setFont(small);
+    painter.setPen(nameColour);
+    const QFontMetrics metrics = painter.fontMetrics();
+    for (Label &name : axisNames(
+             view, data, [&](const QString &text) { return metrics.horizontalAdvance(text); },
+             rowHeight))
+        paintLabel(painter, name);
+}
+
+// A name that would touch the one before it stands a line higher.
+void paintMarkerNames(QPainter &painter, const PlotData &data, const View &view)
+{
+    constexpr int higher = 11; // pixels
+    painter.setPen(QColor("green"));
+    const std::size_t named = std::min(data.markers.size(), data.markerStyles.size());
+    int taken = 0;
+    int baseline = markerNameBaseline;
+    for (std::size_t i = 0; i < named; ++i) {
+        const int x = xPixel(view, data.markers[i]);
+        const QString &name = data.markerStyles[i].name;
+        if (name.isEmpty() || x < marginLeft || x > view.width - marginRight)
+            continue;
+        const int width = painter.fontMetrics().horizontalAdvance(name);
+        const bool isFree = x - width / 2 > taken;
+        baseline = isFree || baseline < markerNameBaseline ? markerNameBaseline : baseline - higher;
+        paintLabel(painter, {QPoint(x - width / 2, baseline), name});
+        taken = x + width / 2 + 1;
     }
 }
 
@@ -150,7 +186,17 @@ void paintGrid(QPainter &painter, const View &view)
 QFont labelFont()
 {
     QFont font = QGuiApplication::font();
-    font.setPixelSize(12);
+    font.setPixelSize(usualFontPixels);
+    return font;
+}
+
+QFont labelFont(const View &view)
+{
+    constexpr int least = 9;
+    constexpr int most = 18; // the margins hold no more
+    QFont font = labelFont();
+    if (view.isZoomed)
+        font.setPixelSize(std::clamp(QFontInfo(QGuiApplication::font()).pixelSize(), least, most));
     return font;
 }
 
@@ -173,10 +219,12 @@ void paintLabel(QPainter &painter, const Label &label)
 {
     if (label.text.isEmpty())
         return;
+    constexpr int usualHeight = 12;
     const int width = painter.fontMetrics().horizontalAdvance(label.text) + 1;
+    const int height = std::max(usualHeight, painter.font().pixelSize());
     const int x = label.position.x();
     const int y = label.position.y();
-    painter.fillRect(x, y + 1 - 12, width, 12, QColor(255, 255, 255, 200));
+    painter.fillRect(x, y + 1 - height, width, height, QColor(255, 255, 255, 200));
     painter.drawText(label.position, label.text);
 }
 
@@ -188,6 +236,8 @@ void paintPlot(const PlotData &data, const Zoom &zoom, const CurveBlocks &blocks
     paintCurves(data, view, blocks, picture);
     QPainter painter(&picture);
     paintLabels(painter, data, view);
+    painter.end();
+    paintGrid(picture, data, view);
 }
 
 void paintCurves(const PlotData &data, const View &view, const CurveBlocks &blocks, QImage &picture)
@@ -227,11 +277,8 @@ void paintCurves(const PlotData &data, const View &view, const CurveBlocks &bloc
     paintSet(upper);
     paintZeroLine(painter, view, "black");
 
-    painter.setPen(QColor("green"));
-    for (const int marker : data.markers) {
-        const int x = xPixel(view, marker);
-        painter.drawLine(x, marginTop, x, view.height - marginBottom);
-    }
+    painter.end();
+    paintMarkers(picture, data, view);
 }
 
 void paintLabels(QPainter &painter, const PlotData &data, const View &view)
@@ -242,17 +289,69 @@ void paintLabels(QPainter &painter, const PlotData &data, const View &view)
         paintLabel(painter, {QPoint(30, 60), data.message});
         return;
     }
-    painter.setFont(labelFont());
-    paintLabelRow(painter, view, yLabels(view, yDecimals(view, data.yPrecision)));
-    paintTicks(painter, view, data.labelEvery1);
-    paintLabelRow(painter, view, xLabels1(view, data));
-    paintLabelRow(painter, view, xLabels2(view, data));
-    paintLabelRow(painter, view, xLabels3(view, data));
-    if (data.markers.empty())
-        paintGrid(painter, view);
+    painter.setFont(labelFont(view));
+    const QFontMetrics metrics = painter.fontMetrics();
+    const YAxisLabels y = yAxisLabels(view, data.yPrecision, [&](const QString &text) {
+        return metrics.horizontalAdvance(text);
+    });
+    for (const Label &label : y.labels)
+        paintLabel(painter, label);
+    const XAxisLabels x = xAxisOf(data, view, metrics);
+    paintTicks(painter, view, x.ticks);
+    for (const Label &label : x.labels)
+        paintLabel(painter, label);
+    paintLabel(painter, {QPoint(yBaseLeft, marginTop - 4), y.base});
+    paintMarkerNames(painter, data, view);
+    paintNames(painter, data, view);
     if (showsNothingFinite(data)) {
         painter.setPen(QColor("black"));
         paintLabel(painter, {QPoint(marginLeft + 20, marginTop + 30), noFiniteValues});
+    }
+}
+
+void paintXAxis(QPainter &painter, const PlotData &data, const View &view, int bottom)
+{
+    painter.setPen(QColor("black"));
+    painter.setFont(labelFont(view));
+    const XAxisLabels x = xAxisOf(data, view, painter.fontMetrics());
+    for (const int offset : x.ticks)
+        painter.drawLine(marginLeft + offset, bottom, marginLeft + offset, bottom + tickLength);
+    for (const Label &label : x.labels)
+        paintLabel(painter, label);
+    PlotData rows = data;
+    rows.yName.clear(); // that of the plot
+    paintNames(painter, rows, view);
+}
+
+std::vector<int> gridColumns(const PlotData &data, const View &view)
+{
+    if (data.messageMode || !data.markers.empty())
+        return {};
+    std::vector<int> columns = xAxisOf(data, view, QFontMetrics(labelFont(view))).grid;
+    for (int &column : columns)
+        column += marginLeft;
+    return columns;
+}
+
+void paintGrid(QImage &picture, const PlotData &data, const View &view)
+{
+    const Rows rows = {marginTop, view.height - marginBottom};
+    for (const int column : gridColumns(data, view))
+        paintBehind(picture, column, rows, gridColour, {});
+}
+
+void paintMarkers(QImage &picture, const PlotData &data, const View &view)
+{
+    const Rows rows = {marginTop, view.height - marginBottom};
+    for (std::size_t i = 0; i < data.markers.size(); ++i) {
+        const int column = xPixel(view, data.markers[i]);
+        if (view.isZoomed && (column < marginLeft || column > view.width - marginRight))
+            continue;
+        const bool hasStyle = i < data.markerStyles.size();
+        paintBehind(picture, column, rows, markerColour,
+                    hasStyle ? data.markerStyles[i].dashes : std::vector<int>());
+        for (const Rows &end : markerEnds(view))
+            paintBehind(picture, column, end, markerColour, {});
     }
 }
 

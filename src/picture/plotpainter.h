@@ -31,7 +31,7 @@ void paintPlot(const PlotData &data, const Zoom &zoom, const CurveBlocks &blocks
 void paintCurves(const PlotData &data, const View &view, const CurveBlocks &blocks,
                  QImage &picture);
 
-/// Texts of both axes with their ticks, and the grid; or the message.
+/// Texts of both axes with their ticks and names; or the message.
 ///
 /// @param view  in the painter's units
 void paintLabels(QPainter &painter, const PlotData &data, const View &view);
@@ -40,8 +40,24 @@ void paintLabels(QPainter &painter, const PlotData &data, const View &view);
 /// apart; otherwise nothing.
 void paintSamples(QPainter &painter, const View &view, const std::vector<float> &curve);
 
-/// The font of all texts of a plot.
+/// The rows of texts along X with their names, below a picture that shares the axis of a plot.
+///
+/// @param bottom  of that picture, where the ticks begin
+void paintXAxis(QPainter &painter, const PlotData &data, const View &view, int bottom);
+
+/// Columns of the grid's lines; none where there are markers.
+std::vector<int> gridColumns(const PlotData &data, const View &view);
+
+/// The grid, wherever a painted plot is lighter than it.
+void paintGrid(QImage &picture, const PlotData &data, const View &view);
+
+/// The markers, wherever painted curves leave the ground free, with ends beyond the plot.
+void paintMarkers(QImage &picture, const PlotData &data, const View &view);
+
+/// The font of the texts of a plot that shows all.
 QFont labelFont();
+/// The font of the texts in a view: where it is zoomed the user's, as large as the margins allow.
+QFont labelFont(const View &view);
 
 /// A text on a box of translucent white, so that it stays legible over curves.
 void paintLabel(QPainter &painter, const Label &label);

@@ -164,6 +164,11 @@ PlotData curveTablePlot(const ResultTable &table, const std::vector<HeaderLine> 
     recording.tresolution = valueOf(lines, "tresolution").section(' ', 0, 0).toDouble();
     recording.beginTime = QDateTime::fromString(valueOf(lines, "begin"), Qt::ISODateWithMs);
     PlotData plot = curvePlot(Tools::axisOf(lines), std::move(curves), names, markers, recording);
+    // A sum beside its base line is left as it is.
+    const bool isPlainSum =
+        valueOf(lines, "action") == "sumChannelsDemoNoise" && valueOf(lines, "deduct") != "yes";
+    if (valueOf(lines, "normalise") == "yes" && !isPlainSum)
+        plot.yUnit = "sigma";
     plot.source = sourceOf(lines);
     return plot;
 }
@@ -196,6 +201,10 @@ PlotData curvePlot(const PulsarAxis &axis, std::vector<std::vector<float>> curve
     const AxisTexts texts = axisTexts(axis, plot.numPoints, recording);
     plot.textX1 = texts.row1;
     plot.textX2 = texts.row2;
+    plot.rowNames = rowNames(axis);
+    plot.yName = axis.kind == PulsarAxis::Kind::Points  ? "signal"
+                 : axis.kind == PulsarAxis::Kind::Phase ? "mean signal"
+                                                        : "amplitude";
     plot.x = plotAxis(axis, recording.tresolution);
     if (axis.kind == PulsarAxis::Kind::Points) {
         plot.xOffset = int(axis.first);
@@ -218,6 +227,7 @@ PlotData periodPlot(std::vector<double> periods, std::vector<std::vector<float>>
     plot.numPoints = int(values->size());
     plot.x = {"period", "s", 0, 1, *values};
     plot.yName = "S/N";
+    plot.rowNames = QStringList{"period", "frequency"};
     plot.textX1 = [values](int i) {
         return QString::number((*values)[std::size_t(i)], 'g', 6) + " s";
     };

@@ -16,14 +16,21 @@
 PictureMenu::PictureMenu(QWidget *widget) : QObject(widget), picture(widget)
 {
     picture->installEventFilter(this);
+    setDrawing([this] { return picture->size(); },
+               [this](QPainter &painter) {
+                   picture->render(&painter, QPoint(), QRegion(), QWidget::DrawChildren);
+               });
+}
+
+void PictureMenu::setDrawing(std::function<QSize()> size, std::function<void(QPainter &)> drawing)
+{
+    drawnSize = std::move(size);
+    draw = std::move(drawing);
 }
 
 QString PictureMenu::savePicture(const QString &path) const
 {
-    const auto draw = [this](QPainter &painter) {
-        picture->render(&painter, QPoint(), QRegion(), QWidget::DrawChildren);
-    };
-    return Plot::saveDrawing(path, {picture->size(), picture->objectName(), draw});
+    return Plot::saveDrawing(path, {drawnSize(), picture->objectName(), draw});
 }
 
 bool PictureMenu::eventFilter(QObject *watched, QEvent *event)
@@ -39,7 +46,14 @@ bool PictureMenu::eventFilter(QObject *watched, QEvent *event)
 
 void PictureMenu::copyPicture()
 {
-    QApplication::clipboard()->setPixmap(picture->grab());
+    const qreal ratio = picture->devicePixelRatioF();
+    QPixmap pixmap(drawnSize() * ratio);
+    pixmap.setDevicePixelRatio(ratio);
+    pixmap.fill(Qt::white);
+    QPainter painter(&pixmap);
+    draw(painter);
+    painter.end();
+    QApplication::clipboard()->setPixmap(pixmap);
 }
 
 void PictureMenu::askAndSavePicture()

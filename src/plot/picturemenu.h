@@ -1,8 +1,11 @@
 #pragma once
 
 #include <QObject>
+#include <QSize>
 #include <QString>
+#include <functional>
 
+class QPainter;
 class QWidget;
 
 /// The right mouse button's commands of a widget that paints itself: copy what it shows, or save
@@ -16,6 +19,11 @@ public:
     /// Sets the folder in which the first dialog starts; later ones start where the last file was
     /// saved.
     void setSaveFolder(const QString &folder) { saveFolder = folder; }
+
+    /// Draws something else than the widget itself, say with an axis that it shares on the screen.
+    ///
+    /// @param size  of what is drawn, asked each time
+    void setDrawing(std::function<QSize()> size, std::function<void(QPainter &)> draw);
 
     /// Writes what the widget shows, see Plot::saveDrawing.
     QString savePicture(const QString &path) const;
@@ -32,5 +40,7 @@ private:
     void askAndSavePicture();
 
     QWidget *const picture;
+    std::function<QSize()> drawnSize;
+    std::function<void(QPainter &)> draw;
     QString saveFolder;
 };

@@ -8,14 +8,16 @@
 #include <QPainter>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QStyle>
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <utility>
 
 namespace {
 
 constexpr int widestName = 220; // pixels
-constexpr double mostOfPlot = 0.6;
+constexpr double mostOfHeight = 0.6;
 constexpr double fontPart = 0.85; // of the application's font, for it hides curves
 
 QPixmap lineOf(const QColor &colour, qreal ratio)
@@ -95,6 +97,7 @@ void PlotLegend::setCurvesOf(PlotData &shown)
 void PlotLegend::addLine(int curve, const QString &name, const QColor &colour, bool visible)
 {
     auto *const box = new QCheckBox(lines);
+    box->setPalette(style()->standardPalette()); // light as its paper, on dark desktops too
     box->setText(box->fontMetrics().elidedText(name, Qt::ElideMiddle, widestName));
     box->setToolTip(name);
     box->setIcon(lineOf(colour, devicePixelRatioF()));
@@ -107,13 +110,13 @@ void PlotLegend::addLine(int curve, const QString &name, const QColor &colour, b
 }
 
 void PlotLegend::placeBeside(const PlotData &shown, const Plot::CurveBlocks &blocks,
-                             const Plot::View &view)
+                             const Plot::View &view, const std::vector<int> &spared)
 {
     const QRect area = Plot::legendArea(view);
     if (isHidden() || area.isEmpty())
         return;
     fitInto(area);
-    placeIn(area, Plot::emptiestCorner(shown, blocks, view, area, size()));
+    placeIn(area, Plot::emptiestCorner(shown, blocks, view, area, size(), spared));
 }
 
 QSize PlotLegend::sizeHint() const
@@ -133,10 +136,12 @@ void PlotLegend::fitInto(const QRect &area)
 {
     allowed = area;
     const QSize wanted = sizeHint();
-    const int highest = int(area.height() * mostOfPlot);
+    const int bar = scrollArea->verticalScrollBar()->sizeHint().width();
+    const double share = Plot::legendShare * area.width() * area.height() / (wanted.width() + bar);
+    const int highest = int(std::min(area.height() * mostOfHeight, share));
     const bool scrolls = wanted.height() > highest;
-    const int bar = scrolls ? scrollArea->verticalScrollBar()->sizeHint().width() : 0;
-    resize(std::min(wanted.width() + bar, area.width()), std::min(wanted.height(), highest));
+    resize(std::min(wanted.width() + (scrolls ? bar : 0), area.width()),
+           std::min(wanted.height(), std::max(highest, heading->sizeHint().height())));
 }
 
 // Moves into the area, to the corner unless the user has dragged it elsewhere.
@@ -169,13 +174,31 @@ void PlotLegend::mouseMoveEvent(QMouseEvent *event)
 
 void PlotLegend::mouseReleaseEvent(QMouseEvent * /*event*/)
 {
-    dragFrom.reset();
+    if (std::exchange(dragFrom, std::nullopt) && draggedTo)
+        emit stateChanged(state());
+}
+
+QString PlotLegend::state() const
+{
+    const QString fold = heading->isChecked() ? "open" : "folded";
+    return draggedTo ? fold + QString(" %1 %2").arg(draggedTo->x()).arg(draggedTo->y()) : fold;
+}
+
+void PlotLegend::setState(const QString &state)
+{
+    const QStringList words = state.split(' ');
+    const QSignalBlocker silent(this);
+    heading->setChecked(words[0] != "folded");
+    if (words.size() == 3)
+        draggedTo = QPointF(std::clamp(words[1].toDouble(), 0.0, 1.0),
+                            std::clamp(words[2].toDouble(), 0.0, 1.0));
 }
 
 void PlotLegend::setFolded(bool folded)
 {
     heading->setArrowType(folded ? Qt::RightArrow : Qt::DownArrow);
     scrollArea->setVisible(!folded);
+    emit stateChanged(state());
     const QRect before = geometry();
     fitInto(allowed);
     if (draggedTo) {

@@ -29,15 +29,22 @@ public:
 
     /// Takes the size of its content and moves to the corner where it hides least of the curves,
     /// or to where the user has dragged it.
-    void placeBeside(const PlotData &shown, const Plot::CurveBlocks &blocks,
-                     const Plot::View &view);
+    ///
+    /// @param spared  columns of the plot that it must not hide where another place is free
+    void placeBeside(const PlotData &shown, const Plot::CurveBlocks &blocks, const Plot::View &view,
+                     const std::vector<int> &spared);
 
     /// Whether the user has dragged it to a place of its own.
     bool wasDragged() const { return draggedTo.has_value(); }
 
+    /// Whether it is folded and where the user has put it, as a text; see stateChanged().
+    QString state() const;
+    void setState(const QString &state);
+
     QSize sizeHint() const override;
 
 signals:
+    void stateChanged(const QString &state);
     void curveToggled(int curve, bool visible);
 
 protected:

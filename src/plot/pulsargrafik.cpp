@@ -1,12 +1,15 @@
 #include "plot/pulsargrafik.h"
 
+#include "picture/legend.h"
 #include "picture/plotgeometry.h"
 #include "picture/plotpainter.h"
+#include "picture/whitenedplot.h"
 #include "plot/plotlegend.h"
 
 #include <QPainter>
 #include <QResizeEvent>
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -26,6 +29,7 @@ PulsarGrafik::PulsarGrafik(QWidget *parent) : QWidget(parent), legend(new PlotLe
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     qRegisterMetaType<VisibleRange>("PulsarGrafik::VisibleRange");
     connect(legend, &PlotLegend::curveToggled, this, &PulsarGrafik::toggleCurve);
+    connect(legend, &PlotLegend::stateChanged, this, &PulsarGrafik::legendChanged);
 }
 
 PulsarGrafik::~PulsarGrafik() = default;
@@ -37,9 +41,48 @@ void PulsarGrafik::replaceData(PlotData data)
     if (plotData.names != data.names)
         legend->forget();
     plotData = std::move(data);
-    blocks = Plot::blocksOf(plotData);
+    prepareSpectrum();
     if (locked)
         busy.unlock();
+}
+
+// Whitens new data and lets Y begin where they do, as far as the user wants it.
+void PulsarGrafik::prepareSpectrum()
+{
+    given.reset();
+    const bool isSpectrum = !plotData.messageMode && Plot::isSpectrum(plotData);
+    if (isSpectrum && wantsWhitening) {
+        PlotData whitened = Plot::whitened(plotData);
+        given = std::exchange(plotData, std::move(whitened));
+    }
+    plotData.isLogarithmic = isSpectrum && wantsLogarithm;
+    plotData.yLeast = plotData.isLogarithmic ? Plot::logarithmicFloor(plotData) : 0;
+    blocks = Plot::blocksOf(plotData);
+}
+
+// The same data after the user has chosen another way to show them.
+void PulsarGrafik::renewSpectrum()
+{
+    if (given)
+        plotData = std::move(*given);
+    prepareSpectrum();
+    zoom.y.reset();
+    history.clear();
+    legend->setCurvesOf(plotData);
+    applyZoom(zoom);
+    placeLegend();
+}
+
+void PulsarGrafik::setLogarithmic(bool logarithmic)
+{
+    wantsLogarithm = logarithmic;
+    renewSpectrum();
+}
+
+void PulsarGrafik::setWhitened(bool whitened)
+{
+    wantsWhitening = whitened;
+    renewSpectrum();
 }
 
 void PulsarGrafik::setData(PlotData data)
@@ -78,6 +121,11 @@ void PulsarGrafik::recomputeRange()
     const Plot::Range range = Plot::verticalRange(plotData, blocks);
     plotData.yMin = range.min;
     plotData.yMax = range.max;
+    if (given) {
+        const Plot::Range ofGiven = Plot::verticalRange(*given);
+        given->yMin = ofGiven.min;
+        given->yMax = ofGiven.max;
+    }
     placeLegend();
     // A zoom into values that the curves no longer have would show nothing.
     if (zoom.y && (zoom.y->max < range.min || zoom.y->min > range.max))
@@ -174,10 +222,13 @@ void PulsarGrafik::renewPicture()
         Plot::paintCurves(plotData, shown, blocks, picture);
         QPainter painter(&picture);
         Plot::paintLabels(painter, plotData, shown);
+        painter.end();
+        Plot::paintGrid(picture, plotData, shown);
         return;
     }
     QImage curves(size(), QImage::Format_RGB32);
     Plot::paintCurves(plotData, shown, blocks, curves);
+    Plot::paintGrid(curves, plotData, shown);
     picture.setDevicePixelRatio(ratio);
     QPainter painter(&picture);
     painter.drawImage(rect(), curves);
@@ -186,7 +237,27 @@ void PulsarGrafik::renewPicture()
 
 void PulsarGrafik::placeLegend()
 {
-    legend->placeBeside(plotData, blocks, view());
+    const Plot::View shown = view();
+    legend->placeBeside(plotData, blocks, shown, Plot::columnsToSpare(plotData, shown, marks));
+}
+
+// Moves the legend only where it hides a marker, a cursor or a harmonic: it does not jump about
+// while the user zooms.
+void PulsarGrafik::keepLegendClear()
+{
+    const std::vector<int> columns = Plot::columnsToSpare(plotData, view(), marks);
+    const QRect place = legend->geometry();
+    const bool hides = std::any_of(columns.begin(), columns.end(), [&](int column) {
+        return column >= place.left() && column <= place.right();
+    });
+    if (hides && !legend->isHidden() && !legend->wasDragged())
+        placeLegend();
+}
+
+void PulsarGrafik::setLegendState(const QString &state)
+{
+    legend->setState(state);
+    placeLegend();
 }
 
 Plot::Marks PulsarGrafik::shownMarks() const

@@ -11,6 +11,7 @@
 #include <QPointF>
 #include <QRect>
 #include <QWidget>
+#include <functional>
 #include <optional>
 
 class PlotLegend;
@@ -22,10 +23,12 @@ class PlotLegend;
 /// The wheel zooms X at the pointer, with Ctrl or over the Y axis Y, and with Shift moves along
 /// X; the middle button, or Space and the left one, drags. Enter zooms to the rectangle,
 /// Backspace goes back, Home shows all. The keys 1 and 2 set cursors at the pointer, on a
-/// spectrum H shows the harmonics of the frequency there, Left and Right move the read-out from
-/// sample to sample, Esc removes all these. The right button offers pictures and samples. Named
-/// curves are listed in a legend that shows and hides them. A form that follows the part in sight
-/// connects viewChanged() and reads visibleRange(); one that steers it calls setVisibleX().
+/// spectrum H shows the harmonics of the line there (a digit after it says which harmonic the line
+/// is), L makes Y logarithmic and W shows powers over the noise around; Left and Right move the
+/// read-out from sample to sample, Esc removes the marks. The right button offers pictures and
+/// samples. Named curves are listed in a legend that shows and hides them. A form that follows the
+/// part in sight connects viewChanged() and reads visibleRange(); one that steers it calls
+/// setVisibleX().
 class PulsarGrafik : public QWidget {
     Q_OBJECT
 
@@ -33,7 +36,8 @@ public:
     explicit PulsarGrafik(QWidget *parent = nullptr);
     ~PulsarGrafik() override;
 
-    const PlotData &data() const { return plotData; }
+    /// What was given, whether or not it is shown whitened.
+    const PlotData &data() const { return given ? *given : plotData; }
 
     /// Replaces everything that is shown and repaints; move the data in, they may be large. The
     /// vertical range is taken as it comes; recomputeRange() fits it to the curves. The
@@ -89,8 +93,27 @@ public:
     /// The selected rectangle in pixels of the widget, see Plot::Selection::rectangle().
     QRect selection() const { return selected.rectangle(); }
 
+    /// The frequency whose harmonics are marked, in the unit of the X axis; nothing when none are.
+    std::optional<double> fundamental() const { return marks.fundamental; }
+    void setFundamental(std::optional<double> frequency);
+
     /// Folder in which the file dialogs begin; see fileSaved().
     void setSaveFolder(const QString &folder) { saveFolder = folder; }
+
+    /// Makes what lies under the pointer stand above the plot, in up to two lines.
+    using HoverText = std::function<QStringList(const QPointF &coords)>;
+    void setHoverText(HoverText text) { hoverText = std::move(text); }
+
+    /// Folds the legend or puts it where it was left, see legendChanged().
+    void setLegendState(const QString &state);
+
+    /// Of spectra: a logarithmic Y axis; powers over the noise around in place of amplitudes. Both
+    /// hold for later spectra too.
+    bool isLogarithmic() const { return wantsLogarithm; }
+    bool isWhitened() const { return wantsWhitening; }
+
+    /// Cursors, harmonics and the read-out, without the rectangle.
+    const Plot::Marks &marksSet() const { return marks; }
 
     /// Writes what is shown to a file, see Plot::savePicture.
     QString savePicture(const QString &path) const;
@@ -114,6 +137,8 @@ public slots:
     /// X and the nearest curve's value at the read-out, to the clipboard.
     void copyValue();
     void copyPicture();
+    void setLogarithmic(bool logarithmic);
+    void setWhitened(bool whitened);
 
 signals:
     /// The pointer moved.
@@ -132,11 +157,15 @@ signals:
     void partWanted(double first, double points);
     /// The rectangle was drawn, has been removed or stands for other data: see selectedRange().
     void selectionChanged();
+    /// Harmonics of another frequency are marked, or none any more: see fundamental().
+    void fundamentalChanged();
     /// The user has written a picture or a table.
     void fileSaved(const QString &path);
     /// The user shows or hides a curve of that name. The plot has done so already, and does so
     /// again with later data that have the same names.
     void curveToggled(const QString &name, bool visible);
+    /// The user has folded or moved the legend; for setLegendState() of another plot.
+    void legendChanged(const QString &state);
 
 protected:
     void mousePressEvent(QMouseEvent *event) override;
@@ -146,6 +175,7 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
     void keyReleaseEvent(QKeyEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
+    void leaveEvent(QEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
@@ -170,6 +200,11 @@ private:
     bool markByKey(int key);
     void stepReadOut(int way);
     void toggleHarmonics();
+    void fitHarmonics(int number);
+    bool takeHarmonicNumber(int key);
+    void showHover(const QStringList &texts);
+    void prepareSpectrum();
+    void renewSpectrum();
     bool removeMarks();
     void announceView();
     void select(const QPoint &corner1, const QPoint &corner2);
@@ -178,11 +213,17 @@ private:
     void askAndSaveSamples();
     void report(const QString &path, const QString &failure);
     void placeLegend();
+    void keepLegendClear();
     void toggleCurve(int curve, bool visible);
     void repaintPlot();
     void renewPicture();
 
-    PlotData plotData;
+    PlotData plotData;             // as shown
+    std::optional<PlotData> given; // where that is whitened
+    bool wantsLogarithm = false;
+    bool wantsWhitening = false;
+    HoverText hoverText;
+    double harmonicFrequency = 0; // of the line that H was pressed at
     Plot::CurveBlocks blocks;
     Plot::Zoom zoom;
     Plot::ZoomHistory history;

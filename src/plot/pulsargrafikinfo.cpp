@@ -4,24 +4,26 @@
 #include "base/typednumber.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
+#include "fields/textcolours.h"
 #include "picture/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "ui_pulsargrafikinfo.h"
 
 #include <QAbstractItemView>
 #include <QKeyEvent>
-#include <QTextCursor>
 #include <cmath>
 
 namespace {
 
 constexpr int coordsLines = 4; // index and value, and one for each row of labels
 
-// A red that is read on the background.
-QColor problemColour(const QPalette &palette)
+// The classes of reports in colours that are read on the background.
+QString reportStyle(const QPalette &palette)
 {
-    constexpr int middle = 128;
-    return palette.color(QPalette::Base).lightness() < middle ? "#ff8080" : "#b00020";
+    return QString(".red { color: %1; } .blue { color: %2; } a { color: %2; }"
+                   "p { margin-top: 0.5em; margin-bottom: 0.5em; } td, th { font-size: small; }")
+        .arg(TextColours::problem(palette).name(),
+             TextColours::areLight(palette) ? "#9cc4ec" : "#1f4e79");
 }
 
 } // namespace
@@ -43,6 +45,7 @@ PulsarGrafikInfo::PulsarGrafikInfo(PulsarGrafik *grafik, QWidget *parent)
     connect(ui->showOneButton, &QPushButton::clicked, this,
             [this] { emit showMultiResult(ui->multiResult->currentIndex()); });
     connect(ui->showAllButton, &QPushButton::clicked, this, &PulsarGrafikInfo::returnMultiGrafiks);
+    connect(ui->texts, &QTextBrowser::anchorClicked, this, &PulsarGrafikInfo::linkClicked);
     if (plot != nullptr)
         connect(plot, &PulsarGrafik::coordsChanged, this, &PulsarGrafikInfo::setCoords);
 }
@@ -80,15 +83,22 @@ void PulsarGrafikInfo::setMultiResults(const QVector<QString> &names)
 }
 
 void PulsarGrafikInfo::setTexts(const QString &calculation, const QString &grafik,
-                                const QString &problem)
+                                const QStringList &problems)
 {
-    const QString above = problem.isEmpty() ? QString() : problem + "\n\n";
-    ui->texts->setPlainText(above + "Calculation:\n" + calculation + "\n\nGrafik:\n\n" + grafik);
-    QTextCursor cursor(ui->texts->document());
-    cursor.setPosition(problem.size(), QTextCursor::KeepAnchor);
-    QTextCharFormat red;
-    red.setForeground(problemColour(ui->texts->palette()));
-    cursor.mergeCharFormat(red);
+    QStringList escaped;
+    for (const QString &problem : problems)
+        escaped << problem.toHtmlEscaped();
+    const QString above = escaped.isEmpty()
+                              ? QString()
+                              : "<p><span class='red'>" + escaped.join("<br>") + "</span></p>";
+    ui->texts->document()->setDefaultStyleSheet(reportStyle(ui->texts->palette()));
+    ui->texts->setHtml(above + "<p><b>Calculation:</b></p>" + calculation +
+                       "<p><b>Grafik:</b></p>" + grafik);
+}
+
+void PulsarGrafikInfo::showNote(const QString &note)
+{
+    ui->texts->setPlainText(note);
 }
 
 void PulsarGrafikInfo::setFourierControls(bool enabled)

@@ -32,16 +32,21 @@ public:
     void setDispersions(const std::array<double, 4> &dispersions);
     /// Offers a choice among named results, or none when there are no names.
     void setMultiResults(const QVector<QString> &names);
-    /// Texts of the last calculation and of what the plot shows of it.
+    /// Texts of the last calculation and of what the plot shows of it, as HTML.
     ///
-    /// @param problem  stands above them in red; may be empty
-    void setTexts(const QString &calculation, const QString &grafik, const QString &problem = {});
+    /// @param problems  lines of plain text that stand above them in red
+    void setTexts(const QString &calculation, const QString &grafik,
+                  const QStringList &problems = {});
+    /// A text in their place, before there is a calculation.
+    void showNote(const QString &note);
 
     /// Enable what the chosen action can use.
     void setFourierControls(bool enabled);
     void setDispersionControls(bool enabled);
 
 signals:
+    /// A link in the texts was clicked.
+    void linkClicked(const QUrl &link);
     /// Redraw with this threshold, in sigmas.
     void changeMaxSigma(int sigma);
     /// Redraw with these four dispersions, pc/cm^3.

@@ -8,10 +8,14 @@
 #include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
-constexpr int cyrillicKeyH = 0x0420; // what the key H gives in a Russian keyboard layout
+// what the keys H, L and W give in a Russian keyboard layout
+constexpr int cyrillicKeyH = 0x0420;
+constexpr int cyrillicKeyL = 0x0414;
+constexpr int cyrillicKeyW = 0x0426;
 constexpr double zoomPerNotch = 1.25;
 constexpr double panPerNotch = 0.1; // of the visible part
 constexpr double panPerPage = 0.9;
@@ -49,10 +53,10 @@ void PulsarGrafik::mouseMoveEvent(QMouseEvent *event)
     const QPoint pixel = Plot::wholePixel(event->localPos());
     if (panFrom) {
         const Plot::View shown = view();
-        const QPointF way =
-            Plot::coordsOf(shown, QPointF(*panFrom)) - Plot::coordsOf(shown, QPointF(pixel));
+        const QPointF from = Plot::coordsOf(shown, QPointF(*panFrom));
+        const QPointF to = Plot::coordsOf(shown, QPointF(pixel));
         panFrom = pixel;
-        pan(way.x(), way.y(), Drag);
+        pan(from.x() - to.x(), Plot::scaledY(shown, from.y()) - Plot::scaledY(shown, to.y()), Drag);
     } else {
         history.endGesture();
     }
@@ -63,6 +67,8 @@ void PulsarGrafik::mouseMoveEvent(QMouseEvent *event)
     pointer = pixel;
     pointed = Plot::dataAt(view(), pixel);
     emit coordsChanged(pointed, Plot::labelsAt(plotData, pointed.x()));
+    if (hoverText)
+        showHover(plotData.messageMode ? QStringList() : hoverText(pointed));
     if (dragging && (event->buttons() & Qt::LeftButton))
         select(pressPoint, pixel);
 }
@@ -150,7 +156,7 @@ bool PulsarGrafik::handleKey(const QKeyEvent &event)
             setSpaceHeld(true);
         return true;
     }
-    return zoomByKey(event.key()) || markByKey(event.key());
+    return takeHarmonicNumber(event.key()) || zoomByKey(event.key()) || markByKey(event.key());
 }
 
 bool PulsarGrafik::zoomByKey(int key)
@@ -194,11 +200,20 @@ bool PulsarGrafik::markByKey(int key)
     case Qt::Key_1:
     case Qt::Key_2:
         marks.cursors[key == Qt::Key_1 ? 0 : 1] = Plot::nearestSample(plotData, view(), pointed);
+        keepLegendClear();
         update();
         return true;
     case Qt::Key_H:
     case cyrillicKeyH:
         toggleHarmonics();
+        return Plot::isSpectrum(plotData);
+    case Qt::Key_L:
+    case cyrillicKeyL:
+        setLogarithmic(!wantsLogarithm);
+        return Plot::isSpectrum(plotData);
+    case Qt::Key_W:
+    case cyrillicKeyW:
+        setWhitened(!wantsWhitening);
         return Plot::isSpectrum(plotData);
     case Qt::Key_Escape:
         return removeMarks();
@@ -250,18 +265,71 @@ void PulsarGrafik::stepReadOut(int way)
 void PulsarGrafik::toggleHarmonics()
 {
     constexpr double pointerAccuracy = 2; // pixels
-    if (marks.fundamental)
-        marks.fundamental.reset();
-    else if (Plot::isSpectrum(plotData))
-        marks.fundamental = Plot::peakFrequency(
+    if (marks.fundamental) {
+        setFundamental({});
+        return;
+    }
+    if (Plot::isSpectrum(plotData)) {
+        harmonicFrequency = Plot::peakFrequency(
             plotData, pointed.x(), std::max(0.5, pointerAccuracy * dataPerPixel().x()));
+        fitHarmonics(1);
+        marks.asksForNumber = true;
+    }
+}
+
+// Marks the harmonics of which the line that was pointed at is that of this number.
+void PulsarGrafik::fitHarmonics(int number)
+{
+    Plot::fitHarmonics(marks, plotData, harmonicFrequency, number);
+    keepLegendClear();
     update();
+    emit fundamentalChanged();
+}
+
+void PulsarGrafik::setFundamental(std::optional<double> frequency)
+{
+    if (marks.fundamental == frequency)
+        return;
+    marks.fundamental = frequency;
+    marks.fundamentalError = 0;
+    marks.fittedLines = 0;
+    marks.asksForNumber = false;
+    keepLegendClear();
+    update();
+    emit fundamentalChanged();
+}
+
+// The digit after H; any other key ends the question.
+bool PulsarGrafik::takeHarmonicNumber(int key)
+{
+    if (!std::exchange(marks.asksForNumber, false))
+        return false;
+    update();
+    if (key < Qt::Key_1 || key > Qt::Key_9)
+        return false;
+    fitHarmonics(key - Qt::Key_0);
+    return true;
+}
+
+void PulsarGrafik::showHover(const QStringList &texts)
+{
+    if (marks.hover == texts)
+        return;
+    marks.hover = texts;
+    update(0, 0, width(), Plot::marginTop);
+}
+
+void PulsarGrafik::leaveEvent(QEvent *event)
+{
+    QWidget::leaveEvent(event);
+    showHover({});
 }
 
 // False where there were none.
 bool PulsarGrafik::removeMarks()
 {
     const bool had = marks.cursors[0] || marks.cursors[1] || marks.fundamental || marks.readOut;
+    setFundamental({});
     marks = {};
     update();
     return had;

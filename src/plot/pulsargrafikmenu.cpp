@@ -35,6 +35,15 @@ void PulsarGrafik::contextMenuEvent(QContextMenuEvent *event)
     add(selectedRange() ? "Save selected data..." : "Save visible data...",
         &PulsarGrafik::askAndSaveSamples, hasCurves);
     menu.addSeparator();
+    const auto addSwitch = [&](const QString &text, void (PulsarGrafik::*slot)(bool), bool isOn) {
+        QAction *const action = menu.addAction(text, this, slot);
+        action->setCheckable(true);
+        action->setChecked(isOn);
+        action->setEnabled(hasCurves && Plot::isSpectrum(plotData));
+    };
+    addSwitch("Logarithmic scale\tL", &PulsarGrafik::setLogarithmic, wantsLogarithm);
+    addSwitch("Powers over the noise around\tW", &PulsarGrafik::setWhitened, wantsWhitening);
+    menu.addSeparator();
     add("Zoom to rectangle\tEnter", &PulsarGrafik::zoomToSelection,
         hasCurves && selectedRange().has_value());
     add("Previous view\tBackspace", &PulsarGrafik::showPrevious, hasCurves && !history.isEmpty());
@@ -62,6 +71,8 @@ QString PulsarGrafik::savePicture(const QString &path) const
 {
     Plot::PictureContent content = {plotData, blocks, size(), zoom, shownMarks()};
     content.marks.readOut.reset();
+    content.marks.hover.clear();
+    content.marks.asksForNumber = false;
     content.hasLegend = true;
     if (legend->wasDragged())
         content.marks.legend = legend->pos();

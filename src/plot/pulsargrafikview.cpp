@@ -100,6 +100,7 @@ void PulsarGrafik::applyZoom(const Plot::Zoom &next)
     if (underMouse() && !marks.readOut) // other data lie under the resting pointer
         pointed = Plot::dataAt(view(), pointer);
     announceView();
+    keepLegendClear();
     repaintPlot();
 }
 
@@ -113,16 +114,27 @@ void PulsarGrafik::zoomX(double anchor, double factor, Gesture gesture)
 
 void PulsarGrafik::zoomY(double anchor, double factor, Gesture gesture)
 {
-    const Plot::Range all = Plot::allOfY(plotData);
-    changeZoom({zoom.x, Plot::zoomedAt(view().y, all, anchor, factor, Plot::smallestExtent(all))},
-               gesture);
+    const Plot::View shown = view();
+    const auto scaled = [&](const Plot::Range &range) {
+        return Plot::Range{Plot::scaledY(shown, range.min), Plot::scaledY(shown, range.max)};
+    };
+    const Plot::Range all = scaled(Plot::allOfY(plotData));
+    const Plot::Range next = Plot::zoomedAt(shown.yScale, all, Plot::scaledY(shown, anchor), factor,
+                                            Plot::smallestExtent(all));
+    changeZoom(
+        {zoom.x, Plot::Range{Plot::unscaledY(shown, next.min), Plot::unscaledY(shown, next.max)}},
+        gesture);
 }
 
+// values  as they stand along Y, see Plot::scaledY()
 void PulsarGrafik::pan(double points, double values, Gesture gesture)
 {
     const Plot::View shown = view();
+    const Plot::Range allY = Plot::allOfY(plotData);
+    const Plot::Range y = Plot::panned(
+        shown.yScale, {Plot::scaledY(shown, allY.min), Plot::scaledY(shown, allY.max)}, values);
     changeZoom({Plot::panned(shown.x(), Plot::allOfX(plotData), points),
-                Plot::panned(shown.y, Plot::allOfY(plotData), values)},
+                Plot::Range{Plot::unscaledY(shown, y.min), Plot::unscaledY(shown, y.max)}},
                gesture);
 }
 

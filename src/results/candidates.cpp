@@ -237,15 +237,15 @@ QStringList shownFields(const Candidate &candidate, int number)
     const Peak &peak = candidate.peak;
     // A refined period is written to the second digit of its error.
     const bool isRefined = std::isfinite(peak.periodError);
-    const QString refined = ReportText::withError(peak.period, peak.periodError);
+    const ReportText::WithError refined = ReportText::rounded(peak.period, peak.periodError);
     QStringList remarks;
     if (peak.snrFactor > 1)
         remarks << QString("S/N %1 times too low").arg(peak.snrFactor, 0, 'f', 1);
     if (!candidate.remark.isEmpty())
         remarks << candidate.remark;
     return {QString::number(number),
-            isRefined ? refined.section(' ', 0, 0) : QString::number(peak.period, 'f', 7),
-            isRefined ? refined.section(' ', -1) : QString("-"),
+            isRefined ? refined.value : QString::number(peak.period, 'f', 7),
+            isRefined ? refined.error : QString("-"),
             QString::number(double(peak.snr), 'f', 1),
             remarks.join(", "),
             QString::number(1 / peak.period, 'f', 6),

@@ -1,6 +1,7 @@
 #include "results/filterbank.h"
 
 #include "base/bytetext.h"
+#include "data/samplingstep.h"
 
 #include <QDateTime>
 #include <QIODevice>
@@ -82,8 +83,10 @@ QString filterbankProblem(const FilterbankHeader &header)
         return QString("it has %1 channels").arg(header.channels);
     if (header.bits != 8 && header.bits != 16 && header.bits != 32)
         return QString("its values have %1 bits; 8, 16 and 32 can be imported").arg(header.bits);
-    if (!(header.step > 0) || std::isinf(header.step))
-        return QString("its sampling interval is %1 s").arg(header.step);
+    if (!isStep(header.step))
+        return QString("its sampling interval is %1 s (allowed: %2)")
+            .arg(header.step)
+            .arg(stepRangeText("s", 1));
     const double last = header.firstBand + (header.channels - 1) * header.bandStep;
     if (!(header.firstBand > 0) || !(last > 0) || std::isinf(header.firstBand) || std::isinf(last))
         return QString("its channels reach from %1 to %2 MHz").arg(header.firstBand).arg(last);
@@ -173,12 +176,6 @@ QString readFilterbank(QIODevice &device, FilterbankHeader &header)
         }
     }
     return "its header ends early";
-}
-
-double modifiedJulianDate(const QDateTime &utc)
-{
-    return double(utc.date().toJulianDay() - julianDayOfZero) +
-           utc.time().msecsSinceStartOfDay() / msPerDay;
 }
 
 QDateTime dateOfModifiedJulian(double days)

@@ -33,8 +33,7 @@ QByteArray filterbankBytes(const FilterbankHeader &header);
 ///         used
 QString readFilterbank(QIODevice &device, FilterbankHeader &header);
 
-/// Days of a moment in UTC since 1858 November 17, 0h.
-double modifiedJulianDate(const QDateTime &utc);
+/// Moment in UTC, given in days since 1858 November 17, 0h.
 QDateTime dateOfModifiedJulian(double days);
 
 } // namespace Results

@@ -21,7 +21,14 @@ inline QString count(double expected)
            (expected < 10 ? QString::number(expected, 'g', 2) : QString::number(expected, 'f', 0));
 }
 
-/// A value with its error, both to the second digit of the error: "26.21 +- 0.13".
+/// A value and its error, both to the second digit of the error.
+struct WithError {
+    QString value;
+    QString error;
+};
+WithError rounded(double value, double error);
+
+/// The same as one text: "26.21 +- 0.13".
 QString withError(double value, double error);
 
 } // namespace ReportText

@@ -4,11 +4,7 @@
 
 namespace Simulator {
 
-namespace {
-
-constexpr double rootOfTwoPi = 2.5066282746310002;
-
-// e^-y for y from 0 to 32: Taylor series of the 1024th root, squared ten times.
+// Taylor series of the 1024th root, squared ten times.
 double expOfMinus(double y)
 {
     const double x = -y / 1024;
@@ -19,6 +15,10 @@ double expOfMinus(double y)
         sum *= sum;
     return sum;
 }
+
+namespace {
+
+constexpr double rootOfTwoPi = 2.5066282746310002;
 
 double normalDensity(double x)
 {

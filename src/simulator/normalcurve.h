@@ -4,6 +4,9 @@
 
 namespace Simulator {
 
+/// e^-y for y from 0 to 32, with the four operations alone.
+double expOfMinus(double y);
+
 /// Share of a normal distribution (mean 0, sigma 1) that lies below x. Computed with the four
 /// operations alone, so that every machine gets the same bits; absolute error below 1e-13.
 double normalDistribution(double x);

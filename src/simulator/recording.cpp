@@ -1,7 +1,9 @@
 #include "simulator/recording.h"
 
+#include "base/freeroom.h"
 #include "base/numbertext.h"
 #include "base/timetext.h"
+#include "coords/site.h"
 #include "data/recordingtime.h"
 #include "data/recordingwriter.h"
 #include "simulator/samplesource.h"
@@ -14,7 +16,6 @@ namespace Simulator {
 
 namespace {
 
-constexpr double eastLongitude = 2.508666666666667; // h, of the telescope
 constexpr qint64 floatsPerBlock = qint64(1) << 18;
 
 int pointsPerBlock(const Simulation &simulation)
@@ -32,7 +33,8 @@ QString siderealTime(const QDateTime &utc)
     const double days = double(utc.date().toJulianDay() - 2451545) - 0.5;
     const double t = days / 36525;
     const double seconds = 24110.54841 + 8640184.812866 * t + 0.093104 * t * t +
-                           QTime(0, 0).secsTo(utc.time()) * siderealRate + eastLongitude * 3600;
+                           QTime(0, 0).secsTo(utc.time()) * siderealRate +
+                           Tools::Site::eastLongitude * 3600;
     const int whole = int(seconds - daySeconds * std::floor(seconds / daySeconds));
     return QString("%1:%2:%3").arg(whole / 3600).arg(whole / 60 % 60).arg(whole % 60);
 }
@@ -43,8 +45,8 @@ QByteArray passport(const Simulation &s)
     for (const double frequency : s.fbands)
         bands << exactText(frequency);
     QStringList modules;
-    for (int module = 1; module <= s.modules; ++module)
-        modules << QString::number(module);
+    for (int module = 0; module < s.modules; ++module)
+        modules << QString::number(s.firstModule + module);
     const QDateTime begin = s.beginTime;
     const QDateTime end = begin.addMSecs(qint64(s.npoints * s.msPerPoint));
 
@@ -68,8 +70,11 @@ QByteArray passport(const Simulation &s)
 WriteFailure writeRecording(const Simulation &simulation, const QString &path,
                             const std::function<bool(int)> &progress)
 {
+    const QByteArray header = passport(simulation);
+    if (WriteFailure failure = missingRoom(path, header.size() + sampleBytes(simulation)))
+        return failure;
     RecordingWriter writer;
-    if (WriteFailure failure = writer.open(path, passport(simulation)))
+    if (WriteFailure failure = writer.open(path, header))
         return failure;
 
     SampleSource source(simulation);
@@ -104,6 +109,9 @@ ObservationData makeRecording(const Simulation &simulation)
     data.modules = simulation.modules;
     data.channels = channels;
     data.rays = simulation.rays;
+    data.firstModule = simulation.firstModule;
+    for (int module = 0; module < simulation.modules; ++module)
+        data.moduleNumbers.push_back(simulation.firstModule + module);
     data.tresolution = simulation.msPerPoint / 1000.0;
     data.sampleFactor = 0.89;
     data.sampleMarker = -1.0;

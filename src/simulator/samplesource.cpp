@@ -37,13 +37,15 @@ SampleSource::SampleSource(const Simulation &s)
     driftKnots.resize(std::size_t(s.modules) * std::size_t(s.rays));
     if (s.drift > 0) {
         std::mt19937 drift = generatorOf(s.seed, driftStream);
-        const int knots = int(s.npoints * step / s.driftTime) + 4;
+        const int knots = int((s.earlierPoints + s.npoints) * step / s.driftTime) + 4;
         for (std::vector<double> &row : driftKnots) {
             row.resize(std::size_t(knots));
             for (double &knot : row)
                 knot = s.drift * s.sigma * symmetricDraw(drift);
         }
     }
+    if (s.noise)
+        generator.discard(quint64(s.earlierPoints) * driftKnots.size() * quint64(bands));
     std::mt19937 sparks = generatorOf(s.seed, impulseStream);
     for (const Impulses &impulses : s.impulses) {
         std::vector<int> points(std::size_t(impulses.count));
@@ -59,8 +61,12 @@ void SampleSource::read(float *block, int count)
     fillWithNoise(block, count);
     for (const PulseTrain &train : simulation.pulseTrains)
         addTrain(block, count, train);
+    for (const PulseTrain &train : simulation.trainsEverywhere)
+        addEverywhere(block, count, train);
     for (const SinglePulse &pulse : simulation.pulses)
         addSingle(block, count, pulse);
+    for (const PulseSeries &series : simulation.pulseSeries)
+        addSeries(block, count, series);
     for (const NarrowBandLine &line : simulation.lines)
         addLine(block, count, line);
     for (std::size_t i = 0; i < impulsePoints.size(); ++i)
@@ -82,7 +88,7 @@ double SampleSource::level(const std::vector<double> &knots, int point) const
 {
     if (knots.empty())
         return simulation.level;
-    const double position = point * step / simulation.driftTime;
+    const double position = (simulation.earlierPoints + point) * step / simulation.driftTime;
     const int first = int(position);
     const double u = position - first;
     const double v = 1 - u;
@@ -113,33 +119,67 @@ void SampleSource::fillWithNoise(float *block, int count)
     }
 }
 
-void SampleSource::addTrain(float *block, int count, const PulseTrain &train) const
+// Adds a train, in one band that receives it `offset` seconds late, to points that stand `apart`
+// floats from each other.
+void SampleSource::addTrain(float *firstPoint, qint64 apart, int count, const PulseTrain &train,
+                            double offset) const
 {
     const double reach = reachInSigmas * train.width / widthPerSigma + step;
     const double height = train.strength * simulation.sigma;
-    for (int band = 0; band < bands; ++band) {
-        const double offset = train.phase * train.period + lag(simulation, band, train.dispersion);
-        const double from = nextPoint * step - reach - offset;
-        const double to = (qint64(nextPoint) + count) * step + reach - offset;
-        const double first = std::ceil(from / train.period);
-        const qint64 pulses = qint64(std::floor(to / train.period) - first) + 1;
-        float *const out = row(block, train.module, train.ray) + band;
-        for (qint64 i = 0; i < pulses; ++i)
-            addPulse(out, count, (first + double(i)) * train.period + offset, train.width, height);
+    const double from = nextPoint * step - reach - offset;
+    const double to = (qint64(nextPoint) + count) * step + reach - offset;
+    const double first = std::ceil(from / train.period);
+    const qint64 pulses = qint64(std::floor(to / train.period) - first) + 1;
+    for (qint64 i = 0; i < pulses; ++i)
+        addPulse(firstPoint, apart, count, (first + double(i)) * train.period + offset, train.width,
+                 height);
+}
+
+void SampleSource::addTrain(float *block, int count, const PulseTrain &train) const
+{
+    for (int band = 0; band < bands; ++band)
+        addTrain(row(block, train.module, train.ray) + band, stride, count, train,
+                 train.phase * train.period + lag(simulation, band, train.dispersion));
+}
+
+void SampleSource::addEverywhere(float *block, int count, const PulseTrain &train) const
+{
+    std::vector<float> sum(std::size_t(count), 0);
+    addTrain(sum.data(), 1, count, train, train.phase * train.period);
+    for (const float value : sum) {
+        for (float *const end = block + stride; block < end; ++block)
+            *block += value;
     }
 }
 
 void SampleSource::addSingle(float *block, int count, const SinglePulse &pulse) const
 {
     for (int band = 0; band < bands; ++band)
-        addPulse(row(block, pulse.module, pulse.ray) + band, count,
+        addPulse(row(block, pulse.module, pulse.ray) + band, stride, count,
                  pulse.time + lag(simulation, band, pulse.dispersion), pulse.width,
                  pulse.strength * simulation.sigma);
 }
 
-// Adds a Gaussian to one band of the block. Its mean over a step is the difference of its
-// integral at the two ends.
-void SampleSource::addPulse(float *band, int count, double time, double width, double height) const
+void SampleSource::addSeries(float *block, int count, const PulseSeries &series) const
+{
+    const double reach = reachInSigmas * series.width / widthPerSigma + step;
+    for (int band = 0; band < bands; ++band) {
+        const double offset = lag(simulation, band, series.dispersion);
+        const double from = nextPoint * step - reach - offset;
+        const double to = (qint64(nextPoint) + count) * step + reach - offset;
+        float *const out = row(block, series.module, series.ray) + band;
+        const auto first = std::lower_bound(series.times.begin(), series.times.end(), from);
+        for (auto time = first; time != series.times.end() && *time <= to; ++time) {
+            const double strength = series.strengths[std::size_t(time - series.times.begin())];
+            addPulse(out, stride, count, *time + offset, series.width, strength * simulation.sigma);
+        }
+    }
+}
+
+// Adds a Gaussian to points that stand `apart` floats from each other. Its mean over a step is the
+// difference of its integral at the two ends.
+void SampleSource::addPulse(float *firstPoint, qint64 apart, int count, double time, double width,
+                            double height) const
 {
     const double sigma = width / widthPerSigma / step; // points
     const double area = height * sigma * rootOfTwoPi;
@@ -150,7 +190,7 @@ void SampleSource::addPulse(float *band, int count, double time, double width, d
     double below = normalDistribution((first - 0.5 - peak) / sigma);
     for (int i = first; i < end; ++i) {
         const double above = normalDistribution((i + 0.5 - peak) / sigma);
-        band[i * stride] += float(area * (above - below));
+        firstPoint[i * apart] += float(area * (above - below));
         below = above;
     }
 }

@@ -25,9 +25,14 @@ private:
     float *row(float *block, int module, int ray) const;
     double level(const std::vector<double> &knots, int point) const;
     void fillWithNoise(float *block, int count);
+    void addTrain(float *first, qint64 apart, int count, const PulseTrain &train,
+                  double offset) const;
     void addTrain(float *block, int count, const PulseTrain &train) const;
+    void addEverywhere(float *block, int count, const PulseTrain &train) const;
     void addSingle(float *block, int count, const SinglePulse &pulse) const;
-    void addPulse(float *band, int count, double time, double width, double height) const;
+    void addSeries(float *block, int count, const PulseSeries &series) const;
+    void addPulse(float *first, qint64 apart, int count, double time, double width,
+                  double height) const;
     void addLine(float *block, int count, const NarrowBandLine &line) const;
     void addImpulses(float *block, int count, std::size_t index) const;
     void multiply(float *block, int count, const GainStep &step) const;

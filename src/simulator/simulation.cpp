@@ -2,18 +2,20 @@
 
 #include "calc/banddelays.h"
 #include "calc/pulsar/pulsarcommand.h"
+#include "data/samplingstep.h"
 
 #include <cmath>
+#include <limits>
 
 namespace Simulator {
 
 namespace {
 
 constexpr qint64 mostFloatsPerPoint = qint64(1) << 24;
+constexpr int mostModuleNumber = 1 << 28;
 constexpr int mostBands = 100000;
 constexpr double longestLag = 1e6;       // s
 constexpr double longestRecording = 1e8; // s
-constexpr double shortestStep = 1e-6;    // ms
 constexpr double largestValue = 1e12;    // products of three still fit a float
 
 bool isPositive(double value)
@@ -52,15 +54,21 @@ QString refusedCounts(const Simulation &s)
                 .arg(mostFloatsPerPoint);
         floats *= count;
     }
+    if (s.firstModule < 1 || s.firstModule > mostModuleNumber)
+        return QString("The first module must have a number from 1 to %1, not %2.")
+            .arg(mostModuleNumber)
+            .arg(s.firstModule);
     return {};
 }
 
 QString refusedReceiver(const Simulation &s)
 {
-    if (!(s.msPerPoint >= shortestStep))
-        return QString("The step must be at least %1 ms, not %2 ms.")
-            .arg(shortestStep)
+    if (!isStep(s.msPerPoint / 1000))
+        return QString("The step must be %1, not %2 ms.")
+            .arg(stepRangeText("ms", 1000))
             .arg(s.msPerPoint);
+    if (s.earlierPoints < 0 || s.earlierPoints > std::numeric_limits<int>::max() - s.npoints)
+        return QString("There cannot be %1 points before %2.").arg(s.earlierPoints).arg(s.npoints);
     if (!(s.npoints * s.msPerPoint / 1000 <= longestRecording))
         return QString("%1 points of %2 ms are longer than %3 s.")
             .arg(s.npoints)
@@ -163,6 +171,30 @@ QString refusedSource(const Simulation &s, const SinglePulse &pulse)
     return refusedShape(s, pulse, "Pulse");
 }
 
+QString refusedSource(const Simulation &s, const PulseSeries &series)
+{
+    const QString what = "Pulses";
+    if (series.times.size() != series.strengths.size())
+        return QString("%1: there are %2 times and %3 strengths.")
+            .arg(what)
+            .arg(series.times.size())
+            .arg(series.strengths.size());
+    SinglePulse pulse;
+    pulse.width = series.width;
+    pulse.dispersion = series.dispersion;
+    if (QString text = refusedShape(s, pulse, what); !text.isEmpty())
+        return text;
+    for (const double time : series.times) {
+        if (!std::isfinite(time))
+            return what + ": the times must be numbers.";
+    }
+    for (const double strength : series.strengths) {
+        if (QString text = refusedSize(what + ": the strength", strength); !text.isEmpty())
+            return text;
+    }
+    return {};
+}
+
 QString refusedSource(const Simulation &s, const NarrowBandLine &line)
 {
     if (line.band < 1 || line.band > int(s.fbands.size()))
@@ -218,8 +250,10 @@ QString refusal(const Simulation &s)
 {
     for (const QString &text :
          {refusedCounts(s), refusedReceiver(s), refusedAmong(s, s.pulseTrains, "Pulsar"),
-          refusedAmong(s, s.pulses, "Pulse"), refusedAmong(s, s.lines, "Line"),
-          refusedAmong(s, s.impulses, "Impulses"), refusedAmong(s, s.gainSteps, "Gain step")}) {
+          refusedAmong(s, s.trainsEverywhere, "Pulses in all rays"),
+          refusedAmong(s, s.pulses, "Pulse"), refusedAmong(s, s.pulseSeries, "Pulses"),
+          refusedAmong(s, s.lines, "Line"), refusedAmong(s, s.impulses, "Impulses"),
+          refusedAmong(s, s.gainSteps, "Gain step")}) {
         if (!text.isEmpty())
             return text;
     }
@@ -236,6 +270,11 @@ double lag(const Simulation &simulation, int band, double dispersion)
 qint64 floatsPerPoint(const Simulation &simulation)
 {
     return qint64(simulation.modules) * simulation.rays * (qint64(simulation.fbands.size()) + 1);
+}
+
+qint64 sampleBytes(const Simulation &simulation)
+{
+    return floatsPerPoint(simulation) * simulation.npoints * qint64(sizeof(float));
 }
 
 Simulation demonstration()

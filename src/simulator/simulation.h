@@ -28,6 +28,16 @@ struct SinglePulse {
     double strength = 1;   ///< peak height in units of the noise sigma of one band
 };
 
+/// Pulses of one shape at given times.
+struct PulseSeries {
+    int module = 1;
+    int ray = 1;
+    double width = 0.05;           ///< s, full width at half maximum
+    double dispersion = 0;         ///< pc/cm^3
+    std::vector<double> times;     ///< s from the begin to the peaks in the last band, ascending
+    std::vector<double> strengths; ///< peak heights, units of the noise sigma; one for each time
+};
+
 /// A transmitter in one band: the level is raised between two times.
 struct NarrowBandLine {
     int module = 1;
@@ -68,11 +78,13 @@ std::vector<double> evenBands(double first, double spacing, int count);
 struct Simulation {
     int npoints = 40000;
     int modules = 1;
+    int firstModule = 1; ///< its number in the passport
     int rays = 8;
     double msPerPoint = 12.4928;
     std::vector<double> fbands = evenBands(120.0, 0.078125, 32);   ///< MHz
     QDateTime beginTime{QDate(2015, 4, 1), QTime(12, 0), Qt::UTC}; ///< whole seconds
     quint32 seed = 1;
+    int earlierPoints = 0; ///< of the same receiver before the begin: its noise and drift go on
 
     double level = 100;     ///< mean of the receiver noise, units of the file
     double sigma = 1;       ///< standard deviation of one sample, units of the file
@@ -81,7 +93,10 @@ struct Simulation {
     double driftTime = 100; ///< s in which the level turns, at least 100 steps
 
     std::vector<PulseTrain> pulseTrains;
+    /// The same in all bands of all rays; their module, ray and dispersion are not used.
+    std::vector<PulseTrain> trainsEverywhere;
     std::vector<SinglePulse> pulses;
+    std::vector<PulseSeries> pulseSeries;
     std::vector<NarrowBandLine> lines;
     std::vector<Impulses> impulses;
     std::vector<GainStep> gainSteps;
@@ -95,6 +110,9 @@ double lag(const Simulation &simulation, int band, double dispersion);
 
 /// Floats of one point: modules x rays x (bands + 1). Only of a simulation not refused.
 qint64 floatsPerPoint(const Simulation &simulation);
+
+/// Size of the samples in a file, bytes. Only of a simulation not refused.
+qint64 sampleBytes(const Simulation &simulation);
 
 /// The demonstration recording: 17 minutes of 8 rays, begun at 11:58:47 UTC. Ray 7 holds a
 /// pulsar of period 3.032 s and dispersion 26.2 pc/cm^3, the presets of the pulsar form; ray 3 a

@@ -1,58 +1,12 @@
 #include "simulator/simulationoptions.h"
 
+#include "simulator/optionreading.h"
+
 #include <QStringList>
-#include <initializer_list>
-#include <variant>
 
 namespace Simulator {
 
 namespace {
-
-using Target = std::variant<int *, quint32 *, double *>;
-
-bool readNumber(const QString &text, Target target)
-{
-    bool good = false;
-    if (int **const number = std::get_if<int *>(&target))
-        **number = text.toInt(&good);
-    else if (quint32 **const natural = std::get_if<quint32 *>(&target))
-        **natural = text.toUInt(&good);
-    else
-        *std::get<double *>(target) = text.toDouble(&good);
-    return good;
-}
-
-// An option with one number; left alone when it was not given.
-QString readOption(const QCommandLineParser &parser, const QString &name, Target target)
-{
-    if (!parser.isSet(name) || readNumber(parser.value(name), target))
-        return {};
-    return QString("--%1: \"%2\" is not a number it can take.").arg(name, parser.value(name));
-}
-
-struct Field {
-    const char *key;
-    Target target;
-};
-
-// "key=number,key=number"; keys that do not occur leave their fields alone.
-QString readFields(const QString &option, const QString &text, std::initializer_list<Field> fields)
-{
-    QStringList keys;
-    for (const Field &field : fields)
-        keys << field.key;
-    for (const QString &item : text.split(',', Qt::SkipEmptyParts)) {
-        const QString key = item.section('=', 0, 0).trimmed();
-        const QString value = item.section('=', 1).trimmed();
-        const int index = int(keys.indexOf(key));
-        if (index < 0)
-            return QString("--%1: \"%2\" is unknown; it takes %3.")
-                .arg(option, key, keys.join(", "));
-        if (!readNumber(value, (fields.begin() + index)->target))
-            return QString("--%1: %2=\"%3\" is not a number it can take.").arg(option, key, value);
-    }
-    return {};
-}
 
 // The fields of one source, in the words of the command line.
 QString readSource(const QString &text, PulseTrain &train)
@@ -107,25 +61,14 @@ QString readSource(const QString &text, GainStep &step)
                        {"factor", &step.factor}});
 }
 
-template <typename Source>
-QString readSources(const QStringList &texts, std::vector<Source> &sources)
-{
-    for (const QString &text : texts) {
-        Source source;
-        if (QString error = readSource(text, source); !error.isEmpty())
-            return error;
-        sources.push_back(source);
-    }
-    return {};
-}
-
 QString readBands(const QCommandLineParser &parser, Simulation &simulation)
 {
     if (parser.isSet("band-list")) {
         std::vector<double> bands;
         for (const QString &item : parser.value("band-list").split(' ', Qt::SkipEmptyParts)) {
-            double frequency = 0;
-            if (!readNumber(item, &frequency))
+            bool good = false;
+            const double frequency = item.toDouble(&good);
+            if (!good)
                 return QString("--band-list: \"%1\" is not a frequency.").arg(item);
             bands.push_back(frequency);
         }
@@ -134,9 +77,10 @@ QString readBands(const QCommandLineParser &parser, Simulation &simulation)
     }
     if (!parser.isSet("bands") && !parser.isSet("first-band") && !parser.isSet("band-spacing"))
         return {};
-    int count = 32;
-    double first = 120.0;
-    double spacing = 0.078125;
+    const std::vector<double> given = simulation.fbands;
+    int count = int(given.size());
+    double first = given.front();
+    double spacing = count > 1 ? given[1] - first : 0;
     for (const QString &error :
          {readOption(parser, "bands", &count), readOption(parser, "first-band", &first),
           readOption(parser, "band-spacing", &spacing)}) {
@@ -167,6 +111,7 @@ void addOptions(QCommandLineParser &parser)
     parser.addOptions({
         {"points", "Samples per channel (40000).", "number"},
         {"modules", "Receiver modules (1).", "number"},
+        {"first-module", "Number of the first module (1).", "number"},
         {"rays", "Rays per module (8).", "number"},
         {"bands", "Frequency bands (32).", "number"},
         {"first-band", "Centre of the first band (120).", "MHz"},
@@ -209,11 +154,13 @@ void addOptions(QCommandLineParser &parser)
 
 QString readOptions(const QCommandLineParser &parser, Simulation &s)
 {
+    const auto readOne = [](const QString &text, auto &source) { return readSource(text, source); };
     if (parser.isSet("no-noise"))
         s.noise = false;
     for (const QString &error : {
              readOption(parser, "points", &s.npoints),
              readOption(parser, "modules", &s.modules),
+             readOption(parser, "first-module", &s.firstModule),
              readOption(parser, "rays", &s.rays),
              readBands(parser, s),
              readOption(parser, "step", &s.msPerPoint),
@@ -223,11 +170,11 @@ QString readOptions(const QCommandLineParser &parser, Simulation &s)
              readOption(parser, "sigma", &s.sigma),
              readOption(parser, "drift", &s.drift),
              readOption(parser, "drift-time", &s.driftTime),
-             readSources(parser.values("pulsar"), s.pulseTrains),
-             readSources(parser.values("pulse"), s.pulses),
-             readSources(parser.values("line"), s.lines),
-             readSources(parser.values("impulses"), s.impulses),
-             readSources(parser.values("gain-step"), s.gainSteps),
+             readSources(parser.values("pulsar"), s.pulseTrains, readOne),
+             readSources(parser.values("pulse"), s.pulses, readOne),
+             readSources(parser.values("line"), s.lines, readOne),
+             readSources(parser.values("impulses"), s.impulses, readOne),
+             readSources(parser.values("gain-step"), s.gainSteps, readOne),
          }) {
         if (!error.isEmpty())
             return error;

@@ -1,5 +1,6 @@
 #include "app/shell/clicklable.h"
 #include "app/shell/directoryof.h"
+#include "app/shell/errorbox.h"
 #include "app/shell/progresstask.h"
 #include "app/shell/settings.h"
 #include "support/testmain.h"
@@ -13,10 +14,12 @@ class TestShell : public QObject {
 
 private slots:
     void directory();
+    void folderOfDialogs();
     void linkColours();
     void storedValues();
     void progressDots();
     void taskHoldsTheWindow();
+    void boxHidesNoField();
 };
 
 void TestShell::directory()
@@ -28,6 +31,14 @@ void TestShell::directory()
                                           {"x.pnt", QDir::homePath()},
                                           {"/", QDir::homePath()}})
         QCOMPARE(directoryOf(path), directory);
+}
+
+void TestShell::folderOfDialogs()
+{
+    const QTemporaryDir there;
+    QCOMPARE(startFolder(there.path()), there.path());
+    QCOMPARE(startFolder(there.filePath("gone")), QDir::homePath());
+    QCOMPARE(startFolder(""), QDir::homePath());
 }
 
 void TestShell::linkColours()
@@ -65,10 +76,12 @@ void TestShell::storedValues()
     store.setValue("lastOpenPath", "/elsewhere");
     store.setValue("graphWidth", "900");
     store.sync();
-    // The second time after it was closed at full size.
+    // The second time after it was closed at full size, which it has again; the size that it goes
+    // back to is still the one before.
     for (const bool isAgain : {false, true}) {
         QWidget restored;
         settings->restore(&restored);
+        QCOMPARE(restored.isMaximized(), isAgain);
         QCOMPARE(restored.size(), QSize(640, 480));
         QCOMPARE(settings->lastOpenPath(), QString("/elsewhere"));
         QCOMPARE(settings->graphWidth, QString("900"));
@@ -123,6 +136,21 @@ void TestShell::taskHoldsTheWindow()
     QTRY_VERIFY(!window.isVisible());
     QTest::keyClick(&window, Qt::Key_Escape);
     Settings::instance()->setUi({});
+}
+
+// Wherever the field is, as long as the screen has the room.
+void TestShell::boxHidesNoField()
+{
+    const QRect screen(0, 0, 1280, 720);
+    const QSize box(400, 200);
+    for (const QRect &kept : {QRect(10, 200, 100, 30), QRect(500, 300, 300, 30),
+                              QRect(0, 340, 1280, 30), QRect(600, 0, 60, 720)}) {
+        const QRect place = placeBeside(kept, box, screen, screen);
+        QVERIFY(!place.intersects(kept) && screen.contains(place));
+        QCOMPARE(place.size(), box);
+    }
+    QCOMPARE(placeBeside({10, 200, 100, 30}, box, screen, screen).center(), screen.center());
+    QVERIFY(screen.contains(placeBeside(screen, box, screen, screen)));
 }
 
 ZRT_GUI_TEST_MAIN(TestShell)

@@ -204,8 +204,11 @@ void TestProgram::sameAsForm()
     QString report;
     for (const Results::HeaderLine &line : read.table.request)
         report += line.key == "report" ? line.value + "\n" : QString();
-    const QStringList lines = expected.description.split('\n', Qt::SkipEmptyParts);
-    QCOMPARE(report, (lines + expected.remarks).join('\n') + "\n");
+    QStringList lines = expected.report.lines();
+    for (const Results::Report &note : expected.notes())
+        lines << note.lines();
+    lines.removeAll({});
+    QCOMPARE(report, lines.join('\n') + "\n");
 }
 
 void TestProgram::candidatesAreThoseOfTheForm()
@@ -376,7 +379,7 @@ void TestProgram::examples_data()
         const QString name = names.next().captured(1);
         QTest::addRow("%s", qPrintable(name)) << commandsIn(run(name + " --help").out);
     }
-    QCOMPARE(count, 16);
+    QCOMPARE(count, 18);
     QTest::newRow("README") << commandsIn(QString::fromUtf8(contentOf(ZRT_SOURCE "/README.md")));
 }
 

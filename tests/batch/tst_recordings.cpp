@@ -6,6 +6,7 @@
 #include "support/recordings.h"
 #include "support/testmain.h"
 
+#include <QRegularExpression>
 #include <cmath>
 
 // What the program says of recordings that are damaged or odd, and how recordings become
@@ -103,6 +104,14 @@ void TestRecordings::samplesThatAreNoNumbers()
     QCOMPARE(none.code, 65);
     QVERIFY2(none.errors.contains("no finite number"), qPrintable(none.errors));
     QVERIFY(madeOf("none.pnt").isEmpty());
+    if (!command.contains(QRegularExpression("^(sum|fourier|dmscan|ffa)")))
+        return;
+    const Ended without = run(command + " --ray 1 --channels-off 5 holed.pnt");
+    QCOMPARE(without.code, 0);
+    QVERIFY2(!without.errors.contains("finite"), qPrintable(without.errors));
+    QVERIFY(contentOf(path("holed.pnt." + command.section(' ', 0, 0) + ".txt"))
+                .contains("channels_off: 5\n"));
+    QCOMPARE(run(command + " --ray 1 --channels-off 5,34 holed.pnt --tag bad").code, 65);
 }
 
 // Another length than the form's is the same sum.
@@ -244,6 +253,9 @@ void TestRecordings::filterbanksOfBothWays_data()
     QTest::newRow("65536 channels") << 65536 << 0.25 << -0.0009765625 << true;
     QTest::newRow("65536 channels with long numbers") << 65536 << 0.25 << -0.001 / 7 << false;
     QTest::newRow("65537 channels") << 65537 << 0.25 << -0.0009765625 << false;
+    QTest::newRow("shortest step") << 3 << 1e-9 << -0.5 << true;
+    QTest::newRow("step too short") << 3 << 1e-300 << -0.5 << false;
+    QTest::newRow("longest step") << 3 << 1e5 << -0.5 << true;
     QTest::newRow("step beyond any passport") << 3 << 1e307 << -0.5 << false;
     QTest::newRow("no distance between the bands") << 3 << 0.25 << 0.0 << true;
 }

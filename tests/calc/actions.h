@@ -55,6 +55,15 @@ inline PulsarResult resultOf(const QString &action, const ObservationData &data,
     return calculate.result();
 }
 
+// What stands below the report, one text per remark.
+inline QStringList notesOf(const PulsarResult &result)
+{
+    QStringList texts;
+    for (const Results::Report &note : result.notes())
+        texts << note.plainText();
+    return texts;
+}
+
 // The number behind a text of the report, or NaN.
 inline double numberAfter(const QString &report, const QString &text)
 {

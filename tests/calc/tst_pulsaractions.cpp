@@ -37,7 +37,7 @@ void spectrumAndPeriod1807(const ObservationData &data)
     std::pair<double, double> best; // S/N and period
     for (int k = -20; k <= 20; ++k) {
         parameters.period = 0.16372 + k * 5e-6;
-        const QString report = resultOf("sumPeriod", data, parameters).description;
+        const QString report = resultOf("sumPeriod", data, parameters).description();
         best = std::max(best, {numberAfter(report, "S/N ="), parameters.period});
     }
     QVERIFY(best.first > 100);
@@ -49,7 +49,7 @@ void spectrumAndScan329(const ObservationData &data)
 {
     compareSpectrum(data, 26.76, {{16, 250.4f}, {32, 251.9f}, {80, 230.4f}, {960, 61.3f}});
     const PulsarParameters parameters = with(parametersFor(26.76, 960), &P::noise, "without");
-    const QString report = resultOf("sumAllDispersions", data, parameters).description;
+    const QString report = resultOf("sumAllDispersions", data, parameters).description();
     const double maximum = numberAfter(report, "Maximum:\ndisp =");
     QVERIFY2(maximum >= 22 && maximum <= 24, qPrintable(report));
     const QRegularExpression cubic("disp = ([0-9.]+) value = \\S+ \\(maximum\\)");
@@ -81,6 +81,7 @@ private slots:
     void scanFindsTheDispersion();
     void scanOfNoiseClaimsNothing();
     void scanEqualsSeparateSpectra();
+    void cutsOutWhatIsListed();
     void cancelEndsAScan();
     void realRecordings();
 };
@@ -92,14 +93,14 @@ void TestPulsarActions::reports()
     // Sigma of 8192 values of which one is 32 (the float samples add about 1e-6): 32 / sqrt(8192).
     const QString expected = "Sigma = 0.353553\n6 sigma = 2.12132\n\nHarmonics >= 6 sigma:\n\n"
                              "100: 32\n\nFirst harmonic:\nnum = 100\nvalue = 32\n";
-    QCOMPARE(one.description, expected);
+    QCOMPARE(one.description(), expected);
     QCOMPARE(one.points, 8192);
     QCOMPARE(one.curves[2][8191], float(6 * 32 / std::sqrt(8192.0)));
 
     const PulsarResult twenty = resultOf("sumChannelsAndFourier", sines(50, 20), parameters);
-    QVERIFY(twenty.description.contains("\n750: 32\n"));
-    QVERIFY(!twenty.description.contains("\n800: "));
-    QVERIFY(twenty.remarks[0].contains("\n20 of 8192 values lie above 6 sigma, the first 15"));
+    QVERIFY(twenty.description().contains("\n750: 32\n"));
+    QVERIFY(!twenty.description().contains("\n800: "));
+    QVERIFY(notesOf(twenty)[0].contains("\n20 of 8192 values lie above 6 sigma, the first 15"));
 }
 
 void TestPulsarActions::refusals()
@@ -146,8 +147,8 @@ void TestPulsarActions::foldFindsThePulse()
         // before the first sample's time.
         const double step = simulation.msPerPoint / 1000;
         const double distance = std::remainder(
-            numberAfter(result.description, "Phase of peak =") - phase - step / 2 / period, 1.0);
-        QVERIFY2(std::abs(distance) < 0.02, qPrintable(result.description));
+            numberAfter(result.description(), "Phase of peak =") - phase - step / 2 / period, 1.0);
+        QVERIFY2(std::abs(distance) < 0.02, qPrintable(result.description()));
 
         // Matched boxcar on a Gaussian of that width: 0.94 of the matched filter's
         // A sqrt(N width / period) (pi / (4 ln 2))^(1/4) / sqrt(2)^(1/2) per sample noise 1.
@@ -155,7 +156,7 @@ void TestPulsarActions::foldFindsThePulse()
         const double sigmaOfPulse = width / 2.3548 / step; // samples
         const double energy = strength * strength * std::sqrt(M_PI) * sigmaOfPulse;
         const double matched = std::sqrt(energy * simulation.npoints / samplesPerPeriod);
-        const double snr = numberAfter(result.description, "S/N =");
+        const double snr = numberAfter(result.description(), "S/N =");
         QVERIFY2(snr > 0.75 * matched && snr < 1.15 * matched,
                  qPrintable(QString("%1, matched filter %2").arg(snr).arg(matched)));
         QCOMPARE(result.points, int(std::round(samplesPerPeriod)));
@@ -181,9 +182,9 @@ void TestPulsarActions::scanFindsTheDispersion()
                 resultOf("sumAllDispersions", Simulator::makeRecording(simulation),
                          parametersFor(typed, 1001));
             QCOMPARE(result.points, 201);
-            const double error = numberAfter(result.description, "+-");
-            const double off = numberAfter(result.description, "DM =") - dispersion;
-            QVERIFY2(error < 2, qPrintable(result.description));
+            const double error = numberAfter(result.description(), "+-");
+            const double off = numberAfter(result.description(), "DM =") - dispersion;
+            QVERIFY2(error < 2, qPrintable(result.description()));
             sum += off / error;
             withinTwo += std::abs(off) < 2 * error;
         }
@@ -196,10 +197,12 @@ void TestPulsarActions::scanFindsTheDispersion()
 void TestPulsarActions::scanOfNoiseClaimsNothing()
 {
     for (const int harmonic : {1, 30, 1000, 3000, 8000}) {
-        const QString report = resultOf("sumAllDispersions", Simulator::makeRecording(oneRay()),
-                                        parametersFor(26.2, harmonic))
-                                   .description;
-        QVERIFY2(report.contains("does not tell the dispersion"), qPrintable(report));
+        const QString report = resultOf("sumTimeDispersions", Simulator::makeRecording(oneRay()),
+                                        with(parametersFor(26.2, harmonic), &P::startDelta, 10000))
+                                   .description();
+        QCOMPARE(report.count("Maximum:"), 3);
+        QCOMPARE(report.count("does not tell the dispersion"), 1);
+        QVERIFY2(!report.contains("DM ="), qPrintable(report));
     }
 }
 
@@ -233,6 +236,31 @@ void TestPulsarActions::scanEqualsSeparateSpectra()
             const float expected = float(spectrum[300]);
             QVERIFY2(std::abs(scan[std::size_t(trial)] - expected) <= 1e-6f * expected,
                      qPrintable(QString("%1: %2").arg(noise).arg(trial)));
+        }
+    }
+}
+
+// A listed line goes and the one beside its band stays; what is no list of frequencies is refused.
+void TestPulsarActions::cutsOutWhatIsListed()
+{
+    const ObservationData data = sines(2000, 2); // of step 12.4928 ms: 9.771 and 19.543 Hz
+    PulsarParameters parameters = with(parametersFor(0, 1), &P::noise, "without");
+    const auto amplitudes = [&](const QString &list) {
+        const PulsarResult result =
+            resultOf("sumChannelsAndFourier", data, with(parameters, &P::cut, list));
+        return std::pair(result.curves[0][2000], result.curves[0][4000]);
+    };
+    const auto [low, high] = amplitudes("9.77");
+    QVERIFY2(low < 0.01F * 32 && std::abs(high - 32) < 0.1F,
+             qPrintable(QString("%1 %2").arg(low).arg(high)));
+    const auto [both, none] = amplitudes(" 9.7-9.9,19.54");
+    QVERIFY(both < 0.01F * 32 && none < 0.01F * 32);
+    QCOMPARE(amplitudes("hum"), amplitudes(""));
+    for (const char *const list : {"50", "9.9-9.7", "0.05", "ten", "9.7-9.8-9.9", "nan"}) {
+        PulsarCalculate calculate(data, with(parameters, &P::cut, list));
+        for (const char *const action : {"sumChannelsAndFourier", "sum4Dispersions"}) {
+            QVERIFY2(!calculate.validate(action), list);
+            QCOMPARE(calculate.failedParameter(), QString("cutLines"));
         }
     }
 }

@@ -1,3 +1,5 @@
+#include "calc/pulsar/bandsum.h"
+#include "calc/pulsar/problems.h"
 #include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/pulsarcommand.h"
 #include "calc/pulsar/runanalysis.h"
@@ -90,8 +92,8 @@ void TestPulsarAnalyses::pulsarFormHasTheFields()
     QMap<QString, Widget> widgets = widgetsOf("src/plot/pulsargrafikinfo.ui");
     widgets.insert(widgetsOf("src/forms/pulsar/pulsarform.ui"));
     PulsarParameters presets = pulsarAnalyses().front().presets;
-    presets.points = PulsarCalculate::fixedPoints; // which 0 stands for
-    const QStringList filledIn = {"--utc", "--compare", "--delta"};
+    presets.points = Pulsar::fixedPoints; // which 0 stands for
+    const QStringList filledIn = {"--utc", "--compare", "--delta", "--channels-off"};
     for (const PulsarField &field : pulsarFields()) {
         const auto reads = [&field](const PulsarAnalysis &analysis) {
             return !analysis.label.isEmpty() && analysis.reads(field);
@@ -112,8 +114,9 @@ void TestPulsarAnalyses::searchFormHasTheFields()
 {
     const QMap<QString, Widget> widgets = widgetsOf("src/forms/ffa/ffaform.ui");
     const PulsarAnalysis &search = *findAnalysis("createFFA");
-    const QStringList ofTheRecording = {"--module",     "--ray",        "--count",
-                                        "--period-min", "--period-max", "--rmed-width"};
+    const QStringList ofTheRecording = {"--module",      "--ray",        "--count",
+                                        "--period-min",  "--period-max", "--rmed-width",
+                                        "--channels-off"};
     int compared = 0;
     for (const PulsarField *field : search.fields) {
         // The form computes with these as they are, or chooses from a list.
@@ -123,7 +126,7 @@ void TestPulsarAnalyses::searchFormHasTheFields()
         checkRange(widgets[field->name], *field);
         ++compared;
     }
-    QCOMPARE(compared, 9);
+    QCOMPARE(compared, 10);
 }
 
 void TestPulsarAnalyses::formHasTheButtons()
@@ -180,16 +183,18 @@ void TestPulsarAnalyses::tellsAllProblemsAtOnce()
     QVERIFY(findProblems("showNative", header, {}).empty());
     const std::pair<const char *, QStringList> rows[] = {
         {"sumPeriod", {"module", "channel", "ray", "firstPoint"}},
-        {"sumChannelsDemoNoise", {"module", "ray", "firstPoint", "dispersion"}},
-        {"sum4Dispersions", {"module", "ray", "firstPoint", "dispersion3"}},
+        {"sumChannelsDemoNoise", {"module", "ray", "leaveOutChannels", "firstPoint", "dispersion"}},
+        {"sum4Dispersions", {"module", "ray", "leaveOutChannels", "firstPoint", "dispersion3"}},
         {"sumTimeDispersions",
-         {"module", "ray", "firstPoint", "dispersion", "harmonicNum", "firstPointDelta"}},
-        {"createFFA", {"module", "ray", "firstPoint", "dispersion"}}};
+         {"module", "ray", "leaveOutChannels", "firstPoint", "dispersion", "harmonicNum",
+          "firstPointDelta"}},
+        {"createFFA", {"module", "ray", "leaveOutChannels", "firstPoint", "dispersion"}}};
     for (const auto &[action, expected] : rows) {
         PulsarParameters parameters = findAnalysis(action)->presets;
         parameters.module = 2;
         parameters.ray = 0;
         parameters.channel = 34;
+        parameters.channelsOff = "3,34";
         parameters.firstPoint = -1;
         parameters.dispersion = -26;
         parameters.dispersions[2] = -1;
@@ -202,15 +207,16 @@ void TestPulsarAnalyses::tellsAllProblemsAtOnce()
     }
 }
 
-// An action without a row in PulsarCalculate is refused as one that does not exist; the manual
-// has a paragraph of each that has a button.
+// An action without a row in the list is refused as one that does not exist; the manual has a
+// paragraph of each that has a button.
 void TestPulsarAnalyses::everyActionIsKnownToTheProgram()
 {
     const QString manual = fileText("docs/help/README_zrt2_visual.md").simplified();
     for (const PulsarAnalysis &analysis : pulsarAnalyses()) {
-        PulsarCalculate calculate({}, {});
-        QVERIFY(!calculate.validate(analysis.name)); // an empty recording
-        QVERIFY2(!calculate.failure().startsWith("There is no action"), qPrintable(analysis.name));
+        const Problems problems = findProblems(analysis.name, {}, {}); // an empty recording
+        QVERIFY(!problems.empty());
+        QVERIFY2(!problems.front().text.startsWith("There is no action"),
+                 qPrintable(analysis.name));
         const QString label = analysis.label.simplified();
         QVERIFY2(label.isEmpty() || manual.contains("**" + label), qPrintable(label));
     }

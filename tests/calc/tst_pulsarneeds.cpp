@@ -220,7 +220,7 @@ void TestPulsarNeeds::stepsBesideGaps()
     // 32 bands of level 100 and sigma 5.
     for (const std::size_t index : {1000, 1100, 1199, 1200, 9000})
         QVERIFY(std::abs(result.curves[0][index] - 3200) < 6 * 5 * std::sqrt(32.f));
-    QVERIFY2(result.description.contains("Deleted steps = 32"), qPrintable(result.description));
+    QVERIFY2(result.description().contains("Deleted steps = 32"), qPrintable(result.description()));
     QCOMPARE(computedOn("x", "sumChannelsDemoNoise", stepped, parameters, result).back(),
              QString("steps taken out: 32"));
     QVERIFY(!result.markers.empty());

@@ -29,18 +29,18 @@ void TestPulsarReports::linesAndNoise()
     parameters.sigmaMultiple = 3;
     simulation.pulseTrains.push_back({1, 1, parameters.period, 0.05, 26.2, 2, 0});
     const ObservationData data = Simulator::makeRecording(simulation);
-    const PulsarResult result = resultOf("sumChannelsAndFourier", data, parameters);
+    const QStringList remarks = notesOf(resultOf("sumChannelsAndFourier", data, parameters));
     // Of 32 bands of noise 1 the amplitudes have the scale sqrt(32) sqrt(2 / 16384) = 0.0625.
-    const QString &noise = result.remarks[0];
+    const QString &noise = remarks[0];
     QVERIFY2(std::abs(numberAfter(noise, "Noise level =") - 0.0625) < 0.002, qPrintable(noise));
     QVERIFY2(noise.contains("noise of this level would put none there"), qPrintable(noise));
     QVERIFY2(noise.contains("Of those listed, 300, 600, 900, 1200, 1500"), qPrintable(noise));
     // The harmonics of the pulsar fall on lines; the highest come first, without the mean.
-    QVERIFY2(result.remarks[1].contains(QRegularExpression("levels\\)\n(300|600|900): ")),
-             qPrintable(result.remarks[1]));
-    QCOMPARE(result.remarks[1].count('\n'), 15);
-    QVERIFY2(result.remarks[2].contains("has the harmonic number 300.00; line 300 has "),
-             qPrintable(result.remarks[2]));
+    QVERIFY2(remarks[1].contains(QRegularExpression("levels\\)\n(300|600|900): ")),
+             qPrintable(remarks[1]));
+    QCOMPARE(remarks[1].count('\n'), 15);
+    QVERIFY2(remarks[2].contains("has the harmonic number 300.00; line 300 has "),
+             qPrintable(remarks[2]));
 }
 
 void TestPulsarReports::harmonicOfThePeriod()
@@ -50,8 +50,8 @@ void TestPulsarReports::harmonicOfThePeriod()
     parameters.period = 16384 * 0.0124928 / 229.3;
     const auto isAnother = [&](int harmonic) {
         parameters.harmonicNum = harmonic;
-        return resultOf("sumAllDispersions", sines(229, 1), parameters)
-            .remarks.join('\n')
+        return notesOf(resultOf("sumAllDispersions", sines(229, 1), parameters))
+            .join('\n')
             .contains("is none of the period of");
     };
     for (const int own : {229, 230, 458, 459, 1146, 1147})
@@ -76,13 +76,13 @@ void TestPulsarReports::constantRecordings()
         parameters.noise = noise;
         const PulsarResult spectrum = resultOf("sumChannelsAndFourier", data, parameters);
         QCOMPARE(spectrum.curves[0], std::vector<float>(8192, 0.0F));
-        QVERIFY2(spectrum.description.contains("6 sigma:\n\n\nFirst"),
-                 qPrintable(spectrum.description));
-        QVERIFY(spectrum.remarks[0].contains("holds no noise"));
+        QVERIFY2(spectrum.description().contains("6 sigma:\n\n\nFirst"),
+                 qPrintable(spectrum.description()));
+        QVERIFY(notesOf(spectrum)[0].contains("holds no noise"));
         const PulsarResult scan = resultOf("sumAllDispersions", data, parameters);
-        QVERIFY2(scan.description.contains("fewer than two bands hold more than a level"),
-                 qPrintable(scan.description));
-        QVERIFY(resultOf("sumPeriod", data, parameters).description.contains("\nS/N = -"));
+        QVERIFY2(scan.description().contains("fewer than two bands hold more than a level"),
+                 qPrintable(scan.description()));
+        QVERIFY(resultOf("sumPeriod", data, parameters).description().contains("\nS/N = -"));
     }
 }
 
@@ -105,7 +105,7 @@ void TestPulsarReports::lastStart()
     for (const int start : {last, last + 1}) {
         parameters.firstPoint = start;
         const QString remarks =
-            resultOf("sumChannelsDemoNoise", data, parameters).remarks.join('\n');
+            notesOf(resultOf("sumChannelsDemoNoise", data, parameters)).join('\n');
         QCOMPARE(remarks.contains("31 of the 32 bands whole"), start > last);
         QVERIFY2(start == last || remarks.contains(QString("up to %1 every band").arg(last)),
                  qPrintable(remarks));
@@ -121,7 +121,7 @@ void TestPulsarReports::startsAtTheEnd()
     for (int run = 0; run < 2; ++run) {
         QVERIFY(calculate.run("sumTimeDispersions"));
         QCOMPARE(calculate.result().starts, (std::vector<int>{0, 23600}));
-        const QString remarks = calculate.result().remarks.join('\n');
+        const QString remarks = notesOf(calculate.result()).join('\n');
         QVERIFY2(remarks.contains("every band (first point 23600)"), qPrintable(remarks));
     }
 }
@@ -146,17 +146,17 @@ void TestPulsarReports::foldTellsItsNoise()
         return resultOf("sumPeriod", makeRecording({40000}, sample), parameters);
     };
     const auto reached = [](const PulsarResult &result) {
-        return numberAfter(result.remarks[0], "unsteady pulses add reaches");
+        return numberAfter(notesOf(result)[0], "unsteady pulses add reaches");
     };
     // The mean of eight folds of 57 bins, each 2.6 +- 0.5.
     const PulsarResult white = fold(0, 1e-4);
-    QVERIFY2(std::abs(reached(white) - 2.6) < 0.6, qPrintable(white.remarks[0]));
-    QVERIFY(numberAfter(white.description, "S/N =") < 4.5);
+    QVERIFY2(std::abs(reached(white) - 2.6) < 0.6, qPrintable(notesOf(white)[0]));
+    QVERIFY(numberAfter(white.description(), "S/N =") < 4.5);
     QVERIFY2(reached(fold(2, 1e-4)) > 5, "drift raises what noise reaches");
     const PulsarResult coarse = fold(0, 2.5); // sigma 0.4 of a step
-    QVERIFY2(numberAfter(coarse.description, "S/N =") < 4.5, qPrintable(coarse.description));
-    QVERIFY2(std::abs(reached(coarse) - 2.6) < 0.6, qPrintable(coarse.remarks[0]));
-    QVERIFY2(white.description.contains("\nPeriod = 0.71452\n"), "all digits that were typed");
+    QVERIFY2(numberAfter(coarse.description(), "S/N =") < 4.5, qPrintable(coarse.description()));
+    QVERIFY2(std::abs(reached(coarse) - 2.6) < 0.6, qPrintable(notesOf(coarse)[0]));
+    QVERIFY2(white.description().contains("\nPeriod = 0.71452\n"), "all digits that were typed");
 }
 
 void TestPulsarReports::computedOnWhat()

@@ -46,7 +46,7 @@ void TestStartPoint::trueNumbers()
     data.moduleNumbers = {3};
     data.ray = 5;
     PulsarParameters parameters;
-    QCOMPARE(choicesText("sum4Dispersions", data, parameters, 8192),
+    QCOMPARE(choicesReport("sum4Dispersions", data, parameters, 8192).plainText(),
              QString("Action:sum4Dispersions\nModule:1 (number 3)\nChannel:1\nRay:1 (number 5)\n"
                      "Points:8192"));
     QVERIFY(computedOn("a.pnt", "showNative", data, parameters, {})
@@ -55,7 +55,7 @@ void TestStartPoint::trueNumbers()
     data.ray = -1;
     data.rays = 8;
     parameters.ray = 7;
-    QCOMPARE(choicesText("showNative", data, parameters, 16384),
+    QCOMPARE(choicesReport("showNative", data, parameters, 16384).plainText(),
              QString("Action:showNative\nModule:1\nChannel:1\nRay:7\nPoints:16384"));
 }
 

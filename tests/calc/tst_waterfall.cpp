@@ -33,6 +33,7 @@ private slots:
     void rowsAreComparable();
     void reductionIsThatOfItsPoints();
     void samplesThatAreNoNumbers();
+    void zeroDmFilter();
     void signalOfAPart();
     void coloursAreEquallyFarApart();
 };
@@ -154,6 +155,26 @@ void TestWaterfall::samplesThatAreNoNumbers()
     QCOMPARE((QVector{moments.min, moments.max, moments.mean}), (QVector{3.0, 5.0, 4.0}));
 }
 
+// What is equal in all bands at a time goes, whatever the delays; a channel that is off takes no
+// part in it.
+void TestWaterfall::zeroDmFilter()
+{
+    const auto sample = [](int point, int, int band, int) {
+        return float(1000 * band + (point % 7) * 10 + (band == 2 ? 500 * (point % 3) : 0));
+    };
+    ObservationData data = TestSupport::makeRecording({60, 1, 5, 1}, sample);
+    Tools::WaterfallPart part = {0, 0, 10, 40, 40, 30, true, {false, false, true}};
+    const std::vector<float> filtered = Tools::waterfall(data, part);
+    QCOMPARE(int(filtered.size()), 160);
+    for (const int band : {0, 1, 3}) { // the mean of these bands was 4000 / 3 above the part
+        const float *const row = filtered.data() + band * 40;
+        for (int i = 0; i < 40; ++i)
+            QVERIFY(std::abs(row[i] - float(1000 * band - 4000.0 / 3)) < 0.001F);
+    }
+    part.isZeroDm = false;
+    QVERIFY(Tools::waterfall(data, part)[1] != Tools::waterfall(data, part)[2]);
+}
+
 void TestWaterfall::signalOfAPart()
 {
     // Around a pulse of 31 there are 10 and 12 by turns: median 11, standard deviation
@@ -196,6 +217,8 @@ void TestWaterfall::coloursAreEquallyFarApart()
         const std::uint32_t colour = Plot::colourOfValue(float(i), 0, 10);
         // Bytes round the lightness by less than half a hundredth.
         QVERIFY(std::abs(lightness(colour) - (0.22 + 0.073 * i)) < 0.005);
+        const std::uint32_t grey = Plot::colourOfValue(float(i), 0, 10, Plot::greyMap());
+        QVERIFY(std::abs(lightness(grey) - (1 - 0.1 * i)) < 0.01); // a step of bytes near black
     }
     QCOMPARE(Plot::colourOfValue(-INFINITY, 0, 10), Plot::colourMap().front());
     QCOMPARE(Plot::colourOfValue(1e30f, 0, 10), Plot::colourMap().back());

@@ -175,6 +175,10 @@ void TestReader::badPassports()
           "nbands six", "nbands -2147483648", "rays 0", "rays -8"})
         bad(passportBytes({"npoints 100", "nbands 6", "modulus 1", line}), "not a usable count",
             nullptr);
+    for (const QByteArray line : {"tresolution nan", "tresolution inf", "tresolution 1e-300",
+                                  "tresolution -5", "tresolution 12,5"})
+        bad(passportBytes({"npoints 100", "nbands 6", "modulus 1", line}),
+            line.mid(12) + "\", which is no usable step of time (allowed: 1e-06", nullptr);
 
     const auto large = [this](const QList<QByteArray> &lines, const QString &named) {
         QTest::ignoreMessage(QtDebugMsg,

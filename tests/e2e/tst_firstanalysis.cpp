@@ -143,11 +143,13 @@ void TestFirstAnalysis::spectrumAppears()
     xdo({"type", "--delay", "20", recording});
     xdo({"key", "Return"});
 
-    // The form begins with the focus on "Fourier of sum channels with 1 disp".
     QVERIFY2(waitFor([&] { return pixelsOfColour(screenshot(), 0xffffff) > width * height / 5; }),
              "the empty plot appears");
     QTest::qWait(500);
-    xdo({"key", "space"});
+    // From the dispersion on to the first action; below it the fourth is "Fourier of sum channels
+    // with 1 disp".
+    xdo({"key", "--delay", "100", "Tab", "Tab", "Tab", "Tab", "Tab", "Tab", "Tab", "Down", "Down",
+         "Down", "space"});
 
     QImage picture;
     const bool drawn = waitFor([&] {

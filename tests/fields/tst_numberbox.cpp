@@ -1,8 +1,10 @@
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
+#include "fields/wheelfilter.h"
 #include "support/testmain.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QToolTip>
@@ -19,6 +21,7 @@ private slots:
     void arrowsAndWheel();
     void refusedTextStays();
     void wayBack();
+    void wheelWithoutFocus();
 
 private:
     void type(QAbstractSpinBox *box, const QString &text)
@@ -51,6 +54,35 @@ void TestNumberBox::init()
     window->show();
     QApplication::setActiveWindow(window.get());
     QVERIFY(QTest::qWaitForWindowActive(window.get()));
+}
+
+// The panel gets the wheel then.
+void TestNumberBox::wheelWithoutFocus()
+{
+    const Fields::WheelFilter filter(nullptr);
+    auto *const combo = new QComboBox;
+    combo->addItems({"a", "b"});
+    window->layout()->addWidget(combo);
+    combo->show();
+    whole->setValue(5);
+    const auto turn = [](QWidget *field) {
+        const QPointF place(field->rect().center());
+        QWheelEvent wheel(place, field->mapToGlobal(place.toPoint()), {}, {0, -120}, Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(field, &wheel);
+        return wheel.isAccepted();
+    };
+    next->setFocus();
+    QVERIFY(!turn(whole) && !turn(combo));
+    QCOMPARE(whole->value(), 5);
+    QCOMPARE(combo->currentIndex(), 0);
+    whole->setFocus();
+    QVERIFY(turn(whole));
+    QCOMPARE(whole->value(), 4);
+    combo->setFocus();
+    QVERIFY(turn(combo));
+    QCOMPARE(combo->currentIndex(), 1);
+    QVERIFY(combo->focusPolicy() == Qt::StrongFocus);
 }
 
 void TestNumberBox::typed()

@@ -34,6 +34,7 @@ private slots:
     void initTestCase();
     void files();
     void editsAreJudgedAtOnce();
+    void presetsFollowTheSeries();
     void wholeFactorsAreNamedAndAvoided();
     void searchFoldsAndSaves();
     void escapeStopsTheSearch();
@@ -81,12 +82,10 @@ void TestFfaForm::files()
                                          {silence(300, 33), "period_max"},
                                          {silence(2000, 3), "2 frequency bands"}}) {
         const MessageBoxCatcher catcher;
-        auto *const form = new FfaForm(file(bytes), window.get());
+        new FfaForm(file(bytes), window.get());
         const bool isGood = QString(problem).isEmpty();
         QCOMPARE(!find<QLabel>("dataEnd")->isHidden(), isGood); // half of it is missing
-        QString judged = find<QLabel>("estimate")->text();
-        for (const QLabel *label : form->findChildren<QLabel *>(QRegularExpression("Problem$")))
-            judged += label->text();
+        const QString judged = find<QLabel>("estimate")->text();
         QVERIFY2(judged.contains(problem), qPrintable(judged));
         QCOMPARE(judged.contains(" periods x "), isGood);
         QVERIFY(search()); // does nothing where nothing can be searched
@@ -121,21 +120,43 @@ void TestFfaForm::editsAreJudgedAtOnce()
         {"rmed_width", "250", "rmed_width"},
     };
     new FfaForm(file(pulses), window.get());
+    const QLabel *const judged = find<QLabel>("estimate");
     for (const auto &[field, text, problem] : edits) {
-        const QLabel *const label = find<QLabel>(field + QString("Problem"));
         QLineEdit *const edit = find<QLineEdit>(field);
         const QString preset = edit->text();
+        const QPoint place = find<QLineEdit>("rmed_width")->mapTo(window.get(), {});
         edit->setText(text);
         const bool isRefused = *problem;
-        QVERIFY2(label->isHidden() != isRefused && label->text().contains(problem),
-                 qPrintable(field + (" = " + label->text())));
+        QVERIFY2(isMarked(field) == isRefused && judged->text().contains(problem),
+                 qPrintable(field + (" = " + judged->text())));
+        QCOMPARE(judged->text().contains(" periods x 5 widths"), !isRefused);
+        QCOMPARE(find<QLineEdit>("rmed_width")->mapTo(window.get(), {}), place);
         if (isRefused)
             click("pushButton");
         QVERIFY2(Settings::instance()->progressBar()->isHidden(), "it searches nevertheless");
         edit->setText(preset);
-        QVERIFY(label->isHidden() && !isMarked(field));
-        QVERIFY(find<QLabel>("estimate")->text().contains(" periods x 5 widths"));
+        QVERIFY(!isMarked(field));
+        QVERIFY(judged->text().contains(" periods x 5 widths"));
     }
+}
+
+// Until other periods are typed, those of the form suit the series, however short it gets.
+void TestFfaForm::presetsFollowTheSeries()
+{
+    new FfaForm(file(pulses), window.get());
+    const QLineEdit *const longest = find<QLineEdit>("period_max");
+    QCOMPARE(longest->text(), QString("24.9")); // of 249.8 s
+    for (const char *dispersion : {"100", "400"}) {
+        type("dispersion", dispersion);
+        QVERIFY2(find<QLabel>("estimate")->text().contains(" periods x 5 widths"), dispersion);
+    }
+    type("points", "10000");
+    QCOMPARE(longest->text(), QString("12.4")); // of 124.9 s
+    find<QSpinBox>("fpmin")->setValue(20);
+    QCOMPARE(longest->text(), QString("6.24"));
+    type("period_max", "5");
+    find<QSpinBox>("fpmin")->setValue(10);
+    QCOMPARE(longest->text(), QString("5"));
 }
 
 void TestFfaForm::wholeFactorsAreNamedAndAvoided()

@@ -45,6 +45,7 @@ class TestNativeGrafik : public TestSupport::FormTest {
 
 private slots:
     void passportPulseAndStatistics();
+    void surroundingsOfAPoint();
     void viewAndSelectionSurviveChanges();
     void switchesAreRemembered();
     void burst();
@@ -89,6 +90,17 @@ void TestNativeGrafik::passportPulseAndStatistics()
     }
 }
 
+void TestNativeGrafik::surroundingsOfAPoint()
+{
+    for (const auto &[point, first] : {std::pair(3000, 500), {10, 0}, {5990, 1000}}) {
+        auto *const form = new NativeGrafik(file(recording), 1, window.get());
+        form->lookAt(point);
+        const auto *const grafik = find<PulsarGrafik>("grafik");
+        QTRY_COMPARE(int(std::lround(grafik->visibleRange().points)), 5000);
+        QCOMPARE(int(std::lround(grafik->visibleRange().first)), first);
+    }
+}
+
 void TestNativeGrafik::viewAndSelectionSurviveChanges()
 {
     open(file(recording));
@@ -116,7 +128,7 @@ void TestNativeGrafik::viewAndSelectionSurviveChanges()
     QCOMPARE(waterfall->findChild<PictureMenu *>()->savePicture(path), QString());
     const QImage saved(path);
     const QImage screen = waterfall->grab().toImage();
-    QCOMPARE(saved.size(), 3 * screen.size());
+    QCOMPARE(saved.size(), 3 * waterfall->sizeWithAxis()); // below it the time axis
     int same = 0;
     for (int x = left; x < left + width; ++x)
         same += saved.pixel(3 * x + 1, 3 * 60 + 1) == screen.pixel(x, 60);

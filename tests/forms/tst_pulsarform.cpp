@@ -37,6 +37,8 @@ private slots:
     void everyMethodRecomputes();
     void fourDispersions();
     void refusalsKeepThePicture();
+    void allFaultsInOneBox();
+    void presetsSuitTheRecording();
     void badNumberCountsAsZero();
     void refusedNumberRunsNothing();
     void endsWithTheData();
@@ -122,6 +124,10 @@ void TestPulsarForm::channelsAreLeftOutWhenAskedFor()
     QCOMPARE(shown().graphs[0][0], 300.0f);
     QVERIFY(report().contains("channels left out: 4, 21"));
     QVERIFY(shown().source.contains("channels left out: 4, 21"));
+    click("commandButton");
+    QCOMPARE(QGuiApplication::clipboard()->text(),
+             "zrt-batch sum --ray 1 --dm 0 --first-point 0 --noise without --channels-off 4,21 " +
+                 folder->filePath("x.pnt"));
 }
 
 void TestPulsarForm::everyMethodRecomputes()
@@ -157,13 +163,13 @@ void TestPulsarForm::fourDispersions()
     type("dispersion", "10,0");
     click("sum4Dispersions");
     QCOMPARE(find<QLineEdit>("dispersion4")->text().toDouble(), 20.0);
-    QVERIFY2(report().contains("\ndisp2 = 5.0 value = "), qPrintable(report()));
+    QVERIFY2(report().contains("\n2\n5.0\n"), qPrintable(report()));
     type("dispersion", "1 2 3 4");
     click("pushButton");
-    QVERIFY2(report().contains("\ndisp3 = 3.0 value = "), qPrintable(report()));
+    QVERIFY2(report().contains("\n3\n3.0\n"), qPrintable(report()));
     type("dispersion2", "7,5");
     click("changeDispersionsButton");
-    QVERIFY2(report().contains("\ndisp2 = 7.5 value = "), qPrintable(report()));
+    QVERIFY2(report().contains("\n2\n7.5\n"), qPrintable(report()));
 }
 
 void TestPulsarForm::refusalsKeepThePicture()
@@ -203,6 +209,49 @@ void TestPulsarForm::refusalsKeepThePicture()
     }
 }
 
+// The box leaves every field at fault in sight.
+void TestPulsarForm::allFaultsInOneBox()
+{
+    openForm();
+    find<QSpinBox>("ray")->setValue(2);
+    type("firstPoint", "30000");
+    type("dispersion", "-1");
+    const MessageBoxCatcher catcher;
+    click("sumChannelsDemoNoise");
+    QCOMPARE(catcher.boxes().size(), 1);
+    for (const char *fault : {"Ray 2", "First point 30000", "Dispersion -1"})
+        QVERIFY2(catcher.lastText().contains(fault), qPrintable(catcher.lastText()));
+    for (const char *field : {"ray", "firstPoint", "dispersion"})
+        QVERIFY2(isMarked(field), field);
+    QVERIFY(window->focusWidget() == find<QSpinBox>("ray"));
+}
+
+// What the recording lacks gives way, which is said once; what it has stays.
+void TestPulsarForm::presetsSuitTheRecording()
+{
+    new PulsarForm(file(sines), window.get()); // 40000 points of ray 1 from 12:00:00 on
+    QCOMPARE(find<QSpinBox>("ray")->value(), 1);
+    QCOMPARE(find<QLineEdit>("firstPoint")->text(), QString("0"));
+    QCOMPARE(find<QLineEdit>("zrtUtc")->text(), QString("12:00:00"));
+    for (const char *said : {"ray 1, ", "first point 0, ", "ZRT UTC 12:00:00, "})
+        QVERIFY2(report().contains(said), qPrintable(report()));
+    QCOMPARE(find<QLabel>("recording")->text(),
+             QString("40000 points of 12.4928 ms, 499.712 s\n2015-04-01 12:00:00.000 UTC\n"
+                     "module 1, ray 1; 32 bands, 120 to 122.4219 MHz"));
+    const MessageBoxCatcher catcher;
+    click("sumChannelsDemoNoise");
+    click("isZrtUtc");
+    QCOMPARE(catcher.boxes().size(), 0);
+
+    const QByteArray whole =
+        TestSupport::recordingBytes({75000, 1, 2, 7}, [](int, int, int, int) { return 1.0f; });
+    new PulsarForm(file(whole), window.get());
+    QCOMPARE(find<QSpinBox>("ray")->value(), 7);
+    QCOMPARE(find<QLineEdit>("firstPoint")->text(), QString("58000"));
+    QCOMPARE(find<QLineEdit>("zrtUtc")->text(), QString("12:10:52"));
+    QCOMPARE(report(), QString());
+}
+
 // A text that is no number counts as 0, which the report says first, in red.
 void TestPulsarForm::badNumberCountsAsZero()
 {
@@ -215,7 +264,7 @@ void TestPulsarForm::badNumberCountsAsZero()
     QVERIFY2(report().contains("\nFirst point: \"58,000\" counts as 0. Allowed: a whole number.\n"),
              qPrintable(report()));
     QVERIFY2(report().contains("Dispersion = 0\n"), qPrintable(report()));
-    const QTextDocument *const texts = find<QPlainTextEdit>("texts")->document();
+    const QTextDocument *const texts = &reportDocument();
     const auto colourOf = [&](const char *text) {
         return texts->find(text).charFormat().foreground().color();
     };

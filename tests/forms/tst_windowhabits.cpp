@@ -1,3 +1,4 @@
+#include "app/shell/pathlabel.h"
 #include "app/shell/settings.h"
 #include "app/shell/timedprogressbar.h"
 #include "forms/pulsar/pulsarform.h"
@@ -13,6 +14,7 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QSpinBox>
+#include <QStatusBar>
 #include <QTimer>
 #include <QToolButton>
 
@@ -22,6 +24,7 @@ class TestWindowHabits : public TestSupport::FormTest {
 private slots:
     void cleanup();
     void drops();
+    void shortenedPaths();
     void recentFiles();
     void repeatedCommand();
     void lastValues();
@@ -34,7 +37,7 @@ private:
             TestSupport::recordingBytes({40000, 1, 2, 1}, [](int, int, int, int) { return 0.0f; }));
     }
     /// Whether the drop was accepted.
-    static bool dropOnto(QWidget *target, const QString &path);
+    static bool dropOnto(QWidget *target, const QStringList &paths);
     /// Drops a path onto a widget and waits until the form of that class and path is there.
     bool dropOpens(QWidget *target, const QString &path, const char *formClass);
     QWidget *shownForm() const
@@ -56,10 +59,13 @@ void TestWindowHabits::cleanup()
     Settings::store().clear();
 }
 
-bool TestWindowHabits::dropOnto(QWidget *target, const QString &path)
+bool TestWindowHabits::dropOnto(QWidget *target, const QStringList &paths)
 {
+    QList<QUrl> urls;
+    for (const QString &path : paths)
+        urls << QUrl::fromLocalFile(path);
     QMimeData mime;
-    mime.setUrls({QUrl::fromLocalFile(path)});
+    mime.setUrls(urls);
     QDragEnterEvent enter(QPoint(1, 1), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(target, &enter);
     QDropEvent drop(QPoint(1, 1), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
@@ -75,7 +81,7 @@ bool TestWindowHabits::dropOpens(QWidget *target, const QString &path, const cha
         return !before && shownForm() && shownForm()->inherits(formClass) &&
                find<QLabel>("filePath")->text().endsWith(QFileInfo(path).fileName());
     };
-    return dropOnto(target, path) && QTest::qWaitFor(isOpen);
+    return dropOnto(target, {path}) && QTest::qWaitFor(isOpen);
 }
 
 void TestWindowHabits::drops()
@@ -86,14 +92,41 @@ void TestWindowHabits::drops()
     // Fields would take the text of the address.
     QVERIFY(dropOpens(window->findChild<QLineEdit *>(), recording(), "NativeGrafik"));
     const TestSupport::MessageBoxCatcher catcher;
-    QVERIFY(dropOnto(window.get(), numbers));
+    QVERIFY(dropOnto(window.get(), {numbers}));
     QTRY_COMPARE(catcher.boxes().size(), 1); // the open form refuses it
+    QCOMPARE(recentItems().size(), 1);       // and it is none to open again
+    QCOMPARE(window->windowTitle(), QString("ZRT-Analytics-2"));
 
     QVERIFY(dropOpens(window.get(), numbers, "ArraysForm"));
     QVERIFY2(dropOpens(window.get(), other, "ArraysForm"), "into the open form");
     QVERIFY(dropOpens(window.get(), folder->path(), "ArraysDirForm"));
     find<QAction>("actionCalculator")->trigger();
     QVERIFY2(dropOpens(window.get(), recording(), "NativeGrafik"), "the calculator takes none");
+    QCOMPARE(window->windowTitle(), QString("x.pnt - ZRT-Analytics-2"));
+
+    window->openPaths({numbers, other, recording()});
+    QVERIFY(shownForm()->inherits("ArraysForm"));
+    QCOMPARE(find<QStatusBar>("statusbar")->currentMessage(),
+             QString("Not opened: numbers.other, x.pnt (the window shows one file at a time)."));
+}
+
+void TestWindowHabits::shortenedPaths()
+{
+    const QString path = "/data/ab/cd/ef/gh/x.pnt";
+    PathLabel label;
+    label.showFile(path);
+    QCOMPARE(label.text(), QString("File: / data/ ab/ cd/ ef/ gh/ x.pnt"));
+    QCOMPARE(label.toolTip(), path);
+    const QFontMetrics font = label.fontMetrics();
+    const int whole = font.horizontalAdvance(label.text());
+    QCOMPARE(PathLabel::shortened(label.text(), font, whole), label.text());
+    for (int width = whole - 1; width > font.horizontalAdvance("x…t"); width -= 7) {
+        const QString text = PathLabel::shortened(label.text(), font, width);
+        QVERIFY2(font.horizontalAdvance(text) <= width, qPrintable(text));
+        QVERIFY2(text.contains("…") || text == "x.pnt", qPrintable(text));
+        if (width > font.horizontalAdvance("/… / x.pnt"))
+            QVERIFY2(text.endsWith("x.pnt"), "the name gives way last");
+    }
 }
 
 void TestWindowHabits::recentFiles()

@@ -77,6 +77,12 @@ inline void paintStraight(const PlotData &data, const Plot::Zoom &zoom, const QR
     }
     painter.setClipping(false);
     Plot::paintLabels(painter, data, view);
+    painter.end();
+    for (const int x : Plot::gridColumns(data, view))
+        for (int y = Plot::marginTop; y <= view.height - Plot::marginBottom; ++y)
+            if (picture.valid(x, y) && qGray(picture.pixel(x, y)) > 238)
+                picture.setPixel(x, y, qRgb(238, 238, 238));
+    painter.begin(&picture);
     Plot::paintSelection(painter, selection);
 }
 

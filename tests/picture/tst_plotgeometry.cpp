@@ -189,12 +189,6 @@ void TestPlotGeometry::viewsOfAPart()
     const Plot::IndexRange sight = Plot::pointsInSight(view40, 50);
     // neighbours out of sight, end of the curve
     QCOMPARE(rangeText({double(sight.begin), double(sight.end)}), QString("19..50"));
-    PlotData times = ranged(0, 1);
-    times.textX2 = [](int i) { return QString("12:10:52.%1").arg(i); };
-    // numbers stand at their points
-    QCOMPARE(listed(Plot::xLabels1(view40, times)).left(24), QString("67,385 21; 217,385 31; 3"));
-    // fractions where seconds are the same
-    QCOMPARE(listed(Plot::xLabels2(view40, times)).left(22), QString("67,370 12:10:52.21; 21"));
     // value on an uneven falling axis
     QCOMPARE(QString::number(Plot::axisIndex({"period", "s", 0, 1, {8, 4, 2, 1}}, 3)),
              QString("1.5"));

@@ -101,12 +101,25 @@ void TestPlotPainter::layers()
     QCOMPARE(colourAt(689, 200), QString("#000000")); // frame
     QCOMPARE(colourAt(509, 180), QString("#0000ff")); // first curve
     QCOMPARE(colourAt(61, 255), QString("#009900"));  // second curve
-    QCOMPARE(colourAt(110, 180), QString("#eeeeee")); // grid, over the curves
+    QCOMPARE(colourAt(110, 180), QString("#0000ff")); // a curve has no gap at the grid
+    QCOMPARE(colourAt(110, 100), QString("#eeeeee")); // grid
     QCOMPARE(colourAt(60, 351), QString("#ffc8c8"));  // box of a label over the third curve
     QVERIFY(std::abs(picture.pixelColor(520, 345).red() - 155) <= 1); // blending rounds
-    data.markers = {1};
-    QCOMPARE(painted(data).pixelColor(210, 330), QColor("green"));
-    QCOMPARE(painted(data).pixelColor(110, 100), QColor("white")); // no grid
+    data.markers = {1, 2};
+    data.markerStyles = {{}, {"2", {3, 2}}};
+    data.graphs[0] = {50, 100, 0, 100}; // red lines run through the columns of the markers
+    data.colours = {"red"};
+    const QImage marked = painted(data);
+    QStringList column;
+    for (const int y : {24, 40, 329, 336, 337})
+        column << marked.pixelColor(210, y).name();
+    QCOMPARE(column.join(' '), QString("#008000 #008000 #008000 #008000 #ffffff"));
+    QCOMPARE(marked.pixelColor(210, 31), QColor("red")); // the peak it points at
+    QString dashes;
+    for (int y = 30; y < 40; ++y)
+        dashes += marked.pixelColor(360, y) == QColor("green") ? '-' : ' ';
+    QCOMPARE(dashes, QString("---  ---  "));
+    QCOMPARE(marked.pixelColor(110, 100), QColor("white")); // no grid
 
     data.messageMode = true;
     const QImage blank = painted(data);

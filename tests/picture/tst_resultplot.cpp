@@ -3,7 +3,15 @@
 #include "calc/pulsar/axislines.h"
 #include "picture/axistexts.h"
 #include "picture/legend.h"
+#include "picture/plotmarks.h"
+#include "picture/whitenedplot.h"
 #include "support/testmain.h"
+
+#include <QColor>
+#include <QGuiApplication>
+#include <cmath>
+#include <numeric>
+#include <random>
 
 class TestResultPlot : public QObject {
     Q_OBJECT
@@ -13,6 +21,9 @@ private slots:
     void curves();
     void tableOfCurves();
     void legendCorner();
+    void legendOfManyCurves();
+    void coloursCanBeToldApart();
+    void whitenedSpectrum();
 };
 
 void TestResultPlot::axisTexts()
@@ -92,5 +103,113 @@ void TestResultPlot::legendCorner()
     }
 }
 
-ZRT_UNIT_TEST_MAIN(TestResultPlot)
+// Whatever the number of names and the size, the list takes no more than a third of the plot, and
+// where there is room it hides no marker.
+void TestResultPlot::legendOfManyCurves()
+{
+    for (const int count : {1, 4, 32, 200})
+        for (const QSize &size : {QSize(300, 200), QSize(690, 400), QSize(1280, 720)}) {
+            PlotData data;
+            data.graphs.assign(size_t(count), {0, 10});
+            data.numPoints = 2;
+            for (int i = 0; i < count; ++i)
+                data.names << QString("channel %1, dispersion 26.2").arg(i + 1);
+            const QRect area = Plot::legendArea(Plot::viewOf(data, size));
+            const QSize list = Plot::legendSize(data, area);
+            QVERIFY(list.width() <= area.width() && list.height() <= area.height());
+            QVERIFY(3 * list.width() * list.height() <= area.width() * area.height());
+            QVERIFY(!list.isEmpty() || size.height() < 400);
+        }
+    PlotData data;
+    data.graphs = {std::vector<float>(600, 0)};
+    data.numPoints = 600;
+    data.yMax = 10;
+    data.markers = {50, 550}; // in all four corners
+    const Plot::View view = Plot::viewOf(data, {690, 400});
+    const QPoint place = Plot::emptiestCorner(data, {}, view, Plot::legendArea(view), {100, 20},
+                                              Plot::columnsToSpare(data, view, {}));
+    for (const int column : {110, 610})
+        QVERIFY(column < place.x() || column >= place.x() + 100);
+}
+
+// Also by those who are blind to red, green or blue: linear light as they see it (Machado, Oliveira
+// and Fernandes 2009, severity 1), differences in Oklab.
+void TestResultPlot::coloursCanBeToldApart()
+{
+    using Matrix = std::array<std::array<double, 3>, 3>;
+    const Matrix sights[] = {{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}},
+                             {{{0.152286, 1.052583, -0.204868},
+                               {0.114503, 0.786281, 0.099216},
+                               {-0.003882, -0.048116, 1.051998}}},
+                             {{{0.367322, 0.860646, -0.227968},
+                               {0.280085, 0.672501, 0.047413},
+                               {-0.011820, 0.042940, 0.968881}}},
+                             {{{1.255528, -0.076749, -0.178779},
+                               {-0.078411, 0.930809, 0.147602},
+                               {0.004733, 0.691367, 0.303900}}}};
+    const auto linear = [](double encoded) {
+        return encoded <= 0.04045 ? encoded / 12.92 : std::pow((encoded + 0.055) / 1.055, 2.4);
+    };
+    const auto seen = [&](const QString &code, const Matrix &sight) {
+        const QColor colour(code);
+        const std::array<double, 3> light = {linear(colour.redF()), linear(colour.greenF()),
+                                             linear(colour.blueF())};
+        std::array<double, 3> rgb = {};
+        for (size_t i = 0; i < 3; ++i) {
+            for (size_t j = 0; j < 3; ++j)
+                rgb[i] += sight[i][j] * light[j];
+            rgb[i] = std::clamp(rgb[i], 0.0, 1.0);
+        }
+        const double l =
+            std::cbrt(0.4122214708 * rgb[0] + 0.5363325363 * rgb[1] + 0.0514459929 * rgb[2]);
+        const double m =
+            std::cbrt(0.2119034982 * rgb[0] + 0.6806995451 * rgb[1] + 0.1073969566 * rgb[2]);
+        const double s =
+            std::cbrt(0.0883024619 * rgb[0] + 0.2817188376 * rgb[1] + 0.6299787005 * rgb[2]);
+        return std::array<double, 3>{0.2104542553 * l + 0.7936177850 * m - 0.0040720468 * s,
+                                     1.9779984951 * l - 2.4285922050 * m + 0.4505937099 * s,
+                                     0.0259040371 * l + 0.7827717662 * m - 0.8086757660 * s};
+    };
+    const QVector<PlotColour> &colours = plotColours();
+    for (int a = 0; a < colours.size(); ++a)
+        for (int b = 0; b < a; ++b)
+            for (const Matrix &sight : sights) {
+                const auto one = seen(colours[a].code, sight);
+                const auto other = seen(colours[b].code, sight);
+                const double distance =
+                    std::hypot(one[0] - other[0], one[1] - other[1], one[2] - other[2]);
+                const bool areGreenAndRed = a == 2 && b == 1;
+                QVERIFY2(distance > (areGreenAndRed ? 0.055 : 0.08),
+                         qPrintable(colours[a].name + " " + colours[b].name));
+            }
+    QCOMPARE(colours[0].code + colours[1].code + colours[2].code, QString("#0000FF#009900#FF0000"));
+}
+
+// Noise that is ten times as strong in one half as in the other has the same level in both.
+void TestResultPlot::whitenedSpectrum()
+{
+    std::mt19937 random(1);
+    std::exponential_distribution<double> power;
+    PlotData spectrum;
+    spectrum.graphs = {{}, std::vector<float>(4000, 3)};
+    for (int i = 0; i < 4000; ++i)
+        spectrum.graphs[0].push_back(float((i < 2000 ? 1 : 10) * std::sqrt(power(random))));
+    spectrum.graphs[0][3000] = 100;
+    spectrum.numPoints = 4000;
+    spectrum.names = {"amplitudes", "3 sigma"};
+    const PlotData plot = Plot::whitened(spectrum);
+    const std::vector<float> &whole = plot.graphs[0];
+    for (const int begin : {500, 3050}) { // off the step and the line
+        const double sum = std::accumulate(whole.begin() + begin, whole.begin() + begin + 900, 0.0);
+        QVERIFY(std::abs(sum / 900 - 1) < 0.12); // scatter of a mean of 900: 0.033
+    }
+    QVERIFY(plot.yMax > 50 && plot.yMax == double(whole[3000]));
+    QVERIFY(Plot::isVisible(plot, 0) && !Plot::isVisible(plot, 1));
+    QVERIFY(Plot::logarithmicFloor(spectrum) > 0.01 && Plot::logarithmicFloor(spectrum) < 0.3);
+}
+
+int main(int argc, char **argv)
+{
+    return TestSupport::runTest<QGuiApplication, TestResultPlot>(argc, argv); // texts have fonts
+}
 #include "tst_resultplot.moc"

@@ -41,6 +41,7 @@ private slots:
     void zoomAndNewData();
     void selectionInAZoomedPlot();
     void keys();
+    void spectrumKeys();
     void legend();
 
 private:
@@ -257,6 +258,52 @@ void TestPulsarGrafik::keys()
     QCOMPARE(grafik->grab().toImage(), ofTimes);
 }
 
+// A comb at 7 Hz, 14 lines apart, in noise that falls.
+void TestPulsarGrafik::spectrumKeys()
+{
+    PlotData spectrum = ramp(1000);
+    spectrum.graphs.resize(1);
+    for (int i = 0; i < 1000; ++i)
+        spectrum.graphs[0][size_t(i)] = float((1 + (i * 7919 % 1000) / 1000.0) * (i < 300 ? 3 : 1));
+    for (int i = 14; i < 1000; i += 14)
+        spectrum.graphs[0][size_t(i)] = 60;
+    spectrum.numPoints = 1000;
+    grafik->setData(spectrum);
+    grafik->recomputeRange();
+    grafik->setVisibleX(0, 100);
+    const auto shown = [&] { return Plot::harmonicsText(grafik->marksSet()); };
+    moveTo({312, 100}); // at 42, the third line
+    QTest::keyClick(grafik.get(), Qt::Key_H);
+    QVERIFY2(shown().startsWith("harmonics of 21.0"), qPrintable(shown()));
+    QVERIFY(grafik->marksSet().asksForNumber);
+    QTest::keyClick(grafik.get(), Qt::Key_3);
+    QVERIFY2(shown().startsWith("harmonics of 7.0") && shown().contains("from 71 lines"),
+             qPrintable(shown()));
+    QTest::keyClick(grafik.get(), Qt::Key_2); // a cursor again
+    QVERIFY(grafik->marksSet().cursors[1] && shown().startsWith("harmonics of 7.0"));
+
+    QTest::keyClick(grafik.get(), Qt::Key_L);
+    QVERIFY(grafik->visibleRange().y.min > 0);
+    wheel({360, 180}, 1, Qt::ControlModifier); // the middle of the logarithm stays
+    const PulsarGrafik::VisibleRange part = grafik->visibleRange();
+    moveTo({360, 180});
+    drag({360, 180}, {360, 150}, Qt::MiddleButton);
+    const PulsarGrafik::VisibleRange moved = grafik->visibleRange();
+    QVERIFY(moved.y.max < part.y.max &&
+            qFuzzyCompare(moved.y.max / moved.y.min, part.y.max / part.y.min));
+    QTest::keyClick(grafik.get(), Qt::Key_W);
+    QCOMPARE(grafik->data().graphs, spectrum.graphs); // what the form has given
+    QVERIFY(grafik->isWhitened() && grafik->visibleRange().y.max > 100);
+    QTest::keyClick(grafik.get(), Qt::Key_W);
+    QTest::keyClick(grafik.get(), Qt::Key_L);
+    QCOMPARE(grafik->visibleRange().y.max, 60.0);
+
+    grafik->setHoverText(
+        [](const QPointF &coords) { return QStringList(QString::number(int(coords.x()))); });
+    moveTo({360, 180});
+    QCOMPARE(grafik->marksSet().hover, QStringList("50"));
+}
+
 void TestPulsarGrafik::legend()
 {
     PlotData named = ramp();
@@ -266,6 +313,12 @@ void TestPulsarGrafik::legend()
     const auto *list = grafik->findChild<QWidget *>("legend");
     // the curves run from the lower left to the upper right corner and along the top
     QVERIFY(list->geometry().left() > 360 && list->geometry().top() > 180);
+    QSignalSpy states(grafik.get(), &PulsarGrafik::legendChanged);
+    list->findChild<QAbstractButton *>("legendHeading")->click();
+    QCOMPARE(states.value(0).value(0).toString(), QString("folded"));
+    const int folded = list->height();
+    grafik->setLegendState("open 0.5 0.25"); // as it was left in another plot
+    QVERIFY(list->height() > folded && std::abs(list->geometry().center().x() - 360) < 3);
     list->findChildren<QCheckBox *>()[1]->click();
     QCOMPARE(toggled, (QList<QVariantList>{{"level", false}}));
     grafik->setData(named); // as after the next calculation

@@ -1,5 +1,6 @@
 #include "results/candidates.h"
 #include "results/filterbank.h"
+#include "results/report.h"
 #include "support/testmain.h"
 
 #include <QBuffer>
@@ -23,6 +24,7 @@ private slots:
     void damagedTables();
     void onePeriodAtSeveralDispersions();
     void refusedFilterbanks();
+    void reportsAsTextAndAsHtml();
 };
 
 // Every number to the last bit, texts with whatever separates the cells of one of the forms.
@@ -179,6 +181,26 @@ void TestFormats::refusedFilterbanks()
     QCOMPARE(problemOf(filterbankBytes(good)), QString());
     for (int i = 0; i < refused.size(); ++i)
         QVERIFY2(!problemOf(refused[i]).isEmpty(), qPrintable(QString::number(i)));
+}
+
+// The same report in both forms; names of files and units may look like tags.
+void TestFormats::reportsAsTextAndAsHtml()
+{
+    Report report;
+    report.addHeading("Lines > 6 sigma:");
+    report.addGap();
+    report.addTable({{{"line"}, {"frequency", "Hz"}}, "%1: %2 Hz", "harmonic:%1", {{"7", "0.5"}}});
+    report.addGap();
+    report.addLine("file: <b>.pnt");
+    report.addValue("DM", "26.2", "dispersion:26.2");
+    QCOMPARE(report.plainText(),
+             QString("Lines > 6 sigma:\n\n7: 0.5 Hz\n\nfile: <b>.pnt\nDM = 26.2"));
+    const QString html = report.html();
+    for (const char *const part :
+         {"<span class='blue'>Lines &gt; 6 sigma:</span>", "<a href='harmonic:7'>7</a></nobr></td>",
+          "frequency, Hz</th>", "<p>file: &lt;b&gt;.pnt<br>DM = <a href='dispersion:26.2'>26.2"})
+        QVERIFY2(html.contains(part), qPrintable(html));
+    QCOMPARE(joinReports({Report("a"), Report(), Report("b")}).plainText(), QString("a\n\nb"));
 }
 
 ZRT_UNIT_TEST_MAIN(TestFormats)

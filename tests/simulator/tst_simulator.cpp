@@ -160,10 +160,12 @@ void TestSimulator::refusals()
         QString options;
         QString message;
     } cases[] = {
+        {"--points 2000000000 --rays 80", "no room on the disk. It takes"}, // 20 TB
         {"--points 0", "points must be at least 1, not 0"},
         {"--bands 0", "between 1 and 100000 bands"},
         {"--modules 2000000000 --rays 2000000000", "more than one point may hold"},
-        {"--step nan", "step must be at least"},
+        {"--step nan", "step must be 1e-06 to 1e+08 ms, not nan"},
+        {"--step 1e-300", "not 1e-300 ms"},
         {"--sigma 0", "Sigma must be above 0"},
         {"--pulsar ray=9", "ray 9 is not among 1 to 8"},
         {"--pulsar period=0.0249", "at least two steps"},
@@ -178,7 +180,10 @@ void TestSimulator::refusals()
         const Simulation s = simulation(options, &error);
         if (error.isEmpty())
             error = refusal(s);
+        if (error.isEmpty())
+            error = writeRecording(s, folder.filePath("b.pnt")).text();
         QVERIFY2(error.contains(message), qPrintable(options + ": " + error));
+        QVERIFY(!QFile::exists(folder.filePath("b.pnt")));
     }
 }
 
@@ -187,6 +192,8 @@ void TestSimulator::stoppedRunsLeaveNothing()
     const auto stop = [](int percent) { return percent < 50; };
     QCOMPARE(writeRecording(simulation("--rays 1"), folder.filePath("c.pnt"), stop).kind,
              WriteFailure::Kind::Stopped);
+    const Simulation large = simulation("--points 2000000000 --rays 80"); // 20 TB
+    QVERIFY(writeRecording(large, folder.filePath("c.pnt")).text().contains("no room on the disk"));
     QVERIFY(QDir(folder.path()).entryList({"c*"}, QDir::Files).isEmpty());
 }
 

@@ -5,9 +5,9 @@
 #include "support/messageboxcatcher.h"
 #include "support/recordings.h"
 
-#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTemporaryDir>
+#include <QTextDocument>
 #include <QtTest>
 #include <memory>
 
@@ -40,7 +40,12 @@ protected:
     void type(const char *field, const QString &text) const;
     bool isMarked(const QString &field) const; ///< as one that was refused
     const PlotData &shown() const { return find<PulsarGrafik>("grafik")->data(); }
-    QString report() const { return find<QPlainTextEdit>("texts")->toPlainText(); }
+    /// What the panel beside the plot tells of the last calculation.
+    const QTextDocument &reportDocument() const
+    {
+        return *find<QWidget>("texts")->findChild<QTextDocument *>();
+    }
+    QString report() const { return reportDocument().toPlainText(); }
 
     std::unique_ptr<QTemporaryDir> folder;
     std::unique_ptr<MainWindow> window;

@@ -250,10 +250,13 @@ private:
         Day day;
         const double ms = double(point) * list.tresolution * msPerSecond;
         day.begin = entry(chain.recordings[recording]).begin.addMSecs(qint64(std::floor(ms)));
-        qint64 first = chain.offsets[recording] + point;
-        const qint64 behind = first + choice.points + choice.pointsAfter;
+        const qint64 behind = chain.offsets[recording] + point + choice.points + choice.pointsAfter;
+        qint64 first = chain.offsets[recording] + point - choice.pointsBefore;
+        day.before = choice.pointsBefore;
         if (first < 0) {
-            day.reason = QString("The stretch begins %1 points before the recording.").arg(-first);
+            day.reason = QString("The stretch%2 begins %1 points before the recording.")
+                             .arg(-first)
+                             .arg(choice.pointsBefore > 0 ? ", with what its bands take in," : "");
             return day;
         }
         if (behind > chain.points) {

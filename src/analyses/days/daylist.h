@@ -35,6 +35,7 @@ struct DayChoice {
     int points = 16384;
     int pointsAfter = 0; ///< points behind the stretch that delayed bands take in, one at least
     DayStart start;
+    int pointsBefore = 0; ///< points before it that bands with opposite delays take in
 };
 
 /// Points of one file.
@@ -48,8 +49,9 @@ struct DayPart {
 struct Day {
     QDateTime begin; ///< UTC of the first point; names the day
     std::vector<DayPart>
-        parts;      ///< the stretch and the points after it; empty where it cannot be used
+        parts;      ///< the stretch with the points around it; empty where it cannot be used
     QString reason; ///< why it cannot be used; empty otherwise
+    int before = 0; ///< points of the parts before the stretch
 };
 
 /// A recording that gives no day at all, and why.

@@ -43,9 +43,10 @@ QByteArray headerOf(const RecordingSet &set, const Day &day, int points,
     const ObservationData &first = entryOf(set, day.parts.front()).header;
     QByteArray header = "series: sum of bands 1 to " +
                         QByteArray::number(PulsarCalculate::sumBands) +
+                        (request.isBackward ? ", delays of the opposite sign" : "") +
                         ", before the base line, form 1\n";
-    header += "points: " + QByteArray::number(points) +
-              "\ntype: float\nfirst_point: " + QByteArray::number(day.parts.front().first) +
+    header += "points: " + QByteArray::number(points) + "\ntype: float\nfirst_point: " +
+              QByteArray::number(day.parts.front().first + day.before) +
               "\ndisp: " + QByteArray::number(qint64(request.dispersion)) +
               "\ndispersion: " + exactText(request.dispersion).toUtf8() +
               "\nmodule: " + QByteArray::number(request.module) +
@@ -223,7 +224,7 @@ Reading readDay(const RecordingSet &set, const Day &day, const std::vector<Serie
     return joined(parts);
 }
 
-DaySeries sumOf(const ObservationData &data, const Chosen &chosen, int points,
+DaySeries sumOf(const ObservationData &data, const Chosen &chosen, int before, int points,
                 const SeriesRequest &request)
 {
     DaySeries series;
@@ -243,10 +244,10 @@ DaySeries sumOf(const ObservationData &data, const Chosen &chosen, int points,
     PulsarParameters parameters;
     parameters.module = module + 1;
     parameters.ray = ray + 1;
-    parameters.firstPoint = 0;
+    parameters.firstPoint = before;
     PulsarCalculate calculate(usable, parameters);
     std::vector<double> sums(static_cast<std::size_t>(points));
-    if (!calculate.sumChannels(sums.data(), points, request.dispersion, true) ||
+    if (!calculate.sumChannels(sums.data(), points, request.dispersion, !request.isBackward) ||
         calculate.bandsSummed() < PulsarCalculate::sumBands) {
         series.problem = QString("%1: the bands cannot be summed at the dispersion %2 pc/cm^3.")
                              .arg(data.filePath, exactText(request.dispersion));
@@ -280,6 +281,16 @@ QString seriesFileName(const RecordingSet &set, const Day &day, int points,
     return QString("%1_m%2_r%3_%4.series")
         .arg(textOfTime(day.begin, "yyyyMMdd_hhmmss"), QString::number(request.module),
              QString::number(request.ray), QString::fromLatin1(hash.toHex().left(digits)));
+}
+
+bool areKept(const RecordingSet &set, const Day &day, int points,
+             const std::vector<SeriesRequest> &requests, const QString &folder)
+{
+    return std::all_of(requests.begin(), requests.end(), [&](const SeriesRequest &request) {
+        DaySeries series;
+        return readKept(QDir(folder).filePath(seriesFileName(set, day, points, request)),
+                        headerOf(set, day, points, request), points, series);
+    });
 }
 
 std::vector<DaySeries> seriesOfDay(const RecordingSet &set, const Day &day, int points,
@@ -317,7 +328,7 @@ std::vector<DaySeries> seriesOfDay(const RecordingSet &set, const Day &day, int 
             all[i].wasStopped = reading.end() == StretchEnd::Cancelled;
             continue;
         }
-        all[i] = sumOf(*data, chosen, points, requests[i]);
+        all[i] = sumOf(*data, chosen, day.before, points, requests[i]);
         if (!folder.isEmpty() && all[i].problem.isEmpty())
             keep(folder, pathOf(requests[i]), headerOf(set, day, points, requests[i]), all[i]);
     }

@@ -12,13 +12,14 @@ namespace Days {
 
 /// One ray at one dispersion.
 struct SeriesRequest {
-    int module = 1;        ///< the telescope's number
-    int ray = 1;           ///< the telescope's number
-    double dispersion = 0; ///< pc/cm^3
+    int module = 1;          ///< the telescope's number
+    int ray = 1;             ///< the telescope's number
+    double dispersion = 0;   ///< pc/cm^3
+    bool isBackward = false; ///< delays of the opposite sign: no dispersed pulse adds up
 };
 
 /// Points behind a stretch that the delays of the bands take in: what DayChoice::pointsAfter
-/// is to be for the highest dispersion.
+/// is to be for the highest dispersion, and DayChoice::pointsBefore for that of a backward sum.
 ///
 /// @param header  fbands, tresolution
 /// @return -1 where there are too few bands, or a delay beyond an int
@@ -45,6 +46,10 @@ struct DaySeries {
 std::vector<DaySeries> seriesOfDay(const RecordingSet &set, const Day &day, int points,
                                    const std::vector<SeriesRequest> &requests,
                                    const QString &folder, const SampleReadingHooks &hooks = {});
+
+/// Whether all of these series are kept and can be used.
+bool areKept(const RecordingSet &set, const Day &day, int points,
+             const std::vector<SeriesRequest> &requests, const QString &folder);
 
 /// Name of the file that keeps a series: UTC of its first point, module, ray, and a hash of all
 /// that it depends on.

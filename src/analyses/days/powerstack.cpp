@@ -8,6 +8,7 @@
 #include <boost/math/special_functions/gamma.hpp>
 #include <cmath>
 #include <cstddef>
+#include <numeric>
 
 namespace Days {
 
@@ -18,18 +19,6 @@ ZRT_TARGET_CLONES void addRun(const float *powers, double weight, double *sums, 
 {
     for (int i = 0; i < count; ++i)
         sums[i] += weight * double(powers[i]);
-}
-
-// Adds one value of a day to a run of neighbouring fine positions.
-ZRT_TARGET_CLONES void addValue(double value, double *sums, int count)
-{
-    for (int i = 0; i < count; ++i)
-        sums[i] += value;
-}
-
-int nearestBin(double position, int bins)
-{
-    return std::clamp(int(std::floor(position + 0.5)), 0, bins - 1);
 }
 
 // First bin at or after `from` whose shift is not that of `from`; `bins` if there is none. The
@@ -64,17 +53,19 @@ void addDay(const DayPowers &day, int bins, double *sums)
     }
 }
 
-// Adds a day to the fine positions from `begin` to before `end`.
-void addDayFinely(const DayPowers &day, int bins, int begin, int end, double *sums)
+// Where the nearest bin of a day changes, its next value begins: the steps there, of which the
+// fine positions are the running sum. One step a bin instead of sixteen values.
+void addSteps(const DayPowers &day, int bins, std::vector<double> &steps)
 {
-    const double step = day.ratio / finePerBin;
-    for (int position = begin; position < end;) {
-        const int bin = nearestBin(position * step, bins);
-        // Up to the last position that is nearest to this bin.
-        int next = bin == bins - 1 ? end : int(std::ceil((bin + 0.5) / step));
-        next = std::clamp(next, position + 1, end);
-        addValue(day.weight * double(day.powers[bin]), sums + position, next - position);
-        position = next;
+    const double positionsPerBin = finePerBin / day.ratio;
+    const int positions = int(steps.size());
+    steps[0] += day.weight * double(day.powers[0]);
+    for (int bin = 1; bin < bins; ++bin) {
+        const int position = int(std::ceil((bin - 0.5) * positionsPerBin));
+        if (position >= positions)
+            break;
+        steps[std::size_t(position)] +=
+            day.weight * (double(day.powers[bin]) - double(day.powers[bin - 1]));
     }
 }
 
@@ -95,14 +86,12 @@ std::vector<double> stackDays(const std::vector<DayPowers> &days, int bins)
 
 std::vector<double> stackDaysFinely(const std::vector<DayPowers> &days, int bins)
 {
-    // So many sums stay in the processor's nearest memory while all days pass.
-    constexpr int block = 2048;
-    const int positions = std::max(0, bins) * finePerBin;
-    std::vector<double> sums(static_cast<std::size_t>(positions));
-    for (int begin = 0; begin < positions; begin += block) {
-        for (const DayPowers &day : days)
-            addDayFinely(day, bins, begin, std::min(positions, begin + block), sums.data());
-    }
+    std::vector<double> sums(static_cast<std::size_t>(std::max(0, bins)) * finePerBin);
+    if (sums.empty())
+        return sums;
+    for (const DayPowers &day : days)
+        addSteps(day, bins, sums);
+    std::partial_sum(sums.begin(), sums.end(), sums.begin());
     return sums;
 }
 

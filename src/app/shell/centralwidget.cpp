@@ -1,7 +1,9 @@
 #include "app/shell/centralwidget.h"
 
+#include "app/shell/pathlabel.h"
 #include "app/shell/settings.h"
 
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLayoutItem>
 
@@ -15,11 +17,20 @@ QWidget *lastInTabOrder(QWidget *parent)
     return last;
 }
 
+// The title of the program's window: after the name of the file that it shows, if it does.
+void setTitle(QWidget *centralwidget, const QString &path)
+{
+    const QString program = "ZRT-Analytics-2";
+    const QString name = QFileInfo(path).fileName();
+    centralwidget->window()->setWindowTitle(name.isEmpty() ? program : name + " - " + program);
+}
+
 } // namespace
 
 void emptyCentralWidget()
 {
     QWidget *const centralwidget = Settings::instance()->ui().centralwidget;
+    setTitle(centralwidget, {});
     QLayout *const layout = centralwidget->layout();
     if (!layout)
         return;
@@ -42,7 +53,10 @@ void fillCentralWidget(QWidget *form, QWidget *plot, QWidget *panel)
     }
     if (panel)
         layout->addWidget(panel, 0);
-    Settings::instance()->ui().centralwidget->setLayout(layout);
+    QWidget *const centralwidget = Settings::instance()->ui().centralwidget;
+    centralwidget->setLayout(layout);
+    const auto *const label = form->findChild<PathLabel *>();
+    setTitle(centralwidget, label ? label->path() : QString());
     if (plot && panel)
         QWidget::setTabOrder(lastInTabOrder(panel), plot);
 }

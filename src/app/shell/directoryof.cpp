@@ -12,3 +12,8 @@ QString directoryOf(const QString &path)
     }
     return QDir::homePath();
 }
+
+QString startFolder(const QString &remembered)
+{
+    return !remembered.isEmpty() && QDir(remembered).exists() ? remembered : QDir::homePath();
+}

@@ -3,15 +3,16 @@
 #include "base/timetext.h"
 #include "coords/barycentre.h"
 #include "data/truenumbers.h"
+#include "fields/textcolours.h"
 
-#include <QColor>
 #include <QDir>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QLocale>
+#include <QPalette>
 
 namespace {
 
-constexpr char refusedColour[] = "#b00020";
 constexpr int mjdDecimals = 8; // 0.9 ms
 constexpr int stepDigits = 12; // the last digits of ms divided by 1000 mean nothing
 constexpr int lengthDecimals = 1;
@@ -147,7 +148,8 @@ QVariant RecordingModel::data(const QModelIndex &index, int role) const
     case Qt::ToolTipRole:
         return entry.problem.isEmpty() ? QDir::toNativeSeparators(entry.path) : entry.problem;
     case Qt::ForegroundRole:
-        return entry.problem.isEmpty() ? QVariant() : QColor(refusedColour);
+        return entry.problem.isEmpty() ? QVariant()
+                                       : TextColours::problem(QGuiApplication::palette());
     case Qt::TextAlignmentRole:
         return int(Qt::AlignVCenter | (isNumber(index.column()) ? Qt::AlignRight : Qt::AlignLeft));
     default:

@@ -52,6 +52,8 @@ void Settings::restore(QWidget *geometryOwner)
 {
     const QSettings values = store();
     geometryOwner->restoreGeometry(values.value("geometry").toByteArray());
+    if (values.value("isMaximized").toBool())
+        geometryOwner->setWindowState(geometryOwner->windowState() | Qt::WindowMaximized);
     setLastOpenFile(values.value("lastOpenFile").toString());
     setLastOpenPath(values.value("lastOpenPath").toString());
     setLastSavePath(values.value("lastSavePath").toString());
@@ -67,6 +69,7 @@ void Settings::save(const QWidget *geometryOwner) const
     writeIfNotEmpty(values, "lastSavePath", savePath);
     if (!geometryOwner->isMaximized())
         values.setValue("geometry", geometryOwner->saveGeometry());
+    values.setValue("isMaximized", geometryOwner->isMaximized());
     values.setValue("graphWidth", graphWidth);
     values.setValue("graphHeight", graphHeight);
 }

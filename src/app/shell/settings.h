@@ -48,7 +48,8 @@ public:
     /// Where values live between runs.
     static QSettings store();
 
-    /// Reads the remembered values; the window's geometry is applied to `geometryOwner`.
+    /// Reads the remembered values; the window's geometry is applied to `geometryOwner`,
+    /// which is then maximized if it was.
     void restore(QWidget *geometryOwner);
     /// Writes them back; the geometry only if the window is not maximized, so that the last
     /// normal size survives.

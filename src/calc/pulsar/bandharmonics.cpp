@@ -1,15 +1,20 @@
-#include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/bandharmonics.h"
 
 #include "calc/approximation.h"
 #include "calc/fourier.h"
+#include "calc/pulsar/bandsum.h"
 
 #include <algorithm>
 #include <cmath>
 #include <complex>
+#include <optional>
 
-// One harmonic of every band by itself, for the dispersion that a scan tells.
+namespace Pulsar {
 
 namespace {
+
+// Samples by which each band is read later; nothing where it is not read.
+using Shifts = std::vector<std::optional<int>>;
 
 constexpr int fewestLinesBeside = 32; // on a side
 constexpr int mostLinesBeside = 200;
@@ -52,17 +57,15 @@ void removeLevel(std::vector<double> &series, const std::vector<double> &baselin
     series.swap(rest);
 }
 
-} // namespace
-
 // Samples by which a sum reads each band later at `dispersion`. Where the recording is too short
 // for that the shift is less; nothing for a band that the scan never reads whole, and for those
 // below it, at which the sums have stopped.
-std::vector<std::optional<int>> PulsarCalculate::readableShifts(int firstPoint, double dispersion,
-                                                                double largest) const
+Shifts readableShifts(const ObservationData &data, int firstPoint, double dispersion,
+                      double largest)
 {
-    const Tools::BandDelays delays = bandDelays(dispersion);
-    const Tools::BandDelays ofLargest = bandDelays(largest);
-    std::vector<std::optional<int>> shifts(sumBands);
+    const Tools::BandDelays delays = bandDelays(data, dispersion);
+    const Tools::BandDelays ofLargest = bandDelays(data, largest);
+    Shifts shifts(sumBands);
     for (int band = sumBands - 1; band >= 0; --band) {
         const int atLargest = ofLargest.shift(band);
         const int least = std::max(std::min(0, atLargest), -firstPoint);
@@ -75,21 +78,20 @@ std::vector<std::optional<int>> PulsarCalculate::readableShifts(int firstPoint, 
 }
 
 // The harmonic in every band, each read at its delay and freed of its own base line.
-Tools::BandHarmonics
-PulsarCalculate::bandHarmonics(int firstPoint, int averageCount,
-                               const std::vector<std::optional<int>> &shifts) const
+Tools::BandHarmonics bandHarmonics(const ObservationData &data, const PulsarParameters &given,
+                                   int averageCount, const Shifts &shifts)
 {
-    const int length = Tools::averagedLength(fixedPoints, averageCount, parameters.withNull);
+    const int length = Tools::averagedLength(fixedPoints, averageCount, given.withNull);
     const qint64 period = qint64(length) << averageCount; // of line 1, samples
     Tools::BandHarmonics harmonics;
-    harmonics.number = parameters.harmonicNum;
+    harmonics.number = given.harmonicNum;
     harmonics.highest = length / 2 - 1;
     harmonics.frequency = double(harmonics.number) / double(period);
-    const std::vector<int> lines = linesBeside(harmonics.number, length / 2, parameters.withNull);
+    const std::vector<int> lines = linesBeside(harmonics.number, length / 2, given.withNull);
     harmonics.amplitudes.resize(sumBands);
     harmonics.beside.resize(lines.size() * sumBands);
 
-    const Tools::BandDelays perUnit = bandDelays(1);
+    const Tools::BandDelays perUnit = bandDelays(data, 1);
     std::vector<double> baseline(fixedPoints);
     std::vector<double> averaged(2 * std::size_t(fixedPoints));
     auto spectrum = std::vector<std::complex<double>>(std::size_t(length / 2));
@@ -98,13 +100,14 @@ PulsarCalculate::bandHarmonics(int firstPoint, int averageCount,
         harmonics.delays.push_back(perUnit.delay(band));
         if (!shifts[b])
             continue;
-        const float *const samples = bandSamples(band) + firstPoint + *shifts[b];
+        const float *const samples =
+            channelSamples(data, given, band) + given.firstPoint + *shifts[b];
         std::vector<double> series(samples, samples + fixedPoints);
-        if (!channelBaseline(series, baseline.data()))
+        if (!channelBaseline(given.noise, series, baseline.data()))
             continue;
         removeLevel(series, baseline);
         Tools::averagePairs(series.data(), averaged.data(), fixedPoints, averageCount,
-                            parameters.withNull);
+                            given.withNull);
         Tools::complexSpectrum(averaged.data(), spectrum.data(), length, length / 2);
         const auto inStep = [&](int line) {
             return spectrum[std::size_t(line)] * turnBack(line, *shifts[b], period);
@@ -116,22 +119,22 @@ PulsarCalculate::bandHarmonics(int firstPoint, int averageCount,
     return harmonics;
 }
 
-// The dispersion of the harmonic, for the stretch from `firstPoint` on. The bands are read at the
-// delays of the dispersion that comes out, so that an harmonic between two lines is in step too.
-Tools::DispersionPeak PulsarCalculate::findDispersion(int firstPoint, int averageCount,
-                                                      double strongest, double largest) const
+} // namespace
+
+Tools::DispersionPeak findDispersion(const ObservationData &data, const PulsarParameters &given,
+                                     int averageCount, double strongest, double largest)
 {
     constexpr int mostReadings = 5;
+    const int firstPoint = given.firstPoint;
     Tools::DispersionPeak peak;
-    double dispersion = strongest;
-    std::vector<std::optional<int>> shifts = readableShifts(firstPoint, dispersion, largest);
+    Shifts shifts = readableShifts(data, firstPoint, strongest, largest);
     for (int reading = 0; reading < mostReadings; ++reading) {
         peak =
-            Tools::findDispersionPeak(bandHarmonics(firstPoint, averageCount, shifts), 0, largest);
+            Tools::findDispersionPeak(bandHarmonics(data, given, averageCount, shifts), 0, largest);
         if (!peak.unconstrained.isEmpty())
             break;
-        const auto next =
-            readableShifts(firstPoint, std::clamp(peak.dispersion, 0.0, largest), largest);
+        const Shifts next =
+            readableShifts(data, firstPoint, std::clamp(peak.dispersion, 0.0, largest), largest);
         const bool isNear = std::equal(next.begin(), next.end(), shifts.begin(),
                                        [](auto a, auto b) { return !a || std::abs(*a - *b) <= 1; });
         if (isNear)
@@ -140,3 +143,5 @@ Tools::DispersionPeak PulsarCalculate::findDispersion(int firstPoint, int averag
     }
     return peak;
 }
+
+} // namespace Pulsar

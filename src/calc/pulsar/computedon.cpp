@@ -2,8 +2,8 @@
 
 #include "base/numbertext.h"
 #include "base/timetext.h"
+#include "calc/pulsar/bandsum.h"
 #include "calc/pulsar/pulsaranalyses.h"
-#include "calc/pulsar/pulsarcalculate.h"
 #include "data/recordingtime.h"
 #include "data/truenumbers.h"
 #include "results/reporttext.h"
@@ -95,12 +95,15 @@ QString rayText(const ObservationData &data, int ray)
     return withNumber(ray, rayNumber(data, ray - 1));
 }
 
-QString choicesText(const QString &action, const ObservationData &data,
-                    const PulsarParameters &parameters, int points)
+Results::Report choicesReport(const QString &action, const ObservationData &data,
+                              const PulsarParameters &parameters, int points)
 {
-    return "Action:" + action + "\nModule:" + moduleText(data, parameters.module) +
-           "\nChannel:" + QString::number(parameters.channel) +
-           "\nRay:" + rayText(data, parameters.ray) + "\nPoints:" + QString::number(points);
+    Results::Report report("Action:" + action);
+    report.addLine("Module:" + moduleText(data, parameters.module));
+    report.addLine("Channel:" + QString::number(parameters.channel));
+    report.addLine("Ray:" + rayText(data, parameters.ray));
+    report.addLine("Points:" + QString::number(points));
+    return report;
 }
 
 bool worksOnChannel(const QString &action)
@@ -131,7 +134,7 @@ QStringList computedOn(const QString &path, const QString &action, const Observa
     const int ray = rayNumber(data, parameters.ray - 1);
     QStringList lines = {"file: " + path, "module: " + withPlace(module, parameters.module) +
                                               ", ray: " + withPlace(ray, parameters.ray)};
-    constexpr int bands = PulsarCalculate::sumBands;
+    constexpr int bands = Pulsar::sumBands;
     if (worksOnChannel(action))
         lines << QString("channel: %1, %2")
                      .arg(parameters.channel)
@@ -150,6 +153,8 @@ QStringList computedOn(const QString &path, const QString &action, const Observa
                  (isNormalised(action, parameters) ? ", normalised" : ", not normalised");
     if (reads(action, "--average"))
         lines << "averaging: " + averagingText(action, parameters);
+    if (reads(action, "--channels-off") && !parameters.channelsOff.isEmpty())
+        lines << "channels left out: " + QString(parameters.channelsOff).replace(",", ", ");
     lines << (parameters.deleteStep ? QString("steps taken out: %1").arg(result.steps)
                                     : QString("steps: not taken out"));
     return lines;

@@ -21,8 +21,8 @@ QString moduleText(const ObservationData &data, int module);
 QString rayText(const ObservationData &data, int ray);
 
 /// "Action:" and the other choices, one per line, with the number of points of the result.
-QString choicesText(const QString &action, const ObservationData &data,
-                    const PulsarParameters &parameters, int points);
+Results::Report choicesReport(const QString &action, const ObservationData &data,
+                              const PulsarParameters &parameters, int points);
 
 /// UTC of the first and of the last of so many points from `firstPoint` on, "yyyy-MM-dd
 /// hh:mm:ss.zzz to hh:mm:ss.zzz", both rounded down; empty without a begin time or a step.

@@ -1,15 +1,21 @@
-#include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/actions.h"
 
 #include "base/systemmemory.h"
 #include "calc/approximation.h"
 #include "calc/levelsteps.h"
+#include "calc/pulsar/bandsum.h"
+#include "calc/pulsar/checks.h"
+#include "calc/pulsar/remarks.h"
 #include "ffa/normalise.h"
 #include "results/reporttext.h"
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 
 // The fast folding search of the sum of the bands.
+
+namespace Pulsar {
 
 namespace {
 
@@ -59,152 +65,184 @@ QString humText(std::vector<MainsLine> lines)
 }
 
 // What makes the S/N of a search differ from that of white noise.
-QStringList noiseRemarks(const FfaResult &result)
+std::vector<Results::Report> noiseRemarks(const FfaResult &result)
 {
-    QStringList remarks;
+    std::vector<Results::Report> remarks;
     // In white noise the differences of neighbours tell the noise of the series.
     const std::vector<float> samples(result.series.begin(), result.series.end());
     const double pointNoise = Tools::robustSigma(samples.data(), int(samples.size()));
     const double slow = pointNoise / Tools::sigmaWithoutMains(result.mains);
     if (slow < whitePart)
-        remarks << QString("Drift or strong pulses make the sigma of the series %1 times its "
-                           "noise: every S/N is lower by this factor.")
-                       .arg(1 / slow, 0, 'f', 1);
+        remarks.emplace_back(QString("Drift or strong pulses make the sigma of the series %1 times "
+                                     "its noise: every S/N is lower by this factor.")
+                                 .arg(1 / slow, 0, 'f', 1));
     if (!result.mains.empty())
-        remarks << humText(result.mains);
+        remarks.emplace_back(humText(result.mains));
     if (!result.wholeFactors.empty())
-        remarks << Tools::wholeFactorText(result.wholeFactors);
+        remarks.emplace_back(Tools::wholeFactorText(result.wholeFactors));
     return remarks;
 }
 
 constexpr double leastSigma = -100;
 constexpr double largestSigma = 1000;
 
+// The size of a search without other problems.
+Problems checkFfaMemory(const FfaParameters &ffa, int points, double tresolution)
+{
+    const double bytes = Tools::estimateFfa(ffa, points, tresolution).bytes;
+    constexpr double mebibyte = 1 << 20;
+    if (hasMemoryFor(bytes))
+        return {};
+    return {{"period_min", QString("The search needs %1 MiB of memory, %2 MiB are available.")
+                               .arg(bytes / mebibyte, 0, 'f', 0)
+                               .arg(double(availableMemory()) / mebibyte, 0, 'f', 0)}};
+}
+
+// What there is to search: the sum less its baseline and what is slow, normalised.
+struct FfaSeries {
+    std::vector<double> values;
+    int wholeBands = 0;
+    std::vector<CutBand> cut;
+    QString problem; // why it is of no use
+};
+
+FfaSeries ffaSeries(const PreparedSamples &samples, const PulsarParameters &given,
+                    const Control &control)
+{
+    const int count = samples.points;
+    FfaSeries series;
+    std::vector<double> &values = series.values;
+    values.resize(std::size_t(count));
+    const auto failed = [&series](const QString &problem) {
+        series.problem = problem;
+        return series;
+    };
+    if (!sumChannels(samples.data, given, values.data(), count, given.dispersion, true))
+        return failed("The bands cannot be summed.");
+    if (!goesOn(control, 0))
+        return series;
+    // What rounding leaves of it above the base line is no noise.
+    const auto [lowest, highest] = std::minmax_element(values.begin(), values.end());
+    if (*lowest == *highest)
+        return failed(constantSum);
+    if (!sumWithoutNoise(samples.data, given, values.data(), count, given.dispersion,
+                         series.wholeBands))
+        return failed("The noise base line cannot be computed.\nIt needs more points, or choose "
+                      "to search without noise deduction.");
+    if (!goesOn(control, 0))
+        return series;
+    series.cut = cutOut(given.cut, samples.data.tresolution, values);
+    if (!goesOn(control, 0))
+        return series;
+    if (given.ffa.deredden)
+        Tools::deredden(values, given.ffa.rmed_width / samples.data.tresolution,
+                        given.ffa.rmed_minpts);
+    if (!(Tools::sigma(values.data(), count) > 0))
+        return failed(constantSum);
+    Ffa::normalizeSeries(values.data(), count);
+    return series;
+}
+
+Results::Report reportOf(const Periodogram &periodogram, const PulsarParameters &given, int count,
+                         double sigma)
+{
+    Results::Report report("FFA SNR as one-dimension array");
+    report.addValue("Dispersion", ReportText::general(given.dispersion));
+    addStart(given, report);
+    report.addValue("Number of points", QString::number(count));
+    report.addValue("Periods", ReportText::general(given.ffa.period_min) + " to " +
+                                   ReportText::general(given.ffa.period_max) + " s");
+    report.addValue("Trial periods",
+                    QString("%1, widths = %2").arg(periodogram.length).arg(periodogram.nwidths));
+    report.addValue("Sigma of S/N", ReportText::general(sigma));
+    return report;
+}
+
 } // namespace
 
-int PulsarCalculate::ffaPoints() const
+int ffaPoints(const ObservationData &header, const PulsarParameters &given)
 {
-    if (parameters.points > 0)
-        return parameters.points;
-    if (int(data.fbands.size()) < sumBands)
+    if (given.points > 0)
+        return given.points;
+    if (int(header.fbands.size()) < sumBands)
         return 0;
-    const Tools::BandDelays delays = bandDelays(parameters.dispersion);
+    const Tools::BandDelays delays = bandDelays(header, given.dispersion);
     if (delays.highestWithoutShift() >= 0)
         return 0;
     const int longest = int(std::max(delays.longestLater(), delays.longestEarlier()));
-    const qint64 left = qint64(data.npoints) - parameters.firstPoint - longest - 1;
-    return int(std::clamp<qint64>(left, 0, std::max(data.npoints, 0)));
+    const qint64 left = qint64(header.npoints) - given.firstPoint - longest - 1;
+    return int(std::clamp<qint64>(left, 0, std::max(header.npoints, 0)));
 }
 
-bool PulsarCalculate::acceptFfa()
+Problems checkFfa(const ObservationData &header, const PulsarParameters &given)
 {
-    stretch = 1; // what a first point must leave room for
-    const bool isSelected = acceptSelection(parameters.dispersion);
-    if (!acceptDispersion(parameters.dispersion) || !isSelected)
-        return false;
-    const int room = data.npoints - parameters.firstPoint - 1;
-    if (parameters.points < 0 || parameters.points > room)
-        return refuse(QString("The recording has no %1 points after the first one.\nAllowed: "
-                              "1 to %2.")
-                          .arg(parameters.points)
-                          .arg(room),
-                      "points");
-    stretch = ffaPoints();
-    if (stretch < 1)
-        return refuse(QString("Dispersion %1 delays a band beyond the end of the recording.\nNo "
-                              "point has every band.")
-                          .arg(ReportText::general(parameters.dispersion)),
-                      "dispersion");
-    for (const FieldProblem &problem :
-         Tools::findFfaProblems(parameters.ffa, stretch, data.tresolution))
-        refuse(problem.text, problem.field);
-    return refusals.empty() && acceptFfaMemory();
+    // One point is what a first point must leave room for.
+    const Problems problems = checkSumOf(1, header, given);
+    if (!problems.empty())
+        return problems;
+    const int room = header.npoints - given.firstPoint - 1;
+    if (given.points < 0 || given.points > room)
+        return {{"points", QString("The recording has no %1 points after the first one.\nAllowed: "
+                                   "1 to %2.")
+                               .arg(given.points)
+                               .arg(room)}};
+    const int count = ffaPoints(header, given);
+    if (count < 1)
+        return {{"dispersion",
+                 QString("Dispersion %1 delays a band beyond the end of the recording.\nNo "
+                         "point has every band.")
+                     .arg(ReportText::general(given.dispersion))}};
+    const Problems ofSearch =
+        joinProblems({checkCut(header, given.cut),
+                      Tools::findFfaProblems(given.ffa, count, header.tresolution)});
+    return ofSearch.empty() ? checkFfaMemory(given.ffa, count, header.tresolution) : ofSearch;
 }
 
-// The size of a search without other problems.
-bool PulsarCalculate::acceptFfaMemory()
+AnalysisOutcome createFfa(const PreparedSamples &samples, const PulsarParameters &given,
+                          const Control &control)
 {
-    const double bytes = Tools::estimateFfa(parameters.ffa, stretch, data.tresolution).bytes;
-    constexpr double mebibyte = 1 << 20;
-    return hasMemoryFor(bytes) ||
-           refuse(QString("The search needs %1 MiB of memory, %2 MiB are available.")
-                      .arg(bytes / mebibyte, 0, 'f', 0)
-                      .arg(double(availableMemory()) / mebibyte, 0, 'f', 0),
-                  "period_min");
-}
-
-bool PulsarCalculate::createFFA()
-{
-    const FfaParameters &ffa = parameters.ffa;
-    const int count = stretch;
-    if (!goOn(0))
-        return false;
-
-    std::vector<double> series(static_cast<std::size_t>(count));
-    if (!fillFfaSeries(series))
-        return false;
-    std::vector<float> samples(series.begin(), series.end());
-    Periodogram periodogram(samples.data(), samples.size(), data.tresolution, ffa.period_min,
+    AnalysisOutcome outcome = begun(samples, given);
+    PulsarResult &result = outcome.result;
+    const FfaParameters &ffa = given.ffa;
+    const int count = samples.points;
+    const double tresolution = samples.data.tresolution;
+    if (!goesOn(control, 0))
+        return outcome;
+    FfaSeries series = ffaSeries(samples, given, control);
+    if (!series.problem.isEmpty())
+        return refused(outcome, series.problem);
+    if (control.isStopped())
+        return outcome;
+    std::vector<float> searched(series.values.begin(), series.values.end());
+    Periodogram periodogram(searched.data(), searched.size(), tresolution, ffa.period_min,
                             ffa.period_max, 0, ffa.bins_min, ffa.bins_max, ffa.ducy_max, ffa.wtsp,
-                            true, [this](int percent) { return goOn(percent); });
+                            true, [&](int percent) { return goesOn(control, percent); });
     if (!periodogram.error.isEmpty())
-        return refuse(periodogram.error);
-    if (!goOn(100))
-        return false;
+        return refused(outcome, periodogram.error);
+    if (!goesOn(control, 100))
+        return outcome;
     const double sigma = sigmaOf(periodogram.snr);
     if (!(sigma >= leastSigma && sigma <= largestSigma))
-        return refuse("Error of calculating sigma");
+        return refused(outcome, "Error of calculating sigma");
 
-    outcome.curves.push_back(periodogram.snr);
-    outcome.visible.push_back(true);
-    outcome.names << "FFA SNR as one-dimension array";
-    outcome.points = int(std::min<std::size_t>(periodogram.snr.size(), INT_MAX));
-    outcome.axis.first = 0;
-    outcome.description =
-        QString("FFA SNR as one-dimension array\nDispersion = %1%2\nNumber of points = %3\nPeriods "
-                "= %4 to %5 s\nTrial periods = %6, widths = %7\nSigma of S/N = %8")
-            .arg(ReportText::general(parameters.dispersion), startText())
-            .arg(count)
-            .arg(ReportText::general(ffa.period_min), ReportText::general(ffa.period_max))
-            .arg(periodogram.length)
-            .arg(periodogram.nwidths)
-            .arg(ReportText::general(sigma));
-    std::vector<MainsLine> mains = Tools::findMains(Tools::powerSpectrum(series, data.tresolution));
-    if (!goOn(100))
-        return false;
-    outcome.ffa = std::make_shared<const FfaResult>(
-        FfaResult{std::move(series), data.tresolution, std::move(periodogram), std::move(mains),
-                  Tools::wholeFactorSteps(ffa, count, data.tresolution)});
-    markSteps();
-    outcome.remarks << noiseRemarks(*outcome.ffa);
-    remarkOnBands();
-    remarkOnTimes(sumBands);
-    return true;
+    result.curves.push_back(periodogram.snr);
+    result.visible.push_back(true);
+    result.names << "FFA SNR as one-dimension array";
+    result.points = int(std::min<std::size_t>(periodogram.snr.size(), INT_MAX));
+    result.axis.first = 0;
+    result.report = reportOf(periodogram, given, count, sigma);
+    std::vector<MainsLine> mains =
+        Tools::findMains(Tools::powerSpectrum(series.values, tresolution));
+    if (!goesOn(control, 100))
+        return outcome;
+    result.ffa = std::make_shared<const FfaResult>(
+        FfaResult{std::move(series.values), tresolution, std::move(periodogram), std::move(mains),
+                  Tools::wholeFactorSteps(ffa, count, tresolution)});
+    append({cutReport(given.cut, series.cut)}, result);
+    append(noiseRemarks(*result.ffa), result);
+    append(bandRemarks({samples.data, given, count, given.dispersion}, series.wholeBands), result);
+    result.times = timesText(samples.data, sumBands);
+    return outcome;
 }
 
-// The series that is searched: the sum less its baseline and what is slow, normalised.
-bool PulsarCalculate::fillFfaSeries(std::vector<double> &series)
-{
-    const int count = int(series.size());
-    if (!sumChannels(series.data(), count, parameters.dispersion, true))
-        return refuse("The bands cannot be summed.");
-    if (!goOn(0))
-        return false;
-    // What rounding leaves of it above the base line is no noise.
-    const auto [lowest, highest] = std::minmax_element(series.begin(), series.end());
-    if (*lowest == *highest)
-        return refuse(constantSum);
-    if (!sumWithoutNoise(series.data(), count, parameters.dispersion))
-        return refuse("The noise base line cannot be computed.\nIt needs more points, or choose "
-                      "to search without noise deduction.");
-    fewestBands = completeBands;
-    if (!goOn(0))
-        return false;
-    if (parameters.ffa.deredden)
-        Tools::deredden(series, parameters.ffa.rmed_width / data.tresolution,
-                        parameters.ffa.rmed_minpts);
-    if (!(Tools::sigma(series.data(), count) > 0))
-        return refuse(constantSum);
-    Ffa::normalizeSeries(series.data(), count);
-    return true;
-}
+} // namespace Pulsar

@@ -1,14 +1,10 @@
-#include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/needs.h"
 
-#include "calc/levelsteps.h"
-#include "calc/pulsar/computedon.h"
+#include "calc/pulsar/bandsum.h"
 #include "calc/pulsar/pulsaranalyses.h"
+#include "calc/pulsar/scan.h"
 
 #include <algorithm>
-#include <optional>
-
-// Before an action computes: which samples it takes in, and what stands in the place of those that
-// are no numbers or follow a step of the level.
 
 namespace {
 
@@ -21,17 +17,18 @@ struct DispersionSpan {
     double largest = 0;
 };
 
-std::vector<DispersionSpan> spansOf(const QString &action, const PulsarParameters &given,
-                                    const std::vector<double> &trials)
+std::vector<DispersionSpan> spansOf(const PulsarAnalysis &analysis, const PulsarParameters &given)
 {
     std::vector<DispersionSpan> spans;
-    if (reads(action, "--compare")) {
+    if (analysis.reads(pulsarField("--compare"))) {
         for (const double dispersion : given.dispersions)
             spans.push_back({dispersion, dispersion});
         return spans;
     }
-    if (isScan(action))
+    if (isScan(analysis.name)) {
+        const std::vector<double> trials = Pulsar::trialDispersions(given);
         return {{trials.front(), trials.back()}};
+    }
     return {{given.dispersion, given.dispersion}};
 }
 
@@ -86,6 +83,26 @@ std::vector<SampleRange> withLevelMargins(std::vector<SampleRange> ranges, int n
     return result;
 }
 
+std::vector<SampleRange> rangesOfSums(const PulsarAnalysis &analysis, const ObservationData &header,
+                                      const PulsarParameters &given)
+{
+    const int count = analysis.points(header, given);
+    const std::vector<int> starts = analysis.reads(pulsarField("--each-start"))
+                                        ? Pulsar::scanStarts(header, given)
+                                        : std::vector{given.firstPoint};
+    std::vector<SampleRange> ranges;
+    for (const DispersionSpan &span : spansOf(analysis, given)) {
+        const Tools::BandDelays least = Pulsar::bandDelays(header, span.least);
+        const Tools::BandDelays largest = Pulsar::bandDelays(header, span.largest);
+        for (const int start : starts) {
+            addSum(header.npoints, start, count, least, largest, ranges);
+            if (given.noise == "backSum")
+                addSum(header.npoints, start, count, least.reversed(), largest.reversed(), ranges);
+        }
+    }
+    return joined(ranges);
+}
+
 } // namespace
 
 int PulsarNeeds::begin() const
@@ -103,125 +120,20 @@ int PulsarNeeds::end() const
     return last == ranges.end() ? 0 : last->end;
 }
 
-PulsarNeeds PulsarCalculate::needs(const QString &action) const
+PulsarNeeds findNeeds(const QString &action, const ObservationData &recording,
+                      const PulsarParameters &parameters)
 {
+    const PulsarAnalysis &analysis = *findAnalysis(action);
+    const ObservationData header = Pulsar::wholePointsOf(recording);
     PulsarNeeds needs = {parameters.module, parameters.ray, {}};
-    if (worksOnChannel(action)) {
+    if (analysis.onChannel) {
         const int first = parameters.firstPoint;
-        needs.ranges = {{parameters.channel - 1, first, first + channelPoints(action)}};
+        const int end = first + analysis.points(header, parameters);
+        needs.ranges = {{parameters.channel - 1, first, end}};
     } else {
-        const std::vector<int> starts =
-            reads(action, "--each-start") ? scanStarts() : std::vector{parameters.firstPoint};
-        for (const DispersionSpan &span : spansOf(action, parameters, trialDispersions())) {
-            const Tools::BandDelays least = bandDelays(span.least);
-            const Tools::BandDelays largest = bandDelays(span.largest);
-            for (const int start : starts) {
-                addSum(data.npoints, start, stretch, least, largest, needs.ranges);
-                if (parameters.noise == "backSum")
-                    addSum(data.npoints, start, stretch, least.reversed(), largest.reversed(),
-                           needs.ranges);
-            }
-        }
-        needs.ranges = joined(needs.ranges);
+        needs.ranges = rangesOfSums(analysis, header, parameters);
     }
     if (parameters.deleteStep)
-        needs.ranges = withLevelMargins(needs.ranges, data.npoints);
+        needs.ranges = withLevelMargins(needs.ranges, header.npoints);
     return needs;
-}
-
-// Samples of a channel of the selected module and ray, indexed as in the recording.
-const float *PulsarCalculate::bandSamples(int channel) const
-{
-    const Samples &samples = workingCopy ? workingCopy : data.samples;
-    return samples[parameters.module - 1][channel][parameters.ray - 1];
-}
-
-// Looks through what the action takes in. Where it has samples that are no numbers, or steps are
-// to be deleted, the working copy is made.
-bool PulsarCalculate::prepareSamples(const QString &action)
-{
-    const PulsarNeeds needed = needs(action);
-    const Tools::FiniteSamples finite =
-        Tools::finiteSamples(data, needed.module - 1, needed.ray - 1, needed.ranges);
-    if (!finite.samples)
-        return refuse("There is not enough memory. Close other programs.");
-    const bool isOnChannel = worksOnChannel(action);
-    if (!finite.empty.empty())
-        return refuse(Tools::noFiniteText(finite.empty) +
-                          QString(" between the points %1 and %2.\nChoose another stretch, %3")
-                              .arg(needed.begin())
-                              .arg(needed.end() - 1)
-                              .arg(isOnChannel ? "channel, ray or module."
-                                               : "ray or module; the forms can also leave out "
-                                                 "channels that \"Show native\" switches off."),
-                      isOnChannel ? "channel" : "");
-    if (!finite.replaced.empty()) {
-        workingCopy = finite.samples;
-        outcome.nonFinite =
-            Tools::nonFiniteText(finite.replaced) +
-            (action == "showNative" ? " They are not drawn; the base line takes the median of the "
-                                      "channel for them."
-                                    : " They count as the median of their channel.");
-        outcome.remarks << outcome.nonFinite;
-    }
-    return !parameters.deleteStep ||
-           deleteSteps(needed, finite, isOnChannel ? 0 : parameters.dispersion);
-}
-
-// Takes the jumps of the levels out of a working copy. A step of a band shows, in a sum, by the
-// band's delay at `markDispersion` earlier. False when the user wants to stop.
-bool PulsarCalculate::deleteSteps(const PulsarNeeds &needed, const Tools::FiniteSamples &finite,
-                                  double markDispersion)
-{
-    std::vector<bool> own(std::size_t(data.channels), false);
-    for (const SampleRange &range : needed.ranges)
-        own[std::size_t(range.channel)] = true;
-    const auto copy = finite.samples.withOwnRows(needed.module - 1, needed.ray - 1, own);
-    if (!copy) {
-        outcome.remarks << "There is no memory to delete steps; the data are as recorded.";
-        return true;
-    }
-    std::optional<Tools::BandDelays> delays;
-    if (markDispersion > 0)
-        delays = bandDelays(markDispersion);
-    int done = 0;
-    for (const SampleRange &range : needed.ranges) {
-        const int count = range.end - range.begin;
-        const float *const recorded = bandSamples(range.channel) + range.begin;
-        float *const corrected =
-            copy->ray(needed.module - 1, range.channel, needed.ray - 1) + range.begin;
-        std::copy_n(recorded, count, corrected);
-        const int percent = 100 * done++ / int(needed.ranges.size());
-        const std::vector<Tools::LevelStep> steps =
-            Tools::findLevelSteps(corrected, count, [this, percent] { return goOn(percent); });
-        Tools::removeLevelSteps(corrected, count, steps);
-        if (!steps.empty())
-            Tools::replaceAgain(corrected, range, finite.replaced);
-        const int shift = delays ? delays->shift(range.channel) : 0;
-        for (const Tools::LevelStep &step : steps)
-            stepPoints.push_back(range.begin + step.point - shift);
-        stepCount += int(steps.size());
-        if (!goOn(percent))
-            return false;
-    }
-    workingCopy = Samples(copy);
-    return true;
-}
-
-// Tells of the steps in the description and marks them where the X values are points.
-void PulsarCalculate::markSteps()
-{
-    if (!parameters.deleteStep)
-        return;
-    std::sort(stepPoints.begin(), stepPoints.end());
-    stepPoints.erase(std::unique(stepPoints.begin(), stepPoints.end()), stepPoints.end());
-    outcome.steps = stepCount;
-    outcome.description += "\nDeleted steps = " + QString::number(stepCount);
-    if (outcome.axis.kind != PulsarAxis::Kind::Points)
-        return;
-    for (const int point : stepPoints) {
-        const int index = int((point - outcome.axis.first) / outcome.axis.step);
-        if (point >= outcome.axis.first && index < outcome.points)
-            outcome.markers.push_back(index);
-    }
 }

@@ -1,6 +1,7 @@
 #include "calc/pulsar/pulsaranalyses.h"
 
-#include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/actions.h"
+#include "calc/pulsar/checks.h"
 #include "calc/pulsar/pulsarcommand.h"
 
 namespace {
@@ -13,9 +14,14 @@ struct Names {
     const char *chosenBy = "";
 };
 
-using Step = bool (PulsarCalculate::*)();
+// The functions of an analysis.
+struct Steps {
+    decltype(PulsarAnalysis::check) check;
+    decltype(PulsarAnalysis::points) points;
+    decltype(PulsarAnalysis::compute) compute;
+};
 
-PulsarAnalysis analysis(const Names &names, Step accept, Step compute, const QStringList &options)
+PulsarAnalysis analysis(const Names &names, const Steps &steps, const QStringList &options)
 {
     PulsarAnalysis made;
     made.name = names.action;
@@ -25,15 +31,21 @@ PulsarAnalysis analysis(const Names &names, Step accept, Step compute, const QSt
     made.presets = pulsarPresets();
     for (const QString &option : options)
         made.fields.push_back(&pulsarField(option));
-    made.accept = accept;
-    made.compute = compute;
+    made.check = steps.check;
+    made.points = steps.points;
+    made.compute = steps.compute;
     return made;
 }
 
-PulsarAnalysis onChannel(const Names &names, Step accept, Step compute, const QStringList &options)
+PulsarAnalysis ofSum(const Names &names, const Steps &steps, const QStringList &options)
+{
+    return analysis(names, steps, options + QStringList{"--channels-off"});
+}
+
+PulsarAnalysis onChannel(const Names &names, const Steps &steps, const QStringList &options)
 {
     PulsarAnalysis made =
-        analysis(names, accept, compute, QStringList{"--module", "--ray", "--channel"} + options);
+        analysis(names, steps, QStringList{"--module", "--ray", "--channel"} + options);
     made.onChannel = true;
     return made;
 }
@@ -47,11 +59,11 @@ QStringList scanOptions(const QStringList &chosenBy = {})
            QStringList{"--average", "--with-null", "--harmonic"} + chosenBy;
 }
 
-const QStringList searchOptions = {"--module",     "--ray",        "--dm",        "--first-point",
-                                   "--count",      "--noise",      "--normalise", "--delete-step",
-                                   "--period-min", "--period-max", "--bins-min",  "--bins-max",
-                                   "--ducy-max",   "--wtsp",       "--fpmin",     "--no-deredden",
-                                   "--rmed-width", "--rmed-minpts"};
+const QStringList searchOptions = {"--module",      "--ray",        "--dm",         "--first-point",
+                                   "--count",       "--noise",      "--normalise",  "--delete-step",
+                                   "--cut",         "--period-min", "--period-max", "--bins-min",
+                                   "--bins-max",    "--ducy-max",   "--wtsp",       "--fpmin",
+                                   "--no-deredden", "--rmed-width", "--rmed-minpts"};
 
 // What the form presets for the length of a recording is always given: other recordings of the
 // call are to be searched for the same periods.
@@ -65,46 +77,42 @@ PulsarAnalysis search(PulsarAnalysis made)
 
 } // namespace
 
-const std::vector<PulsarAnalysis> &PulsarCalculate::analyses()
+const std::vector<PulsarAnalysis> &pulsarAnalyses()
 {
-    using C = PulsarCalculate;
+    using namespace Pulsar;
     const QStringList place = {"--module", "--ray"};
     const QStringList sum = place + QStringList{"--dm"} + start + QStringList{"--count"} + levels +
                             QStringList{"--deduct"};
     const QStringList spectrum = {"--average", "--with-null", "--harmonic"};
     static const std::vector<PulsarAnalysis> all = {
-        onChannel({"showNative", "Show native", "native"}, &C::acceptChannelSelection,
-                  &C::showNative, start + QStringList{"--count", "--noise", "--delete-step"}),
-        onChannel({"sumPeriod", "Sum period", "fold"}, &C::acceptFold, &C::sumPeriod,
+        onChannel({"showNative", "Show native", "native"}, {checkChannel, screenPoints, showNative},
+                  start + QStringList{"--count", "--noise", "--delete-step"}),
+        onChannel({"sumPeriod", "Sum period", "fold"}, {checkFold, foldPoints, sumPeriod},
                   QStringList{"--period"} + start + QStringList{"--count"} + levels),
-        analysis({"sumChannels", "", "sum"}, &C::acceptSum, &C::sumChannelsAction, sum),
-        analysis({"sumChannelsDemoNoise", "Sum channels and  demo noise", "sum"}, &C::acceptSum,
-                 &C::sumChannelsAction, sum),
-        analysis({"sumChannelsAndAverage", "Sum channels and average", "sum", "--average"},
-                 &C::acceptFixedSum, &C::sumChannelsAndAverage,
-                 place + QStringList{"--dm"} + start + levels + QStringList{"--average"}),
-        analysis({"sumChannelsAndFourier", "Fourier of sum channels with 1 disp", "fourier"},
-                 &C::acceptFourier, &C::sumChannelsAndFourier, scanOptions({"--sigma"})),
-        analysis({"sum4Dispersions", "Fourier of sum channels with 4 disp", "fourier", "--compare"},
-                 &C::acceptFourDispersions, &C::sum4Dispersions,
-                 place + QStringList{"--compare"} + start + levels + spectrum),
-        analysis({"sumAllDispersions", "First harmonic/disp with 1 average", "dmscan"},
-                 &C::acceptScan, &C::sumAllDispersions, scanOptions()),
-        analysis({"sumMultiDispersions", "First harmonic/disp with multi average", "dmscan",
-                  "--each-average"},
-                 &C::acceptScan, &C::sumMultiDispersions, scanOptions({"--each-average"})),
-        analysis({"sumTimeDispersions", "First harmonic/disp with multi first point", "dmscan",
-                  "--each-start"},
-                 &C::acceptStarts, &C::sumTimeDispersions,
-                 scanOptions({"--each-start", "--delta"})),
-        search(analysis({"createFFA", "", "ffa"}, &C::acceptFfa, &C::createFFA, searchOptions)),
+        ofSum({"sumChannels", "", "sum"}, {checkSum, sumPoints, sumChannelsAction}, sum),
+        ofSum({"sumChannelsDemoNoise", "Sum channels and  demo noise", "sum"},
+              {checkSum, sumPoints, sumChannelsAction}, sum),
+        ofSum({"sumChannelsAndAverage", "Sum channels and average", "sum", "--average"},
+              {checkFixedSum, fixedSumPoints, sumChannelsAndAverage},
+              place + QStringList{"--dm"} + start + levels + QStringList{"--average"}),
+        ofSum({"sumChannelsAndFourier", "Fourier of sum channels with 1 disp", "fourier"},
+              {checkFourier, fixedSumPoints, sumChannelsAndFourier},
+              scanOptions({"--sigma", "--cut"})),
+        ofSum({"sum4Dispersions", "Fourier of sum channels with 4 disp", "fourier", "--compare"},
+              {checkFourDispersions, fixedSumPoints, sum4Dispersions},
+              place + QStringList{"--compare"} + start + levels + spectrum + QStringList{"--cut"}),
+        ofSum({"sumAllDispersions", "First harmonic/disp with 1 average", "dmscan"},
+              {checkScan, fixedSumPoints, sumAllDispersions}, scanOptions()),
+        ofSum({"sumMultiDispersions", "First harmonic/disp with multi average", "dmscan",
+               "--each-average"},
+              {checkScan, fixedSumPoints, sumMultiDispersions}, scanOptions({"--each-average"})),
+        ofSum({"sumTimeDispersions", "First harmonic/disp with multi first point", "dmscan",
+               "--each-start"},
+              {checkStarts, fixedSumPoints, sumTimeDispersions},
+              scanOptions({"--each-start", "--delta"})),
+        search(ofSum({"createFFA", "", "ffa"}, {checkFfa, ffaPoints, createFfa}, searchOptions)),
     };
     return all;
-}
-
-const std::vector<PulsarAnalysis> &pulsarAnalyses()
-{
-    return PulsarCalculate::analyses();
 }
 
 const PulsarAnalysis *findAnalysis(const QString &action)

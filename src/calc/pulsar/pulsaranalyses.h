@@ -1,13 +1,22 @@
 #pragma once
 
 #include "calc/pulsar/pulsarfields.h"
+#include "data/observationdata.h"
+#include "jobs/control.h"
 
-class PulsarCalculate;
+struct PreparedSamples;
 
-/// An analysis of one recording with what it runs.
+/// An analysis of one recording with the functions that it consists of; each is described in
+/// actions.h.
 struct PulsarAnalysis : Analysis<PulsarParameters> {
-    bool (PulsarCalculate::*accept)() = nullptr;  ///< whether it accepts its parameters
-    bool (PulsarCalculate::*compute)() = nullptr; ///< fills the result
+    using Header = ObservationData; ///< samples are not looked at
+
+    /// Everything for which it refuses its parameters; empty where it accepts them.
+    std::vector<FieldProblem> (*check)(const Header &, const PulsarParameters &) = nullptr;
+    /// Length of the stretch that it works on, for parameters that it accepts.
+    int (*points)(const Header &, const PulsarParameters &) = nullptr;
+    AnalysisOutcome (*compute)(const PreparedSamples &, const PulsarParameters &,
+                               const Jobs::Control &) = nullptr;
 };
 
 /// All analyses of one recording: the actions of PulsarCalculate. This is the one place that

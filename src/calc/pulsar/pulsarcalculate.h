@@ -1,42 +1,27 @@
 #pragma once
 
-#include "calc/banddelays.h"
-#include "calc/dispersionpeak.h"
-#include "calc/finitesamples.h"
-#include "calc/fold.h"
+#include "calc/pulsar/bandsum.h"
+#include "calc/pulsar/needs.h"
 #include "calc/pulsar/pulsarresult.h"
 #include "data/observationdata.h"
 
 #include <QObject>
 #include <QString>
 #include <atomic>
-#include <optional>
 #include <vector>
 
-struct PulsarAnalysis;
-
-/// What an action takes in of a recording.
-struct PulsarNeeds {
-    int module = 1;                  ///< from 1
-    int ray = 1;                     ///< from 1
-    std::vector<SampleRange> ranges; ///< ascending by channel and begin, apart from each other
-
-    /// The points of all ranges; `end` is not included.
-    int begin() const;
-    int end() const;
-};
-
 /// Runs one analysis action of the pulsar form or of the FFA form on one recording and keeps its
-/// result.
+/// result. The work is done by the functions of actions.h and bandsum.h; this object remembers what
+/// they are asked on and what came out.
 class PulsarCalculate : public QObject {
     Q_OBJECT
 
 public:
     /// Length, in points, of the stretch that the channel-summing actions of the pulsar form work
     /// on.
-    static constexpr int fixedPoints = 16384;
+    static constexpr int fixedPoints = Pulsar::fixedPoints;
     /// Bands that take part in a sum; the last of them is the reference.
-    static constexpr int sumBands = 32;
+    static constexpr int sumBands = Pulsar::sumBands;
 
     /// @param data  a recording that ends early counts as one of the points that are whole
     PulsarCalculate(const ObservationData &data, const PulsarParameters &parameters,
@@ -58,21 +43,21 @@ public:
     ///         why, and the result stays as far as it was built
     bool run(const QString &action);
 
-    const PulsarResult &result() const { return outcome; }
+    const PulsarResult &result() const { return outcome.result; }
     /// The result, which is gone afterwards.
-    PulsarResult takeResult() { return std::move(outcome); }
+    PulsarResult takeResult() { return std::move(outcome.result); }
     /// Why the last action was refused, with the allowed range; empty after a success and
     /// when it was cancelled.
-    QString failure() const { return refusals.empty() ? QString() : refusals.front().text; }
+    QString failure() const { return problems().empty() ? QString() : problems().front().text; }
     /// Field of PulsarParameters that the refusal concerns; empty where there is none.
     QString failedParameter() const
     {
-        return refusals.empty() ? QString() : refusals.front().field;
+        return problems().empty() ? QString() : problems().front().field;
     }
     /// Everything for which the last action was refused, in the order of the checks. A parameter
     /// stands for one problem, the first of it; what cannot be judged before another parameter
     /// is right is left out.
-    const std::vector<FieldProblem> &problems() const { return refusals; }
+    const std::vector<FieldProblem> &problems() const { return outcome.problems; }
     bool wasCancelled() const { return cancelled; }
 
     /// Points that "createFFA" takes: those wanted, or what lies between the first point and the
@@ -128,9 +113,6 @@ public:
     /// actions; averaging does not change it.
     static double harmonicOfPeriod(const PulsarParameters &parameters, double tresolution);
 
-    /// The list behind pulsarAnalyses().
-    static const std::vector<PulsarAnalysis> &analyses();
-
 signals:
     void progress(int percent);
 
@@ -139,105 +121,9 @@ public slots:
     void cancel() { cancelled = true; }
 
 private:
-    // The actions, each in the file of its name.
-    bool showNative();
-    bool sumPeriod();
-    bool sumChannelsAction();
-    bool sumChannelsAndAverage();
-    bool sumChannelsAndFourier();
-    bool sum4Dispersions();
-    bool sumAllDispersions();
-    bool sumMultiDispersions();
-    bool sumTimeDispersions();
-    bool createFFA();
-
-    bool refuse(const QString &reason, const QString &parameter = {});
-    bool goOn(int percent);
-
-    bool acceptCurves();
-    bool acceptFfa();
-    bool acceptFfaMemory();
-    bool acceptFixedSum();
-    bool acceptFold();
-    bool acceptFourDispersions();
-    bool acceptFourier();
-    bool acceptScan();
-    bool acceptStart(double dispersion);
-    bool acceptStarts();
-    bool acceptSum();
-    bool acceptPlace();
-    bool acceptChannelSelection();
-    bool acceptSelection(double dispersion);
-    bool acceptDispersion(double dispersion, const QString &parameter = "dispersion");
-    bool acceptSpectrum(int length);
-    bool acceptHarmonic(int spectrumLength);
-    bool fillFfaSeries(std::vector<double> &series);
-    Tools::BandDelays bandDelays(double dispersion) const;
-    int lastFullStart(double dispersion) const;
-    int longestReading(double dispersion, int sign) const;
-    int pointsWithoutAllBands(double dispersion, int firstPoint) const;
-    QString fullStartText(double dispersion) const;
-    QString pointText(int point) const;
-
-    struct Scan;
-    bool scanDispersions(int firstPoint, int averageCount, int progressFrom, int progressTo,
-                         Scan &scan);
-    void beginScan();
-    void exchangeBands(int firstPoint, const std::vector<int> &shifts, const std::vector<int> &next,
-                       std::vector<double> &sum) const;
-    std::vector<double> trialDispersions() const;
-    int scanDelta() const;
-    std::vector<int> scanStarts() const;
-    QString describeScan(const Scan &scan);
-    void addScan(const Scan &scan, const QString &name);
-    std::vector<std::optional<int>> readableShifts(int firstPoint, double dispersion,
-                                                   double largest) const;
-    Tools::BandHarmonics bandHarmonics(int firstPoint, int averageCount,
-                                       const std::vector<std::optional<int>> &shifts) const;
-    Tools::DispersionPeak findDispersion(int firstPoint, int averageCount, double strongest,
-                                         double largest) const;
-
-    const float *bandSamples(int channel) const;
-    int channelPoints(const QString &action) const;
-    bool prepareSamples(const QString &action);
-    void leaveGaps(std::vector<float> &curve) const;
-    bool deleteSteps(const PulsarNeeds &needed, const Tools::FiniteSamples &finite,
-                     double markDispersion);
-    void markSteps();
-
-    bool noiseBaseline(const std::vector<double> &sum, double dispersion, double *baseline,
-                       std::vector<double> *backSum = nullptr);
-    bool channelBaseline(const std::vector<double> &samples, double *baseline) const;
-    double removeBaseline(std::vector<double> &samples, const std::vector<double> &baseline) const;
-    bool describeFold(const std::vector<double> &series, const Tools::FoldedProfile &profile,
-                      double sampleSigma);
-    bool foldBeside(const std::vector<double> &series, double sampleSigma,
-                    std::vector<double> &snr);
-
-    void addCurve(const std::vector<double> &values, const QString &name);
-    void setSpectrumAxis(int averageCount);
-    static QString baselineText(const QString &noise);
-    QString startText() const;
-    void remarkOnLines(const std::vector<double> &spectrum, double threshold,
-                       const std::vector<int> &listed, int above);
-    void remarkOnHarmonic();
-    void remarkOnBands() { remarkOnBands({parameters.firstPoint}); }
-    void remarkOnBands(const std::vector<int> &starts);
-    QString startsText(const std::vector<int> &starts) const;
-    void remarkOnTimes(int channel);
-
     ObservationData data;
     PulsarParameters parameters;
-    int stretch = fixedPoints; // of the running action
     int completeBands = 0;
-    int fewestBands = sumBands;   // over all sums of the running action
-    double largestDispersion = 0; // of the running action
-
-    Samples workingCopy;         // what the action takes in; empty: the record itself
-    std::vector<int> stepPoints; // where they show, indices within the recording
-    int stepCount = 0;
-
-    PulsarResult outcome;
-    std::vector<FieldProblem> refusals;
+    AnalysisOutcome outcome; // of the last action
     std::atomic<bool> cancelled = false;
 };

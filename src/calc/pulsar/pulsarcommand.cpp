@@ -27,8 +27,15 @@ PulsarParameters pulsarPresets()
     presets.firstPoint = 58000;
     presets.harmonicNum = 1;
     presets.sigmaMultiple = 6;
-    presets.dispersions = {0, 13.1, 26.2, 52.4};
+    presets.dispersions = comparedDispersions(presets.dispersion);
     return presets;
+}
+
+std::array<double, 4> comparedDispersions(double dispersion)
+{
+    constexpr double step = 10; // pc/cm^3, of the scans from dispersion 0 on too
+    const double dm = dispersion == 0 ? step : dispersion;
+    return {0, dm / 2, dm, 2 * dm};
 }
 
 QString pulsarCommand(const QString &action, const PulsarParameters &given,

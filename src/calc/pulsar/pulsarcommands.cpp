@@ -49,6 +49,7 @@ PulsarCommand sumCommand()
         "  zrt-batch sum --deduct --noise median --format csv --tag less demo.pnt\n"
         "  zrt-batch sum --count 5000 --utc 12:10:52 --tag short demo.pnt",
         {{"--dm"},
+         {"--channels-off", "", 0, 0, false},
          {"--normalise"},
          {"--deduct"},
          {"--average", "The sum less its base line, pairs averaged so often.", 0, mostAverages,
@@ -68,10 +69,12 @@ PulsarCommand fourierCommand()
         "  zrt-batch fourier --ray 7 --dm 26.2 --plot png -o results .\n"
         "  zrt-batch fourier --compare 0 13.1 26.2 52.4 --tag four demo.pnt",
         {{"--dm"},
+         {"--channels-off", "", 0, 0, false},
          {"--normalise"},
          {"--average", "", 0, mostAverages},
          {"--with-null"},
          {"--harmonic"},
+         {"--cut", "", 0, 0, false},
          {"--sigma", "", 1, 1000},
          {"--period", "Period, s, whose harmonic number the report tells."},
          {"--compare"}});
@@ -107,6 +110,7 @@ PulsarCommand dmscanCommand()
         "  zrt-batch dmscan --harmonic 1080 --average 2 --each-average --tag averages demo.pnt\n"
         "  zrt-batch dmscan --harmonic 1080 --first-point 0 --each-start --tag starts demo.pnt",
         {{"--dm"},
+         {"--channels-off", "", 0, 0, false},
          {"--normalise"},
          {"--average", "", 0, mostAverages},
          {"--with-null"},

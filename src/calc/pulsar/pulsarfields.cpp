@@ -31,6 +31,12 @@ PulsarField field(FieldText text, FieldRef (*of)(P &))
     return {std::move(text), of};
 }
 
+PulsarField optional(PulsarField field)
+{
+    field.isOptional = true;
+    return field;
+}
+
 FieldText ranged(FieldText text, double least, double most)
 {
     text.least = least;
@@ -52,8 +58,13 @@ std::vector<PulsarField> selectionFields()
         field({"dispersion", "--dm", "DM", "Dispersion, pc/cm^3.", "dispersion", "pc/cm^3",
                Recorded::OfSums},
               refOf<&P::dispersion>),
-        field({"points", "--count", "N", "Points of the stretch.", "count", "", Recorded::Always},
-              refOf<&P::points>),
+        field({"leaveOutChannels", "--channels-off", "LIST",
+               "Numbers of channels, from 1, that sums leave out: 4,21.", "channels_off", "",
+               Recorded::WhereGiven},
+              refOf<&P::channelsOff>),
+        optional(field(
+            {"points", "--count", "N", "Points of the stretch.", "count", "", Recorded::Always},
+            refOf<&P::points>)),
         field({"zrtUtc", "--utc", "TIME",
                "UTC time of the first point, hh:mm:ss, instead of --first-point.", "start_utc", "",
                Recorded::Always},
@@ -86,6 +97,11 @@ std::vector<PulsarField> actionFields()
         field({"checkDeleteStep", "--delete-step", "", "Take jumps of the level out first.",
                "delete_step", "", Recorded::Always},
               refOf<&P::deleteStep>),
+        field({"cutLines", "--cut", "LIST",
+               "Take out of the sum first: hum, as measured, and lines, Hz, as in "
+               "hum,33.3,24.9-25.1.",
+               "cut", "", Recorded::WhereRead},
+              refOf<&P::cut>),
         field(ranged({"averageCount", "--average", "N",
                       "Times that neighbouring pairs are averaged before the transform.", "average",
                       "", Recorded::OfSums},
@@ -110,10 +126,10 @@ std::vector<PulsarField> actionFields()
         field({"", "--each-start", "",
                "One scan for every first point, a delta apart, at most eight."},
               nullptr),
-        field({"firstPointDelta", "--delta", "POINTS",
-               "Points between the first points. Default: a sixteenth of the recording.", "delta",
-               "points", Recorded::WhereRead},
-              refOf<&P::startDelta>),
+        optional(field({"firstPointDelta", "--delta", "POINTS",
+                        "Points between the first points. Default: a sixteenth of the recording.",
+                        "delta", "points", Recorded::WhereRead},
+                       refOf<&P::startDelta>)),
     };
 }
 
@@ -137,8 +153,9 @@ std::vector<PulsarField> searchFields()
               ffaRefOf<&F::fpmin>),
         field({"deredden", "--no-deredden", "", "Do not subtract a running median."},
               ffaRefOf<&F::deredden>),
-        field({"rmed_width", "--rmed-width", "SECONDS", "Window of the running median, s."},
-              ffaRefOf<&F::rmed_width>),
+        optional(
+            field({"rmed_width", "--rmed-width", "SECONDS", "Window of the running median, s."},
+                  ffaRefOf<&F::rmed_width>)),
         field(ranged({"rmed_minpts", "--rmed-minpts", "N", "Points of that window."}, 3, 99999),
               ffaRefOf<&F::rmed_minpts>),
     };

@@ -2,6 +2,8 @@
 
 #include "calc/ffaresult.h"
 #include "calc/ffasearch.h"
+#include "calc/fieldproblem.h"
+#include "results/report.h"
 
 #include <QString>
 #include <QStringList>
@@ -22,6 +24,7 @@ struct PulsarParameters {
                              ///< sixteenth of the recording
     int points = 0;          ///< wanted length of "showNative", "sumPeriod", "sumChannels" (and
                              ///< "sumChannelsDemoNoise") and "createFFA"; 0: their own
+    QString channelsOff;     ///< numbers of channels, "4,21", that sums leave out; empty: none
     bool deleteStep = false; ///< take jumps of the level out of a working copy
     int averageCount = 0;    ///< halvings before the transform
     bool withNull = false;   ///< zero padding to double length
@@ -31,6 +34,7 @@ struct PulsarParameters {
     QString noise = "polinom5"; ///< "polinom5", "median", "backSum"; anything else: no baseline
     bool normalise = false;     ///< divide by sigma after the baseline is removed
     bool deductNoise = false;   ///< "sumChannelsDemoNoise": show the sum less its baseline
+    QString cut;                ///< hum and lines to take out before a search, see cutlines.h
     FfaParameters ffa;          ///< "createFFA"
 };
 
@@ -51,7 +55,7 @@ struct PulsarAxis {
 /// One of several results that an action compares: a curve of its own with its report.
 struct PulsarMultiResult {
     QString name;
-    QString description;
+    Results::Report report;
     std::vector<std::vector<float>> curves; ///< to show alone: the curve and its fit
     QStringList names;                      ///< one per curve
 };
@@ -67,11 +71,24 @@ struct PulsarResult {
     int steps = 0;             ///< of the level, taken out
     PulsarAxis axis;
     std::vector<int> markers; ///< X indices where a step of the level was taken out
-    QString description;      ///< what was computed, in the program's own texts
-    QString nonFinite;        ///< the remark on samples that are no finite numbers; empty where
-                              ///< all are
-    QString times;            ///< the remark on times and periods; empty where there are none
-    QStringList remarks;      ///< what the user should know beside it, one paragraph each
+    Results::Report report;   ///< what was computed, in the program's own texts
+    QString nonFinite;        ///< which samples are no finite numbers; empty where all are
+    std::vector<Results::Report> remarks; ///< what else the user should know, one paragraph each
+    QString times; ///< what times and periods are counted in; empty where there are none
     std::vector<PulsarMultiResult> multi; ///< where the action compares results: one per curve
     std::shared_ptr<const FfaResult> ffa; ///< of "createFFA"
+
+    QString description() const { return report.plainText(); }
+    /// What stands below the report: on samples, the remarks, on times.
+    std::vector<Results::Report> notes() const;
+};
+
+/// How an action ended.
+struct AnalysisOutcome {
+    PulsarResult result;                ///< as far as it was built; whole where isWhole()
+    std::vector<FieldProblem> problems; ///< why it was refused, in the order of the checks; empty
+                                        ///< after a success
+    bool isStopped = false;             ///< on request
+
+    bool isWhole() const { return problems.empty() && !isStopped; }
 };

@@ -1,22 +1,88 @@
 #include "calc/pulsar/runanalysis.h"
 
+#include "calc/pulsar/actions.h"
+#include "calc/pulsar/bandsum.h"
+#include "calc/pulsar/pulsaranalyses.h"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+namespace {
+
+// Finite samples may have sums that no float holds.
+bool holdsNumbers(const std::vector<float> &curve)
+{
+    return curve.empty() || std::any_of(curve.begin(), curve.end(),
+                                        [](float value) { return std::isfinite(value); });
+}
+
+// Tells of the jumps that were taken out, and marks them where the X values are points.
+void tellSteps(const PreparedSamples &samples, PulsarResult &result)
+{
+    result.steps = samples.steps;
+    result.report.addValue("Deleted steps", QString::number(samples.steps));
+    if (result.axis.kind != PulsarAxis::Kind::Points)
+        return;
+    for (const int point : samples.stepPoints) {
+        const int index = int((point - result.axis.first) / result.axis.step);
+        if (point >= result.axis.first && index < result.points)
+            result.markers.push_back(index);
+    }
+}
+
+AnalysisOutcome computed(const PulsarAnalysis &analysis, const ObservationData &data,
+                         const PulsarParameters &parameters, const Jobs::Control &control)
+{
+    const PreparedSamples samples = prepareSamples(analysis.name, data, parameters, control);
+    AnalysisOutcome outcome;
+    if (samples.problems.empty() && !control.isStopped())
+        outcome = analysis.compute(samples, parameters, control);
+    else
+        outcome.problems = samples.problems;
+    PulsarResult &result = outcome.result;
+    result.nonFinite = samples.nonFinite;
+    if (!samples.remark.isEmpty())
+        result.remarks.insert(result.remarks.begin(), Results::Report(samples.remark));
+    outcome.isStopped = control.isStopped();
+    if (!outcome.isWhole())
+        return outcome;
+    if (!holdsNumbers(result.curves[0]))
+        outcome.problems = {{"", "No finite value came out: the samples are too large to be added."
+                                 "\nCheck the file, or choose another stretch, ray or module."}};
+    else if (parameters.deleteStep)
+        tellSteps(samples, result);
+    return outcome;
+}
+
+} // namespace
+
 std::vector<FieldProblem> findProblems(const QString &action, const ObservationData &header,
                                        const PulsarParameters &parameters)
 {
-    PulsarCalculate calculate(header, parameters);
-    calculate.validate(action);
-    return calculate.problems();
+    const PulsarAnalysis *const known = findAnalysis(action);
+    if (!known)
+        return {{"", "There is no action \"" + action + "\"."}};
+    return known->check(Pulsar::wholePointsOf(header), parameters);
 }
 
-AnalysisOutcome runAnalysis(const QString &action, const ObservationData &data,
+AnalysisOutcome runAnalysis(const QString &action, const ObservationData &recording,
                             const PulsarParameters &parameters, const Jobs::Control &control)
 {
-    PulsarCalculate calculate(data, parameters);
-    QObject::connect(&calculate, &PulsarCalculate::progress, [&](int percent) {
-        control.progress(percent);
-        if (control.isStopped())
-            calculate.cancel();
-    });
-    const bool isDone = calculate.run(action);
-    return {calculate.takeResult(), calculate.problems(), !isDone && calculate.wasCancelled()};
+    const ObservationData data = Pulsar::wholePointsOf(recording);
+    AnalysisOutcome outcome;
+    outcome.problems = findProblems(action, data, parameters);
+    if (!outcome.problems.empty())
+        return outcome;
+    if (!data.samples) {
+        outcome.problems = {{"", "Error of data! data.npoints=" + QString::number(data.npoints)}};
+        return outcome;
+    }
+    try {
+        outcome = computed(*findAnalysis(action), data, parameters, control);
+    } catch (const std::bad_alloc &) {
+        outcome.problems = {{"", "There is not enough memory for this action.\nClose other "
+                                 "programs, or take a shorter stretch."}};
+    }
+    return outcome;
 }

@@ -1,21 +1,26 @@
-#include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/scan.h"
 
 #include "base/numbertext.h"
 #include "calc/fourier.h"
-#include "calc/pulsar/scan.h"
+#include "calc/pulsar/bandharmonics.h"
+#include "calc/pulsar/checks.h"
+#include "calc/pulsar/remarks.h"
 #include "results/reporttext.h"
 
-#include <QScopedValueRollback>
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 // What the scans share: one harmonic of the spectrum of the sum over trial dispersions.
+
+namespace Pulsar {
 
 namespace {
 
 constexpr int trials = 201;
 constexpr double smallestTop = 20; // pc/cm^3: a scan reaches at least this far
-constexpr int movedBands = PulsarCalculate::sumBands - 1;
+constexpr int movedBands = sumBands - 1;
+const char dispersionLink[] = "dispersion:%1";
 
 // One value of the amplitude spectrum of a series, without the others.
 class HarmonicAmplitude {
@@ -68,203 +73,315 @@ std::vector<int> shiftsOf(const Tools::BandDelays &delays)
     return shifts;
 }
 
-} // namespace
+// The sum of the bands at one trial dispersion after the other. From one to the next few bands move
+// by a sample: exchanging those in the sum is a fraction of a new one. The samples are floats, so
+// that the sums stay as exact.
+class MovingSum {
+public:
+    MovingSum(const ObservationData &recording, const PulsarParameters &parameters)
+        : data(recording), given(parameters)
+    {}
 
-bool PulsarCalculate::Scan::fitCubic()
+    // Whether the bands stand at other samples than at the trial before.
+    bool isMovedBy(double dispersion)
+    {
+        next = shiftsOf(bandDelays(data, dispersion));
+        return next != shifts;
+    }
+
+    // The sum at the dispersion that was asked about; false when it is refused.
+    bool moveTo(double dispersion)
+    {
+        const bool isInside = std::all_of(next.begin(), next.end(), [this](int shift) {
+            const qint64 begin = qint64(given.firstPoint) + shift;
+            return begin >= 0 && begin + fixedPoints <= data.npoints;
+        });
+        if (isWhole && isInside) {
+            exchangeBands();
+        } else {
+            const int bands =
+                sumChannels(data, given, values.data(), fixedPoints, dispersion, true);
+            if (bands == 0)
+                return false;
+            fewestBands = std::min(fewestBands, bands);
+            isWhole = isInside;
+        }
+        shifts = next;
+        return true;
+    }
+
+    const std::vector<double> &sum() const { return values; }
+    int wholeBands() const { return fewestBands; } // of the sum that has the fewest
+
+private:
+    void exchangeBands()
+    {
+        for (int band = 0; band < movedBands; ++band) {
+            const int from = shifts[std::size_t(band)];
+            const int to = next[std::size_t(band)];
+            if (from == to)
+                continue;
+            const float *const samples = channelSamples(data, given, band) + given.firstPoint;
+            const float *const oldSamples = samples + from;
+            const float *const newSamples = samples + to;
+            for (std::size_t i = 0; i < values.size(); ++i)
+                values[i] += double(newSamples[i]) - double(oldSamples[i]);
+        }
+    }
+
+    const ObservationData &data;
+    const PulsarParameters &given;
+    std::vector<double> values = std::vector<double>(fixedPoints);
+    std::vector<int> shifts; // of the bands in the sum
+    std::vector<int> next;
+    bool isWhole = false; // the recording has every sample of every band
+    int fewestBands = sumBands;
+};
+
+// The values of the harmonic; false when they are not whole.
+bool fillValues(const ObservationData &data, const PulsarParameters &given, int averageCount,
+                const Control &control, DispersionScan &scan)
 {
-    cubic.resize(values.size());
-    Approximation fit(values.data(), cubic.data(), int(values.size()));
-    if (!fit.polynomial(3, true))
-        return false;
-    extrema = fit.extrema();
+    const int length = Tools::averagedLength(fixedPoints, averageCount, given.withNull);
+    const int used = Tools::averagedLength(fixedPoints, averageCount, false);
+    const HarmonicAmplitude amplitude(used, length, given.harmonicNum);
+    MovingSum moving(data, given);
+    std::vector<double> baseline(fixedPoints);
+    std::vector<double> rest;
+    std::vector<double> averaged(fixedPoints);
+    for (int trial = 0; trial < trials; ++trial) {
+        const double dispersion = scan.dispersions[std::size_t(trial)];
+        if (!moving.isMovedBy(dispersion)) {
+            scan.values.push_back(scan.values.back());
+            continue;
+        }
+        if (!moving.moveTo(dispersion)) {
+            scan.problem = QString("The channels cannot be summed at dispersion %1.")
+                               .arg(ReportText::general(dispersion));
+            return false;
+        }
+        if (!sumBaseline(data, given, moving.sum(), dispersion, baseline.data())) {
+            scan.problem = "The noise base line cannot be computed.";
+            return false;
+        }
+        rest = moving.sum();
+        removeBaseline(given.normalise, baseline, rest);
+        Tools::averagePairs(rest.data(), averaged.data(), fixedPoints, averageCount, false);
+        scan.values.push_back(amplitude.of(averaged.data()));
+        if (!goesOn(control, 100 * trial / trials))
+            return false;
+    }
+    scan.wholeBands = moving.wholeBands();
     return true;
 }
 
-std::size_t PulsarCalculate::Scan::strongest() const
+bool fitCubic(DispersionScan &scan)
+{
+    scan.cubic.resize(scan.values.size());
+    Approximation fit(scan.values.data(), scan.cubic.data(), int(scan.values.size()));
+    if (!fit.polynomial(3, true)) {
+        scan.problem = "The approximation by polinom 3 cannot be computed.";
+        return false;
+    }
+    scan.extrema = fit.extrema();
+    return true;
+}
+
+// Rows of a dispersion with the value of the harmonic there.
+Results::ReportTable dispersionTable(const QString &line)
+{
+    return {{{"dispersion", "pc/cm^3"}, {"value"}}, line, dispersionLink};
+}
+
+// The extremes of the fit within the scan.
+Results::ReportTable extremaTable(const DispersionScan &scan)
+{
+    const double step = scan.dispersions[1] - scan.dispersions[0];
+    Results::ReportTable table = dispersionTable("disp = %1 value = %2 (%3)");
+    table.columns.push_back({""});
+    const auto add = [&](double position, double value, double other) {
+        if (position > 0 && position < trials)
+            table.rows.push_back({QString::number(position * step, 'f', 2),
+                                  ReportText::general(value),
+                                  value > other ? "maximum" : "minimum"});
+    };
+    const Approximation::Extrema &extrema = scan.extrema;
+    add(extrema.firstPosition, extrema.firstValue, extrema.secondValue);
+    add(extrema.secondPosition, extrema.secondValue, extrema.firstValue);
+    return table;
+}
+
+// The fit and the highest value, with the dispersion where there is one.
+Results::Report valuesReport(const DispersionScan &scan)
+{
+    Results::Report report;
+    report.addHeading("Polinom extremums:");
+    const Results::ReportTable extrema = extremaTable(scan);
+    if (extrema.rows.empty())
+        report.addLine("none within the scan");
+    else
+        report.addTable(extrema);
+    report.addGap();
+    report.addHeading("Maximum:");
+    Results::ReportTable maximum = dispersionTable("disp = %1 value = %2");
+    maximum.rows = {{QString::number(scan.dispersions[scan.strongest()], 'f', 2),
+                     ReportText::general(scan.values[scan.strongest()])}};
+    report.addTable(maximum);
+    report.addGap();
+    if (!scan.tellsDispersion())
+        return report;
+    const Tools::DispersionPeak &peak = scan.peak;
+    const bool isOutside = peak.dispersion < 0 || peak.dispersion > scan.dispersions.back();
+    const QString text = ReportText::withError(peak.dispersion, peak.error) + " pc/cm^3";
+    if (isOutside)
+        report.addValue("DM", text + " (outside the scan)");
+    else
+        report.addValue("DM", text, QString(dispersionLink).arg(peak.dispersion, 0, 'f', 2));
+    report.addGap();
+    return report;
+}
+
+} // namespace
+
+std::size_t DispersionScan::strongest() const
 {
     return std::size_t(std::max_element(values.begin(), values.end()) - values.begin());
 }
 
-std::vector<double> PulsarCalculate::trialDispersions() const
+std::vector<double> trialDispersions(const PulsarParameters &given)
 {
-    const double top = std::max(2 * parameters.dispersion, smallestTop);
+    const double top = std::max(2 * given.dispersion, smallestTop);
     std::vector<double> dispersions(trials);
     for (int i = 0; i < trials; ++i)
         dispersions[std::size_t(i)] = top * i / (trials - 1);
     return dispersions;
 }
 
-bool PulsarCalculate::acceptScan()
+Problems checkScan(const ObservationData &header, const PulsarParameters &given)
 {
-    const int length =
-        Tools::averagedLength(fixedPoints, parameters.averageCount, parameters.withNull);
-    const double top = trialDispersions().back();
-    const bool isSelected = acceptSelection(top);
-    const bool isDispersion = acceptDispersion(parameters.dispersion) && acceptDispersion(top);
-    if (!acceptSpectrum(length))
-        return false;
-    const bool isHarmonic =
-        (parameters.harmonicNum >= 1 && parameters.harmonicNum < length / 2) ||
-        refuse(QString("Harmonic number %1 cannot be scanned.\nAllowed: 1 to %2.")
-                   .arg(parameters.harmonicNum)
-                   .arg(length / 2 - 1),
-               "harmonicNum");
-    return isSelected && isDispersion && isHarmonic;
+    const double top = trialDispersions(given).back();
+    Problems spectrum = checkSpectrum(given);
+    const int length = spectrumLength(given);
+    if (spectrum.empty() && (given.harmonicNum < 1 || given.harmonicNum >= length))
+        spectrum = {
+            {"harmonicNum", QString("Harmonic number %1 cannot be scanned.\nAllowed: 1 to %2.")
+                                .arg(given.harmonicNum)
+                                .arg(length - 1)}};
+    return joinProblems({checkSelection(header, given, fixedPoints, top),
+                         checkDispersion(header, given.dispersion), checkDispersion(header, top),
+                         spectrum});
 }
 
-// Axis and first lines of the report.
-void PulsarCalculate::beginScan()
+AnalysisOutcome begunScan(const PreparedSamples &samples, const PulsarParameters &given)
 {
-    const int averageCount = parameters.averageCount;
-    const int length = Tools::averagedLength(fixedPoints, averageCount, parameters.withNull);
-    const std::vector<double> dispersions = trialDispersions();
-    outcome.points = trials;
-    outcome.axis = {PulsarAxis::Kind::Dispersion, 0, dispersions[1], 0};
-    outcome.description =
-        QString(
-            "Harmonic number = %1, period = %2 s (topocentric)\nDispersions = 0 - %3, step = %4\n"
-            "Number of points is fixed - 16384\n")
-            .arg(parameters.harmonicNum)
-            .arg(ReportText::general(length * Tools::averagedStepFactor(averageCount, false) *
-                                     data.tresolution / parameters.harmonicNum),
-                 ReportText::general(dispersions.back()), ReportText::general(dispersions[1]));
+    AnalysisOutcome outcome = begun(samples, given);
+    const int averageCount = given.averageCount;
+    const int length = Tools::averagedLength(fixedPoints, averageCount, given.withNull);
+    const std::vector<double> dispersions = trialDispersions(given);
+    outcome.result.points = trials;
+    outcome.result.axis = {PulsarAxis::Kind::Dispersion, 0, dispersions[1], 0};
+    const double period = length * Tools::averagedStepFactor(averageCount, false) *
+                          samples.data.tresolution / given.harmonicNum;
+    Results::Report &report = outcome.result.report;
+    report.addValue("Harmonic number", QString("%1, period = %2 s (topocentric)")
+                                           .arg(given.harmonicNum)
+                                           .arg(ReportText::general(period)));
+    report.addValue("Dispersions", "0 - " + ReportText::general(dispersions.back()) +
+                                       ", step = " + ReportText::general(dispersions[1]));
+    report.addLine("Number of points is fixed - 16384");
+    report.addGap();
+    return outcome;
 }
 
-// From one trial to the next few bands move by a sample: exchanging those in the sum is a fraction
-// of a new one. The samples are floats, so that the sums stay as exact.
-void PulsarCalculate::exchangeBands(int firstPoint, const std::vector<int> &shifts,
-                                    const std::vector<int> &next, std::vector<double> &sum) const
+DispersionScan scanDispersions(const ObservationData &data, const PulsarParameters &given,
+                               int averageCount, const Control &control)
 {
-    for (int band = 0; band < movedBands; ++band) {
-        const int from = shifts[std::size_t(band)];
-        const int to = next[std::size_t(band)];
-        if (from == to)
-            continue;
-        const float *const oldSamples = bandSamples(band) + firstPoint + from;
-        const float *const newSamples = bandSamples(band) + firstPoint + to;
-        for (std::size_t i = 0; i < sum.size(); ++i)
-            sum[i] += double(newSamples[i]) - double(oldSamples[i]);
-    }
-}
-
-// False when the user stopped it or, with a refusal, when a sum cannot be computed.
-bool PulsarCalculate::scanDispersions(int firstPoint, int averageCount, int progressFrom,
-                                      int progressTo, Scan &scan)
-{
-    const QScopedValueRollback<int> start(parameters.firstPoint, firstPoint);
-    const int length = Tools::averagedLength(fixedPoints, averageCount, parameters.withNull);
-    const int used = Tools::averagedLength(fixedPoints, averageCount, false);
-    const HarmonicAmplitude amplitude(used, length, parameters.harmonicNum);
-
-    scan.dispersions = trialDispersions();
-    std::vector<double> sum(fixedPoints);
-    std::vector<double> baseline(fixedPoints);
-    std::vector<double> rest;
-    std::vector<double> averaged(fixedPoints);
-    std::vector<int> shifts;
-    bool sumIsWhole = false;
-    for (int trial = 0; trial < trials; ++trial) {
-        const double dispersion = scan.dispersions[std::size_t(trial)];
-        const std::vector<int> next = shiftsOf(bandDelays(dispersion));
-        if (next == shifts) {
-            scan.values.push_back(scan.values.back());
-            continue;
-        }
-        const auto inside = [&](int shift) {
-            const qint64 begin = qint64(firstPoint) + shift;
-            return begin >= 0 && begin + fixedPoints <= data.npoints;
-        };
-        if (sumIsWhole && std::all_of(next.begin(), next.end(), inside)) {
-            exchangeBands(firstPoint, shifts, next, sum);
-        } else {
-            if (!sumChannels(sum.data(), fixedPoints, dispersion, true))
-                return refuse(QString("The channels cannot be summed at dispersion %1.")
-                                  .arg(ReportText::general(dispersion)));
-            scan.wholeBands = std::min(scan.wholeBands, completeBands);
-            sumIsWhole = std::all_of(next.begin(), next.end(), inside);
-        }
-        shifts = next;
-        if (!noiseBaseline(sum, dispersion, baseline.data()))
-            return refuse("The noise base line cannot be computed.");
-        rest = sum;
-        removeBaseline(rest, baseline);
-        Tools::averagePairs(rest.data(), averaged.data(), fixedPoints, averageCount, false);
-        scan.values.push_back(amplitude.of(averaged.data()));
-        if (!goOn(progressFrom + (progressTo - progressFrom) * trial / trials))
-            return false;
-    }
-
-    fewestBands = std::min(fewestBands, scan.wholeBands);
-    if (!scan.fitCubic())
-        return refuse("The approximation by polinom 3 cannot be computed.");
-    scan.peak = findDispersion(firstPoint, averageCount, scan.dispersions[scan.strongest()],
+    DispersionScan scan;
+    scan.dispersions = trialDispersions(given);
+    if (!fillValues(data, given, averageCount, control, scan) || !fitCubic(scan))
+        return scan;
+    scan.peak = findDispersion(data, given, averageCount, scan.dispersions[scan.strongest()],
                                scan.dispersions.back());
-    return true;
+    scan.isWhole = true;
+    return scan;
 }
 
-QString PulsarCalculate::describeScan(const Scan &scan)
+Results::Report scanReport(const DispersionScan &scan, int harmonic)
 {
-    const double step = scan.dispersions[1] - scan.dispersions[0];
-    QString text = "Polinom extremums:\n";
-    const auto addExtremum = [&](double position, double value, double other) {
-        if (position > 0 && position < trials)
-            text += QString("disp = %1 value = %2 (%3)\n")
-                        .arg(position * step, 0, 'f', 2)
-                        .arg(ReportText::general(value), value > other ? "maximum" : "minimum");
-    };
-    const Approximation::Extrema &extrema = scan.extrema;
-    addExtremum(extrema.firstPosition, extrema.firstValue, extrema.secondValue);
-    addExtremum(extrema.secondPosition, extrema.secondValue, extrema.firstValue);
-    if (!(extrema.firstPosition > 0 && extrema.firstPosition < trials) &&
-        !(extrema.secondPosition > 0 && extrema.secondPosition < trials))
-        text += "none within the scan\n";
-
-    text += QString("\nMaximum:\ndisp = %1 value = %2\n")
-                .arg(scan.dispersions[scan.strongest()], 0, 'f', 2)
-                .arg(ReportText::general(scan.values[scan.strongest()]));
-    const Tools::DispersionPeak &peak = scan.peak;
-    const bool isOutside = peak.dispersion < 0 || peak.dispersion > scan.dispersions.back();
-    if (peak.unconstrained.isEmpty())
-        text += QString("\nDM = %1 pc/cm^3%2\n")
-                    .arg(ReportText::withError(peak.dispersion, peak.error),
-                         isOutside ? " (outside the scan)" : "");
-    else
-        text += QString("\nHarmonic %1 does not tell the dispersion: %2.\n")
-                    .arg(parameters.harmonicNum)
-                    .arg(peak.unconstrained);
-    return text;
+    Results::Report report = valuesReport(scan);
+    if (scan.tellsDispersion())
+        return report;
+    report.addLine(QString("Harmonic %1 does not tell the dispersion: %2.")
+                       .arg(harmonic)
+                       .arg(scan.peak.unconstrained));
+    report.addGap();
+    return report;
 }
 
-// One curve of several, and what is shown of it alone.
-void PulsarCalculate::addScan(const Scan &scan, const QString &name)
+void addScans(const std::vector<NamedScan> &scans, int harmonic, PulsarResult &result)
 {
-    addCurve(scan.values, name);
-    PulsarMultiResult single;
-    single.name = name;
-    single.description = name + "\n\n" + describeScan(scan);
-    single.curves.emplace_back(scan.values.begin(), scan.values.end());
-    single.curves.emplace_back(scan.cubic.begin(), scan.cubic.end());
-    single.names << name << "approximation by polinom 3";
-    outcome.multi.push_back(single);
-    outcome.description += single.description + "\n";
-}
-
-double PulsarCalculate::harmonicOfPeriod(const PulsarParameters &given, double tresolution)
-{
-    return (given.withNull ? 2 : 1) * fixedPoints * tresolution / given.period;
-}
-
-// Where a scanned harmonic is not one of the typed period.
-void PulsarCalculate::remarkOnHarmonic()
-{
-    if (!(parameters.period > 0))
+    std::vector<std::pair<QString, QStringList>> untold; // why, and which scans
+    for (const auto &[name, scan] : scans) {
+        addCurve(result, scan.values, name);
+        Results::Report title(name);
+        title.addGap();
+        PulsarMultiResult single;
+        single.name = name;
+        single.report = title;
+        single.report.add(scanReport(scan, harmonic));
+        single.curves.emplace_back(scan.values.begin(), scan.values.end());
+        single.curves.emplace_back(scan.cubic.begin(), scan.cubic.end());
+        single.names << name << "approximation by polinom 3";
+        result.multi.push_back(single);
+        result.report.add(title);
+        result.report.add(valuesReport(scan));
+        if (scan.tellsDispersion())
+            continue;
+        const QString &reason = scan.peak.unconstrained;
+        const auto known = std::find_if(untold.begin(), untold.end(),
+                                        [&](const auto &other) { return other.first == reason; });
+        if (known == untold.end())
+            untold.push_back({reason, {name}});
+        else
+            known->second << name;
+    }
+    if (untold.empty())
         return;
-    const double first = harmonicOfPeriod(parameters, data.tresolution);
-    const double multiple = std::max(1.0, std::round(parameters.harmonicNum / first));
-    if (std::abs(parameters.harmonicNum - multiple * first) >= 1)
-        outcome.remarks << QString("Harmonic number %1 is none of the period of %2 s, which "
-                                   "has the number %3 and its multiples.")
-                               .arg(parameters.harmonicNum)
-                               .arg(exactText(parameters.period))
-                               .arg(first, 0, 'f', 2);
+    result.report.addLine(QString("Harmonic %1 does not tell the dispersion:").arg(harmonic));
+    Results::ReportTable table = {{{"scan"}, {"because"}}, "%1: %2"};
+    for (const auto &[reason, names] : untold)
+        table.rows.push_back({names.join(", "), reason});
+    result.report.addTable(table);
 }
+
+Control shareOf(const Control &control, int part, int parts)
+{
+    Control share = control;
+    share.progress = [&control, part, parts](int percent) {
+        control.progress((100 * part + percent) / parts);
+    };
+    return share;
+}
+
+std::vector<Results::Report> scanRemarks(const ObservationData &data, const PulsarParameters &given,
+                                         int wholeBands, const std::vector<int> &starts)
+{
+    std::vector<Results::Report> remarks;
+    if (given.period > 0) {
+        const double first = harmonicOfPeriod(given, data.tresolution);
+        const double multiple = std::max(1.0, std::round(given.harmonicNum / first));
+        if (std::abs(given.harmonicNum - multiple * first) >= 1)
+            remarks.emplace_back(QString("Harmonic number %1 is none of the period of %2 s, which "
+                                         "has the number %3 and its multiples.")
+                                     .arg(given.harmonicNum)
+                                     .arg(exactText(given.period))
+                                     .arg(first, 0, 'f', 2));
+    }
+    const double top = trialDispersions(given).back();
+    for (const Results::Report &remark :
+         bandRemarks({data, given, fixedPoints, top}, wholeBands, starts))
+        remarks.push_back(remark);
+    return remarks;
+}
+
+} // namespace Pulsar

@@ -1,5 +1,7 @@
 #include "calc/pulsar/searchffa.h"
 
+#include "calc/pulsar/actions.h"
+#include "calc/pulsar/bandsum.h"
 #include "calc/pulsar/runanalysis.h"
 
 #include <QElapsedTimer>
@@ -24,7 +26,7 @@ FfaSearchOutcome searchFfa(const FfaSearchRequest &request, const Jobs::Control 
     if (!search.isWhole())
         return outcome;
     outcome.result = std::move(search.result);
-    const int points = PulsarCalculate(request.data, request.parameters).ffaPoints();
+    const int points = Pulsar::ffaPoints(Pulsar::wholePointsOf(request.data), request.parameters);
     outcome.estimate = Tools::estimateFfa(request.parameters.ffa, points, request.data.tresolution);
     const double threshold = request.threshold.value_or(outcome.estimate.noiseThreshold);
     outcome.candidates = Tools::findCandidates(

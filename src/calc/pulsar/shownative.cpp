@@ -1,46 +1,64 @@
-#include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/actions.h"
 
+#include "calc/pulsar/bandsum.h"
+#include "calc/pulsar/remarks.h"
+
+#include <algorithm>
 #include <cmath>
 
-bool PulsarCalculate::showNative()
-{
-    const int count = channelPoints("showNative");
-    const float *const samples = bandSamples(parameters.channel - 1) + parameters.firstPoint;
-    std::vector<double> series(samples, samples + count);
-    addCurve(series, QString("channel %1").arg(parameters.channel));
-    if (!outcome.nonFinite.isEmpty())
-        leaveGaps(outcome.curves.back());
-    std::vector<double> baseline(series.size());
-    if (!goOn(20))
-        return false;
-    if (!channelBaseline(series, baseline.data()))
-        return refuse("The noise base line cannot be computed.");
-    if (!goOn(80))
-        return false;
-    if (parameters.noise == "polinom5")
-        addCurve(baseline, "polinom5 approximation");
-    else if (parameters.noise == "median")
-        addCurve(baseline, "median line approximation");
-    else if (parameters.noise == "backSum")
-        addCurve(baseline, "noise approximation");
+namespace Pulsar {
 
-    outcome.points = count;
-    outcome.stretch = count;
-    outcome.description =
-        "Native data" + startText() + "\nNumber of points = " + QString::number(count);
-    remarkOnTimes(parameters.channel);
-    markSteps();
-    return true;
-}
+namespace {
 
 // What was recorded as no finite number is not drawn.
-void PulsarCalculate::leaveGaps(std::vector<float> &curve) const
+void leaveGaps(const float *recorded, std::vector<float> &curve)
 {
-    const float *const recorded =
-        data.samples[parameters.module - 1][parameters.channel - 1][parameters.ray - 1];
     for (std::size_t i = 0; i < curve.size(); ++i) {
-        const float sample = recorded[std::size_t(parameters.firstPoint) + i];
-        if (!std::isfinite(sample))
-            curve[i] = sample;
+        if (!std::isfinite(recorded[i]))
+            curve[i] = recorded[i];
     }
 }
+
+} // namespace
+
+int screenPoints(const ObservationData &header, const PulsarParameters &given)
+{
+    return std::min(given.points > 0 ? given.points : fixedPoints,
+                    header.npoints - given.firstPoint);
+}
+
+AnalysisOutcome showNative(const PreparedSamples &samples, const PulsarParameters &given,
+                           const Control &control)
+{
+    AnalysisOutcome outcome = begun(samples, given);
+    PulsarResult &result = outcome.result;
+    const float *const channel =
+        channelSamples(samples.data, given, given.channel - 1) + given.firstPoint;
+    const std::vector<double> series(channel, channel + samples.points);
+    addCurve(result, series, QString("channel %1").arg(given.channel));
+    if (!samples.nonFinite.isEmpty())
+        leaveGaps(samples.recorded[given.module - 1][given.channel - 1][given.ray - 1] +
+                      given.firstPoint,
+                  result.curves.back());
+    std::vector<double> baseline(series.size());
+    if (!goesOn(control, 20))
+        return outcome;
+    if (!channelBaseline(given.noise, series, baseline.data()))
+        return refused(outcome, "The noise base line cannot be computed.");
+    if (!goesOn(control, 80))
+        return outcome;
+    if (given.noise == "polinom5")
+        addCurve(result, baseline, "polinom5 approximation");
+    else if (given.noise == "median")
+        addCurve(result, baseline, "median line approximation");
+    else if (given.noise == "backSum")
+        addCurve(result, baseline, "noise approximation");
+
+    result.report.addLine("Native data");
+    addStart(given, result.report);
+    result.report.addValue("Number of points", QString::number(samples.points));
+    result.times = timesText(samples.data, given.channel);
+    return outcome;
+}
+
+} // namespace Pulsar

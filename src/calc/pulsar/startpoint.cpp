@@ -15,8 +15,9 @@ constexpr qint64 msPerDay = 24LL * 3600 * 1000;
 StartPoint pointAtUtc(const ObservationData &data, const QString &time)
 {
     if (!data.beginTime.isValid())
-        return {0, "The passport has no begin time, so that no UTC time can be found in the "
-                   "recording.\nChoose \"First point\" instead."};
+        return {
+            0, "The passport has no begin time, so that no UTC time can be found in the recording.",
+            true};
     QTime wanted = QTime::fromString(time.trimmed(), "h:m:s");
     if (!wanted.isValid())
         wanted = QTime::fromString(time.trimmed(), "h:m:s.z");
@@ -27,8 +28,9 @@ StartPoint pointAtUtc(const ObservationData &data, const QString &time)
     if (!(data.tresolution > 0) || !clock.isKnown())
         return {0,
                 QString("The passport gives a step of %1 ms (tresolution), so that no time can be "
-                        "found in the recording.\nChoose \"First point\" instead.")
-                    .arg(data.tresolution * 1000)};
+                        "found in the recording.")
+                    .arg(data.tresolution * 1000),
+                true};
 
     // A time of whole seconds is that of the begin in the begin's own second.
     const QTime begin = exactBegin(data).time();

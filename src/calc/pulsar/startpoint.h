@@ -8,6 +8,7 @@
 struct StartPoint {
     int point = 0;
     QString error; ///< why there is no such point, with the allowed times; empty on success
+    bool isWithoutTimes = false; ///< no time can be found in this recording, only points
 };
 
 /// Point recorded at a UTC time of day "h:m:s" or "h:m:s.zzz"; a time of day before that of

@@ -1,67 +1,91 @@
-#include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/actions.h"
 
-#include "calc/fourier.h"
+#include "calc/pulsar/bandsum.h"
+#include "calc/pulsar/checks.h"
+#include "calc/pulsar/remarks.h"
 #include "results/reporttext.h"
 
 #include <algorithm>
+
+namespace Pulsar {
 
 namespace {
 
 constexpr double spectrumRaise = 0.05; // distance between neighbouring spectra of four
 
-} // namespace
-
-bool PulsarCalculate::acceptFourDispersions()
+// @param length  of the spectrum
+void describeHarmonics(const Results::ReportTable &harmonics, int number, int length,
+                       PulsarResult &result)
 {
-    const auto &dispersions = parameters.dispersions;
-    const int length =
-        Tools::averagedLength(fixedPoints, parameters.averageCount, parameters.withNull);
-    bool isAccepted = acceptSelection(*std::max_element(dispersions.begin(), dispersions.end()));
-    isAccepted = acceptSpectrum(length) && isAccepted;
-    for (std::size_t k = 0; k < dispersions.size(); ++k)
-        isAccepted =
-            acceptDispersion(dispersions[k], QString("dispersion%1").arg(k + 1)) && isAccepted;
-    return isAccepted;
+    Results::Report &report = result.report;
+    report.addLine("Sum of channels and fourier");
+    report.addLine("Fixed number of points = 16384");
+    if (harmonics.rows.empty()) {
+        result.remarks.emplace_back(
+            QString("Harmonic number %1 is outside 1 to %2: no value is reported.")
+                .arg(number)
+                .arg(length - 1));
+        return;
+    }
+    report.addGap();
+    report.addHeading("First harmonic:");
+    report.addGap();
+    report.addValue("Harmonic number", QString::number(number));
+    report.addTable(harmonics);
 }
 
-bool PulsarCalculate::sum4Dispersions()
+} // namespace
+
+Problems checkFourDispersions(const ObservationData &header, const PulsarParameters &given)
 {
-    const int count = Tools::powerOfTwoFloor(fixedPoints);
-    const int length = Tools::averagedLength(count, parameters.averageCount, parameters.withNull);
-    const int n = length / 2;
-    const int harmonic = parameters.harmonicNum;
-    QString harmonicText;
+    const auto &dispersions = given.dispersions;
+    const double largest = *std::max_element(dispersions.begin(), dispersions.end());
+    Problems all =
+        joinProblems({checkSelection(header, given, fixedPoints, largest), checkSpectrum(given)});
+    for (std::size_t k = 0; k < dispersions.size(); ++k)
+        all = joinProblems(
+            {all, checkDispersion(header, dispersions[k], QString("dispersion%1").arg(k + 1))});
+    return all;
+}
+
+AnalysisOutcome sum4Dispersions(const PreparedSamples &samples, const PulsarParameters &given,
+                                const Control &control)
+{
+    AnalysisOutcome outcome = begun(samples, given);
+    PulsarResult &result = outcome.result;
+    const int n = spectrumLength(given);
+    const int harmonic = given.harmonicNum;
+    int fewestBands = sumBands;
+    Results::ReportTable harmonics = {{{"no."}, {"dispersion", "pc/cm^3"}, {"value"}},
+                                      "disp%1 = %2 value = %3"};
     auto spectrum = std::vector<double>(std::size_t(n));
     for (int k = 0; k < 4; ++k) {
-        const double dispersion = parameters.dispersions[std::size_t(k)];
-        if (!getFourierOfSum(spectrum.data(), count, dispersion, parameters.averageCount,
-                             parameters.withNull))
-            return refuse(QString("The spectrum at dispersion %1 cannot be computed.")
-                              .arg(ReportText::general(dispersion)));
+        const double dispersion = given.dispersions[std::size_t(k)];
+        SumNotes notes;
+        if (!getFourierOfSum(samples.data, given, spectrum.data(), fixedPoints, dispersion,
+                             given.averageCount, given.withNull, notes))
+            return refused(outcome, QString("The spectrum at dispersion %1 cannot be computed.")
+                                        .arg(ReportText::general(dispersion)));
+        fewestBands = std::min(fewestBands, notes.wholeBands);
+        if (k == 0)
+            append({cutReport(given.cut, notes.cut)}, result);
         if (harmonic > 0 && harmonic < n)
-            harmonicText += QString("\ndisp%1 = %2 value = %3")
-                                .arg(k + 1)
-                                .arg(dispersion, 0, 'f', 1)
-                                .arg(spectrum[std::size_t(harmonic)], 0, 'f', 5);
+            harmonics.rows.push_back({QString::number(k + 1), QString::number(dispersion, 'f', 1),
+                                      QString::number(spectrum[std::size_t(harmonic)], 'f', 5)});
         const double raise = (3 - k) * spectrumRaise;
         for (double &value : spectrum)
             value += raise;
-        addCurve(spectrum, QString("dispersion %1").arg(k + 1));
-        if (!goOn(25 * (k + 1)))
-            return false;
+        addCurve(result, spectrum, QString("dispersion %1").arg(k + 1));
+        if (!goesOn(control, 25 * (k + 1)))
+            return outcome;
     }
-    outcome.description = "Sum of channels and fourier\nFixed number of points = 16384";
-    if (!harmonicText.isEmpty())
-        outcome.description +=
-            "\n\nFirst harmonic:\n\nHarmonic number = " + QString::number(harmonic) + harmonicText;
-    else
-        outcome.remarks << QString("Harmonic number %1 is outside 1 to %2: no value is reported.")
-                               .arg(harmonic)
-                               .arg(n - 1);
-    outcome.remarks << "The first three spectra are raised by 0.15, 0.10 and 0.05.";
-    outcome.points = n;
-    setSpectrumAxis(parameters.averageCount);
-    markSteps();
-    remarkOnBands();
-    return true;
+    describeHarmonics(harmonics, harmonic, n, result);
+    result.remarks.emplace_back("The first three spectra are raised by 0.15, 0.10 and 0.05.");
+    result.points = n;
+    setSpectrumAxis(result, samples.data, given.averageCount);
+    const double largest = *std::max_element(given.dispersions.begin(), given.dispersions.end());
+    append(bandRemarks({samples.data, given, fixedPoints, largest}, fewestBands), result);
+    return outcome;
 }
+
+} // namespace Pulsar

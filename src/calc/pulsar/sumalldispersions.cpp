@@ -1,18 +1,22 @@
-#include "calc/pulsar/pulsarcalculate.h"
-
 #include "calc/pulsar/scan.h"
 
-bool PulsarCalculate::sumAllDispersions()
+namespace Pulsar {
+
+AnalysisOutcome sumAllDispersions(const PreparedSamples &samples, const PulsarParameters &given,
+                                  const Control &control)
 {
-    beginScan();
-    Scan scan;
-    if (!scanDispersions(parameters.firstPoint, parameters.averageCount, 0, 100, scan))
-        return false;
-    addCurve(scan.values, QString("value of harmonic %1").arg(parameters.harmonicNum));
-    addCurve(scan.cubic, "approximation by polinom 3");
-    outcome.description += "\n" + describeScan(scan);
-    markSteps();
-    remarkOnHarmonic();
-    remarkOnBands();
-    return true;
+    AnalysisOutcome outcome = begunScan(samples, given);
+    PulsarResult &result = outcome.result;
+    const DispersionScan scan = scanDispersions(samples.data, given, given.averageCount, control);
+    if (!scan.problem.isEmpty())
+        return refused(outcome, scan.problem);
+    if (!scan.isWhole)
+        return outcome;
+    addCurve(result, scan.values, QString("value of harmonic %1").arg(given.harmonicNum));
+    addCurve(result, scan.cubic, "approximation by polinom 3");
+    result.report.add(scanReport(scan, given.harmonicNum));
+    result.remarks = scanRemarks(samples.data, given, scan.wholeBands, {given.firstPoint});
+    return outcome;
 }
+
+} // namespace Pulsar

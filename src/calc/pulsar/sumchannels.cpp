@@ -1,50 +1,72 @@
-#include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/actions.h"
 
+#include "calc/pulsar/bandsum.h"
+#include "calc/pulsar/checks.h"
+#include "calc/pulsar/remarks.h"
 #include "results/reporttext.h"
 
-bool PulsarCalculate::acceptSum()
+namespace Pulsar {
+
+int fixedSumPoints(const ObservationData &, const PulsarParameters &)
 {
-    if (parameters.points > 0)
-        stretch = parameters.points;
-    return acceptFixedSum();
+    return fixedPoints;
 }
 
-bool PulsarCalculate::sumChannelsAction()
+int sumPoints(const ObservationData &, const PulsarParameters &given)
 {
-    outcome.description =
-        "One summation of channels\nDispersion = " + ReportText::general(parameters.dispersion) +
-        (stretch == fixedPoints ? QString("\nNumber of points is fixed - 16384")
-                                : QString("\nNumber of points = %1").arg(stretch));
+    return given.points > 0 ? given.points : fixedPoints;
+}
 
-    auto sum = std::vector<double>(std::size_t(stretch));
-    if (!sumChannels(sum.data(), stretch, parameters.dispersion, true))
-        return refuse("The channels cannot be summed.");
-    fewestBands = completeBands;
+Problems checkSum(const ObservationData &header, const PulsarParameters &given)
+{
+    return checkSumOf(sumPoints(header, given), header, given);
+}
+
+AnalysisOutcome sumChannelsAction(const PreparedSamples &samples, const PulsarParameters &given,
+                                  const Control &)
+{
+    AnalysisOutcome outcome = begun(samples, given);
+    PulsarResult &result = outcome.result;
+    const int count = samples.points;
+    Results::Report &report = result.report;
+    report.addLine("One summation of channels");
+    report.addValue("Dispersion", ReportText::general(given.dispersion));
+    if (count == fixedPoints)
+        report.addLine("Number of points is fixed - 16384");
+    else
+        report.addValue("Number of points", QString::number(count));
+
+    auto sum = std::vector<double>(std::size_t(count));
+    const int wholeBands =
+        sumChannels(samples.data, given, sum.data(), count, given.dispersion, true);
+    if (wholeBands == 0)
+        return refused(outcome, "The channels cannot be summed.");
     std::vector<double> baseline(sum.size());
     std::vector<double> backSum;
-    if (!noiseBaseline(sum, parameters.dispersion, baseline.data(), &backSum))
-        return refuse("The noise base line cannot be computed.\nIt needs more points; take more, "
-                      "or none of the base lines.");
+    if (!sumBaseline(samples.data, given, sum, given.dispersion, baseline.data(), &backSum))
+        return refused(outcome, "The noise base line cannot be computed.\nIt needs more points; "
+                                "take more, or none of the base lines.");
 
-    if (parameters.deductNoise) {
-        removeBaseline(sum, baseline);
-        addCurve(sum, "minus noise base line");
+    if (given.deductNoise) {
+        removeBaseline(given.normalise, baseline, sum);
+        addCurve(result, sum, "minus noise base line");
     } else {
-        addCurve(sum, "sum on canals");
-        if (parameters.noise == "polinom5")
-            addCurve(baseline, "polinom5 approximation");
-        else if (parameters.noise == "median")
-            addCurve(baseline, "median line approximation");
-        else if (parameters.noise == "backSum") {
-            addCurve(backSum, "back sum on canals");
-            addCurve(baseline, "noise approximation");
+        addCurve(result, sum, "sum on canals");
+        if (given.noise == "polinom5")
+            addCurve(result, baseline, "polinom5 approximation");
+        else if (given.noise == "median")
+            addCurve(result, baseline, "median line approximation");
+        else if (given.noise == "backSum") {
+            addCurve(result, backSum, "back sum on canals");
+            addCurve(result, baseline, "noise approximation");
         }
     }
-    outcome.description += baselineText(parameters.noise);
-    if (parameters.normalise && !parameters.deductNoise)
-        outcome.remarks << "Normalization applies to the sum less its base line only.";
-    markSteps();
-    remarkOnBands();
-    remarkOnTimes(sumBands);
-    return true;
+    report.addLine(baselineText(given.noise));
+    if (given.normalise && !given.deductNoise)
+        result.remarks.emplace_back("Normalization applies to the sum less its base line only.");
+    append(bandRemarks({samples.data, given, count, given.dispersion}, wholeBands), result);
+    result.times = timesText(samples.data, sumBands);
+    return outcome;
 }
+
+} // namespace Pulsar

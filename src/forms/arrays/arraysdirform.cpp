@@ -3,6 +3,7 @@
 #include "app/shell/centralwidget.h"
 #include "app/shell/errorbox.h"
 #include "app/shell/jobprogress.h"
+#include "fields/textcolours.h"
 #include "forms/arrays/arrayreading.h"
 #include "forms/arrays/arraysform.h"
 #include "forms/arrays/arraysinfo.h"
@@ -22,7 +23,6 @@ namespace {
 constexpr qint64 lookBytes = 1 << 20; // that a small picture is made of
 constexpr int seenRole = Qt::UserRole;
 constexpr int nameRole = Qt::UserRole + 1;
-constexpr char refusedColour[] = "#b00020";
 
 // One curve of a file: a column behind that of X, or a row where rows are series.
 ArrayPlot::Series curveOf(const NumberFile &file, int curve, bool firstIsX)
@@ -43,7 +43,7 @@ ArraysDirForm::ArraysDirForm(const QString &path, QWidget *parent)
     : QWidget(parent), ui(new Ui::ArraysDirForm), mainWindow(parent), directory(path)
 {
     ui->setupUi(this);
-    ui->filePath->setText("Directory: " + QString(path).replace("/", "/ "));
+    ui->filePath->showDirectory(path);
     emptyCentralWidget();
     QStringList names = directory.entryList(QDir::Files);
     QCollator inOrder{QLocale(QLocale::English)}; // that of the C locale knows no numbers
@@ -148,7 +148,7 @@ void ArraysDirForm::describe(QListWidgetItem *item, const NumberFile &file)
         item->setText(shownName(name) + "\n" +
                       (startsWithPath ? file.error.mid(path.size()).trimmed() : file.error));
         item->setToolTip(file.error + "\n" + file.remarks.mid(0, 3).join("\n"));
-        item->setForeground(QColor(refusedColour));
+        item->setForeground(TextColours::problem(palette()));
         return;
     }
     const NumberTable &table = file.table;

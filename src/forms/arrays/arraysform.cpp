@@ -6,7 +6,6 @@
 #include "forms/arrays/arraysinfo.h"
 #include "forms/arrays/celltable.h"
 #include "forms/arrays/greypicture.h"
-#include "forms/filelabel.h"
 #include "forms/savefolder.h"
 #include "plot/picturemenu.h"
 #include "plot/pulsargrafik.h"
@@ -34,7 +33,7 @@ ArraysForm::ArraysForm(const QString &filePath, QWidget *parent)
     : QWidget(parent), ui(new Ui::ArraysForm), path(filePath)
 {
     ui->setupUi(this);
-    ui->filePath->setText(fileLabel(path));
+    ui->filePath->showFile(path);
     emptyCentralWidget();
     file = ArrayReading::readShowingProgress(path);
     if (file.wasCancelled || !file.error.isEmpty()) {

@@ -45,7 +45,8 @@ QString proposedPath(const QString &path)
 {
     const QString folder = Settings::instance()->lastSavePath();
     const QFileInfo in(path);
-    const QDir place = folder.isEmpty() ? in.dir() : QDir(folder);
+    const bool isThere = !folder.isEmpty() && QDir(folder).exists();
+    const QDir place = isThere ? QDir(folder) : in.dir();
     const QString ending = in.suffix() == "txt" ? "_text.txt" : ".txt";
     return place.filePath(in.completeBaseName() + ending);
 }
@@ -114,10 +115,11 @@ QString whyNotWritable(const QString &path)
     return failure ? failure.text() + " " : QString();
 }
 
-void convert(const Tools::BinaryFile &binary, const QString &outPath, QWidget *window)
+bool convert(const Tools::BinaryFile &binary, const QString &outPath, QWidget *window)
 {
     QString failure;
     QString message;
+    bool isWritten = false;
     {
         Conversion conversion(binary);
         failure = conversion.run(outPath);
@@ -126,6 +128,7 @@ void convert(const Tools::BinaryFile &binary, const QString &outPath, QWidget *w
                       : QString("%1 was written (%2).%3")
                             .arg(QDir::toNativeSeparators(outPath),
                                  sizeText(QFileInfo(outPath).size()), conversion.remark());
+        isWritten = failure.isEmpty() && !conversion.wasCancelled();
         if (conversion.wasCancelled())
             failure.clear();
     }
@@ -135,36 +138,36 @@ void convert(const Tools::BinaryFile &binary, const QString &outPath, QWidget *w
         showError(window, failure,
                   QString("%1No text was made of %2.")
                       .arg(whyNotWritable(outPath), QDir::toNativeSeparators(binary.path)));
+    return isWritten;
 }
 
 } // namespace
 
-void convertBinaryToText(const QString &path, QWidget *window)
+bool convertBinaryToText(const QString &path, QWidget *window)
 {
     const Tools::BinaryFile binary = Tools::recogniseBinary(path);
     if (!binary.problem.isEmpty()) {
         showError(window, binary.problem, "Choose a recording (.pnt or .pnthr) or a result file.");
-        return;
+        return false;
     }
     const QString refusal = binary.isRecording ? QString() : Tools::resultProblem(path);
     if (!refusal.isEmpty()) {
         showError(
             window, refusal,
             "It is damaged or of another kind, and no text can be made of it. Copy it again.");
-        return;
+        return false;
     }
     const QString outPath =
         QFileDialog::getSaveFileName(window, "Saving text", proposedPath(path), "");
     if (outPath.isEmpty())
-        return;
+        return false;
     Settings::instance()->setLastSavePath(directoryOf(outPath));
     if (QFileInfo(path) == QFileInfo(outPath)) {
         showError(window, "The text would take the place of the file it is made of.",
                   QDir::toNativeSeparators(path) + " was left as it is. Choose another name.");
-        return;
+        return false;
     }
     const qint64 bytes =
         binary.isRecording ? Tools::recordingTextBytes(path) : Tools::resultTextBytes(path);
-    if (isSizeWanted(bytes, outPath, window))
-        convert(binary, outPath, window);
+    return isSizeWanted(bytes, outPath, window) && convert(binary, outPath, window);
 }

@@ -11,4 +11,5 @@ class QWidget;
 ///
 /// @param path    full path of the file
 /// @param window  the main window
-void convertBinaryToText(const QString &path, QWidget *window);
+/// @return whether a text was written
+bool convertBinaryToText(const QString &path, QWidget *window);

@@ -44,13 +44,13 @@ void resetColours(const QWidget *block)
     }
 }
 
-// What is wrong with the texts of number fields, by field, as lines of a report.
+// What is wrong with the texts of number fields, by field.
 QMap<QString, QString> unreadIn(const QWidget *block)
 {
     QMap<QString, QString> lines;
     for (const QAbstractSpinBox *box : block->findChildren<QAbstractSpinBox *>()) {
         if (const QString problem = Fields::problemOf(box); !problem.isEmpty())
-            lines.insert(box->objectName(), problem.toHtmlEscaped().replace('\n', ' ') + "<br>");
+            lines.insert(box->objectName(), problem);
     }
     return lines;
 }
@@ -114,12 +114,6 @@ void CalculatorForm::connectInputs()
     connect(ui->ffa_bin_min, QOverload<int>::of(&QSpinBox::valueChanged), this, follow);
     connect(ui->ffa_tres, &QLineEdit::textChanged, this, follow);
 
-    for (QWidget *field : fieldsOf(this)) {
-        if (field->focusPolicy() != Qt::WheelFocus)
-            continue;
-        field->setFocusPolicy(Qt::StrongFocus);
-        field->installEventFilter(this);
-    }
     ui->cat2zrt_fileName->installEventFilter(this);
     ui->textInfo->installEventFilter(this);
 }
@@ -266,11 +260,6 @@ void CalculatorForm::keyPressEvent(QKeyEvent *event)
 
 bool CalculatorForm::eventFilter(QObject *watched, QEvent *event)
 {
-    // The wheel scrolls the panel; it must not change the values that pass under the pointer.
-    if (event->type() == QEvent::Wheel && watched != focusWidget()) {
-        event->ignore();
-        return true;
-    }
     if (watched == ui->cat2zrt_fileName && event->type() == QEvent::MouseButtonRelease &&
         static_cast<QMouseEvent *>(event)->button() == Qt::LeftButton &&
         !ui->cat2zrt_fileName->hasSelectedText()) // marked with the mouse, to be copied
@@ -345,7 +334,7 @@ void CalculatorForm::openFoundRecording()
     const QString path = recordingPath();
     const QString folder = Settings::instance()->lastOpenPath();
     if (!path.isEmpty())
-        openRecording(path);
+        openRecording(path, ui->cat2zrt_culmPoint->text().toInt());
     else if (!name.isEmpty())
         Settings::instance()->ui().statusbar->showMessage(
             folder.isEmpty() ? name + " is looked for in the folder of the file opened last; none "

@@ -1,37 +1,24 @@
 #include "forms/ffa/ffaform.h"
 
-#include "app/shell/centralwidget.h"
 #include "app/shell/errorbox.h"
-#include "app/shell/jobprogress.h"
-#include "app/shell/lastvalues.h"
-#include "base/typednumber.h"
+#include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/pulsarcalculate.h"
 #include "calc/pulsar/pulsarcommand.h"
-#include "calc/pulsar/pulsarfields.h"
 #include "calc/pulsar/runanalysis.h"
 #include "data/truenumbers.h"
 #include "fields/fieldstyles.h"
-#include "fields/numberbox.h"
 #include "forms/ffa/ffaresults.h"
-#include "forms/filelabel.h"
-#include "forms/readrecording.h"
 #include "forms/savefolder.h"
-#include "forms/switchedchannels.h"
 #include "plot/pulsargrafik.h"
 #include "results/reporttext.h"
 #include "ui_ffaform.h"
 
-#include <QCheckBox>
-#include <QClipboard>
-#include <QGuiApplication>
-#include <QKeyEvent>
+#include <QSignalBlocker>
 #include <QSplitter>
 #include <algorithm>
 #include <cmath>
 
 namespace {
-
-const QString problemSuffix = "Problem";
 
 // Seconds that searches take on this machine for one estimated second; of the last one that
 // was long enough to measure.
@@ -51,22 +38,19 @@ QString secondsText(double seconds)
                          : QString("About %1 min").arg(seconds / 60, 0, 'f', 0);
 }
 
+const PulsarAnalysis &analysis()
+{
+    return *findAnalysis("createFFA");
+}
+
 } // namespace
 
 FfaForm::FfaForm(const QString &path, QWidget *parent)
-    : QWidget(parent), ui(new Ui::FfaForm), recordingPath(path)
+    : RecordingForm(path, parent), ui(new Ui::FfaForm)
 {
     ui->setupUi(this);
-    ui->filePath->setText(fileLabel(path));
-    emptyCentralWidget();
-    std::optional<ReadRecording> recording = readRecording(path, parent);
-    if (!recording) {
-        deleteLater();
+    if (!open())
         return;
-    }
-    data = std::move(recording->data);
-    readProblem = recording->problem;
-
     auto *const splitter = new QSplitter(this);
     splitter->setObjectName("splitter");
     splitter->setChildrenCollapsible(false);
@@ -79,14 +63,10 @@ FfaForm::FfaForm(const QString &path, QWidget *parent)
     splitter->setStretchFactor(0, 1);
     splitter->setStretchFactor(1, 0);
     splitter->setSizes({540, 470});
-    fillCentralWidget(this, splitter, nullptr);
-
     fillPresets();
-    showDataEnd(ui->dataEnd, data);
-    offerSwitchedChannels(ui->leaveOutChannels, path, data.channels);
+    install(splitter, nullptr);
     connectInputs();
     showEstimate();
-    lastValues = std::make_unique<LastValues>(this);
     ui->pushButton->setFocus();
 }
 
@@ -99,20 +79,13 @@ void FfaForm::connectInputs()
     for (const QSpinBox *field : findChildren<QSpinBox *>())
         connect(field, QOverload<int>::of(&QSpinBox::valueChanged), this, &FfaForm::showEstimate);
     connect(ui->deredden, &QGroupBox::toggled, this, &FfaForm::showEstimate);
-    connect(ui->pushButton, &QPushButton::clicked, this, &FfaForm::search);
     connect(ui->withoutWholeFactors, &QPushButton::clicked, this, &FfaForm::takeOffer);
-    connect(ui->commandButton, &QPushButton::clicked, this, &FfaForm::copyCommand);
     connect(grafik, &PulsarGrafik::clicked, this, &FfaForm::choosePeak);
     connect(results, &FfaResults::candidateChosen, this, &FfaForm::chooseCandidate);
     connect(results, &FfaResults::widthChosen, this, &FfaForm::showSpectrum);
     connect(results, &FfaResults::refineRequested, this, &FfaForm::refine);
-    progress = std::make_unique<JobProgress>(worker, this);
     connect(&worker, &Jobs::Worker::started, this, [this] { results->setBusy(true); });
-    connect(&worker, &Jobs::Worker::ended, this, [this](const Jobs::Ending &ending) {
-        results->setBusy(false);
-        if (ending.kind == Jobs::Ending::Failed)
-            showError(this, ending.problem);
-    });
+    connect(&worker, &Jobs::Worker::ended, this, [this] { results->setBusy(false); });
 }
 
 void FfaForm::fillPresets()
@@ -121,82 +94,46 @@ void FfaForm::fillPresets()
     ui->ray->setMaximum(std::max(1, data.rays));
     PulsarParameters parameters;
     parameters.dispersion = std::max(0, data.dispersion);
-    ui->dispersion->setText(QString::number(parameters.dispersion));
-    const int points = PulsarCalculate(data, parameters).ffaPoints();
-    const FfaParameters ffa = Tools::presetFfa(points, data.tresolution);
-    ui->period_min->setText(number(ffa.period_min));
-    ui->period_max->setText(number(ffa.period_max));
+    showField(pulsarField("--dm"), parameters.dispersion);
+    presetPeriods(parameters, PulsarCalculate(data, parameters).ffaPoints());
 }
 
-void FfaForm::keyPressEvent(QKeyEvent *event)
+// The periods follow what the series is until the user types others.
+bool FfaForm::presetPeriods(const PulsarParameters &parameters, int points)
 {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
-        search();
-    else
-        QWidget::keyPressEvent(event);
-}
-
-// A text that is no number is a problem of its field.
-double FfaForm::readNumber(QLineEdit *field, std::vector<FieldProblem> &problems)
-{
-    const std::optional<double> number = Tools::typedNumber(field->text());
-    if (!number)
-        problems.push_back(
-            {field->objectName(),
-             QString("\"%1\" is no number. Allowed: %2").arg(field->text(), Tools::allowedNumber)});
-    return number.value_or(0);
-}
-
-int FfaForm::readCount(QLineEdit *field, std::vector<FieldProblem> &problems)
-{
-    const std::optional<qint64> number = Tools::typedWhole(field->text());
-    if (!number)
-        problems.push_back(
-            {field->objectName(), QString("\"%1\" is no whole number").arg(field->text())});
-    constexpr qint64 limit = 2000000000; // beyond every recording
-    return int(std::clamp(number.value_or(0), -limit, limit));
-}
-
-PulsarParameters FfaForm::readParameters(std::vector<FieldProblem> &problems)
-{
-    PulsarParameters parameters;
-    parameters.module = ui->module->value();
-    parameters.ray = ui->ray->value();
-    parameters.dispersion = readNumber(ui->dispersion, problems);
-    parameters.firstPoint = readCount(ui->firstPoint, problems);
-    if (!ui->points->text().isEmpty()) {
-        parameters.points = readCount(ui->points, problems);
-        if (parameters.points == 0)
-            parameters.points = -1; // typed, so refused
-    }
-    parameters.noise = pulsarField("--noise").choices[std::size_t(ui->noise->currentIndex())].value;
-    FfaParameters &ffa = parameters.ffa;
-    ffa.period_min = readNumber(ui->period_min, problems);
-    ffa.period_max = readNumber(ui->period_max, problems);
-    ffa.fpmin = ui->fpmin->value();
-    ffa.bins_min = ui->bins_min->value();
-    ffa.bins_max = ui->bins_max->value();
-    ffa.ducy_max = readNumber(ui->ducy_max, problems);
-    ffa.wtsp = readNumber(ui->wtsp, problems);
-    ffa.deredden = ui->deredden->isChecked();
-    ffa.rmed_minpts = ui->rmed_minpts->value();
-    ffa.rmed_width = Tools::presetMedianWidth(
-        ffa.period_max, PulsarCalculate(data, parameters).ffaPoints(), data.tresolution);
-    if (ffa.deredden && !ui->rmed_width->text().isEmpty())
-        ffa.rmed_width = readNumber(ui->rmed_width, problems);
-    return parameters;
+    FfaParameters ffa;
+    ffa.bins_min = parameters.ffa.bins_min;
+    ffa.bins_max = parameters.ffa.bins_max;
+    ffa.fpmin = parameters.ffa.fpmin;
+    ffa = Tools::presetFfa(points, data.tresolution, ffa);
+    const QString before = presetMin + presetMax;
+    const auto follow = [](QLineEdit *field, QString &preset, double period) {
+        if (field->text() != preset)
+            return;
+        preset = number(period);
+        const QSignalBlocker isJudgedAlready(field);
+        field->setText(preset);
+    };
+    follow(ui->period_min, presetMin, ffa.period_min);
+    follow(ui->period_max, presetMax, ffa.period_max);
+    return presetMin + presetMax != before;
 }
 
 // What is wrong with the fields; every field stands for one problem, the first of it.
-std::vector<FieldProblem> FfaForm::findProblems(PulsarParameters &parameters)
+std::vector<FieldProblem> FfaForm::readParameters(PulsarParameters &parameters)
 {
-    std::vector<FieldProblem> problems;
-    for (const QAbstractSpinBox *box : findChildren<QAbstractSpinBox *>()) {
-        if (const QString problem = Fields::problemOf(box); !problem.isEmpty())
-            problems.push_back({box->objectName(), problem});
-    }
-    parameters = readParameters(problems);
-    for (const FieldProblem &problem : ::findProblems("createFFA", data, parameters)) {
+    beginReading();
+    parameters = analysis().presets;
+    readFields(analysis().fields, parameters);
+    parameters.channelsOff = channelsOff();
+    const int points = PulsarCalculate(data, parameters).ffaPoints();
+    if (parameters.points == 0 && !ui->points->text().isEmpty())
+        parameters.points = -1; // typed, so refused
+    FfaParameters &ffa = parameters.ffa;
+    if (!ffa.deredden || ui->rmed_width->text().isEmpty())
+        ffa.rmed_width = Tools::presetMedianWidth(ffa.period_max, points, data.tresolution);
+    std::vector<FieldProblem> problems = unreadProblems();
+    for (const FieldProblem &problem : findProblems(analysis().name, data, parameters)) {
         const bool isKnown = std::any_of(problems.begin(), problems.end(), [&](const auto &known) {
             return known.field == problem.field;
         });
@@ -209,14 +146,16 @@ std::vector<FieldProblem> FfaForm::findProblems(PulsarParameters &parameters)
 void FfaForm::showEstimate()
 {
     PulsarParameters parameters;
-    const std::vector<FieldProblem> problems = findProblems(parameters);
-    showProblems(problems);
+    std::vector<FieldProblem> problems = readParameters(parameters);
     const int points = PulsarCalculate(data, parameters).ffaPoints();
+    if (points > 0 && presetPeriods(parameters, points))
+        problems = readParameters(parameters);
+    const bool isGood = showProblems(problems);
     ui->points->setPlaceholderText(QString::number(points));
     ui->rmed_width->setPlaceholderText(
         number(Tools::presetMedianWidth(parameters.ffa.period_max, points, data.tresolution)));
-    showWholeFactors(problems.empty() ? &parameters.ffa : nullptr, points);
-    if (!problems.empty())
+    showWholeFactors(isGood ? &parameters.ffa : nullptr, points);
+    if (!isGood)
         return;
     constexpr double megabyte = 1e6;
     const FfaEstimate size = Tools::estimateFfa(parameters.ffa, points, data.tresolution);
@@ -252,73 +191,39 @@ void FfaForm::takeOffer()
     ui->period_min->setFocus();
 }
 
-// Each problem below its field; those of no field, or of one without such a place, in the frame
-// of the estimate.
-void FfaForm::showProblems(const std::vector<FieldProblem> &problems)
+// Marks the fields at fault and says below all fields, which stay where they are, what is wrong.
+bool FfaForm::showProblems(const std::vector<FieldProblem> &problems)
 {
-    QStringList others;
-    for (QLabel *label : findChildren<QLabel *>()) {
-        if (!label->objectName().endsWith(problemSuffix))
-            continue;
-        const QString parameter = label->objectName().chopped(problemSuffix.size());
-        const auto problem =
-            std::find_if(problems.begin(), problems.end(),
-                         [&](const FieldProblem &p) { return p.field == parameter; });
-        const bool fails = problem != problems.end();
-        label->setText(fails ? problem->text : QString());
-        label->setVisible(fails);
-        FieldStyles::setStyle(findChild<QWidget *>(parameter), fails ? FieldStyles::failing : "");
-    }
+    QStringList texts;
     for (const FieldProblem &problem : problems) {
-        if (!findChild<QLabel *>(problem.field + problemSuffix))
-            others << problem.text;
+        mark(field(problem.field));
+        texts << problem.text;
     }
     if (!problems.empty())
-        ui->estimate->setText(others.isEmpty() ? "No search with these values" : others.join("\n"));
-    ui->estimate->setStyleSheet(others.isEmpty() ? "" : "color: #b00020;");
+        ui->estimate->setText(texts.join("\n"));
+    FieldStyles::setProblem(ui->estimate, !problems.empty());
+    return problems.empty();
 }
 
-// Puts the call of the batch program that does what "Search" does onto the clipboard.
-void FfaForm::copyCommand()
+QString FfaForm::command()
 {
-    if (ui->leaveOutChannels->isEnabled() && ui->leaveOutChannels->isChecked()) {
-        showError(this, "The batch program computes with all channels; uncheck \"" +
-                            ui->leaveOutChannels->text() + "\" first.");
-        return;
-    }
     PulsarParameters parameters;
-    const std::vector<FieldProblem> problems = findProblems(parameters);
-    showProblems(problems);
-    if (problems.empty())
-        QGuiApplication::clipboard()->setText(ffaCommand(parameters, recordingPath));
-}
-
-void FfaForm::focusField(const QString &name)
-{
-    QWidget *const field = name.isEmpty() ? nullptr : findChild<QWidget *>(name);
-    if (field)
-        field->setFocus();
+    const std::vector<FieldProblem> problems = readParameters(parameters);
+    return showProblems(problems) ? ffaCommand(parameters, recordingPath) : QString();
 }
 
 void FfaForm::search()
 {
     PulsarParameters parameters;
-    const std::vector<FieldProblem> problems = findProblems(parameters);
-    if (!problems.empty()) {
-        showProblems(problems);
-        focusField(problems[0].field);
+    const std::vector<FieldProblem> problems = readParameters(parameters);
+    if (!showProblems(problems)) {
+        focusOn(problems[0]);
         return;
     }
-    const SwitchedRecording recording =
-        switchedRecording(data, ui->leaveOutChannels, recordingPath);
-    if (!recording.data.samples) {
-        showError(this, "There is no memory to leave out channels.");
-        return;
-    }
-    const int points = PulsarCalculate(recording.data, parameters).ffaPoints();
-    const Searched asked = {parameters, recording.note,
+    const int points = PulsarCalculate(data, parameters).ffaPoints();
+    const Searched asked = {parameters,
                             Tools::estimateFfa(parameters.ffa, points, data.tresolution)};
-    const FfaSearchRequest request = {recording.data, parameters, {}, mostCandidates};
+    const FfaSearchRequest request = {data, parameters, {}, mostCandidates};
     using Outcome = std::shared_ptr<const FfaSearchOutcome>;
     worker.start<Outcome>(
         [request](const Jobs::Control &control, const Jobs::Deliver<Outcome> &deliver) {
@@ -331,9 +236,7 @@ void FfaForm::takeOutcome(const std::shared_ptr<const FfaSearchOutcome> &outcome
                           const Searched &request)
 {
     if (!outcome->result.ffa) {
-        focusField(outcome->problem.field);
-        showError(this, outcome->problem.text.section('\n', 0, 0),
-                  outcome->problem.text.section('\n', 1));
+        refuse({outcome->problem});
         return;
     }
     if (outcome->seconds > measurable)
@@ -362,12 +265,13 @@ QStringList FfaForm::sourceLines() const
                              .arg(ffa.bins_min)
                              .arg(ffa.bins_max)
                              .arg(number(ffa.ducy_max), number(ffa.wtsp))};
-    lines << found->result.description.split('\n');
+    lines << found->result.report.lines();
     lines << QString("S/N that white noise is expected to reach: %1")
                  .arg(searched.estimate.noiseThreshold, 0, 'f', 2);
-    lines << found->result.remarks;
-    if (!searched.leftOut.isEmpty())
-        lines << searched.leftOut;
+    for (const Results::Report &note : found->result.notes())
+        lines << note.lines();
+    if (!searched.leftOut().isEmpty())
+        lines << searched.leftOut();
     return lines;
 }
 

@@ -32,24 +32,22 @@ void FfaForm::showResult()
                            : count < mostCandidates
                                ? QString("%1 candidates").arg(count)
                                : QString("The strongest %1 candidates").arg(count);
-    QString noise = QString("%1 above %2 %3, the highest that white noise is expected to reach in "
-                            "this search. Periods are topocentric.")
-                        .arg(number)
-                        .arg(result().wholeFactors.empty() ? "S/N" : "true S/N")
-                        .arg(searched.estimate.noiseThreshold, 0, 'f', 1);
-    for (const QString &remark : found->result.remarks) {
-        if (remark != found->result.times) // said above
-            noise += "\n" + remark;
+    Results::Report noise(QString("%1 above %2 %3, the highest that white noise is expected to "
+                                  "reach in this search. Periods are topocentric.")
+                              .arg(number)
+                              .arg(result().wholeFactors.empty() ? "S/N" : "true S/N")
+                              .arg(searched.estimate.noiseThreshold, 0, 'f', 1));
+    for (const QString &line : {found->result.nonFinite, readProblem, searched.leftOut()}) {
+        if (!line.isEmpty())
+            noise.addLine(line);
     }
-    if (!readProblem.isEmpty())
-        noise += "\n" + readProblem;
-    if (!searched.leftOut.isEmpty())
-        noise += "\n" + searched.leftOut;
+    for (const Results::Report &remark : found->result.remarks)
+        noise.add(remark);
     const Settings *const settings = Settings::instance();
     const QString folder =
         settings->lastSavePath().isEmpty() ? settings->lastOpenPath() : settings->lastSavePath();
     const QString name = data.fileName.section('.', 0, -2) + "_ffa.txt";
-    results->showSearch(candidates, result().periodogram.widths, noise, sourceLines(),
+    results->showSearch(candidates, result().periodogram.widths, noise.html(), sourceLines(),
                         QDir(folder).filePath(name));
     showSpectrum(results->shownWidth());
     if (!candidates.empty()) {
@@ -58,21 +56,28 @@ void FfaForm::showResult()
     }
 }
 
-// Periods of the plot that are the chosen one, its half, double and triple.
-std::vector<int> FfaForm::markers() const
+// Marks the chosen period, its half, double and triple, each with a line of its own kind.
+void FfaForm::setMarkers(PlotData &plot) const
 {
-    std::vector<int> places;
+    struct Multiple {
+        double factor;
+        MarkerStyle style;
+    };
+    static const Multiple multiples[] = {
+        {0.5, {"1/2", {2, 3}}}, {1.0, {"1", {}}}, {2.0, {"2", {9, 4}}}, {3.0, {"3", {9, 3, 2, 3}}}};
+    plot.markers.clear();
+    plot.markerStyles.clear();
     const std::vector<double> &periods = spectrum->periods;
-    for (const double factor : {0.5, 1.0, 2.0, 3.0}) {
+    for (const auto &[factor, style] : multiples) {
         const double period = factor * chosenPeriod;
         if (!(period >= periods.front()) || period > periods.back())
             continue;
         const auto after = std::lower_bound(periods.begin(), periods.end(), period);
         const bool earlier = after == periods.end() ||
                              (after != periods.begin() && period - *(after - 1) < *after - period);
-        places.push_back(int(after - periods.begin()) - (earlier ? 1 : 0));
+        plot.markers.push_back(int(after - periods.begin()) - (earlier ? 1 : 0));
+        plot.markerStyles.push_back(style);
     }
-    return places;
 }
 
 void FfaForm::showSpectrum(int width)
@@ -92,9 +97,37 @@ void FfaForm::showSpectrum(int width)
                                      {name, "noise alone"});
     plot.colours = {plotColour(0).code, plotColour(2).code};
     plot.source = sourceLines();
-    plot.markers = markers();
+    setMarkers(plot);
     grafik->setData(std::move(plot));
     grafik->recomputeRange();
+    grafik->setHoverText([this](const QPointF &coords) { return textAt(coords); });
+}
+
+// Of the highest S/N among the trial periods under the pointer.
+QStringList FfaForm::textAt(const QPointF &coords) const
+{
+    if (!found || spectrum->snr.empty())
+        return {};
+    const double last = double(spectrum->snr.size()) - 1;
+    const double reach = std::abs(grafik->dataPerPixel().x()) / 2;
+    const auto begin = std::size_t(std::clamp(std::floor(coords.x() - reach), 0.0, last));
+    const auto end = std::size_t(std::clamp(std::ceil(coords.x() + reach), 0.0, last)) + 1;
+    const float *const snr = spectrum->snr.data();
+    const auto place = std::size_t(std::max_element(snr + begin, snr + end) - snr);
+    const Periodogram &periodogram = result().periodogram;
+    const auto trial = std::size_t(spectrum->trials[place]);
+    const std::size_t widths = periodogram.widths.size();
+    const auto *const row = periodogram.snr.data() + trial * widths;
+    const auto best = std::size_t(std::max_element(row, row + widths) - row);
+    const double period = spectrum->periods[place];
+    return {QString("%1,  %2 Hz,  S/N %3")
+                .arg(periodText(period))
+                .arg(1 / period, 0, 'f', 6)
+                .arg(double(snr[place]), 0, 'f', 1),
+            QString("best width %1 of %2 bins, S/N %3")
+                .arg(periodogram.widths[best])
+                .arg(periodogram.foldbins[trial])
+                .arg(double(row[best]), 0, 'f', 1)};
 }
 
 // The highest peak within some pixels of a click.
@@ -136,19 +169,19 @@ void FfaForm::choosePeriod(double period, int bins, const QString &refined)
     chosenPeriod = period;
     chosenBins = bins;
     PlotData plot = grafik->data();
-    plot.markers = markers();
+    setMarkers(plot);
     grafik->setData(std::move(plot));
     const FfaFold fold = Tools::foldSeries(result(), period, bins);
     const int width = fold.widths[std::size_t(fold.best)];
     const int count = int(fold.profile.size());
-    results->showFold(fold, seconds(),
-                      QString("Period %1, %2 Hz\nFold: S/N %3, width %4 of %5 bins, "
-                              "%6 ms, phase %7")
-                          .arg(refined.isEmpty() ? periodText(period) : refined)
-                          .arg(1 / period, 0, 'f', 6)
-                          .arg(fold.snr[std::size_t(fold.best)], 0, 'f', 1)
-                          .arg(width)
-                          .arg(count)
-                          .arg(1000 * width * period / count, 0, 'f', 2)
-                          .arg(fold.phase, 0, 'f', 3));
+    Results::Report report(QString("Period %1, %2 Hz")
+                               .arg(refined.isEmpty() ? periodText(period) : refined)
+                               .arg(1 / period, 0, 'f', 6));
+    report.addLine(QString("Fold: S/N %1, width %2 of %3 bins, %4 ms, phase %5")
+                       .arg(fold.snr[std::size_t(fold.best)], 0, 'f', 1)
+                       .arg(width)
+                       .arg(count)
+                       .arg(1000 * width * period / count, 0, 'f', 2)
+                       .arg(fold.phase, 0, 'f', 3));
+    results->showFold(fold, seconds(), report.html());
 }

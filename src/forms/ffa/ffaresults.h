@@ -22,7 +22,7 @@ public:
 
     /// Replaces the table, its widths and the fold.
     ///
-    /// @param noise   what noise reaches, shown above the table
+    /// @param noise   HTML, what noise reaches, shown above the table
     /// @param source  lines that a saved table begins with
     /// @param path    where a saved table goes unless the user changes it
     void showSearch(const std::vector<FfaCandidate> &candidates, const std::vector<quint64> &widths,
@@ -35,6 +35,7 @@ public:
     void selectRow(int row);
 
     /// @param length  s, of the series
+    /// @param text    HTML
     void showFold(const FfaFold &fold, double length, const QString &text);
 
     /// While a search or a refinement runs no other one can be asked for.

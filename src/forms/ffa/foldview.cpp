@@ -1,6 +1,8 @@
 #include "forms/ffa/foldview.h"
 
+#include <QMouseEvent>
 #include <QPainter>
+#include <QToolTip>
 #include <algorithm>
 #include <cmath>
 
@@ -48,13 +50,22 @@ void drawText(QPainter &painter, const QRect &frame, int alignment, const QStrin
 FoldView::FoldView(QWidget *parent) : QWidget(parent)
 {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    setMouseTracking(true);
 }
 
 void FoldView::showFold(const FfaFold &fold, double length)
 {
     shown = fold;
     seconds = length;
-    greys = greyPicture(fold);
+    const int bins = int(fold.profile.size());
+    if (bins > 0) { // the pulse comes to the middle
+        const int pulse = int(std::lround(fold.phase * bins - 0.5));
+        shift = ((pulse - bins / 2) % bins + bins) % bins;
+        std::rotate(shown.profile.begin(), shown.profile.begin() + shift, shown.profile.end());
+        for (auto row = shown.picture.begin(); row != shown.picture.end(); row += bins)
+            std::rotate(row, row + shift, row + bins);
+    }
+    greys = greyPicture(shown);
     update();
 }
 
@@ -83,18 +94,92 @@ void FoldView::paintEvent(QPaintEvent * /*event*/)
     painter.drawRect(rect().adjusted(0, 0, -1, -1));
     if (shown.profile.empty())
         return;
-    // Left of each frame its upper and lower value, below it a line of texts.
+    const Frames places = frames();
+    paintProfile(painter, places.profile);
+    paintPicture(painter, places.picture);
+    paintWidths(painter, places.widths);
+}
+
+// Left of each frame stand its upper and lower value, below it a line of texts.
+FoldView::Frames FoldView::frames() const
+{
     const int line = fontMetrics().height();
     const int left = fontMetrics().horizontalAdvance("-0.0000");
     const int room = height() - 3 * line - 16;
     const QRect area(left, 6, width() - left - 8, room);
-    const QRect profile(area.left(), area.top(), area.width(), room * 3 / 10);
-    const QRect picture(area.left(), profile.bottom() + 5, area.width(), room * 4 / 10);
-    const QRect widths(area.left(), picture.bottom() + line + 7, area.width(),
-                       room - profile.height() - picture.height());
-    paintProfile(painter, profile);
-    paintPicture(painter, picture);
-    paintWidths(painter, widths);
+    Frames places;
+    places.profile = QRect(area.left(), area.top(), area.width(), room * 3 / 10);
+    places.picture = QRect(area.left(), places.profile.bottom() + 5, area.width(), room * 4 / 10);
+    places.widths = QRect(area.left(), places.picture.bottom() + line + 7, area.width(),
+                          room - places.profile.height() - places.picture.height());
+    return places;
+}
+
+// Phase of the fold, 0 to 1, so many turns from the left edge.
+double FoldView::phaseOf(double turn) const
+{
+    const double phase = turn + double(shift) / double(shown.profile.size());
+    return phase - std::floor(phase);
+}
+
+void FoldView::mouseMoveEvent(QMouseEvent *event)
+{
+    const QString text = shown.profile.empty() ? QString() : textAt(event->pos());
+    if (text.isEmpty())
+        QToolTip::hideText();
+    else
+        QToolTip::showText(event->globalPos(), text, this);
+}
+
+QString FoldView::textAt(const QPoint &pixel) const
+{
+    const Frames places = frames();
+    const auto shareOf = [&](const QRect &frame) {
+        return std::clamp((pixel.x() - frame.left() + 0.5) / frame.width(), 0.0, 1.0);
+    };
+    if (places.widths.contains(pixel))
+        return widthTextAt(shareOf(places.widths));
+    const bool isProfile = places.profile.contains(pixel);
+    if (!isProfile && !places.picture.contains(pixel))
+        return {};
+    const auto bins = double(shown.profile.size());
+    const double turn = std::fmod(shareOf(places.profile) * turns, 1.0);
+    const auto bin = std::size_t(std::min(std::floor(turn * bins), bins - 1));
+    const double phase = phaseOf(double(bin) / bins);
+    QString text = QString("phase %1,  %2 ms\nperiod %3 s,  %4 Hz\n")
+                       .arg(phase, 0, 'f', 3)
+                       .arg(1000 * phase * shown.period, 0, 'f', 2)
+                       .arg(shown.period, 0, 'g', 9)
+                       .arg(1 / shown.period, 0, 'g', 9);
+    if (isProfile)
+        return text + QString("mean %1 sigma").arg(shown.profile[bin], 0, 'f', 3);
+    const int row = std::clamp((pixel.y() - places.picture.top()) * shown.parts /
+                                   std::max(1, places.picture.height()),
+                               0, shown.parts - 1);
+    const int part = shown.parts - 1 - row;
+    const auto value = double(shown.picture[std::size_t(part) * shown.profile.size() + bin]);
+    return text + QString("part %1 of %2, from %3 s:  %4 sigma")
+                      .arg(part + 1)
+                      .arg(shown.parts)
+                      .arg(seconds * part / shown.parts, 0, 'f', 1)
+                      .arg(std::isfinite(value) ? QString::number(value, 'f', 3) : "no value");
+}
+
+// share  of the frame's width
+QString FoldView::widthTextAt(double share) const
+{
+    const double wanted = std::pow(double(shown.widths.back()), share);
+    std::size_t nearest = 0;
+    for (std::size_t i = 1; i < shown.widths.size(); ++i)
+        if (std::abs(std::log(shown.widths[i] / wanted)) <
+            std::abs(std::log(shown.widths[nearest] / wanted)))
+            nearest = i;
+    const int width = shown.widths[nearest];
+    return QString("width %1 of %2 bins,  %3 ms\nS/N %4")
+        .arg(width)
+        .arg(shown.profile.size())
+        .arg(1000 * width * shown.period / double(shown.profile.size()), 0, 'f', 2)
+        .arg(shown.snr[nearest], 0, 'f', 1);
 }
 
 void FoldView::paintProfile(QPainter &painter, const QRect &frame) const
@@ -139,9 +224,10 @@ void FoldView::paintPicture(QPainter &painter, const QRect &frame) const
              QString::number(seconds, 'f', seconds < 100 ? 1 : 0) + " s");
     drawText(painter, texts, Qt::AlignRight | Qt::AlignBottom, "0");
     const QRect below(frame.left(), frame.bottom() + 2, frame.width(), fontMetrics().height());
-    drawText(painter, below, Qt::AlignLeft | Qt::AlignTop, "0");
-    drawText(painter, below, Qt::AlignHCenter | Qt::AlignTop, "phase 1");
-    drawText(painter, below, Qt::AlignRight | Qt::AlignTop, QString::number(turns));
+    drawText(painter, below, Qt::AlignLeft | Qt::AlignTop,
+             "phase " + QString::number(phaseOf(0), 'f', 3));
+    drawText(painter, below, Qt::AlignHCenter | Qt::AlignTop, "+1");
+    drawText(painter, below, Qt::AlignRight | Qt::AlignTop, QString("+%1").arg(turns));
 }
 
 // Widths are drawn by their logarithm, as they are tried.

@@ -5,8 +5,9 @@
 #include <QImage>
 #include <QWidget>
 
-/// A folded series: the profile over two turns, below it the profiles of stretches of the
-/// series, earliest at the bottom, high values dark, and the S/N of boxcars over their width.
+/// A folded series: the profile over two turns with its strongest pulse in the middle of each,
+/// below it the profiles of stretches of the series, earliest at the bottom, high values dark, and
+/// the S/N of boxcars over their width. A tool tip follows the pointer and tells what is there.
 class FoldView : public QWidget {
     Q_OBJECT
 
@@ -22,13 +23,24 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
 
 private:
+    struct Frames {
+        QRect profile;
+        QRect picture;
+        QRect widths;
+    };
+    Frames frames() const;
+    double phaseOf(double turn) const;
+    QString textAt(const QPoint &pixel) const;
+    QString widthTextAt(double share) const;
     void paintProfile(QPainter &painter, const QRect &frame) const;
     void paintPicture(QPainter &painter, const QRect &frame) const;
     void paintWidths(QPainter &painter, const QRect &frame) const;
 
     FfaFold shown;
     double seconds = 0;
-    QImage greys; // one turn, a pixel per part and bin
+    int shift = 0; // bins from the begin of the fold to the left edge
+    QImage greys;  // one turn, a pixel per part and bin
 };

@@ -2,8 +2,8 @@
 
 #include "forms/native/nativetexts.h"
 
-#include <QHelpEvent>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QToolTip>
 #include <algorithm>
@@ -11,13 +11,21 @@
 
 namespace {
 
-constexpr int titleHeight = 15;
+// The user's font, as far as there is room.
+QFont titleFont(QFont font)
+{
+    constexpr int least = 9; // pixels
+    constexpr int most = 15;
+    font.setPixelSize(std::clamp(QFontInfo(font).pixelSize(), least, most));
+    return font;
+}
 
 } // namespace
 
 BandpassView::BandpassView(QWidget *parent) : QWidget(parent)
 {
     setFocusPolicy(Qt::StrongFocus);
+    setMouseTracking(true);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 
@@ -35,14 +43,9 @@ void BandpassView::setChannelsOff(const std::vector<bool> &channels)
     update();
 }
 
-bool BandpassView::event(QEvent *event)
+void BandpassView::mouseMoveEvent(QMouseEvent *event)
 {
-    if (event->type() == QEvent::ToolTip) {
-        auto *const help = static_cast<QHelpEvent *>(event);
-        QToolTip::showText(help->globalPos(), channelText(channelAt(help->x())), this);
-        return true;
-    }
-    return QWidget::event(event);
+    QToolTip::showText(event->globalPos(), channelText(channelAt(event->x())), this);
 }
 
 int BandpassView::channelAt(int x) const
@@ -72,31 +75,58 @@ QString BandpassView::channelText(int channel) const
                     isOff(channel) ? "off; a click switches it on" : "a click switches it off");
 }
 
-// Bars from the least value up to each; a tenth of the height remains below the least.
-void BandpassView::paintBars(QPainter &painter, const std::vector<double> &values,
-                             const QRect &place, const QColor &colour) const
+// From three standard deviations below the mean of the channels that are on to three above: one
+// channel full of interference does not flatten all others.
+std::optional<Plot::Range> BandpassView::scaleOf(const std::vector<double> &values) const
 {
-    double least = INFINITY;
-    double greatest = -INFINITY;
+    constexpr double deviations = 3;
+    double sum = 0;
+    double squares = 0;
+    double count = 0;
     for (std::size_t i = 0; i < values.size(); ++i) {
         if (!std::isfinite(values[i]) || isOff(int(i)))
             continue;
-        least = std::min(least, values[i]);
-        greatest = std::max(greatest, values[i]);
+        ++count;
+        const double difference = values[i] - sum;
+        sum += difference / count; // the mean so far
+        squares += difference * (values[i] - sum);
     }
-    if (!std::isfinite(least))
+    if (count == 0)
+        return std::nullopt;
+    const double deviation = std::sqrt(squares / count);
+    const double reach =
+        deviation > 0 ? deviations * deviation : std::max(1e-9, std::abs(sum) / 10);
+    return Plot::Range{sum - reach, sum + reach};
+}
+
+void BandpassView::paintBars(QPainter &painter, const std::vector<double> &values,
+                             const QRect &place, const QColor &colour) const
+{
+    const std::optional<Plot::Range> scale = scaleOf(values);
+    if (!scale)
         return;
-    const double extent = greatest > least ? greatest - least : 1;
     const double barWidth = double(width()) / double(values.size());
     for (std::size_t i = 0; i < values.size(); ++i) {
         if (!std::isfinite(values[i]))
             continue;
-        const double share = std::clamp((values[i] - least) / extent, 0.0, 1.0);
-        const double height = place.height() * (0.1 + 0.9 * share);
+        const double share = std::clamp((values[i] - scale->min) / scale->extent(), 0.02, 1.0);
+        const double height = place.height() * share;
         painter.fillRect(QRectF(double(i) * barWidth, place.bottom() + 1 - height,
                                 barWidth > 3 ? barWidth - 1 : barWidth, height),
                          isOff(int(i)) ? QColor(220, 220, 220) : colour);
     }
+    painter.setPen(QColor(150, 150, 150));
+    painter.drawLine(place.left(), place.center().y(), place.right(), place.center().y());
+}
+
+QString BandpassView::titleOf(const QString &name, const std::vector<double> &values) const
+{
+    const std::optional<Plot::Range> scale = scaleOf(values);
+    if (!scale)
+        return name;
+    const auto number = [](double value) { return QString::number(value, 'g', 4); };
+    return QString("%1: %2 +- %3")
+        .arg(name, number((scale->min + scale->max) / 2), number(scale->extent() / 2));
 }
 
 void BandpassView::paintEvent(QPaintEvent * /*event*/)
@@ -110,17 +140,16 @@ void BandpassView::paintEvent(QPaintEvent * /*event*/)
         if (isOff(int(i)))
             painter.fillRect(QRectF(double(i) * barWidth, 0, barWidth, height()),
                              QColor(244, 204, 204));
+    painter.setFont(titleFont(font()));
+    const int titleHeight = painter.fontMetrics().ascent() + 4;
     const int half = height() / 2;
     const QRect upper(0, titleHeight, width(), half - titleHeight);
     const QRect lower(0, half + titleHeight, width(), height() - half - titleHeight);
     paintBars(painter, mean, upper, QColor("#0000FF"));
     paintBars(painter, sigma, lower, QColor("#009900"));
-    QFont small = font();
-    small.setPixelSize(11);
-    painter.setFont(small);
     painter.setPen(Qt::black);
-    painter.drawText(4, titleHeight - 3, "mean");
-    painter.drawText(4, half + titleHeight - 3, "sigma");
+    painter.drawText(4, titleHeight - 3, titleOf("mean", mean));
+    painter.drawText(4, half + titleHeight - 3, titleOf("sigma", sigma));
     if (hasFocus()) {
         painter.setPen(QColor(0, 50, 200));
         painter.drawRect(QRectF(current * barWidth, 0, std::max(1.0, barWidth - 1), height() - 1));

@@ -1,9 +1,13 @@
 #pragma once
 
+#include "picture/zoom.h"
+
 #include <QWidget>
+#include <optional>
 #include <vector>
 
-/// Mean and sigma of every channel. A click on a channel, or Left, Right and Space, asks to
+/// Mean and sigma of every channel, each on a scale around the mean of all. A tool tip tells the
+/// numbers under the pointer. A click on a channel, or Left, Right and Space, asks to
 /// switch it off or on.
 class BandpassView : public QWidget {
     Q_OBJECT
@@ -25,15 +29,17 @@ signals:
     void toggled(int channel);
 
 protected:
-    bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
     int channelAt(int x) const;
     bool isOff(int channel) const;
     QString channelText(int channel) const;
+    std::optional<Plot::Range> scaleOf(const std::vector<double> &values) const;
+    QString titleOf(const QString &name, const std::vector<double> &values) const;
     void paintBars(QPainter &painter, const std::vector<double> &values, const QRect &place,
                    const QColor &colour) const;
 

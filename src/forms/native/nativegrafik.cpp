@@ -8,20 +8,17 @@
 #include "app/shell/progresstask.h"
 #include "app/shell/settings.h"
 #include "calc/finitesamples.h"
-#include "calc/waterfall.h"
+#include "data/recordingsummary.h"
 #include "data/recordingwriter.h"
 #include "data/truenumbers.h"
 #include "fields/fieldstyles.h"
-#include "forms/filelabel.h"
 #include "forms/native/nativeinfo.h"
 #include "forms/native/nativeplot.h"
 #include "forms/native/nativestatistics.h"
 #include "forms/native/nativetexts.h"
-#include "forms/native/nativewaterfall.h"
 #include "forms/native/overviewstrip.h"
 #include "forms/native/waterfallview.h"
 #include "forms/savefolder.h"
-#include "plot/picturemenu.h"
 #include "ui_nativegrafik.h"
 
 #include <QFileDialog>
@@ -51,7 +48,7 @@ NativeGrafik::NativeGrafik(const QString &path, int withoutStep, QWidget *parent
         deleteLater();
         return;
     }
-    ui->filePath->setText(fileLabel(path));
+    ui->filePath->showFile(path);
     channelsOff = ChannelSwitches::load(path, file.header().channels);
     info = new NativeInfo(this);
     info->setObjectName("nativeInfo");
@@ -111,7 +108,6 @@ QWidget *NativeGrafik::makeMiddle()
     overview->setObjectName("overview");
     waterfall->setPlot(grafik);
     shareSaveFolder(grafik);
-    shareSaveFolder(new PictureMenu(waterfall));
     waterfall->setFrequencies(file.header().fbands, file.header().channels - 1);
     overview->setRecording(npoints);
     layout->addWidget(waterfall, 3);
@@ -139,6 +135,7 @@ void NativeGrafik::fillPassport()
         FieldStyles::setStyle(ui->fileSize, FieldStyles::failing);
 
     const ObservationData &header = file.header();
+    ui->recording->setText(recordingSummary(header).join('\n'));
     const int bands = header.channels - 1;
     ui->module->setMaximum(header.modules);
     ui->ray->setMaximum(header.rays);
@@ -167,11 +164,6 @@ void NativeGrafik::connectInputs()
         connect(button, &QRadioButton::toggled, this, drawSoon);
     connect(ui->dispersion, numberChanged, this, &NativeGrafik::setDispersion);
     connect(ui->dispersionSlider, &QSlider::valueChanged, this, &NativeGrafik::setDispersion);
-    for (QDoubleSpinBox *field : {ui->darkest, ui->lightest})
-        connect(field, numberChanged, this, [this] {
-            ui->darkest->setMaximum(ui->lightest->value() - ui->darkest->singleStep());
-            waterfall->setScale(float(ui->darkest->value()), float(ui->lightest->value()));
-        });
     connect(ui->average, spinChanged, this, drawSoon);
     connect(ui->wholeButton, &QPushButton::clicked, this, [this] {
         grafik->noteView();
@@ -179,6 +171,7 @@ void NativeGrafik::connectInputs()
     });
     connect(ui->fitButton, &QPushButton::clicked, this, &NativeGrafik::fitHeight);
     connect(ui->saveButton, &QPushButton::clicked, this, &NativeGrafik::saveSelection);
+    connect(ui->spectrumButton, &QPushButton::clicked, this, &NativeGrafik::showSpectrum);
 
     connect(&drawTimer, &QTimer::timeout, this, qOverload<>(&NativeGrafik::draw));
     connect(&statisticsTimer, &QTimer::timeout, this, [this] {
@@ -198,7 +191,7 @@ void NativeGrafik::connectInputs()
     connect(grafik, &PulsarGrafik::selectionChanged, this, [this] { statisticsTimer.start(); });
     connect(grafik, &PulsarGrafik::coordsChanged, this,
             [this](QPointF coords) { showCoords(coords); });
-    connect(waterfall, &WaterfallView::pointed, this, &NativeGrafik::showWaterfallCoords);
+    connectWaterfall();
     connect(overview, &OverviewStrip::rangeWanted, this, [this](double first, double points) {
         grafik->noteView();
         showPoints(first, points);
@@ -324,21 +317,6 @@ void NativeGrafik::drawCurves(const NativeRange &part)
     overview->setPart(visible().first, visible().points);
 }
 
-// The part in sight, one column per pixel.
-void NativeGrafik::drawWaterfall()
-{
-    if (!picture || !ui->showWaterfall->isChecked())
-        return;
-    const bool hasSamples = bool(picture->window.samples);
-    if (!hasSamples && !means.samples)
-        means = Tools::recordOfMeans(picture->reduction, file.header());
-    const NativeRange range = visible();
-    waterfall->setPicture(nativeWaterfall(*picture, hasSamples ? picture->window : means,
-                                          {range, ui->dispersion->value(), ui->average->value(),
-                                           waterfall->pictureWidth(), channelsOff}));
-    waterfall->setPart(range.first, range.points);
-}
-
 NativeRange NativeGrafik::visible() const
 {
     const PulsarGrafik::VisibleRange range = grafik->visibleRange();
@@ -444,16 +422,6 @@ void NativeGrafik::showCoords(QPointF coords)
         file.header(), point, "value " + Plot::coordinateText(coords.y(), perPixel.y())));
 }
 
-void NativeGrafik::showWaterfallCoords(double point, int band, float value)
-{
-    const ObservationData &header = file.header();
-    QString channel = QString("channel %1").arg(band + 1);
-    if (std::size_t(band) < header.fbands.size())
-        channel += QString(", %1 MHz").arg(header.fbands[std::size_t(band)]);
-    info->setCoords(NativeTexts::coordsText(
-        header, std::floor(point), channel + QString(", %1 sigma").arg(double(value), 0, 'f', 2)));
-}
-
 void NativeGrafik::saveSelection()
 {
     if (!picture)
@@ -461,8 +429,9 @@ void NativeGrafik::saveSelection()
     bool isSelected = false;
     const NativeRange part = shownPart(isSelected);
     Settings *const settings = Settings::instance();
-    const QString folder =
-        settings->lastSavePath().isEmpty() ? directoryOf(file.path()) : settings->lastSavePath();
+    const QString saved = settings->lastSavePath();
+    const bool isThere = !saved.isEmpty() && QFileInfo(saved).isDir();
+    const QString folder = isThere ? saved : directoryOf(file.path());
     const QString proposal = folder + "/" + QFileInfo(file.path()).completeBaseName() +
                              QString("_%1.pnthr").arg(qint64(part.first));
     const QString path = QFileDialog::getSaveFileName(this, "Save selection", proposal,

@@ -39,11 +39,16 @@ public:
     NativeGrafik(const QString &path, int withoutStep, QWidget *parent);
     ~NativeGrafik() override;
 
+    /// Shows the surroundings of a point as soon as they are read; of a point beyond the recording
+    /// nothing but a line in the status bar.
+    void lookAt(int point);
+
 private:
     bool openRecording(const QString &path);
     QWidget *makeMiddle();
     void fillPassport();
     void connectInputs();
+    void connectWaterfall();
     void setDispersion(double dispersion);
     NativeChoice choice() const;
 
@@ -77,6 +82,7 @@ private:
     void showCoords(QPointF coords);
     void showWaterfallCoords(double point, int band, float value);
     void saveSelection();
+    void showSpectrum();
 
     const std::unique_ptr<Ui::NativeGrafik> ui;
     const bool deletesSteps;

@@ -1,15 +1,22 @@
 // What is read of the recording, and when: beside the window, the newest request first.
 
+#include "app/shell/settings.h"
 #include "forms/native/nativegrafik.h"
+
+#include "data/truenumbers.h"
+#include "forms/days/recordingspectrum.h"
 #include "forms/native/nativeload.h"
 #include "forms/native/overviewstrip.h"
 #include "ui_nativegrafik.h"
 
 #include <QProgressBar>
 #include <QShortcut>
+#include <QStatusBar>
+#include <algorithm>
 
 namespace {
 
+constexpr int surroundings = 5000;   // points beside one that is looked at
 constexpr double marginFactor = 1.5; // of the dispersion whose delays are kept beside a part
 
 } // namespace
@@ -44,6 +51,20 @@ void NativeGrafik::load(const NativeRequest &wanted)
             wanted, [&control] { return !control.isStopped(); }, deliver);
     };
     loader.start<Picture>(work, [this](const Picture &delivered) { takePicture(delivered); });
+}
+
+void NativeGrafik::lookAt(int point)
+{
+    if (!grafik) // the file was refused
+        return;
+    if (point >= npoints) {
+        Settings::instance()->ui().statusbar->showMessage(
+            QString("The recording ends before point %1.").arg(point));
+        return;
+    }
+    const double points = std::min(surroundings, npoints);
+    pending = NativeRange{std::clamp(point - points / 2, 0.0, npoints - points), points};
+    overview->setPart(pending->first, pending->points);
 }
 
 // What is shown stays, in as far as it was read.
@@ -125,4 +146,12 @@ void NativeGrafik::selectRay()
 {
     whole.reset();
     request(asked);
+}
+
+void NativeGrafik::showSpectrum()
+{
+    const ObservationData &header = file.header();
+    new RecordingSpectrum({file.path(), moduleNumber(header, ui->module->value() - 1),
+                           rayNumber(header, ui->ray->value() - 1), ui->dispersion->value()},
+                          this);
 }

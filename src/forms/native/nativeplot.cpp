@@ -16,6 +16,7 @@ void setAxis(PlotData &plot, const NativeCurves &drawn, const ObservationData &h
         plot.xOffset = int(first);
     plot.firstPoint = first;
     plot.pointStep = step;
+    plot.rowNames = QStringList{"point", "UTC", "sidereal"};
     plot.msPerPoint = header.tresolution * step * 1000;
     plot.x = {"time", "s", first * header.tresolution, step * header.tresolution, {}};
     plot.textX1 = [first, step](int index) {

@@ -25,17 +25,21 @@ WaterfallView::Picture nativeWaterfall(const NativePicture &picture, const Obser
     shown.columns = std::min(std::max(1, int((end - begin) / leastAveraged)), wanted.width);
     shown.first = domain.first + begin * step;
     shown.points = (end - begin) * step;
-    shown.values = Tools::waterfall(
-        record, {0, 0, offset + begin, end - begin, shown.columns, wanted.dispersion});
+    shown.values =
+        Tools::waterfall(record, {0, 0, offset + begin, end - begin, shown.columns,
+                                  wanted.dispersion, wanted.isZeroDm, wanted.channelsOff});
     if (shown.values.empty()) {
         shown.columns = 0;
         return shown;
     }
-    Tools::normaliseRows(shown.values, shown.rows, shown.columns);
     const int bands = std::min(shown.rows, int(wanted.channelsOff.size()));
     for (int band = 0; band < bands; ++band) {
         if (wanted.channelsOff[std::size_t(band)])
             std::fill_n(shown.values.begin() + qint64(band) * shown.columns, shown.columns, NAN);
     }
+    if (wanted.isPerChannel)
+        Tools::normaliseRows(shown.values, shown.rows, shown.columns);
+    else
+        Tools::normaliseRows(shown.values, 1, shown.rows * shown.columns);
     return shown;
 }

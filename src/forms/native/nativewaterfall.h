@@ -10,9 +10,11 @@ struct NativeWaterfall {
     int average = 1;               ///< fewest points in a column
     int width = 0;                 ///< most columns
     std::vector<bool> channelsOff; ///< bands that are left without a value
+    bool isPerChannel = true;      ///< level and sigma are those of each band, not of all
+    bool isZeroDm = false;         ///< see Tools::WaterfallPart
 };
 
-/// The values of the picture, each band in robust sigmas from its median.
+/// The values of the picture in robust sigmas from the median, of each band or of all.
 ///
 /// @param record  the picture's samples, or the means of its reduction where it has none
 WaterfallView::Picture nativeWaterfall(const NativePicture &picture, const ObservationData &record,

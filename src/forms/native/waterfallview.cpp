@@ -1,7 +1,7 @@
 #include "forms/native/waterfallview.h"
 
-#include "picture/colourmap.h"
-#include "picture/plotgeometry.h"
+#include "picture/axislabels.h"
+#include "picture/plotpainter.h"
 #include "plot/pulsargrafik.h"
 
 #include <QApplication>
@@ -18,6 +18,12 @@ constexpr int marginTop = 18;
 constexpr int marginBottom = 6;
 constexpr int labelDistance = 36; // pixels
 constexpr int barWidth = 8;       // pixels, of the colour scale
+
+// MHz, in the room that the left margin has.
+QString frequencyText(double frequency)
+{
+    return QString::number(frequency, 'f', frequency < 1000 ? 2 : 1);
+}
 
 } // namespace
 
@@ -42,6 +48,7 @@ void WaterfallView::setFrequencies(const std::vector<double> &fbands, int bands)
 void WaterfallView::setPicture(Picture next)
 {
     picture = std::move(next);
+    findScale();
     renewImage();
 }
 
@@ -54,9 +61,45 @@ void WaterfallView::setPart(double first, double points)
 
 void WaterfallView::setScale(float low, float high)
 {
-    lowest = low;
-    highest = high;
+    wantedLowest = low;
+    wantedHighest = high;
+    findScale();
     renewImage();
+}
+
+void WaterfallView::setPercentiles(bool byPercentiles)
+{
+    usesPercentiles = byPercentiles;
+    findScale();
+    renewImage();
+}
+
+void WaterfallView::setGrey(bool grey)
+{
+    isGrey = grey;
+    renewImage();
+}
+
+void WaterfallView::findScale()
+{
+    lowest = wantedLowest;
+    highest = wantedHighest;
+    if (!usesPercentiles)
+        return;
+    constexpr double lowShare = 0.01;
+    constexpr double highShare = 0.995;
+    std::vector<float> values;
+    std::copy_if(picture.values.begin(), picture.values.end(), std::back_inserter(values),
+                 [](float value) { return std::isfinite(value); });
+    if (values.empty())
+        return;
+    const auto valueAt = [&](double share) {
+        const auto place = values.begin() + std::ptrdiff_t(share * double(values.size() - 1));
+        std::nth_element(values.begin(), place, values.end());
+        return *place;
+    };
+    lowest = valueAt(lowShare);
+    highest = valueAt(highShare);
 }
 
 int WaterfallView::pictureWidth() const
@@ -80,18 +123,24 @@ void WaterfallView::renewImage()
     }
     if (image.size() != QSize(picture.columns, picture.rows))
         image = QImage(picture.columns, picture.rows, QImage::Format_RGB32);
+    const Plot::ColourMap &map = colours();
     for (int row = 0; row < picture.rows; ++row) {
         const float *const values =
             picture.values.data() + qint64(bandOfRow[std::size_t(row)]) * picture.columns;
         auto *const pixels = reinterpret_cast<QRgb *>(image.scanLine(row));
         for (int i = 0; i < picture.columns; ++i)
-            pixels[i] = Plot::colourOfValue(values[i], lowest, highest);
+            pixels[i] = Plot::colourOfValue(values[i], lowest, highest, map);
     }
 }
 
 void WaterfallView::paintEvent(QPaintEvent * /*event*/)
 {
     QPainter painter(this);
+    paintPicture(painter);
+}
+
+void WaterfallView::paintPicture(QPainter &painter) const
+{
     painter.fillRect(rect(), Qt::white);
     const QRect inner = area();
     if (inner.width() < 2 || inner.height() < 2)
@@ -112,8 +161,10 @@ void WaterfallView::paintEvent(QPaintEvent * /*event*/)
 void WaterfallView::paintLabels(QPainter &painter) const
 {
     const QRect inner = area();
+    constexpr int leastFont = 9; // pixels
+    constexpr int mostFont = 15; // the left margin holds no more
     QFont small = font();
-    small.setPixelSize(12);
+    small.setPixelSize(std::clamp(QFontInfo(small).pixelSize(), leastFont, mostFont));
     painter.setFont(small);
     const auto rightAligned = [&](int y, const QString &text) {
         painter.drawText(QRect(0, y - 8, inner.left() - 5, 16), Qt::AlignRight | Qt::AlignVCenter,
@@ -128,20 +179,47 @@ void WaterfallView::paintLabels(QPainter &painter) const
         const int band = bandOfRow[std::size_t(row)];
         rightAligned(inner.top() + int((row + 0.5) * rowHeight),
                      frequencies.empty() ? QString::number(band + 1)
-                                         : QString::number(frequencies[std::size_t(band)], 'f', 2));
+                                         : frequencyText(frequencies[std::size_t(band)]));
     }
 
+    paintScale(painter);
+}
+
+void WaterfallView::paintScale(QPainter &painter) const
+{
+    const QRect inner = area();
     const QRect bar(width() - Plot::marginRight + 5, inner.top(), barWidth, inner.height());
     for (int y = 0; y < bar.height(); ++y) {
         const double t = 1 - double(y) / std::max(1, bar.height() - 1);
-        painter.setPen(
-            QColor(Plot::colourMap()[std::size_t(std::lround(t * (Plot::colourCount - 1)))]));
+        painter.setPen(QColor(colours()[std::size_t(std::lround(t * (Plot::colourCount - 1)))]));
         painter.drawLine(bar.left(), bar.top() + y, bar.right(), bar.top() + y);
     }
     painter.setPen(Qt::black);
-    const QString scale = QString("%1 to %2 sigma").arg(double(lowest)).arg(double(highest));
+    painter.drawRect(bar.adjusted(-1, -1, 0, 0));
+    const auto number = [](float value) { return QString::number(double(value), 'g', 3); };
+    const QString scale = QString("%1 to %2 sigma").arg(number(lowest), number(highest));
     painter.drawText(QRect(inner.left(), 0, width() - inner.left() - 4, marginTop),
                      Qt::AlignRight | Qt::AlignVCenter, scale);
+}
+
+QSize WaterfallView::sizeWithAxis() const
+{
+    return plot ? size() + QSize(0, Plot::marginBottom - marginBottom) : size();
+}
+
+// The rows of texts are those that the plot has below.
+void WaterfallView::drawWithAxis(QPainter &painter) const
+{
+    const QSize whole = sizeWithAxis();
+    painter.fillRect(QRect(QPoint(0, 0), whole), Qt::white);
+    paintPicture(painter);
+    if (!plot)
+        return;
+    const PulsarGrafik::VisibleRange range = plot->visibleRange();
+    Plot::View view = Plot::viewOf(plot->data(), whole,
+                                   {Plot::Range{range.first, range.first + range.points}, {}});
+    view.isZoomed = true; // round values, whether or not all is shown
+    Plot::paintXAxis(painter, plot->data(), view, area().bottom() + 1);
 }
 
 void WaterfallView::mousePressEvent(QMouseEvent *event)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "picture/colourmap.h"
+
 #include <QImage>
 #include <QWidget>
 #include <vector>
@@ -33,6 +35,15 @@ public:
     void setPart(double first, double points);
     /// Sets the values of the darkest and of the lightest colour.
     void setScale(float low, float high);
+    /// Takes them from the picture instead: what one value in a hundred does not reach, and what
+    /// five in a thousand exceed.
+    void setPercentiles(bool byPercentiles);
+    /// Greys in place of colours.
+    void setGrey(bool grey);
+
+    /// Draws what is shown with the plot's time axis below it, for a picture of its own.
+    void drawWithAxis(QPainter &painter) const;
+    QSize sizeWithAxis() const;
 
     /// Pixels between the margins.
     int pictureWidth() const;
@@ -54,7 +65,11 @@ protected:
 private:
     QRect area() const;
     void renewImage();
+    void findScale();
+    void paintPicture(QPainter &painter) const;
     void paintLabels(QPainter &painter) const;
+    void paintScale(QPainter &painter) const;
+    const Plot::ColourMap &colours() const { return isGrey ? Plot::greyMap() : Plot::colourMap(); }
     void handOn(const QMouseEvent &event, double height) const;
 
     PulsarGrafik *plot = nullptr;
@@ -64,6 +79,10 @@ private:
     QImage image;
     double visibleFirst = 0;
     double visiblePoints = 1;
-    float lowest = -2;
+    float lowest = -2; // as shown
     float highest = 6;
+    float wantedLowest = -2;
+    float wantedHighest = 6;
+    bool usesPercentiles = false;
+    bool isGrey = false;
 };

@@ -1,0 +1,166 @@
+#include "analyses/days/fourierdays.h"
+
+#include "base/timetext.h"
+#include "coords/filenames.h"
+#include "results/resulttable.h"
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QFileInfo>
+#include <algorithm>
+#include <cstring>
+
+// Spectra of days as a result file: a header with all parameters and a line per day, then a block
+// of powers per day.
+
+namespace Days {
+
+namespace {
+
+constexpr char timeForm[] = "yyyy-MM-dd hh:mm:ss.zzz";
+constexpr int fieldsOfDay = 7; // before the hum
+
+QByteArray exact(double value)
+{
+    return Results::numberText(value);
+}
+
+QByteArray oneLine(const QString &text)
+{
+    return QString(text).replace('%', "%25").replace('\n', "%0A").replace('\t', "%09").toUtf8();
+}
+
+QString fromOneLine(const QByteArray &text)
+{
+    return QString::fromUtf8(text).replace("%09", "\t").replace("%0A", "\n").replace("%25", "%");
+}
+
+// What a file of spectra begins with. Parameters that only the stack reads are in it too: they cost
+// nothing, and all that made a file stands in it.
+QByteArray headerOf(const FourierDaysParameters &parameters, int bins)
+{
+    QByteArray header =
+        "spectra: whitened powers of the series padded to double its length, form " +
+        QByteArray::number(spectraForm) + "\npoints: " + QByteArray::number(bins) +
+        "\ntype: float\nfirst_point: " + QByteArray::number(parameters.firstPoint) +
+        "\ndisp: " + QByteArray::number(qint64(parameters.dispersion)) + "\n";
+    for (const FourierDaysField &field : fourierDaysFields())
+        header += field.key.toUtf8() + ": " +
+                  oneLine(Tools::headerText(field.valueIn(parameters))) + "\n";
+    return header;
+}
+
+int binsOf(const FourierDaysParameters &parameters)
+{
+    return parameters.points >> std::clamp(parameters.averageCount, 0, 30);
+}
+
+QByteArray dayLine(const FourierDay &day)
+{
+    QByteArray line = "day: " + textOfTime(day.begin, timeForm).toUtf8();
+    for (const double value :
+         {day.binWidth, day.sigma, double(day.above), day.ratio, day.solarHour})
+        line += "\t" + exact(value);
+    line += "\t" + oneLine(day.remark);
+    for (const DayHum &hum : day.hum)
+        line += "\t" + exact(hum.from) + "\t" + exact(hum.to);
+    return line + "\n";
+}
+
+bool readDayLine(const QByteArray &line, FourierDay &day)
+{
+    if (!line.startsWith("day: ") || !line.endsWith('\n'))
+        return false;
+    const QList<QByteArray> parts = line.mid(5, line.size() - 6).split('\t');
+    if (parts.size() < fieldsOfDay || (parts.size() - fieldsOfDay) % 2 != 0)
+        return false;
+    day.begin = QDateTime::fromString(QString::fromLatin1(parts[0]), timeForm);
+    day.begin.setTimeSpec(Qt::UTC);
+    bool areNumbers = day.begin.isValid();
+    const auto number = [&](int i) {
+        bool isNumber = false;
+        const double value = parts[i].toDouble(&isNumber);
+        areNumbers = areNumbers && isNumber;
+        return value;
+    };
+    day.binWidth = number(1);
+    day.sigma = number(2);
+    day.above = int(std::clamp(number(3), 0.0, 1e9));
+    day.ratio = number(4);
+    day.solarHour = number(5);
+    day.remark = fromOneLine(parts[6]);
+    for (int i = fieldsOfDay; i < parts.size(); i += 2)
+        day.hum.push_back({number(i), number(i + 1)});
+    return areNumbers && day.binWidth > 0;
+}
+
+ReadSpectra refused(const QString &path, const QString &reason)
+{
+    return {{}, path + ": " + reason + ". Make it anew from the recordings."};
+}
+
+} // namespace
+
+QString spectraFileName(const std::vector<FourierDay> &days,
+                        const FourierDaysParameters &parameters)
+{
+    constexpr int digits = 12;
+    const QByteArray hash = QCryptographicHash::hash(headerOf(parameters, binsOf(parameters)),
+                                                     QCryptographicHash::Sha256);
+    const QDateTime first = days.empty() ? QDateTime() : days.front().begin;
+    const QString prefix = QString("%1_m%2_r%3_%4")
+                               .arg(textOfTime(first, "yyyyMMdd"))
+                               .arg(parameters.module)
+                               .arg(parameters.ray)
+                               .arg(QString::fromLatin1(hash.toHex().left(digits)));
+    const auto count = std::count_if(days.begin(), days.end(),
+                                     [](const FourierDay &day) { return day.isWhole(); });
+    return Tools::spectrumFileName(0, int(count), parameters.averageCount, prefix);
+}
+
+QByteArray spectraBytes(const std::vector<FourierDay> &days,
+                        const FourierDaysParameters &parameters)
+{
+    QByteArray bytes = headerOf(parameters, binsOf(parameters));
+    QByteArray blocks;
+    int count = 0;
+    for (const FourierDay &day : days) {
+        if (!day.isWhole())
+            continue;
+        ++count;
+        bytes += dayLine(day);
+        blocks += QByteArray(reinterpret_cast<const char *>(day.powers.data()),
+                             int(day.powers.size() * sizeof(float)));
+    }
+    return bytes + "days: " + QByteArray::number(count) + "\n" + blocks;
+}
+
+ReadSpectra readSpectra(const QString &path, const FourierDaysParameters &parameters)
+{
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
+        return refused(path, "it cannot be read");
+    const QByteArray header = headerOf(parameters, binsOf(parameters));
+    if (file.read(header.size()) != header)
+        return refused(path, "it holds spectra of other parameters or of another version");
+    ReadSpectra read;
+    QByteArray line = file.readLine();
+    for (; line.startsWith("day: "); line = file.readLine()) {
+        read.days.emplace_back();
+        if (!readDayLine(line, read.days.back()))
+            return refused(path, "the line of a day is damaged");
+    }
+    if (line != "days: " + QByteArray::number(qint64(read.days.size())) + "\n")
+        return refused(path, "it does not tell the number of its days");
+    const qint64 blockBytes = qint64(binsOf(parameters)) * qint64(sizeof(float));
+    if (file.size() - file.pos() != blockBytes * qint64(read.days.size()))
+        return refused(path, "it is cut short or too long");
+    for (FourierDay &day : read.days) {
+        day.powers.resize(std::size_t(binsOf(parameters)));
+        if (file.read(reinterpret_cast<char *>(day.powers.data()), blockBytes) != blockBytes)
+            return refused(path, "it cannot be read: " + file.errorString());
+    }
+    return read;
+}
+
+} // namespace Days

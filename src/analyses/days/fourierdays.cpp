@@ -1,0 +1,335 @@
+#include "analyses/days/fourierdays.h"
+
+#include "analyses/days/powerstack.h"
+#include "base/shellword.h"
+#include "base/timetext.h"
+#include "calc/pulsar/pulsarfields.h"
+#include "coords/skyclock.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Days {
+
+namespace {
+
+using P = FourierDaysParameters;
+
+constexpr char stackManual[] =
+    "Adds up the spectra of one place of the sky over all days of folders: \"Sum of signals\",\n"
+    "\"Fourier\" of the workbench. A day is one passage of the place. Of each day the sum of the\n"
+    "bands less its base line is transformed, padded to double its length, and its powers are\n"
+    "divided by the noise around them. Their sum over the days is searched for lines and harmonic\n"
+    "sums of them. Written are the stacked spectrum, the lines with what speaks for and against\n"
+    "each, and the list of days with the reason of each that does not count. Days that a rule\n"
+    "proposes to leave out do not count unless --all-days is given.";
+
+constexpr char stackExamples[] =
+    "Examples: all days of ray 7 from the begin of every file on, with pictures; lines alone from\n"
+    "point 1000 on:\n"
+    "  zrt-batch stack --module 1 --ray 7 --dm 26.2 --all-days --plot png -o results .\n"
+    "  zrt-batch stack --module 1 --ray 7 --point 1000 --all-days --harmonics 1 --tag single .";
+
+bool isHarmonicCount(int count)
+{
+    return count == 1 || count == 2 || count == 4 || count == 8 || count == 16;
+}
+
+QStringList partsOf(const QString &list)
+{
+    return list.isEmpty() ? QStringList() : list.split(',');
+}
+
+bool areNumbers(const QString &list)
+{
+    const QStringList parts = partsOf(list);
+    return std::all_of(parts.begin(), parts.end(),
+                       [](const QString &part) { return part.trimmed().toInt() > 0; });
+}
+
+std::vector<FieldProblem> validate(const P &parameters)
+{
+    std::vector<FieldProblem> problems = problemsOf(parameters);
+    const auto isNoise = [&](const FieldChoice &choice) {
+        return choice.value == parameters.noise;
+    };
+    const std::vector<FieldChoice> &noises = pulsarField("--noise").choices;
+    if (!(parameters.dispersion >= 0))
+        problems.push_back({"dispersion", "The dispersion cannot be below 0."});
+    if (std::none_of(noises.begin(), noises.end(), isNoise))
+        problems.push_back(
+            {"groupBox_method", QString("There is no base line \"%1\".").arg(parameters.noise)});
+    if (parameters.window < 129 || parameters.window > 513 || parameters.window % 2 == 0)
+        problems.push_back({"window", "The window must be an odd number from 129 to 513."});
+    const int averages = std::clamp(parameters.averageCount, 0, 30);
+    if (parameters.averageCount < 0 || (parameters.points >> averages) < 2 * parameters.window)
+        problems.push_back(
+            {"averageCount",
+             QString("%1 points averaged %2 times leave less than two windows of %3 bins. Average "
+                     "less, or take more points.")
+                 .arg(parameters.points)
+                 .arg(parameters.averageCount)
+                 .arg(parameters.window)});
+    if (!isHarmonicCount(parameters.harmonics))
+        problems.push_back({"harmonics", "Allowed: 1, 2, 4, 8 or 16 harmonics."});
+    if (!(parameters.threshold >= 1))
+        problems.push_back({"threshold", "The threshold must be at least 1 sigma."});
+    if (!areNumbers(parameters.otherRays))
+        problems.push_back({"otherRays", "Write the numbers of the other rays with commas, as "
+                                         "1,4,7."});
+    return problems;
+}
+
+std::vector<int> otherRays(const P &parameters, int own)
+{
+    std::vector<int> rays;
+    for (const QString &part : partsOf(parameters.otherRays)) {
+        const int ray = part.trimmed().toInt();
+        if (ray != own && std::find(rays.begin(), rays.end(), ray) == rays.end())
+            rays.push_back(ray);
+    }
+    return rays;
+}
+
+DayNeeds needsOf(const P &parameters, const DayChoice &choice, const ObservationData &header)
+{
+    DayNeeds needs = {choice, {}};
+    needs.choice.pointsAfter = pointsBehind(header, parameters.dispersion);
+    const bool hasBackSum = parameters.noise == "backSum";
+    if (hasBackSum)
+        needs.choice.pointsBefore = needs.choice.pointsAfter;
+    std::vector<int> rays = otherRays(parameters, choice.ray);
+    rays.insert(rays.begin(), choice.ray);
+    for (const int ray : rays) {
+        needs.series.push_back({choice.module, ray, parameters.dispersion, false});
+        if (hasBackSum)
+            needs.series.push_back({choice.module, ray, parameters.dispersion, true});
+    }
+    return needs;
+}
+
+qint64 bytesOf(const P &parameters, int days)
+{
+    const qint64 bins = parameters.points >> std::clamp(parameters.averageCount, 0, 30);
+    return days * bins * qint64(sizeof(float)) + 3 * finePerBin * bins * qint64(sizeof(double));
+}
+
+QString siteOfSet(const RecordingSet &set)
+{
+    for (const RecordingEntry &entry : set.entries) {
+        const QString site = siteOf(entry.path);
+        if (!site.isEmpty())
+            return site;
+    }
+    return {};
+}
+
+void findBeam(const RecordingSet &set, const P &parameters, DayPlan &plan)
+{
+    const QString site = siteOfSet(set);
+    plan.choice.module = parameters.module;
+    plan.choice.ray = parameters.ray;
+    if (parameters.module > 0 && parameters.ray > 0) {
+        plan.beam = beamOf(site, parameters.module, parameters.ray);
+        return;
+    }
+    const auto hasBegin = [](const RecordingEntry &entry) { return entry.begin.isValid(); };
+    const auto first = std::find_if(set.entries.begin(), set.entries.end(), hasBegin);
+    const QDate date = first == set.entries.end() ? QDate(2000, 1, 1) : first->begin.date();
+    plan.beam = nearestBeam(site, *plan.source, date);
+    if (!plan.beam.isKnown()) {
+        plan.problems.push_back(
+            {"ray", "Which ray sees the source is not known: neither the folder nor the names of "
+                    "the recordings tell the site (N0 to N4). Give module and ray."});
+        return;
+    }
+    plan.choice.module = plan.beam.module;
+    plan.choice.ray = plan.beam.ray;
+}
+
+} // namespace
+
+const std::vector<FourierDaysAnalysis> &fourierDaysAnalyses()
+{
+    static const std::vector<FourierDaysAnalysis> all = [] {
+        FourierDaysAnalysis fourier;
+        fourier.name = "sumOfDaysFourier";
+        fourier.label = "Fourier";
+        fourier.command = "stack";
+        fourier.manual = stackManual;
+        fourier.examples = stackExamples;
+        fourier.seriesOptions = QStringList{
+            "--module",   "--ray", "--dm",    "--count", "--source",       "--ra",        "--dec",
+            "--sidereal", "--utc", "--point", "--noise", "--clock-offset", "--other-rays"};
+        for (const FourierDaysField &one : fourierDaysFields())
+            fourier.fields.push_back(&one);
+        fourier.validate = validate;
+        fourier.needs = needsOf;
+        fourier.bytes = bytesOf;
+        fourier.ofDay = fourierOfDay;
+        fourier.combine = combineDays;
+        return std::vector<FourierDaysAnalysis>{fourier};
+    }();
+    return all;
+}
+
+const FourierDaysAnalysis *findDayAnalysis(const SurveyFlags &flags)
+{
+    for (const FourierDaysAnalysis &analysis : fourierDaysAnalyses()) {
+        if (analysis.flags == flags)
+            return &analysis;
+    }
+    return nullptr;
+}
+
+DayPlan planDays(const RecordingSet &set, const FourierDaysParameters &parameters)
+{
+    DayPlan plan;
+    plan.problems = validate(parameters);
+    if (!plan.problems.empty())
+        return plan;
+    plan.choice.points = parameters.points;
+    plan.choice.start = startOf(parameters);
+    plan.source = sourceOf(parameters);
+    findBeam(set, parameters, plan);
+    if (!plan.problems.empty())
+        return plan;
+    plan.choice.pointsAfter = 1;
+    plan.list = findDays(set, plan.choice);
+    plan.header.tresolution = plan.list.tresolution;
+    plan.header.fbands = plan.list.fbands;
+    if (plan.list.days.empty())
+        return plan;
+    const DayNeeds needs = needsOf(parameters, plan.choice, plan.header);
+    if (needs.choice.pointsAfter < 0) {
+        plan.problems.push_back(
+            {"dispersion", "The bands cannot be delayed: there are fewer than 32 of them, or the "
+                           "dispersion is too high."});
+        return plan;
+    }
+    plan.choice = needs.choice;
+    plan.series = needs.series;
+    plan.rays = 1 + int(otherRays(parameters, plan.choice.ray).size());
+    plan.list = findDays(set, plan.choice);
+    return plan;
+}
+
+FourierDay readDay(const RecordingSet &set, const DayPlan &plan, const Day &day,
+                   const FourierDaysParameters &parameters, const QString &folder,
+                   const Jobs::Control &control)
+{
+    return readRays(set, plan, day, parameters, folder, control).front();
+}
+
+std::vector<FourierDay> readRays(const RecordingSet &set, const DayPlan &plan, const Day &day,
+                                 const FourierDaysParameters &parameters, const QString &folder,
+                                 const Jobs::Control &control)
+{
+    std::vector<FourierDay> products(std::size_t(plan.rays));
+    for (FourierDay &product : products) {
+        product.begin = day.begin;
+        product.problem = day.reason;
+    }
+    if (!day.reason.isEmpty())
+        return products;
+    SampleReadingHooks hooks;
+    hooks.progress = control.progress;
+    hooks.keepAlive = [&control] { return !control.isStopped(); };
+    const std::vector<DaySeries> series =
+        seriesOfDay(set, day, plan.choice.points, plan.series, folder, hooks);
+    DayStretch stretch;
+    stretch.begin = day.begin;
+    stretch.tresolution = plan.list.tresolution;
+    stretch.clockOffset = plan.choice.start.clockOffset;
+    stretch.direction = directionOf(plan, day.begin);
+    const std::size_t perRay = series.size() / products.size();
+    for (std::size_t ray = 0; ray < products.size(); ++ray) {
+        const auto first = series.begin() + std::ptrdiff_t(ray * perRay);
+        stretch.series.assign(first, first + std::ptrdiff_t(perRay));
+        products[ray] = fourierOfDay(stretch, parameters, control);
+    }
+    return products;
+}
+
+std::vector<int> otherRaysOf(const FourierDaysParameters &parameters, const DayPlan &plan)
+{
+    return otherRays(parameters, plan.choice.ray);
+}
+
+OtherRay otherRayOf(int module, int ray, const std::vector<FourierDay> &products,
+                    const FourierDaysChoice &choice)
+{
+    constexpr double threshold = 4; // sigma
+    FourierDaysChoice other = choice;
+    other.threshold = threshold;
+    other.otherRays.clear();
+    other.beam = {};
+    OtherRay lines = {module, ray, {}};
+    for (const FourierLine &line : combineDays(products, other).lines)
+        lines.frequencies.push_back(line.telescope);
+    return lines;
+}
+
+QString dayName(const QDateTime &begin)
+{
+    return textOfTime(begin, "yyyy-MM-ddThh:mm:ss");
+}
+
+DayRule ruleOf(const FourierDaysParameters &parameters, const DayPlan &plan,
+               const std::vector<Interference> &leftOut)
+{
+    DayRule rule = {leftOut, 0};
+    const Tools::KnownPulsar *pulsar =
+        parameters.source.isEmpty() ? nullptr
+                                    : Tools::findPulsar(Tools::knownPulsars(), parameters.source);
+    if (pulsar && !plan.list.days.empty()) {
+        const double frequency =
+            pulsar->frequencyAt(Tools::modifiedJulianDay(plan.list.days.front().begin));
+        rule.frequency = std::isfinite(frequency) ? frequency : 0;
+    }
+    return rule;
+}
+
+FourierDaysChoice choiceOf(const DayPlan &plan, const FourierDaysParameters &parameters)
+{
+    FourierDaysChoice choice;
+    choice.earthMotion = parameters.earthMotion;
+    choice.harmonics = parameters.harmonics;
+    choice.window = parameters.window;
+    choice.threshold = parameters.threshold;
+    choice.equalGains = parameters.equalGains;
+    choice.beam = plan.beam;
+    for (const Day &day : plan.list.days) {
+        if (day.reason.isEmpty()) {
+            choice.direction = directionOf(plan, day.begin);
+            break;
+        }
+    }
+    return choice;
+}
+
+QString fourierDaysCommand(const QString &command, const FourierDaysParameters &parameters,
+                           const QStringList &daysOff, const QStringList &folders)
+{
+    FourierDaysAnalysis analysis = fourierDaysAnalyses().front();
+    const bool isSurvey = command == surveyCommand;
+    if (isSurvey) {
+        const auto isOther = [&analysis](const FourierDaysField *field) {
+            return !analysis.seriesOptions.contains(field->option);
+        };
+        analysis.fields.erase(
+            std::remove_if(analysis.fields.begin(), analysis.fields.end(), isOther),
+            analysis.fields.end());
+    }
+    QStringList words = {"zrt-batch", command};
+    words += Tools::optionWords(analysis, parameters);
+    if (!isSurvey)
+        words << "--all-days";
+    if (!daysOff.isEmpty() && !isSurvey)
+        words << "--days-off" << shellWord(daysOff.join(','));
+    for (const QString &folder : folders)
+        words << shellWord(folder);
+    return words.join(' ');
+}
+
+} // namespace Days

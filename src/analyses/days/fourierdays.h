@@ -1,0 +1,83 @@
+#pragma once
+
+#include "analyses/days/dayanalysis.h"
+#include "analyses/days/dayplace.h"
+#include "analyses/days/fourierday.h"
+#include "analyses/days/fourierstack.h"
+
+/// Spectra of all days of a folder and their stack: "Sum of signals", "Fourier".
+namespace Days {
+
+struct FourierDaysParameters : DayPlace {
+    double dispersion = 0;      ///< pc/cm^3
+    QString noise = "polinom5"; ///< names of PulsarParameters::noise
+    bool normalise = false;
+    int averageCount = 0;
+    int window = 257;        ///< bins, odd, whose median is the noise around a line
+    int harmonics = 16;      ///< most that are summed: 1, 2, 4, 8 or 16
+    bool earthMotion = true; ///< turn frequencies to the barycentre
+    double threshold = 5;    ///< sigma of listed lines
+    bool equalGains = false; ///< weight days by the inverse square of their sigma
+    QString otherRays;       ///< numbers with commas: rays of the same module whose lines are
+                             ///< compared
+};
+
+using FourierDaysField = Field<FourierDaysParameters>;
+using FourierDaysAnalysis =
+    DayAnalysis<FourierDaysParameters, FourierDay, FourierDaysChoice, FourierStack>;
+
+/// The parameters, in the order of the help and of the headers of tables.
+const std::vector<FourierDaysField> &fourierDaysFields();
+
+/// All analyses over days of this kind: the one place that lists them.
+const std::vector<FourierDaysAnalysis> &fourierDaysAnalyses();
+
+/// The analysis that the flags open; null where there is none yet.
+const FourierDaysAnalysis *findDayAnalysis(const SurveyFlags &flags);
+
+/// Finds the days of a set for a request, and what is to be read of them.
+DayPlan planDays(const RecordingSet &set, const FourierDaysParameters &parameters);
+
+/// Both halves of the work on one day: its series, kept or read, and its spectrum.
+///
+/// @param folder  that keeps series; empty: nothing is kept
+FourierDay readDay(const RecordingSet &set, const DayPlan &plan, const Day &day,
+                   const FourierDaysParameters &parameters, const QString &folder,
+                   const Jobs::Control &control = {});
+
+/// The same for that ray and the other ones that are compared, whose samples are read at once.
+///
+/// @return the ray of the plan first, then those of parameters.otherRays in their order
+std::vector<FourierDay> readRays(const RecordingSet &set, const DayPlan &plan, const Day &day,
+                                 const FourierDaysParameters &parameters, const QString &folder,
+                                 const Jobs::Control &control = {});
+
+/// The numbers of parameters.otherRays without that of the plan's ray.
+std::vector<int> otherRaysOf(const FourierDaysParameters &parameters, const DayPlan &plan);
+
+/// What a stack of another ray shows above 4 sigma, for FourierDaysChoice::otherRays.
+OtherRay otherRayOf(int module, int ray, const std::vector<FourierDay> &products,
+                    const FourierDaysChoice &choice);
+
+/// What does not count against the days: the interference, and the harmonics of a known pulsar
+/// that was asked for by name.
+DayRule ruleOf(const FourierDaysParameters &parameters, const DayPlan &plan,
+               const std::vector<Interference> &leftOut);
+
+/// What the parameters say of the stack; the days, interference and other rays are to be filled in.
+FourierDaysChoice choiceOf(const DayPlan &plan, const FourierDaysParameters &parameters);
+
+/// The command that makes what is kept, for all analyses over days.
+inline constexpr char surveyCommand[] = "survey";
+
+/// A day as options and tables name it: UTC of its first point, "yyyy-MM-ddThh:mm:ss".
+QString dayName(const QDateTime &begin);
+
+/// The call of the batch program that computes what the form does, ready for a shell.
+///
+/// @param command  surveyCommand, or that of the analysis
+/// @param daysOff  names of days, or their dates, that do not count; all others do
+QString fourierDaysCommand(const QString &command, const FourierDaysParameters &parameters,
+                           const QStringList &daysOff, const QStringList &folders);
+
+} // namespace Days

@@ -1,0 +1,390 @@
+#include "analyses/days/fourierstack.h"
+
+#include "analyses/days/stackevidence.h"
+#include "calc/significance.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <map>
+
+namespace Days {
+
+namespace {
+
+constexpr double leastTurn = 1.0 / 3; // bins
+// A level scatters, and lifts the tail of noise: at 1e-4 by a fifth with one window of the days, by
+// some per cent with that many. The days were whitened before, so that little is left to follow.
+constexpr int levelWindows = 4;
+constexpr double otherRaySigma = 4;
+constexpr int raysOfModule = 8;
+
+// A function of a power that is slow to compute, at many powers.
+class SigmaTable {
+public:
+    explicit SigmaTable(double gammaShape) : shape(gammaShape)
+    {
+        constexpr int nodes = 512;
+        constexpr double sigmas = 15;
+        step = (shape + sigmas * std::sqrt(shape) + sigmas) / nodes;
+        for (int i = 0; i <= nodes; ++i)
+            table.push_back(Tools::sigmaOfPower(shape, std::max(i, 1) * step));
+    }
+
+    double at(double power) const
+    {
+        const double position = power / step;
+        if (position >= double(table.size() - 1))
+            return Tools::sigmaOfPower(shape, power);
+        const auto node = std::size_t(std::max(0.0, position));
+        return table[node] + (position - double(node)) * (table[node + 1] - table[node]);
+    }
+
+private:
+    double shape;
+    double step = 1;
+    std::vector<double> table;
+};
+
+class Stacker {
+public:
+    Stacker(const std::vector<FourierDay> &allProducts, const FourierDaysChoice &wanted)
+        : products(allProducts), choice(wanted)
+    {}
+
+    FourierStack stack()
+    {
+        selectDays();
+        if (!result.problem.isEmpty())
+            return std::move(result);
+        turnFrequencies();
+        weighDays();
+        sumDays();
+        describeBins();
+        describeLines();
+        return std::move(result);
+    }
+
+private:
+    // Only spectra of the same bins can be added: those that most days have.
+    void selectDays()
+    {
+        using Shape = std::pair<std::size_t, double>;
+        std::map<Shape, int> counts;
+        for (const FourierDay &day : products) {
+            if (day.isWhole())
+                ++counts[{day.powers.size(), day.binWidth}];
+        }
+        Shape common;
+        int most = 0;
+        for (const auto &[counted, count] : counts) {
+            if (count > most) {
+                most = count;
+                common = counted;
+            }
+        }
+        int other = 0;
+        for (std::size_t i = 0; i < products.size(); ++i) {
+            const FourierDay &day = products[i];
+            if (!day.isWhole())
+                continue;
+            if (Shape(day.powers.size(), day.binWidth) != common) {
+                ++other;
+                continue;
+            }
+            const bool isChosen = choice.days.empty() || (i < choice.days.size() && choice.days[i]);
+            days.days.push_back(&day);
+            days.chosen.push_back(isChosen);
+            result.days += isChosen;
+        }
+        result.allDays = int(days.days.size());
+        result.binWidth = common.second;
+        bins = int(common.first);
+        if (other > 0)
+            result.remarks << QString("%1 days have spectra of another length or step and are "
+                                      "left out.")
+                                  .arg(other);
+        if (result.allDays == 0)
+            result.problem = "There is no day with a spectrum.";
+        else if (result.days == 0)
+            result.problem = "All days are switched off. Switch on one at least.";
+        else if (bins <= 2 * lowestBin)
+            result.problem = "The spectra are too short. Take more points.";
+    }
+
+    // Where all days have the same bins at the barycentre as well, turning would only round.
+    void turnFrequencies()
+    {
+        days.ratios.assign(days.days.size(), 1);
+        double least = 2;
+        double most = 0;
+        double sum = 0;
+        for (std::size_t i = 0; i < days.days.size(); ++i) {
+            const double ratio = days.days[i]->ratio;
+            least = std::min(least, ratio);
+            most = std::max(most, ratio);
+            sum += days.chosen[i] ? ratio : 0;
+        }
+        result.ratio = sum / result.days;
+        if (!std::isfinite(sum)) {
+            result.ratio = std::numeric_limits<double>::quiet_NaN();
+            if (choice.earthMotion)
+                result.remarks << "The Earth's motion is not taken out: the declination of the "
+                                  "beam is not known.";
+            return;
+        }
+        result.isTurned = choice.earthMotion && bins * (most - least) > leastTurn;
+        for (std::size_t i = 0; result.isTurned && i < days.days.size(); ++i)
+            days.ratios[i] = days.days[i]->ratio;
+        leastRatio = result.isTurned ? least : 1;
+        mostRatio = result.isTurned ? most : 1;
+    }
+
+    // A power's excess goes with 1 / sigma^2 where the gain is the same. The weights are scaled so
+    // that the sum of noise has the mean and the variance of a Gamma law of scale 1.
+    void weighDays()
+    {
+        shape = result.days;
+        if (!choice.equalGains)
+            return;
+        double sum = 0;
+        double squares = 0;
+        for (std::size_t i = 0; i < days.days.size(); ++i) {
+            const double weight = std::pow(days.days[i]->sigma, -2);
+            days.weights.push_back(weight);
+            sum += days.chosen[i] ? weight : 0;
+            squares += days.chosen[i] ? weight * weight : 0;
+        }
+        for (double &weight : days.weights)
+            weight *= sum / squares;
+        shape = sum * sum / squares;
+    }
+
+    void sumDays()
+    {
+        std::vector<DayPowers> summed;
+        for (std::size_t i = 0; i < days.days.size(); ++i) {
+            if (days.chosen[i])
+                summed.push_back({days.days[i]->powers.data(), days.ratios[i],
+                                  days.weights.empty() ? 1 : days.weights[i]});
+        }
+        fine = stackDaysFinely(summed, bins);
+        sums.resize(std::size_t(bins));
+        for (std::size_t bin = 0; bin < sums.size(); ++bin)
+            sums[bin] = fine[bin * finePerBin];
+        const int window = std::min(levelWindows * choice.window, bins) - 1;
+        days.level = levelOfStack(sums, shape, window | 1);
+        leaveOut();
+    }
+
+    // Interference stands still at the telescope, so that on a turned axis it covers a range.
+    void leaveOut()
+    {
+        days.leftOut.assign(std::size_t(bins), false);
+        for (const Interference &entry : choice.leftOut) {
+            for (int harmonic = 1; harmonic <= entry.harmonics; ++harmonic) {
+                const double from = entry.from(harmonic) / mostRatio / result.binWidth - 1;
+                const double to = entry.to(harmonic) / leastRatio / result.binWidth + 1;
+                for (double bin = std::max(0.0, std::ceil(from)); bin <= to && bin < bins; ++bin)
+                    days.leftOut[std::size_t(bin)] = true;
+            }
+        }
+        for (std::size_t i = 0; i < fine.size(); ++i) {
+            const std::size_t bin = binOf(i);
+            if (days.leftOut[bin])
+                fine[i] = shape * days.level[bin];
+        }
+        const auto count = std::count(days.leftOut.begin(), days.leftOut.end(), true);
+        if (count > 0)
+            result.remarks
+                << QString("%1 of %2 bins are left out as interference.").arg(count).arg(bins);
+    }
+
+    std::size_t binOf(std::size_t position) const
+    {
+        return std::min((position + finePerBin / 2) / finePerBin, std::size_t(bins) - 1);
+    }
+
+    void describeBins()
+    {
+        const SigmaTable table(shape);
+        result.powers.resize(std::size_t(bins));
+        result.sigma.resize(std::size_t(bins));
+        for (std::size_t bin = 0; bin < std::size_t(bins); ++bin) {
+            const double power = days.leftOut[bin] ? shape : sums[bin] / days.level[bin];
+            result.powers[bin] = float(power / shape);
+            result.sigma[bin] = float(table.at(power));
+        }
+    }
+
+    void describeLines()
+    {
+        LineSearch search;
+        search.shape = shape;
+        search.lowestBin = lowestBin;
+        search.harmonics = choice.harmonics;
+        search.lowestSigma = choice.threshold;
+        result.trials = countOfTrials(bins - lowestBin, choice.harmonics);
+        std::vector<StackLine> lines = findLines(fine, days.level, search);
+        lines.resize(std::min(lines.size(), std::size_t(std::max(0, choice.most))));
+        const double seconds = bins > 0 ? 1 / (2 * result.binWidth) : 0;
+        middle = middleDay();
+        if (!lines.empty())
+            pulsars = pulsarsInBeam(choice.beam, choice.direction, middle.date(), seconds);
+        for (const StackLine &line : lines)
+            result.lines.push_back(described(line));
+        if (!days.weights.empty())
+            rankAnew();
+        for (int i = 1; i < int(result.lines.size()); ++i)
+            relate(i);
+    }
+
+    // Lines were found by a Gamma law of the same variance, which promises too much in the tail.
+    void rankAnew()
+    {
+        std::vector<FourierLine> &lines = result.lines;
+        const auto isBelow = [this](const FourierLine &line) {
+            return line.sigma < choice.threshold;
+        };
+        lines.erase(std::remove_if(lines.begin(), lines.end(), isBelow), lines.end());
+        std::stable_sort(
+            lines.begin(), lines.end(),
+            [](const FourierLine &a, const FourierLine &b) { return a.sigma > b.sigma; });
+    }
+
+    // Harmonic sums of one signal come at many fractions of its frequency.
+    void relate(int index)
+    {
+        constexpr int highest = 16;
+        FourierLine &line = result.lines[std::size_t(index)];
+        for (int other = 0; other < index; ++other) {
+            const FourierLine &stronger = result.lines[std::size_t(other)];
+            if (stronger.relatedTo >= 0)
+                continue;
+            for (int q = 1; q <= highest; ++q) {
+                const int p = int(std::lround(line.bin * q / stronger.bin));
+                // Either frequency is right to a bin over its number of harmonics.
+                const double tolerance = 1.0 / line.harmonics + double(p) / q / stronger.harmonics;
+                if (p < 1 || p > highest ||
+                    std::abs(line.bin - stronger.bin * p / q) > std::min(1.0, tolerance))
+                    continue;
+                line.relatedTo = other;
+                line.relatedP = p;
+                line.relatedQ = q;
+                return;
+            }
+        }
+    }
+
+    QDateTime middleDay() const
+    {
+        std::vector<QDateTime> begins;
+        for (std::size_t i = 0; i < days.days.size(); ++i) {
+            if (days.chosen[i])
+                begins.push_back(days.days[i]->begin);
+        }
+        std::sort(begins.begin(), begins.end());
+        return begins[begins.size() / 2];
+    }
+
+    FourierLine described(const StackLine &found)
+    {
+        FourierLine line;
+        line.bin = found.bin;
+        line.harmonics = found.harmonics;
+        line.sigma = found.sigma;
+        const double frequency = result.frequency(found.bin);
+        line.barycentric = result.isTurned ? frequency : frequency / result.ratio;
+        line.telescope = result.isTurned ? frequency * result.ratio : frequency;
+        const LinePowers powers = powersOfLine(days, found);
+        line.power = found.power / (shape * found.harmonics);
+        addEvidence(days, powers, choice, result.trials, line);
+
+        const auto strongest = std::max_element(powers.ofHarmonic.begin(), powers.ofHarmonic.end());
+        const int harmonic = 1 + int(strongest - powers.ofHarmonic.begin());
+        line.isHum =
+            isHumAt(hum(), line.telescope * harmonic, 2 * bins * result.binWidth, result.binWidth);
+        line.isInOtherRays = isInOtherRays(line.telescope);
+        line.pulsars = matchesOf(pulsars, choice.direction, line.barycentric, result.binWidth,
+                                 Tools::modifiedJulianDay(middle));
+        return line;
+    }
+
+    std::vector<DayHum> hum() const
+    {
+        std::vector<DayHum> all;
+        for (std::size_t i = 0; i < days.days.size(); ++i) {
+            if (days.chosen[i])
+                all.insert(all.end(), days.days[i]->hum.begin(), days.days[i]->hum.end());
+        }
+        return all;
+    }
+
+    // Three rays or more that are no neighbours of this one or of each other.
+    bool isInOtherRays(double frequency) const
+    {
+        constexpr double tolerance = 1.5; // bins
+        constexpr int enough = 3;
+        std::vector<int> rays;
+        for (const OtherRay &ray : choice.otherRays) {
+            const bool has =
+                std::any_of(ray.frequencies.begin(), ray.frequencies.end(), [&](double other) {
+                    return std::abs(other - frequency) < tolerance * result.binWidth;
+                });
+            const int place = ray.module * raysOfModule + ray.ray;
+            const int own = choice.beam.module * raysOfModule + choice.beam.ray;
+            if (has && std::abs(place - own) > 1)
+                rays.push_back(place);
+        }
+        std::sort(rays.begin(), rays.end());
+        int apart = 0;
+        int last = -2;
+        for (const int ray : rays) {
+            if (ray <= last + 1)
+                continue;
+            ++apart;
+            last = ray;
+        }
+        return apart >= enough;
+    }
+
+    const std::vector<FourierDay> &products;
+    const FourierDaysChoice &choice;
+    FourierStack result;
+    StackDays days;
+    int bins = 0;
+    double shape = 1; // days, or their effective number where they have weights
+    double leastRatio = 1;
+    double mostRatio = 1;
+    std::vector<double> fine; // sums at the fine positions
+    std::vector<double> sums; // at the bins
+    QDateTime middle;
+    std::vector<const Tools::KnownPulsar *> pulsars;
+};
+
+} // namespace
+
+QStringList FourierLine::marks() const
+{
+    QStringList words;
+    if (relatedTo >= 0)
+        words << QString("%1/%2 of line %3").arg(relatedP).arg(relatedQ).arg(relatedTo + 1);
+    if (isHum)
+        words << "mains hum";
+    if (isInOtherRays)
+        words << "in other rays";
+    if (isSolar)
+        words << "interference: keeps solar time";
+    if (isFewDays)
+        words << "few days";
+    for (const PulsarMatch &pulsar : pulsars)
+        words << pulsar.text();
+    return words;
+}
+
+FourierStack combineDays(const std::vector<FourierDay> &products, const FourierDaysChoice &choice)
+{
+    return Stacker(products, choice).stack();
+}
+
+} // namespace Days

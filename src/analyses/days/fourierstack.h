@@ -1,0 +1,100 @@
+#pragma once
+
+#include "analyses/days/dayplace.h"
+#include "analyses/days/fourierday.h"
+#include "coords/pulsarcatalogue.h"
+
+#include <QStringList>
+
+/// The stack of the spectra of many days, and what speaks for and against each of its lines.
+namespace Days {
+
+/// Lines of the same days in another ray, with which interference is told from the sky.
+struct OtherRay {
+    int module = 0;
+    int ray = 0;
+    std::vector<double> frequencies; ///< Hz, of lines above 4 sigma, at the telescope
+};
+
+/// What can change without a recording being read again.
+struct FourierDaysChoice {
+    std::vector<bool> days;  ///< one per product; empty: all
+    bool earthMotion = true; ///< turn the frequencies of the days to the barycentre
+    int harmonics = 16;      ///< most that are summed
+    int window = 257;        ///< bins, odd, whose median is the level around a bin
+    double threshold = 5;    ///< sigma, below which no line is listed
+    int most = 100;          ///< lines at most
+    bool equalGains = false; ///< weight days by the inverse square of their sigma
+    std::vector<Interference> leftOut;
+    std::vector<OtherRay> otherRays;
+    Beam beam;                    ///< for the known pulsars in it
+    Tools::SkyPosition direction; ///< the same
+};
+
+/// A pulsar of the catalogue whose period, or a small fraction of it, a line has.
+struct PulsarMatch {
+    QString name;
+    int p = 1; ///< the line is p / q times the pulsar's frequency
+    int q = 1;
+    double bins = 0;       ///< how far off, in bins of the spectrum
+    double separation = 0; ///< radians, from the direction of the beam
+
+    QString text() const;
+};
+
+struct GrowthPoint {
+    int days = 0;
+    double sigma = 0;    ///< one trial, with the first so many days
+    double expected = 0; ///< that of all, in proportion to the root of the number
+};
+
+/// One line with all that is told of it.
+struct FourierLine {
+    double bin = 0;              ///< of the fundamental on the stack's axis
+    int harmonics = 1;           ///< summed
+    double power = 0;            ///< mean per day and harmonic; noise has 1
+    double sigma = 0;            ///< with the chosen days, after all trials
+    double sigmaAll = 0;         ///< the same with all days
+    double barycentric = 0;      ///< Hz; not a number where the direction is unknown
+    double telescope = 0;        ///< Hz, mean of the days
+    double withoutStrongest = 0; ///< sigma without the strongest 5 % of the days
+    double firstHalf = 0;        ///< sigma, one trial, of the first half of the days
+    double secondHalf = 0;
+    std::vector<double> bySolarHour; ///< mean power in each of 24 hours of local solar time; not a
+                                     ///< number where there is no day
+    bool isFewDays = false;          ///< falls below the threshold without the strongest days
+    bool isSolar = false;            ///< keeps solar, not sidereal time
+    bool isHum = false;              ///< mains hum or one of its multiples
+    bool isInOtherRays = false;
+    std::vector<GrowthPoint> growth;
+    std::vector<PulsarMatch> pulsars; ///< nearest first
+    int relatedTo = -1; ///< index of a stronger line of which it is a fraction; -1: none
+    int relatedP = 1;   ///< p / q times that line's frequency
+    int relatedQ = 1;
+
+    double period() const { return 1 / (barycentric > 0 ? barycentric : telescope); } ///< s
+    /// All of the above that is not as a pulsar has it, in words.
+    QStringList marks() const;
+};
+
+struct FourierStack {
+    double binWidth = 0;            ///< Hz
+    bool isTurned = false;          ///< the axis is that of the barycentre, not of the telescope
+    double ratio = 1;               ///< mean of the days, telescope over barycentre
+    std::vector<float> powers;      ///< mean per bin in units of the noise around it
+    std::vector<float> sigma;       ///< the same, one trial
+    std::vector<FourierLine> lines; ///< strongest first
+    int days = 0;                   ///< chosen
+    int allDays = 0;
+    double trials = 1;   ///< that the sigma of lines counts
+    QStringList remarks; ///< what was left out and why
+    QString problem;     ///< why there is no stack; empty otherwise
+
+    double frequency(double bin) const { return bin * binWidth; }
+};
+
+/// @param products  of the same analysis; those with a problem, or of another length or step than
+///                  most, are left out, which a remark says
+FourierStack combineDays(const std::vector<FourierDay> &products, const FourierDaysChoice &choice);
+
+} // namespace Days

@@ -1,0 +1,137 @@
+#include "analyses/days/stacktables.h"
+
+#include "coords/skyposition.h"
+
+#include <cmath>
+#include <limits>
+
+namespace Days {
+
+using namespace Results;
+
+std::vector<HeaderLine> parameterLines(const FourierDaysParameters &parameters)
+{
+    std::vector<HeaderLine> lines;
+    for (const FourierDaysField &field : fourierDaysFields()) {
+        const QString value = Tools::headerText(field.valueIn(parameters));
+        if (!value.isEmpty())
+            lines.push_back({field.key, field.unit.isEmpty() ? value : value + " " + field.unit});
+    }
+    return lines;
+}
+
+std::vector<HeaderLine> stackLines(const FourierStack &stack, const DayPlan &plan,
+                                   const FourierDaysChoice &choice)
+{
+    std::vector<HeaderLine> lines = {
+        {"stacked", QString("%1 of %2 days").arg(stack.days).arg(stack.allDays)},
+        {"tresolution", numberText(plan.list.tresolution) + " s"},
+        {"frequency_step", numberText(stack.binWidth) + " Hz"},
+        {"frequencies", stack.isTurned ? "barycentre" : "telescope"},
+        {"telescope_over_barycentre", numberText(stack.ratio)},
+        {"trials", numberText(stack.trials)},
+        {"site", plan.beam.site.isEmpty() ? QString("unknown") : plan.beam.site}};
+    if (choice.direction.isNumber())
+        lines.push_back({"direction", Tools::rightAscensionText(choice.direction.alfa) + " " +
+                                          Tools::declinationText(choice.direction.delta)});
+    for (const QString &remark : stack.remarks)
+        lines.push_back({"remark", remark});
+    return lines;
+}
+
+std::vector<HeaderLine> leftOutLines(const RecordingSet &set, const DayList &list)
+{
+    std::vector<HeaderLine> lines;
+    for (const LeftOut &left : list.leftOut)
+        lines.push_back(
+            {"left_out", set.entries[std::size_t(left.recording)].path + ": " + left.reason});
+    return lines;
+}
+
+std::vector<Column> spectrumColumns(const FourierStack &stack)
+{
+    std::vector<double> frequencies(stack.powers.size());
+    for (std::size_t bin = 0; bin < frequencies.size(); ++bin)
+        frequencies[bin] = stack.frequency(double(bin));
+    return {{"frequency", "Hz", frequencies},
+            {"power", "", stack.powers},
+            {"significance", "sigma", stack.sigma}};
+}
+
+std::vector<Column> linesColumns(const FourierStack &stack)
+{
+    const auto numbers = [&stack](double FourierLine::*member) {
+        std::vector<double> values;
+        for (const FourierLine &line : stack.lines)
+            values.push_back(line.*member);
+        return values;
+    };
+    std::vector<double> periods;
+    std::vector<double> harmonics;
+    QStringList hours;
+    QStringList growth;
+    QStringList marks;
+    for (const FourierLine &line : stack.lines) {
+        periods.push_back(line.period());
+        harmonics.push_back(line.harmonics);
+        QStringList powers;
+        for (const double power : line.bySolarHour)
+            powers << (std::isnan(power) ? QString("-") : QString::number(power, 'f', 2));
+        hours << powers.join(' ');
+        QStringList steps;
+        for (const GrowthPoint &point : line.growth)
+            steps << QString("%1:%2").arg(point.days).arg(point.sigma, 0, 'f', 1);
+        growth << steps.join(' ');
+        marks << (line.marks().isEmpty() ? QString("-") : line.marks().join("; "));
+    }
+    using L = FourierLine;
+    return {{"frequency_barycentre", "Hz", numbers(&L::barycentric)},
+            {"frequency_telescope", "Hz", numbers(&L::telescope)},
+            {"period", "s", periods},
+            {"harmonics", "", harmonics},
+            {"power", "", numbers(&L::power)},
+            {"significance", "sigma", numbers(&L::sigma)},
+            {"all_days", "sigma", numbers(&L::sigmaAll)},
+            {"without_strongest", "sigma", numbers(&L::withoutStrongest)},
+            {"first_half", "sigma", numbers(&L::firstHalf)},
+            {"second_half", "sigma", numbers(&L::secondHalf)},
+            {"by_solar_hour", "", hours},
+            {"growth", "", growth},
+            {"remark", "", marks}};
+}
+
+std::vector<Column> daysColumns(const std::vector<FourierDay> &days,
+                                const std::vector<DayVerdict> &verdicts,
+                                const std::vector<bool> &chosen)
+{
+    QStringList names;
+    QStringList counts;
+    QStringList reasons;
+    std::vector<double> sigmas;
+    std::vector<double> above;
+    std::vector<double> expected;
+    std::vector<double> ratios;
+    const double none = std::numeric_limits<double>::quiet_NaN();
+    for (std::size_t i = 0; i < days.size(); ++i) {
+        const bool isWhole = days[i].isWhole();
+        names << dayName(days[i].begin);
+        counts << (chosen[i] ? "yes" : "no");
+        sigmas.push_back(isWhole ? days[i].sigma : none);
+        above.push_back(isWhole ? verdicts[i].above : none);
+        expected.push_back(isWhole ? verdicts[i].expected : none);
+        ratios.push_back(isWhole ? days[i].ratio : none);
+        QStringList parts = {verdicts[i].reason, days[i].remark};
+        parts.removeAll({});
+        const QString reason = parts.join("; ");
+        reasons << (reason.isEmpty() ? QString("-") : QString(reason).replace('\n', ' '));
+    }
+    return {{"day", "UTC", names},
+            {"counts", "", counts},
+            {"sigma", "", sigmas},
+            {"above_5", "", above},
+            {"expected_above_5", "", expected},
+            {"telescope_over_barycentre", "", ratios},
+            {"reason", "", reasons}};
+}
+
+} // namespace Days

@@ -1,0 +1,183 @@
+#include "batch/commands.h"
+#include "batch/dayswork.h"
+#include "batch/fieldoptions.h"
+
+#include <QDate>
+#include <QDir>
+#include <memory>
+
+// survey and stack: analyses over the days of folders.
+
+namespace Batch {
+
+namespace {
+
+using Days::FourierDaysAnalysis;
+using Days::FourierDaysField;
+using Days::FourierDaysParameters;
+
+constexpr char surveyManual[] =
+    "Reads what analyses over days need and keeps it: of each day the sum of the bands over the\n"
+    "stretch, before any base line, as a small result file. Recordings are read once; stacks are\n"
+    "made of what is kept. Days are worked on side by side, in any order and on any number of\n"
+    "machines; what is kept is skipped, so that the same command goes on where it stopped. Days\n"
+    "and recordings that do not fit are told with their reasons.";
+
+constexpr char surveyExamples[] =
+    "Examples: ray 7 from point 1000 of every file on; the second of twelve parts of the days:\n"
+    "  zrt-batch survey --module 1 --ray 7 --dm 26.2 --point 1000 .\n"
+    "  zrt-batch survey --module 1 --ray 7 --dm 26.2 --part 2/12 .";
+
+struct DaysArguments : TableArguments {
+    FieldOptions<FourierDaysParameters> options;
+    std::string kept;
+    std::string dates;
+    std::string part = "1/1";
+    std::string daysOff;
+    std::string interference;
+    bool allDays = false;
+    bool savesSpectra = false;
+};
+
+void addFields(CLI::App &command, const FourierDaysAnalysis &analysis, bool isSurvey,
+               DaysArguments &arguments)
+{
+    for (const FourierDaysField *field : analysis.fields) {
+        if (!isSurvey || analysis.seriesOptions.contains(field->option))
+            arguments.options.add(command, *field);
+    }
+}
+
+CLI::Validator dateRange()
+{
+    return CLI::Validator(
+        [](const std::string &text) {
+            const QStringList ends = QString::fromStdString(text).split(':');
+            const auto isDate = [](const QString &end) {
+                return end.isEmpty() || QDate::fromString(end, Qt::ISODate).isValid();
+            };
+            return ends.size() == 2 && isDate(ends[0]) && isDate(ends[1])
+                       ? std::string()
+                       : "dates are like 2015-04-01:2015-06-30; either may be missing";
+        },
+        "");
+}
+
+CLI::Validator partOfWhole()
+{
+    return CLI::Validator(
+        [](const std::string &text) {
+            const QStringList numbers = QString::fromStdString(text).split('/');
+            return numbers.size() == 2 && numbers[0].toInt() >= 1 &&
+                           numbers[0].toInt() <= numbers[1].toInt()
+                       ? std::string()
+                       : "a part is like 2/12";
+        },
+        "");
+}
+
+// What both commands take beside the fields.
+void addDaysOptions(CLI::App &command, DaysArguments &arguments)
+{
+    command
+        .add_option("--dates", arguments.dates,
+                    "First and last date of the days, UTC, as 2015-04-01:2015-06-30.")
+        ->type_name("DATES")
+        ->check(dateRange());
+    command
+        .add_option("--kept", arguments.kept,
+                    "Folder of the series that are kept. Default: zrt-days in the first folder, or "
+                    "in the user's cache where that cannot be written.")
+        ->type_name("FOLDER");
+}
+
+void addStackOptions(CLI::App &command, DaysArguments &arguments)
+{
+    command.add_flag("--all-days", arguments.allDays,
+                     "Count days too that the rule proposes to leave out.");
+    command
+        .add_option("--days-off", arguments.daysOff,
+                    "Days that do not count: dates, or dates with times as the table of days has "
+                    "them, with commas.")
+        ->type_name("LIST");
+    command
+        .add_option("--interference", arguments.interference,
+                    "List of frequencies and periods that are left out, or none. Default: the "
+                    "user's own list.")
+        ->type_name("FILE");
+    command.add_flag("--save-spectra", arguments.savesSpectra,
+                     "Write the whitened spectra of the days as a result file.");
+}
+
+DaysRequest requestOf(const DaysArguments &arguments)
+{
+    DaysRequest request;
+    request.parameters = arguments.options.parameters;
+    for (const std::string &folder : arguments.inputs)
+        request.folders << QDir::cleanPath(QDir().absoluteFilePath(textOf(folder)));
+    request.kept = textOf(arguments.kept);
+    const QString dates = textOf(arguments.dates);
+    request.firstDate = dates.section(':', 0, 0);
+    request.lastDate = dates.section(':', 1, 1);
+    const QString part = textOf(arguments.part);
+    request.part = part.section('/', 0, 0).toInt();
+    request.parts = part.section('/', 1, 1).toInt();
+    request.allDays = arguments.allDays;
+    request.daysOff = textOf(arguments.daysOff).split(',', Qt::SkipEmptyParts);
+    request.interference = textOf(arguments.interference);
+    request.savesSpectra = arguments.savesSpectra;
+    request.output = outputOptionsOf(arguments);
+    return request;
+}
+
+constexpr char foldersHelp[] = "Folders of recordings (.pnt, .pnthr), with their sub-folders.";
+
+void addSurvey(CLI::App &app, Chosen &chosen, const FourierDaysAnalysis &analysis)
+{
+    CLI::App *const command = app.add_subcommand(Days::surveyCommand, surveyManual);
+    command->footer(surveyExamples);
+    const auto arguments = std::make_shared<DaysArguments>();
+    addFields(*command, analysis, true, *arguments);
+    addDaysOptions(*command, *arguments);
+    command->add_option("--part", arguments->part, "Every N-th day only, from the K-th on.")
+        ->type_name("K/N")
+        ->check(partOfWhole());
+    addRunOptions(*command, *arguments, foldersHelp, "DIR");
+    command->callback([&chosen, arguments] {
+        arguments->options.takeOver();
+        chosen.run = [arguments] {
+            return surveyDays(requestOf(*arguments), runOptionsOf(*arguments));
+        };
+    });
+}
+
+void addAnalysis(CLI::App &app, Chosen &chosen, const FourierDaysAnalysis &analysis)
+{
+    CLI::App *const command =
+        app.add_subcommand(analysis.command.toStdString(), analysis.manual.toStdString());
+    command->footer(analysis.examples.toStdString());
+    const auto arguments = std::make_shared<DaysArguments>();
+    addFields(*command, analysis, false, *arguments);
+    addDaysOptions(*command, *arguments);
+    addStackOptions(*command, *arguments);
+    addRunOptions(*command, *arguments, foldersHelp, "DIR");
+    addOutputOptions(*command, *arguments);
+    command->callback([&chosen, arguments] {
+        arguments->options.takeOver();
+        chosen.paints = !arguments->picture.empty();
+        chosen.run = [arguments] {
+            return stackDays(requestOf(*arguments), runOptionsOf(*arguments));
+        };
+    });
+}
+
+} // namespace
+
+void addDayCommands(CLI::App &app, Chosen &chosen)
+{
+    addSurvey(app, chosen, Days::fourierDaysAnalyses().front());
+    for (const FourierDaysAnalysis &analysis : Days::fourierDaysAnalyses())
+        addAnalysis(app, chosen, analysis);
+}
+
+} // namespace Batch

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "analyses/days/fourierdays.h"
+#include "batch/tablework.h"
+
+namespace Batch {
+
+/// Work on the days of folders. Parameters and days are those of the form.
+struct DaysRequest {
+    Days::FourierDaysParameters parameters;
+    QStringList folders;
+    QString kept;      ///< folder that keeps series; empty: Days::keptFolder() of the first folder
+    QString firstDate; ///< "yyyy-MM-dd"; empty: from the first on
+    QString lastDate;  ///< included; empty: to the last
+    int part = 1;      ///< of so many parts of the days
+    int parts = 1;
+    bool allDays = false; ///< also those that the rule proposes to leave out
+    QStringList daysOff;  ///< dates, or names of days as Days::dayName() gives them
+    QString interference; ///< file of the list; "none"; empty: the user's own
+    bool savesSpectra = false;
+    OutputOptions output;
+};
+
+/// What both commands begin with: the recordings, their days, and where series are kept.
+struct FoundDays {
+    RecordingSet set;
+    Days::DayPlan plan; ///< its days are those of the asked dates
+    Days::KeptFolder kept;
+    Failure failure;
+    QStringList remarks; ///< which recordings and days do not fit, and why
+};
+FoundDays findDays(const DaysRequest &request);
+
+/// Makes the series that are kept of each day: one item of work per day.
+ExitCode surveyDays(const DaysRequest &request, const RunOptions &options);
+
+/// Spectra of all days and their stack: one item of work.
+ExitCode stackDays(const DaysRequest &request, const RunOptions &options);
+
+} // namespace Batch

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "calc/pulsar/problems.h"
+#include "data/observationdata.h"
+#include "results/report.h"
+
+#include <QString>
+#include <vector>
+
+/// Hum and lines that a user wants out of a series before it is searched. The list is a text:
+/// "hum" for mains hum as measured, frequencies in Hz as the sampling shows them, "33.3" for a line
+/// or "24.9-25.1" for a band; separated by commas. Empty: nothing is cut.
+namespace Pulsar {
+
+/// A range of frequencies that was taken out.
+struct CutBand {
+    double low = 0;      ///< Hz, as the sampling shows it
+    double high = 0;     ///< Hz
+    double variance = 0; ///< part of the variance of the series that went with it
+    bool isHum = false;
+};
+
+/// What is wrong with a list for a recording.
+Problems checkCut(const ObservationData &header, const QString &list);
+
+/// Takes what a list without problems names out of a series: everything that oscillates within the
+/// bands, the hum found in the series and then the lines in their order.
+///
+/// @return what was taken out; nothing of hum where none was found
+std::vector<CutBand> cutOut(const QString &list, double tresolution, std::vector<double> &series);
+
+/// What a report says of it.
+Results::Report cutReport(const QString &list, const std::vector<CutBand> &bands);
+
+} // namespace Pulsar

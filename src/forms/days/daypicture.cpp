@@ -1,0 +1,253 @@
+#include "forms/days/daypicture.h"
+
+#include "base/timetext.h"
+#include "picture/colourmap.h"
+#include "picture/plotgeometry.h"
+#include "picture/plotmarks.h"
+#include "plot/handon.h"
+#include "plot/pulsargrafik.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int marginTop = 18;
+constexpr int marginBottom = 6;
+constexpr int labelDistance = 15; // pixels
+constexpr int barWidth = 8;       // of the scale of colours
+const QColor harmonicsColour(230, 110, 0);
+const QColor markColour(255, 255, 255);
+
+QRgb paleOf(QRgb colour)
+{
+    const auto towards = [](int channel) { return 200 + (channel - 200) / 4; };
+    return qRgb(towards(qRed(colour)), towards(qGreen(colour)), towards(qBlue(colour)));
+}
+
+// Where a pixel stands for many bins, the greatest of them is high everywhere.
+float highestShown(std::vector<float> values)
+{
+    constexpr float leastHighest = 8;
+    constexpr double share = 0.995;
+    values.erase(
+        std::remove_if(values.begin(), values.end(), [](float value) { return std::isnan(value); }),
+        values.end());
+    if (values.empty())
+        return leastHighest;
+    const auto place = values.begin() + std::ptrdiff_t(double(values.size() - 1) * share);
+    std::nth_element(values.begin(), place, values.end());
+    return std::max(leastHighest, std::ceil(*place));
+}
+
+} // namespace
+
+DayPicture::DayPicture(QWidget *parent) : QWidget(parent)
+{
+    setMouseTracking(true);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+}
+
+void DayPicture::setPlot(PulsarGrafik *plotBelow)
+{
+    plot = plotBelow;
+    connect(plot, &PulsarGrafik::viewChanged, this, &DayPicture::renew);
+    connect(plot, &PulsarGrafik::fundamentalChanged, this, qOverload<>(&QWidget::update));
+}
+
+void DayPicture::setRows(std::vector<Row> newRows, std::shared_ptr<const void> keeper)
+{
+    rows = std::move(newRows);
+    owner = std::move(keeper);
+    renew();
+}
+
+void DayPicture::markDay(int day)
+{
+    markedDay = day;
+    update();
+}
+
+QRect DayPicture::area() const
+{
+    return {Plot::marginLeft, marginTop, width() - Plot::marginLeft - Plot::marginRight,
+            height() - marginTop - marginBottom};
+}
+
+void DayPicture::renew()
+{
+    imageIsStale = true;
+    update();
+}
+
+void DayPicture::renewImage()
+{
+    imageIsStale = false;
+    const QSize size = area().size() * devicePixelRatioF();
+    image = QImage();
+    if (!plot || rows.empty() || size.width() < 2 || size.height() < 2)
+        return;
+    const PulsarGrafik::VisibleRange shown = plot->visibleRange();
+    const int lines = std::min(int(rows.size()), size.height());
+    std::vector<Plot::PictureRow> powers;
+    for (const Row &row : rows)
+        powers.push_back(row.powers);
+    const std::vector<float> values =
+        Plot::rowMaxima(powers, {shown.first, shown.first + shown.points}, size.width(), lines);
+    highest = highestShown(values);
+    image = QImage(size.width(), lines, QImage::Format_RGB32);
+    for (int line = 0; line < lines; ++line) {
+        const bool isOn = rows[std::size_t(qint64(line) * qint64(rows.size()) / lines)].isOn;
+        const float *const from = values.data() + qint64(line) * size.width();
+        auto *const pixels = reinterpret_cast<QRgb *>(image.scanLine(line));
+        for (int i = 0; i < size.width(); ++i) {
+            const QRgb colour = Plot::colourOfValue(from[i], 0, highest);
+            pixels[i] = isOn ? colour : paleOf(colour);
+        }
+    }
+}
+
+void DayPicture::resizeEvent(QResizeEvent * /*event*/)
+{
+    renew();
+}
+
+void DayPicture::paintEvent(QPaintEvent * /*event*/)
+{
+    if (imageIsStale)
+        renewImage();
+    QPainter painter(this);
+    painter.fillRect(rect(), Qt::white);
+    const QRect inner = area();
+    if (inner.width() < 2 || inner.height() < 2)
+        return;
+    QFont small = font();
+    small.setPixelSize(12);
+    painter.setFont(small);
+    if (!image.isNull())
+        painter.drawImage(inner, image);
+    painter.setPen(Qt::black);
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(inner.adjusted(-1, -1, 0, 0));
+    paintRows(painter);
+    paintHarmonics(painter);
+    paintScale(painter);
+}
+
+// The days at the left, as many as there is room for.
+void DayPicture::paintRows(QPainter &painter) const
+{
+    const QRect inner = area();
+    painter.setPen(Qt::black);
+    const double rowHeight = double(inner.height()) / double(std::max<std::size_t>(1, rows.size()));
+    const int every = std::max(1, int(std::ceil(labelDistance / rowHeight)));
+    for (int row = 0; row < int(rows.size()); row += every) {
+        const int y = std::max(inner.top() + 7, inner.top() + int((row + 0.5) * rowHeight));
+        painter.drawText(QRect(0, y - 8, inner.left() - 4, 16), Qt::AlignRight | Qt::AlignVCenter,
+                         textOfTime(rows[std::size_t(row)].begin, "dd.MM.yy"));
+    }
+    for (int row = 0; row < int(rows.size()); ++row) {
+        if (rows[std::size_t(row)].day != markedDay)
+            continue;
+        painter.setPen(QPen(markColour, 1));
+        painter.drawRect(QRectF(inner.left(), inner.top() + row * rowHeight, inner.width() - 1,
+                                std::max(2.0, rowHeight)));
+    }
+}
+
+void DayPicture::paintHarmonics(QPainter &painter) const
+{
+    if (!plot || !plot->fundamental())
+        return;
+    const PulsarGrafik::VisibleRange shown = plot->visibleRange();
+    Plot::View view;
+    view.width = width();
+    view.height = height();
+    view.first = shown.first;
+    view.points = shown.points;
+    view.allPoints = plot->data().numPoints;
+    const QRect inner = area();
+    for (const Plot::Harmonic &harmonic :
+         Plot::harmonicsInSight(plot->data(), view, *plot->fundamental())) {
+        QColor colour = harmonicsColour;
+        colour.setAlpha(harmonic.number == 1 ? 255 : 150);
+        painter.setPen(colour);
+        const double x = std::trunc(harmonic.x);
+        if (x >= inner.left() && x <= inner.right())
+            painter.drawLine(QLineF(x, inner.top(), x, inner.bottom()));
+    }
+}
+
+void DayPicture::paintScale(QPainter &painter) const
+{
+    const QRect inner = area();
+    const QRect bar(width() - Plot::marginRight + 5, inner.top(), barWidth, inner.height());
+    for (int y = 0; y < bar.height(); ++y) {
+        const double share = 1 - double(y) / std::max(1, bar.height() - 1);
+        const auto colour = std::size_t(std::lround(share * (Plot::colourCount - 1)));
+        painter.fillRect(bar.left(), bar.top() + y, bar.width(), 1,
+                         QColor(Plot::colourMap()[colour]));
+    }
+    painter.setPen(Qt::black);
+    const QString scale = QString("P from 0 to %1; noise has 1").arg(double(highest));
+    const QString title = QString("power of %1 days over frequency").arg(rows.size());
+    const QRect line(4, 0, width() - 8, marginTop);
+    painter.drawText(line, Qt::AlignRight | Qt::AlignVCenter, scale);
+    const int left = line.width() - painter.fontMetrics().horizontalAdvance(scale) - 2 * barWidth;
+    painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter,
+                     painter.fontMetrics().elidedText(title, Qt::ElideRight, left));
+}
+
+std::optional<int> DayPicture::rowAt(const QPoint &pixel) const
+{
+    const QRect inner = area();
+    if (rows.empty() || !inner.contains(pixel))
+        return {};
+    const auto count = int(rows.size());
+    return std::clamp(int(qint64(pixel.y() - inner.top()) * count / inner.height()), 0, count - 1);
+}
+
+void DayPicture::mousePressEvent(QMouseEvent *event)
+{
+    pressPoint = event->pos();
+    if (!plot)
+        return;
+    plot->setFocus(Qt::MouseFocusReason); // its keys work after a click here too
+    Plot::handOn(*event, *plot, 0);
+}
+
+void DayPicture::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!plot)
+        return;
+    Plot::handOn(*event, *plot, 1); // the cursors' keys need the place of the pointer
+    const std::optional<int> row = rowAt(event->pos());
+    if (!row || event->buttons() != Qt::NoButton)
+        return;
+    const QRect inner = area();
+    const PulsarGrafik::VisibleRange shown = plot->visibleRange();
+    const double index =
+        shown.first + (event->localPos().x() - inner.left()) * shown.points / inner.width();
+    emit pointed(rows[std::size_t(*row)].day, index);
+}
+
+void DayPicture::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (!plot)
+        return;
+    const std::optional<int> row = rowAt(event->pos());
+    if (row && event->button() == Qt::LeftButton && event->pos() == pressPoint) {
+        Plot::handOn(*event, *plot, 0); // a click, not a rectangle
+        emit dayClicked(rows[std::size_t(*row)].day);
+        return;
+    }
+    Plot::handOn(*event, *plot, 1);
+}
+
+void DayPicture::wheelEvent(QWheelEvent *event)
+{
+    if (plot)
+        Plot::handOn(*event, *plot);
+}

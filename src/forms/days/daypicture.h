@@ -1,0 +1,72 @@
+#pragma once
+
+#include "analyses/days/fourierstack.h"
+#include "picture/rowmaxima.h"
+
+#include <QImage>
+#include <QWidget>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class PulsarGrafik;
+
+/// The whitened powers of days over frequency as colours, a row per day with the first on top,
+/// above the plot of their stack, whose X axis it shares. It has the plot's left and right
+/// margins, shows its harmonics, and hands wheel and drags on to it. Days that do not count are
+/// pale.
+class DayPicture : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit DayPicture(QWidget *parent = nullptr);
+
+    /// @param plotBelow  of the same width; outlives the picture
+    void setPlot(PulsarGrafik *plotBelow);
+
+    struct Row {
+        int day = 0; ///< index of the day, for pointed()
+        QDateTime begin;
+        Plot::PictureRow powers;
+        bool isOn = true;
+    };
+    /// @param keeper  owns the powers
+    void setRows(std::vector<Row> newRows, std::shared_ptr<const void> keeper);
+    /// Frames the row of a day; -1: none.
+    void markDay(int day);
+
+    QSize sizeHint() const override { return {800, 240}; }
+    QSize minimumSizeHint() const override { return {300, 80}; }
+
+signals:
+    /// The pointer stands on a day, at an index of the plot.
+    void pointed(int day, double index);
+    /// A click on the row of a day.
+    void dayClicked(int day);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+
+private:
+    QRect area() const;
+    void renew();
+    void renewImage();
+    std::optional<int> rowAt(const QPoint &pixel) const;
+    void paintRows(QPainter &painter) const;
+    void paintHarmonics(QPainter &painter) const;
+    void paintScale(QPainter &painter) const;
+
+    PulsarGrafik *plot = nullptr;
+    std::vector<Row> rows;
+    std::shared_ptr<const void> owner;
+    QImage image; // of what is in sight, a pixel each
+    bool imageIsStale = true;
+    float highest = 8; // power of the lightest colour; the darkest is that of 0
+    int markedDay = -1;
+    QPoint pressPoint;
+};

@@ -1,0 +1,174 @@
+#include "forms/days/daysmodel.h"
+
+#include "base/timetext.h"
+
+#include <QColor>
+#include <QGuiApplication>
+#include <QPalette>
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int digits = 4; // significant, of sigma
+constexpr int headerDigits = 6;
+
+// The same digits for all days, so that they can be compared at a glance.
+QString sigmaText(double sigma)
+{
+    if (!(sigma > 0))
+        return {};
+    const int decimals = digits - 1 - int(std::floor(std::log10(sigma)));
+    return decimals >= 0 && decimals <= 2 * digits ? QString::number(sigma, 'f', decimals)
+                                                   : QString::number(sigma, 'g', digits);
+}
+
+QString textOf(const DayRow &day, int column)
+{
+    switch (column) {
+    case DaysModel::Date:
+        return day.begin.isValid() ? textOfTime(day.begin, "yyyy-MM-dd hh:mm:ss") : day.name;
+    case DaysModel::Sigma:
+        return sigmaText(day.sigma);
+    case DaysModel::Power:
+        return day.power >= 0 ? QString::number(day.power, 'f', 1) : QString();
+    default:
+        return day.reason;
+    }
+}
+
+QVariant sortValue(const DayRow &day, int column)
+{
+    switch (column) {
+    case DaysModel::Date:
+        return day.begin.isValid() ? QVariant(day.begin.toMSecsSinceEpoch()) : QVariant(day.name);
+    case DaysModel::Sigma:
+        return day.sigma;
+    case DaysModel::Power:
+        return day.power;
+    default:
+        return day.reason;
+    }
+}
+
+// Paler than the others, but legible on any ground.
+QColor paleText()
+{
+    QColor colour = QGuiApplication::palette().color(QPalette::Text);
+    constexpr double opacity = 0.6;
+    colour.setAlphaF(opacity);
+    return colour;
+}
+
+} // namespace
+
+void DaysModel::setRows(std::vector<DayRow> newRows)
+{
+    beginResetModel();
+    days = std::move(newRows);
+    endResetModel();
+}
+
+void DaysModel::updateRows(const std::vector<DayRow> &newRows)
+{
+    if (newRows.size() != days.size()) {
+        setRows(newRows);
+        return;
+    }
+    days = newRows;
+    if (!days.empty())
+        emit dataChanged(index(0, 0), index(int(days.size()) - 1, ColumnCount - 1));
+}
+
+void DaysModel::setPowers(const std::vector<double> &powers, double newFrequency)
+{
+    const std::size_t count = std::min(powers.size(), days.size());
+    if (frequency != newFrequency) {
+        frequency = newFrequency;
+        emit headerDataChanged(Qt::Horizontal, Power, Power);
+    }
+    bool isChanged = false;
+    for (std::size_t row = 0; row < count; ++row) {
+        isChanged = isChanged || days[row].power != powers[row];
+        days[row].power = powers[row];
+    }
+    if (isChanged)
+        emit dataChanged(index(0, Power), index(int(count) - 1, Power));
+}
+
+int DaysModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : int(days.size());
+}
+
+int DaysModel::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : ColumnCount;
+}
+
+QVariant DaysModel::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid())
+        return {};
+    const DayRow &day = days[std::size_t(index.row())];
+    switch (role) {
+    case Qt::DisplayRole:
+        return textOf(day, index.column());
+    case Qt::ToolTipRole:
+        return day.reason.isEmpty() ? textOf(day, index.column()) : day.reason;
+    case Qt::CheckStateRole:
+        if (index.column() != Date || !day.canCount)
+            return {};
+        return day.isOn ? Qt::Checked : Qt::Unchecked;
+    case Qt::TextAlignmentRole:
+        if (index.column() == Sigma || index.column() == Power)
+            return int(Qt::AlignRight | Qt::AlignVCenter);
+        return {};
+    case Qt::ForegroundRole:
+        if (!day.canCount || !day.isOn)
+            return paleText();
+        return {};
+    case sortRole:
+        return sortValue(day, index.column());
+    default:
+        return {};
+    }
+}
+
+bool DaysModel::setData(const QModelIndex &index, const QVariant &value, int role)
+{
+    if (role != Qt::CheckStateRole || !index.isValid() || index.column() != Date)
+        return false;
+    DayRow &day = days[std::size_t(index.row())];
+    const bool isOn = value.toInt() == Qt::Checked;
+    if (!day.canCount || day.isOn == isOn)
+        return false;
+    day.isOn = isOn;
+    emit dataChanged(this->index(index.row(), 0), this->index(index.row(), ColumnCount - 1));
+    emit switched(index.row(), isOn);
+    return true;
+}
+
+QVariant DaysModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal)
+        return {};
+    if (role == Qt::ToolTipRole && section == Power)
+        return frequency > 0 ? QString("Power at %1 Hz, under the cursor; noise has 1")
+                                   .arg(frequency, 0, 'g', headerDigits)
+                             : QString("Power under the cursor; noise has 1");
+    if (role == Qt::ToolTipRole && section == Sigma)
+        return "Standard deviation of the series less its base line";
+    if (role != Qt::DisplayRole)
+        return {};
+    const char *const names[ColumnCount] = {"Day, UTC", "Sigma", "P", "Reason"};
+    return names[section];
+}
+
+Qt::ItemFlags DaysModel::flags(const QModelIndex &index) const
+{
+    const Qt::ItemFlags common = Qt::ItemIsSelectable | Qt::ItemIsEnabled;
+    if (!index.isValid() || index.column() != Date || !days[std::size_t(index.row())].canCount)
+        return common;
+    return common | Qt::ItemIsUserCheckable;
+}

@@ -1,0 +1,292 @@
+#include "forms/days/fourierform.h"
+
+#include "app/shell/centralwidget.h"
+#include "app/shell/errorbox.h"
+#include "app/shell/lastvalues.h"
+#include "app/shell/settings.h"
+#include "data/truenumbers.h"
+#include "fields/fieldstyles.h"
+#include "forms/days/daysfields.h"
+#include "forms/days/daysmodel.h"
+#include "forms/days/fouriergrafikinfo.h"
+#include "forms/days/spectrumview.h"
+#include "results/reporttext.h"
+#include "ui_fourierform.h"
+
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QSortFilterProxyModel>
+#include <algorithm>
+#include <cmath>
+
+// The inputs: what they hold, what is wrong with them, and which days they give.
+
+namespace {
+
+constexpr int inputDelay = 250; // ms
+constexpr int stackDelay = 150; // ms
+constexpr char clockOffsetKey[] = "clockOffset";
+
+} // namespace
+
+FourierForm::FourierForm(const QString &path, int ffa, int map, int search, QWidget *parent)
+    : DirectoryForm(path, parent), ui(new Ui::FourierForm), days(new DaysModel(this)),
+      sortedDays(new QSortFilterProxyModel(this))
+{
+    Q_ASSERT(Days::findDayAnalysis({ffa != 0, map != 0, search != 0}));
+    ui->setupUi(this);
+    ui->filePath->showDirectory(directory);
+    DaysFields::fillChoices(this);
+    ui->clockOffset->setText(Settings::store().value(clockOffsetKey, "0").toString());
+    sortedDays->setSourceModel(days);
+    sortedDays->setSortRole(DaysModel::sortRole);
+    ui->days->setModel(sortedDays);
+    ui->days->sortByColumn(DaysModel::Date, Qt::AscendingOrder);
+    ui->days->verticalHeader()->hide();
+    ui->days->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 4);
+    ui->days->horizontalHeader()->setStretchLastSection(true);
+    view = new SpectrumView;
+    view->showMessage("Reading the headers of the recordings...");
+    fillCentralWidget(this, view, nullptr);
+
+    inputTimer.setSingleShot(true);
+    inputTimer.setInterval(inputDelay);
+    stackTimer.setSingleShot(true);
+    stackTimer.setInterval(stackDelay);
+    readInterference();
+    connectInputs();
+    chooseStart();
+    lastValues = std::make_unique<LastValues>(this);
+    ui->sourceField->setFocus();
+    readRecordings();
+}
+
+FourierForm::~FourierForm() = default;
+
+void FourierForm::connectInputs()
+{
+    for (const QLineEdit *field : findChildren<QLineEdit *>()) // those of spin boxes as well
+        connect(field, &QLineEdit::textChanged, this, &FourierForm::changeInput);
+    for (const QComboBox *field : findChildren<QComboBox *>())
+        connect(field, qOverload<int>(&QComboBox::currentIndexChanged), this,
+                &FourierForm::changeInput);
+    for (const QCheckBox *field : findChildren<QCheckBox *>())
+        connect(field, &QCheckBox::toggled, this, &FourierForm::changeInput);
+    for (const QRadioButton *button : findChildren<QRadioButton *>())
+        connect(button, &QRadioButton::toggled, this, &FourierForm::chooseStart);
+    // Who types a start means it.
+    const std::pair<QLineEdit *, QRadioButton *> starts[] = {{ui->firstPoint, ui->isFirstPoint},
+                                                             {ui->zrtUtc, ui->isZrtUtc},
+                                                             {ui->siderealTime, ui->isSidereal}};
+    for (const auto &[field, button] : starts)
+        connect(field, &QLineEdit::textEdited, button, [button] { button->setChecked(true); });
+    for (const QLineEdit *field : ui->sourceField->findChildren<QLineEdit *>())
+        connect(field, &QLineEdit::textEdited, this, [this] { ui->isSource->setChecked(true); });
+    connect(ui->nearestBeam, &QCheckBox::toggled, this, &FourierForm::chooseStart);
+    connect(&inputTimer, &QTimer::timeout, this, &FourierForm::plan);
+    connect(ui->pushButton, &QPushButton::clicked, this, &FourierForm::compute);
+    connect(ui->commandButton, &QPushButton::clicked, this, &FourierForm::copyCommand);
+
+    connect(&stackTimer, &QTimer::timeout, this, &FourierForm::restack);
+    connect(days, &DaysModel::switched, this, &FourierForm::switchDay);
+    connect(ui->allOn, &QPushButton::clicked, this, [this] { switchAll(true); });
+    connect(ui->allOff, &QPushButton::clicked, this, [this] { switchAll(false); });
+    connect(ui->asProposed, &QPushButton::clicked, this, [this] { switchAll({}); });
+    connect(ui->days->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+            [this](const QModelIndex &row) { view->markDay(sortedDays->mapToSource(row).row()); });
+    connect(view, &SpectrumView::dayClicked, this, [this](int day) {
+        ui->days->setCurrentIndex(sortedDays->mapFromSource(days->index(day, 0)));
+    });
+    connect(view, &SpectrumView::cursorMoved, this, &FourierForm::showPowers);
+    connect(view, &SpectrumView::markedFrequencyChanged, &stackTimer, qOverload<>(&QTimer::start));
+    connect(view->panel(), &FourierGrafikInfo::leaveOutWanted, this, &FourierForm::leaveOut);
+    connect(view->panel(), &FourierGrafikInfo::interferenceWanted, this,
+            &FourierForm::editInterference);
+    connect(view->panel(), &FourierGrafikInfo::spectraWanted, this, &FourierForm::saveSpectra);
+    connect(view->panel(), &FourierGrafikInfo::tablesWanted, this, &FourierForm::saveTables);
+    for (Jobs::Worker *const one : {&worker, &planner, &stacker}) {
+        connect(one, &Jobs::Worker::ended, this, [this](const Jobs::Ending &ending) {
+            if (recordings && ending.kind == Jobs::Ending::Failed)
+                showError(window(), ending.problem);
+        });
+    }
+    connect(&stacker, &Jobs::Worker::ended, this, [this] {
+        if (isStale)
+            stackTimer.start();
+    });
+    connect(&worker, &Jobs::Worker::ended, &stackTimer, qOverload<>(&QTimer::start));
+}
+
+void FourierForm::recordingsRead()
+{
+    fillPresets();
+    ui->pushButton->setEnabled(true);
+    view->showMessage("Choose a place in the day and press Compute");
+    plan();
+}
+
+// What the first recording that can be used has.
+void FourierForm::fillPresets()
+{
+    const auto first = std::find_if(
+        recordings->entries.begin(), recordings->entries.end(), [](const RecordingEntry &entry) {
+            return entry.state == RecordingState::Whole || entry.state == RecordingState::Short;
+        });
+    const ObservationData &header = first->header;
+    ui->module->setValue(moduleNumber(header, 0));
+    ui->ray->setValue(rayNumber(header, 0));
+    ui->dispersion->setText(QString::number(std::max(0, header.dispersion)));
+    int points = Days::DayPlace().points;
+    while (points > Days::fewestPoints && points > first->completePoints)
+        points /= 2;
+    ui->points->setCurrentText(QString::number(points));
+    const QString site = Days::siteOf(first->path);
+    ui->nearestBeam->setChecked(!site.isEmpty());
+    ui->isFirstPoint->setChecked(true); // which every recording has
+}
+
+// Fields of a start that is not chosen keep their texts, which do not count.
+void FourierForm::chooseStart()
+{
+    const bool isNearest = ui->isSource->isChecked() && ui->nearestBeam->isChecked();
+    ui->nearestBeam->setEnabled(ui->isSource->isChecked());
+    ui->module->setEnabled(!isNearest);
+    ui->ray->setEnabled(!isNearest);
+    changeInput();
+}
+
+void FourierForm::changeInput()
+{
+    if (recordings)
+        inputTimer.start();
+}
+
+Days::FourierDaysParameters FourierForm::readParameters(std::vector<FieldProblem> &problems) const
+{
+    Days::FourierDaysParameters parameters = DaysFields::read(this, problems);
+    if (!ui->isSource->isChecked())
+        parameters.source = parameters.alfa = parameters.delta = QString();
+    if (!ui->isZrtUtc->isChecked())
+        parameters.utc.clear();
+    if (!ui->isSidereal->isChecked())
+        parameters.siderealTime.clear();
+    if (!ui->isFirstPoint->isChecked())
+        parameters.firstPoint = 0;
+    if (ui->isSource->isChecked() && !ui->sourceField->position())
+        problems.push_back({"source", "Name a source, or give its RA and Dec."});
+    if (ui->isZrtUtc->isChecked() && parameters.utc.isEmpty())
+        problems.push_back({"zrtUtc", "Give the UTC of the first point, hh:mm:ss."});
+    if (ui->isSidereal->isChecked() && parameters.siderealTime.isEmpty())
+        problems.push_back(
+            {"siderealTime", "Give the sidereal time of the first point, hh:mm:ss."});
+    return parameters;
+}
+
+// All problems in one place, which moves no field; the fields that they concern are marked.
+void FourierForm::showProblems(const std::vector<FieldProblem> &problems)
+{
+    for (const FieldProblem &old : planProblems) {
+        if (QWidget *const field = DaysFields::fieldOf(this, old.field))
+            FieldStyles::setStyle(field, "");
+    }
+    planProblems = problems;
+    QStringList texts;
+    for (const FieldProblem &problem : problems) {
+        texts << problem.text;
+        if (QWidget *const field = DaysFields::fieldOf(this, problem.field))
+            FieldStyles::setStyle(field, FieldStyles::failing);
+    }
+    texts.removeDuplicates();
+    ui->problems->setText(texts.join('\n'));
+    FieldStyles::setStyle(ui->problems, FieldStyles::failing);
+    ui->problems->setVisible(!texts.isEmpty());
+}
+
+// Finds the days for what stands in the fields, beside the window.
+void FourierForm::plan()
+{
+    if (!recordings)
+        return;
+    std::vector<FieldProblem> problems;
+    const Days::FourierDaysParameters parameters = readParameters(problems);
+    if (!problems.empty()) {
+        planner.stop();
+        showProblems(problems);
+        return;
+    }
+    using Plan = std::shared_ptr<const Days::DayPlan>;
+    planner.start<Plan>(
+        [set = recordings, parameters](const Jobs::Control &, const Jobs::Deliver<Plan> &deliver) {
+            deliver(std::make_shared<const Days::DayPlan>(Days::planDays(*set, parameters)));
+        },
+        [this](const Plan &made) { takePlan(*made); });
+    // What needs no reading counts at once.
+    stackTimer.start();
+}
+
+void FourierForm::takePlan(const Days::DayPlan &made)
+{
+    showProblems(made.problems);
+    showSource(made);
+    if (!made.problems.empty())
+        return;
+    ui->daysText->setText(planText(made));
+    if (!spectra)
+        listDays(made);
+}
+
+void FourierForm::showSource(const Days::DayPlan &made)
+{
+    const RecordingEntry &first = recordings->entries.front();
+    ui->sourceField->setSetting({Days::siteOf(first.path), first.begin.date(),
+                                 ui->points->currentText().toInt(), first.header.tresolution});
+    if (!ui->module->isEnabled() && made.beam.module > 0) {
+        ui->module->setValue(made.beam.module);
+        ui->ray->setValue(made.beam.ray);
+    }
+}
+
+QString FourierForm::planText(const Days::DayPlan &made) const
+{
+    const auto usable = std::count_if(made.list.days.begin(), made.list.days.end(),
+                                      [](const Days::Day &day) { return day.reason.isEmpty(); });
+    QString text = QString("Recordings: %1, days: %2").arg(recordings->entries.size()).arg(usable);
+    const auto unusable = qint64(made.list.days.size()) - usable;
+    if (unusable > 0)
+        text += QString(", days that do not fit: %1").arg(unusable);
+    if (!made.list.leftOut.empty())
+        text += QString(", recordings left out: %1").arg(made.list.leftOut.size());
+    if (usable == 0)
+        text += ". The list says why";
+    return text;
+}
+
+void FourierForm::compute()
+{
+    if (!recordings)
+        return;
+    inputTimer.stop();
+    std::vector<FieldProblem> problems;
+    SpectraRequest request = {recordings, directory, readParameters(problems)};
+    showProblems(problems);
+    if (!problems.empty()) {
+        if (QWidget *const field = DaysFields::fieldOf(this, problems.front().field))
+            field->setFocus();
+        return;
+    }
+    Settings::store().setValue(clockOffsetKey, ui->clockOffset->text());
+    arrived.clear();
+    worker.start<SpectraNews>(
+        [request](const Jobs::Control &control, const Jobs::Deliver<SpectraNews> &deliver) {
+            readSpectra(request, control, deliver);
+        },
+        [this](SpectraNews news) { takeNews(std::move(news)); });
+}
+
+void FourierForm::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        compute();
+    else
+        QWidget::keyPressEvent(event);
+}

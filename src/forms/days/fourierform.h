@@ -1,0 +1,94 @@
+#pragma once
+
+#include "forms/days/directoryform.h"
+#include "forms/days/fourierjobs.h"
+#include "results/resulttable.h"
+
+#include <QTimer>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class DaysModel;
+class LastValues;
+class SpectrumView;
+class QSortFilterProxyModel;
+namespace Ui {
+class FourierForm;
+}
+
+/// Spectra of one place of the sky on all days of a directory, and their stack: inputs and the list
+/// of days on the left, the pictures in the middle, what is told of them on the right. Recordings
+/// are read once; a day that is switched only changes the stack.
+class FourierForm : public DirectoryForm {
+    Q_OBJECT
+
+public:
+    /// @param directory  full path
+    /// @param ffa        1: periodograms instead of Fourier spectra
+    /// @param map        1: a map of harmonics
+    /// @param search     1: a search for signals. The three are those of a menu command
+    ///                   that is enabled
+    /// @param parent     the main window
+    FourierForm(const QString &directory, int ffa, int map, int search, QWidget *parent);
+    ~FourierForm() override;
+
+public slots:
+    /// Reads the days beside the window and ends the reading that runs. Inputs with problems are
+    /// not computed: the first such field gets the focus.
+    void compute();
+    void copyCommand();
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    void recordingsRead() override;
+
+private:
+    void connectInputs();
+    void fillPresets();
+    void chooseStart();
+    void changeInput();
+    Days::FourierDaysParameters readParameters(std::vector<FieldProblem> &problems) const;
+    void showProblems(const std::vector<FieldProblem> &problems);
+    void plan();
+    void takePlan(const Days::DayPlan &plan);
+    void showSource(const Days::DayPlan &plan);
+
+    void takeNews(SpectraNews news);
+    void addArrived();
+    void restack();
+    void takeStack(const std::shared_ptr<const StackOutcome> &outcome);
+    void listDays(const Days::DayPlan &plan);
+    void showDays();
+    void showPowers();
+    void switchDay(int row, bool isOn);
+    void switchAll(std::optional<bool> isOn);
+    void leaveOut(int line);
+    void editInterference();
+    void readInterference();
+    QString planText(const Days::DayPlan &plan) const;
+    QString usedText() const;
+    QStringList daysOff() const;
+    void saveSpectra();
+    void saveTables();
+    std::vector<std::pair<QString, Results::ResultTable>> tables() const;
+
+    const std::unique_ptr<Ui::FourierForm> ui;
+    std::unique_ptr<LastValues> lastValues;
+    SpectrumView *view = nullptr;
+    DaysModel *const days;
+    QSortFilterProxyModel *const sortedDays;
+    std::vector<Days::Interference> leftOut; // of the program
+
+    std::vector<FieldProblem> planProblems;   // of the inputs as they stand
+    std::shared_ptr<DaySpectra> spectra;      // changes only while the stacker is idle
+    std::vector<SpectraNews> arrived;         // not in the spectra yet
+    std::vector<std::optional<bool>> decided; // by the user, one per day
+    std::shared_ptr<const StackOutcome> outcome;
+    bool isStale = false; // the stack is not that of what is known now
+
+    QTimer inputTimer{this}; // until numbers that are being typed are planned
+    QTimer stackTimer{this}; // collects days that come close together
+    Jobs::Worker planner;
+    Jobs::Worker stacker;
+};

@@ -1,0 +1,320 @@
+// The days of the form: their spectra, which of them count, their stack, and what is saved of it.
+
+#include "analyses/days/stacktables.h"
+#include "app/shell/errorbox.h"
+#include "app/shell/settings.h"
+#include "coords/skyposition.h"
+#include "forms/days/daysmodel.h"
+#include "forms/days/fourierform.h"
+#include "forms/days/fouriergrafikinfo.h"
+#include "forms/days/interferencedialog.h"
+#include "forms/days/linesmodel.h"
+#include "forms/days/spectrumview.h"
+#include "plot/savedialog.h"
+#include "ui_fourierform.h"
+
+#include <QClipboard>
+#include <QDir>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QStatusBar>
+
+namespace {
+
+Results::Format formatOf(const QString &suffix)
+{
+    if (suffix.compare("csv", Qt::CaseInsensitive) == 0)
+        return Results::Format::Csv;
+    return suffix.compare("json", Qt::CaseInsensitive) == 0 ? Results::Format::Json
+                                                            : Results::Format::Text;
+}
+
+} // namespace
+
+void FourierForm::takeNews(SpectraNews news)
+{
+    if (!news.begun) {
+        arrived.push_back(std::move(news));
+        if (!stackTimer.isActive())
+            stackTimer.start();
+        return;
+    }
+    if (!news.begun->plan.problems.empty()) {
+        showProblems(news.begun->plan.problems);
+        return;
+    }
+    stacker.stop(); // its days are no longer shown
+    spectra = std::make_shared<DaySpectra>(*news.begun);
+    decided.assign(spectra->plan.list.days.size(), {});
+    outcome = nullptr;
+    listDays(spectra->plan);
+    view->showMessage("Computing...");
+}
+
+// Products are put in their places while nobody reads them.
+void FourierForm::addArrived()
+{
+    for (SpectraNews &news : arrived) {
+        for (std::size_t ray = 0; ray < news.rays.size(); ++ray)
+            spectra->rays[ray][std::size_t(news.day)] = std::move(news.rays[ray]);
+    }
+    arrived.clear();
+}
+
+void FourierForm::restack()
+{
+    if (!spectra)
+        return;
+    isStale = stacker.isBusy();
+    if (isStale)
+        return;
+    addArrived();
+    std::vector<FieldProblem> problems;
+    StackRequest request;
+    request.spectra = spectra;
+    request.parameters = spectra->parameters;
+    const Days::FourierDaysParameters typed = readParameters(problems);
+    if (planProblems.empty() && problems.empty()) {
+        request.parameters.harmonics = typed.harmonics;
+        request.parameters.earthMotion = typed.earthMotion;
+        request.parameters.threshold = typed.threshold;
+        request.parameters.equalGains = typed.equalGains;
+    }
+    request.decided = decided;
+    request.frequency = view->markedFrequency();
+    request.leftOut = leftOut;
+    using Outcome = std::shared_ptr<const StackOutcome>;
+    stacker.start<Outcome>(
+        [request](const Jobs::Control &, const Jobs::Deliver<Outcome> &deliver) {
+            deliver(stackSpectra(request));
+        },
+        [this](const Outcome &made) { takeStack(made); });
+}
+
+void FourierForm::takeStack(const std::shared_ptr<const StackOutcome> &made)
+{
+    outcome = made;
+    const SpectrumView::DayList shown(spectra, &spectra->days());
+    view->showStack(shown, outcome->choice.days, outcome->stack, usedText().split('\n'));
+    view->panel()->setUsed(usedText());
+    showDays();
+    showPowers();
+}
+
+// The days that can be used and those that cannot, then the recordings that give none.
+void FourierForm::listDays(const Days::DayPlan &made)
+{
+    std::vector<DayRow> rows;
+    for (const Days::Day &day : made.list.days) {
+        DayRow row;
+        row.begin = day.begin;
+        row.canCount = day.reason.isEmpty();
+        row.reason = day.reason;
+        rows.push_back(row);
+    }
+    for (const Days::LeftOut &left : made.list.leftOut) {
+        DayRow row;
+        row.name =
+            QDir(directory).relativeFilePath(recordings->entries[std::size_t(left.recording)].path);
+        row.canCount = false;
+        row.reason = left.reason;
+        rows.push_back(row);
+    }
+    days->setRows(std::move(rows));
+    constexpr int checkBoxWidth = 40;
+    ui->days->setColumnWidth(
+        DaysModel::Date, fontMetrics().horizontalAdvance("2015-04-01 12:00:00") + checkBoxWidth);
+    ui->days->setColumnWidth(DaysModel::Sigma, 6 * fontMetrics().averageCharWidth() + 12);
+    ui->days->setColumnWidth(DaysModel::Power, 6 * fontMetrics().averageCharWidth() + 6);
+}
+
+void FourierForm::showDays()
+{
+    std::vector<DayRow> rows = days->rows();
+    for (std::size_t i = 0; i < spectra->days().size(); ++i) {
+        const Days::FourierDay &day = spectra->days()[i];
+        DayRow &row = rows[i];
+        row.sigma = day.isWhole() ? day.sigma : 0;
+        row.canCount = row.canCount && day.problem.isEmpty();
+        row.isOn = day.isWhole() ? bool(outcome->choice.days[i])
+                                 : decided[i].value_or(true) && row.canCount;
+        QStringList reasons = {day.isWhole() ? outcome->verdicts[i].reason : day.problem,
+                               day.remark};
+        if (!spectra->plan.list.days[i].reason.isEmpty())
+            continue;
+        reasons.removeAll({});
+        row.reason = reasons.join("; ");
+    }
+    days->updateRows(rows);
+}
+
+void FourierForm::showPowers()
+{
+    days->setPowers(view->powersUnderCursor(), view->frequencyUnderCursor());
+}
+
+void FourierForm::switchDay(int row, bool isOn)
+{
+    if (!spectra || row >= int(decided.size()))
+        return;
+    decided[std::size_t(row)] = isOn;
+    restack();
+}
+
+void FourierForm::switchAll(std::optional<bool> isOn)
+{
+    decided.assign(decided.size(), isOn);
+    restack();
+}
+
+void FourierForm::readInterference()
+{
+    const Days::InterferenceList list = Days::readInterference(Days::interferencePath());
+    leftOut = list.entries;
+    if (!list.problem.isEmpty())
+        showError(window(), "The list of interference cannot be used.", list.problem);
+}
+
+void FourierForm::editInterference()
+{
+    InterferenceDialog dialog(Days::interferencePath(), this);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    readInterference();
+    restack();
+}
+
+void FourierForm::leaveOut(int line)
+{
+    if (!outcome || line < 0 || line >= int(outcome->stack.lines.size()))
+        return;
+    const Days::FourierLine &found = outcome->stack.lines[std::size_t(line)];
+    std::vector<Days::Interference> entries =
+        Days::readInterference(Days::interferencePath()).entries;
+    entries.push_back({found.telescope, false, outcome->stack.binWidth, found.harmonics, {}});
+    if (const WriteFailure failure = Days::writeInterference(Days::interferencePath(), entries)) {
+        showError(window(), "The list of interference was not written.", failure.text());
+        return;
+    }
+    readInterference();
+    restack();
+}
+
+QString FourierForm::usedText() const
+{
+    const Days::FourierDaysParameters &used = spectra->parameters;
+    const Days::FourierStack &stack = outcome->stack;
+    QStringList lines = {
+        directory,
+        QString("%1 of %2 days").arg(stack.days).arg(stack.allDays),
+        QString("Module %1, ray %2").arg(used.module).arg(used.ray),
+        QString("Points %1, step %2 s").arg(used.points).arg(spectra->plan.list.tresolution),
+        QString("Dispersion %1 pc/cm^3").arg(used.dispersion),
+        QString("Bin %1 Hz, %2 trials").arg(stack.binWidth).arg(stack.trials, 0, 'f', 0),
+        QString("Frequencies at the %1").arg(stack.isTurned ? "barycentre" : "telescope")};
+    const Days::FourierDaysChoice &choice = outcome->choice;
+    if (choice.direction.isNumber())
+        lines << QString("Direction %1 %2")
+                     .arg(Tools::rightAscensionText(choice.direction.alfa),
+                          Tools::declinationText(choice.direction.delta));
+    lines << QString("Series are kept in %1%2")
+                 .arg(spectra->kept.path, spectra->kept.isBesideData
+                                              ? QString()
+                                              : QString(", for the directory cannot be written"));
+    if (!leftOut.empty())
+        lines << QString("%1 entries of the list of interference are left out").arg(leftOut.size());
+    lines += spectra->plan.remarks;
+    lines += stack.remarks;
+    return lines.join('\n');
+}
+
+QStringList FourierForm::daysOff() const
+{
+    QStringList names;
+    if (!outcome)
+        return names;
+    for (std::size_t i = 0; i < outcome->choice.days.size(); ++i) {
+        if (!outcome->choice.days[i] && spectra->days()[i].isWhole())
+            names << Days::dayName(spectra->days()[i].begin);
+    }
+    return names;
+}
+
+void FourierForm::copyCommand()
+{
+    std::vector<FieldProblem> problems;
+    const Days::FourierDaysParameters parameters = readParameters(problems);
+    showProblems(problems);
+    if (!problems.empty())
+        return;
+    const QString survey =
+        Days::fourierDaysCommand(Days::surveyCommand, parameters, {}, {directory});
+    const QString stack = Days::fourierDaysCommand(Days::fourierDaysAnalyses().front().command,
+                                                   parameters, daysOff(), {directory});
+    QGuiApplication::clipboard()->setText(survey + "\n" + stack + "\n");
+    constexpr int shownMs = 5000;
+    Settings::instance()->ui().statusbar->showMessage("Both commands are in the clipboard.",
+                                                      shownMs);
+}
+
+void FourierForm::saveSpectra()
+{
+    if (!spectra)
+        return;
+    const QString path = Plot::askForPath(
+        this, "Save spectra", Settings::instance()->lastSavePath(),
+        Days::spectraFileName(spectra->days(), spectra->parameters), "Result file (*.txt)");
+    if (path.isEmpty())
+        return;
+    const WriteFailure failure =
+        writeWhole(path, Days::spectraBytes(spectra->days(), spectra->parameters));
+    if (failure)
+        showError(window(), "The spectra were not saved.", failure.text());
+    else
+        Settings::instance()->setLastSavePath(QFileInfo(path).path());
+}
+
+// Three tables beside each other, all of them or none.
+void FourierForm::saveTables()
+{
+    if (!outcome)
+        return;
+    const Days::FourierDaysParameters &used = outcome->parameters;
+    const QString path = Plot::askForPath(
+        this, "Save tables: spectrum, lines and days", Settings::instance()->lastSavePath(),
+        QString("stack_m%1_r%2.txt").arg(used.module).arg(used.ray),
+        "Text (*.txt);;Comma separated (*.csv);;JSON (*.json)");
+    if (path.isEmpty())
+        return;
+    const QFileInfo file(path);
+    std::vector<FileContent> files;
+    for (const auto &[what, table] : tables())
+        files.push_back({file.dir().filePath(file.completeBaseName() + "_" + what + "." +
+                                             Results::extensionOf(formatOf(file.suffix()))),
+                         table.toBytes(formatOf(file.suffix()))});
+    if (const WriteFailure failure = writeTogether(files))
+        showError(window(), "The tables were not saved.", failure.text());
+    else
+        Settings::instance()->setLastSavePath(file.path());
+}
+
+// What the batch program writes too.
+std::vector<std::pair<QString, Results::ResultTable>> FourierForm::tables() const
+{
+    Results::ResultTable table;
+    table.request = {{"program", "zrt-analytics-2"}, {"command", "stack"}, {"folder", directory}};
+    for (const Results::HeaderLine &line : Days::parameterLines(outcome->parameters))
+        table.request.push_back(line);
+    for (const Days::Interference &entry : outcome->choice.leftOut)
+        table.request.push_back({"interference", entry.text()});
+    table.result = Days::stackLines(outcome->stack, spectra->plan, outcome->choice);
+    std::vector<std::pair<QString, Results::ResultTable>> all = {
+        {"spectrum", table}, {"lines", table}, {"days", table}};
+    all[0].second.columns = Days::spectrumColumns(outcome->stack);
+    all[1].second.columns = Days::linesColumns(outcome->stack);
+    all[2].second.columns =
+        Days::daysColumns(spectra->days(), outcome->verdicts, outcome->choice.days);
+    for (const Results::HeaderLine &line : Days::leftOutLines(*recordings, spectra->plan.list))
+        all[2].second.result.push_back(line);
+    return all;
+}

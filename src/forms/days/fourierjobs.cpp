@@ -1,0 +1,88 @@
+#include "forms/days/fourierjobs.h"
+
+#include "base/systemmemory.h"
+#include "jobs/items.h"
+
+#include <stdexcept>
+
+namespace {
+
+constexpr double bytesPerMegabyte = 1e6;
+
+// Thrown, for the worker tells it like every other lack of memory.
+void checkMemory(const DaySpectra &spectra)
+{
+    const Days::FourierDaysAnalysis &analysis = Days::fourierDaysAnalyses().front();
+    const qint64 bytes =
+        spectra.plan.rays * analysis.bytes(spectra.parameters, int(spectra.plan.list.days.size()));
+    if (hasMemoryFor(double(bytes)))
+        return;
+    throw std::runtime_error(
+        QString("The spectra of %1 days take %2 MB, more memory than there is. Take fewer points "
+                "or other rays, or average.")
+            .arg(spectra.plan.list.days.size())
+            .arg(double(bytes) / bytesPerMegabyte, 0, 'f', 0)
+            .toStdString());
+}
+
+} // namespace
+
+void readSpectra(const SpectraRequest &request, const Jobs::Control &control,
+                 const std::function<void(SpectraNews news)> &deliver)
+{
+    const auto begun = std::make_shared<DaySpectra>();
+    begun->parameters = request.parameters;
+    begun->plan = Days::planDays(*request.recordings, request.parameters);
+    begun->kept = Days::keptFolder(request.directory);
+    const std::vector<Days::Day> &days = begun->plan.list.days;
+    if (begun->plan.problems.empty()) {
+        begun->parameters.module = begun->plan.choice.module;
+        begun->parameters.ray = begun->plan.choice.ray;
+        checkMemory(*begun);
+    }
+    begun->rays.assign(std::size_t(begun->plan.rays), std::vector<Days::FourierDay>(days.size()));
+    deliver({begun, 0, {}});
+    if (!begun->plan.problems.empty())
+        return;
+    Jobs::runItems(int(days.size()), 0, control, [&](int item, const Jobs::Control &own) {
+        const Days::Day &day = days[std::size_t(item)];
+        SpectraNews news = {nullptr, item, {}};
+        const Jobs::Ending ending = Jobs::runGuarded([&] {
+            news.rays = Days::readRays(*request.recordings, begun->plan, day, begun->parameters,
+                                       begun->kept.path, own);
+        });
+        if (ending.kind == Jobs::Ending::Failed) {
+            news.rays.assign(std::size_t(begun->plan.rays), {});
+            for (Days::FourierDay &ray : news.rays) {
+                ray.begin = day.begin;
+                ray.problem = ending.problem;
+            }
+        }
+        if (!own.isStopped())
+            deliver(std::move(news));
+    });
+}
+
+std::shared_ptr<const StackOutcome> stackSpectra(const StackRequest &request)
+{
+    const DaySpectra &spectra = *request.spectra;
+    const auto outcome = std::make_shared<StackOutcome>();
+    outcome->parameters = request.parameters;
+    Days::DayRule rule = Days::ruleOf(spectra.parameters, spectra.plan, request.leftOut);
+    if (request.frequency > 0)
+        rule.frequency = request.frequency;
+    outcome->verdicts = Days::proposeDays(spectra.days(), rule);
+    Days::FourierDaysChoice &choice = outcome->choice;
+    choice = Days::choiceOf(spectra.plan, request.parameters);
+    choice.leftOut = request.leftOut;
+    for (std::size_t day = 0; day < outcome->verdicts.size(); ++day) {
+        const bool isOn = request.decided[day].value_or(outcome->verdicts[day].isGood);
+        choice.days.push_back(isOn && spectra.days()[day].isWhole());
+    }
+    const std::vector<int> others = Days::otherRaysOf(spectra.parameters, spectra.plan);
+    for (std::size_t i = 0; i < others.size(); ++i)
+        choice.otherRays.push_back(
+            Days::otherRayOf(spectra.parameters.module, others[i], spectra.rays[i + 1], choice));
+    outcome->stack = Days::combineDays(spectra.days(), choice);
+    return outcome;
+}

@@ -1,0 +1,68 @@
+#include "forms/days/interferencedialog.h"
+
+#include <QDialogButtonBox>
+#include <QFile>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QVBoxLayout>
+
+InterferenceDialog::InterferenceDialog(const QString &path, QWidget *parent)
+    : QDialog(parent), filePath(path), lines(new QPlainTextEdit(this)), problem(new QLabel(this))
+{
+    setObjectName("interferenceDialog");
+    setWindowTitle("Interference");
+    lines->setObjectName("interferenceLines");
+    lines->setTabChangesFocus(true);
+    lines->setPlaceholderText("50 Hz +- 0.2 x 8 # mains hum\n0.7145 s");
+    problem->setObjectName("interferenceProblem");
+    problem->setWordWrap(true);
+    problem->setTextFormat(Qt::PlainText);
+    problem->setProperty("isLight", true);
+    problem->hide();
+    auto *const what =
+        new QLabel("Frequencies or periods at the telescope that no stack counts, a line each: a "
+                   "number with Hz or s, where wanted +- and half the width, x and the number of "
+                   "harmonics, # and a remark.",
+                   this);
+    what->setWordWrap(true);
+    auto *const buttons =
+        new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    connect(buttons, &QDialogButtonBox::accepted, this, &InterferenceDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto *const layout = new QVBoxLayout(this);
+    for (QWidget *const part : std::initializer_list<QWidget *>{what, lines, problem, buttons})
+        layout->addWidget(part);
+    resize(460, 360);
+
+    const Days::InterferenceList list = Days::readInterference(filePath);
+    QStringList texts;
+    for (const Days::Interference &entry : list.entries)
+        texts << entry.text();
+    lines->setPlainText(texts.join('\n'));
+    if (list.problem.isEmpty())
+        return;
+    // What stands in the file is shown as it is, so that it can be mended.
+    QFile file(filePath);
+    constexpr qint64 most = 1 << 20; // bytes
+    if (file.open(QIODevice::ReadOnly))
+        lines->setPlainText(QString::fromUtf8(file.read(most)));
+    problem->setText(list.problem);
+    problem->setStyleSheet("background-color: #f4cccc; color: #000000;");
+    problem->show();
+}
+
+void InterferenceDialog::accept()
+{
+    const Days::InterferenceList list = Days::parseInterference(lines->toPlainText().toUtf8());
+    QString failure = list.problem;
+    if (failure.isEmpty())
+        failure = Days::writeInterference(filePath, list.entries).text();
+    if (failure.isEmpty()) {
+        QDialog::accept();
+        return;
+    }
+    problem->setText(failure);
+    problem->setStyleSheet("background-color: #f4cccc; color: #000000;");
+    problem->show();
+    lines->setFocus();
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "analyses/days/interference.h"
+
+#include <QDialog>
+
+class QLabel;
+class QPlainTextEdit;
+
+/// The list of frequencies and periods that are left out, a line each. It is written when the user
+/// accepts it; a line that cannot be read, or a file that cannot be written, keeps the dialog open
+/// with the reason.
+class InterferenceDialog : public QDialog {
+    Q_OBJECT
+
+public:
+    /// @param path  of the list's file
+    InterferenceDialog(const QString &path, QWidget *parent);
+
+    void accept() override;
+
+private:
+    const QString filePath;
+    QPlainTextEdit *const lines;
+    QLabel *const problem;
+};

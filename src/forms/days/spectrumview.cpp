@@ -1,0 +1,192 @@
+#include "forms/days/spectrumview.h"
+
+#include "base/timetext.h"
+#include "forms/days/daypicture.h"
+#include "forms/days/fouriergrafikinfo.h"
+#include "forms/days/stackplot.h"
+#include "forms/savefolder.h"
+#include "plot/picturemenu.h"
+#include "plot/pulsargrafik.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr double pointerAccuracy = 2; // pixels
+constexpr int digits = 8;             // significant, of frequencies and periods
+constexpr double shownHarmonics = 4;  // of a line that is gone to
+
+QString number(double value)
+{
+    return QString::number(value, 'g', digits);
+}
+
+} // namespace
+
+SpectrumView::SpectrumView(QWidget *parent) : QSplitter(Qt::Horizontal, parent)
+{
+    setObjectName("splitter");
+    setChildrenCollapsible(false);
+    auto *const middle = new QSplitter(Qt::Vertical, this);
+    middle->setObjectName("pictures");
+    middle->setChildrenCollapsible(false);
+    picture = new DayPicture(middle);
+    picture->setObjectName("dayPicture");
+    grafik = new PulsarGrafik(middle);
+    grafik->setObjectName("grafik");
+    picture->setPlot(grafik);
+    info = new FourierGrafikInfo(this);
+    shareSaveFolder(grafik);
+    shareSaveFolder(new PictureMenu(picture));
+    middle->setSizes({260, 320});
+    setStretchFactor(0, 1);
+    setStretchFactor(1, 0);
+    setSizes({620, 300});
+
+    connect(grafik, &PulsarGrafik::coordsChanged, this,
+            [this](const QPointF &coords) { pointAt(coords.x(), -1); });
+    connect(picture, &DayPicture::pointed, this,
+            [this](int day, double index) { pointAt(index, day); });
+    connect(picture, &DayPicture::dayClicked, this, &SpectrumView::dayClicked);
+    connect(grafik, &PulsarGrafik::fundamentalChanged, this, &SpectrumView::markedFrequencyChanged);
+    connect(info, &FourierGrafikInfo::lineChosen, this, &SpectrumView::goTo);
+}
+
+void SpectrumView::showStack(const DayList &days, const std::vector<bool> &chosen,
+                             const Days::FourierStack &newStack, const QStringList &source)
+{
+    shownDays = days;
+    stack = newStack;
+    if (stack.sigma.empty())
+        grafik->showMessage(stack.problem);
+    else
+        grafik->setData(stackPlot(stack, source));
+    std::vector<DayPicture::Row> rows;
+    for (std::size_t i = 0; i < days->size(); ++i) {
+        const Days::FourierDay &day = (*days)[i];
+        if (day.isWhole())
+            rows.push_back({int(i),
+                            day.begin,
+                            {day.powers.data(), int(day.powers.size()), ratioOf(day)},
+                            chosen[i]});
+    }
+    picture->setRows(std::move(rows), days);
+    info->setStack(stack);
+}
+
+void SpectrumView::showMessage(const QString &message)
+{
+    shownDays = nullptr;
+    stack = {};
+    cursorBin.reset();
+    grafik->showMessage(message);
+    picture->setRows({}, nullptr);
+    info->setStack(stack);
+}
+
+void SpectrumView::showOnlyLines()
+{
+    picture->hide();
+    info->showOnlyLines();
+}
+
+// Where the axis of the stack is that of the barycentre, a day has its line elsewhere.
+double SpectrumView::ratioOf(const Days::FourierDay &day) const
+{
+    return stack.isTurned && std::isfinite(day.ratio) ? day.ratio : 1;
+}
+
+double SpectrumView::powerOf(const Days::FourierDay &day, double bin) const
+{
+    const double own = std::round(bin * ratioOf(day));
+    return own >= 0 && own < double(day.powers.size()) ? double(day.powers[std::size_t(own)]) : -1;
+}
+
+// A pixel may hold many bins; the pointer means the highest of them.
+void SpectrumView::pointAt(double index, int day)
+{
+    if (stack.sigma.empty())
+        return;
+    const double reach = std::max(0.5, pointerAccuracy * grafik->dataPerPixel().x());
+    const auto last = double(stack.sigma.size() - 1);
+    const auto begin = std::size_t(std::clamp(std::ceil(index - reach), 0.0, last));
+    const auto end = std::size_t(std::clamp(std::floor(index + reach), 0.0, last));
+    std::size_t best = begin;
+    for (std::size_t bin = begin; bin <= end; ++bin) {
+        const auto valueAt = [&](std::size_t place) {
+            return day >= 0 ? powerOf((*shownDays)[std::size_t(day)], double(place))
+                            : double(stack.sigma[place]);
+        };
+        if (valueAt(bin) > valueAt(best))
+            best = bin;
+    }
+    cursorBin = double(best);
+    info->setCoords(coordsText(*cursorBin, day));
+    emit cursorMoved();
+}
+
+QString SpectrumView::coordsText(double bin, int day) const
+{
+    const double frequency = stack.frequency(bin);
+    QStringList lines;
+    lines << QString("Frequency %1 Hz, %2")
+                 .arg(number(frequency), stack.isTurned ? "barycentre" : "telescope");
+    if (stack.isTurned && std::isfinite(stack.ratio))
+        lines << QString("At the telescope %1 Hz").arg(number(frequency * stack.ratio));
+    lines << (frequency > 0 ? QString("Period %1 s").arg(number(1 / frequency)) : QString());
+    const auto place = std::size_t(bin);
+    lines << QString("Stack: P %1, %2 sigma")
+                 .arg(double(stack.powers[place]), 0, 'f', 3)
+                 .arg(double(stack.sigma[place]), 0, 'f', 1);
+    if (day >= 0) {
+        const Days::FourierDay &own = (*shownDays)[std::size_t(day)];
+        lines << QString("Day %1: P %2")
+                     .arg(textOfTime(own.begin, "yyyy-MM-dd hh:mm"))
+                     .arg(powerOf(own, bin), 0, 'f', 2);
+    }
+    if (place < std::size_t(Days::lowestBin))
+        lines << "Leftovers of the base line, not ranked";
+    return lines.join('\n');
+}
+
+std::vector<double> SpectrumView::powersUnderCursor() const
+{
+    std::vector<double> powers;
+    if (!shownDays)
+        return powers;
+    for (const Days::FourierDay &day : *shownDays)
+        powers.push_back(cursorBin ? powerOf(day, *cursorBin) : -1);
+    return powers;
+}
+
+double SpectrumView::frequencyUnderCursor() const
+{
+    return cursorBin ? stack.frequency(*cursorBin) : 0;
+}
+
+double SpectrumView::markedFrequency() const
+{
+    const double marked = grafik->fundamental().value_or(0);
+    return stack.isTurned && std::isfinite(stack.ratio) ? marked * stack.ratio : marked;
+}
+
+void SpectrumView::goTo(int line)
+{
+    if (line < 0 || line >= int(stack.lines.size()))
+        return;
+    const Days::FourierLine &found = stack.lines[std::size_t(line)];
+    const double wanted = found.bin * std::min(shownHarmonics, double(found.harmonics)) * 1.2;
+    const PulsarGrafik::VisibleRange shown = grafik->visibleRange();
+    if (found.bin < shown.first || found.bin > shown.first + shown.points)
+        grafik->setVisibleX(0, std::min(wanted, double(stack.sigma.size())));
+    cursorBin = std::round(found.bin);
+    info->setCoords(coordsText(*cursorBin, -1));
+    grafik->setFundamental(stack.frequency(found.bin));
+    emit cursorMoved();
+}
+
+void SpectrumView::markDay(int day)
+{
+    picture->markDay(day);
+}

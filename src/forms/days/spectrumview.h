@@ -1,0 +1,66 @@
+#pragma once
+
+#include "analyses/days/fourierstack.h"
+
+#include <QSplitter>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class DayPicture;
+class FourierGrafikInfo;
+class PulsarGrafik;
+
+/// Spectra of days and their stack: above the picture day x frequency, below the significance of
+/// the stack over the same axis, at the right what is told of both.
+class SpectrumView : public QSplitter {
+    Q_OBJECT
+
+public:
+    explicit SpectrumView(QWidget *parent = nullptr);
+
+    using DayList = std::shared_ptr<const std::vector<Days::FourierDay>>;
+
+    /// @param days    nobody changes them while they are shown
+    /// @param chosen  one per day
+    /// @param source  lines that explain saved data
+    void showStack(const DayList &days, const std::vector<bool> &chosen,
+                   const Days::FourierStack &stack, const QStringList &source);
+    /// A text in place of the stack, and no days.
+    void showMessage(const QString &message);
+
+    /// For the spectrum of one recording: no picture of days, and nothing that is saved.
+    void showOnlyLines();
+
+    FourierGrafikInfo *panel() const { return info; }
+
+    /// Goes to a line: its harmonics are marked, its fundamental is in sight.
+    void goTo(int line);
+
+    /// Power of each day at the bin under the cursor; below 0 where there is none.
+    std::vector<double> powersUnderCursor() const;
+    /// Frequency of that bin on the axis, Hz; 0: the pointer was never over the pictures.
+    double frequencyUnderCursor() const;
+    /// Frequency at the telescope whose harmonics are marked, Hz; 0: none.
+    double markedFrequency() const;
+
+    void markDay(int day);
+
+signals:
+    void cursorMoved();
+    void markedFrequencyChanged();
+    void dayClicked(int day);
+
+private:
+    void pointAt(double index, int day);
+    double powerOf(const Days::FourierDay &day, double bin) const;
+    double ratioOf(const Days::FourierDay &day) const;
+    QString coordsText(double index, int day) const;
+
+    DayPicture *picture = nullptr;
+    PulsarGrafik *grafik = nullptr;
+    FourierGrafikInfo *info = nullptr;
+    DayList shownDays;
+    Days::FourierStack stack;
+    std::optional<double> cursorBin;
+};

@@ -1,0 +1,353 @@
+#include "forms/days/fourierform.h"
+
+#include "analyses/days/interference.h"
+#include "app/mainwindow.h"
+#include "app/shell/settings.h"
+#include "forms/days/daysmodel.h"
+#include "forms/days/linesmodel.h"
+#include "forms/days/recordingspectrum.h"
+#include "forms/days/sourcefield.h"
+#include "plot/pulsargrafik.h"
+#include "results/resulttable.h"
+#include "support/batchfolder.h"
+#include "support/messageboxcatcher.h"
+#include "support/recordings.h"
+#include "support/testmain.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QCompleter>
+#include <QLabel>
+#include <QLayout>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSpinBox>
+#include <QTableView>
+#include <cmath>
+#include <random>
+
+namespace {
+
+constexpr int dayCount = 8;
+constexpr int filePoints = 5000;
+constexpr double step = 12.4928e-3; // s
+constexpr double period = 0.5;      // s, of the pulses in ray 2
+constexpr int waitMs = 20000;
+
+// Noise; ray 2 has weak pulses besides.
+QByteArray dayBytes(int day, int points = filePoints)
+{
+    std::minstd_rand random(unsigned(100 + day));
+    return TestSupport::recordingBytes({points, 1, 33, 3}, [&](int point, int, int, int ray) {
+        double noise = -6;
+        for (int i = 0; i < 12; ++i)
+            noise += double(random()) / double(std::minstd_rand::max());
+        const bool isPulse = std::fmod(point * step, period) < 2 * step;
+        return float(100 + noise + (ray == 1 && isPulse ? 0.12 : 0));
+    });
+}
+
+QByteArray dated(QByteArray bytes, int day)
+{
+    return bytes.replace("01.04.2015", QByteArray::number(day).rightJustified(2, '0') + ".04.2015");
+}
+
+} // namespace
+
+/// The form over a directory of days, found and worked by the names of its fields.
+class TestFourierForm : public TestSupport::BatchFolder {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void cleanup();
+
+    void isWhatTheBatchProgramMakes();
+    void switchesDaysWithoutReading();
+    void leavesOutALine();
+    void tellsWhatDoesNotFit();
+    void refusesDirectories_data();
+    void refusesDirectories();
+    void refusesInputs_data();
+    void refusesInputs();
+    void namesASource();
+    void spectrumOfARecording();
+
+private:
+    QString makeDays(const QString &name);
+    void open(const QString &directory);
+    void compute();
+    void waitForDays(int count);
+    template <typename Widget>
+    Widget *find(const char *name) const
+    {
+        Widget *const widget = window.findChild<Widget *>(name);
+        if (!widget)
+            qFatal("no widget %s", name);
+        return widget;
+    }
+    DaysModel *days() const { return window.findChild<DaysModel *>(); }
+    const std::vector<Days::FourierLine> &lines() const
+    {
+        return window.findChild<LinesModel *>()->lines();
+    }
+    QString used() const { return find<QLabel>("used")->text(); }
+
+    MainWindow window;
+};
+
+void TestFourierForm::initTestCase()
+{
+    qputenv("XDG_CONFIG_HOME", folder.path().toUtf8()); // of the batch program too
+    window.resize(1280, 720);
+    window.show();
+    makeDays("days");
+}
+
+void TestFourierForm::cleanup()
+{
+    QFile::remove(Days::interferencePath());
+    Settings::store().clear();
+}
+
+QString TestFourierForm::makeDays(const QString &name)
+{
+    QDir(folder.path()).mkpath(name);
+    for (int day = 1; day <= dayCount; ++day)
+        TestSupport::writeFile(folder, QString("%1/0%2_12_N1_00.pnthr").arg(name).arg(day),
+                               dated(dayBytes(day), day));
+    return path(name);
+}
+
+void TestFourierForm::open(const QString &directory)
+{
+    new FourierForm(directory, 0, 0, 0, &window);
+    QTRY_VERIFY_WITH_TIMEOUT(days() && days()->rowCount() > 0, waitMs);
+}
+
+// Ray 2 from point 100 on.
+void TestFourierForm::compute()
+{
+    find<QSpinBox>("ray")->setValue(2);
+    find<QLineEdit>("firstPoint")->setText("100");
+    find<QComboBox>("points")->setCurrentText("4096");
+    find<QLineEdit>("threshold")->setText("4");
+    find<QPushButton>("pushButton")->click();
+    waitForDays(dayCount);
+}
+
+// Until the stack has so many of the days.
+void TestFourierForm::waitForDays(int count)
+{
+    const QString wanted = QString("%1 of %2 days").arg(count).arg(dayCount);
+    QVERIFY2(QTest::qWaitFor([&] { return used().contains(wanted); }, waitMs), qPrintable(used()));
+}
+
+void TestFourierForm::isWhatTheBatchProgramMakes()
+{
+    open(path("days"));
+    compute();
+    QVERIFY(days()->setData(days()->index(2, 0), Qt::Unchecked, Qt::CheckStateRole));
+    waitForDays(dayCount - 1);
+    QVERIFY(!lines().empty());
+    QVERIFY2(std::abs(lines()[0].telescope * period - 1) < 0.01, "the pulses are not found");
+
+    find<QPushButton>("commandButton")->click();
+    QString commands = QGuiApplication::clipboard()->text();
+    QCOMPARE(commands.count("zrt-batch "), 2);
+    commands.replace("zrt-batch stack", "zrt-batch stack --format csv");
+    const TestSupport::Ended ended = runShell(commands);
+    QVERIFY2(ended.code == 0, qPrintable(commands + ended.errors));
+
+    const QStringList made = QDir(path("days")).entryList({"*lines.csv"});
+    QCOMPARE(made.size(), 1);
+    const Results::ReadTable read =
+        Results::readTable(TestSupport::contentOf(path("days/" + made[0])));
+    QCOMPARE(read.problem, QString());
+    const auto column = [&read](int index) {
+        return std::get<std::vector<double>>(read.table.columns[std::size_t(index)].values);
+    };
+    QCOMPARE(std::size_t(read.table.rows()), lines().size());
+    for (std::size_t i = 0; i < lines().size(); ++i) {
+        QVERIFY(column(1)[i] == lines()[i].telescope);
+        QVERIFY(column(5)[i] == lines()[i].sigma);
+    }
+}
+
+void TestFourierForm::switchesDaysWithoutReading()
+{
+    const QString directory = makeDays("gone");
+    open(directory);
+    compute();
+    QVERIFY(QDir(directory).removeRecursively());
+    find<QPushButton>("allOff")->click();
+    QTRY_VERIFY_WITH_TIMEOUT(find<PulsarGrafik>("grafik")->data().messageMode, waitMs);
+    QVERIFY(!find<PulsarGrafik>("grafik")->data().message.isEmpty());
+    find<QPushButton>("asProposed")->click();
+    QTRY_VERIFY_WITH_TIMEOUT(!find<PulsarGrafik>("grafik")->data().messageMode, waitMs);
+    QVERIFY(used().contains(QString("%1 of %1 days").arg(dayCount)));
+
+    // A click on a line brings its powers into the list of days.
+    find<QTableView>("lines")->setCurrentIndex(find<QTableView>("lines")->model()->index(0, 0));
+    QVERIFY(find<PulsarGrafik>("grafik")->fundamental().has_value());
+    double sum = 0;
+    for (int day = 0; day < dayCount; ++day)
+        sum += days()->rows()[std::size_t(day)].power;
+    QVERIFY2(sum > 2 * dayCount, "the powers of the days are not those of the line");
+    // The series are kept beside the days, so that nothing is left of them either.
+    find<QPushButton>("pushButton")->click();
+    QTRY_VERIFY_WITH_TIMEOUT(!days()->rows()[0].canCount, waitMs);
+    QVERIFY(!days()->rows()[0].reason.isEmpty());
+}
+
+void TestFourierForm::leavesOutALine()
+{
+    open(path("days"));
+    compute();
+    const double frequency = lines()[0].telescope;
+    find<QTableView>("lines")->setCurrentIndex(find<QTableView>("lines")->model()->index(0, 0));
+    find<QPushButton>("leaveOut")->click();
+    QTRY_VERIFY_WITH_TIMEOUT(used().contains("1 entries of the list"), waitMs);
+    for (const Days::FourierLine &line : lines())
+        QVERIFY(std::abs(line.telescope - frequency) > 0.001);
+    QCOMPARE(Days::readInterference(Days::interferencePath()).entries.size(), std::size_t(1));
+}
+
+void TestFourierForm::tellsWhatDoesNotFit()
+{
+    const QString directory = makeDays("mixed");
+    TestSupport::writeFile(folder, "mixed/09.pnt", dated(dayBytes(9, 900), 9));
+    TestSupport::writeFile(folder, "mixed/10.pnt",
+                           dated(dayBytes(10), 10).replace("12.4928", "99.9424"));
+    TestSupport::writeFile(folder, "mixed/11.pnt", "no recording");
+    open(directory);
+    compute();
+    QStringList told;
+    for (const DayRow &row : days()->rows()) {
+        if (!row.canCount)
+            told << row.name + "|" + row.reason;
+    }
+    QCOMPARE(told.size(), 3);
+    QVERIFY2(told[0].startsWith("|") && told[0].contains("after the recording"),
+             qPrintable(told[0]));
+    QVERIFY2(told[1].startsWith("10.pnt|") && told[1].contains("99.9424 ms"), qPrintable(told[1]));
+    QVERIFY2(told[2].startsWith("11.pnt|"), qPrintable(told[2]));
+}
+
+void TestFourierForm::refusesDirectories_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QByteArray>("file");
+    QTest::newRow("missing") << "missing" << QByteArray();
+    QTest::newRow("no recordings") << "texts/readme.txt" << QByteArray("1\n");
+    QTest::newRow("no usable recording") << "bad/a.pnt" << QByteArray("no passport");
+}
+
+void TestFourierForm::refusesDirectories()
+{
+    QFETCH(QString, name);
+    QFETCH(QByteArray, file);
+    if (!file.isEmpty()) {
+        QDir(folder.path()).mkpath(name.section('/', 0, 0));
+        TestSupport::writeFile(folder, name, file);
+    }
+    const TestSupport::MessageBoxCatcher catcher;
+    new FourierForm(path(name.section('/', 0, 0)), 0, 0, 0, &window);
+    QTRY_VERIFY_WITH_TIMEOUT(!window.centralWidget()->layout(), waitMs);
+    QCOMPARE(catcher.boxes().size(), 1);
+    QCOMPARE(catcher.boxes()[0].title, QString("Error"));
+    QVERIFY(catcher.boxes()[0].text.contains("Bad directory!"));
+}
+
+void TestFourierForm::refusesInputs_data()
+{
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("start"); // radio button
+    QTest::newRow("unknown pulsar") << "source"
+                                    << "B9999+99"
+                                    << "isSource";
+    QTest::newRow("bad time") << "zrtUtc"
+                              << "25:00:00"
+                              << "isZrtUtc";
+    QTest::newRow("no sidereal time") << "siderealTime"
+                                      << ""
+                                      << "isSidereal";
+    QTest::newRow("no number") << "dispersion"
+                               << "12,3.4"
+                               << "isFirstPoint";
+    QTest::newRow("bad rays") << "otherRays"
+                              << "1;2"
+                              << "isFirstPoint";
+}
+
+void TestFourierForm::refusesInputs()
+{
+    QFETCH(QString, field);
+    QFETCH(QString, text);
+    QFETCH(QString, start);
+    open(path("days"));
+    auto *const edit = find<QLineEdit>(qPrintable(field));
+    find<QRadioButton>(qPrintable(start))->setChecked(true);
+    edit->setText(text);
+    find<QPushButton>("pushButton")->click();
+    QTRY_VERIFY_WITH_TIMEOUT(find<QLabel>("problems")->isVisible(), waitMs);
+    QVERIFY(edit->styleSheet().contains("#f4cccc"));
+    QVERIFY(used().isEmpty());
+    find<QRadioButton>("isFirstPoint")->setChecked(true);
+    edit->setText(field == "dispersion" ? "0" : "");
+    QTRY_VERIFY_WITH_TIMEOUT(!find<QLabel>("problems")->isVisible(), waitMs);
+    QVERIFY(edit->styleSheet().isEmpty());
+}
+
+void TestFourierForm::namesASource()
+{
+    open(path("days"));
+    const auto *const field = find<SourceField>("sourceField");
+    auto *const source = find<QLineEdit>("source");
+    QTest::keyClicks(source, "b0329");
+    QVERIFY(find<QRadioButton>("isSource")->isChecked());
+    QVERIFY(source->completer()->completionModel()->rowCount() > 0);
+    QCOMPARE(source->completer()->completionModel()->index(0, 0).data().toString().left(5),
+             QString("B0329"));
+    source->setText("B0329+54");
+    QVERIFY(field->position().has_value());
+    // 03h 32m 59s, +54 deg 34'
+    QVERIFY(std::abs(field->position()->alfa * 12 / M_PI - 3.5497) < 0.001);
+    QVERIFY(std::abs(field->position()->delta * 180 / M_PI - 54.5787) < 0.001);
+    QVERIFY(find<QLineEdit>("alfa")->placeholderText().startsWith("03:32:5"));
+    QTRY_VERIFY_WITH_TIMEOUT(find<QLabel>("sourceText")->text().contains("N1 module"), waitMs);
+    // Typed coordinates take the place of the name.
+    find<QLineEdit>("alfa")->setText("12:00:00");
+    find<QLineEdit>("delta")->setText("-05:30");
+    QCOMPARE(source->text(), QString());
+    QVERIFY(std::abs(field->position()->delta * 180 / M_PI + 5.5) < 1e-9);
+}
+
+void TestFourierForm::spectrumOfARecording()
+{
+    // All of the file but what the delays take: 4096 of 5000 points.
+    const QString file = path("days/01_12_N1_00.pnthr");
+    const auto *const spectrum = new RecordingSpectrum({file, 1, 2, 0}, &window);
+    const auto *const found = spectrum->findChild<LinesModel *>();
+    const auto *const told = spectrum->findChild<QLabel *>("used");
+    QTRY_VERIFY_WITH_TIMEOUT(told->text().contains("4096 points"), waitMs);
+    for (const Days::FourierLine &line : found->lines())
+        QVERIFY2(std::abs(std::remainder(line.telescope * period, 0.25)) < 0.01,
+                 "a line that the pulses do not have");
+    delete spectrum;
+
+    const QString tiny = TestSupport::writeFile(folder, "tiny.pnt", dayBytes(1, 900));
+    const auto *const refused = new RecordingSpectrum({tiny, 1, 1, 0}, &window);
+    QTRY_VERIFY_WITH_TIMEOUT(refused->findChild<QLabel *>("spectrumProblem")
+                                 ->text()
+                                 .contains("The recording has 900 points"),
+                             waitMs);
+    delete refused;
+}
+
+ZRT_GUI_TEST_MAIN(TestFourierForm)
+#include "tst_fourierform.moc"
