@@ -255,7 +255,9 @@ void TestPulsarActions::cutsOutWhatIsListed()
              qPrintable(QString("%1 %2").arg(low).arg(high)));
     const auto [both, none] = amplitudes(" 9.7-9.9,19.54");
     QVERIFY(both < 0.01F * 32 && none < 0.01F * 32);
-    QCOMPARE(amplitudes("hum"), amplitudes(""));
+    // The upper line is where 60.503 Hz of mains shows.
+    const auto [kept, hum] = amplitudes("hum");
+    QVERIFY(std::abs(kept - 32) < 0.1F && hum < 0.01F * 32);
     for (const char *const list : {"50", "9.9-9.7", "0.05", "ten", "9.7-9.8-9.9", "nan"}) {
         PulsarCalculate calculate(data, with(parameters, &P::cut, list));
         for (const char *const action : {"sumChannelsAndFourier", "sum4Dispersions"}) {

@@ -1,11 +1,12 @@
 #include "calc/pulsar/cutlines.h"
 
-#include "calc/approximation.h"
 #include "calc/mainshum.h"
+#include "calc/notch.h"
 
 #include <QStringList>
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 namespace Pulsar {
 
@@ -42,19 +43,20 @@ Wanted wantedOf(const QString &list)
     return wanted;
 }
 
-double varianceOf(const std::vector<double> &series)
+// Where the mains hum of a series shows, the strongest line first.
+std::vector<CutBand> humBands(const std::vector<double> &series, double tresolution)
 {
-    const double sigma = Tools::sigma(series.data(), int(series.size()));
-    return sigma * sigma;
-}
-
-void take(const CutBand &band, double tresolution, std::vector<double> &series,
-          std::vector<CutBand> &taken)
-{
-    const double before = varianceOf(series);
-    Tools::removeBand(series, tresolution, band.low, band.high);
-    taken.push_back(band);
-    taken.back().variance = before > 0 ? 1 - varianceOf(series) / before : 0;
+    std::vector<MainsLine> hum = Tools::findMains(Tools::powerSpectrum(series, tresolution));
+    std::sort(hum.begin(), hum.end(),
+              [](const MainsLine &a, const MainsLine &b) { return a.variance > b.variance; });
+    const double rate = 1 / tresolution;
+    std::vector<CutBand> bands;
+    for (const MainsLine &line : hum) {
+        const auto [low, high] = std::minmax(
+            {Tools::foldedFrequency(line.from, rate), Tools::foldedFrequency(line.to, rate)});
+        bands.push_back({low, high, 0, true});
+    }
+    return bands;
 }
 
 } // namespace
@@ -83,19 +85,15 @@ Problems checkCut(const ObservationData &header, const QString &list)
 std::vector<CutBand> cutOut(const QString &list, double tresolution, std::vector<double> &series)
 {
     const Wanted wanted = wantedOf(list);
-    std::vector<CutBand> taken;
-    std::vector<MainsLine> hum;
-    if (wanted.hum)
-        hum = Tools::findMains(Tools::powerSpectrum(series, tresolution));
-    std::sort(hum.begin(), hum.end(),
-              [](const MainsLine &a, const MainsLine &b) { return a.variance > b.variance; });
-    for (const MainsLine &line : hum) {
-        const auto [low, high] = std::minmax({Tools::foldedFrequency(line.from, 1 / tresolution),
-                                              Tools::foldedFrequency(line.to, 1 / tresolution)});
-        take({low, high, 0, true}, tresolution, series, taken);
-    }
-    for (const CutBand &band : wanted.bands)
-        take(band, tresolution, series, taken);
+    std::vector<CutBand> taken =
+        wanted.hum ? humBands(series, tresolution) : std::vector<CutBand>();
+    taken.insert(taken.end(), wanted.bands.begin(), wanted.bands.end());
+    std::vector<Tools::NotchBand> bands;
+    for (const CutBand &band : taken)
+        bands.push_back({band.low, band.high});
+    const std::vector<double> shares = Tools::notch(series, tresolution, bands);
+    for (std::size_t i = 0; i < taken.size(); ++i)
+        taken[i].variance = shares[i];
     return taken;
 }
 
