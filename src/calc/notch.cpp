@@ -78,7 +78,10 @@ public:
         const double enough = leastRest * leastRest * power;
         for (int step = 0; step < mostSteps && power > enough; ++step) {
             const Values change = seriesOf(direction);
-            const double factor = power / dot(change, change);
+            const double reach = dot(change, change);
+            if (!(reach > 0))
+                break;
+            const double factor = power / reach;
             for (std::size_t i = 0; i < length; ++i) {
                 amplitudes[i] += factor * direction[i];
                 rest[i] -= factor * change[i];

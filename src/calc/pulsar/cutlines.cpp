@@ -7,13 +7,17 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 namespace Pulsar {
 
 namespace {
 
 const char humName[] = "hum";
-constexpr double halfWidth = 0.1; // Hz, of a line that is given by one frequency
+// Hz, that go to either side of a line given by one frequency, and of the measured ends of hum:
+// what stands less far out of the noise there.
+constexpr double halfWidth = 0.1;
+constexpr double fewestTurns = 2; // of the gap between two bands, over the series
 
 struct Wanted {
     bool hum = false;
@@ -43,20 +47,35 @@ Wanted wantedOf(const QString &list)
     return wanted;
 }
 
-// Where the mains hum of a series shows, the strongest line first.
+// Where the mains hum of a series shows.
 std::vector<CutBand> humBands(const std::vector<double> &series, double tresolution)
 {
-    std::vector<MainsLine> hum = Tools::findMains(Tools::powerSpectrum(series, tresolution));
-    std::sort(hum.begin(), hum.end(),
-              [](const MainsLine &a, const MainsLine &b) { return a.variance > b.variance; });
     const double rate = 1 / tresolution;
     std::vector<CutBand> bands;
-    for (const MainsLine &line : hum) {
+    for (const MainsLine &line : Tools::findMains(Tools::powerSpectrum(series, tresolution))) {
         const auto [low, high] = std::minmax(
             {Tools::foldedFrequency(line.from, rate), Tools::foldedFrequency(line.to, rate)});
-        bands.push_back({low, high, 0, true});
+        bands.push_back(
+            {std::max(low - halfWidth, low / 2), std::min(high + halfWidth, rate / 2), 0, true});
     }
     return bands;
+}
+
+// Bands that overlap or that lie too near to be told apart become one. In rising order.
+std::vector<CutBand> united(std::vector<CutBand> bands, double nearest)
+{
+    std::sort(bands.begin(), bands.end(),
+              [](const CutBand &a, const CutBand &b) { return a.low < b.low; });
+    std::vector<CutBand> apart;
+    for (const CutBand &band : bands) {
+        if (apart.empty() || band.low > apart.back().high + nearest) {
+            apart.push_back(band);
+            continue;
+        }
+        apart.back().high = std::max(apart.back().high, band.high);
+        apart.back().isHum |= band.isHum;
+    }
+    return apart;
 }
 
 } // namespace
@@ -85,9 +104,12 @@ Problems checkCut(const ObservationData &header, const QString &list)
 std::vector<CutBand> cutOut(const QString &list, double tresolution, std::vector<double> &series)
 {
     const Wanted wanted = wantedOf(list);
-    std::vector<CutBand> taken =
-        wanted.hum ? humBands(series, tresolution) : std::vector<CutBand>();
-    taken.insert(taken.end(), wanted.bands.begin(), wanted.bands.end());
+    std::vector<CutBand> taken = wanted.bands;
+    if (wanted.hum) {
+        const std::vector<CutBand> hum = humBands(series, tresolution);
+        taken.insert(taken.end(), hum.begin(), hum.end());
+    }
+    taken = united(std::move(taken), fewestTurns / (double(series.size()) * tresolution));
     std::vector<Tools::NotchBand> bands;
     for (const CutBand &band : taken)
         bands.push_back({band.low, band.high});

@@ -9,7 +9,8 @@
 
 /// Hum and lines that a user wants out of a series before it is searched. The list is a text:
 /// "hum" for mains hum as measured, frequencies in Hz as the sampling shows them, "33.3" for a line
-/// or "24.9-25.1" for a band; separated by commas. Empty: nothing is cut.
+/// or "24.9-25.1" for a band; separated by commas. Hum and a line go with 0.1 Hz to either side.
+/// Empty: nothing is cut.
 namespace Pulsar {
 
 /// A range of frequencies that was taken out.
@@ -24,9 +25,10 @@ struct CutBand {
 Problems checkCut(const ObservationData &header, const QString &list);
 
 /// Takes what a list without problems names out of a series: everything that oscillates within the
-/// bands, the hum found in the series and then the lines in their order.
+/// bands, see Tools::notch. Bands that overlap or that are less than two turns over the series
+/// apart go as one.
 ///
-/// @return what was taken out; nothing of hum where none was found
+/// @return what was taken out, in rising order; nothing of hum where none was found
 std::vector<CutBand> cutOut(const QString &list, double tresolution, std::vector<double> &series);
 
 /// What a report says of it.

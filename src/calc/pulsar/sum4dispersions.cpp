@@ -40,8 +40,8 @@ Problems checkFourDispersions(const ObservationData &header, const PulsarParamet
 {
     const auto &dispersions = given.dispersions;
     const double largest = *std::max_element(dispersions.begin(), dispersions.end());
-    Problems all =
-        joinProblems({checkSelection(header, given, fixedPoints, largest), checkSpectrum(given)});
+    Problems all = joinProblems({checkSelection(header, given, fixedPoints, largest),
+                                 checkSpectrum(given), checkCut(header, given.cut)});
     for (std::size_t k = 0; k < dispersions.size(); ++k)
         all = joinProblems(
             {all, checkDispersion(header, dispersions[k], QString("dispersion%1").arg(k + 1))});
