@@ -8,7 +8,6 @@
 using namespace TestSupport;
 
 namespace {
-
 constexpr double tsamp = 0.004;
 
 // Mean power under a Hann window over the last 2^15 values, between two frequencies above the
@@ -53,8 +52,7 @@ void TestNotch::lineGoes()
         addSine(series, tsamp, side, 2);
         const double share = Tools::notch(series, tsamp, {{low, high}})[0];
         QVERIFY2(share > 0.98 && share < 1, qPrintable(QString::number(share)));
-        const double within = meanPower(series, low + 0.005, high - 0.005);
-        QVERIFY2(within < 0.2, qPrintable(QString::number(within)));
+        QVERIFY(meanPower(series, low + 0.005, high - 0.005) < 0.2);
         // With the sine gone as well, the noise is there as before.
         addSine(series, tsamp, side, -2);
         for (const auto &[from, to] : {std::pair(low - 2, low - 0.1), {high + 0.1, high + 2}}) {
@@ -85,7 +83,7 @@ void TestNotch::shortAndOverlapping()
     const Series shares = Tools::notch(series, tsamp, {{99.9, 100.1}, {100, 100.2}});
     QVERIFY(std::abs(shares[0] + shares[1] - 1) < 1e-3);
     for (const double value : series)
-        QVERIFY2(std::abs(value - 1000) < 0.3, qPrintable(QString::number(value)));
+        QVERIFY(std::abs(value - 1000) < 0.3);
 }
 
 ZRT_UNIT_TEST_MAIN(TestNotch)
