@@ -225,6 +225,7 @@ void TestFourierStack::marks()
     QVERIFY(lineAt(stack, 300)->firstHalf > 4 && lineAt(stack, 300)->secondHalf > 4);
     QVERIFY(lineAt(stack, 400) && lineAt(stack, 400)->isFewDays);
     QVERIFY(lineAt(stack, 400)->marks().contains("few days"));
+    QVERIFY(stack.lines.front().sigma < lineAt(stack, 400)->sigma); // which waits behind
 }
 
 void TestFourierStack::solarTime()

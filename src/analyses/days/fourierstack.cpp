@@ -235,6 +235,9 @@ private:
             result.lines.push_back(described(line));
         if (!days.weights.empty())
             rankAnew();
+        // A signal of the sky comes back; what a few days show waits behind.
+        std::stable_partition(result.lines.begin(), result.lines.end(),
+                              [](const FourierLine &line) { return !line.isFewDays; });
         for (int i = 1; i < int(result.lines.size()); ++i)
             relate(i);
     }

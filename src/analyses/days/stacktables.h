@@ -19,7 +19,7 @@ std::vector<Results::HeaderLine> leftOutLines(const RecordingSet &set, const Day
 /// Frequency, mean power and significance of every bin.
 std::vector<Results::Column> spectrumColumns(const FourierStack &stack);
 
-/// The lines with all that is told of them, strongest first.
+/// The lines with all that is told of them, in the order of the stack.
 std::vector<Results::Column> linesColumns(const FourierStack &stack);
 
 /// @param verdicts, chosen  one per day
