@@ -33,6 +33,10 @@ int TestHelpPdf::layOut(const QByteArray &markdown)
 {
     const QString source = TestSupport::writeFile(folder, "help.md", markdown);
     QProcess process;
+    // What libraries leak is not looked for, as in the build: it makes every allocation slow.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("ASAN_OPTIONS", "detect_leaks=0");
+    process.setProcessEnvironment(environment);
     process.start(ZRT_HELPPDF, {source, folder.filePath("help.pdf")});
     process.waitForFinished();
     errors = QString::fromUtf8(process.readAllStandardError());
@@ -86,11 +90,11 @@ void TestHelpPdf::bookmarksAndLinks()
 void TestHelpPdf::pagesOfTables()
 {
     QByteArray table = "| A | B |\n|---|---|\n";
-    for (int row = 0; row < 70; ++row)
+    for (int row = 0; row < 50; ++row)
         table += "| " + QByteArray::number(row) + " | text |\n";
     QCOMPARE(layOut("# Title\n\n" + table + "\n## Behind\n\nText.\n"), 0);
-    // 70 rows of 20 points each, 33 to a page of 711 points: no page is left empty.
-    QCOMPARE(content("help.chapters"), QByteArray("1 title\n3 behind\n"));
+    // 50 rows of 20 points each, 33 to a page of 711 points: no page is left empty.
+    QCOMPARE(content("help.chapters"), QByteArray("1 title\n2 behind\n"));
 }
 
 void TestHelpPdf::refusals_data()
