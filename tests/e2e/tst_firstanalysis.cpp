@@ -1,5 +1,6 @@
 #include "support/testmain.h"
 
+#include <QDir>
 #include <QImage>
 #include <QProcess>
 #include <QStandardPaths>
@@ -156,8 +157,10 @@ void TestFirstAnalysis::spectrumAppears()
         picture = screenshot();
         return pixelsOfColour(picture, 0x0000ff) > 3000;
     });
-    picture.save("e2e-first-analysis.png");
-    QVERIFY2(drawn, "the spectrum is drawn (see e2e-first-analysis.png)");
+    const QString kept = QDir(QCoreApplication::applicationDirPath())
+                             .filePath(QStringLiteral("e2e-first-analysis.png"));
+    picture.save(kept);
+    QVERIFY2(drawn, qPrintable("the spectrum is drawn; the screen is kept in " + kept));
     QVERIFY2(pixelsOfColour(picture, 0x009900) > 200, "line of 1 sigma");
     QVERIFY2(pixelsOfColour(picture, 0xff0000) > 200, "line of N sigma");
     QCOMPARE(workbench.state(), QProcess::Running);
