@@ -53,6 +53,21 @@ struct Field : FieldText {
     }
 };
 
+/// The same with the ends of a form's field with arrows.
+inline FieldText ranged(FieldText text, double least, double most)
+{
+    text.least = least;
+    text.most = most;
+    return text;
+}
+
+/// A member of a set of parameters as Field::of has it: refOf<&Parameters::member>.
+template <auto member, typename Parameters>
+FieldRef refOf(Parameters &parameters)
+{
+    return &(parameters.*member);
+}
+
 /// What opens an analysis over days: periodograms of the FFA instead of spectra, maps, a search.
 struct SurveyFlags {
     bool ffa = false;

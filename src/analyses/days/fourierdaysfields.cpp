@@ -9,24 +9,11 @@ namespace {
 
 using P = FourierDaysParameters;
 
-template <auto member>
-FieldRef refOf(P &parameters)
-{
-    return &(parameters.*member);
-}
-
 FourierDaysField field(const FieldText &text, FieldRef (*of)(P &))
 {
     FourierDaysField made{text, of};
     made.recorded = Recorded::Always;
     return made;
-}
-
-FieldText ranged(FieldText text, double least, double most)
-{
-    text.least = least;
-    text.most = most;
-    return text;
 }
 
 std::vector<FourierDaysField> placeFields()
