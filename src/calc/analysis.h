@@ -53,6 +53,21 @@ struct Field : FieldText {
     }
 };
 
+/// The same parameter with the range of its field with arrows.
+inline FieldText ranged(FieldText text, double least, double most)
+{
+    text.least = least;
+    text.most = most;
+    return text;
+}
+
+/// Reaches a member of the parameters, as Field::of does.
+template <auto member, typename Parameters>
+FieldRef refOf(Parameters &parameters)
+{
+    return &(parameters.*member);
+}
+
 /// What opens an analysis over days: periodograms of the FFA instead of spectra, maps, a search.
 struct SurveyFlags {
     bool ffa = false;

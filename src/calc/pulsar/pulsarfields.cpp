@@ -7,12 +7,6 @@ namespace {
 using P = PulsarParameters;
 
 template <auto member>
-FieldRef refOf(P &parameters)
-{
-    return &(parameters.*member);
-}
-
-template <auto member>
 FieldRef ffaRefOf(P &parameters)
 {
     return &(parameters.ffa.*member);
@@ -35,13 +29,6 @@ PulsarField optional(PulsarField field)
 {
     field.isOptional = true;
     return field;
-}
-
-FieldText ranged(FieldText text, double least, double most)
-{
-    text.least = least;
-    text.most = most;
-    return text;
 }
 
 std::vector<PulsarField> selectionFields()
