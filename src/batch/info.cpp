@@ -43,8 +43,7 @@ QString sizeCheck(const RecordingEntry &entry)
 std::vector<HeaderLine> infoOf(const RecordingEntry &entry)
 {
     const ObservationData &data = entry.header;
-    const bool isRecording =
-        entry.state == RecordingState::Whole || entry.state == RecordingState::Short;
+    const bool isRecording = entry.isUsable();
     const auto text = [&](const QString &value) { return isRecording ? value : QString("-"); };
     const QString bands =
         data.fbands.empty()

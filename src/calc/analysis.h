@@ -53,7 +53,7 @@ struct Field : FieldText {
     }
 };
 
-/// The same with the ends of a form's field with arrows.
+/// The same parameter with the range of its field with arrows.
 inline FieldText ranged(FieldText text, double least, double most)
 {
     text.least = least;
@@ -61,7 +61,8 @@ inline FieldText ranged(FieldText text, double least, double most)
     return text;
 }
 
-/// A member of a set of parameters as Field::of has it: refOf<&Parameters::member>.
+/// Gives a member of a set of parameters by reference, as Field::of needs it:
+/// refOf<&Parameters::member>.
 template <auto member, typename Parameters>
 FieldRef refOf(Parameters &parameters)
 {

@@ -26,6 +26,12 @@ struct RecordingEntry {
     int completePoints = 0;   ///< points that the file holds whole
     RecordingState state = RecordingState::Unreadable;
     QString problem; ///< which file, what is wrong, what can be done; empty when Whole
+
+    /// Whether there are samples to analyse.
+    bool isUsable() const
+    {
+        return state == RecordingState::Whole || state == RecordingState::Short;
+    }
 };
 
 /// The recordings of a folder or of a list, each read no further than its header.

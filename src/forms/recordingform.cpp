@@ -10,7 +10,6 @@
 #include "data/recordingsummary.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
-
 #include "forms/readrecording.h"
 #include "forms/switchedchannels.h"
 
@@ -114,16 +113,14 @@ void RecordingForm::copyCommand()
 
 QWidget *RecordingForm::field(const QString &name) const
 {
-    if (name.isEmpty())
-        return nullptr;
-    auto *const own = findChild<QWidget *>(name);
-    return own || !fieldPanel ? own : fieldPanel->findChild<QWidget *>(name);
+    QWidget *const own = FieldValues::find(this, name);
+    return own || !fieldPanel ? own : FieldValues::find(fieldPanel, name);
 }
 
 QWidget *RecordingForm::fieldOf(const FieldText &told) const
 {
-    QWidget *const named = field(told.name);
-    return named ? named : field(told.key);
+    QWidget *const own = FieldValues::find(this, told);
+    return own || !fieldPanel ? own : FieldValues::find(fieldPanel, told);
 }
 
 void RecordingForm::beginReading()
@@ -152,21 +149,6 @@ void RecordingForm::showField(const FieldText &told, const FieldValue &value)
 bool RecordingForm::refuseUnread()
 {
     return Fields::refuseUnread(this) || (fieldPanel && Fields::refuseUnread(fieldPanel));
-}
-
-std::vector<FieldProblem> RecordingForm::unreadProblems() const
-{
-    std::vector<FieldProblem> problems;
-    for (const QAbstractSpinBox *box : findChildren<QAbstractSpinBox *>()) {
-        if (const QString problem = Fields::problemOf(box); !problem.isEmpty())
-            problems.push_back({box->objectName(), problem});
-    }
-    for (const FieldValues::Unread &problem : unread)
-        problems.push_back(
-            {problem.field->objectName(),
-             QString("%1: \"%2\" is no number. Allowed: %3.")
-                 .arg(FieldStyles::nameOf(problem.field), problem.text, problem.allowed)});
-    return problems;
 }
 
 void RecordingForm::mark(QWidget *failing)

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "calc/fieldproblem.h"
 #include "data/observationdata.h"
 #include "forms/fieldvalues.h"
 #include "jobs/worker.h"
@@ -81,8 +80,6 @@ protected:
     ///
     /// @return whether there were any
     bool refuseUnread();
-    /// Everything in the fields that is no number of its range, without a message.
-    std::vector<FieldProblem> unreadProblems() const;
 
     /// Marks a field as failing until the next reading; null is nothing.
     void mark(QWidget *failing);

@@ -48,6 +48,7 @@ private:
     void fillPresets();
     void chooseStart();
     void changeInput();
+    bool counts(const QWidget *field) const;
     Days::FourierDaysParameters readParameters(std::vector<FieldProblem> &problems) const;
     void showProblems(const std::vector<FieldProblem> &problems);
     void plan();

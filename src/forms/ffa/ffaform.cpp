@@ -132,7 +132,7 @@ std::vector<FieldProblem> FfaForm::readParameters(PulsarParameters &parameters)
     FfaParameters &ffa = parameters.ffa;
     if (!ffa.deredden || ui->rmed_width->text().isEmpty())
         ffa.rmed_width = Tools::presetMedianWidth(ffa.period_max, points, data.tresolution);
-    std::vector<FieldProblem> problems = unreadProblems();
+    std::vector<FieldProblem> problems = FieldValues::problems(this, unread);
     for (const FieldProblem &problem : findProblems(analysis().name, data, parameters)) {
         const bool isKnown = std::any_of(problems.begin(), problems.end(), [&](const auto &known) {
             return known.field == problem.field;

@@ -200,9 +200,9 @@ void PulsarForm::compute(const QString &action, int points)
         return;
     problems.insert(problems.end(), outcome.problems.begin(), outcome.problems.end());
     if (!problems.empty()) {
-        if (ui->isZrtUtc->isChecked())
-            for (FieldProblem &problem : problems)
-                problem.field.replace("firstPoint", "zrtUtc");
+        for (FieldProblem &problem : problems)
+            if (problem.field == pulsarField("--first-point").name)
+                problem.field = startField()->objectName();
         refuse(problems, unreadFields.join("\n"));
         return;
     }
@@ -262,6 +262,11 @@ void PulsarForm::readDispersions(PulsarParameters &parameters)
         unread.back().allowed += ", or four of them";
     parameters.dispersions = chosenDispersions.value_or(comparedDispersions(parameters.dispersion));
     info->setDispersions(parameters.dispersions);
+}
+
+QWidget *PulsarForm::startField() const
+{
+    return ui->isFirstPoint->isChecked() ? ui->firstPoint : ui->zrtUtc;
 }
 
 // The start by point or by time, with its delta.

@@ -54,6 +54,7 @@ private:
     std::optional<PulsarParameters> readParameters(std::vector<FieldProblem> &problems);
     void readDispersions(PulsarParameters &parameters);
     void readStart(PulsarParameters &parameters, std::vector<FieldProblem> &problems);
+    QWidget *startField() const;
     QStringList unreadTexts();
     void changeDispersions(const QVector<double> &dispersions);
     void changePoints(int points);
