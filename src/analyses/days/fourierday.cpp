@@ -2,6 +2,7 @@
 
 #include "analyses/days/fourierdays.h"
 #include "calc/approximation.h"
+#include "calc/baseline.h"
 #include "calc/fourier.h"
 #include "calc/mainshum.h"
 #include "calc/whitening.h"
@@ -27,19 +28,14 @@ bool removeBaseline(std::vector<double> &series, const std::vector<float> &backS
 {
     const int count = int(series.size());
     std::vector<double> baseline(series.size());
-    bool isFound = true;
-    if (noise == "polinom5") {
-        isFound =
-            Approximation(series.data(), baseline.data(), count).polynomial(baselineDegree, false);
-    } else if (noise == "median") {
-        isFound =
-            Approximation(series.data(), baseline.data(), count).medianLine(baselineMedianBlock);
-    } else if (noise == "backSum") {
-        const std::vector<double> back(backSum.begin(), backSum.end());
-        isFound = back.size() == series.size() &&
-                  Approximation(back.data(), baseline.data(), count).linearLine(baselineMeanBlock);
+    std::vector<double> back;
+    if (noise == "backSum") {
+        back.assign(backSum.begin(), backSum.end());
+        if (back.size() != series.size())
+            return false;
     }
-    if (!isFound)
+    const std::vector<double> &under = back.empty() ? series : back;
+    if (!Tools::findBaseline(noise, under.data(), baseline.data(), count))
         return false;
     const std::vector<double> whole = series;
     Tools::deduct(whole.data(), baseline.data(), series.data(), count);
