@@ -140,7 +140,7 @@ private:
         if (!stack.problem.isEmpty())
             return {ExitCode::BadData, stack.problem};
         if (control.isStopped())
-            return {ExitCode::TryLater, "Stopped."};
+            return stopped();
         return write();
     }
 
