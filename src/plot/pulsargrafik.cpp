@@ -197,8 +197,12 @@ void PulsarGrafik::toggleCurve(int curve, bool visible)
 {
     const QString name = plotData.names.value(curve);
     legend->remember(name, visible);
-    plotData.visible.resize(std::max(plotData.visible.size(), size_t(curve) + 1), true);
-    plotData.visible[size_t(curve)] = visible;
+    for (PlotData *const data : {&plotData, given ? &*given : nullptr}) {
+        if (!data)
+            continue;
+        data->visible.resize(std::max(data->visible.size(), size_t(curve) + 1), true);
+        data->visible[size_t(curve)] = visible;
+    }
     repaintPlot();
     emit curveToggled(name, visible);
 }
