@@ -2,9 +2,10 @@
 
 #include "app/shell/centralwidget.h"
 #include "app/shell/errorbox.h"
+#include "fields/tableview.h"
 #include "forms/arrays/arrayreading.h"
 #include "forms/arrays/arraysinfo.h"
-#include "forms/arrays/celltable.h"
+#include "forms/arrays/cellsmodel.h"
 #include "forms/arrays/greypicture.h"
 #include "forms/savefolder.h"
 #include "plot/picturemenu.h"
@@ -52,7 +53,12 @@ ArraysForm::ArraysForm(const QString &filePath, QWidget *parent)
     grafik->setObjectName("grafik");
     picture->setObjectName("picture");
     picture->setTable(&file.table);
-    cells = new CellTable(file);
+    cells = new TableView;
+    cells->setAlternatingRowColors(true);
+    cells->setWordWrap(false);
+    cells->setTabKeyNavigation(false);
+    cells->showTable(new CellsModel(file, cells));
+    cells->resizeColumnsToContents();
     cells->setObjectName("cells");
     stack->addWidget(grafik);
     stack->addWidget(picture);

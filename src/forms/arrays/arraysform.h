@@ -7,10 +7,10 @@
 #include <memory>
 
 class ArraysInfo;
-class CellTable;
 class GreyPicture;
 class PulsarGrafik;
 class QStackedWidget;
+class TableView;
 namespace Ui {
 class ArraysForm;
 }
@@ -51,6 +51,6 @@ private:
     QStackedWidget *stack = nullptr;
     PulsarGrafik *grafik = nullptr;
     GreyPicture *picture = nullptr;
-    CellTable *cells = nullptr;
+    TableView *cells = nullptr;
     ArraysInfo *info = nullptr;
 };

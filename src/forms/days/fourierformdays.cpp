@@ -130,7 +130,7 @@ void FourierForm::listDays(const Days::DayPlan &made)
 
 void FourierForm::showDays()
 {
-    std::vector<DayRow> rows = days->rows();
+    std::vector<DayRow> rows = days->dayRows();
     for (std::size_t i = 0; i < spectra->days().size(); ++i) {
         const Days::FourierDay &day = spectra->days()[i];
         DayRow &row = rows[i];

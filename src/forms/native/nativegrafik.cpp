@@ -17,6 +17,7 @@
 #include "forms/native/nativestatistics.h"
 #include "forms/native/nativetexts.h"
 #include "forms/native/overviewstrip.h"
+#include "forms/native/passportmodel.h"
 #include "forms/native/waterfallview.h"
 #include "forms/savefolder.h"
 #include "ui_nativegrafik.h"
@@ -118,17 +119,8 @@ QWidget *NativeGrafik::makeMiddle()
 
 void NativeGrafik::fillPassport()
 {
-    const QVector<QPair<QString, QString>> rows = NativeTexts::passportRows(file.passport());
-    ui->passport->setRowCount(rows.size());
-    for (int i = 0; i < rows.size(); ++i) {
-        auto *const key = new QTableWidgetItem(rows[i].first);
-        auto *const value = new QTableWidgetItem(rows[i].second);
-        value->setToolTip(rows[i].second.toHtmlEscaped());
-        ui->passport->setItem(i, 0, key);
-        ui->passport->setItem(i, 1, value);
-    }
+    ui->passport->showTable(new PassportModel(file.passport(), this));
     ui->passport->resizeColumnToContents(0);
-    ui->passport->resizeRowsToContents();
     const NativeTexts::SizeCheck check = NativeTexts::sizeCheck(file);
     ui->fileSize->setText(check.text);
     if (!check.isRight)

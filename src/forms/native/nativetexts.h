@@ -4,16 +4,10 @@
 #include "calc/seriesstatistics.h"
 #include "data/recordingfile.h"
 
-#include <QPair>
 #include <QString>
-#include <QVector>
 
 /// Texts of the viewer, without widgets.
 namespace NativeTexts {
-
-/// Every line of the passport as key and value: those that describe the recording first, the
-/// others by name.
-QVector<QPair<QString, QString>> passportRows(const Passport &passport);
 
 struct SizeCheck {
     bool isRight = false;
