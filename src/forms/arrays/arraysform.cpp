@@ -1,7 +1,5 @@
 #include "forms/arrays/arraysform.h"
 
-#include "app/shell/centralwidget.h"
-#include "app/shell/errorbox.h"
 #include "fields/tableview.h"
 #include "forms/arrays/arrayreading.h"
 #include "forms/arrays/arraysinfo.h"
@@ -31,19 +29,11 @@ QPixmap colourSquare(int curve, int size)
 } // namespace
 
 ArraysForm::ArraysForm(const QString &filePath, QWidget *parent)
-    : QWidget(parent), ui(new Ui::ArraysForm), path(filePath)
+    : FileForm(filePath, parent), ui(new Ui::ArraysForm)
 {
     ui->setupUi(this);
-    ui->filePath->showFile(path);
-    emptyCentralWidget();
-    file = ArrayReading::readShowingProgress(path);
-    if (file.wasCancelled || !file.error.isEmpty()) {
-        if (!file.wasCancelled)
-            showError(parentWidget(), "Bad file!\nFile without numbers",
-                      file.error + "\n" + file.remarks.mid(0, 3).join("\n"));
-        deleteLater();
+    if (!open([this] { return read(); }))
         return;
-    }
     stack = new QStackedWidget(this);
     grafik = new PulsarGrafik;
     picture = new GreyPicture;
@@ -64,7 +54,7 @@ ArraysForm::ArraysForm(const QString &filePath, QWidget *parent)
     stack->addWidget(picture);
     stack->addWidget(cells);
     offerWhatThereIs();
-    fillCentralWidget(this, stack, info);
+    install(stack, info);
     connectInputs();
     if (ui->showTable->isChecked()) {
         showTable();
@@ -76,6 +66,18 @@ ArraysForm::ArraysForm(const QString &filePath, QWidget *parent)
 }
 
 ArraysForm::~ArraysForm() = default;
+
+std::optional<FileForm::Refusal> ArraysForm::read()
+{
+    constexpr int toldRemarks = 3;
+    file = ArrayReading::readShowingProgress(path);
+    if (file.wasCancelled)
+        return Refusal();
+    if (file.error.isEmpty())
+        return std::nullopt;
+    return Refusal{"Bad file!\nFile without numbers",
+                   file.error + "\n" + file.remarks.mid(0, toldRemarks).join("\n")};
+}
 
 void ArraysForm::offerWhatThereIs()
 {

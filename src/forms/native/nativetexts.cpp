@@ -67,6 +67,15 @@ QString coordsText(const ObservationData &header, double point, const QString &v
     return lines.join("\n");
 }
 
+QString bandText(const ObservationData &header, double point, int band, double sigmas)
+{
+    QString channel = QString("channel %1").arg(band + 1);
+    if (std::size_t(band) < header.fbands.size())
+        channel += QString(", %1 MHz").arg(header.fbands[std::size_t(band)]);
+    return coordsText(header, std::floor(point),
+                      channel + QString(", %1 sigma").arg(sigmas, 0, 'f', 2));
+}
+
 QString valueText(double value)
 {
     return QString::number(value, 'g', 6);

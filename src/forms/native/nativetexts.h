@@ -24,6 +24,9 @@ QString siderealText(const ObservationData &header, double point);
 /// time where they are known.
 QString coordsText(const ObservationData &header, double point, const QString &value);
 
+/// The same where the value is one of a band, in sigmas.
+QString bandText(const ObservationData &header, double point, int band, double sigmas);
+
 /// The part of a recording that statistics speak of.
 struct StatisticsPart {
     QString name; ///< of the series, "channel 3"
