@@ -15,7 +15,6 @@
 
 #include <QHeaderView>
 #include <QKeyEvent>
-#include <QSortFilterProxyModel>
 #include <algorithm>
 #include <cmath>
 
@@ -30,8 +29,7 @@ constexpr char clockOffsetKey[] = "clockOffset";
 } // namespace
 
 FourierForm::FourierForm(const QString &path, int ffa, int map, int search, QWidget *parent)
-    : DirectoryForm(path, parent), ui(new Ui::FourierForm), days(new DaysModel(this)),
-      sortedDays(new QSortFilterProxyModel(this))
+    : DirectoryForm(path, parent), ui(new Ui::FourierForm), days(new DaysModel(this))
 {
     Q_ASSERT(Days::findDayAnalysis({ffa != 0, map != 0, search != 0}));
     ui->setupUi(this);
@@ -39,12 +37,9 @@ FourierForm::FourierForm(const QString &path, int ffa, int map, int search, QWid
     for (const Days::FourierDaysField &told : Days::fourierDaysFields())
         FieldValues::offerChoices(FieldValues::find(this, told), told);
     ui->clockOffset->setText(Settings::store().value(clockOffsetKey, "0").toString());
-    sortedDays->setSourceModel(days);
-    sortedDays->setSortRole(DaysModel::sortRole);
-    ui->days->setModel(sortedDays);
+    ui->days->showSorted(days);
     ui->days->sortByColumn(DaysModel::Date, Qt::AscendingOrder);
     ui->days->verticalHeader()->hide();
-    ui->days->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 4);
     ui->days->horizontalHeader()->setStretchLastSection(true);
     view = new SpectrumView;
     view->showMessage("Reading the headers of the recordings...");
@@ -94,10 +89,9 @@ void FourierForm::connectInputs()
     connect(ui->allOff, &QPushButton::clicked, this, [this] { switchAll(false); });
     connect(ui->asProposed, &QPushButton::clicked, this, [this] { switchAll({}); });
     connect(ui->days->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
-            [this](const QModelIndex &row) { view->markDay(sortedDays->mapToSource(row).row()); });
-    connect(view, &SpectrumView::dayClicked, this, [this](int day) {
-        ui->days->setCurrentIndex(sortedDays->mapFromSource(days->index(day, 0)));
-    });
+            [this](const QModelIndex &row) { view->markDay(ui->days->tableRow(row)); });
+    connect(view, &SpectrumView::dayClicked, this,
+            [this](int day) { ui->days->setCurrentIndex(ui->days->shownIndex(day)); });
     connect(view, &SpectrumView::cursorMoved, this, &FourierForm::showPowers);
     connect(view, &SpectrumView::markedFrequencyChanged, &stackTimer, qOverload<>(&QTimer::start));
     connect(view->panel(), &FourierGrafikInfo::leaveOutWanted, this, &FourierForm::leaveOut);

@@ -12,7 +12,6 @@
 class DaysModel;
 class LastValues;
 class SpectrumView;
-class QSortFilterProxyModel;
 namespace Ui {
 class FourierForm;
 }
@@ -78,7 +77,6 @@ private:
     std::unique_ptr<LastValues> lastValues;
     SpectrumView *view = nullptr;
     DaysModel *const days;
-    QSortFilterProxyModel *const sortedDays;
     std::vector<Days::Interference> leftOut; // of the program
 
     std::vector<FieldProblem> planProblems;   // of the inputs as they stand

@@ -3,6 +3,7 @@
 #include "analyses/days/stacktables.h"
 #include "app/shell/errorbox.h"
 #include "app/shell/settings.h"
+#include "app/shell/statusline.h"
 #include "coords/skyposition.h"
 #include "forms/days/daysmodel.h"
 #include "forms/days/fourierform.h"
@@ -13,11 +14,8 @@
 #include "plot/savedialog.h"
 #include "ui_fourierform.h"
 
-#include <QClipboard>
 #include <QDir>
 #include <QFileInfo>
-#include <QGuiApplication>
-#include <QStatusBar>
 
 namespace {
 
@@ -130,7 +128,7 @@ void FourierForm::listDays(const Days::DayPlan &made)
 
 void FourierForm::showDays()
 {
-    std::vector<DayRow> rows = days->rows();
+    std::vector<DayRow> rows = days->dayRows();
     for (std::size_t i = 0; i < spectra->days().size(); ++i) {
         const Days::FourierDay &day = spectra->days()[i];
         DayRow &row = rows[i];
@@ -251,10 +249,7 @@ void FourierForm::copyCommand()
         Days::fourierDaysCommand(Days::surveyCommand, parameters, {}, {directory});
     const QString stack = Days::fourierDaysCommand(Days::fourierDaysAnalyses().front().command,
                                                    parameters, daysOff(), {directory});
-    QGuiApplication::clipboard()->setText(survey + "\n" + stack + "\n");
-    constexpr int shownMs = 5000;
-    Settings::instance()->ui().statusbar->showMessage("Both commands are in the clipboard.",
-                                                      shownMs);
+    StatusLine::copyCommand(survey + "\n" + stack + "\n");
 }
 
 void FourierForm::saveSpectra()

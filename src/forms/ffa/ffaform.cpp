@@ -45,8 +45,8 @@ const PulsarAnalysis &analysis()
 
 } // namespace
 
-FfaForm::FfaForm(const QString &path, QWidget *parent)
-    : RecordingForm(path, parent), ui(new Ui::FfaForm)
+FfaForm::FfaForm(const QString &filePath, QWidget *parent)
+    : RecordingForm(filePath, parent), ui(new Ui::FfaForm)
 {
     ui->setupUi(this);
     if (!open())
@@ -209,7 +209,7 @@ QString FfaForm::command()
 {
     PulsarParameters parameters;
     const std::vector<FieldProblem> problems = readParameters(parameters);
-    return showProblems(problems) ? ffaCommand(parameters, recordingPath) : QString();
+    return showProblems(problems) ? ffaCommand(parameters, path) : QString();
 }
 
 void FfaForm::search()

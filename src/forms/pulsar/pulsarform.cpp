@@ -42,8 +42,8 @@ std::vector<const PulsarField *> plainFields()
 
 } // namespace
 
-PulsarForm::PulsarForm(const QString &path, QWidget *parent)
-    : RecordingForm(path, parent), ui(new Ui::PulsarForm)
+PulsarForm::PulsarForm(const QString &filePath, QWidget *parent)
+    : RecordingForm(filePath, parent), ui(new Ui::PulsarForm)
 {
     ui->setupUi(this);
     if (!open(shortestRecording))
@@ -151,7 +151,7 @@ QString PulsarForm::command()
     }
     const bool isAsShown = shown && action == shown->action;
     parameters->points = worksOnChannel(action) && isAsShown ? wantedPoints : 0;
-    return pulsarCommand(action, *parameters, recordingPath);
+    return pulsarCommand(action, *parameters, path);
 }
 
 // Nothing is computed: the number takes effect as a typed one does.
@@ -367,7 +367,7 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, const
 // For the report, for tables and for pictures.
 QStringList PulsarForm::computedOnLines() const
 {
-    return computedOn(recordingPath, shown->action, data, shown->parameters, shown->result);
+    return computedOn(path, shown->action, data, shown->parameters, shown->result);
 }
 
 void PulsarForm::showTexts(const Results::Report &report, const QStringList &names, int firstColour)
