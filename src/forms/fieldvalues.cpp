@@ -149,7 +149,7 @@ std::vector<FieldProblem> problems(const QWidget *part, const std::vector<Unread
     }
     for (const Unread &text : unread)
         all.push_back({text.field->objectName(),
-                       QString("%1: \"%2\" is no number. Allowed: %3.")
+                       QString("%1: \"%2\" is not a number. Allowed: %3.")
                            .arg(FieldStyles::nameOf(text.field), text.text, text.allowed)});
     return all;
 }

@@ -105,7 +105,7 @@ void TestFfaForm::editsAreJudgedAtOnce()
         const char *text;
         const char *problem;
     } edits[] = {
-        {"dispersion", "1,000.5", "\"1,000.5\" is no number. Allowed: digits"},
+        {"dispersion", "1,000.5", "\"1,000.5\" is not a number. Allowed: digits"},
         {"dispersion", "1e6", "delays a band"},
         {"firstPoint", "1.5", "whole number"},
         {"firstPoint", "19999", "Allowed: 0 to 19998"},
@@ -115,7 +115,7 @@ void TestFfaForm::editsAreJudgedAtOnce()
         {"period_min", "0.4", "period_min >= tsamp * bins_min (0.0124928*40=0.499712)"},
         {"period_max", "24,98", ""},
         {"period_max", "24.99", "length / fpmin = 24.984 s"},
-        {"period_max", "nan", "is no number"},
+        {"period_max", "nan", "is not a number"},
         {"ducy_max", "1", "ducy_max must be > 0 and < 1"},
         {"wtsp", "0.9", "wtsp must be >= 1"},
         {"rmed_width", "250", "rmed_width"},

@@ -45,5 +45,5 @@ QVariant StatisticsModel::look(int row, int column, int role) const
     const auto missing = curves[std::size_t(column)].found.missing;
     if (role != Qt::ToolTipRole || row != 0 || missing == 0)
         return {};
-    return QString("%1 values are no finite numbers").arg(missing);
+    return QString("%1 values are not finite numbers").arg(missing);
 }

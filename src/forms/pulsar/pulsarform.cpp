@@ -60,7 +60,8 @@ PulsarForm::PulsarForm(const QString &filePath, QWidget *parent)
     connectInputs();
     install(grafik, info);
     if (!otherPresets.isEmpty())
-        info->showNote("Other presets suit this recording:\n" + otherPresets.join('\n'));
+        info->showNote("Presets that were changed to fit this recording:\n" +
+                       otherPresets.join('\n'));
     ui->dispersion->setFocus(); // no choice that is not made yet
     ui->dispersion->selectAll();
 }
@@ -74,14 +75,15 @@ QStringList PulsarForm::fitPresets()
     const auto fit = [&](QSpinBox *box, const char *name, int count) {
         if (box->value() <= count || count < 1)
             return;
-        lines << QString("%1 %2, for there is no %3").arg(name).arg(count).arg(box->value());
+        lines
+            << QString("%1 %2: the recording has no %1 %3").arg(name).arg(count).arg(box->value());
         box->setValue(count);
     };
     fit(ui->module, "module", data.modules);
     fit(ui->ray, "ray", data.rays);
     const int last = completePoints(data) - PulsarCalculate::fixedPoints - 1;
     if (ui->firstPoint->text().toInt() > last) {
-        lines << QString("first point 0, for sums need %1 points after %2")
+        lines << QString("first point 0: sums need %1 points, more than there are after point %2")
                      .arg(PulsarCalculate::fixedPoints)
                      .arg(ui->firstPoint->text());
         ui->firstPoint->setText("0");
@@ -89,7 +91,8 @@ QStringList PulsarForm::fitPresets()
     const QDateTime begin = exactBegin(data);
     if (begin.isValid() && !pointAtUtc(data, ui->zrtUtc->text()).problem.text.isEmpty()) {
         const QString time = textOfTime(begin, "hh:mm:ss");
-        lines << QString("ZRT UTC %1, for %2 is not in it").arg(time, ui->zrtUtc->text());
+        lines
+            << QString("ZRT UTC %1: the recording does not hold %2").arg(time, ui->zrtUtc->text());
         ui->zrtUtc->setText(time);
     }
     return lines;
