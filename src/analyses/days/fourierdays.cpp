@@ -259,7 +259,7 @@ OtherRay otherRayOf(int module, int ray, const std::vector<FourierDay> &products
     other.otherRays.clear();
     other.beam = {};
     OtherRay lines = {module, ray, {}};
-    for (const FourierLine &line : combineDays(products, other).lines)
+    for (const FourierLine &line : combineDays(products, other, control).lines)
         lines.frequencies.push_back(line.telescope);
     return lines;
 }
