@@ -4,11 +4,13 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QMap>
+#include <QRandomGenerator>
 #include <QSet>
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -32,6 +34,19 @@ bool isTemporary(const QString &ending)
     const QString letters = ending.mid(1);
     return ending.startsWith('.') && std::all_of(letters.begin(), letters.end(), isLetter) &&
            letters.mid(1) != letters.mid(1).toLower() && letters != letters.toUpper();
+}
+
+QString randomEnding()
+{
+    QString ending = ".";
+    do {
+        ending.truncate(1);
+        while (ending.size() < temporaryEnding) {
+            const int letter = QRandomGenerator::global()->bounded(52);
+            ending += QChar(letter < 26 ? 'a' + letter : 'A' + letter - 26);
+        }
+    } while (!isTemporary(ending));
+    return ending;
 }
 
 // What fails a file that could be made otherwise.
@@ -162,6 +177,22 @@ WriteFailure writeTogether(const std::vector<FileContent> &files)
 WriteFailure writeWhole(const QString &path, const QByteArray &bytes)
 {
     return writeTogether({{path, bytes}});
+}
+
+bool writeReplaceable(const QString &path, const QByteArray &bytes)
+{
+    if (!refusal(path).isEmpty())
+        return false;
+    QFile file(path + randomEnding());
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
+        return false;
+    flock(file.handle(), LOCK_EX | LOCK_NB);
+    const bool isWritten = file.write(bytes) == bytes.size() &&
+                           std::rename(QFile::encodeName(file.fileName()).constData(),
+                                       QFile::encodeName(path).constData()) == 0;
+    if (!isWritten)
+        file.remove();
+    return isWritten;
 }
 
 void removeAbandoned(const QStringList &paths)

@@ -68,6 +68,13 @@ WriteFailure writeTogether(const std::vector<FileContent> &files);
 /// Writes one file, whole or not at all.
 WriteFailure writeWhole(const QString &path, const QByteArray &bytes);
 
+/// Writes a file that can be made again: whole or not at all for every program that looks, but
+/// without waiting for the disk, so that a power failure may leave anything under its name. Its
+/// reader has to notice.
+///
+/// @return false where it was not written
+bool writeReplaceable(const QString &path, const QByteArray &bytes);
+
 /// Removes what killed programs left behind of files that were written under temporary names
 /// beside these paths. What a living process still writes is kept. Looks into each folder once.
 void removeAbandoned(const QStringList &paths);

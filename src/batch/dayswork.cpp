@@ -1,6 +1,7 @@
 #include "batch/dayswork.h"
 
 #include "batch/stopsignal.h"
+#include "calc/pulsar/bandsum.h"
 #include "data/observationdata.h"
 
 #include <QDir>
@@ -156,20 +157,19 @@ private:
     {
         QStringList paths;
         for (const Days::SeriesRequest &series : found.plan.series)
-            paths << QDir(found.kept.path)
-                         .absoluteFilePath(Days::seriesFileName(found.set, day,
-                                                                found.plan.choice.points, series));
+            paths << Days::seriesPath(found.set, day, found.plan.choice.points, series,
+                                      found.kept.path);
         return paths;
     }
 
-    // The samples that are read, a copy of one ray without what is no number, and the sums.
+    // The samples of a ray, which are held where some are no numbers, their copy, and the sums.
     qint64 memoryOf(const Days::Day &day) const
     {
         qint64 points = 0;
         for (const Days::DayPart &part : day.parts)
             points += part.count;
-        const qint64 bands = qint64(found.plan.header.fbands.size()) + 1;
-        return 2 * points * bands * qint64(found.plan.series.size()) * qint64(sizeof(float));
+        const qint64 samples = 2 * (Pulsar::sumBands + 1) * qint64(sizeof(float));
+        return points * (samples + qint64(found.plan.series.size() * sizeof(double)));
     }
 
     Failure run(const Days::Day &day, const Control &control) const
@@ -179,11 +179,8 @@ private:
             if (force)
                 QFile::remove(path);
         }
-        SampleReadingHooks hooks;
-        hooks.progress = control.progress;
-        hooks.keepAlive = [&control] { return !control.isStopped(); };
         const std::vector<Days::DaySeries> all = Days::seriesOfDay(
-            found.set, day, found.plan.choice.points, found.plan.series, found.kept.path, hooks);
+            found.set, day, found.plan.choice.points, found.plan.series, found.kept.path, control);
         for (std::size_t i = 0; i < all.size(); ++i) {
             if (all[i].wasStopped)
                 return stopped();

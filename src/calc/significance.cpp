@@ -59,10 +59,9 @@ double logNormalDensity(double sigma)
     return -sigma * sigma / 2 - std::log(2 * M_PI) / 2;
 }
 
-// Derivatives of the cumulant function -each x sum of ln(1 - w t).
+// The cumulant function -each x sum of ln(1 - w t) with its second derivative.
 struct Cumulants {
     double value = 0;
-    double first = 0;
     double second = 0;
 };
 
@@ -72,10 +71,17 @@ Cumulants cumulantsAt(const std::vector<double> &weights, double each, double t)
     for (const double w : weights) {
         const double rest = 1 - w * t;
         k.value -= each * std::log(rest);
-        k.first += each * w / rest;
         k.second += each * w * w / (rest * rest);
     }
     return k;
+}
+
+double firstCumulant(const std::vector<double> &weights, double each, double t)
+{
+    double first = 0;
+    for (const double w : weights)
+        first += each * w / (1 - w * t);
+    return first;
 }
 
 // Where the first derivative of the cumulant function is x: it rises steadily from 0 to infinity
@@ -85,11 +91,11 @@ double saddlePoint(const std::vector<double> &weights, double each, double x)
     const double top = 1 / *std::max_element(weights.begin(), weights.end());
     double high = top;
     double low = -top;
-    while (cumulantsAt(weights, each, low).first > x)
+    while (firstCumulant(weights, each, low) > x)
         low *= 2;
     for (int i = 0; i < 200 && high - low > 1e-15 * std::abs(high); ++i) {
         const double middle = low + (high - low) / 2;
-        (cumulantsAt(weights, each, middle).first < x ? low : high) = middle;
+        (firstCumulant(weights, each, middle) < x ? low : high) = middle;
     }
     return low;
 }
@@ -168,6 +174,11 @@ double powerAtSigma(double shape, double sigma, double trials)
     return (low + high) / 2;
 }
 
+double medianPower(double shape)
+{
+    return boost::math::gamma_p_inv(shape, 0.5);
+}
+
 double logWeightedTail(const std::vector<double> &weights, double each, double x)
 {
     if (weights.empty() || !(each > 0) || std::isnan(x))
@@ -192,6 +203,20 @@ double logWeightedTail(const std::vector<double> &weights, double each, double x
     const double tail =
         std::exp(logNormalTail(r)) + std::exp(logNormalDensity(r)) * (1 / u - 1 / r);
     return std::log(std::clamp(tail, std::numeric_limits<double>::min(), 1.0));
+}
+
+double medianWeightedPower(const std::vector<double> &weights, double each)
+{
+    if (weights.empty() || !(each > 0))
+        return std::numeric_limits<double>::quiet_NaN();
+    // Below the mean, for the law leans to the right.
+    double low = 0;
+    double high = firstCumulant(weights, each, 0);
+    while (high - low > 1e-9 * high) {
+        const double middle = low + (high - low) / 2;
+        (logWeightedTail(weights, each, middle) > -M_LN2 ? low : high) = middle;
+    }
+    return low;
 }
 
 } // namespace Tools

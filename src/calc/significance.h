@@ -34,6 +34,9 @@ double sigmaOfPower(double shape, double power, double trials = 1);
 /// The sum of `shape` whitened powers that has this sigma: the inverse of sigmaOfPower().
 double powerAtSigma(double shape, double sigma, double trials = 1);
 
+/// The sum of `shape` whitened powers that half of all noise exceeds.
+double medianPower(double shape);
+
 /// The same tail for powers that were weighted before they were summed.
 ///
 /// Saddle point approximation of Lugannani & Rice 1980 (Adv. Appl. Prob. 12, 475) for the sum of
@@ -44,5 +47,8 @@ double powerAtSigma(double shape, double sigma, double trials = 1);
 /// @param each     independent powers behind each weight
 /// @param x        the weighted sum
 double logWeightedTail(const std::vector<double> &weights, double each, double x);
+
+/// The weighted sum that half of all noise exceeds, by that tail.
+double medianWeightedPower(const std::vector<double> &weights, double each);
 
 } // namespace Tools

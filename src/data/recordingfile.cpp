@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <memory>
 #include <new>
 #include <numeric>
 
@@ -16,7 +17,7 @@ namespace {
 
 // One line of points is buffered whole; the lists beside it take the room of a few points more.
 constexpr qint64 bufferedPoints = 24;
-constexpr qint64 copiedBytes = qint64(4) << 20;
+constexpr qint64 handedBytes = qint64(256) << 10;
 
 bool isAscendingBelow(const std::vector<int> &indices, int count)
 {
@@ -356,24 +357,25 @@ StretchReading RecordingFile::readRuns(const Stretch &chosen, const std::vector<
     }
 }
 
-bool RecordingFile::readBytes(int first, int count,
-                              const std::function<bool(const QByteArray &)> &take)
+bool RecordingFile::readPoints(int first, int count,
+                               const std::function<bool(const float *values, int points)> &take)
 {
     const qint64 onePoint = pointBytes();
-    qint64 left = onePoint * count;
+    const int block = int(std::clamp<qint64>(handedBytes / onePoint, 1, std::max(count, 1)));
+    const auto values =
+        std::make_unique_for_overwrite<float[]>(std::size_t(block * onePoint) / sizeof(float));
     bool goes = file.seek(entries.size + onePoint * first);
-    while (goes && left > 0) {
-        const QByteArray some = file.read(std::min(left, copiedBytes));
-        if (some.isEmpty()) {
-            problem =
-                file.fileName() + QString(" ends early: %1 of its points %2 to %3 are missing.")
-                                      .arg(sizeText(left))
-                                      .arg(first)
-                                      .arg(qint64(first) + count - 1);
+    for (int done = 0; goes && done < count; done += block) {
+        const int points = std::min(block, count - done);
+        if (file.read(reinterpret_cast<char *>(values.get()), onePoint * points) !=
+            onePoint * points) {
+            problem = file.fileName() + QString(" ends early: not all of its points %1 to %2 are "
+                                                "there.")
+                                            .arg(qint64(first) + done)
+                                            .arg(qint64(first) + count - 1);
             return false;
         }
-        left -= some.size();
-        goes = take(some);
+        goes = take(values.get(), points);
     }
     return goes;
 }

@@ -74,12 +74,13 @@ public:
     StretchReading read(const SpacedBlocks &spaced, const Stretch &chosen,
                         const SampleReadingHooks &hooks = {});
 
-    /// Hands over the bytes of whole points as they stand in the file, in blocks of about 4 MiB.
+    /// Hands over points as they stand in the file, all values of one after the other, in blocks
+    /// that stay in the processor's cache.
     ///
-    /// @param take  false ends the reading
+    /// @param take  gets the first value of the first point of a block; false ends the reading
     /// @return false when `take` ended it or the file ends early; reason() then says so
-    [[nodiscard]] bool readBytes(int first, int count,
-                                 const std::function<bool(const QByteArray &)> &take);
+    [[nodiscard]] bool readPoints(int first, int count,
+                                  const std::function<bool(const float *values, int points)> &take);
 
 private:
     SampleShape shape() const;

@@ -80,16 +80,16 @@ QString saveStretch(RecordingFile &file, int first, int count, double dispersion
     if (const WriteFailure failure =
             writer.open(path, stretchPassport(file, first, count, dispersion)))
         return failure.text();
-    const qint64 all = file.pointBytes() * count;
-    qint64 done = 0;
+    const qint64 pointValues = file.pointBytes() / qint64(sizeof(float));
+    int done = 0;
     bool isStopped = false;
     WriteFailure unwritten;
-    const bool isRead = file.readBytes(first, count, [&](const QByteArray &bytes) {
-        unwritten = writer.write(bytes);
+    const bool isRead = file.readPoints(first, count, [&](const float *values, int points) {
+        unwritten = writer.write(values, pointValues * points);
         if (unwritten)
             return false;
-        done += bytes.size();
-        isStopped = progress && !progress(int((done - 1) * 100 / all));
+        done += points;
+        isStopped = progress && !progress(int((done - qint64(1)) * 100 / count));
         return !isStopped;
     });
     if (isStopped)

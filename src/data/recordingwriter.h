@@ -17,8 +17,6 @@ class RecordingWriter {
 public:
     WriteFailure open(const QString &path, const QByteArray &passport);
     WriteFailure write(const float *values, qint64 count);
-    /// Bytes of samples that have the order of the file already.
-    WriteFailure write(const QByteArray &bytes) { return file.write(bytes); }
     WriteFailure commit() { return file.commit(); }
 
 private:

@@ -30,9 +30,10 @@ void turnPlain(const float *points, qint64 stride, qint64 values, float *const *
 }
 
 #ifdef __SSE2__
-// One line of points of four rays. Each ray's line is written whole and past the caches:
-// thousands of rays are written in turn, so that a cached line would first have to be
-// fetched and would be evicted again before anybody reads it.
+// One line of points of four rays. Each ray's line is written whole, and past the caches where
+// nobody reads it soon: thousands of rays are written in turn, so that a cached line would first
+// have to be fetched and would be evicted again before anybody reads it.
+template <TurnedFor use>
 void turnTile(const float *points, qint64 stride, float *const *rays, qint64 firstPoint)
 {
     __m128 lines[tileValues][4];
@@ -48,12 +49,19 @@ void turnTile(const float *points, qint64 stride, float *const *rays, qint64 fir
         lines[2][quarter] = c;
         lines[3][quarter] = d;
     }
-    for (int v = 0; v < tileValues; ++v)
-        for (int quarter = 0; quarter < 4; ++quarter)
-            _mm_stream_ps(rays[v] + firstPoint + 4 * quarter, lines[v][quarter]);
+    for (int v = 0; v < tileValues; ++v) {
+        for (int quarter = 0; quarter < 4; ++quarter) {
+            float *const to = rays[v] + firstPoint + 4 * quarter;
+            if constexpr (use == TurnedFor::Later)
+                _mm_stream_ps(to, lines[v][quarter]);
+            else
+                _mm_store_ps(to, lines[v][quarter]);
+        }
+    }
 }
 
 // Whole lines of points; returns how many points that were.
+template <TurnedFor use>
 qint64 turnTiles(const float *points, qint64 stride, qint64 values, float *const *rays,
                  qint64 firstPoint, qint64 count)
 {
@@ -62,11 +70,12 @@ qint64 turnTiles(const float *points, qint64 stride, qint64 values, float *const
     for (qint64 p = 0; p < whole; p += pointsPerLine) {
         const float *const line = points + p * stride;
         for (qint64 v = 0; v < lastTile; v += tileValues)
-            turnTile(line + v, stride, rays + v, firstPoint + p);
+            turnTile<use>(line + v, stride, rays + v, firstPoint + p);
         // The last tile overlaps the one before where the values are no multiple of it.
-        turnTile(line + lastTile, stride, rays + lastTile, firstPoint + p);
+        turnTile<use>(line + lastTile, stride, rays + lastTile, firstPoint + p);
     }
-    _mm_sfence();
+    if constexpr (use == TurnedFor::Later)
+        _mm_sfence();
     return whole;
 }
 #endif
@@ -74,12 +83,16 @@ qint64 turnTiles(const float *points, qint64 stride, qint64 values, float *const
 } // namespace
 
 void turnPoints(const float *points, qint64 stride, qint64 values, float *const *rays,
-                qint64 firstPoint, qint64 count)
+                qint64 firstPoint, qint64 count, TurnedFor use)
 {
     qint64 done = 0;
-#ifdef __SSE2__
+#ifndef __SSE2__
+    Q_UNUSED(use)
+#else
     if (values >= tileValues)
-        done = turnTiles(points, stride, values, rays, firstPoint, count);
+        done = (use == TurnedFor::Now
+                    ? turnTiles<TurnedFor::Now>
+                    : turnTiles<TurnedFor::Later>)(points, stride, values, rays, firstPoint, count);
 #endif
     turnPlain(points + done * stride, stride, values, rays, firstPoint + done, count - done);
 }

@@ -6,6 +6,10 @@
 /// but the last on a multiple of it.
 inline constexpr int pointsPerLine = 16;
 
+/// Who reads the rays next: somebody later, so that they are written past the caches, or the caller
+/// at once, for whom they stay there.
+enum class TurnedFor { Later, Now };
+
 /// Turns samples from the order of the file, point by point, to the order of the analyses,
 /// ray by ray: rays[v][firstPoint + p] = points[p * stride + v]. Values are moved as bits.
 ///
@@ -16,4 +20,4 @@ inline constexpr int pointsPerLine = 16;
 /// @param firstPoint  multiple of pointsPerLine
 /// @param count       points
 void turnPoints(const float *points, qint64 stride, qint64 values, float *const *rays,
-                qint64 firstPoint, qint64 count);
+                qint64 firstPoint, qint64 count, TurnedFor use = TurnedFor::Later);

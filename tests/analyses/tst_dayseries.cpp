@@ -48,6 +48,8 @@ private slots:
     void equalsTheSumOfOneRecording();
     void isKept();
     void damagedIsMadeAnew();
+    void samplesThatAreNoNumbers();
+    void fileWithoutARay();
     void tellsWhatFails();
 
 private:
@@ -126,7 +128,7 @@ void TestDaySeries::isKept()
     QVERIFY(!seriesAt(3500, keptIn)[0].wasKept);
 }
 
-// Cut, longer, of another program and empty.
+// Cut, longer, of another version, with another value, and empty.
 void TestDaySeries::damagedIsMadeAnew()
 {
     const QString keptIn = folder->filePath("kept");
@@ -134,8 +136,8 @@ void TestDaySeries::damagedIsMadeAnew()
     const QString path = "kept/" + QDir(keptIn).entryList({"*.series"}, QDir::Files)[0];
     const QByteArray whole = contents(folder->filePath(path));
     for (const QByteArray &damaged :
-         {whole.left(whole.size() - 1), whole + "x", QByteArray(whole).replace("form 1", "form 0"),
-          QByteArray()}) {
+         {whole.left(whole.size() - 1), whole + "x", QByteArray(whole).replace("form 2", "form 1"),
+          QByteArray(whole).replace(whole.size() - 2, 1, "x"), QByteArray()}) {
         TestSupport::writeFile(*folder, path, damaged);
         const std::vector<DaySeries> again = seriesAt(100, keptIn);
         QVERIFY(again[0].wasKept != again[1].wasKept);
@@ -143,6 +145,41 @@ void TestDaySeries::damagedIsMadeAnew()
         QCOMPARE(again[1].sums, made[1].sums);
         QCOMPARE(contents(folder->filePath(path)), whole);
     }
+}
+
+// A sample that is no number does not reach the sum; the other ray of the day is as it was.
+void TestDaySeries::samplesThatAreNoNumbers()
+{
+    const std::vector<DaySeries> whole = seriesAt(3500, {});
+    QFile file(first);
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    const qint64 pointValues = 33 * 3;
+    const qint64 header = file.size() - pointsOfFile * pointValues * 4;
+    const float notANumber = std::numeric_limits<float>::quiet_NaN();
+    // Point 3600, ray 1, band 7.
+    QVERIFY(file.seek(header + 4 * (3600 * pointValues + 6)));
+    file.write(reinterpret_cast<const char *>(&notANumber), 4);
+    file.close();
+    const std::vector<DaySeries> series = seriesAt(3500, {});
+    QCOMPARE(series[0].sums, whole[0].sums);
+    QVERIFY2(series[1].remark.contains("channel 7 at point 3600"), qPrintable(series[1].remark));
+    for (int i = 0; i < points; ++i)
+        QCOMPARE(series[1].sums[std::size_t(i)] == whole[1].sums[std::size_t(i)], i != 100);
+}
+
+// The second file of a day holds another ray alone: only the series of that one is whole.
+void TestDaySeries::fileWithoutARay()
+{
+    second = TestSupport::writeFile(
+        *folder, "b.pnt",
+        TestSupport::recordingBytes({pointsOfFile, 1, 33, 1}, [](int point, int, int channel, int) {
+            return sampleAt(pointsOfFile + point, channel, 0);
+        }).replace("12:00:00", "12:00:50"));
+    const std::vector<DaySeries> series = seriesAt(3500, {});
+    QVERIFY2(series[0].problem.contains("b.pnt: it does not hold module 1, ray 3"),
+             qPrintable(series[0].problem));
+    QCOMPARE(series[1].problem, QString());
+    QCOMPARE(int(series[1].sums.size()), points);
 }
 
 void TestDaySeries::tellsWhatFails()

@@ -79,6 +79,8 @@ private slots:
     void humIsFolded();
     void leavesOutInterference();
     void equalGains();
+    void tailOfUnequalWeights();
+    void stops();
     void relatedLines();
     void knownPulsar();
     void badInput();
@@ -296,6 +298,44 @@ void TestFourierStack::equalGains()
     QVERIFY(stack.lines.size() < 4);
     for (const FourierLine &line : stack.lines)
         QVERIFY(line.sigma >= choice.threshold);
+}
+
+// The curve of a stack in which few days have nearly all the weight keeps its promise: a Gamma law
+// of the same mean and variance has three times too many bins above 3 sigma.
+void TestFourierStack::tailOfUnequalWeights()
+{
+    constexpr int stacks = 100;
+    FourierDaysChoice choice;
+    choice.harmonics = 1;
+    choice.equalGains = true;
+    int above = 0;
+    int positive = 0;
+    for (int i = 0; i < stacks; ++i) {
+        std::vector<FourierDay> days = noiseDays(30);
+        for (std::size_t day = 0; day < days.size(); ++day)
+            days[day].sigma = 1 + double(day) / 3;
+        const FourierStack stack = combineDays(days, choice);
+        above += int(std::count_if(stack.sigma.begin(), stack.sigma.end(),
+                                   [](float sigma) { return sigma > 3; }));
+        positive += int(std::count_if(stack.sigma.begin(), stack.sigma.end(),
+                                      [](float sigma) { return sigma > 0; }));
+    }
+    const double expected = 1.35e-3 * stacks * bins; // 138, which scatters by 12
+    QVERIFY2(above > 0.7 * expected && above < 1.4 * expected, qPrintable(QString::number(above)));
+    const double half = double(positive) / (stacks * bins);
+    QVERIFY2(std::abs(half - 0.5) < 0.02, qPrintable(QString::number(half)));
+}
+
+// A stack that is stopped ends without lines.
+void TestFourierStack::stops()
+{
+    int asked = 0;
+    Jobs::Control control;
+    control.isStopped = [&asked] { return ++asked > 5; };
+    const FourierStack stack = combineDays(noiseDays(20), {}, control);
+    QVERIFY(asked < 12);
+    QVERIFY(stack.lines.empty() && stack.sigma.empty());
+    QCOMPARE(stack.problem, QString("Stopped."));
 }
 
 void TestFourierStack::relatedLines()

@@ -49,8 +49,8 @@ std::vector<DayPowers> withRatio(const std::vector<std::vector<float>> &days, do
 std::vector<StackLine> linesOf(const std::vector<std::vector<float>> &days, int harmonics)
 {
     const std::vector<DayPowers> powers = withRatio(days, 1);
-    const std::vector<double> level =
-        Days::levelOfStack(Days::stackDays(powers, bins), double(days.size()), 513);
+    const std::vector<double> level = Days::levelOfStack(
+        Days::stackDays(powers, bins), Tools::medianPower(double(days.size())), 513);
     return Days::findLines(Days::stackDaysFinely(powers, bins), level,
                            {double(days.size()), 64, harmonics, 0});
 }
@@ -127,7 +127,7 @@ void TestPowerStack::weakLineOfManyDays()
     for (unsigned i = 0; i < stacks; ++i) {
         const std::vector<std::vector<float>> powers = simulatedDays(days, i, 1000, 1.5);
         const std::vector<double> stack = Days::stackDays(withRatio(powers, 1), bins);
-        const std::vector<double> level = Days::levelOfStack(stack, days, 513);
+        const std::vector<double> level = Days::levelOfStack(stack, Tools::medianPower(days), 513);
         sum += Tools::sigmaOfPower(days, stack[1000] / level[1000]);
     }
     // One stack scatters by 1.6.

@@ -45,6 +45,11 @@ struct DayPart {
     int count = 0;
 };
 
+inline const RecordingEntry &entryOf(const RecordingSet &set, const DayPart &part)
+{
+    return set.entries[std::size_t(part.recording)];
+}
+
 /// One passage of the sky. It may lie in two files or more where they follow each other.
 struct Day {
     QDateTime begin; ///< UTC of the first point; names the day

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "analyses/days/daylist.h"
-#include "data/samplereader.h"
+#include "jobs/control.h"
 
 #include <QString>
 #include <vector>
@@ -45,15 +45,15 @@ struct DaySeries {
 /// @return one per request, in their order
 std::vector<DaySeries> seriesOfDay(const RecordingSet &set, const Day &day, int points,
                                    const std::vector<SeriesRequest> &requests,
-                                   const QString &folder, const SampleReadingHooks &hooks = {});
+                                   const QString &folder, const Jobs::Control &control = {});
 
 /// Whether all of these series are kept and can be used.
 bool areKept(const RecordingSet &set, const Day &day, int points,
              const std::vector<SeriesRequest> &requests, const QString &folder);
 
-/// Name of the file that keeps a series: UTC of its first point, module, ray, and a hash of all
+/// The file that keeps a series, named by UTC of its first point, module, ray, and a hash of all
 /// that it depends on.
-QString seriesFileName(const RecordingSet &set, const Day &day, int points,
-                       const SeriesRequest &request);
+QString seriesPath(const RecordingSet &set, const Day &day, int points,
+                   const SeriesRequest &request, const QString &folder);
 
 } // namespace Days

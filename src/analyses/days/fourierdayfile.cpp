@@ -1,4 +1,5 @@
 #include "analyses/days/fourierdays.h"
+#include "analyses/days/oneline.h"
 
 #include "base/timetext.h"
 #include "coords/filenames.h"
@@ -25,16 +26,6 @@ QByteArray exact(double value)
     return Results::numberText(value);
 }
 
-QByteArray oneLine(const QString &text)
-{
-    return QString(text).replace('%', "%25").replace('\n', "%0A").replace('\t', "%09").toUtf8();
-}
-
-QString fromOneLine(const QByteArray &text)
-{
-    return QString::fromUtf8(text).replace("%09", "\t").replace("%0A", "\n").replace("%25", "%");
-}
-
 // What a file of spectra begins with. Parameters that only the stack reads are in it too: they cost
 // nothing, and all that made a file stands in it.
 QByteArray headerOf(const FourierDaysParameters &parameters, int bins)
@@ -46,7 +37,7 @@ QByteArray headerOf(const FourierDaysParameters &parameters, int bins)
         "\ndisp: " + QByteArray::number(qint64(parameters.dispersion)) + "\n";
     for (const FourierDaysField &field : fourierDaysFields())
         header += field.key.toUtf8() + ": " +
-                  oneLine(Tools::headerText(field.valueIn(parameters))) + "\n";
+                  toOneLine(Tools::headerText(field.valueIn(parameters))) + "\n";
     return header;
 }
 
@@ -61,7 +52,7 @@ QByteArray dayLine(const FourierDay &day)
     for (const double value :
          {day.binWidth, day.sigma, double(day.above), day.ratio, day.solarHour})
         line += "\t" + exact(value);
-    line += "\t" + oneLine(day.remark);
+    line += "\t" + toOneLine(day.remark);
     for (const DayHum &hum : day.hum)
         line += "\t" + exact(hum.from) + "\t" + exact(hum.to);
     return line + "\n";

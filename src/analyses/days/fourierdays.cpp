@@ -229,11 +229,8 @@ std::vector<FourierDay> readRays(const RecordingSet &set, const DayPlan &plan, c
     }
     if (!day.reason.isEmpty())
         return products;
-    SampleReadingHooks hooks;
-    hooks.progress = control.progress;
-    hooks.keepAlive = [&control] { return !control.isStopped(); };
     const std::vector<DaySeries> series =
-        seriesOfDay(set, day, plan.choice.points, plan.series, folder, hooks);
+        seriesOfDay(set, day, plan.choice.points, plan.series, folder, control);
     DayStretch stretch;
     stretch.begin = day.begin;
     stretch.tresolution = plan.list.tresolution;
@@ -254,7 +251,7 @@ std::vector<int> otherRaysOf(const FourierDaysParameters &parameters, const DayP
 }
 
 OtherRay otherRayOf(int module, int ray, const std::vector<FourierDay> &products,
-                    const FourierDaysChoice &choice)
+                    const FourierDaysChoice &choice, const Jobs::Control &control)
 {
     constexpr double threshold = 4; // sigma
     FourierDaysChoice other = choice;
@@ -262,7 +259,7 @@ OtherRay otherRayOf(int module, int ray, const std::vector<FourierDay> &products
     other.otherRays.clear();
     other.beam = {};
     OtherRay lines = {module, ray, {}};
-    for (const FourierLine &line : combineDays(products, other).lines)
+    for (const FourierLine &line : combineDays(products, other, control).lines)
         lines.frequencies.push_back(line.telescope);
     return lines;
 }

@@ -56,7 +56,7 @@ std::vector<int> otherRaysOf(const FourierDaysParameters &parameters, const DayP
 
 /// What a stack of another ray shows above 4 sigma, for FourierDaysChoice::otherRays.
 OtherRay otherRayOf(int module, int ray, const std::vector<FourierDay> &products,
-                    const FourierDaysChoice &choice);
+                    const FourierDaysChoice &choice, const Jobs::Control &control = {});
 
 /// What does not count against the days: the interference, and the harmonics of a known pulsar
 /// that was asked for by name.

@@ -20,37 +20,47 @@ constexpr int levelWindows = 4;
 constexpr double otherRaySigma = 4;
 constexpr int raysOfModule = 8;
 
-// A function of a power that is slow to compute, at many powers.
+// The sigma of a summed power, which is slow to compute, at many powers.
 class SigmaTable {
 public:
-    explicit SigmaTable(double gammaShape) : shape(gammaShape)
+    // weightsOfDays: none where all are equal
+    SigmaTable(double gammaShape, std::vector<double> weightsOfDays)
+        : shape(gammaShape), weights(std::move(weightsOfDays))
     {
         constexpr int nodes = 512;
         constexpr double sigmas = 15;
         step = (shape + sigmas * std::sqrt(shape) + sigmas) / nodes;
         for (int i = 0; i <= nodes; ++i)
-            table.push_back(Tools::sigmaOfPower(shape, std::max(i, 1) * step));
+            table.push_back(sigmaOf(std::max(i, 1) * step));
     }
 
     double at(double power) const
     {
         const double position = power / step;
         if (position >= double(table.size() - 1))
-            return Tools::sigmaOfPower(shape, power);
+            return sigmaOf(power);
         const auto node = std::size_t(std::max(0.0, position));
         return table[node] + (position - double(node)) * (table[node + 1] - table[node]);
     }
 
 private:
+    double sigmaOf(double power) const
+    {
+        return weights.empty() ? Tools::sigmaOfPower(shape, power)
+                               : Tools::sigmaOfTail(Tools::logWeightedTail(weights, 1, power));
+    }
+
     double shape;
+    std::vector<double> weights;
     double step = 1;
     std::vector<double> table;
 };
 
 class Stacker {
 public:
-    Stacker(const std::vector<FourierDay> &allProducts, const FourierDaysChoice &wanted)
-        : products(allProducts), choice(wanted)
+    Stacker(const std::vector<FourierDay> &allProducts, const FourierDaysChoice &wanted,
+            const Jobs::Control &asked)
+        : products(allProducts), choice(wanted), control(asked)
     {}
 
     FourierStack stack()
@@ -60,9 +70,13 @@ public:
             return std::move(result);
         turnFrequencies();
         weighDays();
-        sumDays();
-        describeBins();
-        describeLines();
+        for (void (Stacker::*const part)() : {&Stacker::sumDays, &Stacker::levelDays,
+                                              &Stacker::describeBins, &Stacker::describeLines}) {
+            if (!control.isStopped())
+                (this->*part)();
+        }
+        if (control.isStopped())
+            result.problem = "Stopped.";
         return std::move(result);
     }
 
@@ -169,12 +183,30 @@ private:
                 summed.push_back({days.days[i]->powers.data(), days.ratios[i],
                                   days.weights.empty() ? 1 : days.weights[i]});
         }
-        fine = stackDaysFinely(summed, bins);
+        fine = stackDaysFinely(summed, bins, control.isStopped);
         sums.resize(std::size_t(bins));
         for (std::size_t bin = 0; bin < sums.size(); ++bin)
             sums[bin] = fine[bin * finePerBin];
+    }
+
+    // None where all are equal.
+    std::vector<double> weightsOfChosen() const
+    {
+        std::vector<double> weights;
+        for (std::size_t i = 0; i < days.weights.size(); ++i) {
+            if (days.chosen[i])
+                weights.push_back(days.weights[i]);
+        }
+        return weights;
+    }
+
+    void levelDays()
+    {
+        const std::vector<double> weights = weightsOfChosen();
+        const double expected =
+            weights.empty() ? Tools::medianPower(shape) : Tools::medianWeightedPower(weights, 1);
         const int window = std::min(levelWindows * choice.window, bins) - 1;
-        days.level = levelOfStack(sums, shape, window | 1);
+        days.level = levelOfStack(sums, expected, window | 1);
         leaveOut();
     }
 
@@ -208,7 +240,7 @@ private:
 
     void describeBins()
     {
-        const SigmaTable table(shape);
+        const SigmaTable table(shape, weightsOfChosen());
         result.powers.resize(std::size_t(bins));
         result.sigma.resize(std::size_t(bins));
         for (std::size_t bin = 0; bin < std::size_t(bins); ++bin) {
@@ -232,8 +264,11 @@ private:
         middle = middleDay();
         if (!lines.empty())
             pulsars = pulsarsInBeam(choice.beam, choice.direction, middle.date(), seconds);
-        for (const StackLine &line : lines)
+        for (const StackLine &line : lines) {
+            if (control.isStopped())
+                return;
             result.lines.push_back(described(line));
+        }
         if (!days.weights.empty())
             rankAnew();
         // A signal of the sky comes back; what a few days show waits behind.
@@ -354,6 +389,7 @@ private:
 
     const std::vector<FourierDay> &products;
     const FourierDaysChoice &choice;
+    const Jobs::Control &control;
     FourierStack result;
     StackDays days;
     int bins = 0;
@@ -386,9 +422,10 @@ QStringList FourierLine::marks() const
     return words;
 }
 
-FourierStack combineDays(const std::vector<FourierDay> &products, const FourierDaysChoice &choice)
+FourierStack combineDays(const std::vector<FourierDay> &products, const FourierDaysChoice &choice,
+                         const Jobs::Control &control)
 {
-    return Stacker(products, choice).stack();
+    return Stacker(products, choice, control).stack();
 }
 
 } // namespace Days

@@ -95,6 +95,8 @@ struct FourierStack {
 
 /// @param products  of the same analysis; those with a problem, or of another length or step than
 ///                  most, are left out, which a remark says
-FourierStack combineDays(const std::vector<FourierDay> &products, const FourierDaysChoice &choice);
+/// @param control   asked between parts of the work; a stopped stack has a problem and no lines
+FourierStack combineDays(const std::vector<FourierDay> &products, const FourierDaysChoice &choice,
+                         const Jobs::Control &control = {});
 
 } // namespace Days

@@ -5,7 +5,6 @@
 #include "calc/significance.h"
 
 #include <algorithm>
-#include <boost/math/special_functions/gamma.hpp>
 #include <cmath>
 #include <cstddef>
 #include <numeric>
@@ -69,11 +68,6 @@ void addSteps(const DayPowers &day, int bins, std::vector<double> &steps)
     }
 }
 
-double medianOfGamma(double shape)
-{
-    return boost::math::gamma_p_inv(shape, 0.5);
-}
-
 } // namespace
 
 std::vector<double> stackDays(const std::vector<DayPowers> &days, int bins)
@@ -84,21 +78,24 @@ std::vector<double> stackDays(const std::vector<DayPowers> &days, int bins)
     return sums;
 }
 
-std::vector<double> stackDaysFinely(const std::vector<DayPowers> &days, int bins)
+std::vector<double> stackDaysFinely(const std::vector<DayPowers> &days, int bins,
+                                    const std::function<bool()> &isStopped)
 {
     std::vector<double> sums(static_cast<std::size_t>(std::max(0, bins)) * finePerBin);
     if (sums.empty())
         return sums;
-    for (const DayPowers &day : days)
+    for (const DayPowers &day : days) {
+        if (isStopped && isStopped())
+            return sums;
         addSteps(day, bins, sums);
+    }
     std::partial_sum(sums.begin(), sums.end(), sums.begin());
     return sums;
 }
 
-std::vector<double> levelOfStack(const std::vector<double> &stack, double shape, int window)
+std::vector<double> levelOfStack(const std::vector<double> &stack, double expected, int window)
 {
     std::vector<double> level = Tools::localMedian(stack, window);
-    const double expected = medianOfGamma(shape);
     for (double &value : level)
         value = value > 0 ? value / expected : 1;
     return level;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <vector>
 
 /// Sums of the whitened powers of many days. A line that is too weak in every single transit adds
@@ -25,14 +26,17 @@ std::vector<double> stackDays(const std::vector<DayPowers> &days, int bins);
 
 /// The same at bins * finePerBin frequencies, from 0 on, 1 / finePerBin of a bin apart. Where the
 /// Earth's motion moves a line by parts of a bin, no rounding comes before that of the day.
-std::vector<double> stackDaysFinely(const std::vector<DayPowers> &days, int bins);
+///
+/// @param isStopped  asked before each day; true ends the work, and the sums are useless
+std::vector<double> stackDaysFinely(const std::vector<DayPowers> &days, int bins,
+                                    const std::function<bool()> &isStopped = {});
 
 /// What is left of the noise's level after each day was whitened: the local median of the stack
-/// over the median that a sum of so many exponentials has. Near 1 everywhere.
+/// over the median that such a sum of noise has. Near 1 everywhere.
 ///
-/// @param shape   number of days, or with unequal weights their effective number
-/// @param window  odd, in bins
-std::vector<double> levelOfStack(const std::vector<double> &stack, double shape, int window);
+/// @param expected  Tools::medianPower() of the number of days, or that of their weights
+/// @param window    odd, in bins
+std::vector<double> levelOfStack(const std::vector<double> &stack, double expected, int window);
 
 /// A sum of harmonics.
 struct StackLine {

@@ -57,6 +57,7 @@ private:
     void takeNews(SpectraNews news);
     void addArrived();
     void restack();
+    void restackAnew();
     void takeStack(const std::shared_ptr<const StackOutcome> &outcome);
     void listDays(const Days::DayPlan &plan);
     void showDays();

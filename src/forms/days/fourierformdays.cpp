@@ -83,8 +83,8 @@ void FourierForm::restack()
     request.leftOut = leftOut;
     using Outcome = std::shared_ptr<const StackOutcome>;
     stacker.start<Outcome>(
-        [request](const Jobs::Control &, const Jobs::Deliver<Outcome> &deliver) {
-            deliver(stackSpectra(request));
+        [request](const Jobs::Control &control, const Jobs::Deliver<Outcome> &deliver) {
+            deliver(stackSpectra(request, control));
         },
         [this](const Outcome &made) { takeStack(made); });
 }
@@ -156,12 +156,19 @@ void FourierForm::switchDay(int row, bool isOn)
     if (!spectra || row >= int(decided.size()))
         return;
     decided[std::size_t(row)] = isOn;
-    restack();
+    restackAnew();
 }
 
 void FourierForm::switchAll(std::optional<bool> isOn)
 {
     decided.assign(decided.size(), isOn);
+    restackAnew();
+}
+
+// What the user has changed makes the stack under way useless; days that arrive let it end.
+void FourierForm::restackAnew()
+{
+    stacker.stop();
     restack();
 }
 

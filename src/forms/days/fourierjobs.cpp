@@ -62,27 +62,3 @@ void readSpectra(const SpectraRequest &request, const Jobs::Control &control,
             deliver(std::move(news));
     });
 }
-
-std::shared_ptr<const StackOutcome> stackSpectra(const StackRequest &request)
-{
-    const DaySpectra &spectra = *request.spectra;
-    const auto outcome = std::make_shared<StackOutcome>();
-    outcome->parameters = request.parameters;
-    Days::DayRule rule = Days::ruleOf(spectra.parameters, spectra.plan, request.leftOut);
-    if (request.frequency > 0)
-        rule.frequency = request.frequency;
-    outcome->verdicts = Days::proposeDays(spectra.days(), rule);
-    Days::FourierDaysChoice &choice = outcome->choice;
-    choice = Days::choiceOf(spectra.plan, request.parameters);
-    choice.leftOut = request.leftOut;
-    for (std::size_t day = 0; day < outcome->verdicts.size(); ++day) {
-        const bool isOn = request.decided[day].value_or(outcome->verdicts[day].isGood);
-        choice.days.push_back(isOn && spectra.days()[day].isWhole());
-    }
-    const std::vector<int> others = Days::otherRaysOf(spectra.parameters, spectra.plan);
-    for (std::size_t i = 0; i < others.size(); ++i)
-        choice.otherRays.push_back(
-            Days::otherRayOf(spectra.parameters.module, others[i], spectra.rays[i + 1], choice));
-    outcome->stack = Days::combineDays(spectra.days(), choice);
-    return outcome;
-}

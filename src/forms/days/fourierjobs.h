@@ -1,10 +1,9 @@
 #pragma once
 
-#include "analyses/days/fourierdays.h"
-#include "jobs/control.h"
+#include "analyses/days/dayspectra.h"
 
+#include <functional>
 #include <memory>
-#include <optional>
 #include <vector>
 
 /// The long computations of FourierForm, as jobs that share nothing with the form but values that
@@ -16,15 +15,10 @@ struct SpectraRequest {
     Days::FourierDaysParameters parameters;
 };
 
-/// What has been read of a directory so far.
-struct DaySpectra {
-    Days::FourierDaysParameters parameters; ///< with the module and ray of the plan
-    Days::DayPlan plan;
-    Days::KeptFolder kept;
-    std::vector<std::vector<Days::FourierDay>> rays; ///< the own one first, a product per day
-
-    const std::vector<Days::FourierDay> &days() const { return rays.front(); }
-};
+using Days::DaySpectra;
+using Days::StackOutcome;
+using Days::StackRequest;
+using Days::stackSpectra;
 
 /// What a reading tells: first the plan, then day after day, in any order.
 struct SpectraNews {
@@ -36,21 +30,3 @@ struct SpectraNews {
 /// Finds the days and makes their spectra, several side by side.
 void readSpectra(const SpectraRequest &request, const Jobs::Control &control,
                  const std::function<void(SpectraNews news)> &deliver);
-
-struct StackRequest {
-    std::shared_ptr<const DaySpectra> spectra;
-    Days::FourierDaysParameters parameters;   ///< those that need no reading may differ
-    std::vector<std::optional<bool>> decided; ///< by the user, one per day
-    double frequency = 0; ///< Hz at the telescope, whose harmonics speak against no day; 0: none
-    std::vector<Days::Interference> leftOut;
-};
-
-struct StackOutcome {
-    Days::FourierDaysParameters parameters; ///< that it was made with
-    std::vector<Days::DayVerdict> verdicts; ///< one per day, as all below
-    Days::FourierDaysChoice choice;         ///< with the days that count
-    Days::FourierStack stack;
-};
-
-/// Which days count, and their stack.
-std::shared_ptr<const StackOutcome> stackSpectra(const StackRequest &request);

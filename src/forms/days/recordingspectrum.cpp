@@ -97,7 +97,7 @@ Outcome spectrumOf(const RecordingSpectrum::Request &request, const Jobs::Contro
     stack.spectra = spectra;
     stack.parameters = parameters;
     stack.decided = {true};
-    return {{}, spectra, control.isStopped() ? nullptr : stackSpectra(stack)};
+    return {{}, spectra, control.isStopped() ? nullptr : stackSpectra(stack, control)};
 }
 
 } // namespace

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "analyses/days/dayseries.h"
+
+namespace Days {
+
+/// The sums that are asked for of one day, made of its recordings; the points of each file are read
+/// once for all of them, and only where some are no finite numbers once more.
+///
+/// @param day  one that can be used: it has parts
+/// @return one per request, in their order
+std::vector<DaySeries> sumsOfDay(const RecordingSet &set, const Day &day, int points,
+                                 const std::vector<SeriesRequest> &requests,
+                                 const Jobs::Control &control);
+
+} // namespace Days
