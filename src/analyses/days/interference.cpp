@@ -18,6 +18,16 @@ namespace {
 constexpr qint64 largestFile = 1 << 20; // bytes
 constexpr int mostHarmonics = 1000;
 
+bool holds(const Interference &entry, double frequency, double tolerance)
+{
+    for (int harmonic = 1; harmonic <= entry.harmonics; ++harmonic) {
+        if (frequency >= entry.from(harmonic) - tolerance &&
+            frequency <= entry.to(harmonic) + tolerance)
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 double Interference::from(int harmonic) const
@@ -112,16 +122,16 @@ QString interferencePath()
            "/zrt/interference.txt";
 }
 
-bool isLeftOut(const std::vector<Interference> &entries, double frequency, double tolerance)
+std::vector<Interference> takeOutInterference(std::vector<Interference> &entries, double frequency,
+                                              double tolerance)
 {
-    return std::any_of(entries.begin(), entries.end(), [&](const Interference &entry) {
-        for (int harmonic = 1; harmonic <= entry.harmonics; ++harmonic) {
-            if (frequency >= entry.from(harmonic) - tolerance &&
-                frequency <= entry.to(harmonic) + tolerance)
-                return true;
-        }
-        return false;
-    });
+    const auto kept =
+        std::stable_partition(entries.begin(), entries.end(), [&](const Interference &entry) {
+            return !holds(entry, frequency, tolerance);
+        });
+    std::vector<Interference> taken(kept, entries.end());
+    entries.erase(kept, entries.end());
+    return taken;
 }
 
 } // namespace Days

@@ -50,9 +50,11 @@ WriteFailure writeInterference(const QString &path, const std::vector<Interferen
 /// The user's own list.
 QString interferencePath();
 
-/// Whether a frequency is left out.
+/// Takes the entries out of a list that leave a frequency out.
 ///
 /// @param tolerance  Hz
-bool isLeftOut(const std::vector<Interference> &entries, double frequency, double tolerance);
+/// @return those
+std::vector<Interference> takeOutInterference(std::vector<Interference> &entries, double frequency,
+                                              double tolerance);
 
 } // namespace Days
