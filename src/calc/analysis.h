@@ -22,9 +22,9 @@ struct FieldChoice {
     QString label;  ///< beside the button
 };
 
-/// Which analyses write a parameter into the headers of their tables. The headers tell the batch
-/// program what is done already, so that they stay as they are.
-enum class Recorded { Never, Always, OfSums, WhereRead, WhereGiven };
+/// Which analyses write a parameter into the headers of their tables; an empty one has no line. The
+/// headers tell the batch program what is done already, so that they stay as they are.
+enum class Recorded { Never, Always, OfSums, WhereRead };
 
 /// What a parameter is called and what it takes.
 struct FieldText {
@@ -52,6 +52,22 @@ struct Field : FieldText {
         return std::visit([](auto *parameter) { return FieldValue(*parameter); }, of(parameters));
     }
 };
+
+/// The same parameter with the range of its field with arrows.
+inline FieldText ranged(FieldText text, double least, double most)
+{
+    text.least = least;
+    text.most = most;
+    return text;
+}
+
+/// Gives a member of a set of parameters by reference, as Field::of needs it:
+/// refOf<&Parameters::member>.
+template <auto member, typename Parameters>
+FieldRef refOf(Parameters &parameters)
+{
+    return &(parameters.*member);
+}
 
 /// What opens an analysis over days: periodograms of the FFA instead of spectra, maps, a search.
 struct SurveyFlags {

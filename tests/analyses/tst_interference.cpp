@@ -15,6 +15,7 @@ private slots:
     void lines();
     void file();
     void takesOut();
+    void ends();
 };
 
 void TestInterference::lines_data()
@@ -86,6 +87,16 @@ void TestInterference::takesOut()
     for (const double outside : {9.4, 10.6, 18.9, 31.6, 40.0, 8.0})
         QVERIFY(leftAfter(outside, 1e-9) == all);
     QVERIFY(leftAfter(9.4, 0.2) == std::vector<Interference>{all[1]});
+}
+
+void TestInterference::ends()
+{
+    const Interference line = {10, false, 0.5, 3, ""};
+    QCOMPARE(line.from(3), 28.5);
+    QCOMPARE(line.to(3), 31.5);
+    const Interference period = {0.25, true, 0.05, 2, ""};
+    QCOMPARE(period.from(2), 2 / 0.3);
+    QCOMPARE(period.to(2), 2 / 0.2);
 }
 
 ZRT_UNIT_TEST_MAIN(TestInterference)

@@ -198,12 +198,12 @@ void TestFourierForm::switchesDaysWithoutReading()
     QVERIFY(find<PulsarGrafik>("grafik")->fundamental().has_value());
     double sum = 0;
     for (int day = 0; day < dayCount; ++day)
-        sum += days()->rows()[std::size_t(day)].power;
+        sum += days()->dayRows()[std::size_t(day)].power;
     QVERIFY2(sum > 2 * dayCount, "the powers of the days are not those of the line");
     // The series are kept beside the days, so that nothing is left of them either.
     find<QPushButton>("pushButton")->click();
-    QTRY_VERIFY_WITH_TIMEOUT(!days()->rows()[0].canCount, waitMs);
-    QVERIFY(!days()->rows()[0].reason.isEmpty());
+    QTRY_VERIFY_WITH_TIMEOUT(!days()->dayRows()[0].canCount, waitMs);
+    QVERIFY(!days()->dayRows()[0].reason.isEmpty());
 }
 
 void TestFourierForm::leavesOutALine()
@@ -284,7 +284,7 @@ void TestFourierForm::tellsWhatDoesNotFit()
     open(directory);
     compute();
     QStringList told;
-    for (const DayRow &row : days()->rows()) {
+    for (const DayRow &row : days()->dayRows()) {
         if (!row.canCount)
             told << row.name + "|" + row.reason;
     }

@@ -9,7 +9,6 @@
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <algorithm>
-#include <cmath>
 
 namespace Days {
 
@@ -26,6 +25,31 @@ bool holds(const Interference &entry, double frequency, double tolerance)
             return true;
     }
     return false;
+}
+
+// The entry of one line; nothing but a problem where it is none.
+InterferenceList parseLine(const QString &line)
+{
+    static const QRegularExpression form(
+        "^(\\S+)\\s*(Hz|s)(?:\\s*\\+-\\s*(\\S+))?(?:\\s*x\\s*(\\d{1,4}))?$");
+    const QRegularExpressionMatch match = form.match(line.section('#', 0, 0).trimmed());
+    const QString allowed = " Write a number with Hz or s, as \"33.3 Hz +- 0.1 x 8\".";
+    if (!match.hasMatch())
+        return {{}, QString("\"%1\" is no frequency or period.").arg(line.trimmed()) + allowed};
+    const auto value = Tools::typedNumber(match.captured(1));
+    const auto width = match.captured(3).isEmpty() ? 0.0 : Tools::typedNumber(match.captured(3));
+    const int harmonics = match.captured(4).isEmpty() ? 1 : match.captured(4).toInt();
+    if (!value || !width || !(*value > 0) || !(*width >= 0) || !(*width < *value))
+        return {{},
+                QString("\"%1\": both numbers must be above 0, the second below the first.")
+                    .arg(line.trimmed())};
+    if (harmonics < 1 || harmonics > mostHarmonics)
+        return {{},
+                QString("\"%1\": allowed are 1 to %2 harmonics.")
+                    .arg(line.trimmed())
+                    .arg(mostHarmonics)};
+    return {{{*value, match.captured(2) == "s", *width, harmonics, line.section('#', 1).trimmed()}},
+            {}};
 }
 
 } // namespace
@@ -50,30 +74,6 @@ QString Interference::text() const
     return remark.isEmpty() ? line : line + " # " + remark;
 }
 
-InterferenceList parseInterferenceLine(const QString &line)
-{
-    static const QRegularExpression form(
-        "^(\\S+)\\s*(Hz|s)(?:\\s*\\+-\\s*(\\S+))?(?:\\s*x\\s*(\\d{1,4}))?$");
-    const QRegularExpressionMatch match = form.match(line.section('#', 0, 0).trimmed());
-    const QString allowed = " Write a number with Hz or s, as \"33.3 Hz +- 0.1 x 8\".";
-    if (!match.hasMatch())
-        return {{}, QString("\"%1\" is no frequency or period.").arg(line.trimmed()) + allowed};
-    const auto value = Tools::typedNumber(match.captured(1));
-    const auto width = match.captured(3).isEmpty() ? 0.0 : Tools::typedNumber(match.captured(3));
-    const int harmonics = match.captured(4).isEmpty() ? 1 : match.captured(4).toInt();
-    if (!value || !width || !(*value > 0) || !(*width >= 0) || !(*width < *value))
-        return {{},
-                QString("\"%1\": both numbers must be above 0, the second below the first.")
-                    .arg(line.trimmed())};
-    if (harmonics < 1 || harmonics > mostHarmonics)
-        return {{},
-                QString("\"%1\": allowed are 1 to %2 harmonics.")
-                    .arg(line.trimmed())
-                    .arg(mostHarmonics)};
-    return {{{*value, match.captured(2) == "s", *width, harmonics, line.section('#', 1).trimmed()}},
-            {}};
-}
-
 InterferenceList parseInterference(const QByteArray &text)
 {
     InterferenceList list;
@@ -83,7 +83,7 @@ InterferenceList parseInterference(const QByteArray &text)
         const QString content = QString::fromUtf8(line.constData(), line.size());
         if (content.section('#', 0, 0).trimmed().isEmpty())
             continue;
-        const InterferenceList one = parseInterferenceLine(content);
+        const InterferenceList one = parseLine(content);
         if (!one.problem.isEmpty())
             return {{}, QString("line %1: %2").arg(number).arg(one.problem)};
         list.entries.push_back(one.entries.front());

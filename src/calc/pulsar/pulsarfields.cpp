@@ -7,12 +7,6 @@ namespace {
 using P = PulsarParameters;
 
 template <auto member>
-FieldRef refOf(P &parameters)
-{
-    return &(parameters.*member);
-}
-
-template <auto member>
 FieldRef ffaRefOf(P &parameters)
 {
     return &(parameters.ffa.*member);
@@ -37,13 +31,6 @@ PulsarField optional(PulsarField field)
     return field;
 }
 
-FieldText ranged(FieldText text, double least, double most)
-{
-    text.least = least;
-    text.most = most;
-    return text;
-}
-
 std::vector<PulsarField> selectionFields()
 {
     std::vector<PulsarField> fields = {
@@ -60,7 +47,7 @@ std::vector<PulsarField> selectionFields()
               refOf<&P::dispersion>),
         field({"leaveOutChannels", "--channels-off", "LIST",
                "Numbers of channels, from 1, that sums leave out: 4,21.", "channels_off", "",
-               Recorded::WhereGiven},
+               Recorded::WhereRead},
               refOf<&P::channelsOff>),
         optional(field(
             {"points", "--count", "N", "Points of the stretch.", "count", "", Recorded::Always},

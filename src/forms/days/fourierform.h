@@ -12,7 +12,6 @@
 class DaysModel;
 class LastValues;
 class SpectrumView;
-class QSortFilterProxyModel;
 namespace Ui {
 class FourierForm;
 }
@@ -48,6 +47,7 @@ private:
     void fillPresets();
     void chooseStart();
     void changeInput();
+    bool counts(const QWidget *field) const;
     Days::FourierDaysParameters readParameters(std::vector<FieldProblem> &problems) const;
     void showProblems(const std::vector<FieldProblem> &problems);
     void plan();
@@ -82,7 +82,6 @@ private:
     std::unique_ptr<LastValues> lastValues;
     SpectrumView *view = nullptr;
     DaysModel *const days;
-    QSortFilterProxyModel *const sortedDays;
     std::vector<Days::Interference> leftOut; // of the program
 
     std::vector<FieldProblem> planProblems;   // of the inputs as they stand

@@ -3,6 +3,7 @@
 #include "analyses/days/stacktables.h"
 #include "app/shell/errorbox.h"
 #include "app/shell/settings.h"
+#include "app/shell/statusline.h"
 #include "coords/skyposition.h"
 #include "forms/days/daysmodel.h"
 #include "forms/days/fourierform.h"
@@ -14,11 +15,8 @@
 #include "plot/savedialog.h"
 #include "ui_fourierform.h"
 
-#include <QClipboard>
 #include <QDir>
 #include <QFileInfo>
-#include <QGuiApplication>
-#include <QStatusBar>
 #include <cmath>
 
 namespace {
@@ -132,7 +130,7 @@ void FourierForm::listDays(const Days::DayPlan &made)
 
 void FourierForm::showDays()
 {
-    std::vector<DayRow> rows = days->rows();
+    std::vector<DayRow> rows = days->dayRows();
     for (std::size_t i = 0; i < spectra->days().size(); ++i) {
         const Days::FourierDay &day = spectra->days()[i];
         DayRow &row = rows[i];
@@ -241,8 +239,7 @@ void FourierForm::keepInterference(const std::vector<Days::Interference> &entrie
         showError(window(), "The list of interference was not written.", failure.text());
         return;
     }
-    constexpr int shownMs = 8000;
-    Settings::instance()->ui().statusbar->showMessage(done, shownMs);
+    StatusLine::show(done);
     leftOut = entries;
     restack();
 }
@@ -298,10 +295,7 @@ void FourierForm::copyCommand()
         Days::fourierDaysCommand(Days::surveyCommand, parameters, {}, {directory});
     const QString stack = Days::fourierDaysCommand(Days::fourierDaysAnalyses().front().command,
                                                    parameters, daysOff(), {directory});
-    QGuiApplication::clipboard()->setText(survey + "\n" + stack + "\n");
-    constexpr int shownMs = 5000;
-    Settings::instance()->ui().statusbar->showMessage("Both commands are in the clipboard.",
-                                                      shownMs);
+    StatusLine::copyCommand(survey + "\n" + stack + "\n");
 }
 
 void FourierForm::saveSpectra()
