@@ -61,6 +61,8 @@ SpectrumView::SpectrumView(QWidget *parent) : QSplitter(Qt::Horizontal, parent)
     leaveOut->setEnabled(false);
     connect(leaveOut, &QAction::triggered, this, &SpectrumView::toggleLeftOut);
     for (QWidget *const shown : std::initializer_list<QWidget *>{picture, grafik}) {
+        shown->setToolTip(
+            "Ctrl and a click, or X: leave the frequency here out, or count it again");
         shown->addAction(leaveOut);
         shown->installEventFilter(this);
     }
@@ -104,6 +106,7 @@ void SpectrumView::showOnlyLines()
 {
     isOnlyLines = true;
     leaveOut->setVisible(false);
+    grafik->setToolTip({});
     picture->hide();
     info->showOnlyLines();
 }
