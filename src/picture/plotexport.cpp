@@ -63,6 +63,18 @@ void drawZeroLine(QPainter &painter, const View &view, const char *colour)
                {double(marginLeft), y, std::min<double>(right, view.width - marginRight), y});
 }
 
+void drawLeftOut(QPainter &painter, const PlotData &data, const View &view)
+{
+    const double bottom = view.height - marginBottom;
+    const Rows end = markerEnds(view)[0];
+    for (const Range &part : leftOutInSight(data, view)) {
+        painter.fillRect(QRectF(QPointF(part.min, marginTop), QPointF(part.max, bottom)),
+                         QColor(leftOutColour));
+        painter.fillRect(QRectF(QPointF(part.min, end.first), QPointF(part.max, end.last + 1)),
+                         QColor(leftOutEndColour));
+    }
+}
+
 // Grid and markers, before the curves, so that these have no gaps.
 void drawVerticalLines(QPainter &painter, const PlotData &data, const View &view,
                        const XAxisLabels &labels)
@@ -315,6 +327,7 @@ void drawPlot(QPainter &painter, const PictureContent &content)
         paintLabels(painter, data, view, labels);
         return;
     }
+    drawLeftOut(painter, data, view);
     drawVerticalLines(painter, data, view, labels);
     if (!data.multiGraphs.empty()) {
         drawCurves(painter, data, view, data.multiGraphs, content.blocks.multiGraphs);

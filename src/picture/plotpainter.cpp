@@ -9,6 +9,7 @@
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace Plot {
 
@@ -272,6 +273,7 @@ void paintCurves(const PlotData &data, const View &view, const CurveBlocks &bloc
 
     painter.end();
     paintMarkers(picture, data, view);
+    paintLeftOut(picture, data, view);
 }
 
 XAxisLabels xAxisOf(const PlotData &data, const View &view, const QPaintDevice &device)
@@ -326,6 +328,34 @@ void paintXAxis(QPainter &painter, const PlotData &data, const View &view, int b
     paintNames(painter, rows, view);
 }
 
+std::vector<Range> leftOutInSight(const PlotData &data, const View &view)
+{
+    constexpr double least = 3; // pixels
+    std::vector<Range> shown;
+    const double last = view.width - marginRight;
+    for (const Range &part : data.leftOut) {
+        double from = placeOf(view, {part.min, 0}).x();
+        double to = placeOf(view, {part.max, 0}).x();
+        const double missing = std::max(0.0, least - (to - from));
+        from -= missing / 2;
+        to += missing / 2;
+        if (to > marginLeft && from < last)
+            shown.push_back({std::max<double>(from, marginLeft), std::min(to, last)});
+    }
+    return shown;
+}
+
+void paintLeftOut(QImage &picture, const PlotData &data, const View &view)
+{
+    const Rows rows = {marginTop, view.height - marginBottom - 1};
+    for (const Range &part : leftOutInSight(data, view)) {
+        std::vector<int> columns(std::size_t(part.max) - std::size_t(part.min));
+        std::iota(columns.begin(), columns.end(), int(part.min));
+        paintBehind(picture, columns, rows, leftOutColour);
+        paintBehind(picture, columns, markerEnds(view)[0], leftOutEndColour);
+    }
+}
+
 std::vector<int> gridColumns(const PlotData &data, const XAxisLabels &x)
 {
     if (!data.markers.empty())
@@ -338,9 +368,7 @@ std::vector<int> gridColumns(const PlotData &data, const XAxisLabels &x)
 
 void paintGrid(QImage &picture, const PlotData &data, const View &view, const XAxisLabels &x)
 {
-    const Rows rows = {marginTop, view.height - marginBottom};
-    for (const int column : gridColumns(data, x))
-        paintBehind(picture, column, rows, gridColour, {});
+    paintBehind(picture, gridColumns(data, x), {marginTop, view.height - marginBottom}, gridColour);
 }
 
 void paintMarkers(QImage &picture, const PlotData &data, const View &view)

@@ -54,6 +54,13 @@ void paintSamples(QPainter &painter, const View &view, const std::vector<float> 
 /// @param bottom  of that picture, where the ticks begin
 void paintXAxis(QPainter &painter, const PlotData &data, const View &view, int bottom);
 
+/// Where what is left out stands in a view, pixels: at least three wide, none that is out of sight.
+std::vector<Range> leftOutInSight(const PlotData &data, const View &view);
+
+/// Shades what is left out, wherever painted curves leave the ground free, with ends above the
+/// plot.
+void paintLeftOut(QImage &picture, const PlotData &data, const View &view);
+
 /// Columns of the grid's lines; none where there are markers.
 std::vector<int> gridColumns(const PlotData &data, const XAxisLabels &x);
 

@@ -51,7 +51,7 @@ void PulsarGrafik::prepareSpectrum()
 {
     given.reset();
     const bool isSpectrum = !plotData.messageMode && Plot::isSpectrum(plotData);
-    if (isSpectrum && wantsWhitening) {
+    if (wantsWhitening && isSpectrum && Plot::isAmplitudeSpectrum(plotData)) {
         PlotData whitened = Plot::whitened(plotData);
         given = std::exchange(plotData, std::move(whitened));
     }

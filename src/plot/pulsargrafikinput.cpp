@@ -213,8 +213,10 @@ bool PulsarGrafik::markByKey(int key)
         return Plot::isSpectrum(plotData);
     case Qt::Key_W:
     case cyrillicKeyW:
+        if (!Plot::isAmplitudeSpectrum(plotData))
+            return false;
         setWhitened(!wantsWhitening);
-        return Plot::isSpectrum(plotData);
+        return true;
     case Qt::Key_Escape:
         return removeMarks();
     default:

@@ -95,6 +95,9 @@ void FourierForm::connectInputs()
     connect(view, &SpectrumView::cursorMoved, this, &FourierForm::showPowers);
     connect(view, &SpectrumView::markedFrequencyChanged, &stackTimer, qOverload<>(&QTimer::start));
     connect(view->panel(), &FourierGrafikInfo::leaveOutWanted, this, &FourierForm::leaveOut);
+    connect(view, &SpectrumView::lineLeftOut, this, &FourierForm::leaveOut);
+    connect(view, &SpectrumView::frequencyLeftOut, this, &FourierForm::leaveOutFrequency);
+    connect(view, &SpectrumView::countAgainWanted, this, &FourierForm::countAgain);
     connect(view->panel(), &FourierGrafikInfo::interferenceWanted, this,
             &FourierForm::editInterference);
     connect(view->panel(), &FourierGrafikInfo::spectraWanted, this, &FourierForm::saveSpectra);

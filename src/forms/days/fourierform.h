@@ -65,6 +65,11 @@ private:
     void switchDay(int row, bool isOn);
     void switchAll(std::optional<bool> isOn);
     void leaveOut(int line);
+    void leaveOutFrequency(double frequency);
+    void leaveOutEntry(double frequency, int harmonics);
+    void countAgain(double frequency, double tolerance);
+    std::optional<std::vector<Days::Interference>> listedInterference();
+    void keepInterference(const std::vector<Days::Interference> &entries, const QString &done);
     void editInterference();
     void readInterference();
     QString planText(const Days::DayPlan &plan) const;

@@ -11,11 +11,13 @@
 #include "forms/days/interferencedialog.h"
 #include "forms/days/linesmodel.h"
 #include "forms/days/spectrumview.h"
+#include "picture/ticks.h"
 #include "plot/savedialog.h"
 #include "ui_fourierform.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <cmath>
 
 namespace {
 
@@ -174,10 +176,7 @@ void FourierForm::restackAnew()
 
 void FourierForm::readInterference()
 {
-    const Days::InterferenceList list = Days::readInterference(Days::interferencePath());
-    leftOut = list.entries;
-    if (!list.problem.isEmpty())
-        showError(window(), "The list of interference cannot be used.", list.problem);
+    leftOut = listedInterference().value_or(std::vector<Days::Interference>());
 }
 
 void FourierForm::editInterference()
@@ -194,14 +193,61 @@ void FourierForm::leaveOut(int line)
     if (!outcome || line < 0 || line >= int(outcome->stack.lines.size()))
         return;
     const Days::FourierLine &found = outcome->stack.lines[std::size_t(line)];
-    std::vector<Days::Interference> entries =
-        Days::readInterference(Days::interferencePath()).entries;
-    entries.push_back({found.telescope, false, outcome->stack.binWidth, found.harmonics, {}});
+    leaveOutEntry(found.telescope, found.harmonics);
+}
+
+void FourierForm::leaveOutFrequency(double frequency)
+{
+    if (outcome)
+        leaveOutEntry(frequency, 1);
+}
+
+// A bin at either side, in numbers that a reader of the list can grasp.
+void FourierForm::leaveOutEntry(double frequency, int harmonics)
+{
+    const double step = Plot::roundStepAbove(outcome->stack.binWidth / 100);
+    const auto rounded = [step](double value) {
+        return step < 1 ? std::round(value / step) / std::round(1 / step) : value;
+    };
+    const Days::Interference entry = {
+        rounded(frequency), false, rounded(outcome->stack.binWidth), harmonics, {}};
+    if (std::optional<std::vector<Days::Interference>> entries = listedInterference()) {
+        entries->push_back(entry);
+        keepInterference(*entries, "Left out: " + entry.text());
+    }
+}
+
+void FourierForm::countAgain(double frequency, double tolerance)
+{
+    std::optional<std::vector<Days::Interference>> entries = listedInterference();
+    if (!entries)
+        return;
+    QStringList texts;
+    for (const Days::Interference &entry :
+         Days::takeOutInterference(*entries, frequency, tolerance))
+        texts << entry.text();
+    keepInterference(*entries, "Counts again: " + texts.join("; "));
+}
+
+// A list that cannot be read stays as it is, and the user is told.
+std::optional<std::vector<Days::Interference>> FourierForm::listedInterference()
+{
+    const Days::InterferenceList list = Days::readInterference(Days::interferencePath());
+    if (list.problem.isEmpty())
+        return list.entries;
+    showError(window(), "The list of interference cannot be used.", list.problem);
+    return {};
+}
+
+void FourierForm::keepInterference(const std::vector<Days::Interference> &entries,
+                                   const QString &done)
+{
     if (const WriteFailure failure = Days::writeInterference(Days::interferencePath(), entries)) {
         showError(window(), "The list of interference was not written.", failure.text());
         return;
     }
-    readInterference();
+    StatusLine::show(done);
+    leftOut = entries;
     restack();
 }
 
