@@ -253,6 +253,7 @@ void TestFourierForm::leavesOutInThePictures()
     };
     const QImage before = shown->grab().toImage();
     const double frequency = lines()[0].telescope;
+    const int harmonics = lines()[0].harmonics;
     const auto isListed = [&] {
         return std::any_of(lines().begin(), lines().end(), [&](const Days::FourierLine &line) {
             return std::abs(line.telescope - frequency) < 0.001;
@@ -263,7 +264,8 @@ void TestFourierForm::leavesOutInThePictures()
     const auto entries = Days::readInterference(Days::interferencePath()).entries;
     QCOMPARE(entries.size(), std::size_t(1));
     QVERIFY(std::abs(entries[0].value - frequency) < 0.01);
-    QCOMPARE(grafik->data().leftOut.size(), std::size_t(1));
+    QCOMPARE(entries[0].harmonics, harmonics);
+    QCOMPARE(grafik->data().leftOut.size(), std::size_t(harmonics));
     QVERIFY(grafik->data().leftOut[0].min < bin && grafik->data().leftOut[0].max > bin);
     QVERIFY(!grafik->selectedRange());
     QVERIFY(shown->grab().toImage() != before);
