@@ -136,14 +136,28 @@ void paintTicks(QPainter &painter, const View &view, const std::vector<int> &tic
     }
 }
 
+// Smaller than the numbers, and so small that the names of rows fit beside the plot.
+QFont nameFont(const QFont &numbers, const QStringList &rowNames)
+{
+    constexpr int smaller = 2; // pixels
+    constexpr int room = marginLeft - 6;
+    QFont font = numbers;
+    font.setPixelSize(numbers.pixelSize() - smaller);
+    const auto fits = [&] {
+        return std::all_of(rowNames.begin(), rowNames.end(), [&](const QString &name) {
+            return QFontMetrics(font).horizontalAdvance(name) <= room;
+        });
+    };
+    while (font.pixelSize() > usualFontPixels - smaller && !fits())
+        font.setPixelSize(font.pixelSize() - 1);
+    return font;
+}
+
 // Names of the axes, smaller and paler than the numbers.
 void paintNames(QPainter &painter, const PlotData &data, const View &view)
 {
-    constexpr int smaller = 2; // pixels
     const int rowHeight = rowHeightOf(painter.font());
-    QFont small = painter.font();
-    small.setPixelSize(std::min(small.pixelSize(), usualFontPixels) - smaller);
-    painter.setFont(small);
+    painter.setFont(nameFont(painter.font(), data.rowNames));
     painter.setPen(nameColour);
     const QFontMetrics metrics = painter.fontMetrics();
     for (Label &name : axisNames(

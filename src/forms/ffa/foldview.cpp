@@ -100,7 +100,8 @@ void FoldView::paintEvent(QPaintEvent * /*event*/)
     paintWidths(painter, places.widths);
 }
 
-// Left of each frame stand its upper and lower value, below it a line of texts.
+// Left of each frame stand its upper and lower value and what they are, where no curve runs; below
+// it a line of texts.
 FoldView::Frames FoldView::frames() const
 {
     const int line = fontMetrics().height();
@@ -205,7 +206,7 @@ void FoldView::paintProfile(QPainter &painter, const QRect &frame) const
     const QRect texts(0, frame.top(), frame.left() - 4, frame.height());
     drawText(painter, texts, Qt::AlignRight | Qt::AlignTop, QString::number(*high, 'f', 2));
     drawText(painter, texts, Qt::AlignRight | Qt::AlignBottom, QString::number(*low, 'f', 2));
-    drawText(painter, frame.adjusted(4, 0, 0, 0), Qt::AlignLeft | Qt::AlignTop, "mean, sigma");
+    drawText(painter, texts, Qt::AlignRight | Qt::AlignVCenter, "sigma");
 }
 
 void FoldView::paintPicture(QPainter &painter, const QRect &frame) const
@@ -255,7 +256,7 @@ void FoldView::paintWidths(QPainter &painter, const QRect &frame) const
     const QRect texts(0, frame.top(), frame.left() - 4, frame.height());
     drawText(painter, texts, Qt::AlignRight | Qt::AlignTop, QString::number(highest, 'f', 1));
     drawText(painter, texts, Qt::AlignRight | Qt::AlignBottom, "0");
-    drawText(painter, frame.adjusted(4, 0, -4, 0), Qt::AlignRight | Qt::AlignTop, "S/N");
+    drawText(painter, texts, Qt::AlignRight | Qt::AlignVCenter, "S/N");
     const QRect below(frame.left(), frame.bottom() + 2, frame.width(), fontMetrics().height());
     drawText(painter, below, Qt::AlignLeft | Qt::AlignTop, "1");
     drawText(painter, below, Qt::AlignHCenter | Qt::AlignTop, "width, bins");
