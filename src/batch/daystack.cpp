@@ -1,10 +1,8 @@
 #include "analyses/days/stacktables.h"
-#include "base/systemmemory.h"
 #include "batch/dayswork.h"
 #include "batch/keyedwork.h"
 #include "batch/outputfiles.h"
 #include "batch/programname.h"
-#include "coords/skyposition.h"
 #include "jobs/items.h"
 #include "picture/rowpicture.h"
 
@@ -142,7 +140,7 @@ private:
         if (!stack.problem.isEmpty())
             return {ExitCode::BadData, stack.problem};
         if (control.isStopped())
-            return {ExitCode::TryLater, "Stopped."};
+            return stopped();
         return write();
     }
 
@@ -339,15 +337,9 @@ private:
 
 ExitCode stackDays(const DaysRequest &request, const RunOptions &options)
 {
-    const FoundDays found = findDays(request);
-    if (!options.quiet || found.failure) {
-        for (const QString &remark : found.remarks)
-            printError(remark);
-    }
-    if (found.failure) {
-        printError(found.failure.text);
+    const FoundDays found = findDays(request, options.quiet);
+    if (found.failure)
         return found.failure.code;
-    }
     Days::InterferenceList list;
     if (request.interference != noList) {
         const bool isOwn = request.interference.isEmpty();

@@ -94,9 +94,7 @@ bool isUsable(const Days::Day &day)
     return day.reason.isEmpty();
 }
 
-} // namespace
-
-FoundDays findDays(const DaysRequest &request)
+FoundDays lookedFor(const DaysRequest &request)
 {
     FoundDays found;
     found.failure = readSet(request, found.set);
@@ -119,8 +117,6 @@ FoundDays findDays(const DaysRequest &request)
                              .arg(found.set.entries.size())};
     return found;
 }
-
-namespace {
 
 // The days of one part by their names.
 class SurveyWork {
@@ -190,7 +186,7 @@ private:
             found.set, day, found.plan.choice.points, found.plan.series, found.kept.path, hooks);
         for (std::size_t i = 0; i < all.size(); ++i) {
             if (all[i].wasStopped)
-                return {ExitCode::TryLater, "Stopped."};
+                return stopped();
             if (!all[i].problem.isEmpty())
                 return {ExitCode::BadData, Days::dayName(day.begin) + ": " + all[i].problem};
             if (!QFileInfo::exists(paths[int(i)]))
@@ -211,17 +207,23 @@ private:
 
 } // namespace
 
-ExitCode surveyDays(const DaysRequest &request, const RunOptions &options)
+FoundDays findDays(const DaysRequest &request, bool isQuiet)
 {
-    const FoundDays found = findDays(request);
-    if (!options.quiet || found.failure) {
+    const FoundDays found = lookedFor(request);
+    if (!isQuiet || found.failure) {
         for (const QString &remark : found.remarks)
             printError(remark);
     }
-    if (found.failure) {
+    if (found.failure)
         printError(found.failure.text);
+    return found;
+}
+
+ExitCode surveyDays(const DaysRequest &request, const RunOptions &options)
+{
+    const FoundDays found = findDays(request, options.quiet);
+    if (found.failure)
         return found.failure.code;
-    }
     if (!options.quiet)
         printError("Series are kept in " + found.kept.path + ".");
     const SurveyWork survey(request, found, options.force);

@@ -29,7 +29,11 @@ struct FoundDays {
     Failure failure;
     QStringList remarks; ///< which recordings and days do not fit, and why
 };
-FoundDays findDays(const DaysRequest &request);
+
+/// Finds them, and prints what went wrong.
+///
+/// @param isQuiet  the remarks are printed only where it fails
+FoundDays findDays(const DaysRequest &request, bool isQuiet);
 
 /// Makes the series that are kept of each day: one item of work per day.
 ExitCode surveyDays(const DaysRequest &request, const RunOptions &options);

@@ -89,7 +89,7 @@ ExitCode printInfo(const QStringList &names, Format format)
     control.isStopped = [] { return isStopRequested(); };
     const std::vector<RecordingEntry> entries = readHeaders(list.paths, control);
     if (isStopRequested()) {
-        printError("Stopped.");
+        printError(stopped().text);
         return ExitCode::TryLater;
     }
     ExitCode code = ExitCode::Done;

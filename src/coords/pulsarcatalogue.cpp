@@ -139,12 +139,6 @@ double KnownPulsar::frequencyAt(double mjd) const
     return frequency + derivative * days * secondsPerDay;
 }
 
-double KnownPulsar::topocentricFrequency(const ObservingSite &site, const QDateTime &moment) const
-{
-    const double barycentric = frequencyAt(modifiedJulianDay(moment));
-    return barycentricView(site, moment, position).topocentric(barycentric);
-}
-
 PulsarCatalogue parsePulsars(const QByteArray &text)
 {
     PulsarCatalogue catalogue;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "coords/barycentre.h"
 #include "coords/skyposition.h"
 
 #include <QDate>
@@ -28,8 +27,6 @@ struct KnownPulsar {
 
     /// Rotation frequency on a day, barycentric, Hz. Orbits are not taken into account.
     double frequencyAt(double mjd) const;
-    /// The same as a site sees it.
-    double topocentricFrequency(const ObservingSite &site, const QDateTime &moment) const;
 };
 
 struct PulsarCatalogue {

@@ -1,6 +1,5 @@
 #include "picture/plotpainter.h"
 
-#include "picture/axislabels.h"
 #include "picture/columnruns.h"
 #include "picture/plotgeometry.h"
 #include "picture/verticallines.h"
@@ -127,13 +126,6 @@ int rowHeightOf(const QFont &font)
     return std::min(QFontMetrics(font).ascent() + 5, most);
 }
 
-XAxisLabels xAxisOf(const PlotData &data, const View &view, const QFontMetrics &metrics)
-{
-    return xAxisLabels(
-        view, data, [&](const QString &text) { return metrics.horizontalAdvance(text); },
-        rowHeightOf(labelFont(view)));
-}
-
 void paintTicks(QPainter &painter, const View &view, const std::vector<int> &ticks)
 {
     for (const int offset : ticks) {
@@ -234,10 +226,11 @@ void paintPlot(const PlotData &data, const Zoom &zoom, const CurveBlocks &blocks
         return;
     const View view = viewOf(data, picture.size(), zoom);
     paintCurves(data, view, blocks, picture);
+    const XAxisLabels x = xAxisOf(data, view, picture);
     QPainter painter(&picture);
-    paintLabels(painter, data, view);
+    paintLabels(painter, data, view, x);
     painter.end();
-    paintGrid(picture, data, view);
+    paintGrid(picture, data, view, x);
 }
 
 void paintCurves(const PlotData &data, const View &view, const CurveBlocks &blocks, QImage &picture)
@@ -281,7 +274,18 @@ void paintCurves(const PlotData &data, const View &view, const CurveBlocks &bloc
     paintMarkers(picture, data, view);
 }
 
-void paintLabels(QPainter &painter, const PlotData &data, const View &view)
+XAxisLabels xAxisOf(const PlotData &data, const View &view, const QPaintDevice &device)
+{
+    if (data.messageMode)
+        return {};
+    const QFont font = labelFont(view);
+    const QFontMetrics metrics(font, &device);
+    return xAxisLabels(
+        view, data, [&](const QString &text) { return metrics.horizontalAdvance(text); },
+        rowHeightOf(font));
+}
+
+void paintLabels(QPainter &painter, const PlotData &data, const View &view, const XAxisLabels &x)
 {
     painter.setPen(QColor("black"));
     if (data.messageMode) {
@@ -296,7 +300,6 @@ void paintLabels(QPainter &painter, const PlotData &data, const View &view)
     });
     for (const Label &label : y.labels)
         paintLabel(painter, label);
-    const XAxisLabels x = xAxisOf(data, view, metrics);
     paintTicks(painter, view, x.ticks);
     for (const Label &label : x.labels)
         paintLabel(painter, label);
@@ -313,7 +316,7 @@ void paintXAxis(QPainter &painter, const PlotData &data, const View &view, int b
 {
     painter.setPen(QColor("black"));
     painter.setFont(labelFont(view));
-    const XAxisLabels x = xAxisOf(data, view, painter.fontMetrics());
+    const XAxisLabels x = xAxisOf(data, view, *painter.device());
     for (const int offset : x.ticks)
         painter.drawLine(marginLeft + offset, bottom, marginLeft + offset, bottom + tickLength);
     for (const Label &label : x.labels)
@@ -323,20 +326,20 @@ void paintXAxis(QPainter &painter, const PlotData &data, const View &view, int b
     paintNames(painter, rows, view);
 }
 
-std::vector<int> gridColumns(const PlotData &data, const View &view)
+std::vector<int> gridColumns(const PlotData &data, const XAxisLabels &x)
 {
-    if (data.messageMode || !data.markers.empty())
+    if (!data.markers.empty())
         return {};
-    std::vector<int> columns = xAxisOf(data, view, QFontMetrics(labelFont(view))).grid;
+    std::vector<int> columns = x.grid;
     for (int &column : columns)
         column += marginLeft;
     return columns;
 }
 
-void paintGrid(QImage &picture, const PlotData &data, const View &view)
+void paintGrid(QImage &picture, const PlotData &data, const View &view, const XAxisLabels &x)
 {
     const Rows rows = {marginTop, view.height - marginBottom};
-    for (const int column : gridColumns(data, view))
+    for (const int column : gridColumns(data, x))
         paintBehind(picture, column, rows, gridColour, {});
 }
 

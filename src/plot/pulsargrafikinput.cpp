@@ -280,7 +280,7 @@ void PulsarGrafik::toggleHarmonics()
 // Marks the harmonics of which the line that was pointed at is that of this number.
 void PulsarGrafik::fitHarmonics(int number)
 {
-    Plot::fitHarmonics(marks, plotData, harmonicFrequency, number);
+    Plot::fitHarmonics(marks, data(), harmonicFrequency, number);
     keepLegendClear();
     update();
     emit fundamentalChanged();

@@ -41,19 +41,15 @@ QString readStrip(const QCommandLineParser &parser, DaysSimulation &days)
 
 QString readInterference(const QCommandLineParser &parser, DaysSimulation &days)
 {
-    if (const QString problem = readFields("beam", parser.value("beam"),
-                                           {{"ra", &days.beam.ra}, {"dec", &days.beam.delta}});
-        !problem.isEmpty())
-        return problem;
-    if (const QString problem = readFields(
-            "disturbed", parser.value("disturbed"),
-            {{"share", &days.disturbance.share}, {"strength", &days.disturbance.strength}});
-        !problem.isEmpty())
-        return problem;
-    return readFields("storms", parser.value("storms"),
-                      {{"share", &days.storm.share},
-                       {"count", &days.storm.count},
-                       {"strength", &days.storm.strength}});
+    return firstProblem(
+        {readFields("beam", parser.value("beam"),
+                    {{"ra", &days.beam.ra}, {"dec", &days.beam.delta}}),
+         readFields("disturbed", parser.value("disturbed"),
+                    {{"share", &days.disturbance.share}, {"strength", &days.disturbance.strength}}),
+         readFields("storms", parser.value("storms"),
+                    {{"share", &days.storm.share},
+                     {"count", &days.storm.count},
+                     {"strength", &days.storm.strength}})});
 }
 
 const QList<QCommandLineOption> &options()
@@ -110,23 +106,19 @@ QString readDaysOptions(const QCommandLineParser &parser, DaysSimulation &days)
 {
     const auto readOne = [](const QString &text, auto &source) { return readSource(text, source); };
     days.wholeHours = days.wholeHours || parser.isSet("whole-hours");
-    for (const QString &error : {
-             readOptions(parser, days.recording),
-             readOption(parser, "days", &days.days),
-             readOption(parser, "site", &days.site),
-             readStrip(parser, days),
-             readOption(parser, "slide", &days.slide),
-             readOption(parser, "missing", &days.missing),
-             readOption(parser, "gain-scatter", &days.gainScatter),
-             readOption(parser, "noise-scatter", &days.noiseScatter),
-             readSources(parser.values("sky-pulsar"), days.pulsars, readOne),
-             readSources(parser.values("hum"), days.hums, readOne),
-             readInterference(parser, days),
-         }) {
-        if (!error.isEmpty())
-            return error;
-    }
-    return {};
+    return firstProblem({
+        readOptions(parser, days.recording),
+        readOption(parser, "days", &days.days),
+        readOption(parser, "site", &days.site),
+        readStrip(parser, days),
+        readOption(parser, "slide", &days.slide),
+        readOption(parser, "missing", &days.missing),
+        readOption(parser, "gain-scatter", &days.gainScatter),
+        readOption(parser, "noise-scatter", &days.noiseScatter),
+        readSources(parser.values("sky-pulsar"), days.pulsars, readOne),
+        readSources(parser.values("hum"), days.hums, readOne),
+        readInterference(parser, days),
+    });
 }
 
 QString daysOptionGiven(const QCommandLineParser &parser)

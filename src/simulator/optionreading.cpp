@@ -3,6 +3,7 @@
 #include "coords/skyposition.h"
 
 #include <QStringList>
+#include <algorithm>
 #include <cmath>
 
 namespace Simulator {
@@ -41,6 +42,13 @@ QString kindOf(const Target &target)
 }
 
 } // namespace
+
+QString firstProblem(const std::vector<QString> &answers)
+{
+    const auto found = std::find_if(answers.begin(), answers.end(),
+                                    [](const QString &answer) { return !answer.isEmpty(); });
+    return found == answers.end() ? QString() : *found;
+}
 
 QString readOption(const QCommandLineParser &parser, const QString &name, Target target)
 {

@@ -35,6 +35,9 @@ struct Field {
 /// @return as readOption()
 QString readFields(const QString &option, const QString &text, std::initializer_list<Field> fields);
 
+/// The first of several answers that tells of something wrong; empty when none does.
+QString firstProblem(const std::vector<QString> &answers);
+
 /// An option that may be repeated, one source a time; they are added to those there are.
 ///
 /// @param readSource  reads one, as readFields() does

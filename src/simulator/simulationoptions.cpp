@@ -81,14 +81,12 @@ QString readBands(const QCommandLineParser &parser, Simulation &simulation)
     int count = int(given.size());
     double first = given.front();
     double spacing = count > 1 ? given[1] - first : 0;
-    for (const QString &error :
-         {readOption(parser, "bands", &count), readOption(parser, "first-band", &first),
-          readOption(parser, "band-spacing", &spacing)}) {
-        if (!error.isEmpty())
-            return error;
-    }
-    simulation.fbands = evenBands(first, spacing, count);
-    return {};
+    const QString problem =
+        firstProblem({readOption(parser, "bands", &count), readOption(parser, "first-band", &first),
+                      readOption(parser, "band-spacing", &spacing)});
+    if (problem.isEmpty())
+        simulation.fbands = evenBands(first, spacing, count);
+    return problem;
 }
 
 QString readBegin(const QCommandLineParser &parser, Simulation &simulation)
@@ -157,29 +155,25 @@ QString readOptions(const QCommandLineParser &parser, Simulation &s)
     const auto readOne = [](const QString &text, auto &source) { return readSource(text, source); };
     if (parser.isSet("no-noise"))
         s.noise = false;
-    for (const QString &error : {
-             readOption(parser, "points", &s.npoints),
-             readOption(parser, "modules", &s.modules),
-             readOption(parser, "first-module", &s.firstModule),
-             readOption(parser, "rays", &s.rays),
-             readBands(parser, s),
-             readOption(parser, "step", &s.msPerPoint),
-             readBegin(parser, s),
-             readOption(parser, "seed", &s.seed),
-             readOption(parser, "level", &s.level),
-             readOption(parser, "sigma", &s.sigma),
-             readOption(parser, "drift", &s.drift),
-             readOption(parser, "drift-time", &s.driftTime),
-             readSources(parser.values("pulsar"), s.pulseTrains, readOne),
-             readSources(parser.values("pulse"), s.pulses, readOne),
-             readSources(parser.values("line"), s.lines, readOne),
-             readSources(parser.values("impulses"), s.impulses, readOne),
-             readSources(parser.values("gain-step"), s.gainSteps, readOne),
-         }) {
-        if (!error.isEmpty())
-            return error;
-    }
-    return {};
+    return firstProblem({
+        readOption(parser, "points", &s.npoints),
+        readOption(parser, "modules", &s.modules),
+        readOption(parser, "first-module", &s.firstModule),
+        readOption(parser, "rays", &s.rays),
+        readBands(parser, s),
+        readOption(parser, "step", &s.msPerPoint),
+        readBegin(parser, s),
+        readOption(parser, "seed", &s.seed),
+        readOption(parser, "level", &s.level),
+        readOption(parser, "sigma", &s.sigma),
+        readOption(parser, "drift", &s.drift),
+        readOption(parser, "drift-time", &s.driftTime),
+        readSources(parser.values("pulsar"), s.pulseTrains, readOne),
+        readSources(parser.values("pulse"), s.pulses, readOne),
+        readSources(parser.values("line"), s.lines, readOne),
+        readSources(parser.values("impulses"), s.impulses, readOne),
+        readSources(parser.values("gain-step"), s.gainSteps, readOne),
+    });
 }
 
 } // namespace Simulator

@@ -74,12 +74,12 @@ void TestInterference::file()
 
 void TestInterference::covers()
 {
-    const std::vector<Interference> entries = {{10, false, 0.5, 3, ""}, {0.25, true, 0, 1, ""}};
-    for (const double inside : {9.5, 10.5, 19.0, 31.5, 4.0})
-        QVERIFY(isLeftOut(entries, inside, 1e-9));
-    for (const double outside : {9.4, 10.6, 18.9, 31.6, 40.0, 8.0})
-        QVERIFY(!isLeftOut(entries, outside, 1e-9));
-    QVERIFY(isLeftOut(entries, 9.4, 0.2));
+    const Interference line = {10, false, 0.5, 3, ""};
+    QCOMPARE(line.from(3), 28.5);
+    QCOMPARE(line.to(3), 31.5);
+    const Interference period = {0.25, true, 0.05, 2, ""};
+    QCOMPARE(period.from(2), 2 / 0.3);
+    QCOMPARE(period.to(2), 2 / 0.2);
 }
 
 ZRT_UNIT_TEST_MAIN(TestInterference)

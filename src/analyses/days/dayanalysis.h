@@ -3,11 +3,9 @@
 #include "analyses/days/daylist.h"
 #include "analyses/days/dayseries.h"
 #include "calc/analysis.h"
-#include "calc/fieldproblem.h"
-#include "jobs/control.h"
 
-/// An analysis over days told as a value. It has two halves: the first makes a product of each day,
-/// which can be written and read; the second makes the result of all products and reads no
+/// What analyses over days have in common. Each has two halves: the first makes a product of each
+/// day, which can be written and read; the second makes the result of all products and reads no
 /// recording again, so that a user can switch days and see at once what it does.
 namespace Days {
 
@@ -29,26 +27,15 @@ struct DayStretch {
     QDateTime middle() const;
 };
 
-/// @tparam Product  of a day
-/// @tparam Choice   what a user may change without a recording being read again
-template <typename Parameters, typename Product, typename Choice, typename Result>
+template <typename Parameters>
 struct DayAnalysis : Analysis<Parameters> {
     SurveyFlags flags;
     QString manual;            ///< of the command, in lines of the help
     QString examples;          ///< the same
     QStringList seriesOptions; ///< options of the parameters that decide which series are kept
 
-    /// Everything for which the parameters are refused, whatever the recordings are.
-    std::vector<FieldProblem> (*validate)(const Parameters &parameters) = nullptr;
-    /// @param header  that the days have in common: step and bands
-    DayNeeds (*needs)(const Parameters &parameters, const DayChoice &choice,
-                      const ObservationData &header) = nullptr;
     /// Bytes that the products of so many days and the result take together.
     qint64 (*bytes)(const Parameters &parameters, int days) = nullptr;
-    Product (*ofDay)(const DayStretch &stretch, const Parameters &parameters,
-                     const Jobs::Control &control) = nullptr;
-    /// The result depends on the products and the choice alone.
-    Result (*combine)(const std::vector<Product> &products, const Choice &choice) = nullptr;
 };
 
 } // namespace Days

@@ -4,6 +4,7 @@
 #include "analyses/days/dayseries.h"
 #include "calc/analysis.h"
 #include "calc/fieldproblem.h"
+#include "jobs/control.h"
 
 #include <QStringList>
 #include <optional>

@@ -4,9 +4,8 @@
 #include "base/systemmemory.h"
 #include "base/timetext.h"
 #include "base/wholefile.h"
-#include "calc/banddelays.h"
 #include "calc/finitesamples.h"
-#include "calc/pulsar/pulsarcalculate.h"
+#include "calc/pulsar/bandsum.h"
 #include "data/recordingfile.h"
 #include "data/truenumbers.h"
 
@@ -41,8 +40,7 @@ QByteArray headerOf(const RecordingSet &set, const Day &day, int points,
                     const SeriesRequest &request)
 {
     const ObservationData &first = entryOf(set, day.parts.front()).header;
-    QByteArray header = "series: sum of bands 1 to " +
-                        QByteArray::number(PulsarCalculate::sumBands) +
+    QByteArray header = "series: sum of bands 1 to " + QByteArray::number(Pulsar::sumBands) +
                         (request.isBackward ? ", delays of the opposite sign" : "") +
                         ", before the base line, form 1\n";
     header += "points: " + QByteArray::number(points) + "\ntype: float\nfirst_point: " +
@@ -168,7 +166,7 @@ Reading readPart(const RecordingSet &set, const DayPart &part, const Chosen &cho
     stretch.count = part.count;
     stretch.modules = chosen.modules.indices;
     stretch.rays = chosen.rays.indices;
-    for (int band = 0; band < PulsarCalculate::sumBands; ++band)
+    for (int band = 0; band < Pulsar::sumBands; ++band)
         stretch.channels.push_back(band);
     return file.read(stretch, hooks);
 }
@@ -230,8 +228,8 @@ DaySeries sumOf(const ObservationData &data, const Chosen &chosen, int before, i
     DaySeries series;
     const int module = chosen.modules.placeOf(request.module);
     const int ray = chosen.rays.placeOf(request.ray);
-    const Tools::FiniteSamples finite = Tools::finiteSamples(
-        data, module, ray, Tools::wholeChannels(data, PulsarCalculate::sumBands));
+    const Tools::FiniteSamples finite =
+        Tools::finiteSamples(data, module, ray, Tools::wholeChannels(data, Pulsar::sumBands));
     if (!finite.samples || !finite.empty.empty()) {
         series.problem = data.filePath + ": " +
                          (finite.samples ? Tools::noFiniteText(finite.empty) +
@@ -245,10 +243,9 @@ DaySeries sumOf(const ObservationData &data, const Chosen &chosen, int before, i
     parameters.module = module + 1;
     parameters.ray = ray + 1;
     parameters.firstPoint = before;
-    PulsarCalculate calculate(usable, parameters);
     std::vector<double> sums(static_cast<std::size_t>(points));
-    if (!calculate.sumChannels(sums.data(), points, request.dispersion, !request.isBackward) ||
-        calculate.bandsSummed() < PulsarCalculate::sumBands) {
+    if (Pulsar::sumChannels(usable, parameters, sums.data(), points, request.dispersion,
+                            !request.isBackward) < Pulsar::sumBands) {
         series.problem = QString("%1: the bands cannot be summed at the dispersion %2 pc/cm^3.")
                              .arg(data.filePath, exactText(request.dispersion));
         return series;
@@ -262,10 +259,9 @@ DaySeries sumOf(const ObservationData &data, const Chosen &chosen, int before, i
 
 int pointsBehind(const ObservationData &header, double dispersion)
 {
-    if (!Tools::areFrequencies(header.fbands, PulsarCalculate::sumBands))
+    if (!Tools::areFrequencies(header.fbands, Pulsar::sumBands))
         return -1;
-    const Tools::BandDelays delays(header, PulsarCalculate::sumBands, dispersion,
-                                   Tools::ShiftRounding::Nearest);
+    const Tools::BandDelays delays = Pulsar::bandDelays(header, dispersion);
     if (delays.highestWithoutShift() >= 0)
         return -1;
     // A sum ends before the last point.

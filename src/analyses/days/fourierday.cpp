@@ -2,8 +2,10 @@
 
 #include "analyses/days/fourierdays.h"
 #include "calc/approximation.h"
+#include "calc/baseline.h"
 #include "calc/fourier.h"
 #include "calc/mainshum.h"
+#include "calc/pulsar/bandsum.h"
 #include "calc/whitening.h"
 #include "coords/barycentre.h"
 #include "coords/site.h"
@@ -25,25 +27,14 @@ constexpr double highestOfHum = 60; // Hz; what lies above is the double of a ba
 bool removeBaseline(std::vector<double> &series, const std::vector<float> &backSum,
                     const QString &noise)
 {
-    const int count = int(series.size());
+    // The base line of the method "backSum" is drawn through the other sum.
+    const std::vector<double> drawnThrough =
+        noise == "backSum" ? std::vector<double>(backSum.begin(), backSum.end()) : series;
     std::vector<double> baseline(series.size());
-    bool isFound = true;
-    if (noise == "polinom5") {
-        isFound =
-            Approximation(series.data(), baseline.data(), count).polynomial(baselineDegree, false);
-    } else if (noise == "median") {
-        isFound =
-            Approximation(series.data(), baseline.data(), count).medianLine(baselineMedianBlock);
-    } else if (noise == "backSum") {
-        const std::vector<double> back(backSum.begin(), backSum.end());
-        isFound = back.size() == series.size() &&
-                  Approximation(back.data(), baseline.data(), count).linearLine(baselineMeanBlock);
-    }
-    if (!isFound)
+    if (drawnThrough.size() != series.size() ||
+        !Tools::findBaseline(noise, drawnThrough.data(), baseline.data(), int(series.size())))
         return false;
-    const std::vector<double> whole = series;
-    Tools::deduct(whole.data(), baseline.data(), series.data(), count);
-    Tools::clearResidue(whole.data(), series.data(), count);
+    Pulsar::removeBaseline(false, baseline, series);
     return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include "analyses/days/dayanalysis.h"
 #include "analyses/days/interference.h"
+#include "jobs/control.h"
 
 #include <QDateTime>
 #include <QString>

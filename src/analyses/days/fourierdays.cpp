@@ -4,6 +4,7 @@
 #include "base/shellword.h"
 #include "base/timetext.h"
 #include "calc/pulsar/pulsarfields.h"
+#include "coords/barycentre.h"
 #include "coords/skyclock.h"
 
 #include <algorithm>
@@ -163,11 +164,7 @@ const std::vector<FourierDaysAnalysis> &fourierDaysAnalyses()
             "--sidereal", "--utc", "--point", "--noise", "--clock-offset", "--other-rays"};
         for (const FourierDaysField &one : fourierDaysFields())
             fourier.fields.push_back(&one);
-        fourier.validate = validate;
-        fourier.needs = needsOf;
         fourier.bytes = bytesOf;
-        fourier.ofDay = fourierOfDay;
-        fourier.combine = combineDays;
         return std::vector<FourierDaysAnalysis>{fourier};
     }();
     return all;

@@ -23,8 +23,7 @@ struct FourierDaysParameters : DayPlace {
 };
 
 using FourierDaysField = Field<FourierDaysParameters>;
-using FourierDaysAnalysis =
-    DayAnalysis<FourierDaysParameters, FourierDay, FourierDaysChoice, FourierStack>;
+using FourierDaysAnalysis = DayAnalysis<FourierDaysParameters>;
 
 /// The parameters, in the order of the help and of the headers of tables.
 const std::vector<FourierDaysField> &fourierDaysFields();

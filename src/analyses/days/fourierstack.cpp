@@ -2,6 +2,7 @@
 
 #include "analyses/days/stackevidence.h"
 #include "calc/significance.h"
+#include "coords/barycentre.h"
 
 #include <algorithm>
 #include <cmath>

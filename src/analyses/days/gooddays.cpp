@@ -4,6 +4,7 @@
 #include "calc/robuststatistics.h"
 
 #include <algorithm>
+#include <boost/math/statistics/univariate_statistics.hpp>
 #include <cmath>
 
 // Which days a stack is proposed to be made of.
@@ -16,15 +17,6 @@ constexpr double mostSigmas = 5;
 constexpr double leastDifference = 0.1; // of the sigma
 constexpr double mostAbove = 2;         // times what is expected
 constexpr double earthMotion = 1e-4;    // share of a frequency, at most
-
-double medianOf(std::vector<double> values)
-{
-    const auto middle = values.begin() + std::ptrdiff_t(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    if (values.size() % 2 == 1)
-        return *middle;
-    return (*middle + *std::max_element(values.begin(), middle)) / 2;
-}
 
 // What the logarithms of the sigmas of all days lie around, and how far off a good day may be.
 struct SigmaRange {
@@ -43,7 +35,7 @@ SigmaRange rangeOf(const std::vector<FourierDay> &days)
     if (logarithms.empty())
         return {};
     SigmaRange range;
-    range.centre = medianOf(logarithms);
+    range.centre = boost::math::statistics::median(logarithms);
     const double scatter =
         mostSigmas * Tools::madToSigma * Tools::medianAbsoluteDeviation(logarithms, range.centre);
     range.above = std::max(scatter, std::log1p(leastDifference));

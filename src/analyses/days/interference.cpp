@@ -8,8 +8,6 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QStandardPaths>
-#include <algorithm>
-#include <cmath>
 
 namespace Days {
 
@@ -18,29 +16,8 @@ namespace {
 constexpr qint64 largestFile = 1 << 20; // bytes
 constexpr int mostHarmonics = 1000;
 
-} // namespace
-
-double Interference::from(int harmonic) const
-{
-    return harmonic * (isPeriod ? 1 / (value + width) : value - width);
-}
-
-double Interference::to(int harmonic) const
-{
-    return harmonic * (isPeriod ? 1 / (value - width) : value + width);
-}
-
-QString Interference::text() const
-{
-    QString line = exactText(value) + (isPeriod ? " s" : " Hz");
-    if (width > 0)
-        line += " +- " + exactText(width);
-    if (harmonics > 1)
-        line += QString(" x %1").arg(harmonics);
-    return remark.isEmpty() ? line : line + " # " + remark;
-}
-
-InterferenceList parseInterferenceLine(const QString &line)
+// The entry of one line; nothing but a problem where it is none.
+InterferenceList parseLine(const QString &line)
 {
     static const QRegularExpression form(
         "^(\\S+)\\s*(Hz|s)(?:\\s*\\+-\\s*(\\S+))?(?:\\s*x\\s*(\\d{1,4}))?$");
@@ -64,6 +41,28 @@ InterferenceList parseInterferenceLine(const QString &line)
             {}};
 }
 
+} // namespace
+
+double Interference::from(int harmonic) const
+{
+    return harmonic * (isPeriod ? 1 / (value + width) : value - width);
+}
+
+double Interference::to(int harmonic) const
+{
+    return harmonic * (isPeriod ? 1 / (value - width) : value + width);
+}
+
+QString Interference::text() const
+{
+    QString line = exactText(value) + (isPeriod ? " s" : " Hz");
+    if (width > 0)
+        line += " +- " + exactText(width);
+    if (harmonics > 1)
+        line += QString(" x %1").arg(harmonics);
+    return remark.isEmpty() ? line : line + " # " + remark;
+}
+
 InterferenceList parseInterference(const QByteArray &text)
 {
     InterferenceList list;
@@ -73,7 +72,7 @@ InterferenceList parseInterference(const QByteArray &text)
         const QString content = QString::fromUtf8(line.constData(), line.size());
         if (content.section('#', 0, 0).trimmed().isEmpty())
             continue;
-        const InterferenceList one = parseInterferenceLine(content);
+        const InterferenceList one = parseLine(content);
         if (!one.problem.isEmpty())
             return {{}, QString("line %1: %2").arg(number).arg(one.problem)};
         list.entries.push_back(one.entries.front());
@@ -110,18 +109,6 @@ QString interferencePath()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
            "/zrt/interference.txt";
-}
-
-bool isLeftOut(const std::vector<Interference> &entries, double frequency, double tolerance)
-{
-    return std::any_of(entries.begin(), entries.end(), [&](const Interference &entry) {
-        for (int harmonic = 1; harmonic <= entry.harmonics; ++harmonic) {
-            if (frequency >= entry.from(harmonic) - tolerance &&
-                frequency <= entry.to(harmonic) + tolerance)
-                return true;
-        }
-        return false;
-    });
 }
 
 } // namespace Days

@@ -38,9 +38,6 @@ struct InterferenceList {
 /// @return no entries where a line is anything else
 InterferenceList parseInterference(const QByteArray &text);
 
-/// The entry of one line; nothing but a problem where it is none.
-InterferenceList parseInterferenceLine(const QString &line);
-
 /// The list of a file; empty where it does not exist.
 InterferenceList readInterference(const QString &path);
 
@@ -49,10 +46,5 @@ WriteFailure writeInterference(const QString &path, const std::vector<Interferen
 
 /// The user's own list.
 QString interferencePath();
-
-/// Whether a frequency is left out.
-///
-/// @param tolerance  Hz
-bool isLeftOut(const std::vector<Interference> &entries, double frequency, double tolerance);
 
 } // namespace Days

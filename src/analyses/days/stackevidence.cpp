@@ -19,6 +19,21 @@ constexpr int fewestForTrimming = 5;
 constexpr int mostGrowthPoints = 40;
 constexpr int hoursOfDay = 24;
 
+// Logarithm of the probability that noise has such a sum over these days.
+double logTailOfDays(const StackDays &stack, const std::vector<std::size_t> &days,
+                     const LinePowers &powers, int harmonics)
+{
+    double sum = 0;
+    std::vector<double> weights;
+    for (const std::size_t day : days) {
+        if (!stack.weights.empty())
+            weights.push_back(stack.weights[day]);
+        sum += powers.ofDay[day] * (weights.empty() ? 1 : weights.back());
+    }
+    return weights.empty() ? Tools::logGammaTail(double(days.size()) * harmonics, sum)
+                           : Tools::logWeightedTail(weights, harmonics, sum);
+}
+
 double sigmaOfDays(const StackDays &stack, const std::vector<std::size_t> &days,
                    const LinePowers &powers, int harmonics, double trials)
 {
@@ -149,20 +164,6 @@ LinePowers powersOfLine(const StackDays &stack, const StackLine &line)
         powers.ofHarmonic[std::size_t(harmonic - 1)] = sum / double(chosen);
     }
     return powers;
-}
-
-double logTailOfDays(const StackDays &stack, const std::vector<std::size_t> &days,
-                     const LinePowers &powers, int harmonics)
-{
-    double sum = 0;
-    std::vector<double> weights;
-    for (const std::size_t day : days) {
-        if (!stack.weights.empty())
-            weights.push_back(stack.weights[day]);
-        sum += powers.ofDay[day] * (weights.empty() ? 1 : weights.back());
-    }
-    return weights.empty() ? Tools::logGammaTail(double(days.size()) * harmonics, sum)
-                           : Tools::logWeightedTail(weights, harmonics, sum);
 }
 
 double logTailWithoutStrongest(std::vector<double> powers, int leftOut, int harmonics)

@@ -23,10 +23,6 @@ struct LinePowers {
 };
 LinePowers powersOfLine(const StackDays &stack, const StackLine &line);
 
-/// Logarithm of the probability that noise has such a sum over these days.
-double logTailOfDays(const StackDays &stack, const std::vector<std::size_t> &days,
-                     const LinePowers &powers, int harmonics);
-
 /// Logarithm of the probability that noise has such a sum without its strongest days.
 ///
 /// The sum of all but the k largest of n values is that of min(x, q) less k q, where q is exceeded

@@ -1,5 +1,7 @@
 #include "forms/ffa/foldview.h"
 
+#include "picture/colourmap.h"
+
 #include <QMouseEvent>
 #include <QPainter>
 #include <QToolTip>
@@ -21,7 +23,7 @@ QImage greyPicture(const FfaFold &fold)
     std::vector<float> values;
     std::copy_if(fold.picture.begin(), fold.picture.end(), std::back_inserter(values),
                  [](float value) { return std::isfinite(value); });
-    QImage picture(bins, fold.parts, QImage::Format_Grayscale8);
+    QImage picture(bins, fold.parts, QImage::Format_RGB32);
     picture.fill(Qt::white);
     if (values.empty())
         return picture;
@@ -29,13 +31,11 @@ QImage greyPicture(const FfaFold &fold)
     const float low = values[values.size() / 20];
     const float high = values[std::size_t(double(values.size() - 1) * darkShare)];
     for (int part = 0; part < fold.parts; ++part) {
-        uchar *const line = picture.scanLine(fold.parts - 1 - part);
-        for (int b = 0; b < bins; ++b) {
-            const float value =
-                fold.picture[std::size_t(part) * std::size_t(bins) + std::size_t(b)];
-            const float level = high > low ? (value - low) / (high - low) : 0;
-            line[b] = std::isfinite(level) ? uchar(255 - 255 * std::clamp(level, 0.0F, 1.0F)) : 255;
-        }
+        auto *const line = reinterpret_cast<QRgb *>(picture.scanLine(fold.parts - 1 - part));
+        const float *const row = fold.picture.data() + std::size_t(part) * std::size_t(bins);
+        for (int b = 0; b < bins; ++b)
+            if (std::isfinite(row[b]))
+                line[b] = Plot::colourOfValue(row[b], low, high, Plot::greyMap());
     }
     return picture;
 }

@@ -89,7 +89,7 @@ QStringList PulsarForm::fitPresets()
         ui->firstPoint->setText("0");
     }
     const QDateTime begin = exactBegin(data);
-    if (begin.isValid() && !pointAtUtc(data, ui->zrtUtc->text()).error.isEmpty()) {
+    if (begin.isValid() && !pointAtUtc(data, ui->zrtUtc->text()).problem.text.isEmpty()) {
         const QString time = textOfTime(begin, "hh:mm:ss");
         lines
             << QString("ZRT UTC %1: the recording does not hold %2").arg(time, ui->zrtUtc->text());
@@ -287,10 +287,11 @@ void PulsarForm::readStart(PulsarParameters &parameters, std::vector<FieldProble
     parameters.startTime = ui->zrtUtc->text();
     const StartPoint start = pointAtUtc(data, parameters.startTime);
     parameters.firstPoint = start.point;
-    if (!start.error.isEmpty())
-        problems.push_back({ui->zrtUtc->objectName(),
-                            start.isWithoutTimes ? start.error + "\nChoose \"First point\" instead."
-                                                 : start.error});
+    if (start.problem.text.isEmpty())
+        return;
+    problems.push_back(start.problem);
+    if (start.isWithoutTimes)
+        problems.back().text += "\nChoose \"First point\" instead.";
 }
 
 void PulsarForm::changeDispersions(const QVector<double> &dispersions)
