@@ -7,7 +7,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
-#include <algorithm>
 
 namespace {
 
@@ -34,6 +33,35 @@ QString versionText()
              QFileInfo(settings).path() + "/ray-declinations.txt", cache);
 }
 
+// Options that the toolkit takes for itself, each with one dash or two.
+QStringList withoutToolkitOptions(const QStringList &arguments)
+{
+    const QStringList alone = {"reverse", "widgetcount", "dograb", "nograb", "sync"};
+    const QStringList withValue = {"platform",        "platformpluginpath",
+                                   "platformtheme",   "plugin",
+                                   "qwindowgeometry", "geometry",
+                                   "qwindowicon",     "icon",
+                                   "qwindowtitle",    "title",
+                                   "session",         "display",
+                                   "fontengine",      "style",
+                                   "stylesheet",      "qmljsdebugger",
+                                   "visual",          "name"};
+    QStringList rest;
+    for (int i = 0; i < arguments.size(); ++i) {
+        const QString &argument = arguments[i];
+        if (argument == "--") // what follows are files
+            return rest + arguments.mid(i);
+        const int dashes = argument.startsWith("--") ? 2 : argument.startsWith('-') ? 1 : 0;
+        const QString name = argument.mid(dashes).section('=', 0, 0);
+        const bool takesValue = dashes > 0 && withValue.contains(name);
+        if (takesValue && !argument.contains('='))
+            ++i;
+        if (!takesValue && !(dashes > 0 && alone.contains(name)))
+            rest << argument;
+    }
+    return rest;
+}
+
 } // namespace
 
 CommandLine readCommandLine(const QStringList &arguments)
@@ -43,7 +71,7 @@ CommandLine readCommandLine(const QStringList &arguments)
     const QCommandLineOption version(QStringList{"v", "version"});
     parser.addOptions({help, version});
     CommandLine line;
-    if (!parser.parse(arguments))
+    if (!parser.parse(withoutToolkitOptions(arguments)))
         line.error = parser.errorText() + "\n\n" + usage;
     else if (parser.isSet(help))
         line.answer = usage;
@@ -52,12 +80,4 @@ CommandLine readCommandLine(const QStringList &arguments)
     for (const QString &path : parser.positionalArguments())
         line.paths << QDir::cleanPath(QFileInfo(path).absoluteFilePath());
     return line;
-}
-
-bool asksForText(int argc, char **argv)
-{
-    const QStringList answered = {"-h", "--help", "-v", "--version"};
-    return std::any_of(argv + 1, argv + argc, [&](const char *argument) {
-        return answered.contains(QString::fromLocal8Bit(argument));
-    });
 }

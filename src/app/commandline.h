@@ -3,16 +3,15 @@
 #include <QString>
 #include <QStringList>
 
-/// What the arguments of the workbench ask for, those of the toolkit taken out. There are two
-/// options, which print and end, and the files to open.
+/// What the arguments of the workbench ask for. There are two options, which print and end, and the
+/// files to open. Those of the toolkit are passed over.
 struct CommandLine {
     QString answer;    ///< of --help or --version, to be printed
     QString error;     ///< what is wrong, with what is allowed; else empty
     QStringList paths; ///< absolute
 };
 
+/// Needs neither a display nor an application object.
+///
 /// @param arguments  the name of the program first
 CommandLine readCommandLine(const QStringList &arguments);
-
-/// Whether --help or --version stands among the arguments: both answer without a display.
-bool asksForText(int argc, char **argv);

@@ -5,6 +5,7 @@
 #include "base/process.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QScreen>
 #include <QTextStream>
 #include <QTimer>
@@ -13,14 +14,12 @@ namespace {
 
 constexpr int wrongUsage = 64;
 
-// Prints what needs no window. Returns the exit code.
-int answer(int argc, char **argv)
+QStringList argumentsOf(int argc, char **argv)
 {
-    const QCoreApplication application(argc, argv);
-    const CommandLine line = readCommandLine(QCoreApplication::arguments());
-    QTextStream(stdout) << line.answer;
-    QTextStream(stderr) << line.error;
-    return line.error.isEmpty() ? 0 : wrongUsage;
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QFile::decodeName(argv[i]);
+    return arguments;
 }
 
 } // namespace
@@ -28,14 +27,16 @@ int answer(int argc, char **argv)
 int main(int argc, char **argv)
 {
     setUpProcess();
-    if (asksForText(argc, argv))
-        return answer(argc, argv);
-    QApplication application(argc, argv);
-    const CommandLine line = readCommandLine(QApplication::arguments());
-    if (!line.error.isEmpty()) {
-        QTextStream(stderr) << line.error;
+    // Before the application, which needs a display.
+    const CommandLine line = readCommandLine(argumentsOf(argc, argv));
+    QTextStream(stdout) << line.answer;
+    QTextStream(stderr) << line.error;
+    if (!line.error.isEmpty())
         return wrongUsage;
-    }
+    if (!line.answer.isEmpty())
+        return 0;
+
+    QApplication application(argc, argv);
     applyApplicationStyles();
 
     MainWindow window;

@@ -5,6 +5,7 @@
 #include "app/shell/directoryof.h"
 #include "app/shell/recentbutton.h"
 #include "app/shell/settings.h"
+#include "app/shell/statusline.h"
 #include "app/shell/timedprogressbar.h"
 #include "base/timetext.h"
 #include "base/version.h"
@@ -31,12 +32,6 @@
 #include <QTimer>
 #include <QUrl>
 #include <utility>
-
-namespace {
-
-constexpr int messageMs = 15000; // that a line stays in the status bar
-
-} // namespace
 
 MainWindow *Settings::mainWindow()
 {
@@ -257,8 +252,7 @@ void MainWindow::sayNotOpened(const QStringList &paths)
     const bool isBusy = !ui->menubar->isEnabled() || QApplication::activeModalWidget();
     const QString why =
         isBusy ? "the window is at work, which Esc stops" : "the window shows one file at a time";
-    ui->statusbar->showMessage(QString("Not opened: %1 (%2).").arg(names.join(", "), why),
-                               messageMs);
+    StatusLine::show(QString("Not opened: %1 (%2).").arg(names.join(", "), why));
 }
 
 bool MainWindow::eventFilter(QObject *watched, QEvent *event)
@@ -398,7 +392,7 @@ void MainWindow::openDirSumChannels()
 
 void MainWindow::sayNotBuilt(const QString &command)
 {
-    ui->statusbar->showMessage("\"" + command + "\" is not built yet.", messageMs);
+    StatusLine::show("\"" + command + "\" is not built yet.");
 }
 
 void MainWindow::showHelp()
@@ -430,9 +424,9 @@ void MainWindow::showDocument(const QString &fileName, const QString &chapter)
     const QFileInfo document("./" + fileName);
     const QString path = document.absoluteFilePath();
     if (!document.exists())
-        ui->statusbar->showMessage("No help document " + path, messageMs);
+        StatusLine::show("No help document " + path);
     else if (!openDocument(path, pageOfChapter(path, chapter)))
-        ui->statusbar->showMessage("No viewer for " + path, messageMs);
+        StatusLine::show("No viewer for " + path);
 }
 
 void MainWindow::showAbout()

@@ -61,7 +61,7 @@ private:
         stack.leftOut = interference;
         const auto outcome = Days::stackSpectra(stack, control);
         if (control.isStopped())
-            return {ExitCode::TryLater, "Stopped; the series that were made are kept."};
+            return stopped();
         if (outcome->stack.days == 0)
             return {ExitCode::BadData, noDayLeft(*spectra, *outcome)};
         if (!outcome->stack.problem.isEmpty())

@@ -183,7 +183,7 @@ private:
             found.set, day, found.plan.choice.points, found.plan.series, found.kept.path, control);
         for (std::size_t i = 0; i < all.size(); ++i) {
             if (all[i].wasStopped)
-                return {ExitCode::TryLater, "Stopped."};
+                return stopped();
             if (!all[i].problem.isEmpty())
                 return {ExitCode::BadData, Days::dayName(day.begin) + ": " + all[i].problem};
             if (!QFileInfo::exists(paths[int(i)]))

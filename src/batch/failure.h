@@ -24,4 +24,10 @@ struct Failure {
     explicit operator bool() const { return code != ExitCode::Done; }
 };
 
+/// What work that was stopped by the user ends with.
+inline Failure stopped()
+{
+    return {ExitCode::TryLater, "Stopped."};
+}
+
 } // namespace Batch

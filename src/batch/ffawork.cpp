@@ -156,7 +156,7 @@ Failure refusalOf(const FieldProblem &problem, const Search &search, const QStri
                                        .arg(search.module)
                                        .arg(search.ray)
                                        .arg(search.dispersion) +
-                                   QString(problem.text).replace('\n', ' ')};
+                                   problem.line()};
 }
 
 // S/N over period, as the form draws it.
@@ -264,7 +264,7 @@ private:
         FfaSearchOutcome outcome =
             searchFfa({data, parameters, request.threshold, request.most}, own);
         if (control.isStopped())
-            return {ExitCode::TryLater, "Stopped."};
+            return stopped();
         if (!outcome.result.ffa)
             return refusalOf(outcome.problem, selected, file.path());
         if (const QString &text = outcome.result.nonFinite; !text.isEmpty())
@@ -276,7 +276,7 @@ private:
             for (FfaCandidate &peak : peaks)
                 Tools::refineCandidate(ffa, peak, [this](int) { return !control.isStopped(); });
         if (control.isStopped())
-            return {ExitCode::TryLater, "Stopped."};
+            return stopped();
         addCandidates(peaks, selected, found);
         notes = outcome.result.notes();
         wholeFactorsOfSearch = Tools::wholeFactorText(ffa.wholeFactors);
@@ -471,7 +471,7 @@ qint64 memoryOf(FfaRequest request, const RecordingFile &file)
     const bool isSearch =
         points > 0 && Tools::findFfaProblems(parameters.ffa, points, header.tresolution).empty();
     const double search =
-        isSearch ? Tools::estimateFfa(parameters.ffa, points, header.tresolution).bytes : 0;
+        isSearch ? estimateSearch(parameters, points, header.tresolution).bytes : 0;
     // Copies of the series, of doubles and of floats.
     const qint64 series = 5 * qint64(sizeof(double)) * std::max(points, 0);
     const qint64 ray = memoryOfRay(file, header.npoints);

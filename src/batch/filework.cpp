@@ -32,11 +32,6 @@ constexpr int blockPoints = 16384;
 constexpr qint64 mostImportBlock = qint64(64) << 20; // bytes
 constexpr int longestText = 80; // bytes of a text in the header of a filterbank
 
-Failure stopped()
-{
-    return {ExitCode::TryLater, "Stopped."};
-}
-
 // Bands in descending order, as indices of channels; empty where they are not equally spaced.
 std::vector<int> descendingBands(const ObservationData &header)
 {

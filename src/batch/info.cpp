@@ -43,8 +43,7 @@ QString sizeCheck(const RecordingEntry &entry)
 std::vector<HeaderLine> infoOf(const RecordingEntry &entry)
 {
     const ObservationData &data = entry.header;
-    const bool isRecording =
-        entry.state == RecordingState::Whole || entry.state == RecordingState::Short;
+    const bool isRecording = entry.isUsable();
     const auto text = [&](const QString &value) { return isRecording ? value : QString("-"); };
     const QString bands =
         data.fbands.empty()
@@ -90,7 +89,7 @@ ExitCode printInfo(const QStringList &names, Format format)
     control.isStopped = [] { return isStopRequested(); };
     const std::vector<RecordingEntry> entries = readHeaders(list.paths, control);
     if (isStopRequested()) {
-        printError("Stopped.");
+        printError(stopped().text);
         return ExitCode::TryLater;
     }
     ExitCode code = ExitCode::Done;

@@ -6,7 +6,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSet>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -74,7 +73,7 @@ Failure readPipe(const QString &path, qint64 most, QByteArray &bytes)
             std::this_thread::sleep_for(writerWait);
         }
     }
-    return isStopRequested() ? Failure{ExitCode::TryLater, "Stopped."} : tooLong(path);
+    return isStopRequested() ? stopped() : tooLong(path);
 }
 
 // Paths of a list.
@@ -155,16 +154,7 @@ InputList expandInputs(const QStringList &arguments)
             return list;
     }
 
-    QSet<QString> seen;
-    for (const QString &path : std::as_const(named)) {
-        const QFileInfo info(path);
-        const QString canonical = info.canonicalFilePath();
-        const QString key = canonical.isEmpty() ? info.absoluteFilePath() : canonical;
-        if (seen.contains(key))
-            continue;
-        seen.insert(key);
-        list.paths << QDir::cleanPath(info.absoluteFilePath());
-    }
+    list.paths = filesOnce(named);
     return list;
 }
 

@@ -19,7 +19,7 @@ namespace {
 // The action's own words, in one line.
 Failure refusalOf(const FieldProblem &problem, const QString &path)
 {
-    return {ExitCode::BadData, path + ": " + QString(problem.text).replace('\n', ' ')};
+    return {ExitCode::BadData, path + ": " + problem.line()};
 }
 
 Failure findStart(PulsarParameters &parameters, const RecordingFile &file)
@@ -27,10 +27,12 @@ Failure findStart(PulsarParameters &parameters, const RecordingFile &file)
     if (parameters.startTime.isEmpty())
         return {};
     const StartPoint start = pointAtUtc(file.header(), parameters.startTime);
-    if (!start.error.isEmpty())
-        return {ExitCode::BadData,
-                file.path() + ": " + QString(start.error).replace('\n', ' ') +
-                    (start.isWithoutTimes ? " Give --first-point instead." : "")};
+    if (!start.problem.text.isEmpty()) {
+        Failure failure = refusalOf(start.problem, file.path());
+        if (start.isWithoutTimes)
+            failure.text += " Give --first-point instead.";
+        return failure;
+    }
     parameters.firstPoint = start.point;
     return {};
 }
@@ -110,7 +112,7 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
     ofAction.progress = [&control](int percent) { control.progress(30 + percent * 7 / 10); };
     const AnalysisOutcome outcome = runAnalysis(request.action, data, parameters, ofAction);
     if (outcome.isStopped)
-        return {ExitCode::TryLater, "Stopped."};
+        return stopped();
     if (!outcome.isWhole())
         return refusalOf(outcome.problems.front(), file.path());
     const PulsarResult &result = outcome.result;
@@ -153,7 +155,6 @@ bool isRecorded(const PulsarField &field, const PulsarAnalysis &analysis)
     case Recorded::OfSums:
         return !analysis.onChannel;
     case Recorded::WhereRead:
-    case Recorded::WhereGiven:
         return analysis.reads(field);
     default:
         return false;

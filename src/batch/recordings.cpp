@@ -130,7 +130,7 @@ Failure failureOf(StretchEnd end, const QString &reason)
     case StretchEnd::Short:
         return {ExitCode::InputOutput, reason};
     case StretchEnd::Cancelled:
-        return {ExitCode::TryLater, "Stopped."};
+        return stopped();
     case StretchEnd::Refused:
         break;
     }

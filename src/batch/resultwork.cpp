@@ -35,7 +35,7 @@ Failure failureOf(const Tools::TextEnd &end, const QString &input)
     case Kind::CannotWrite:
         return {ExitCode::InputOutput, text};
     case Kind::Cancelled:
-        return {ExitCode::TryLater, "Stopped."};
+        return stopped();
     case Kind::Done:
         break;
     }

@@ -54,7 +54,7 @@ Failure makeTable(const TableRequest &request, const QString &input, const Contr
     if (Failure failure = request.fill(file, control, result))
         return failure;
     if (control.isStopped())
-        return {ExitCode::TryLater, "Stopped."};
+        return stopped();
 
     for (const auto *const lines : {&result.table.request, &result.table.result})
         if (Failure failure = checkHeader(*lines, input))

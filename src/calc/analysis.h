@@ -22,9 +22,9 @@ struct FieldChoice {
     QString label;  ///< beside the button
 };
 
-/// Which analyses write a parameter into the headers of their tables. The headers tell the batch
-/// program what is done already, so that they stay as they are.
-enum class Recorded { Never, Always, OfSums, WhereRead, WhereGiven };
+/// Which analyses write a parameter into the headers of their tables; an empty one has no line. The
+/// headers tell the batch program what is done already, so that they stay as they are.
+enum class Recorded { Never, Always, OfSums, WhereRead };
 
 /// What a parameter is called and what it takes.
 struct FieldText {
@@ -53,7 +53,7 @@ struct Field : FieldText {
     }
 };
 
-/// The same with the ends of a form's field with arrows.
+/// The same parameter with the range of its field with arrows.
 inline FieldText ranged(FieldText text, double least, double most)
 {
     text.least = least;
@@ -61,7 +61,8 @@ inline FieldText ranged(FieldText text, double least, double most)
     return text;
 }
 
-/// A member of a set of parameters as Field::of has it: refOf<&Parameters::member>.
+/// Gives a member of a set of parameters by reference, as Field::of needs it:
+/// refOf<&Parameters::member>.
 template <auto member, typename Parameters>
 FieldRef refOf(Parameters &parameters)
 {

@@ -1,5 +1,7 @@
 #include "calc/ffasearch.h"
 
+#include "calc/blockline.h"
+#include "calc/problems.h"
 #include "ffa/downsample.h"
 #include "ffa/ffaplan.h"
 #include "ffa/periodogram.h"
@@ -161,11 +163,7 @@ std::vector<FieldProblem> findFfaProblems(const FfaParameters &ffa, int points, 
 {
     std::vector<FieldProblem> problems;
     const auto refuse = [&problems](const QString &parameter, const QString &text) {
-        const bool isKnown =
-            std::any_of(problems.begin(), problems.end(),
-                        [&](const FieldProblem &known) { return known.field == parameter; });
-        if (!isKnown)
-            problems.push_back({parameter, text});
+        problems.push_back({parameter, text});
     };
     const Ffa::Refusal refusal =
         Ffa::findRefusal(quint64(std::max(points, 0)), tsamp, ffa.period_min, ffa.period_max,
@@ -195,7 +193,7 @@ std::vector<FieldProblem> findFfaProblems(const FfaParameters &ffa, int points, 
     if (problems.empty() && Ffa::periodogramLength(quint64(points), tsamp, ffa.period_min,
                                                    ffa.period_max, ffa.bins_min, ffa.bins_max) == 0)
         refuse("period_max", "No fold has two periods: no trial periods");
-    return problems;
+    return joinProblems({problems});
 }
 
 std::vector<Ffa::WholeFactorStep> wholeFactorSteps(const FfaParameters &ffa, int points,
@@ -295,30 +293,18 @@ bool deredden(std::vector<double> &values, double width, int minPoints)
         return true;
     width = std::clamp(width, 1.0, double(count));
     const int block = std::max(1, int(width / minPoints));
-    const int blocks = count / block;
-    // What is left over belongs to the last block.
-    const auto endOf = [=](int k) { return k + 1 == blocks ? count : (k + 1) * block; };
-    const auto centreOf = [=](int k) { return (k * block + endOf(k) - 1) / 2.0; };
-    std::vector<double> means(std::size_t(blocks), 0.0);
-    for (int k = 0; k < blocks; ++k) {
-        for (int i = k * block; i < endOf(k); ++i)
+    const SeriesBlocks blocks = {count, block};
+    std::vector<double> means(std::size_t(blocks.number()), 0.0);
+    for (std::ptrdiff_t k = 0; k < blocks.number(); ++k) {
+        for (std::ptrdiff_t i = k * block; i < blocks.endOf(k); ++i)
             means[std::size_t(k)] += values[std::size_t(i)];
-        means[std::size_t(k)] /= endOf(k) - k * block;
+        means[std::size_t(k)] /= double(blocks.endOf(k) - k * block);
     }
     const int window = int(width / block) | 1;
     const std::vector<double> level = runningMedian(means, window);
-
-    int k = 0; // the block whose centre was passed last
-    for (int i = 0; i < count; ++i) {
-        while (k + 1 < blocks && centreOf(k + 1) <= i)
-            ++k;
-        double slow = level[std::size_t(k)];
-        if (i > centreOf(k) && k + 1 < blocks) {
-            const double part = (i - centreOf(k)) / (centreOf(k + 1) - centreOf(k));
-            slow += part * (level[std::size_t(k) + 1] - slow);
-        }
-        values[std::size_t(i)] -= slow;
-    }
+    BlockLine<double> slow(blocks, level);
+    for (int i = 0; i < count; ++i)
+        values[std::size_t(i)] -= slow.at(i);
     return true;
 }
 

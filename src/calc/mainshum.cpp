@@ -1,5 +1,6 @@
 #include "calc/mainshum.h"
 
+#include "calc/blockline.h"
 #include "calc/fourier.h"
 
 #include <algorithm>
@@ -319,32 +320,22 @@ void removeBand(std::vector<double> &series, double tsamp, double low, double hi
     }
     const auto block =
         std::ptrdiff_t(std::clamp(seconds / tsamp, 1.0, std::max(1.0, double(count))));
-    const std::ptrdiff_t blocks = count / block;
+    const SeriesBlocks blocks = {count, block};
     const std::complex<double> turn = std::polar(1.0, 2 * M_PI * centre * tsamp);
 
-    // What is left over belongs to the last block.
-    const auto endOf = [=](std::ptrdiff_t k) { return k + 1 == blocks ? count : (k + 1) * block; };
-    const auto centreOf = [=](std::ptrdiff_t k) { return double(k * block + endOf(k) - 1) / 2; };
-    std::vector<std::complex<double>> envelope(static_cast<std::size_t>(blocks));
+    std::vector<std::complex<double>> envelope(std::size_t(blocks.number()));
     std::complex<double> carrier = 1;
-    for (std::ptrdiff_t k = 0; k < blocks; ++k) {
-        for (std::ptrdiff_t i = k * block; i < endOf(k); ++i) {
+    for (std::ptrdiff_t k = 0; k < blocks.number(); ++k) {
+        for (std::ptrdiff_t i = k * block; i < blocks.endOf(k); ++i) {
             envelope[std::size_t(k)] += series[std::size_t(i)] * std::conj(carrier);
             carrier *= turn;
         }
-        envelope[std::size_t(k)] *= (hasImage ? 1 : 2) / double(endOf(k) - k * block);
+        envelope[std::size_t(k)] *= (hasImage ? 1 : 2) / double(blocks.endOf(k) - k * block);
     }
     carrier = 1;
-    std::ptrdiff_t k = 0; // the block whose centre was passed last
+    BlockLine<std::complex<double>> amplitude(blocks, envelope);
     for (std::ptrdiff_t i = 0; i < count; ++i) {
-        while (k + 1 < blocks && centreOf(k + 1) <= double(i))
-            ++k;
-        std::complex<double> amplitude = envelope[std::size_t(k)];
-        if (double(i) > centreOf(k) && k + 1 < blocks) {
-            const double part = (double(i) - centreOf(k)) / (centreOf(k + 1) - centreOf(k));
-            amplitude += part * (envelope[std::size_t(k) + 1] - amplitude);
-        }
-        series[std::size_t(i)] -= (amplitude * carrier).real();
+        series[std::size_t(i)] -= (amplitude.at(i) * carrier).real();
         carrier *= turn;
     }
 }

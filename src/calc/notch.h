@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <vector>
 
 namespace Tools {
@@ -20,12 +22,19 @@ struct NotchBand {
 /// The sines are those of a transform longer than the series, their amplitudes are solved for by
 /// conjugate gradients, which need some 10 to 40 pairs of transforms: the functions that are
 /// limited to a band have nearly the same weight in the series, except for a few (Slepian 1978,
-/// Bell Syst. Tech. J. 57, 1371).
+/// Bell Syst. Tech. J. 57, 1371). A series beyond 0.8 million values goes in overlapping pieces of
+/// that length, which then stand for "the series" above.
 ///
 /// @param series at least 2 finite values; without bands it keeps its bits
 /// @param tsamp  s, above 0
+/// @param mayGoOn asked before every transform, may be empty; false ends it, and the series is
+///               of no use then
 /// @return for each band the part of the variance of the series that goes with it
 std::vector<double> notch(std::vector<double> &series, double tsamp,
-                          const std::vector<NotchBand> &bands);
+                          const std::vector<NotchBand> &bands,
+                          const std::function<bool()> &mayGoOn = {});
+
+/// Memory that notch() takes beside a series of so many points.
+double notchBytes(std::size_t points, double tsamp, const std::vector<NotchBand> &bands);
 
 } // namespace Tools

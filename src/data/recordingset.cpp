@@ -140,7 +140,7 @@ std::vector<RecordingEntry> readHeaders(const QStringList &paths, const Jobs::Co
     return entries;
 }
 
-RecordingSet recordingsOfFiles(const QStringList &paths, const Jobs::Control &control)
+QStringList filesOnce(const QStringList &paths)
 {
     QStringList once;
     QSet<QString> known;
@@ -154,8 +154,13 @@ RecordingSet recordingsOfFiles(const QStringList &paths, const Jobs::Control &co
         known.insert(key);
         once << absolute;
     }
+    return once;
+}
+
+RecordingSet recordingsOfFiles(const QStringList &paths, const Jobs::Control &control)
+{
     RecordingSet set;
-    set.entries = readHeaders(once, control);
+    set.entries = readHeaders(filesOnce(paths), control);
     set.wasStopped = control.isStopped();
     orderByTime(set.entries);
     return set;

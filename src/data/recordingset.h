@@ -26,6 +26,12 @@ struct RecordingEntry {
     int completePoints = 0;   ///< points that the file holds whole
     RecordingState state = RecordingState::Unreadable;
     QString problem; ///< which file, what is wrong, what can be done; empty when Whole
+
+    /// Whether there are samples to analyse.
+    bool isUsable() const
+    {
+        return state == RecordingState::Whole || state == RecordingState::Short;
+    }
 };
 
 /// The recordings of a folder or of a list, each read no further than its header.
@@ -38,6 +44,9 @@ struct RecordingSet {
 /// Whether a file is called like a recording: ".pnt" or ".pnthr".
 bool hasRecordingName(const QString &fileName);
 
+/// Absolute paths of files, each once, in the order in which they are first named, in whatever way.
+QStringList filesOnce(const QStringList &paths);
+
 /// Reads the headers of files, several at once, for a disk answers many questions sooner than one
 /// after the other.
 ///
@@ -46,7 +55,7 @@ bool hasRecordingName(const QString &fileName);
 std::vector<RecordingEntry> readHeaders(const QStringList &paths,
                                         const Jobs::Control &control = {});
 
-/// The recordings of a list. A file that is named twice, in whatever way, stands in it once.
+/// The recordings of a list, each once.
 RecordingSet recordingsOfFiles(const QStringList &paths, const Jobs::Control &control = {});
 
 /// The recordings of a folder, by their names. A folder that cannot be read has an entry of its

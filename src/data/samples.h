@@ -25,8 +25,6 @@ public:
 
     /// Array of `npoints` floats of one ray; indices from 0.
     float *ray(int module, int channel, int ray) const;
-    /// Distance in floats from one row to the next; rows are in the order module, channel, ray.
-    qint64 rowStride() const { return stride; }
 
 private:
     friend class Samples;

@@ -23,7 +23,7 @@
 
 // Pictures of the workbench for a machine without a display: opens the pulsar form on a
 // recording, runs each action that is built, and saves the window after each; then searches the
-// recording in the FFA form; then goes through the tutorial.
+// recording in the FFA form; then goes through the tutorial, and stacks days where there are some.
 
 namespace {
 
@@ -112,9 +112,11 @@ int main(int argc, char **argv)
     font.setPointSize(9);
     QApplication::setFont(font);
     const QStringList arguments = QApplication::arguments();
-    if (arguments.size() != 3) {
-        errors() << "Usage: zrt-demo RECORDING FOLDER\n"
-                    "Saves pictures of the forms on the recording into the folder.\n";
+    if (arguments.size() != 3 && arguments.size() != 4) {
+        errors()
+            << "Usage: zrt-demo RECORDING FOLDER [DAYS]\n"
+               "Saves pictures of the forms on the recording, and on a directory of days, into "
+               "the folder.\n";
         return 64;
     }
     if (!QFile::exists(arguments[1])) {
@@ -141,6 +143,8 @@ int main(int argc, char **argv)
         isWhole = !boxes.hasSeenBox() && pictureSearch(window, *search, folder, boxes);
     }
     isWhole = isWhole && pictureTutorial(window, arguments[1], folder, boxes);
+    if (arguments.size() == 4)
+        isWhole = isWhole && pictureDays(window, arguments[3], folder, boxes);
     if (boxes.hasSeenBox())
         return 65;
     return isWhole ? 0 : 74;

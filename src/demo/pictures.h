@@ -31,3 +31,10 @@ bool savePicture(QWidget &window, const QString &path);
 /// @return false when a form refused something or a picture cannot be written
 bool pictureTutorial(MainWindow &window, const QString &recording, const QDir &folder,
                      const BoxWatcher &boxes);
+
+/// The stack of a directory of days that `zrt-simulate --demo --days` has made, with the line of its
+/// pulsar.
+///
+/// @return as of pictureTutorial()
+bool pictureDays(MainWindow &window, const QString &days, const QDir &folder,
+                 const BoxWatcher &boxes);

@@ -2,6 +2,8 @@
 
 #include "base/numbertext.h"
 #include "base/typednumber.h"
+#include "fields/fieldstyles.h"
+#include "fields/numberbox.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -35,23 +37,20 @@ const FieldChoice *chosen(const QWidget *field, const FieldText &told)
     return nullptr;
 }
 
-std::optional<Unread> readText(QLineEdit *edit, const FieldText &told, FieldRef value)
+std::optional<Unread> readText(QWidget *field, const QString &text, FieldRef value)
 {
-    const QString text = edit->text();
-    if (edit->isReadOnly() || (told.isOptional && text.isEmpty()))
-        return std::nullopt;
     if (auto *const *number = std::get_if<double *>(&value)) {
         const std::optional<double> typed = Tools::typedNumber(text);
         **number = typed.value_or(0);
-        return typed ? std::nullopt : std::optional(Unread{edit, text, Tools::allowedNumber});
+        return typed ? std::nullopt : std::optional(Unread{field, text, Tools::allowedNumber});
     }
     if (auto *const *whole = std::get_if<int *>(&value)) {
         const std::optional<qint64> typed = Tools::typedWhole(text);
         **whole = int(std::clamp(typed.value_or(0), -farthest, farthest));
-        return typed ? std::nullopt : std::optional(Unread{edit, text, Tools::allowedWhole});
+        return typed ? std::nullopt : std::optional(Unread{field, text, Tools::allowedWhole});
     }
     if (auto *const *plain = std::get_if<QString *>(&value))
-        **plain = text;
+        **plain = text.trimmed();
     return std::nullopt;
 }
 
@@ -87,14 +86,29 @@ void choose(QWidget *field, const FieldText &told, const QString &value)
 
 } // namespace
 
+QWidget *find(const QWidget *part, const QString &name)
+{
+    return name.isEmpty() ? nullptr : part->findChild<QWidget *>(name);
+}
+
+QWidget *find(const QWidget *part, const FieldText &told)
+{
+    QWidget *const named = find(part, told.name);
+    return named ? named : find(part, told.key);
+}
+
 std::optional<Unread> read(QWidget *field, const FieldText &told, FieldRef value)
 {
     if (!told.choices.empty()) {
         const FieldChoice *const choice = chosen(field, told);
         if (auto *const *text = std::get_if<QString *>(&value); text && choice)
             **text = choice->value;
-    } else if (auto *const edit = qobject_cast<QLineEdit *>(field)) {
-        return readText(edit, told, value);
+    } else if (auto *const edit = qobject_cast<const QLineEdit *>(field)) {
+        const bool isLeft = told.isOptional && edit->text().isEmpty();
+        if (!edit->isReadOnly() && !isLeft)
+            return readText(field, edit->text(), value);
+    } else if (const auto *combo = qobject_cast<const QComboBox *>(field)) {
+        return readText(field, combo->currentText(), value);
     } else if (const auto *whole = qobject_cast<const QSpinBox *>(field)) {
         readNumber(whole->value(), value);
     } else if (const auto *number = qobject_cast<const QDoubleSpinBox *>(field)) {
@@ -115,6 +129,29 @@ void show(QWidget *field, const FieldText &told, const FieldValue &value)
         edit->setText(textOf(value));
     else if (qobject_cast<QAbstractSpinBox *>(field))
         field->setProperty("value", textOf(value).toDouble());
+}
+
+void offerChoices(QWidget *field, const FieldText &told)
+{
+    auto *const combo = qobject_cast<QComboBox *>(field);
+    if (!combo)
+        return;
+    for (const FieldChoice &choice : told.choices)
+        combo->addItem(choice.label);
+}
+
+std::vector<FieldProblem> problems(const QWidget *part, const std::vector<Unread> &unread)
+{
+    std::vector<FieldProblem> all;
+    for (const QAbstractSpinBox *box : part->findChildren<QAbstractSpinBox *>()) {
+        if (const QString problem = Fields::problemOf(box); !problem.isEmpty())
+            all.push_back({box->objectName(), problem});
+    }
+    for (const Unread &text : unread)
+        all.push_back({text.field->objectName(),
+                       QString("%1: \"%2\" is not a number. Allowed: %3.")
+                           .arg(FieldStyles::nameOf(text.field), text.text, text.allowed)});
+    return all;
 }
 
 } // namespace FieldValues

@@ -1,33 +1,22 @@
 #include "forms/recordingform.h"
 
-#include "app/shell/centralwidget.h"
 #include "app/shell/errorbox.h"
-#include "app/shell/jobprogress.h"
-#include "app/shell/lastvalues.h"
-#include "app/shell/pathlabel.h"
 #include "app/shell/progresstask.h"
-#include "app/shell/settings.h"
-#include "data/recordingsummary.h"
+#include "app/shell/statusline.h"
+#include "data/reader.h"
+#include "data/recordingfile.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
-
-#include "forms/readrecording.h"
 #include "forms/switchedchannels.h"
 
 #include <QCheckBox>
-#include <QClipboard>
-#include <QFileInfo>
-#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
-#include <QStatusBar>
 #include <algorithm>
 
 namespace {
-
-constexpr int messageMs = 15000; // that a line stays in the status bar
 
 void scrollTo(QWidget *field)
 {
@@ -44,53 +33,46 @@ QRect onScreen(const QWidget *field)
 
 } // namespace
 
-RecordingForm::RecordingForm(const QString &path, QWidget *parent)
-    : QWidget(parent), recordingPath(path)
-{}
-
-RecordingForm::~RecordingForm() = default;
+std::optional<FileForm::Refusal> RecordingForm::read(int leastPoints)
+{
+    Reader reader;
+    {
+        ProgressTask task;
+        connect(&reader, &Reader::progress, &task, &ProgressTask::show);
+        connect(&task, &ProgressTask::cancelRequested, &reader, &Reader::cancel);
+        data = Reader::readDataFile(&reader, path, false);
+    }
+    readProblem = reader.reason();
+    if (reader.outcome() == ReadOutcome::Cancelled)
+        return Refusal();
+    if (completePoints(data) < 1 || data.samples == nullptr)
+        return Refusal{"Bad file!\nFile without data", readProblem};
+    if (data.npoints < leastPoints)
+        return Refusal{"Bad file!\nFile with short data, must be long data",
+                       path + QString(" has %1 points; this form needs at least %2.")
+                                  .arg(data.npoints)
+                                  .arg(leastPoints)};
+    return std::nullopt;
+}
 
 bool RecordingForm::open(int leastPoints)
 {
-    findChild<PathLabel *>("filePath")->showFile(recordingPath);
-    emptyCentralWidget();
-    QStatusBar *const status = Settings::instance()->ui().statusbar;
-    status->clearMessage();
-    std::optional<ReadRecording> recording = readRecording(recordingPath, parentWidget());
-    const bool isShort = recording && recording->data.npoints < leastPoints;
-    if (isShort)
-        showError(parentWidget(), "Bad file!\nFile with short data, must be long data",
-                  recordingPath + QString(" has %1 points; this form needs at least %2.")
-                                      .arg(recording->data.npoints)
-                                      .arg(leastPoints));
-    if (!recording || isShort) {
-        status->showMessage(QFileInfo(recordingPath).fileName() +
-                            " is not open. Choose a command of the menus to open a recording.");
-        deleteLater();
-        return false;
-    }
-    data = std::move(recording->data);
-    readProblem = recording->problem;
-    return true;
+    return FileForm::open([&] { return read(leastPoints); });
 }
 
 void RecordingForm::install(QWidget *plot, QWidget *panel)
 {
     fieldPanel = panel;
-    fillCentralWidget(this, plot, panel);
-    findChild<QLabel *>("recording")->setText(recordingSummary(data).join('\n'));
-    showDataEnd(findChild<QLabel *>("dataEnd"), data);
-    offerSwitchedChannels(findChild<QCheckBox *>("leaveOutChannels"), recordingPath, data.channels);
+    FileForm::install(plot, panel);
+    describe(data);
+    auto *const dataEnd = findChild<QLabel *>("dataEnd");
+    dataEnd->setText(dataEndText(data));
+    dataEnd->setVisible(data.missingPoints > 0);
+    offerSwitchedChannels(findChild<QCheckBox *>("leaveOutChannels"), path, data.channels);
     connect(findChild<QPushButton *>("pushButton"), &QPushButton::clicked, this,
             &RecordingForm::run);
     connect(findChild<QPushButton *>("commandButton"), &QPushButton::clicked, this,
             &RecordingForm::copyCommand);
-    progress = std::make_unique<JobProgress>(worker, this);
-    connect(&worker, &Jobs::Worker::ended, this, [this](const Jobs::Ending &ending) {
-        if (ending.kind == Jobs::Ending::Failed)
-            showError(this, ending.problem);
-    });
-    lastValues = std::make_unique<LastValues>(this);
 }
 
 void RecordingForm::keyPressEvent(QKeyEvent *event)
@@ -105,25 +87,20 @@ void RecordingForm::copyCommand()
 {
     if (ProgressTask::isRunning())
         return;
-    const QString text = command();
-    if (text.isEmpty())
-        return;
-    QGuiApplication::clipboard()->setText(text);
-    Settings::instance()->ui().statusbar->showMessage("Copied: " + text, messageMs);
+    if (const QString text = command(); !text.isEmpty())
+        StatusLine::copyCommand(text);
 }
 
 QWidget *RecordingForm::field(const QString &name) const
 {
-    if (name.isEmpty())
-        return nullptr;
-    auto *const own = findChild<QWidget *>(name);
-    return own || !fieldPanel ? own : fieldPanel->findChild<QWidget *>(name);
+    QWidget *const own = FieldValues::find(this, name);
+    return own || !fieldPanel ? own : FieldValues::find(fieldPanel, name);
 }
 
 QWidget *RecordingForm::fieldOf(const FieldText &told) const
 {
-    QWidget *const named = field(told.name);
-    return named ? named : field(told.key);
+    QWidget *const own = FieldValues::find(this, told);
+    return own || !fieldPanel ? own : FieldValues::find(fieldPanel, told);
 }
 
 void RecordingForm::beginReading()
@@ -152,21 +129,6 @@ void RecordingForm::showField(const FieldText &told, const FieldValue &value)
 bool RecordingForm::refuseUnread()
 {
     return Fields::refuseUnread(this) || (fieldPanel && Fields::refuseUnread(fieldPanel));
-}
-
-std::vector<FieldProblem> RecordingForm::unreadProblems() const
-{
-    std::vector<FieldProblem> problems;
-    for (const QAbstractSpinBox *box : findChildren<QAbstractSpinBox *>()) {
-        if (const QString problem = Fields::problemOf(box); !problem.isEmpty())
-            problems.push_back({box->objectName(), problem});
-    }
-    for (const FieldValues::Unread &problem : unread)
-        problems.push_back(
-            {problem.field->objectName(),
-             QString("%1: \"%2\" is no number. Allowed: %3.")
-                 .arg(FieldStyles::nameOf(problem.field), problem.text, problem.allowed)});
-    return problems;
 }
 
 void RecordingForm::mark(QWidget *failing)
@@ -207,8 +169,7 @@ void RecordingForm::refuse(const std::vector<FieldProblem> &problems, const QStr
 
 QString RecordingForm::channelsOff() const
 {
-    return channelsToLeaveOut(findChild<QCheckBox *>("leaveOutChannels"), recordingPath,
-                              data.channels);
+    return channelsToLeaveOut(findChild<QCheckBox *>("leaveOutChannels"), path, data.channels);
 }
 
 bool RecordingForm::runHere(const std::function<void(const Jobs::Control &)> &work)

@@ -1,54 +1,32 @@
 #pragma once
 
-#include "calc/fieldproblem.h"
 #include "data/observationdata.h"
 #include "forms/fieldvalues.h"
-#include "jobs/worker.h"
+#include "forms/fileform.h"
 
-#include <QStringList>
-#include <QWidget>
 #include <functional>
-#include <memory>
-#include <optional>
 #include <vector>
 
-class JobProgress;
-class LastValues;
-
-/// The base of the forms on one recording: it reads the recording, moves what stands in the fields
-/// into the parameters of an analysis and back, tells problems beside the fields at fault, runs on
-/// Enter, remembers the last values and copies the command of the batch program.
+/// The base of the forms with an analysis of one recording: it reads the recording, moves what
+/// stands in the fields into the parameters of the analysis and back, tells problems beside the
+/// fields at fault, runs on Enter and copies the command of the batch program.
 ///
 /// A form brings its .ui and its analysis. The widgets are known by their object names: a field
-/// by the name or the key of its parameter in the registry, `filePath` and `dataEnd` tell what is
-/// open, `pushButton` runs, `commandButton` copies, `lastValues` brings back and `leaveOutChannels`
-/// leaves out the channels that are switched off.
-///
-/// Its constructor builds the widgets, calls open() and, where that succeeds, install().
-class RecordingForm : public QWidget {
+/// by the name or the key of its parameter in the registry, `dataEnd` tells of a file that ends
+/// early, `pushButton` runs, `commandButton` copies and `leaveOutChannels` leaves out the channels
+/// that are switched off.
+class RecordingForm : public FileForm {
     Q_OBJECT
 
-public:
-    ~RecordingForm() override;
-
 protected:
-    /// @param path    full path of a recording
-    /// @param parent  the main window
-    RecordingForm(const QString &path, QWidget *parent);
+    using FileForm::FileForm;
 
-    /// Empties the central widget and reads the recording. A file that cannot be used, or has fewer
-    /// points than this, is reported in a box; the central widget then stays empty, the status bar
-    /// says what to do next, and the form deletes itself. The same, without a box, when the user
-    /// stops the reading.
+    /// Reads the recording, which must have so many points.
     ///
     /// @return false when there is no recording
     bool open(int leastPoints = 1);
 
-    /// Shows the form in the central widget, with its plot and its panel, and begins to listen to
-    /// its buttons. The fields have their presets by then.
-    ///
-    /// @param plot   takes the room
-    /// @param panel  at the right of the plot, may have fields too; null where there is none
+    /// Shows the form and begins to listen to its buttons. The panel may have fields too.
     void install(QWidget *plot, QWidget *panel);
 
     /// What "Run" does.
@@ -81,8 +59,6 @@ protected:
     ///
     /// @return whether there were any
     bool refuseUnread();
-    /// Everything in the fields that is no number of its range, without a message.
-    std::vector<FieldProblem> unreadProblems() const;
 
     /// Marks a field as failing until the next reading; null is nothing.
     void mark(QWidget *failing);
@@ -101,20 +77,17 @@ protected:
     /// @return false after a failure
     bool runHere(const std::function<void(const Jobs::Control &)> &work);
 
-    const QString recordingPath;
     ObservationData data;
     QString readProblem; ///< of a file that ends early; else empty
     std::vector<FieldValues::Unread> unread;
-    Jobs::Worker worker; ///< for what takes longer than a blink; its progress is shown
 
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
     void copyCommand();
+    std::optional<Refusal> read(int leastPoints);
     QWidget *fieldOf(const FieldText &told) const;
 
     std::vector<QWidget *> marked;
     QWidget *fieldPanel = nullptr;
-    std::unique_ptr<LastValues> lastValues;
-    std::unique_ptr<JobProgress> progress;
 };

@@ -147,7 +147,7 @@ QPoint emptiestCorner(const PlotData &data, const CurveBlocks &blocks, const Vie
          {best, area.topLeft(), QPoint(right, low), QPoint(area.left(), low)})
         consider(corner);
     constexpr int places = 24;
-    if (sparedBelow(QRect(best, size)) > 0)
+    if (fewest > 0)
         for (int place = places - 1; place > 0; --place)
             for (const int y : {area.top(), low})
                 consider({area.left() + (right - area.left()) * place / places, y});

@@ -29,7 +29,8 @@ std::vector<int> columnsToSpare(const PlotData &data, const View &view, const Ma
 
 /// The left upper corner of a rectangle that lies in that corner of an area where it hides the
 /// fewest pixels of the visible curves; the upper right one where several are equal. Where all four
-/// hide a column that is to be spared, other places at the upper and the lower edge count as well.
+/// hide something, a curve or a column that is to be spared, other places at the upper and the lower
+/// edge count as well.
 ///
 /// @param blocks  of the data, or empty
 /// @param area    within the plot, at least of the rectangle's size

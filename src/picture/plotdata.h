@@ -45,6 +45,8 @@ struct PlotData {
     std::vector<int> markers; ///< point indices with a vertical line; any marker hides the grid
     std::vector<MarkerStyle> markerStyles; ///< one per marker; missing: a whole line, no name
 
+    std::vector<Plot::Range> leftOut; ///< indices that do not count, shaded
+
     int numPoints = 100; ///< X positions across the plot; 0: the length of the longest curve
     double yMax = 100.0;
     double yMin = 0.0;
@@ -64,7 +66,8 @@ struct PlotData {
 
     QVector<QString> names; ///< one per curve of either set, for the legend and saved data
     PlotAxis x;
-    QString yName; ///< what the curves show, "S/N"
+    bool hasAmplitudes = true; ///< of a spectrum: the curves are amplitudes, not something else
+    QString yName;             ///< what the curves show, "S/N"
     QString yUnit;
     QStringList source; ///< file, module, ray, dispersion: lines that explain saved data
 

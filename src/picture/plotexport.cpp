@@ -63,12 +63,25 @@ void drawZeroLine(QPainter &painter, const View &view, const char *colour)
                {double(marginLeft), y, std::min<double>(right, view.width - marginRight), y});
 }
 
+void drawLeftOut(QPainter &painter, const PlotData &data, const View &view)
+{
+    const double bottom = view.height - marginBottom;
+    const Rows end = markerEnds(view)[0];
+    for (const Range &part : leftOutInSight(data, view)) {
+        painter.fillRect(QRectF(QPointF(part.min, marginTop), QPointF(part.max, bottom)),
+                         QColor(leftOutColour));
+        painter.fillRect(QRectF(QPointF(part.min, end.first), QPointF(part.max, end.last + 1)),
+                         QColor(leftOutEndColour));
+    }
+}
+
 // Grid and markers, before the curves, so that these have no gaps.
-void drawVerticalLines(QPainter &painter, const PlotData &data, const View &view)
+void drawVerticalLines(QPainter &painter, const PlotData &data, const View &view,
+                       const XAxisLabels &labels)
 {
     const double bottom = view.height - marginBottom;
     painter.setPen(QColor(gridColour));
-    for (const int x : gridColumns(data, view))
+    for (const int x : gridColumns(data, labels))
         drawAcross(painter, view, {double(x), double(marginTop), double(x), bottom});
     for (std::size_t i = 0; i < data.markers.size(); ++i) {
         const double x = placeOf(view, {double(data.markers[i]), 0}).x();
@@ -309,18 +322,20 @@ void drawPlot(QPainter &painter, const PictureContent &content)
     painter.setPen(QColor("black"));
     painter.setBrush(Qt::NoBrush);
     painter.drawRect(QRectF(0.5, 0.5, view.width - 1, view.height - 1));
+    const XAxisLabels labels = xAxisOf(data, view, *painter.device());
     if (data.messageMode) {
-        paintLabels(painter, data, view);
+        paintLabels(painter, data, view, labels);
         return;
     }
-    drawVerticalLines(painter, data, view);
+    drawLeftOut(painter, data, view);
+    drawVerticalLines(painter, data, view, labels);
     if (!data.multiGraphs.empty()) {
         drawCurves(painter, data, view, data.multiGraphs, content.blocks.multiGraphs);
         drawZeroLine(painter, view, "lightGray");
     }
     drawCurves(painter, data, view, data.graphs, content.blocks.graphs);
     drawZeroLine(painter, view, "black");
-    paintLabels(painter, data, view);
+    paintLabels(painter, data, view, labels);
     paintMarks(painter, data, view, marksOf(content));
 }
 

@@ -227,6 +227,11 @@ bool isSpectrum(const PlotData &data)
     return data.x.unit == "Hz";
 }
 
+bool isAmplitudeSpectrum(const PlotData &data)
+{
+    return isSpectrum(data) && data.hasAmplitudes;
+}
+
 double peakFrequency(const PlotData &data, double index, double reach)
 {
     const auto &curves = markedCurves(data);
@@ -308,7 +313,8 @@ void fitHarmonics(Marks &marks, const PlotData &data, double frequency, int numb
     while (curve < int(curves.size()) && !isVisible(data, curve))
         ++curve;
     const double step = data.x.step;
-    if (curve == int(curves.size()) || !(step > 0) || data.x.first != 0 || !data.x.values.empty())
+    if (!isAmplitudeSpectrum(data) || curve == int(curves.size()) || !(step > 0) ||
+        data.x.first != 0 || !data.x.values.empty())
         return;
     const std::vector<float> &shown = curves[size_t(curve)];
     const std::vector<double> amplitudes(shown.begin(), shown.end());

@@ -49,12 +49,15 @@ std::optional<Cursor> nearestSample(const PlotData &data, const View &view, cons
 /// Whether X is a frequency, so that it has harmonics.
 bool isSpectrum(const PlotData &data);
 
+/// Whether Y is an amplitude besides, so that the noise around is known by its law.
+bool isAmplitudeSpectrum(const PlotData &data);
+
 /// The frequency of the highest sample of the first visible curve within `reach` points of an
 /// index: a pixel may hold many lines of a spectrum, and the pointer means the one that is seen.
 double peakFrequency(const PlotData &data, double index, double reach);
 
 /// Sets the fundamental of the harmonics: that of which the first visible curve has the strongest
-/// lines, see Tools::fitComb(), or where none stands out the frequency itself.
+/// lines, see Tools::fitComb(), or where none stands out or Y is no amplitude the frequency itself.
 ///
 /// @param frequency  of the line that is harmonic `number`
 void fitHarmonics(Marks &marks, const PlotData &data, double frequency, int number);

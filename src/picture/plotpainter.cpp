@@ -1,6 +1,5 @@
 #include "picture/plotpainter.h"
 
-#include "picture/axislabels.h"
 #include "picture/columnruns.h"
 #include "picture/plotgeometry.h"
 #include "picture/verticallines.h"
@@ -10,6 +9,7 @@
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace Plot {
 
@@ -127,13 +127,6 @@ int rowHeightOf(const QFont &font)
     return std::min(QFontMetrics(font).ascent() + 5, most);
 }
 
-XAxisLabels xAxisOf(const PlotData &data, const View &view, const QFontMetrics &metrics)
-{
-    return xAxisLabels(
-        view, data, [&](const QString &text) { return metrics.horizontalAdvance(text); },
-        rowHeightOf(labelFont(view)));
-}
-
 void paintTicks(QPainter &painter, const View &view, const std::vector<int> &ticks)
 {
     for (const int offset : ticks) {
@@ -143,14 +136,28 @@ void paintTicks(QPainter &painter, const View &view, const std::vector<int> &tic
     }
 }
 
+// Smaller than the numbers, and so small that the names of rows fit beside the plot.
+QFont nameFont(const QFont &numbers, const QStringList &rowNames)
+{
+    constexpr int smaller = 2; // pixels
+    constexpr int room = marginLeft - 6;
+    QFont font = numbers;
+    font.setPixelSize(numbers.pixelSize() - smaller);
+    const auto fits = [&] {
+        return std::all_of(rowNames.begin(), rowNames.end(), [&](const QString &name) {
+            return QFontMetrics(font).horizontalAdvance(name) <= room;
+        });
+    };
+    while (font.pixelSize() > usualFontPixels - smaller && !fits())
+        font.setPixelSize(font.pixelSize() - 1);
+    return font;
+}
+
 // Names of the axes, smaller and paler than the numbers.
 void paintNames(QPainter &painter, const PlotData &data, const View &view)
 {
-    constexpr int smaller = 2; // pixels
     const int rowHeight = rowHeightOf(painter.font());
-    QFont small = painter.font();
-    small.setPixelSize(std::min(small.pixelSize(), usualFontPixels) - smaller);
-    painter.setFont(small);
+    painter.setFont(nameFont(painter.font(), data.rowNames));
     painter.setPen(nameColour);
     const QFontMetrics metrics = painter.fontMetrics();
     for (Label &name : axisNames(
@@ -234,10 +241,11 @@ void paintPlot(const PlotData &data, const Zoom &zoom, const CurveBlocks &blocks
         return;
     const View view = viewOf(data, picture.size(), zoom);
     paintCurves(data, view, blocks, picture);
+    const XAxisLabels x = xAxisOf(data, view, picture);
     QPainter painter(&picture);
-    paintLabels(painter, data, view);
+    paintLabels(painter, data, view, x);
     painter.end();
-    paintGrid(picture, data, view);
+    paintGrid(picture, data, view, x);
 }
 
 void paintCurves(const PlotData &data, const View &view, const CurveBlocks &blocks, QImage &picture)
@@ -279,9 +287,21 @@ void paintCurves(const PlotData &data, const View &view, const CurveBlocks &bloc
 
     painter.end();
     paintMarkers(picture, data, view);
+    paintLeftOut(picture, data, view);
 }
 
-void paintLabels(QPainter &painter, const PlotData &data, const View &view)
+XAxisLabels xAxisOf(const PlotData &data, const View &view, const QPaintDevice &device)
+{
+    if (data.messageMode)
+        return {};
+    const QFont font = labelFont(view);
+    const QFontMetrics metrics(font, &device);
+    return xAxisLabels(
+        view, data, [&](const QString &text) { return metrics.horizontalAdvance(text); },
+        rowHeightOf(font));
+}
+
+void paintLabels(QPainter &painter, const PlotData &data, const View &view, const XAxisLabels &x)
 {
     painter.setPen(QColor("black"));
     if (data.messageMode) {
@@ -296,7 +316,6 @@ void paintLabels(QPainter &painter, const PlotData &data, const View &view)
     });
     for (const Label &label : y.labels)
         paintLabel(painter, label);
-    const XAxisLabels x = xAxisOf(data, view, metrics);
     paintTicks(painter, view, x.ticks);
     for (const Label &label : x.labels)
         paintLabel(painter, label);
@@ -313,7 +332,7 @@ void paintXAxis(QPainter &painter, const PlotData &data, const View &view, int b
 {
     painter.setPen(QColor("black"));
     painter.setFont(labelFont(view));
-    const XAxisLabels x = xAxisOf(data, view, painter.fontMetrics());
+    const XAxisLabels x = xAxisOf(data, view, *painter.device());
     for (const int offset : x.ticks)
         painter.drawLine(marginLeft + offset, bottom, marginLeft + offset, bottom + tickLength);
     for (const Label &label : x.labels)
@@ -323,21 +342,47 @@ void paintXAxis(QPainter &painter, const PlotData &data, const View &view, int b
     paintNames(painter, rows, view);
 }
 
-std::vector<int> gridColumns(const PlotData &data, const View &view)
+std::vector<Range> leftOutInSight(const PlotData &data, const View &view)
 {
-    if (data.messageMode || !data.markers.empty())
+    constexpr double least = 3; // pixels
+    std::vector<Range> shown;
+    const double last = view.width - marginRight;
+    for (const Range &part : data.leftOut) {
+        double from = placeOf(view, {part.min, 0}).x();
+        double to = placeOf(view, {part.max, 0}).x();
+        const double missing = std::max(0.0, least - (to - from));
+        from -= missing / 2;
+        to += missing / 2;
+        if (to > marginLeft && from < last)
+            shown.push_back({std::max<double>(from, marginLeft), std::min(to, last)});
+    }
+    return shown;
+}
+
+void paintLeftOut(QImage &picture, const PlotData &data, const View &view)
+{
+    const Rows rows = {marginTop, view.height - marginBottom - 1};
+    for (const Range &part : leftOutInSight(data, view)) {
+        std::vector<int> columns(std::size_t(part.max) - std::size_t(part.min));
+        std::iota(columns.begin(), columns.end(), int(part.min));
+        paintBehind(picture, columns, rows, leftOutColour);
+        paintBehind(picture, columns, markerEnds(view)[0], leftOutEndColour);
+    }
+}
+
+std::vector<int> gridColumns(const PlotData &data, const XAxisLabels &x)
+{
+    if (!data.markers.empty())
         return {};
-    std::vector<int> columns = xAxisOf(data, view, QFontMetrics(labelFont(view))).grid;
+    std::vector<int> columns = x.grid;
     for (int &column : columns)
         column += marginLeft;
     return columns;
 }
 
-void paintGrid(QImage &picture, const PlotData &data, const View &view)
+void paintGrid(QImage &picture, const PlotData &data, const View &view, const XAxisLabels &x)
 {
-    const Rows rows = {marginTop, view.height - marginBottom};
-    for (const int column : gridColumns(data, view))
-        paintBehind(picture, column, rows, gridColour, {});
+    paintBehind(picture, gridColumns(data, x), {marginTop, view.height - marginBottom}, gridColour);
 }
 
 void paintMarkers(QImage &picture, const PlotData &data, const View &view)

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "picture/axislabels.h"
 #include "picture/blockextremes.h"
 #include "picture/plotgeometry.h"
 
 #include <QFont>
 #include <QImage>
 
+class QPaintDevice;
 class QPainter;
 
 /// Paints a plot onto a picture, without a widget. The functions below do so layer by layer;
@@ -31,10 +33,17 @@ void paintPlot(const PlotData &data, const Zoom &zoom, const CurveBlocks &blocks
 void paintCurves(const PlotData &data, const View &view, const CurveBlocks &blocks,
                  QImage &picture);
 
+/// The rows of texts along X in the font of a plot, which the texts and the grid share; nothing
+/// where there is a message.
+///
+/// @param device  that they are painted on
+XAxisLabels xAxisOf(const PlotData &data, const View &view, const QPaintDevice &device);
+
 /// Texts of both axes with their ticks and names; or the message.
 ///
 /// @param view  in the painter's units
-void paintLabels(QPainter &painter, const PlotData &data, const View &view);
+/// @param x     of the data, see xAxisOf()
+void paintLabels(QPainter &painter, const PlotData &data, const View &view, const XAxisLabels &x);
 
 /// The samples themselves on the lines between them, in a view zoomed in so far that they stand
 /// apart; otherwise nothing.
@@ -45,11 +54,18 @@ void paintSamples(QPainter &painter, const View &view, const std::vector<float> 
 /// @param bottom  of that picture, where the ticks begin
 void paintXAxis(QPainter &painter, const PlotData &data, const View &view, int bottom);
 
+/// Where what is left out stands in a view, pixels: at least three wide, none that is out of sight.
+std::vector<Range> leftOutInSight(const PlotData &data, const View &view);
+
+/// Shades what is left out, wherever painted curves leave the ground free, with ends above the
+/// plot.
+void paintLeftOut(QImage &picture, const PlotData &data, const View &view);
+
 /// Columns of the grid's lines; none where there are markers.
-std::vector<int> gridColumns(const PlotData &data, const View &view);
+std::vector<int> gridColumns(const PlotData &data, const XAxisLabels &x);
 
 /// The grid, wherever a painted plot is lighter than it.
-void paintGrid(QImage &picture, const PlotData &data, const View &view);
+void paintGrid(QImage &picture, const PlotData &data, const View &view, const XAxisLabels &x);
 
 /// The markers, wherever painted curves leave the ground free, with ends beyond the plot.
 void paintMarkers(QImage &picture, const PlotData &data, const View &view);

@@ -1,6 +1,7 @@
 #include "picture/rowpicture.h"
 
 #include "picture/colourmap.h"
+#include "picture/ticks.h"
 
 #include <QImage>
 #include <QPainter>
@@ -49,28 +50,11 @@ void drawRowNames(QPainter &painter, const RowPicture &picture, const QRect &are
     }
 }
 
-// 1, 2 or 5 times a power of ten: the least that keeps labels apart.
-double tickStep(double range, int mostTicks)
-{
-    const double least = range / std::max(1, mostTicks);
-    if (!(least > 0) || !std::isfinite(least))
-        return 0;
-    const double power = std::pow(10, std::floor(std::log10(least)));
-    for (const double factor : {1.0, 2.0, 5.0}) {
-        if (factor * power >= least)
-            return factor * power;
-    }
-    return 10 * power;
-}
-
 void drawAxis(QPainter &painter, const RowPicture &picture, const QRect &area)
 {
     const double range = picture.lastX - picture.firstX;
-    const double step = tickStep(range, area.width() / labelEvery);
-    const int first = step > 0 ? int(std::ceil(picture.firstX / step)) : 1;
-    const int last = step > 0 ? int(std::floor(picture.lastX / step)) : 0;
-    for (int tick = first; tick <= last; ++tick) {
-        const double value = tick * step;
+    const double leastStep = range / std::max(1, area.width() / labelEvery);
+    for (const double value : roundTicks(picture.firstX, picture.lastX, leastStep).values) {
         const int x = area.left() + int((value - picture.firstX) / range * area.width());
         painter.drawLine(x, area.bottom() + 1, x, area.bottom() + 5);
         painter.drawText(QRect(x - labelEvery / 2, area.bottom() + 6, labelEvery, labelHeight),

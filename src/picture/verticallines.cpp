@@ -1,6 +1,7 @@
 #include "picture/verticallines.h"
 
 #include <algorithm>
+#include <iterator>
 #include <numeric>
 
 namespace Plot {
@@ -38,6 +39,24 @@ void paintBehind(QImage &picture, int column, const Rows &rows, QRgb colour,
     for (int row = first; row <= last; ++row, pixel += stride)
         if (qGray(*pixel) > least && isDrawn(row - rows.first, dashes, period))
             *pixel = colour;
+}
+
+// Row by row, for that meets the memory in its own order.
+void paintBehind(QImage &picture, const std::vector<int> &columns, const Rows &rows, QRgb colour)
+{
+    std::vector<int> inside;
+    std::copy_if(columns.begin(), columns.end(), std::back_inserter(inside),
+                 [&](int column) { return column >= 0 && column < picture.width(); });
+    const int least = std::max(groundLightness, qGray(colour));
+    const int last = std::min(rows.last, picture.height() - 1);
+    const qsizetype stride = picture.bytesPerLine() / qsizetype(sizeof(QRgb));
+    auto *const pixels = reinterpret_cast<QRgb *>(picture.bits());
+    for (int row = std::max(rows.first, 0); row <= last; ++row) {
+        QRgb *const line = pixels + row * stride;
+        for (const int column : inside)
+            if (qGray(line[column]) > least)
+                line[column] = colour;
+    }
 }
 
 std::array<Rows, 2> markerEnds(const View &view)

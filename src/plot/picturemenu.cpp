@@ -40,6 +40,10 @@ bool PictureMenu::eventFilter(QObject *watched, QEvent *event)
     QMenu menu(picture);
     menu.addAction("Copy picture", this, &PictureMenu::copyPicture);
     menu.addAction("Save picture...", this, &PictureMenu::askAndSavePicture);
+    if (!picture->actions().isEmpty()) {
+        menu.addSeparator();
+        menu.addActions(picture->actions());
+    }
     menu.exec(static_cast<QContextMenuEvent *>(event)->globalPos());
     return true;
 }

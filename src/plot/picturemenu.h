@@ -9,7 +9,8 @@ class QPainter;
 class QWidget;
 
 /// The right mouse button's commands of a widget that paints itself: copy what it shows, or save
-/// it as PNG, SVG or PDF, as PulsarGrafik offers them for a plot. The widget owns the menu.
+/// it as PNG, SVG or PDF, as PulsarGrafik offers them for a plot; the widget's own actions follow.
+/// The widget owns the menu.
 class PictureMenu : public QObject {
     Q_OBJECT
 

@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr int widestName = 220; // pixels
+constexpr int widestName = 36; // characters of mean width
 constexpr double mostOfHeight = 0.6;
 constexpr double fontPart = 0.85; // of the application's font, for it hides curves
 
@@ -98,7 +98,10 @@ void PlotLegend::addLine(int curve, const QString &name, const QColor &colour, b
 {
     auto *const box = new QCheckBox(lines);
     box->setPalette(style()->standardPalette()); // light as its paper, on dark desktops too
-    box->setText(box->fontMetrics().elidedText(name, Qt::ElideMiddle, widestName));
+    box->ensurePolished();                       // its font is that of the style sheet
+    const QFontMetrics metrics = box->fontMetrics();
+    box->setText(
+        metrics.elidedText(name, Qt::ElideMiddle, widestName * metrics.averageCharWidth()));
     box->setToolTip(name);
     box->setIcon(lineOf(colour, devicePixelRatioF()));
     box->setIconSize({16, 12});

@@ -51,7 +51,7 @@ void PulsarGrafik::prepareSpectrum()
 {
     given.reset();
     const bool isSpectrum = !plotData.messageMode && Plot::isSpectrum(plotData);
-    if (isSpectrum && wantsWhitening) {
+    if (wantsWhitening && isSpectrum && Plot::isAmplitudeSpectrum(plotData)) {
         PlotData whitened = Plot::whitened(plotData);
         given = std::exchange(plotData, std::move(whitened));
     }
@@ -197,8 +197,12 @@ void PulsarGrafik::toggleCurve(int curve, bool visible)
 {
     const QString name = plotData.names.value(curve);
     legend->remember(name, visible);
-    plotData.visible.resize(std::max(plotData.visible.size(), size_t(curve) + 1), true);
-    plotData.visible[size_t(curve)] = visible;
+    for (PlotData *const data : {&plotData, given ? &*given : nullptr}) {
+        if (!data)
+            continue;
+        data->visible.resize(std::max(data->visible.size(), size_t(curve) + 1), true);
+        data->visible[size_t(curve)] = visible;
+    }
     repaintPlot();
     emit curveToggled(name, visible);
 }
@@ -218,21 +222,22 @@ void PulsarGrafik::renewPicture()
     if (picture.size() != size() * ratio)
         picture = QImage(size() * ratio, QImage::Format_RGB32);
     const Plot::View shown = view();
+    const Plot::XAxisLabels x = Plot::xAxisOf(plotData, shown, picture);
     if (ratio == 1) {
         Plot::paintCurves(plotData, shown, blocks, picture);
         QPainter painter(&picture);
-        Plot::paintLabels(painter, plotData, shown);
+        Plot::paintLabels(painter, plotData, shown, x);
         painter.end();
-        Plot::paintGrid(picture, plotData, shown);
+        Plot::paintGrid(picture, plotData, shown, x);
         return;
     }
     QImage curves(size(), QImage::Format_RGB32);
     Plot::paintCurves(plotData, shown, blocks, curves);
-    Plot::paintGrid(curves, plotData, shown);
+    Plot::paintGrid(curves, plotData, shown, x);
     picture.setDevicePixelRatio(ratio);
     QPainter painter(&picture);
     painter.drawImage(rect(), curves);
-    Plot::paintLabels(painter, plotData, shown);
+    Plot::paintLabels(painter, plotData, shown, x);
 }
 
 void PulsarGrafik::placeLegend()

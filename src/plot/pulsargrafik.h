@@ -26,9 +26,9 @@ class PlotLegend;
 /// spectrum H shows the harmonics of the line there (a digit after it says which harmonic the line
 /// is), L makes Y logarithmic and W shows powers over the noise around; Left and Right move the
 /// read-out from sample to sample, Esc removes the marks. The right button offers pictures and
-/// samples. Named curves are listed in a legend that shows and hides them. A form that follows the
-/// part in sight connects viewChanged() and reads visibleRange(); one that steers it calls
-/// setVisibleX().
+/// samples, and the actions that a form has added to the plot. Named curves are listed in a legend
+/// that shows and hides them. A form that follows the part in sight connects viewChanged() and
+/// reads visibleRange(); one that steers it calls setVisibleX().
 class PulsarGrafik : public QWidget {
     Q_OBJECT
 

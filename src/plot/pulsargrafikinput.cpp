@@ -213,8 +213,10 @@ bool PulsarGrafik::markByKey(int key)
         return Plot::isSpectrum(plotData);
     case Qt::Key_W:
     case cyrillicKeyW:
+        if (!Plot::isAmplitudeSpectrum(plotData))
+            return false;
         setWhitened(!wantsWhitening);
-        return Plot::isSpectrum(plotData);
+        return true;
     case Qt::Key_Escape:
         return removeMarks();
     default:
@@ -280,7 +282,7 @@ void PulsarGrafik::toggleHarmonics()
 // Marks the harmonics of which the line that was pointed at is that of this number.
 void PulsarGrafik::fitHarmonics(int number)
 {
-    Plot::fitHarmonics(marks, plotData, harmonicFrequency, number);
+    Plot::fitHarmonics(marks, data(), harmonicFrequency, number);
     keepLegendClear();
     update();
     emit fundamentalChanged();

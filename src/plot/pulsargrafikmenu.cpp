@@ -35,19 +35,26 @@ void PulsarGrafik::contextMenuEvent(QContextMenuEvent *event)
     add(selectedRange() ? "Save selected data..." : "Save visible data...",
         &PulsarGrafik::askAndSaveSamples, hasCurves);
     menu.addSeparator();
-    const auto addSwitch = [&](const QString &text, void (PulsarGrafik::*slot)(bool), bool isOn) {
+    const auto addSwitch = [&](const QString &text, void (PulsarGrafik::*slot)(bool), bool isOn,
+                               bool enabled) {
         QAction *const action = menu.addAction(text, this, slot);
         action->setCheckable(true);
         action->setChecked(isOn);
-        action->setEnabled(hasCurves && Plot::isSpectrum(plotData));
+        action->setEnabled(hasCurves && enabled);
     };
-    addSwitch("Logarithmic scale\tL", &PulsarGrafik::setLogarithmic, wantsLogarithm);
-    addSwitch("Powers over the noise around\tW", &PulsarGrafik::setWhitened, wantsWhitening);
+    addSwitch("Logarithmic scale\tL", &PulsarGrafik::setLogarithmic, wantsLogarithm,
+              Plot::isSpectrum(plotData));
+    addSwitch("Powers over the noise around\tW", &PulsarGrafik::setWhitened, wantsWhitening,
+              Plot::isAmplitudeSpectrum(plotData));
     menu.addSeparator();
     add("Zoom to rectangle\tEnter", &PulsarGrafik::zoomToSelection,
         hasCurves && selectedRange().has_value());
     add("Previous view\tBackspace", &PulsarGrafik::showPrevious, hasCurves && !history.isEmpty());
     add("Show all\tHome", &PulsarGrafik::showAll, isZoomed() || hasMoreX());
+    if (!actions().isEmpty()) {
+        menu.addSeparator();
+        menu.addActions(actions());
+    }
     menu.exec(event->globalPos());
 }
 

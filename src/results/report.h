@@ -25,7 +25,7 @@ struct ReportTable {
 class Report {
 public:
     Report() = default;
-    /// Of one line.
+    /// A report of one line.
     explicit Report(const QString &line) { addLine(line); }
 
     void addHeading(const QString &text);

@@ -14,7 +14,8 @@ private slots:
     void lines_data();
     void lines();
     void file();
-    void covers();
+    void takesOut();
+    void ends();
 };
 
 void TestInterference::lines_data()
@@ -72,7 +73,23 @@ void TestInterference::file()
     QVERIFY(bool(writeInterference(folder.filePath("bad.txt/list.txt"), entries)));
 }
 
-void TestInterference::covers()
+void TestInterference::takesOut()
+{
+    const std::vector<Interference> all = {{10, false, 0.5, 3, ""}, {0.25, true, 0, 1, ""}};
+    const auto leftAfter = [&all](double frequency, double tolerance) {
+        std::vector<Interference> entries = all;
+        const auto taken = takeOutInterference(entries, frequency, tolerance);
+        return taken.size() + entries.size() == all.size() ? entries : std::vector<Interference>();
+    };
+    for (const double inside : {9.5, 10.5, 19.0, 31.5})
+        QVERIFY(leftAfter(inside, 1e-9) == std::vector<Interference>{all[1]});
+    QVERIFY(leftAfter(4, 1e-9) == std::vector<Interference>{all[0]});
+    for (const double outside : {9.4, 10.6, 18.9, 31.6, 40.0, 8.0})
+        QVERIFY(leftAfter(outside, 1e-9) == all);
+    QVERIFY(leftAfter(9.4, 0.2) == std::vector<Interference>{all[1]});
+}
+
+void TestInterference::ends()
 {
     const Interference line = {10, false, 0.5, 3, ""};
     QCOMPARE(line.from(3), 28.5);

@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QProcess>
 #include <QTemporaryDir>
 
 class TestCommandLine : public QObject {
@@ -12,6 +13,8 @@ class TestCommandLine : public QObject {
 
 private slots:
     void arguments();
+    void withoutDisplay_data();
+    void withoutDisplay();
     void helpOnForms();
     void viewers();
 };
@@ -27,6 +30,38 @@ void TestCommandLine::arguments()
     for (const char *told : {"2.0.0, 2025.11.22", "/zrt/ZRT-Analytics-2_visual.conf", "Caches: "})
         QVERIFY2(version.contains(told), qPrintable(version));
     QVERIFY(readCommandLine({"zrt", "--wrong"}).error.contains("wrong"));
+    const CommandLine ours =
+        readCommandLine({"zrt", "-style", "fusion", "--platform=xcb", "-reverse", "/a.pnt"});
+    QCOMPARE(ours.error, QString());
+    QCOMPARE(ours.paths, QStringList("/a.pnt"));
+    QCOMPARE(readCommandLine({"zrt", "--", "-style"}).paths,
+             QStringList(QDir::currentPath() + "/-style"));
+}
+
+// What prints and ends does so where there is no display.
+void TestCommandLine::withoutDisplay_data()
+{
+    QTest::addColumn<QString>("option");
+    QTest::addColumn<int>("exitCode");
+    QTest::newRow("help") << "--help" << 0;
+    QTest::newRow("version") << "--version" << 0;
+    QTest::newRow("wrong option") << "--wrong" << 64;
+}
+
+void TestCommandLine::withoutDisplay()
+{
+    QFETCH(QString, option);
+    QProcess program;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char *display : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        environment.remove(display);
+    program.setProcessEnvironment(environment);
+    program.start(ZRT_ANALYTICS, {option});
+    QVERIFY(program.waitForFinished());
+    QTEST(program.exitCode(), "exitCode");
+    const QString printed =
+        QString::fromUtf8(program.readAllStandardOutput() + program.readAllStandardError());
+    QVERIFY2(printed.contains("zrt-analytics-2", Qt::CaseInsensitive), qPrintable(printed));
 }
 
 void TestCommandLine::helpOnForms()

@@ -35,6 +35,8 @@ private slots:
     void lineGoes();
     void restStays();
     void shortAndOverlapping();
+    void stops();
+    void promisesMemory();
 };
 
 // A strong line goes and a sine beside it stays, near 0, in the middle and near half of the rate.
@@ -84,6 +86,26 @@ void TestNotch::shortAndOverlapping()
     QVERIFY(std::abs(shares[0] + shares[1] - 1) < 1e-3);
     for (const double value : series)
         QVERIFY(std::abs(value - 1000) < 0.3);
+}
+
+// A long series goes in pieces, each of many steps: none of them goes on once it may not.
+void TestNotch::stops()
+{
+    Series series = noise(900000, 7, 1);
+    int asked = 0;
+    Tools::notch(series, tsamp, {{49.9, 50.1}}, [&asked] { return ++asked < 6; });
+    QVERIFY(asked >= 6 && asked <= 8);
+}
+
+// The memory grows with the length of a piece, beyond that by the series alone.
+void TestNotch::promisesMemory()
+{
+    const std::vector<Tools::NotchBand> bands = {{49.9, 50.1}};
+    QCOMPARE(Tools::notchBytes(1000000, tsamp, {}), 0.0);
+    const double ofMillion = Tools::notchBytes(1000000, tsamp, bands);
+    QVERIFY(ofMillion < 1e8);
+    QCOMPARE(Tools::notchBytes(1 << 24, tsamp, bands) - ofMillion,
+             double(sizeof(double)) * ((1 << 24) - 1000000));
 }
 
 ZRT_UNIT_TEST_MAIN(TestNotch)

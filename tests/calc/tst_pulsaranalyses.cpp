@@ -1,5 +1,5 @@
+#include "calc/problems.h"
 #include "calc/pulsar/bandsum.h"
-#include "calc/pulsar/problems.h"
 #include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/pulsarcommand.h"
 #include "calc/pulsar/runanalysis.h"

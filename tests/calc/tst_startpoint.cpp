@@ -20,7 +20,7 @@ void TestStartPoint::startByUtc()
     ObservationData data;
     data.npoints = 50000;
     data.tresolution = 0.0124928;
-    QVERIFY(pointAtUtc(data, "12:00:00").error.contains("no begin time"));
+    QVERIFY(pointAtUtc(data, "12:00:00").problem.text.contains("no begin time"));
     data.beginTime = QDateTime(QDate(2015, 4, 1), QTime(23, 55), Qt::UTC);
     const char *const allowed = "Allowed: 23:55:00.000 to 00:05:24.627";
     for (const auto &[time, point, error] : {std::tuple("23:55:00", 0, ""),
@@ -33,8 +33,8 @@ void TestStartPoint::startByUtc()
                                              {"24:00:00", 0, "hh:mm:ss"}}) {
         const StartPoint start = pointAtUtc(data, time);
         QCOMPARE(start.point, point);
-        QCOMPARE(start.error.isEmpty(), QString(error).isEmpty());
-        QVERIFY2(start.error.contains(error), qPrintable(start.error));
+        QCOMPARE(start.problem.text.isEmpty(), QString(error).isEmpty());
+        QVERIFY2(start.problem.text.contains(error), qPrintable(start.problem.text));
     }
 }
 

@@ -17,7 +17,6 @@
 #include <QProgressBar>
 #include <QSpinBox>
 #include <QTableView>
-#include <QTableWidget>
 #include <QTimer>
 #include <cmath>
 
@@ -40,9 +39,9 @@ private:
     QStringList statisticsColumn(int column) const
     {
         QStringList texts;
-        const auto *table = find<QTableWidget>("table");
+        const QAbstractItemModel *const table = find<QTableView>("table")->model();
         for (int row = 0; column < table->columnCount() && row < table->rowCount(); ++row)
-            texts << table->item(row, column)->text();
+            texts << table->index(row, column).data().toString();
         return texts;
     }
 };

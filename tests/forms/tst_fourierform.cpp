@@ -22,6 +22,7 @@
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
@@ -68,6 +69,8 @@ private slots:
     void isWhatTheBatchProgramMakes();
     void switchesDaysWithoutReading();
     void leavesOutALine();
+    void leavesOutInThePictures_data();
+    void leavesOutInThePictures();
     void tellsWhatDoesNotFit();
     void refusesDirectories_data();
     void refusesDirectories();
@@ -195,12 +198,12 @@ void TestFourierForm::switchesDaysWithoutReading()
     QVERIFY(find<PulsarGrafik>("grafik")->fundamental().has_value());
     double sum = 0;
     for (int day = 0; day < dayCount; ++day)
-        sum += days()->rows()[std::size_t(day)].power;
+        sum += days()->dayRows()[std::size_t(day)].power;
     QVERIFY2(sum > 2 * dayCount, "the powers of the days are not those of the line");
     // The series are kept beside the days, so that nothing is left of them either.
     find<QPushButton>("pushButton")->click();
-    QTRY_VERIFY_WITH_TIMEOUT(!days()->rows()[0].canCount, waitMs);
-    QVERIFY(!days()->rows()[0].reason.isEmpty());
+    QTRY_VERIFY_WITH_TIMEOUT(!days()->dayRows()[0].canCount, waitMs);
+    QVERIFY(!days()->dayRows()[0].reason.isEmpty());
 }
 
 void TestFourierForm::leavesOutALine()
@@ -216,6 +219,63 @@ void TestFourierForm::leavesOutALine()
     QCOMPARE(Days::readInterference(Days::interferencePath()).entries.size(), std::size_t(1));
 }
 
+void TestFourierForm::leavesOutInThePictures_data()
+{
+    QTest::addColumn<QString>("picture");
+    QTest::addColumn<bool>("byKey");
+    QTest::newRow("click in the stack") << "grafik" << false;
+    QTest::newRow("click on a day") << "dayPicture" << false;
+    QTest::newRow("key over the stack") << "grafik" << true;
+}
+
+// The strongest line, and back again at the same place.
+void TestFourierForm::leavesOutInThePictures()
+{
+    QFETCH(QString, picture);
+    QFETCH(bool, byKey);
+    open(path("days"));
+    compute();
+    auto *const grafik = find<PulsarGrafik>("grafik");
+    auto *const shown = find<QWidget>(qPrintable(picture));
+    const double bin = std::round(lines()[0].bin);
+    grafik->setVisibleX(bin - 20, 40);
+    const QPoint place(Plot::marginLeft +
+                           (shown->width() - Plot::marginLeft - Plot::marginRight) / 2,
+                       shown->height() / 2);
+    const auto toggle = [&] {
+        if (byKey) {
+            QMouseEvent move(QEvent::MouseMove, place, Qt::NoButton, Qt::NoButton, {});
+            QApplication::sendEvent(shown, &move);
+            QTest::keyClick(grafik, Qt::Key_X);
+        } else {
+            QTest::mouseClick(shown, Qt::LeftButton, Qt::ControlModifier, place);
+        }
+    };
+    const QImage before = shown->grab().toImage();
+    const double frequency = lines()[0].telescope;
+    const int harmonics = lines()[0].harmonics;
+    const auto isListed = [&] {
+        return std::any_of(lines().begin(), lines().end(), [&](const Days::FourierLine &line) {
+            return std::abs(line.telescope - frequency) < 0.001;
+        });
+    };
+    toggle();
+    QTRY_VERIFY_WITH_TIMEOUT(!isListed(), waitMs);
+    const auto entries = Days::readInterference(Days::interferencePath()).entries;
+    QCOMPARE(entries.size(), std::size_t(1));
+    QVERIFY(std::abs(entries[0].value - frequency) < 0.01);
+    QCOMPARE(entries[0].harmonics, harmonics);
+    QCOMPARE(grafik->data().leftOut.size(), std::size_t(harmonics));
+    QVERIFY(grafik->data().leftOut[0].min < bin && grafik->data().leftOut[0].max > bin);
+    QVERIFY(!grafik->selectedRange());
+    QVERIFY(shown->grab().toImage() != before);
+
+    toggle();
+    QTRY_VERIFY_WITH_TIMEOUT(isListed(), waitMs);
+    QVERIFY(Days::readInterference(Days::interferencePath()).entries.empty());
+    QVERIFY(grafik->data().leftOut.empty());
+}
+
 void TestFourierForm::tellsWhatDoesNotFit()
 {
     const QString directory = makeDays("mixed");
@@ -226,7 +286,7 @@ void TestFourierForm::tellsWhatDoesNotFit()
     open(directory);
     compute();
     QStringList told;
-    for (const DayRow &row : days()->rows()) {
+    for (const DayRow &row : days()->dayRows()) {
         if (!row.canCount)
             told << row.name + "|" + row.reason;
     }

@@ -233,7 +233,7 @@ void TestPulsarForm::presetsSuitTheRecording()
     QCOMPARE(find<QSpinBox>("ray")->value(), 1);
     QCOMPARE(find<QLineEdit>("firstPoint")->text(), QString("0"));
     QCOMPARE(find<QLineEdit>("zrtUtc")->text(), QString("12:00:00"));
-    for (const char *said : {"ray 1, ", "first point 0, ", "ZRT UTC 12:00:00, "})
+    for (const char *said : {"ray 1: ", "first point 0: ", "ZRT UTC 12:00:00: "})
         QVERIFY2(report().contains(said), qPrintable(report()));
     QCOMPARE(find<QLabel>("recording")->text(),
              QString("40000 points of 12.4928 ms, 499.712 s\n2015-04-01 12:00:00.000 UTC\n"

@@ -76,9 +76,10 @@ inline void paintStraight(const PlotData &data, const Plot::Zoom &zoom, const QR
             painter.drawLine(Plot::xPixel(view, 0), zero, last, zero);
     }
     painter.setClipping(false);
-    Plot::paintLabels(painter, data, view);
+    const Plot::XAxisLabels labels = Plot::xAxisOf(data, view, picture);
+    Plot::paintLabels(painter, data, view, labels);
     painter.end();
-    for (const int x : Plot::gridColumns(data, view))
+    for (const int x : Plot::gridColumns(data, labels))
         for (int y = Plot::marginTop; y <= view.height - Plot::marginBottom; ++y)
             if (picture.valid(x, y) && qGray(picture.pixel(x, y)) > 238)
                 picture.setPixel(x, y, qRgb(238, 238, 238));

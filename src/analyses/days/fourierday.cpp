@@ -2,6 +2,7 @@
 
 #include "analyses/days/fourierdays.h"
 #include "calc/approximation.h"
+#include "calc/baseline.h"
 #include "calc/fourier.h"
 #include "calc/mainshum.h"
 #include "calc/pulsar/bandsum.h"
@@ -31,7 +32,7 @@ bool removeBaseline(std::vector<double> &series, const std::vector<float> &backS
         noise == "backSum" ? std::vector<double>(backSum.begin(), backSum.end()) : series;
     std::vector<double> baseline(series.size());
     if (drawnThrough.size() != series.size() ||
-        !Pulsar::channelBaseline(noise, drawnThrough, baseline.data()))
+        !Tools::findBaseline(noise, drawnThrough.data(), baseline.data(), int(series.size())))
         return false;
     Pulsar::removeBaseline(false, baseline, series);
     return true;

@@ -62,21 +62,10 @@ std::vector<FourierDaysField> placeFields()
 
 std::vector<FourierDaysField> spectrumFields()
 {
-    FourierDaysField noise =
-        field({"groupBox_method", "--noise", "METHOD",
-               "Base line that is taken off: polinom5, median, backSum or without.", "noise"},
-              refOf<&P::noise>);
-    noise.choices = pulsarField("--noise").choices;
     return {
-        noise,
-        field({"withNormalization", "--normalise", "",
-               "Divide by the standard deviation once the base line is off.", "normalise"},
-              refOf<&P::normalise>),
-        field(
-            ranged({"averageCount", "--average", "N",
-                    "Times that neighbouring pairs are averaged before the transform.", "average"},
-                   0, 8),
-            refOf<&P::averageCount>),
+        field(pulsarField("--noise"), refOf<&P::noise>),
+        field(pulsarField("--normalise"), refOf<&P::normalise>),
+        field(pulsarField("--average"), refOf<&P::averageCount>),
         field(ranged({"window", "--window", "BINS",
                       "Bins, an odd number, whose median is the noise around a line.", "window"},
                      129, 513),

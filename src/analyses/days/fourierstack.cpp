@@ -229,6 +229,7 @@ private:
             if (days.leftOut[bin])
                 fine[i] = shape * days.level[bin];
         }
+        result.leftOut = days.leftOut;
         const auto count = std::count(days.leftOut.begin(), days.leftOut.end(), true);
         if (count > 0)
             result.remarks

@@ -83,6 +83,7 @@ struct FourierStack {
     double ratio = 1;               ///< mean of the days, telescope over barycentre
     std::vector<float> powers;      ///< mean per bin in units of the noise around it
     std::vector<float> sigma;       ///< the same, one trial
+    std::vector<bool> leftOut;      ///< per bin: interference, counts as noise without scatter
     std::vector<FourierLine> lines; ///< strongest first, those of a few days behind the others
     int days = 0;                   ///< chosen
     int allDays = 0;

@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QStandardPaths>
+#include <algorithm>
 
 namespace Days {
 
@@ -15,6 +16,16 @@ namespace {
 
 constexpr qint64 largestFile = 1 << 20; // bytes
 constexpr int mostHarmonics = 1000;
+
+bool holds(const Interference &entry, double frequency, double tolerance)
+{
+    for (int harmonic = 1; harmonic <= entry.harmonics; ++harmonic) {
+        if (frequency >= entry.from(harmonic) - tolerance &&
+            frequency <= entry.to(harmonic) + tolerance)
+            return true;
+    }
+    return false;
+}
 
 // The entry of one line; nothing but a problem where it is none.
 InterferenceList parseLine(const QString &line)
@@ -109,6 +120,18 @@ QString interferencePath()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
            "/zrt/interference.txt";
+}
+
+std::vector<Interference> takeOutInterference(std::vector<Interference> &entries, double frequency,
+                                              double tolerance)
+{
+    const auto kept =
+        std::stable_partition(entries.begin(), entries.end(), [&](const Interference &entry) {
+            return !holds(entry, frequency, tolerance);
+        });
+    std::vector<Interference> taken(kept, entries.end());
+    entries.erase(kept, entries.end());
+    return taken;
 }
 
 } // namespace Days

@@ -47,4 +47,11 @@ WriteFailure writeInterference(const QString &path, const std::vector<Interferen
 /// The user's own list.
 QString interferencePath();
 
+/// Takes the entries out of a list that leave a frequency out.
+///
+/// @param tolerance  Hz
+/// @return those
+std::vector<Interference> takeOutInterference(std::vector<Interference> &entries, double frequency,
+                                              double tolerance);
+
 } // namespace Days

@@ -18,13 +18,15 @@ class JobProgress : public QObject {
 public:
     /// @param worker  must live longer
     /// @param form    in the window; for as long as it is shown Esc counts
-    JobProgress(Jobs::Worker &worker, QWidget *form);
+    /// @param atOnce  false: the bar waits for the first percentage
+    JobProgress(Jobs::Worker &worker, QWidget *form, bool atOnce = true);
     ~JobProgress() override;
 
 private:
-    void show(bool isBusy);
+    void begin(bool withBar);
+    void end();
 
     QPointer<QProgressBar> bar;
     QPointer<QShortcut> escape;
-    bool isShown = false;
+    bool isBusy = false;
 };

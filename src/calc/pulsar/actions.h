@@ -1,7 +1,7 @@
 #pragma once
 
+#include "calc/problems.h"
 #include "calc/pulsar/preparedsamples.h"
-#include "calc/pulsar/problems.h"
 #include "calc/pulsar/pulsarresult.h"
 #include "jobs/control.h"
 
@@ -49,7 +49,7 @@ int screenPoints(const ObservationData &header, const PulsarParameters &given);
 int foldPoints(const ObservationData &header, const PulsarParameters &given);
 int fixedSumPoints(const ObservationData &header, const PulsarParameters &given);
 int sumPoints(const ObservationData &header, const PulsarParameters &given);
-/// Also of a recording and parameters that are not accepted: see PulsarCalculate::ffaPoints.
+/// Also where the recording or the parameters are not accepted: see PulsarCalculate::ffaPoints.
 int ffaPoints(const ObservationData &header, const PulsarParameters &given);
 
 // What the actions share.

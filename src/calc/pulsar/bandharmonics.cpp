@@ -1,6 +1,7 @@
 #include "calc/pulsar/bandharmonics.h"
 
 #include "calc/approximation.h"
+#include "calc/baseline.h"
 #include "calc/fourier.h"
 #include "calc/pulsar/bandsum.h"
 
@@ -103,7 +104,7 @@ Tools::BandHarmonics bandHarmonics(const ObservationData &data, const PulsarPara
         const float *const samples =
             channelSamples(data, given, band) + given.firstPoint + *shifts[b];
         std::vector<double> series(samples, samples + fixedPoints);
-        if (!channelBaseline(given.noise, series, baseline.data()))
+        if (!Tools::findBaseline(given.noise, series.data(), baseline.data(), int(series.size())))
             continue;
         removeLevel(series, baseline);
         Tools::averagePairs(series.data(), averaged.data(), fixedPoints, averageCount,

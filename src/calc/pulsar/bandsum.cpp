@@ -2,6 +2,7 @@
 
 #include "base/debugline.h"
 #include "calc/approximation.h"
+#include "calc/baseline.h"
 #include "calc/fourier.h"
 
 #include <algorithm>
@@ -32,11 +33,6 @@ bool isSelectionRefused(const ObservationData &data, const PulsarParameters &sel
     else
         return false;
     return true;
-}
-
-bool hasBaseline(const QString &noise)
-{
-    return noise == "polinom5" || noise == "median" || noise == "backSum";
 }
 
 } // namespace
@@ -112,7 +108,7 @@ bool sumWithoutNoise(const ObservationData &data, const PulsarParameters &select
         debugLine("ERROR: sumChannels return false!");
         return false;
     }
-    if (hasBaseline(selected.noise)) {
+    if (Tools::isBaseline(selected.noise)) {
         std::vector<double> baseline(sum.size());
         if (!sumBaseline(data, selected, sum, dispersion, baseline.data()) ||
             !Tools::deduct(sum.data(), baseline.data(), dataOut, count))
@@ -129,32 +125,13 @@ bool sumBaseline(const ObservationData &data, const PulsarParameters &selected,
                  std::vector<double> *backSum)
 {
     const int count = int(sum.size());
-    if (selected.noise == "polinom5")
-        return Approximation(sum.data(), baseline, count).polynomial(baselineDegree, false);
-    if (selected.noise == "median")
-        return Approximation(sum.data(), baseline, count).medianLine(baselineMedianBlock);
-    if (selected.noise == "backSum") {
-        if (!sumChannels(data, selected, baseline, count, dispersion, false))
-            return false;
-        if (backSum)
-            backSum->assign(baseline, baseline + count);
-        return Approximation(baseline, baseline, count).linearLine(baselineMeanBlock);
-    }
-    std::fill_n(baseline, count, 0.0);
-    return true;
-}
-
-bool channelBaseline(const QString &noise, const std::vector<double> &samples, double *baseline)
-{
-    Approximation approximation(samples.data(), baseline, int(samples.size()));
-    if (noise == "polinom5")
-        return approximation.polynomial(baselineDegree, false);
-    if (noise == "median")
-        return approximation.medianLine(baselineMedianBlock);
-    if (noise == "backSum")
-        return approximation.linearLine(baselineMeanBlock);
-    std::fill_n(baseline, samples.size(), 0.0);
-    return true;
+    if (selected.noise != "backSum")
+        return Tools::findBaseline(selected.noise, sum.data(), baseline, count);
+    if (!sumChannels(data, selected, baseline, count, dispersion, false))
+        return false;
+    if (backSum)
+        backSum->assign(baseline, baseline + count);
+    return Tools::findBaseline(selected.noise, baseline, baseline, count);
 }
 
 double removeBaseline(bool normalise, const std::vector<double> &baseline,

@@ -46,11 +46,6 @@ bool sumBaseline(const ObservationData &data, const PulsarParameters &selected,
                  const std::vector<double> &sum, double dispersion, double *baseline,
                  std::vector<double> *backSum = nullptr);
 
-/// The chosen baseline of a single channel; the line through block means stands in for "backSum".
-///
-/// @return false, after a debug line, when the baseline is refused
-bool channelBaseline(const QString &noise, const std::vector<double> &samples, double *baseline);
-
 /// Subtracts a baseline, and divides the rest by its standard deviation where that is asked for.
 ///
 /// @return what the rest was divided by; 1 where it was not

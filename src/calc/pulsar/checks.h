@@ -1,6 +1,6 @@
 #pragma once
 
-#include "calc/pulsar/problems.h"
+#include "calc/problems.h"
 #include "calc/pulsar/pulsarresult.h"
 #include "data/observationdata.h"
 

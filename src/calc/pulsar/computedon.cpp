@@ -2,6 +2,7 @@
 
 #include "base/numbertext.h"
 #include "base/timetext.h"
+#include "calc/baseline.h"
 #include "calc/pulsar/bandsum.h"
 #include "calc/pulsar/pulsaranalyses.h"
 #include "data/recordingtime.h"
@@ -62,8 +63,7 @@ bool isPlainSum(const QString &action, const PulsarParameters &parameters)
 
 QString baselineText(const QString &action, const PulsarParameters &parameters)
 {
-    if (parameters.noise != "polinom5" && parameters.noise != "median" &&
-        parameters.noise != "backSum")
+    if (!Tools::isBaseline(parameters.noise))
         return "none";
     const bool isShown = action == "showNative" || isPlainSum(action, parameters);
     // A single channel has no sum with opposite delays.

@@ -87,15 +87,21 @@ constexpr double leastSigma = -100;
 constexpr double largestSigma = 1000;
 
 // The size of a search without other problems.
-Problems checkFfaMemory(const FfaParameters &ffa, int points, double tresolution)
+Problems checkFfaMemory(const PulsarParameters &given, int points, double tresolution)
 {
-    const double bytes = Tools::estimateFfa(ffa, points, tresolution).bytes;
     constexpr double mebibyte = 1 << 20;
-    if (hasMemoryFor(bytes))
-        return {};
-    return {{"period_min", QString("The search needs %1 MiB of memory, %2 MiB are available.")
-                               .arg(bytes / mebibyte, 0, 'f', 0)
-                               .arg(double(availableMemory()) / mebibyte, 0, 'f', 0)}};
+    const auto lack = [](const QString &field, const QString &what, double bytes) -> Problems {
+        if (hasMemoryFor(bytes))
+            return {};
+        return {{field, QString("%1 %2 MiB of memory, %3 MiB are available.")
+                            .arg(what)
+                            .arg(bytes / mebibyte, 0, 'f', 0)
+                            .arg(double(availableMemory()) / mebibyte, 0, 'f', 0)}};
+    };
+    return joinProblems({lack("period_min", "The search needs",
+                              Tools::estimateFfa(given.ffa, points, tresolution).bytes),
+                         lack("cutLines", "To cut out so narrow bands of so many points needs",
+                              cutBytes(given.cut, points, tresolution))});
 }
 
 // What there is to search: the sum less its baseline and what is slow, normalised.
@@ -117,7 +123,9 @@ FfaSeries ffaSeries(const PreparedSamples &samples, const PulsarParameters &give
         series.problem = problem;
         return series;
     };
-    if (!sumChannels(samples.data, given, values.data(), count, given.dispersion, true))
+    series.wholeBands =
+        sumChannels(samples.data, given, values.data(), count, given.dispersion, true);
+    if (series.wholeBands == 0)
         return failed("The bands cannot be summed.");
     if (!goesOn(control, 0))
         return series;
@@ -125,13 +133,15 @@ FfaSeries ffaSeries(const PreparedSamples &samples, const PulsarParameters &give
     const auto [lowest, highest] = std::minmax_element(values.begin(), values.end());
     if (*lowest == *highest)
         return failed(constantSum);
-    if (!sumWithoutNoise(samples.data, given, values.data(), count, given.dispersion,
-                         series.wholeBands))
+    std::vector<double> baseline(values.size());
+    if (!sumBaseline(samples.data, given, values, given.dispersion, baseline.data()))
         return failed("The noise base line cannot be computed.\nIt needs more points, or choose "
                       "to search without noise deduction.");
+    removeBaseline(given.normalise, baseline, values);
     if (!goesOn(control, 0))
         return series;
-    series.cut = cutOut(given.cut, samples.data.tresolution, values);
+    series.cut =
+        cutOut(given.cut, samples.data.tresolution, values, [&] { return goesOn(control, 0); });
     if (!goesOn(control, 0))
         return series;
     if (given.ffa.deredden)
@@ -195,7 +205,7 @@ Problems checkFfa(const ObservationData &header, const PulsarParameters &given)
     const Problems ofSearch =
         joinProblems({checkCut(header, given.cut),
                       Tools::findFfaProblems(given.ffa, count, header.tresolution)});
-    return ofSearch.empty() ? checkFfaMemory(given.ffa, count, header.tresolution) : ofSearch;
+    return ofSearch.empty() ? checkFfaMemory(given, count, header.tresolution) : ofSearch;
 }
 
 AnalysisOutcome createFfa(const PreparedSamples &samples, const PulsarParameters &given,

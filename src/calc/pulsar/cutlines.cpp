@@ -47,6 +47,11 @@ Wanted wantedOf(const QString &list)
     return wanted;
 }
 
+bool isPossible(const CutBand &band, double tresolution)
+{
+    return band.low > 0 && band.low < band.high && band.high <= 1 / (2 * tresolution);
+}
+
 // Where the mains hum of a series shows.
 std::vector<CutBand> humBands(const std::vector<double> &series, double tresolution)
 {
@@ -88,20 +93,20 @@ Problems checkCut(const ObservationData &header, const QString &list)
             {"cutLines", QString("\"%1\" cannot be cut out.\nAllowed: hum, frequencies in Hz as "
                                  "33.3 or 24.9-25.1, separated by commas.")
                              .arg(wanted.unread)}};
-    const double most = 1 / (2 * header.tresolution);
     for (const CutBand &band : wanted.bands) {
-        if (!(band.low > 0 && band.low < band.high && band.high <= most))
+        if (!isPossible(band, header.tresolution))
             return {{"cutLines",
                      QString("%1 to %2 Hz cannot be cut out.\nAllowed: rising frequencies above 0, "
                              "up to %3 Hz, half of the sampling rate.")
                          .arg(band.low)
                          .arg(band.high)
-                         .arg(most)}};
+                         .arg(1 / (2 * header.tresolution))}};
     }
     return {};
 }
 
-std::vector<CutBand> cutOut(const QString &list, double tresolution, std::vector<double> &series)
+std::vector<CutBand> cutOut(const QString &list, double tresolution, std::vector<double> &series,
+                            const std::function<bool()> &goOn)
 {
     const Wanted wanted = wantedOf(list);
     std::vector<CutBand> taken = wanted.bands;
@@ -113,10 +118,24 @@ std::vector<CutBand> cutOut(const QString &list, double tresolution, std::vector
     std::vector<Tools::NotchBand> bands;
     for (const CutBand &band : taken)
         bands.push_back({band.low, band.high});
-    const std::vector<double> shares = Tools::notch(series, tresolution, bands);
+    const std::vector<double> shares = Tools::notch(series, tresolution, bands, goOn);
     for (std::size_t i = 0; i < taken.size(); ++i)
         taken[i].variance = shares[i];
     return taken;
+}
+
+double cutBytes(const QString &list, int points, double tresolution)
+{
+    const Wanted wanted = wantedOf(list);
+    std::vector<Tools::NotchBand> bands;
+    for (const CutBand &band : wanted.bands) {
+        if (isPossible(band, tresolution))
+            bands.push_back({band.low, band.high});
+    }
+    if (wanted.hum) // hum is that wide at least
+        bands.push_back({0, std::min(halfWidth, 1 / (2 * tresolution))});
+    const auto count = std::size_t(std::max(points, 0));
+    return sizeof(double) * double(count) + Tools::notchBytes(count, tresolution, bands);
 }
 
 Results::Report cutReport(const QString &list, const std::vector<CutBand> &bands)

@@ -1,10 +1,11 @@
 #pragma once
 
-#include "calc/pulsar/problems.h"
+#include "calc/problems.h"
 #include "data/observationdata.h"
 #include "results/report.h"
 
 #include <QString>
+#include <functional>
 #include <vector>
 
 /// Hum and lines that a user wants out of a series before it is searched. The list is a text:
@@ -28,8 +29,15 @@ Problems checkCut(const ObservationData &header, const QString &list);
 /// bands, see Tools::notch. Bands that overlap or that are less than two turns over the series
 /// apart go as one.
 ///
+/// @param goOn  asked again and again, may be empty; false ends it, and the series is of no use
+/// then
 /// @return what was taken out, in rising order; nothing of hum where none was found
-std::vector<CutBand> cutOut(const QString &list, double tresolution, std::vector<double> &series);
+std::vector<CutBand> cutOut(const QString &list, double tresolution, std::vector<double> &series,
+                            const std::function<bool()> &goOn = {});
+
+/// Memory that cutOut() takes at most for a series of so many points, itself included; of a list
+/// with problems what the rest of it takes.
+double cutBytes(const QString &list, int points, double tresolution);
 
 /// What a report says of it.
 Results::Report cutReport(const QString &list, const std::vector<CutBand> &bands);

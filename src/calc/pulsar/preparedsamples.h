@@ -1,7 +1,7 @@
 #pragma once
 
+#include "calc/problems.h"
 #include "calc/pulsar/needs.h"
-#include "calc/pulsar/problems.h"
 #include "jobs/control.h"
 
 /// What an action computes with: a recording whose samples, where the action takes them in, are all

@@ -47,7 +47,7 @@ std::vector<PulsarField> selectionFields()
               refOf<&P::dispersion>),
         field({"leaveOutChannels", "--channels-off", "LIST",
                "Numbers of channels, from 1, that sums leave out: 4,21.", "channels_off", "",
-               Recorded::WhereGiven},
+               Recorded::WhereRead},
               refOf<&P::channelsOff>),
         optional(field(
             {"points", "--count", "N", "Points of the stretch.", "count", "", Recorded::Always},

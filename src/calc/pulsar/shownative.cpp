@@ -1,5 +1,6 @@
 #include "calc/pulsar/actions.h"
 
+#include "calc/baseline.h"
 #include "calc/pulsar/bandsum.h"
 #include "calc/pulsar/remarks.h"
 
@@ -43,16 +44,12 @@ AnalysisOutcome showNative(const PreparedSamples &samples, const PulsarParameter
     std::vector<double> baseline(series.size());
     if (!goesOn(control, 20))
         return outcome;
-    if (!channelBaseline(given.noise, series, baseline.data()))
+    if (!Tools::findBaseline(given.noise, series.data(), baseline.data(), int(series.size())))
         return refused(outcome, "The noise base line cannot be computed.");
     if (!goesOn(control, 80))
         return outcome;
-    if (given.noise == "polinom5")
-        addCurve(result, baseline, "polinom5 approximation");
-    else if (given.noise == "median")
-        addCurve(result, baseline, "median line approximation");
-    else if (given.noise == "backSum")
-        addCurve(result, baseline, "noise approximation");
+    if (Tools::isBaseline(given.noise))
+        addCurve(result, baseline, Tools::baselineCurveName(given.noise));
 
     result.report.addLine("Native data");
     addStart(given, result.report);

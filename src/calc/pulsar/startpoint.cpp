@@ -10,27 +10,32 @@ namespace {
 
 constexpr qint64 msPerDay = 24LL * 3600 * 1000;
 
+StartPoint noPoint(const QString &text, bool isWithoutTimes = false)
+{
+    return {0, {"zrtUtc", text}, isWithoutTimes};
+}
+
 } // namespace
 
 StartPoint pointAtUtc(const ObservationData &data, const QString &time)
 {
     if (!data.beginTime.isValid())
-        return {
-            0, "The passport has no begin time, so that no UTC time can be found in the recording.",
-            true};
+        return noPoint(
+            "The passport has no begin time, so that no UTC time can be found in the recording.",
+            true);
     QTime wanted = QTime::fromString(time.trimmed(), "h:m:s");
     if (!wanted.isValid())
         wanted = QTime::fromString(time.trimmed(), "h:m:s.z");
     if (!wanted.isValid())
-        return {0, "\"" + time + "\" is no time.\nType ZRT UTC as hh:mm:ss."};
+        return noPoint("\"" + time + "\" is no time.\nType ZRT UTC as hh:mm:ss.");
 
     const RecordingClock clock(data);
     if (!(data.tresolution > 0) || !clock.isKnown())
-        return {0,
-                QString("The passport gives a step of %1 ms (tresolution), so that no time can be "
-                        "found in the recording.")
-                    .arg(data.tresolution * 1000),
-                true};
+        return noPoint(
+            QString("The passport gives a step of %1 ms (tresolution), so that no time can be "
+                    "found in the recording.")
+                .arg(data.tresolution * 1000),
+            true);
 
     // A time of whole seconds is that of the begin in the begin's own second.
     const QTime begin = exactBegin(data).time();
@@ -42,8 +47,8 @@ StartPoint pointAtUtc(const ObservationData &data, const QString &time)
         std::max(0.0, std::floor(clock.pointAt(isNextDay ? ms + msPerDay : ms) + 1e-6));
     const int last = completePoints(data) - 1;
     if (point > last)
-        return {0, QString("%1 UTC is not in the recording.\nAllowed: %2 to %3.")
-                       .arg(time, textOfTime(clock.utc(0), "hh:mm:ss.zzz"),
-                            textOfTime(clock.utc(last), "hh:mm:ss.zzz"))};
+        return noPoint(QString("%1 UTC is not in the recording.\nAllowed: %2 to %3.")
+                           .arg(time, textOfTime(clock.utc(0), "hh:mm:ss.zzz"),
+                                textOfTime(clock.utc(last), "hh:mm:ss.zzz")));
     return {int(point), {}};
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calc/fieldproblem.h"
 #include "data/observationdata.h"
 
 #include <QString>
@@ -7,7 +8,7 @@
 /// Where a time of day lies in a recording.
 struct StartPoint {
     int point = 0;
-    QString error; ///< why there is no such point, with the allowed times; empty on success
+    FieldProblem problem; ///< why there is no such point, with the allowed times; empty on success
     bool isWithoutTimes = false; ///< no time can be found in this recording, only points
 };
 

@@ -1,5 +1,6 @@
 #include "calc/pulsar/actions.h"
 
+#include "calc/baseline.h"
 #include "calc/pulsar/bandsum.h"
 #include "calc/pulsar/checks.h"
 #include "calc/pulsar/remarks.h"
@@ -52,14 +53,10 @@ AnalysisOutcome sumChannelsAction(const PreparedSamples &samples, const PulsarPa
         addCurve(result, sum, "minus noise base line");
     } else {
         addCurve(result, sum, "sum on canals");
-        if (given.noise == "polinom5")
-            addCurve(result, baseline, "polinom5 approximation");
-        else if (given.noise == "median")
-            addCurve(result, baseline, "median line approximation");
-        else if (given.noise == "backSum") {
+        if (!backSum.empty())
             addCurve(result, backSum, "back sum on canals");
-            addCurve(result, baseline, "noise approximation");
-        }
+        if (Tools::isBaseline(given.noise))
+            addCurve(result, baseline, Tools::baselineCurveName(given.noise));
     }
     report.addLine(baselineText(given.noise));
     if (given.normalise && !given.deductNoise)

@@ -1,6 +1,7 @@
 #include "calc/pulsar/actions.h"
 
 #include "base/numbertext.h"
+#include "calc/baseline.h"
 #include "calc/fold.h"
 #include "calc/levelsteps.h"
 #include "calc/pulsar/bandsum.h"
@@ -136,7 +137,7 @@ AnalysisOutcome sumPeriod(const PreparedSamples &samples, const PulsarParameters
     std::vector<double> baseline(series.size());
     if (!goesOn(control, 10))
         return outcome;
-    if (!channelBaseline(given.noise, series, baseline.data()))
+    if (!Tools::findBaseline(given.noise, series.data(), baseline.data(), int(series.size())))
         return refused(outcome, "The noise base line cannot be computed.");
     if (!goesOn(control, 40))
         return outcome;

@@ -1,8 +1,5 @@
 #include "forms/arrays/arraysdirform.h"
 
-#include "app/shell/centralwidget.h"
-#include "app/shell/errorbox.h"
-#include "app/shell/jobprogress.h"
 #include "fields/textcolours.h"
 #include "forms/arrays/arrayreading.h"
 #include "forms/arrays/arraysform.h"
@@ -39,30 +36,38 @@ ArrayPlot::Series curveOf(const NumberFile &file, int curve, bool firstIsX)
 
 } // namespace
 
-ArraysDirForm::ArraysDirForm(const QString &path, QWidget *parent)
-    : QWidget(parent), ui(new Ui::ArraysDirForm), mainWindow(parent), directory(path)
+ArraysDirForm::ArraysDirForm(const QString &folder, QWidget *parent)
+    : FileForm(folder, parent), ui(new Ui::ArraysDirForm), mainWindow(parent), directory(folder)
 {
     ui->setupUi(this);
-    ui->filePath->showDirectory(path);
-    emptyCentralWidget();
     QStringList names = directory.entryList(QDir::Files);
+    const auto read = [&]() -> std::optional<Refusal> {
+        if (!names.isEmpty())
+            return std::nullopt;
+        return Refusal{"Bad directory!\nDirectory without files",
+                       QDir::toNativeSeparators(path) + " holds no files that can be seen."};
+    };
+    if (!open(read))
+        return;
     QCollator inOrder{QLocale(QLocale::English)}; // that of the C locale knows no numbers
     inOrder.setNumericMode(true);                 // 2 before 10
     std::sort(names.begin(), names.end(), inOrder);
-    if (names.isEmpty()) {
-        showError(parentWidget(), "Bad directory!\nDirectory without files",
-                  QDir::toNativeSeparators(path) + " holds no files that can be seen.");
-        deleteLater();
-        return;
-    }
     grafik = new PulsarGrafik(this);
     shareSaveFolder(grafik);
     info = new ArraysInfo(grafik, this);
     grafik->setObjectName("grafik");
-    fillCentralWidget(this, grafik, info);
+    install(grafik, info);
     listFiles(names);
     showPicked();
+    connectInputs();
+    ui->files->setFocus();
+    lookTimer.start(0);
+}
 
+ArraysDirForm::~ArraysDirForm() = default;
+
+void ArraysDirForm::connectInputs()
+{
     lookTimer.setSingleShot(true);
     connect(&lookTimer, &QTimer::timeout, this, &ArraysDirForm::lookAtNextFile);
     connect(ui->files->verticalScrollBar(), &QScrollBar::valueChanged, this,
@@ -71,24 +76,22 @@ ArraysDirForm::ArraysDirForm(const QString &path, QWidget *parent)
     // One click changes the selection several times; it is read once.
     pickTimer.setSingleShot(true);
     connect(&pickTimer, &QTimer::timeout, this, &ArraysDirForm::readPicked);
-    progress = std::make_unique<JobProgress>(reader, this);
-    connect(&reader, &Jobs::Worker::ended, this, [this](const Jobs::Ending &ending) {
-        readingProblem = ending.kind == Jobs::Ending::Stopped
-                             ? QString("The reading was stopped; not all picked files are shown.")
-                             : ending.problem;
-        showPicked();
-    });
     connect(ui->files, &QListWidget::itemSelectionChanged, &pickTimer, qOverload<>(&QTimer::start));
     connect(ui->files, &QListWidget::itemActivated, this, &ArraysDirForm::openCurrent);
     connect(ui->openButton, &QPushButton::clicked, this, &ArraysDirForm::openCurrent);
     connect(ui->curve, QOverload<int>::of(&QSpinBox::valueChanged), this,
             &ArraysDirForm::showPicked);
     connect(ui->firstColumnIsX, &QCheckBox::clicked, this, &ArraysDirForm::showPicked);
-    ui->files->setFocus();
-    lookTimer.start(0);
 }
 
-ArraysDirForm::~ArraysDirForm() = default;
+// What was read until then is shown.
+void ArraysDirForm::endWork(const Jobs::Ending &ending)
+{
+    readingProblem = ending.kind == Jobs::Ending::Stopped
+                         ? QString("The reading was stopped; not all picked files are shown.")
+                         : ending.problem;
+    showPicked();
+}
 
 bool ArraysDirForm::eventFilter(QObject *watched, QEvent *event)
 {
@@ -143,10 +146,10 @@ void ArraysDirForm::describe(QListWidgetItem *item, const NumberFile &file)
     item->setData(seenRole, true);
     const QString name = item->data(nameRole).toString();
     if (!file.error.isEmpty()) {
-        const QString path = QDir::toNativeSeparators(directory.filePath(name));
-        const bool startsWithPath = file.error.startsWith(path);
+        const QString shown = QDir::toNativeSeparators(directory.filePath(name));
+        const bool startsWithPath = file.error.startsWith(shown);
         item->setText(shownName(name) + "\n" +
-                      (startsWithPath ? file.error.mid(path.size()).trimmed() : file.error));
+                      (startsWithPath ? file.error.mid(shown.size()).trimmed() : file.error));
         item->setToolTip(file.error + "\n" + file.remarks.mid(0, 3).join("\n"));
         item->setForeground(TextColours::problem(palette()));
         return;
@@ -186,7 +189,7 @@ void ArraysDirForm::readPicked()
     }
     picked = std::move(known);
     readingProblem.clear();
-    if (missing.isEmpty() && !reader.isBusy()) { // else the end of an empty reading shows them
+    if (missing.isEmpty() && !worker.isBusy()) { // else the end of an empty reading shows them
         showPicked();
         return;
     }
@@ -201,7 +204,7 @@ void ArraysDirForm::readPicked()
                      [&](int percent) { control.progress((100 * i + percent) / missing.size()); },
                      control.isStopped)});
     };
-    reader.start<NamedFile>(
+    worker.start<NamedFile>(
         read, [this](NamedFile file) { takeFile(file.first, std::move(file.second)); });
 }
 
@@ -268,7 +271,7 @@ void ArraysDirForm::openCurrent()
     const QListWidgetItem *const item = ui->files->currentItem();
     if (!item)
         return;
-    const QString path = directory.filePath(item->data(nameRole).toString());
+    const QString file = directory.filePath(item->data(nameRole).toString());
     QTimer::singleShot(0, mainWindow,
-                       [path, window = mainWindow] { new ArraysForm(path, window); });
+                       [file, window = mainWindow] { new ArraysForm(file, window); });
 }

@@ -1,17 +1,15 @@
 #pragma once
 
 #include "data/numberfile.h"
-#include "jobs/worker.h"
+#include "forms/fileform.h"
 #include "picture/arrayplot.h"
 
 #include <QDir>
 #include <QTimer>
-#include <QWidget>
 #include <map>
 #include <memory>
 
 class ArraysInfo;
-class JobProgress;
 class PulsarGrafik;
 class QListWidgetItem;
 namespace Ui {
@@ -24,19 +22,21 @@ class ArraysDirForm;
 ///
 /// Construction takes over the central widget. A directory without files is reported in a box;
 /// the central widget then stays empty and the form deletes itself.
-class ArraysDirForm : public QWidget {
+class ArraysDirForm : public FileForm {
     Q_OBJECT
 
 public:
-    /// @param path    full path of the directory
+    /// @param folder  full path of the directory
     /// @param parent  the main window
-    ArraysDirForm(const QString &path, QWidget *parent);
+    ArraysDirForm(const QString &folder, QWidget *parent);
     ~ArraysDirForm() override;
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
+    void endWork(const Jobs::Ending &ending) override;
 
 private:
+    void connectInputs();
     void listFiles(const QStringList &names);
     void lookAtNextFile();
     QString shownName(const QString &name) const;
@@ -52,9 +52,7 @@ private:
     PulsarGrafik *grafik = nullptr;
     ArraysInfo *info = nullptr;
     std::map<QString, NumberFile> picked; // by file name; read so far
-    Jobs::Worker reader;                  // reads the picked files that are missing
-    std::unique_ptr<JobProgress> progress;
-    QString readingProblem; // why picked files are missing
-    QTimer lookTimer{this}; // looks at the files in view, one at a time
+    QString readingProblem;               // why picked files are missing
+    QTimer lookTimer{this};               // looks at the files in view, one at a time
     QTimer pickTimer{this};
 };

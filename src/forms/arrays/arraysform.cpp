@@ -1,10 +1,9 @@
 #include "forms/arrays/arraysform.h"
 
-#include "app/shell/centralwidget.h"
-#include "app/shell/errorbox.h"
+#include "fields/tableview.h"
 #include "forms/arrays/arrayreading.h"
 #include "forms/arrays/arraysinfo.h"
-#include "forms/arrays/celltable.h"
+#include "forms/arrays/cellsmodel.h"
 #include "forms/arrays/greypicture.h"
 #include "forms/savefolder.h"
 #include "plot/picturemenu.h"
@@ -30,19 +29,11 @@ QPixmap colourSquare(int curve, int size)
 } // namespace
 
 ArraysForm::ArraysForm(const QString &filePath, QWidget *parent)
-    : QWidget(parent), ui(new Ui::ArraysForm), path(filePath)
+    : FileForm(filePath, parent), ui(new Ui::ArraysForm)
 {
     ui->setupUi(this);
-    ui->filePath->showFile(path);
-    emptyCentralWidget();
-    file = ArrayReading::readShowingProgress(path);
-    if (file.wasCancelled || !file.error.isEmpty()) {
-        if (!file.wasCancelled)
-            showError(parentWidget(), "Bad file!\nFile without numbers",
-                      file.error + "\n" + file.remarks.mid(0, 3).join("\n"));
-        deleteLater();
+    if (!open([this] { return read(); }))
         return;
-    }
     stack = new QStackedWidget(this);
     grafik = new PulsarGrafik;
     picture = new GreyPicture;
@@ -52,13 +43,18 @@ ArraysForm::ArraysForm(const QString &filePath, QWidget *parent)
     grafik->setObjectName("grafik");
     picture->setObjectName("picture");
     picture->setTable(&file.table);
-    cells = new CellTable(file);
+    cells = new TableView;
+    cells->setAlternatingRowColors(true);
+    cells->setWordWrap(false);
+    cells->setTabKeyNavigation(false);
+    cells->showTable(new CellsModel(file, cells));
+    cells->resizeColumnsToContents();
     cells->setObjectName("cells");
     stack->addWidget(grafik);
     stack->addWidget(picture);
     stack->addWidget(cells);
     offerWhatThereIs();
-    fillCentralWidget(this, stack, info);
+    install(stack, info);
     connectInputs();
     if (ui->showTable->isChecked()) {
         showTable();
@@ -70,6 +66,18 @@ ArraysForm::ArraysForm(const QString &filePath, QWidget *parent)
 }
 
 ArraysForm::~ArraysForm() = default;
+
+std::optional<FileForm::Refusal> ArraysForm::read()
+{
+    constexpr int toldRemarks = 3;
+    file = ArrayReading::readShowingProgress(path);
+    if (file.wasCancelled)
+        return Refusal();
+    if (file.error.isEmpty())
+        return std::nullopt;
+    return Refusal{"Bad file!\nFile without numbers",
+                   file.error + "\n" + file.remarks.mid(0, toldRemarks).join("\n")};
+}
 
 void ArraysForm::offerWhatThereIs()
 {

@@ -1,16 +1,16 @@
 #pragma once
 
 #include "data/numberfile.h"
+#include "forms/fileform.h"
 #include "picture/arrayplot.h"
 
-#include <QWidget>
 #include <memory>
 
 class ArraysInfo;
-class CellTable;
 class GreyPicture;
 class PulsarGrafik;
 class QStackedWidget;
+class TableView;
 namespace Ui {
 class ArraysForm;
 }
@@ -21,16 +21,17 @@ class ArraysForm;
 /// Construction empties the central widget, reads the file and installs the form. A file
 /// without numbers is reported in a box; the central widget then stays empty and the form
 /// deletes itself. The same, without a box, when the user stops the reading.
-class ArraysForm : public QWidget {
+class ArraysForm : public FileForm {
     Q_OBJECT
 
 public:
-    /// @param path    full path
+    /// @param filePath  full path
     /// @param parent  the main window
-    ArraysForm(const QString &path, QWidget *parent);
+    ArraysForm(const QString &filePath, QWidget *parent);
     ~ArraysForm() override;
 
 private:
+    std::optional<Refusal> read();
     void offerWhatThereIs();
     void connectInputs();
     void fillCurveList();
@@ -45,12 +46,11 @@ private:
     QString curveName(int curve) const;
 
     const std::unique_ptr<Ui::ArraysForm> ui;
-    const QString path;
     NumberFile file;
     std::vector<int> columns; // that are curves
     QStackedWidget *stack = nullptr;
     PulsarGrafik *grafik = nullptr;
     GreyPicture *picture = nullptr;
-    CellTable *cells = nullptr;
+    TableView *cells = nullptr;
     ArraysInfo *info = nullptr;
 };

@@ -2,12 +2,12 @@
 
 #include "calc/seriesstatistics.h"
 #include "fields/numberbox.h"
+#include "forms/arrays/statisticsmodel.h"
 #include "picture/plotgeometry.h"
 #include "plot/pulsargrafik.h"
 #include "ui_arraysinfo.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <cmath>
@@ -21,21 +21,11 @@ constexpr int leastWidth = 260;       // pixels
 constexpr int mostTableColumns = 100; // curves with statistics
 constexpr int statisticsDelay = 50;   // ms
 
-const QStringList rowNames = {"Count", "Mean", "Median", "Sigma", "Min", "Max"};
-
-QStringList rowTexts(const SeriesStatistics &found)
-{
-    QStringList texts = {QString::number(found.count)};
-    for (const double value : {found.mean, found.median, found.sigma, found.min, found.max})
-        texts << ArrayPlot::numberText(value);
-    return texts;
-}
-
 } // namespace
 
 ArraysInfo::ArraysInfo(PulsarGrafik *grafik, QWidget *parent)
     : QWidget(parent), ui(std::make_unique<Ui::ArraysInfo>()), plot(grafik),
-      axis(std::make_shared<Results::ArrayAxis>())
+      statistics(new StatisticsModel(this)), axis(std::make_shared<Results::ArrayAxis>())
 {
     ui->setupUi(this);
     ui->histogram->setFixedHeight(histogramHeight);
@@ -45,15 +35,15 @@ ArraysInfo::ArraysInfo(PulsarGrafik *grafik, QWidget *parent)
     // The plot must not change its width with these texts.
     for (QLabel *label : {ui->coords, ui->stretch})
         label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    ui->table->setRowCount(rowNames.size());
-    ui->table->setVerticalHeaderLabels(rowNames);
+    ui->table->showTable(statistics);
+    ui->table->setCopiesRowTitles(true);
     statisticsTimer.setSingleShot(true);
     statisticsTimer.setInterval(statisticsDelay);
 
     connect(&statisticsTimer, &QTimer::timeout, this, &ArraysInfo::showStatistics);
     connect(ui->changePointsButton, &QPushButton::clicked, this, &ArraysInfo::changePoints);
     connect(ui->resetPointsButton, &QPushButton::clicked, this, &ArraysInfo::resetPoints);
-    connect(ui->copyButton, &QPushButton::clicked, this, &ArraysInfo::copyTable);
+    connect(ui->copyButton, &QPushButton::clicked, ui->table, &TableView::copy);
     connect(plot, &PulsarGrafik::coordsChanged, this, &ArraysInfo::setCoords);
     connect(plot, &PulsarGrafik::viewChanged, this, &ArraysInfo::showPoints);
     connect(plot, &PulsarGrafik::selectionChanged, &statisticsTimer, qOverload<>(&QTimer::start));
@@ -165,41 +155,17 @@ void ArraysInfo::showStatistics()
     const QString text = selected ? "Points %1 to %2, selected" : "Points %1 to %2";
     ui->stretch->setText(part.count > 0 ? text.arg(part.first).arg(part.first + part.count - 1)
                                         : QString());
-    const int columns = std::min(int(shown.size()), mostTableColumns);
-    ui->table->setColumnCount(columns);
-    for (int column = 0; column < columns; ++column) {
-        const ArrayPlot::Series &one = shown[std::size_t(column)];
-        const SeriesStatistics found = Tools::seriesStatistics(ArrayPlot::part(one.values, part));
-        auto *const header = new QTableWidgetItem(one.name);
-        header->setForeground(QColor(plotColour(one.index).code));
-        ui->table->setHorizontalHeaderItem(column, header);
-        const QStringList texts = rowTexts(found);
-        for (int row = 0; row < texts.size(); ++row) {
-            auto *const item = new QTableWidgetItem(texts[row]);
-            item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-            if (row == 0 && found.missing > 0)
-                item->setToolTip(QString("%1 values are no finite numbers").arg(found.missing));
-            ui->table->setItem(row, column, item);
-        }
+    std::vector<StatisticsModel::Curve> curves;
+    for (const ArrayPlot::Series &one : shown) {
+        if (int(curves.size()) < mostTableColumns)
+            curves.push_back({one.name, QColor(plotColour(one.index).code),
+                              Tools::seriesStatistics(ArrayPlot::part(one.values, part))});
     }
+    statistics->setCurves(std::move(curves));
     ui->table->resizeColumnsToContents();
     ui->table->resizeRowsToContents();
     ui->table->setFixedHeight(
         ui->table->verticalHeader()->length() + ui->table->horizontalHeader()->sizeHint().height() +
         ui->table->horizontalScrollBar()->sizeHint().height() + 2 * ui->table->frameWidth());
     ui->histogram->setData(ArrayPlot::histogramPlot(shown, part, histogramBins));
-}
-
-void ArraysInfo::copyTable() const
-{
-    QStringList lines = {""};
-    for (int column = 0; column < ui->table->columnCount(); ++column)
-        lines[0] += "\t" + ui->table->horizontalHeaderItem(column)->text();
-    for (int row = 0; row < ui->table->rowCount(); ++row) {
-        QString line = rowNames[row];
-        for (int column = 0; column < ui->table->columnCount(); ++column)
-            line += "\t" + ui->table->item(row, column)->text();
-        lines << line;
-    }
-    QGuiApplication::clipboard()->setText(lines.join("\n") + "\n");
 }

@@ -8,6 +8,7 @@
 #include <memory>
 
 class PulsarGrafik;
+class StatisticsModel;
 namespace Ui {
 class ArraysInfo;
 }
@@ -43,10 +44,10 @@ private:
     ArrayPlot::Stretch visiblePoints() const;
     void showPoints();
     void showStatistics();
-    void copyTable() const;
 
     const std::unique_ptr<Ui::ArraysInfo> ui;
     PulsarGrafik *const plot;
+    StatisticsModel *const statistics;
     std::vector<ArrayPlot::Series> shown;
     std::shared_ptr<const Results::ArrayAxis> axis;
     int length = 0;

@@ -4,6 +4,7 @@
 #include "app/shell/errorbox.h"
 #include "app/shell/progresstask.h"
 #include "app/shell/settings.h"
+#include "app/shell/statusline.h"
 #include "base/wholefile.h"
 #include "data/binaryfile.h"
 #include "data/reader.h"
@@ -19,7 +20,6 @@
 namespace {
 
 constexpr qint64 gigabyte = 1000000000;
-constexpr int messageMs = 15000; // that a line stays in the status bar
 
 QString sizeText(qint64 bytes)
 {
@@ -133,7 +133,7 @@ bool convert(const Tools::BinaryFile &binary, const QString &outPath, QWidget *w
             failure.clear();
     }
     if (failure.isEmpty())
-        Settings::instance()->ui().statusbar->showMessage(message, messageMs);
+        StatusLine::show(message);
     else
         showError(window, failure,
                   QString("%1No text was made of %2.")

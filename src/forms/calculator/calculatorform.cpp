@@ -3,6 +3,7 @@
 #include "app/shell/centralwidget.h"
 #include "app/shell/lastvalues.h"
 #include "app/shell/settings.h"
+#include "app/shell/statusline.h"
 #include "coords/raytables.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
@@ -22,7 +23,6 @@ constexpr int smallestFont = 7; // pt
 constexpr int largestFont = 28;
 constexpr int startFont = 11;
 constexpr int fieldMargins = 14; // pixels beside the text of a field
-constexpr int messageMs = 15000; // that a line stays in the status bar
 
 // The fields of a block, without the line edits that spin and combo boxes are made of.
 QList<QWidget *> fieldsOf(const QWidget *block)
@@ -228,7 +228,7 @@ void CalculatorForm::showHelp()
 
 void CalculatorForm::copyCommand()
 {
-    QGuiApplication::clipboard()->setText(command);
+    StatusLine::copyCommand(command);
 }
 
 void CalculatorForm::copyReport()
@@ -336,10 +336,9 @@ void CalculatorForm::openFoundRecording()
     if (!path.isEmpty())
         openRecording(path, ui->cat2zrt_culmPoint->text().toInt());
     else if (!name.isEmpty())
-        Settings::instance()->ui().statusbar->showMessage(
-            folder.isEmpty() ? name + " is looked for in the folder of the file opened last; none "
+        StatusLine::show(folder.isEmpty()
+                             ? name + " is looked for in the folder of the file opened last; none "
                                       "was opened yet."
                              : name + " is not in the folder of the file opened last, " +
-                                   QDir::toNativeSeparators(folder),
-            messageMs);
+                                   QDir::toNativeSeparators(folder));
 }

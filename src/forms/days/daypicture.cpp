@@ -4,6 +4,8 @@
 #include "picture/colourmap.h"
 #include "picture/plotgeometry.h"
 #include "picture/plotmarks.h"
+#include "picture/plotpainter.h"
+#include "picture/verticallines.h"
 #include "plot/handon.h"
 #include "plot/pulsargrafik.h"
 
@@ -132,6 +134,7 @@ void DayPicture::paintEvent(QPaintEvent * /*event*/)
     painter.setBrush(Qt::NoBrush);
     painter.drawRect(inner.adjusted(-1, -1, 0, 0));
     paintRows(painter);
+    paintLeftOut(painter);
     paintHarmonics(painter);
     paintScale(painter);
 }
@@ -157,10 +160,9 @@ void DayPicture::paintRows(QPainter &painter) const
     }
 }
 
-void DayPicture::paintHarmonics(QPainter &painter) const
+// What the plot shows, over the height of the picture.
+Plot::View DayPicture::view() const
 {
-    if (!plot || !plot->fundamental())
-        return;
     const PulsarGrafik::VisibleRange shown = plot->visibleRange();
     Plot::View view;
     view.width = width();
@@ -168,9 +170,33 @@ void DayPicture::paintHarmonics(QPainter &painter) const
     view.first = shown.first;
     view.points = shown.points;
     view.allPoints = plot->data().numPoints;
+    return view;
+}
+
+// Pale where the stack does not count, as in the plot.
+void DayPicture::paintLeftOut(QPainter &painter) const
+{
+    if (!plot || plot->data().messageMode)
+        return;
+    constexpr int endLength = 3; // pixels
+    QColor pale(Plot::leftOutColour);
+    pale.setAlpha(190);
+    const QRect inner = area();
+    for (const Plot::Range &part : Plot::leftOutInSight(plot->data(), view())) {
+        const QRectF place(QPointF(part.min, inner.top()), QPointF(part.max, inner.bottom() + 1));
+        painter.fillRect(place, pale);
+        painter.fillRect(QRectF(place.topLeft(), QSizeF(place.width(), endLength)),
+                         QColor(Plot::leftOutEndColour));
+    }
+}
+
+void DayPicture::paintHarmonics(QPainter &painter) const
+{
+    if (!plot || !plot->fundamental())
+        return;
     const QRect inner = area();
     for (const Plot::Harmonic &harmonic :
-         Plot::harmonicsInSight(plot->data(), view, *plot->fundamental())) {
+         Plot::harmonicsInSight(plot->data(), view(), *plot->fundamental())) {
         QColor colour = harmonicsColour;
         colour.setAlpha(harmonic.number == 1 ? 255 : 150);
         painter.setPen(colour);

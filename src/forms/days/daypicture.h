@@ -1,6 +1,7 @@
 #pragma once
 
 #include "analyses/days/fourierstack.h"
+#include "picture/plotgeometry.h"
 #include "picture/rowmaxima.h"
 
 #include <QImage>
@@ -13,8 +14,8 @@ class PulsarGrafik;
 
 /// The whitened powers of days over frequency as colours, a row per day with the first on top,
 /// above the plot of their stack, whose X axis it shares. It has the plot's left and right
-/// margins, shows its harmonics, and hands wheel and drags on to it. Days that do not count are
-/// pale.
+/// margins, shows its harmonics and what is left out, and hands wheel and drags on to it. Days that
+/// do not count are pale.
 class DayPicture : public QWidget {
     Q_OBJECT
 
@@ -58,6 +59,8 @@ private:
     void renewImage();
     std::optional<int> rowAt(const QPoint &pixel) const;
     void paintRows(QPainter &painter) const;
+    Plot::View view() const;
+    void paintLeftOut(QPainter &painter) const;
     void paintHarmonics(QPainter &painter) const;
     void paintScale(QPainter &painter) const;
 

@@ -37,20 +37,6 @@ QString textOf(const DayRow &day, int column)
     }
 }
 
-QVariant sortValue(const DayRow &day, int column)
-{
-    switch (column) {
-    case DaysModel::Date:
-        return day.begin.isValid() ? QVariant(day.begin.toMSecsSinceEpoch()) : QVariant(day.name);
-    case DaysModel::Sigma:
-        return day.sigma;
-    case DaysModel::Power:
-        return day.power;
-    default:
-        return day.reason;
-    }
-}
-
 // Paler than the others, but legible on any ground.
 QColor paleText()
 {
@@ -77,7 +63,7 @@ void DaysModel::updateRows(const std::vector<DayRow> &newRows)
     }
     days = newRows;
     if (!days.empty())
-        emit dataChanged(index(0, 0), index(int(days.size()) - 1, ColumnCount - 1));
+        emit dataChanged(index(0, 0), index(int(days.size()) - 1, PlaceCount - 1));
 }
 
 void DaysModel::setPowers(const std::vector<double> &powers, double newFrequency)
@@ -96,40 +82,56 @@ void DaysModel::setPowers(const std::vector<double> &powers, double newFrequency
         emit dataChanged(index(0, Power), index(int(count) - 1, Power));
 }
 
-int DaysModel::rowCount(const QModelIndex &parent) const
+TableModel::Column DaysModel::column(int index) const
 {
-    return parent.isValid() ? 0 : int(days.size());
+    switch (index) {
+    case Date:
+        return {"Day, UTC"};
+    case Sigma:
+        return {"Sigma", "Standard deviation of the series less its base line", true};
+    case Power:
+        return {"P",
+                frequency > 0 ? QString("Power at %1 Hz, under the cursor; noise has 1")
+                                    .arg(frequency, 0, 'g', headerDigits)
+                              : QString("Power under the cursor; noise has 1"),
+                true};
+    default:
+        return {"Reason"};
+    }
 }
 
-int DaysModel::columnCount(const QModelIndex &parent) const
+QString DaysModel::text(int row, int column) const
 {
-    return parent.isValid() ? 0 : ColumnCount;
+    return textOf(days[std::size_t(row)], column);
 }
 
-QVariant DaysModel::data(const QModelIndex &index, int role) const
+QVariant DaysModel::sortValue(int row, int column) const
 {
-    if (!index.isValid())
-        return {};
-    const DayRow &day = days[std::size_t(index.row())];
+    const DayRow &day = days[std::size_t(row)];
+    switch (column) {
+    case Date:
+        return day.begin.isValid() ? QVariant(day.begin.toMSecsSinceEpoch()) : QVariant(day.name);
+    case Sigma:
+        return day.sigma;
+    case Power:
+        return day.power;
+    default:
+        return day.reason;
+    }
+}
+
+QVariant DaysModel::look(int row, int column, int role) const
+{
+    const DayRow &day = days[std::size_t(row)];
     switch (role) {
-    case Qt::DisplayRole:
-        return textOf(day, index.column());
     case Qt::ToolTipRole:
-        return day.reason.isEmpty() ? textOf(day, index.column()) : day.reason;
+        return day.reason.isEmpty() ? text(row, column) : day.reason;
     case Qt::CheckStateRole:
-        if (index.column() != Date || !day.canCount)
+        if (column != Date || !day.canCount)
             return {};
         return day.isOn ? Qt::Checked : Qt::Unchecked;
-    case Qt::TextAlignmentRole:
-        if (index.column() == Sigma || index.column() == Power)
-            return int(Qt::AlignRight | Qt::AlignVCenter);
-        return {};
     case Qt::ForegroundRole:
-        if (!day.canCount || !day.isOn)
-            return paleText();
-        return {};
-    case sortRole:
-        return sortValue(day, index.column());
+        return day.canCount && day.isOn ? QVariant() : QVariant(paleText());
     default:
         return {};
     }
@@ -144,25 +146,9 @@ bool DaysModel::setData(const QModelIndex &index, const QVariant &value, int rol
     if (!day.canCount || day.isOn == isOn)
         return false;
     day.isOn = isOn;
-    emit dataChanged(this->index(index.row(), 0), this->index(index.row(), ColumnCount - 1));
+    emit dataChanged(this->index(index.row(), 0), this->index(index.row(), PlaceCount - 1));
     emit switched(index.row(), isOn);
     return true;
-}
-
-QVariant DaysModel::headerData(int section, Qt::Orientation orientation, int role) const
-{
-    if (orientation != Qt::Horizontal)
-        return {};
-    if (role == Qt::ToolTipRole && section == Power)
-        return frequency > 0 ? QString("Power at %1 Hz, under the cursor; noise has 1")
-                                   .arg(frequency, 0, 'g', headerDigits)
-                             : QString("Power under the cursor; noise has 1");
-    if (role == Qt::ToolTipRole && section == Sigma)
-        return "Standard deviation of the series less its base line";
-    if (role != Qt::DisplayRole)
-        return {};
-    const char *const names[ColumnCount] = {"Day, UTC", "Sigma", "P", "Reason"};
-    return names[section];
 }
 
 Qt::ItemFlags DaysModel::flags(const QModelIndex &index) const

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QAbstractTableModel>
+#include "fields/tablemodel.h"
+
 #include <QDateTime>
 #include <QString>
 #include <vector>
@@ -18,34 +19,35 @@ struct DayRow {
 
 /// The days of a directory: a check box each with the date, the sigma of the series, the power at
 /// the frequency under the cursor, and why the day is proposed off or cannot be used.
-class DaysModel : public QAbstractTableModel {
+class DaysModel : public TableModel {
     Q_OBJECT
 
 public:
-    enum Column { Date, Sigma, Power, Reason, ColumnCount };
-    /// Numbers as numbers and moments as moments, for a QSortFilterProxyModel.
-    static constexpr int sortRole = Qt::UserRole;
+    enum Place { Date, Sigma, Power, Reason, PlaceCount };
 
-    using QAbstractTableModel::QAbstractTableModel;
+    using TableModel::TableModel;
 
     void setRows(std::vector<DayRow> newRows);
-    const std::vector<DayRow> &rows() const { return days; }
+    const std::vector<DayRow> &dayRows() const { return days; }
     /// Changes values of rows that stay the same days.
     void updateRows(const std::vector<DayRow> &newRows);
     /// Powers of the first rows, and the frequency that they are of.
     void setPowers(const std::vector<double> &powers, double frequency);
 
-    int rowCount(const QModelIndex &parent = {}) const override;
-    int columnCount(const QModelIndex &parent = {}) const override;
-    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     bool setData(const QModelIndex &index, const QVariant &value, int role) override;
-    QVariant headerData(int section, Qt::Orientation orientation,
-                        int role = Qt::DisplayRole) const override;
     Qt::ItemFlags flags(const QModelIndex &index) const override;
 
 signals:
     /// The user switches a day.
     void switched(int row, bool isOn);
+
+protected:
+    int rows() const override { return int(days.size()); }
+    int columns() const override { return PlaceCount; }
+    Column column(int index) const override;
+    QString text(int row, int column) const override;
+    QVariant sortValue(int row, int column) const override;
+    QVariant look(int row, int column, int role) const override;
 
 private:
     std::vector<DayRow> days;

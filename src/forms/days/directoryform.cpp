@@ -18,10 +18,8 @@ QString refusal(const QString &directory, const RecordingSet &set)
         return native + ": there is no such directory.";
     if (set.entries.empty())
         return native + ": neither it nor its sub-folders hold files that end in .pnt or .pnthr.";
-    const auto isUsable = [](const RecordingEntry &entry) {
-        return entry.state == RecordingState::Whole || entry.state == RecordingState::Short;
-    };
-    if (std::any_of(set.entries.begin(), set.entries.end(), isUsable))
+    if (std::any_of(set.entries.begin(), set.entries.end(),
+                    [](const RecordingEntry &entry) { return entry.isUsable(); }))
         return {};
     return QString("%1: none of its %2 files is a recording. The first: %3")
         .arg(native)

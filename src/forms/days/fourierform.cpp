@@ -6,16 +6,15 @@
 #include "app/shell/settings.h"
 #include "data/truenumbers.h"
 #include "fields/fieldstyles.h"
-#include "forms/days/daysfields.h"
 #include "forms/days/daysmodel.h"
 #include "forms/days/fouriergrafikinfo.h"
 #include "forms/days/spectrumview.h"
+#include "forms/fieldvalues.h"
 #include "results/reporttext.h"
 #include "ui_fourierform.h"
 
 #include <QHeaderView>
 #include <QKeyEvent>
-#include <QSortFilterProxyModel>
 #include <algorithm>
 #include <cmath>
 
@@ -30,20 +29,17 @@ constexpr char clockOffsetKey[] = "clockOffset";
 } // namespace
 
 FourierForm::FourierForm(const QString &path, int ffa, int map, int search, QWidget *parent)
-    : DirectoryForm(path, parent), ui(new Ui::FourierForm), days(new DaysModel(this)),
-      sortedDays(new QSortFilterProxyModel(this))
+    : DirectoryForm(path, parent), ui(new Ui::FourierForm), days(new DaysModel(this))
 {
     Q_ASSERT(Days::findDayAnalysis({ffa != 0, map != 0, search != 0}));
     ui->setupUi(this);
     ui->filePath->showDirectory(directory);
-    DaysFields::fillChoices(this);
+    for (const Days::FourierDaysField &told : Days::fourierDaysFields())
+        FieldValues::offerChoices(FieldValues::find(this, told), told);
     ui->clockOffset->setText(Settings::store().value(clockOffsetKey, "0").toString());
-    sortedDays->setSourceModel(days);
-    sortedDays->setSortRole(DaysModel::sortRole);
-    ui->days->setModel(sortedDays);
+    ui->days->showSorted(days);
     ui->days->sortByColumn(DaysModel::Date, Qt::AscendingOrder);
     ui->days->verticalHeader()->hide();
-    ui->days->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 4);
     ui->days->horizontalHeader()->setStretchLastSection(true);
     view = new SpectrumView;
     view->showMessage("Reading the headers of the recordings...");
@@ -93,13 +89,15 @@ void FourierForm::connectInputs()
     connect(ui->allOff, &QPushButton::clicked, this, [this] { switchAll(false); });
     connect(ui->asProposed, &QPushButton::clicked, this, [this] { switchAll({}); });
     connect(ui->days->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
-            [this](const QModelIndex &row) { view->markDay(sortedDays->mapToSource(row).row()); });
-    connect(view, &SpectrumView::dayClicked, this, [this](int day) {
-        ui->days->setCurrentIndex(sortedDays->mapFromSource(days->index(day, 0)));
-    });
+            [this](const QModelIndex &row) { view->markDay(ui->days->tableRow(row)); });
+    connect(view, &SpectrumView::dayClicked, this,
+            [this](int day) { ui->days->setCurrentIndex(ui->days->shownIndex(day)); });
     connect(view, &SpectrumView::cursorMoved, this, &FourierForm::showPowers);
     connect(view, &SpectrumView::markedFrequencyChanged, &stackTimer, qOverload<>(&QTimer::start));
     connect(view->panel(), &FourierGrafikInfo::leaveOutWanted, this, &FourierForm::leaveOut);
+    connect(view, &SpectrumView::lineLeftOut, this, &FourierForm::leaveOut);
+    connect(view, &SpectrumView::frequencyLeftOut, this, &FourierForm::leaveOutFrequency);
+    connect(view, &SpectrumView::countAgainWanted, this, &FourierForm::countAgain);
     connect(view->panel(), &FourierGrafikInfo::interferenceWanted, this,
             &FourierForm::editInterference);
     connect(view->panel(), &FourierGrafikInfo::spectraWanted, this, &FourierForm::saveSpectra);
@@ -128,10 +126,8 @@ void FourierForm::recordingsRead()
 // What the first recording that can be used has.
 void FourierForm::fillPresets()
 {
-    const auto first = std::find_if(
-        recordings->entries.begin(), recordings->entries.end(), [](const RecordingEntry &entry) {
-            return entry.state == RecordingState::Whole || entry.state == RecordingState::Short;
-        });
+    const auto first = std::find_if(recordings->entries.begin(), recordings->entries.end(),
+                                    [](const RecordingEntry &entry) { return entry.isUsable(); });
     const ObservationData &header = first->header;
     ui->module->setValue(moduleNumber(header, 0));
     ui->ray->setValue(rayNumber(header, 0));
@@ -161,17 +157,34 @@ void FourierForm::changeInput()
         inputTimer.start();
 }
 
+// Whether what stands in a field is a parameter: the texts of starts that are not chosen are none.
+bool FourierForm::counts(const QWidget *field) const
+{
+    const std::pair<const QWidget *, const QRadioButton *> starts[] = {
+        {ui->sourceField, ui->isSource},
+        {ui->firstPoint, ui->isFirstPoint},
+        {ui->zrtUtc, ui->isZrtUtc},
+        {ui->siderealTime, ui->isSidereal}};
+    for (const auto &[start, button] : starts) {
+        if (start == field || start->isAncestorOf(field))
+            return button->isChecked();
+    }
+    return field->isEnabled();
+}
+
 Days::FourierDaysParameters FourierForm::readParameters(std::vector<FieldProblem> &problems) const
 {
-    Days::FourierDaysParameters parameters = DaysFields::read(this, problems);
-    if (!ui->isSource->isChecked())
-        parameters.source = parameters.alfa = parameters.delta = QString();
-    if (!ui->isZrtUtc->isChecked())
-        parameters.utc.clear();
-    if (!ui->isSidereal->isChecked())
-        parameters.siderealTime.clear();
-    if (!ui->isFirstPoint->isChecked())
-        parameters.firstPoint = 0;
+    Days::FourierDaysParameters parameters;
+    std::vector<FieldValues::Unread> unread;
+    for (const Days::FourierDaysField &told : Days::fourierDaysFields()) {
+        QWidget *const field = FieldValues::find(this, told);
+        if (!field || !counts(field))
+            continue;
+        const auto problem = FieldValues::read(field, told, told.of(parameters));
+        if (problem)
+            unread.push_back(*problem);
+    }
+    problems = FieldValues::problems(this, unread);
     if (ui->isSource->isChecked() && !ui->sourceField->position())
         problems.push_back({"source", "Name a source, or give its RA and Dec."});
     if (ui->isZrtUtc->isChecked() && parameters.utc.isEmpty())
@@ -186,14 +199,14 @@ Days::FourierDaysParameters FourierForm::readParameters(std::vector<FieldProblem
 void FourierForm::showProblems(const std::vector<FieldProblem> &problems)
 {
     for (const FieldProblem &old : planProblems) {
-        if (QWidget *const field = DaysFields::fieldOf(this, old.field))
+        if (QWidget *const field = FieldValues::find(this, old.field))
             FieldStyles::setStyle(field, "");
     }
     planProblems = problems;
     QStringList texts;
     for (const FieldProblem &problem : problems) {
         texts << problem.text;
-        if (QWidget *const field = DaysFields::fieldOf(this, problem.field))
+        if (QWidget *const field = FieldValues::find(this, problem.field))
             FieldStyles::setStyle(field, FieldStyles::failing);
     }
     texts.removeDuplicates();
@@ -270,7 +283,7 @@ void FourierForm::compute()
     SpectraRequest request = {recordings, directory, readParameters(problems)};
     showProblems(problems);
     if (!problems.empty()) {
-        if (QWidget *const field = DaysFields::fieldOf(this, problems.front().field))
+        if (QWidget *const field = FieldValues::find(this, problems.front().field))
             field->setFocus();
         return;
     }

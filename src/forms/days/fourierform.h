@@ -12,7 +12,6 @@
 class DaysModel;
 class LastValues;
 class SpectrumView;
-class QSortFilterProxyModel;
 namespace Ui {
 class FourierForm;
 }
@@ -48,6 +47,7 @@ private:
     void fillPresets();
     void chooseStart();
     void changeInput();
+    bool counts(const QWidget *field) const;
     Days::FourierDaysParameters readParameters(std::vector<FieldProblem> &problems) const;
     void showProblems(const std::vector<FieldProblem> &problems);
     void plan();
@@ -65,6 +65,11 @@ private:
     void switchDay(int row, bool isOn);
     void switchAll(std::optional<bool> isOn);
     void leaveOut(int line);
+    void leaveOutFrequency(double frequency);
+    void leaveOutEntry(double frequency, int harmonics);
+    void countAgain(double frequency, double tolerance);
+    std::optional<std::vector<Days::Interference>> listedInterference();
+    void keepInterference(const std::vector<Days::Interference> &entries, const QString &done);
     void editInterference();
     void readInterference();
     QString planText(const Days::DayPlan &plan) const;
@@ -78,7 +83,6 @@ private:
     std::unique_ptr<LastValues> lastValues;
     SpectrumView *view = nullptr;
     DaysModel *const days;
-    QSortFilterProxyModel *const sortedDays;
     std::vector<Days::Interference> leftOut; // of the program
 
     std::vector<FieldProblem> planProblems;   // of the inputs as they stand

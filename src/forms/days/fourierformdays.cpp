@@ -4,6 +4,7 @@
 #include "app/shell/directoryof.h"
 #include "app/shell/errorbox.h"
 #include "app/shell/settings.h"
+#include "app/shell/statusline.h"
 #include "coords/skyposition.h"
 #include "forms/days/daysmodel.h"
 #include "forms/days/fourierform.h"
@@ -11,14 +12,13 @@
 #include "forms/days/interferencedialog.h"
 #include "forms/days/linesmodel.h"
 #include "forms/days/spectrumview.h"
+#include "picture/ticks.h"
 #include "plot/savedialog.h"
 #include "ui_fourierform.h"
 
-#include <QClipboard>
 #include <QDir>
 #include <QFileInfo>
-#include <QGuiApplication>
-#include <QStatusBar>
+#include <cmath>
 
 namespace {
 
@@ -131,7 +131,7 @@ void FourierForm::listDays(const Days::DayPlan &made)
 
 void FourierForm::showDays()
 {
-    std::vector<DayRow> rows = days->rows();
+    std::vector<DayRow> rows = days->dayRows();
     for (std::size_t i = 0; i < spectra->days().size(); ++i) {
         const Days::FourierDay &day = spectra->days()[i];
         DayRow &row = rows[i];
@@ -177,10 +177,7 @@ void FourierForm::restackAnew()
 
 void FourierForm::readInterference()
 {
-    const Days::InterferenceList list = Days::readInterference(Days::interferencePath());
-    leftOut = list.entries;
-    if (!list.problem.isEmpty())
-        showError(window(), "The list of interference cannot be used.", list.problem);
+    leftOut = listedInterference().value_or(std::vector<Days::Interference>());
 }
 
 void FourierForm::editInterference()
@@ -197,14 +194,61 @@ void FourierForm::leaveOut(int line)
     if (!outcome || line < 0 || line >= int(outcome->stack.lines.size()))
         return;
     const Days::FourierLine &found = outcome->stack.lines[std::size_t(line)];
-    std::vector<Days::Interference> entries =
-        Days::readInterference(Days::interferencePath()).entries;
-    entries.push_back({found.telescope, false, outcome->stack.binWidth, found.harmonics, {}});
+    leaveOutEntry(found.telescope, found.harmonics);
+}
+
+void FourierForm::leaveOutFrequency(double frequency)
+{
+    if (outcome)
+        leaveOutEntry(frequency, 1);
+}
+
+// A bin at either side, in numbers that a reader of the list can grasp.
+void FourierForm::leaveOutEntry(double frequency, int harmonics)
+{
+    const double step = Plot::roundStepAbove(outcome->stack.binWidth / 100);
+    const auto rounded = [step](double value) {
+        return step < 1 ? std::round(value / step) / std::round(1 / step) : value;
+    };
+    const Days::Interference entry = {
+        rounded(frequency), false, rounded(outcome->stack.binWidth), harmonics, {}};
+    if (std::optional<std::vector<Days::Interference>> entries = listedInterference()) {
+        entries->push_back(entry);
+        keepInterference(*entries, "Left out: " + entry.text());
+    }
+}
+
+void FourierForm::countAgain(double frequency, double tolerance)
+{
+    std::optional<std::vector<Days::Interference>> entries = listedInterference();
+    if (!entries)
+        return;
+    QStringList texts;
+    for (const Days::Interference &entry :
+         Days::takeOutInterference(*entries, frequency, tolerance))
+        texts << entry.text();
+    keepInterference(*entries, "Counts again: " + texts.join("; "));
+}
+
+// A list that cannot be read stays as it is, and the user is told.
+std::optional<std::vector<Days::Interference>> FourierForm::listedInterference()
+{
+    const Days::InterferenceList list = Days::readInterference(Days::interferencePath());
+    if (list.problem.isEmpty())
+        return list.entries;
+    showError(window(), "The list of interference cannot be used.", list.problem);
+    return {};
+}
+
+void FourierForm::keepInterference(const std::vector<Days::Interference> &entries,
+                                   const QString &done)
+{
     if (const WriteFailure failure = Days::writeInterference(Days::interferencePath(), entries)) {
         showError(window(), "The list of interference was not written.", failure.text());
         return;
     }
-    readInterference();
+    StatusLine::show(done);
+    leftOut = entries;
     restack();
 }
 
@@ -259,10 +303,7 @@ void FourierForm::copyCommand()
         Days::fourierDaysCommand(Days::surveyCommand, parameters, {}, {directory});
     const QString stack = Days::fourierDaysCommand(Days::fourierDaysAnalyses().front().command,
                                                    parameters, daysOff(), {directory});
-    QGuiApplication::clipboard()->setText(survey + "\n" + stack + "\n");
-    constexpr int shownMs = 5000;
-    Settings::instance()->ui().statusbar->showMessage("Both commands are in the clipboard.",
-                                                      shownMs);
+    StatusLine::copyCommand(survey + "\n" + stack + "\n");
 }
 
 void FourierForm::saveSpectra()

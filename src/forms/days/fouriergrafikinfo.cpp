@@ -18,9 +18,8 @@ FourierGrafikInfo::FourierGrafikInfo(QWidget *parent)
     : QWidget(parent), ui(new Ui::FourierGrafikInfo), model(new LinesModel(this))
 {
     ui->setupUi(this);
-    ui->lines->setModel(model);
+    ui->lines->showTable(model);
     ui->lines->verticalHeader()->hide();
-    ui->lines->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 4);
     ui->lines->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     ui->lines->horizontalHeader()->setStretchLastSection(true);
     reserveCoordsHeight();

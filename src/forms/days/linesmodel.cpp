@@ -25,28 +25,22 @@ void LinesModel::setLines(std::vector<Days::FourierLine> newLines)
     endResetModel();
 }
 
-int LinesModel::rowCount(const QModelIndex &parent) const
+TableModel::Column LinesModel::column(int index) const
 {
-    return parent.isValid() ? 0 : int(all.size());
+    static const Column told[PlaceCount] = {
+        {"Sigma", "Significance of the harmonic sum after all trials", true},
+        {"Hz", "Frequency at the barycentre, or at the telescope where the direction is unknown",
+         true},
+        {"Period, s", "Period of that frequency", true},
+        {"H", "Harmonics that are summed", true},
+        {"Marks", "What speaks against a pulsar, and known pulsars of this period"}};
+    return told[index];
 }
 
-int LinesModel::columnCount(const QModelIndex &parent) const
+QString LinesModel::text(int row, int column) const
 {
-    return parent.isValid() ? 0 : ColumnCount;
-}
-
-QVariant LinesModel::data(const QModelIndex &index, int role) const
-{
-    if (!index.isValid())
-        return {};
-    const Days::FourierLine &line = all[std::size_t(index.row())];
-    if (role == Qt::TextAlignmentRole && index.column() != Marks)
-        return int(Qt::AlignRight | Qt::AlignVCenter);
-    if (role == Qt::ToolTipRole)
-        return line.marks().isEmpty() ? QVariant() : QVariant(line.marks().join("\n"));
-    if (role != Qt::DisplayRole)
-        return {};
-    switch (index.column()) {
+    const Days::FourierLine &line = all[std::size_t(row)];
+    switch (column) {
     case Sigma:
         return sigmaText(line.sigma);
     case Frequency:
@@ -54,25 +48,16 @@ QVariant LinesModel::data(const QModelIndex &index, int role) const
     case Period:
         return number(line.period());
     case Harmonics:
-        return line.harmonics;
+        return QString::number(line.harmonics);
     default:
         return line.marks().join("; ");
     }
 }
 
-QVariant LinesModel::headerData(int section, Qt::Orientation orientation, int role) const
+QVariant LinesModel::look(int row, int /*column*/, int role) const
 {
-    if (orientation != Qt::Horizontal || section >= ColumnCount)
-        return {};
-    const char *const names[ColumnCount] = {"Sigma", "Hz", "Period, s", "H", "Marks"};
-    const char *const tips[ColumnCount] = {
-        "Significance of the harmonic sum after all trials",
-        "Frequency at the barycentre, or at the telescope where the direction is unknown",
-        "Period of that frequency", "Harmonics that are summed",
-        "What speaks against a pulsar, and known pulsars of this period"};
-    if (role == Qt::DisplayRole)
-        return names[section];
-    return role == Qt::ToolTipRole ? QVariant(tips[section]) : QVariant();
+    const QStringList marks = all[std::size_t(row)].marks();
+    return role == Qt::ToolTipRole && !marks.isEmpty() ? QVariant(marks.join("\n")) : QVariant();
 }
 
 namespace DayTexts {

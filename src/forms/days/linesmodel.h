@@ -1,27 +1,28 @@
 #pragma once
 
 #include "analyses/days/fourierstack.h"
+#include "fields/tablemodel.h"
 
-#include <QAbstractTableModel>
 #include <vector>
 
 /// The lines of a stack, strongest first.
-class LinesModel : public QAbstractTableModel {
+class LinesModel : public TableModel {
     Q_OBJECT
 
 public:
-    enum Column { Sigma, Frequency, Period, Harmonics, Marks, ColumnCount };
+    enum Place { Sigma, Frequency, Period, Harmonics, Marks, PlaceCount };
 
-    using QAbstractTableModel::QAbstractTableModel;
+    using TableModel::TableModel;
 
     void setLines(std::vector<Days::FourierLine> newLines);
     const std::vector<Days::FourierLine> &lines() const { return all; }
 
-    int rowCount(const QModelIndex &parent = {}) const override;
-    int columnCount(const QModelIndex &parent = {}) const override;
-    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
-    QVariant headerData(int section, Qt::Orientation orientation,
-                        int role = Qt::DisplayRole) const override;
+protected:
+    int rows() const override { return int(all.size()); }
+    int columns() const override { return PlaceCount; }
+    Column column(int index) const override;
+    QString text(int row, int column) const override;
+    QVariant look(int row, int column, int role) const override;
 
 private:
     std::vector<Days::FourierLine> all;

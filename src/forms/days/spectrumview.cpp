@@ -8,6 +8,10 @@
 #include "plot/picturemenu.h"
 #include "plot/pulsargrafik.h"
 
+#include <QAction>
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
 #include <algorithm>
 #include <cmath>
 
@@ -51,6 +55,17 @@ SpectrumView::SpectrumView(QWidget *parent) : QSplitter(Qt::Horizontal, parent)
     connect(picture, &DayPicture::dayClicked, this, &SpectrumView::dayClicked);
     connect(grafik, &PulsarGrafik::fundamentalChanged, this, &SpectrumView::markedFrequencyChanged);
     connect(info, &FourierGrafikInfo::lineChosen, this, &SpectrumView::goTo);
+
+    leaveOut = new QAction("Leave this frequency out\tX", this);
+    leaveOut->setObjectName("leaveOutHere");
+    leaveOut->setEnabled(false);
+    connect(leaveOut, &QAction::triggered, this, &SpectrumView::toggleLeftOut);
+    for (QWidget *const shown : std::initializer_list<QWidget *>{picture, grafik}) {
+        shown->setToolTip(
+            "Ctrl and a click, or X: leave the frequency here out, or count it again");
+        shown->addAction(leaveOut);
+        shown->installEventFilter(this);
+    }
 }
 
 void SpectrumView::showStack(const DayList &days, const std::vector<bool> &chosen,
@@ -73,6 +88,7 @@ void SpectrumView::showStack(const DayList &days, const std::vector<bool> &chose
     }
     picture->setRows(std::move(rows), days);
     info->setStack(stack);
+    leaveOut->setEnabled(!isOnlyLines && !stack.sigma.empty());
 }
 
 void SpectrumView::showMessage(const QString &message)
@@ -83,10 +99,14 @@ void SpectrumView::showMessage(const QString &message)
     grafik->showMessage(message);
     picture->setRows({}, nullptr);
     info->setStack(stack);
+    leaveOut->setEnabled(false);
 }
 
 void SpectrumView::showOnlyLines()
 {
+    isOnlyLines = true;
+    leaveOut->setVisible(false);
+    grafik->setToolTip({});
     picture->hide();
     info->showOnlyLines();
 }
@@ -103,17 +123,23 @@ double SpectrumView::powerOf(const Days::FourierDay &day, double bin) const
     return own >= 0 && own < double(day.powers.size()) ? double(day.powers[std::size_t(own)]) : -1;
 }
 
-// A pixel may hold many bins; the pointer means the highest of them.
+// A pixel may hold many bins.
+SpectrumView::Bins SpectrumView::binsAround(double index) const
+{
+    const double reach = std::max(0.5, pointerAccuracy * grafik->dataPerPixel().x());
+    const auto last = double(stack.sigma.size() - 1);
+    return {std::size_t(std::clamp(std::ceil(index - reach), 0.0, last)),
+            std::size_t(std::clamp(std::floor(index + reach), 0.0, last))};
+}
+
+// The pointer means the highest bin, or one that is left out.
 void SpectrumView::pointAt(double index, int day)
 {
     if (stack.sigma.empty())
         return;
-    const double reach = std::max(0.5, pointerAccuracy * grafik->dataPerPixel().x());
-    const auto last = double(stack.sigma.size() - 1);
-    const auto begin = std::size_t(std::clamp(std::ceil(index - reach), 0.0, last));
-    const auto end = std::size_t(std::clamp(std::floor(index + reach), 0.0, last));
-    std::size_t best = begin;
-    for (std::size_t bin = begin; bin <= end; ++bin) {
+    const Bins around = binsAround(index);
+    std::size_t best = around.begin;
+    for (std::size_t bin = around.begin; bin <= around.last; ++bin) {
         const auto valueAt = [&](std::size_t place) {
             return day >= 0 ? powerOf((*shownDays)[std::size_t(day)], double(place))
                             : double(stack.sigma[place]);
@@ -121,9 +147,72 @@ void SpectrumView::pointAt(double index, int day)
         if (valueAt(bin) > valueAt(best))
             best = bin;
     }
-    cursorBin = double(best);
+    cursorIndex = index;
+    cursorDay = day;
+    const std::optional<std::size_t> left = leftOutBin();
+    cursorBin = double(left.value_or(best));
+    leaveOut->setText(left ? "Count this frequency again\tX" : "Leave this frequency out\tX");
     info->setCoords(coordsText(*cursorBin, day));
     emit cursorMoved();
+}
+
+// Near the pointer, if there is any.
+std::optional<std::size_t> SpectrumView::leftOutBin() const
+{
+    const Bins around = binsAround(cursorIndex);
+    for (std::size_t bin = around.begin; bin <= around.last && bin < stack.leftOut.size(); ++bin)
+        if (stack.leftOut[bin])
+            return bin;
+    return {};
+}
+
+// Interference stands still at the telescope, where a day has its own frequency.
+void SpectrumView::toggleLeftOut()
+{
+    if (!cursorBin || stack.sigma.empty() || !leaveOut->isEnabled())
+        return;
+    const double mean = stack.isTurned && std::isfinite(stack.ratio) ? stack.ratio : 1;
+    if (const std::optional<std::size_t> bin = leftOutBin()) {
+        constexpr double widening = 1.5;     // bins
+        constexpr double earthMotion = 2e-4; // from one end of a year to the other
+        const double turned = stack.isTurned ? earthMotion * double(*bin) : 0;
+        emit countAgainWanted(stack.frequency(double(*bin)) * mean,
+                              stack.binWidth * (widening + turned));
+        return;
+    }
+    for (std::size_t line = 0; line < stack.lines.size(); ++line)
+        if (std::abs(stack.lines[line].bin - *cursorBin) <= 1) {
+            emit lineLeftOut(int(line));
+            return;
+        }
+    const double ratio = cursorDay >= 0 ? ratioOf((*shownDays)[std::size_t(cursorDay)]) : mean;
+    emit frequencyLeftOut(stack.frequency(*cursorBin) * ratio);
+}
+
+// A click with Ctrl in either picture.
+bool SpectrumView::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() != QEvent::MouseButtonPress || !leaveOut->isEnabled())
+        return QSplitter::eventFilter(watched, event);
+    const auto *const press = static_cast<QMouseEvent *>(event);
+    if (press->button() != Qt::LeftButton || press->modifiers() != Qt::ControlModifier)
+        return QSplitter::eventFilter(watched, event);
+    QMouseEvent move(QEvent::MouseMove, press->localPos(), press->screenPos(), Qt::NoButton,
+                     Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(watched, &move);
+    grafik->setFocus(Qt::MouseFocusReason);
+    toggleLeftOut();
+    return true;
+}
+
+void SpectrumView::keyPressEvent(QKeyEvent *event)
+{
+    constexpr int cyrillicKeyX = 0x0427; // what X gives in a Russian keyboard layout
+    if (event->modifiers() == Qt::NoModifier &&
+        (event->key() == Qt::Key_X || event->key() == cyrillicKeyX))
+        toggleLeftOut();
+    else
+        QSplitter::keyPressEvent(event);
 }
 
 QString SpectrumView::coordsText(double bin, int day) const
@@ -145,7 +234,9 @@ QString SpectrumView::coordsText(double bin, int day) const
                      .arg(textOfTime(own.begin, "yyyy-MM-dd hh:mm"))
                      .arg(powerOf(own, bin), 0, 'f', 2);
     }
-    if (place < std::size_t(Days::lowestBin))
+    if (place < stack.leftOut.size() && stack.leftOut[place])
+        lines << "Left out; Ctrl+click or X counts it again";
+    else if (place < std::size_t(Days::lowestBin))
         lines << "Leftovers of the base line, not ranked";
     return lines.join('\n');
 }

@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+class QAction;
 class DayPicture;
 class FourierGrafikInfo;
 class PulsarGrafik;
@@ -50,9 +51,28 @@ signals:
     void cursorMoved();
     void markedFrequencyChanged();
     void dayClicked(int day);
+    /// A line of the stack, or a frequency (Hz at the telescope) where there is none, shall be left
+    /// out: Ctrl and a click there, or X with the pointer there.
+    void lineLeftOut(int line);
+    void frequencyLeftOut(double frequency);
+    /// The same where the frequency is left out already: it shall count again.
+    ///
+    /// @param tolerance  Hz
+    void countAgainWanted(double frequency, double tolerance);
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    struct Bins {
+        std::size_t begin = 0;
+        std::size_t last = 0;
+    };
+    Bins binsAround(double index) const;
+    std::optional<std::size_t> leftOutBin() const;
     void pointAt(double index, int day);
+    void toggleLeftOut();
     double powerOf(const Days::FourierDay &day, double bin) const;
     double ratioOf(const Days::FourierDay &day) const;
     QString coordsText(double index, int day) const;
@@ -63,4 +83,8 @@ private:
     DayList shownDays;
     Days::FourierStack stack;
     std::optional<double> cursorBin;
+    double cursorIndex = 0; // that was pointed at
+    int cursorDay = -1;     // in the picture of days; -1: in the plot
+    QAction *leaveOut = nullptr;
+    bool isOnlyLines = false;
 };

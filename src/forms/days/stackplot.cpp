@@ -6,6 +6,25 @@
 #include <algorithm>
 #include <limits>
 
+namespace {
+
+// The bins one after the other, each from half a bin before to half a bin behind it.
+std::vector<Plot::Range> leftOutOf(const Days::FourierStack &stack)
+{
+    std::vector<Plot::Range> parts;
+    for (auto from = stack.leftOut.begin(); from != stack.leftOut.end();) {
+        from = std::find(from, stack.leftOut.end(), true);
+        const auto to = std::find(from, stack.leftOut.end(), false);
+        if (to != from)
+            parts.push_back({double(from - stack.leftOut.begin()) - 0.5,
+                             double(to - stack.leftOut.begin()) - 0.5});
+        from = to;
+    }
+    return parts;
+}
+
+} // namespace
+
 PlotData stackPlot(const Days::FourierStack &stack, const QStringList &source)
 {
     constexpr float none = std::numeric_limits<float>::quiet_NaN();
@@ -29,6 +48,8 @@ PlotData stackPlot(const Days::FourierStack &stack, const QStringList &source)
     plot.colours = {plotColour(0).code, grey};
     plot.yName = "significance of one bin";
     plot.yUnit = "sigma";
+    plot.hasAmplitudes = false;
+    plot.leftOut = leftOutOf(stack);
     plot.source = source;
     return plot;
 }

@@ -45,8 +45,8 @@ const PulsarAnalysis &analysis()
 
 } // namespace
 
-FfaForm::FfaForm(const QString &path, QWidget *parent)
-    : RecordingForm(path, parent), ui(new Ui::FfaForm)
+FfaForm::FfaForm(const QString &filePath, QWidget *parent)
+    : RecordingForm(filePath, parent), ui(new Ui::FfaForm)
 {
     ui->setupUi(this);
     if (!open())
@@ -132,7 +132,7 @@ std::vector<FieldProblem> FfaForm::readParameters(PulsarParameters &parameters)
     FfaParameters &ffa = parameters.ffa;
     if (!ffa.deredden || ui->rmed_width->text().isEmpty())
         ffa.rmed_width = Tools::presetMedianWidth(ffa.period_max, points, data.tresolution);
-    std::vector<FieldProblem> problems = unreadProblems();
+    std::vector<FieldProblem> problems = FieldValues::problems(this, unread);
     for (const FieldProblem &problem : findProblems(analysis().name, data, parameters)) {
         const bool isKnown = std::any_of(problems.begin(), problems.end(), [&](const auto &known) {
             return known.field == problem.field;
@@ -158,7 +158,7 @@ void FfaForm::showEstimate()
     if (!isGood)
         return;
     constexpr double megabyte = 1e6;
-    const FfaEstimate size = Tools::estimateFfa(parameters.ffa, points, data.tresolution);
+    const FfaEstimate size = estimateSearch(parameters, points, data.tresolution);
     ui->estimate->setText(
         QString("%1 s of data, %2 MB of memory\n%3 periods x %4 widths\n%5; noise "
                 "reaches S/N %6")
@@ -209,7 +209,7 @@ QString FfaForm::command()
 {
     PulsarParameters parameters;
     const std::vector<FieldProblem> problems = readParameters(parameters);
-    return showProblems(problems) ? ffaCommand(parameters, recordingPath) : QString();
+    return showProblems(problems) ? ffaCommand(parameters, path) : QString();
 }
 
 void FfaForm::search()
@@ -221,8 +221,7 @@ void FfaForm::search()
         return;
     }
     const int points = PulsarCalculate(data, parameters).ffaPoints();
-    const Searched asked = {parameters,
-                            Tools::estimateFfa(parameters.ffa, points, data.tresolution)};
+    const Searched asked = {parameters, estimateSearch(parameters, points, data.tresolution)};
     const FfaSearchRequest request = {data, parameters, {}, mostCandidates};
     using Outcome = std::shared_ptr<const FfaSearchOutcome>;
     worker.start<Outcome>(

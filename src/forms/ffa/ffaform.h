@@ -21,9 +21,9 @@ class FfaForm : public RecordingForm {
     Q_OBJECT
 
 public:
-    /// @param path    full path of a recording
+    /// @param filePath  full path of a recording
     /// @param parent  the main window
-    FfaForm(const QString &path, QWidget *parent);
+    FfaForm(const QString &filePath, QWidget *parent);
     ~FfaForm() override;
 
 public slots:

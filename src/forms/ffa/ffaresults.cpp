@@ -5,55 +5,37 @@
 #include "app/shell/settings.h"
 #include "base/bytetext.h"
 #include "base/wholefile.h"
+#include "forms/ffa/candidatesmodel.h"
 #include "forms/savefolder.h"
 #include "plot/picturemenu.h"
 #include "ui_ffaresults.h"
 
-#include <QClipboard>
 #include <QFileDialog>
-#include <QKeyEvent>
+#include <QItemSelectionModel>
 #include <QSignalBlocker>
 
-namespace {
-
-const int remarkColumn = Results::shownTitles().indexOf("remark");
-
-} // namespace
-
-FfaResults::FfaResults(QWidget *parent) : QWidget(parent), ui(new Ui::FfaResults)
+FfaResults::FfaResults(QWidget *parent)
+    : QWidget(parent), ui(new Ui::FfaResults), model(new CandidatesModel(this))
 {
     ui->setupUi(this);
-    const QStringList titles = Results::shownTitles();
-    ui->candidates->setColumnCount(titles.size());
-    ui->candidates->setHorizontalHeaderLabels(QStringList(titles).replaceInStrings(", ", "\n"));
-    const QFontMetrics metrics = fontMetrics();
-    ui->candidates->verticalHeader()->setDefaultSectionSize(metrics.height() + 4);
-    connect(ui->candidates, &QTableWidget::currentCellChanged, this,
-            [this](int row, int, int before, int) {
-                if (row >= 0 && row != before)
-                    emit candidateChosen(row);
+    ui->candidates->showSorted(model);
+    connect(ui->candidates->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+            [this](const QModelIndex &current) {
+                if (current.isValid())
+                    emit candidateChosen(ui->candidates->tableRow(current));
             });
-    connect(ui->candidates, &QTableWidget::cellClicked, this, &FfaResults::candidateChosen);
+    connect(ui->candidates, &QTableView::clicked, this, [this](const QModelIndex &clicked) {
+        emit candidateChosen(ui->candidates->tableRow(clicked));
+    });
     connect(ui->widthChoice, QOverload<int>::of(&QComboBox::activated), this,
             [this] { emit widthChosen(shownWidth()); });
-    connect(ui->copyButton, &QPushButton::clicked, this, &FfaResults::copyTable);
+    connect(ui->copyButton, &QPushButton::clicked, ui->candidates, &TableView::copy);
     connect(ui->saveButton, &QPushButton::clicked, this, &FfaResults::saveTable);
     connect(ui->refineButton, &QPushButton::clicked, this, &FfaResults::refineRequested);
-    ui->candidates->installEventFilter(this);
     shareSaveFolder(new PictureMenu(ui->foldView));
 }
 
 FfaResults::~FfaResults() = default;
-
-// The table itself would copy one cell.
-bool FfaResults::eventFilter(QObject *watched, QEvent *event)
-{
-    if (event->type() != QEvent::KeyPress ||
-        !static_cast<QKeyEvent *>(event)->matches(QKeySequence::Copy))
-        return QWidget::eventFilter(watched, event);
-    copyTable();
-    return true;
-}
 
 void FfaResults::showSearch(const std::vector<FfaCandidate> &candidates,
                             const std::vector<quint64> &widths, const QString &noise,
@@ -81,40 +63,25 @@ void FfaResults::showSearch(const std::vector<FfaCandidate> &candidates,
 
 void FfaResults::fillTable(const std::vector<FfaCandidate> &candidates)
 {
-    const QSignalBlocker blocker(ui->candidates);
-    ui->candidates->clearSelection();
-    ui->candidates->setCurrentCell(-1, -1);
-    ui->candidates->setRowCount(int(candidates.size()));
-    for (int row = 0; row < int(candidates.size()); ++row)
-        setRow(row, candidates[std::size_t(row)]);
+    model->setCandidates(candidates);
     ui->candidates->resizeColumnsToContents();
     ui->candidates->scrollToTop();
 }
 
 void FfaResults::showCandidate(int row, const FfaCandidate &candidate)
 {
-    setRow(row, candidate);
+    model->setCandidate(row, candidate);
     ui->candidates->resizeColumnsToContents();
-}
-
-void FfaResults::setRow(int row, const FfaCandidate &candidate)
-{
-    const QStringList fields = Results::shownFields(Tools::tableCandidate(candidate), row + 1);
-    for (int column = 0; column < fields.size(); ++column) {
-        auto *const item = new QTableWidgetItem(fields[column]);
-        const bool isNumber = column != remarkColumn;
-        item->setTextAlignment(int((isNumber ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter));
-        ui->candidates->setItem(row, column, item);
-    }
 }
 
 void FfaResults::selectRow(int row)
 {
-    const QSignalBlocker blocker(ui->candidates);
-    if (row >= 0)
-        ui->candidates->selectRow(row);
-    else
-        ui->candidates->clearSelection();
+    QItemSelectionModel *const selection = ui->candidates->selectionModel();
+    const QSignalBlocker blocker(this); // nothing is chosen
+    if (row < 0)
+        return selection->clearSelection();
+    ui->candidates->setCurrentIndex(ui->candidates->shownIndex(row));
+    ui->candidates->selectRow(ui->candidates->shownIndex(row).row());
 }
 
 void FfaResults::showFold(const FfaFold &fold, double length, const QString &text)
@@ -141,26 +108,6 @@ int FfaResults::shownWidth() const
     return std::max(ui->widthChoice->currentIndex(), 0) - 1;
 }
 
-QString FfaResults::tableText(bool onlySelected) const
-{
-    QString text = Results::shownTitles().join('\t') + "\n";
-    const bool all = !onlySelected || ui->candidates->selectedItems().isEmpty();
-    for (int row = 0; row < ui->candidates->rowCount(); ++row) {
-        if (!all && !ui->candidates->item(row, 0)->isSelected())
-            continue;
-        QStringList fields;
-        for (int column = 0; column < ui->candidates->columnCount(); ++column)
-            fields << ui->candidates->item(row, column)->text();
-        text += fields.join('\t') + "\n";
-    }
-    return text;
-}
-
-void FfaResults::copyTable() const
-{
-    QApplication::clipboard()->setText(tableText(true));
-}
-
 void FfaResults::saveTable()
 {
     const QString path = QFileDialog::getSaveFileName(this, "Saving file", savePath,
@@ -172,7 +119,7 @@ void FfaResults::saveTable()
     QString text;
     for (const QString &line : std::as_const(sourceLines))
         text += "# " + line + "\n";
-    text += tableText(false);
+    text += model->allText();
     if (const WriteFailure failure = writeWhole(path, bytesOfText(text)))
         showError(this, "The table cannot be saved.",
                   failure.text() + "\nChoose another folder or free some room.");

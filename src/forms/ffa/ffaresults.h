@@ -7,6 +7,7 @@
 #include <QWidget>
 #include <memory>
 
+class CandidatesModel;
 namespace Ui {
 class FfaResults;
 }
@@ -28,10 +29,10 @@ public:
     void showSearch(const std::vector<FfaCandidate> &candidates, const std::vector<quint64> &widths,
                     const QString &noise, const QStringList &source, const QString &path);
 
-    /// Replaces one row of the table.
+    /// Replaces one candidate of the table.
     void showCandidate(int row, const FfaCandidate &candidate);
 
-    /// Selects a row without choosing it again; below 0: none.
+    /// Selects a candidate without choosing it again; below 0: none.
     void selectRow(int row);
 
     /// @param length  s, of the series
@@ -45,8 +46,6 @@ public:
     int shownWidth() const;
 
 public slots:
-    /// Copies the selected rows, or all where none is, as text with tabs.
-    void copyTable() const;
     void saveTable();
 
 signals:
@@ -54,16 +53,12 @@ signals:
     void widthChosen(int index);
     void refineRequested();
 
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 private:
     void allowRefining();
     void fillTable(const std::vector<FfaCandidate> &candidates);
-    void setRow(int row, const FfaCandidate &candidate);
-    QString tableText(bool onlySelected) const;
 
     const std::unique_ptr<Ui::FfaResults> ui;
+    CandidatesModel *const model;
     QStringList sourceLines;
     QString savePath;
     bool hasFold = false;

@@ -1,5 +1,7 @@
 #include "forms/ffa/foldview.h"
 
+#include "picture/colourmap.h"
+
 #include <QMouseEvent>
 #include <QPainter>
 #include <QToolTip>
@@ -21,7 +23,7 @@ QImage greyPicture(const FfaFold &fold)
     std::vector<float> values;
     std::copy_if(fold.picture.begin(), fold.picture.end(), std::back_inserter(values),
                  [](float value) { return std::isfinite(value); });
-    QImage picture(bins, fold.parts, QImage::Format_Grayscale8);
+    QImage picture(bins, fold.parts, QImage::Format_RGB32);
     picture.fill(Qt::white);
     if (values.empty())
         return picture;
@@ -29,13 +31,11 @@ QImage greyPicture(const FfaFold &fold)
     const float low = values[values.size() / 20];
     const float high = values[std::size_t(double(values.size() - 1) * darkShare)];
     for (int part = 0; part < fold.parts; ++part) {
-        uchar *const line = picture.scanLine(fold.parts - 1 - part);
-        for (int b = 0; b < bins; ++b) {
-            const float value =
-                fold.picture[std::size_t(part) * std::size_t(bins) + std::size_t(b)];
-            const float level = high > low ? (value - low) / (high - low) : 0;
-            line[b] = std::isfinite(level) ? uchar(255 - 255 * std::clamp(level, 0.0F, 1.0F)) : 255;
-        }
+        auto *const line = reinterpret_cast<QRgb *>(picture.scanLine(fold.parts - 1 - part));
+        const float *const row = fold.picture.data() + std::size_t(part) * std::size_t(bins);
+        for (int b = 0; b < bins; ++b)
+            if (std::isfinite(row[b]))
+                line[b] = Plot::colourOfValue(row[b], low, high, Plot::greyMap());
     }
     return picture;
 }
@@ -100,7 +100,8 @@ void FoldView::paintEvent(QPaintEvent * /*event*/)
     paintWidths(painter, places.widths);
 }
 
-// Left of each frame stand its upper and lower value, below it a line of texts.
+// Left of each frame stand its upper and lower value and what they are, where no curve runs; below
+// it a line of texts.
 FoldView::Frames FoldView::frames() const
 {
     const int line = fontMetrics().height();
@@ -205,7 +206,7 @@ void FoldView::paintProfile(QPainter &painter, const QRect &frame) const
     const QRect texts(0, frame.top(), frame.left() - 4, frame.height());
     drawText(painter, texts, Qt::AlignRight | Qt::AlignTop, QString::number(*high, 'f', 2));
     drawText(painter, texts, Qt::AlignRight | Qt::AlignBottom, QString::number(*low, 'f', 2));
-    drawText(painter, frame.adjusted(4, 0, 0, 0), Qt::AlignLeft | Qt::AlignTop, "mean, sigma");
+    drawText(painter, texts, Qt::AlignRight | Qt::AlignVCenter, "sigma");
 }
 
 void FoldView::paintPicture(QPainter &painter, const QRect &frame) const
@@ -255,7 +256,7 @@ void FoldView::paintWidths(QPainter &painter, const QRect &frame) const
     const QRect texts(0, frame.top(), frame.left() - 4, frame.height());
     drawText(painter, texts, Qt::AlignRight | Qt::AlignTop, QString::number(highest, 'f', 1));
     drawText(painter, texts, Qt::AlignRight | Qt::AlignBottom, "0");
-    drawText(painter, frame.adjusted(4, 0, -4, 0), Qt::AlignRight | Qt::AlignTop, "S/N");
+    drawText(painter, texts, Qt::AlignRight | Qt::AlignVCenter, "S/N");
     const QRect below(frame.left(), frame.bottom() + 2, frame.width(), fontMetrics().height());
     drawText(painter, below, Qt::AlignLeft | Qt::AlignTop, "1");
     drawText(painter, below, Qt::AlignHCenter | Qt::AlignTop, "width, bins");

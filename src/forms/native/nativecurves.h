@@ -18,6 +18,10 @@ struct NativeChoice {
     int channel = 0;       ///< index from 0
     double dispersion = 0; ///< pc/cm^3, of the sum
     std::vector<bool> channelsOff;
+    // of the picture of time against frequency
+    int average = 1;          ///< fewest points in a column
+    bool isPerChannel = true; ///< level and sigma are those of each band, not of all
+    bool isZeroDm = false;    ///< see Tools::WaterfallPart
 };
 
 /// The curves of the plot. Index i of a curve stands for the point first + i x step.

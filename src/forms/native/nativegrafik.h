@@ -1,21 +1,14 @@
 #pragma once
 
 #include "data/recordingfile.h"
+#include "forms/fileform.h"
 #include "forms/native/nativecurves.h"
-#include "jobs/worker.h"
-#include "plot/pulsargrafik.h"
 
 #include <QTimer>
-#include <QWidget>
-#include <memory>
-#include <optional>
 
-class LastValues;
 class NativeInfo;
-class OverviewStrip;
-class QProgressBar;
-class QShortcut;
-class WaterfallView;
+class NativeLoader;
+class NativeView;
 namespace Ui {
 class NativeGrafik;
 }
@@ -28,86 +21,56 @@ class NativeGrafik;
 /// Construction empties the central widget, reads the passport and installs the form; samples
 /// come while the window lives. A file that cannot be used is reported in a box; the central
 /// widget then stays empty and the form deletes itself.
-class NativeGrafik : public QWidget {
+class NativeGrafik : public FileForm {
     Q_OBJECT
 
 public:
-    /// @param path         full path of a recording
+    /// @param filePath     full path of a recording
     /// @param withoutStep  0: jumps of the level are taken out of every channel and marked;
     ///                     1: the samples are shown as recorded
     /// @param parent       the main window
-    NativeGrafik(const QString &path, int withoutStep, QWidget *parent);
+    NativeGrafik(const QString &filePath, int withoutStep, QWidget *parent);
     ~NativeGrafik() override;
 
     /// Shows the surroundings of a point as soon as they are read; of a point beyond the recording
     /// nothing but a line in the status bar.
     void lookAt(int point);
 
+protected:
+    void endWork(const Jobs::Ending &ending) override;
+
 private:
-    bool openRecording(const QString &path);
-    QWidget *makeMiddle();
+    std::optional<Refusal> read();
     void fillPassport();
-    void connectInputs();
+    void offerChoices();
+    void connectChoices();
     void connectWaterfall();
-    void setDispersion(double dispersion);
+    void connectPictures();
     NativeChoice choice() const;
 
-    void request(const NativeDomain &domain, bool isRepeated = false);
-    void requestOverview();
-    void load(const NativeRequest &wanted);
-    void showFailure(const Jobs::Ending &ending);
-    void takePicture(const std::shared_ptr<const NativePicture> &delivered);
-    void showOverview();
-    void showProgress(double share);
-    void stop();
-    void endLoading();
-
-    void selectRay();
+    void setDispersion(double dispersion);
     void changeDispersion();
-    void changeSwitches(const std::vector<bool> &off);
     void toggleChannel(int channel);
-    void draw();
-    void draw(const NativeRange &part);
-    void drawCurves(const NativeRange &part);
-    void drawWaterfall();
-    void fitHeight();
-    void showStatistics();
-    void showBandpass();
-    void showNotes();
+    void changeSwitches(const std::vector<bool> &off);
 
-    NativeRange visible() const;
-    NativeRange shownPart(bool &isSelected) const;
-    void followView();
-    void showPoints(double first, double points);
-    void showCoords(QPointF coords);
-    void showWaterfallCoords(double point, int band, float value);
+    void request(const NativeDomain &domain, bool isRepeated = false);
+    void takePicture();
+    void draw();
+    void follow();
+    void showPart(const NativeRange &part);
+    void showStatistics();
+    void showNotes();
     void saveSelection();
     void showSpectrum();
 
     const std::unique_ptr<Ui::NativeGrafik> ui;
     const bool deletesSteps;
-    std::unique_ptr<LastValues> lastValues;
-    QProgressBar *progressBar = nullptr;
-    PulsarGrafik *grafik = nullptr;
-    WaterfallView *waterfall = nullptr;
-    OverviewStrip *overview = nullptr;
-    NativeInfo *info = nullptr;
-
     RecordingFile file;
-    int npoints = 0; // that the file holds whole
     std::vector<bool> channelsOff;
-
-    Jobs::Worker loader;
-    QShortcut *escape = nullptr;                  // stops the reading
-    NativeDomain asked;                           // the newest request
-    std::optional<NativeRange> pending;           // to be shown once it is there
-    std::shared_ptr<const NativePicture> picture; // what is shown
-    std::shared_ptr<const NativePicture> whole;   // of the whole recording, for the strip
-    ObservationData means;                        // of a picture without its samples
-    NativeCurves drawn;                           // without its curves: the plot has them
-    bool isSettingData = false;
-    bool isStopped = false; // by the user; goes on with the next request
-    QString loadFailure;    // of the newest request
+    NativeLoader *loader = nullptr;
+    NativeView *view = nullptr;
+    NativeInfo *info = nullptr;
+    std::optional<NativeRange> pending; // to be shown once it is there
 
     QTimer drawTimer{this};
     QTimer statisticsTimer{this};

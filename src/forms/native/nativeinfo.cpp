@@ -1,5 +1,7 @@
 #include "forms/native/nativeinfo.h"
 
+#include "forms/native/nativestatistics.h"
+#include "forms/native/nativeview.h"
 #include "ui_nativeinfo.h"
 
 #include <QEvent>
@@ -27,9 +29,16 @@ void NativeInfo::setCoords(const QString &text)
     ui->coords->setText(text);
 }
 
-void NativeInfo::setStatistics(const QString &html)
+void NativeInfo::showPart(const NativePicture &picture, const NativeView &view, const QString &name,
+                          double tresolution)
 {
-    ui->statistics->setText(html);
+    const NativeView::Part part = view.shownPart();
+    NativeTexts::StatisticsPart told =
+        nativeStatistics(picture, view.curves(), part.range, part.isSelected, tresolution);
+    told.name = name;
+    ui->statistics->setText(NativeTexts::statisticsHtml(told));
+    NativeBandpass bandpass = nativeBandpass(picture, view.visible());
+    ui->bandpass->setValues(std::move(bandpass.mean), std::move(bandpass.sigma));
 }
 
 void NativeInfo::setNotes(const QString &text)
@@ -40,11 +49,6 @@ void NativeInfo::setNotes(const QString &text)
 void NativeInfo::setFrequencies(const std::vector<double> &fbands)
 {
     ui->bandpass->setFrequencies(fbands);
-}
-
-void NativeInfo::setBandpass(std::vector<double> means, std::vector<double> sigmas)
-{
-    ui->bandpass->setValues(std::move(means), std::move(sigmas));
 }
 
 void NativeInfo::setChannelsOff(const std::vector<bool> &off)

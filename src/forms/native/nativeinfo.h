@@ -4,6 +4,8 @@
 #include <memory>
 #include <vector>
 
+class NativeView;
+struct NativePicture;
 namespace Ui {
 class NativeInfo;
 }
@@ -18,11 +20,13 @@ public:
     ~NativeInfo() override;
 
     void setCoords(const QString &text);
-    void setStatistics(const QString &html);
+    /// Statistics of what is in sight or selected, and the bandpass of what is in sight.
+    ///
+    /// @param name  of the series
+    void showPart(const NativePicture &picture, const NativeView &view, const QString &name,
+                  double tresolution);
     void setNotes(const QString &text);
     void setFrequencies(const std::vector<double> &fbands);
-    /// @param means, sigmas  one per band
-    void setBandpass(std::vector<double> means, std::vector<double> sigmas);
     void setChannelsOff(const std::vector<bool> &off);
 
 signals:

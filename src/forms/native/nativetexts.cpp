@@ -25,23 +25,6 @@ QString tableRow(const QString &name, const QString &value)
 
 } // namespace
 
-QVector<QPair<QString, QString>> passportRows(const Passport &passport)
-{
-    const QStringList known = {
-        "npoints",   "tresolution",     "nbands",    "fbands", "channels",   "modulus",
-        "modules",   "module",          "rays",      "ray",    "date_begin", "time_begin",
-        "star_time", "native_datetime", "file_path", "point",  "dispersion", "stairs_names"};
-    QMap<QString, QString> others = passport.entries;
-    QVector<QPair<QString, QString>> rows;
-    for (const QString &key : known) {
-        if (others.contains(key))
-            rows.append({key, others.take(key)});
-    }
-    for (auto entry = others.cbegin(); entry != others.cend(); ++entry)
-        rows.append({entry.key(), entry.value()});
-    return rows;
-}
-
 SizeCheck sizeCheck(const RecordingFile &file)
 {
     const qint64 announced = file.announcedSize();
@@ -82,6 +65,15 @@ QString coordsText(const ObservationData &header, double point, const QString &v
     if (const QString sidereal = siderealText(header, point); !sidereal.isEmpty())
         lines << "sidereal " + sidereal;
     return lines.join("\n");
+}
+
+QString bandText(const ObservationData &header, double point, int band, double sigmas)
+{
+    QString channel = QString("channel %1").arg(band + 1);
+    if (std::size_t(band) < header.fbands.size())
+        channel += QString(", %1 MHz").arg(header.fbands[std::size_t(band)]);
+    return coordsText(header, std::floor(point),
+                      channel + QString(", %1 sigma").arg(sigmas, 0, 'f', 2));
 }
 
 QString valueText(double value)

@@ -4,16 +4,10 @@
 #include "calc/seriesstatistics.h"
 #include "data/recordingfile.h"
 
-#include <QPair>
 #include <QString>
-#include <QVector>
 
 /// Texts of the viewer, without widgets.
 namespace NativeTexts {
-
-/// Every line of the passport as key and value: those that describe the recording first, the
-/// others by name.
-QVector<QPair<QString, QString>> passportRows(const Passport &passport);
 
 struct SizeCheck {
     bool isRight = false;
@@ -29,6 +23,9 @@ QString siderealText(const ObservationData &header, double point);
 /// Where the pointer stands, one line each: point and seconds, the given text, UTC and sidereal
 /// time where they are known.
 QString coordsText(const ObservationData &header, double point, const QString &value);
+
+/// The same where the value is one of a band, in sigmas.
+QString bandText(const ObservationData &header, double point, int band, double sigmas);
 
 /// The part of a recording that statistics speak of.
 struct StatisticsPart {

@@ -6,7 +6,8 @@
 #include <cmath>
 
 WaterfallView::Picture nativeWaterfall(const NativePicture &picture, const ObservationData &record,
-                                       const NativeWaterfall &wanted)
+                                       const NativeChoice &wanted, const NativeRange &range,
+                                       int width)
 {
     const NativeDomain &domain = picture.request.domain;
     const bool hasSamples = bool(picture.window.samples);
@@ -14,7 +15,6 @@ WaterfallView::Picture nativeWaterfall(const NativePicture &picture, const Obser
     const double step = hasSamples ? 1 : double(domain.count) / picture.reduction.columns;
     const int offset = hasSamples ? picture.offset : 0;
     const int most = hasSamples ? domain.count : picture.reduction.columns;
-    const NativeRange &range = wanted.range;
     const int begin = std::clamp(int(std::floor((range.first - domain.first) / step)), 0, most - 1);
     const int end = std::clamp(int(std::ceil((range.first + range.points - domain.first) / step)),
                                begin + 1, most);
@@ -22,7 +22,7 @@ WaterfallView::Picture nativeWaterfall(const NativePicture &picture, const Obser
     WaterfallView::Picture shown;
     shown.rows = record.channels - 1;
     const double leastAveraged = std::max(1.0, wanted.average / step);
-    shown.columns = std::min(std::max(1, int((end - begin) / leastAveraged)), wanted.width);
+    shown.columns = std::min(std::max(1, int((end - begin) / leastAveraged)), width);
     shown.first = domain.first + begin * step;
     shown.points = (end - begin) * step;
     shown.values =

@@ -2,12 +2,11 @@
 
 #include "picture/axislabels.h"
 #include "picture/plotpainter.h"
+#include "plot/handon.h"
 #include "plot/pulsargrafik.h"
 
-#include <QApplication>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
 #include <numeric>
@@ -224,15 +223,16 @@ void WaterfallView::drawWithAxis(QPainter &painter) const
 
 void WaterfallView::mousePressEvent(QMouseEvent *event)
 {
-    // The plot's keys work after a click on the picture too.
-    if (plot)
-        plot->setFocus(Qt::MouseFocusReason);
-    handOn(*event, 0);
+    if (!plot)
+        return;
+    plot->setFocus(Qt::MouseFocusReason); // its keys work after a click here too
+    Plot::handOn(*event, *plot, 0);
 }
 
 void WaterfallView::mouseMoveEvent(QMouseEvent *event)
 {
-    handOn(*event, 1); // the cursors' keys need the place of the pointer
+    if (plot)
+        Plot::handOn(*event, *plot, 1); // the cursors' keys need the place of the pointer
     if (event->buttons() != Qt::NoButton)
         return;
     const QRect inner = area();
@@ -253,35 +253,12 @@ void WaterfallView::mouseMoveEvent(QMouseEvent *event)
 
 void WaterfallView::mouseReleaseEvent(QMouseEvent *event)
 {
-    handOn(*event, 1);
+    if (plot)
+        Plot::handOn(*event, *plot, 1);
 }
 
 void WaterfallView::wheelEvent(QWheelEvent *event)
 {
-    if (!plot)
-        return;
-    const QPointF place(event->position().x(), plot->height() / 2.0);
-    QWheelEvent handed(place, plot->mapToGlobal(place.toPoint()), event->pixelDelta(),
-                       event->angleDelta(), event->buttons(), event->modifiers(), event->phase(),
-                       event->inverted());
-    QApplication::sendEvent(plot, &handed);
-    event->accept();
-}
-
-// A rectangle over the picture is one over the whole height of the plot. What drags the plot
-// along stays at one height.
-//
-// height  0 for its top, 1 for its bottom
-void WaterfallView::handOn(const QMouseEvent &event, double height) const
-{
-    if (!plot)
-        return;
-    if (plot->isPanned())
-        height = 0;
-    const int top = Plot::marginTop + 1;
-    const int bottom = plot->height() - Plot::marginBottom - 1;
-    const QPointF place(event.localPos().x(), top + height * (bottom - top));
-    QMouseEvent handed(event.type(), place, plot->mapToGlobal(place.toPoint()), event.button(),
-                       event.buttons(), event.modifiers());
-    QApplication::sendEvent(plot, &handed);
+    if (plot)
+        Plot::handOn(*event, *plot);
 }

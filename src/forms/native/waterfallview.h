@@ -70,7 +70,6 @@ private:
     void paintLabels(QPainter &painter) const;
     void paintScale(QPainter &painter) const;
     const Plot::ColourMap &colours() const { return isGrey ? Plot::greyMap() : Plot::colourMap(); }
-    void handOn(const QMouseEvent &event, double height) const;
 
     PulsarGrafik *plot = nullptr;
     std::vector<int> bandOfRow; // of the rows of the screen, from the top

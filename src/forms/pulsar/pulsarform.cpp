@@ -42,8 +42,8 @@ std::vector<const PulsarField *> plainFields()
 
 } // namespace
 
-PulsarForm::PulsarForm(const QString &path, QWidget *parent)
-    : RecordingForm(path, parent), ui(new Ui::PulsarForm)
+PulsarForm::PulsarForm(const QString &filePath, QWidget *parent)
+    : RecordingForm(filePath, parent), ui(new Ui::PulsarForm)
 {
     ui->setupUi(this);
     if (!open(shortestRecording))
@@ -60,7 +60,8 @@ PulsarForm::PulsarForm(const QString &path, QWidget *parent)
     connectInputs();
     install(grafik, info);
     if (!otherPresets.isEmpty())
-        info->showNote("Other presets suit this recording:\n" + otherPresets.join('\n'));
+        info->showNote("Presets that were changed to fit this recording:\n" +
+                       otherPresets.join('\n'));
     ui->dispersion->setFocus(); // no choice that is not made yet
     ui->dispersion->selectAll();
 }
@@ -74,22 +75,24 @@ QStringList PulsarForm::fitPresets()
     const auto fit = [&](QSpinBox *box, const char *name, int count) {
         if (box->value() <= count || count < 1)
             return;
-        lines << QString("%1 %2, for there is no %3").arg(name).arg(count).arg(box->value());
+        lines
+            << QString("%1 %2: the recording has no %1 %3").arg(name).arg(count).arg(box->value());
         box->setValue(count);
     };
     fit(ui->module, "module", data.modules);
     fit(ui->ray, "ray", data.rays);
     const int last = completePoints(data) - PulsarCalculate::fixedPoints - 1;
     if (ui->firstPoint->text().toInt() > last) {
-        lines << QString("first point 0, for sums need %1 points after %2")
+        lines << QString("first point 0: sums need %1 points, more than there are after point %2")
                      .arg(PulsarCalculate::fixedPoints)
                      .arg(ui->firstPoint->text());
         ui->firstPoint->setText("0");
     }
     const QDateTime begin = exactBegin(data);
-    if (begin.isValid() && !pointAtUtc(data, ui->zrtUtc->text()).error.isEmpty()) {
+    if (begin.isValid() && !pointAtUtc(data, ui->zrtUtc->text()).problem.text.isEmpty()) {
         const QString time = textOfTime(begin, "hh:mm:ss");
-        lines << QString("ZRT UTC %1, for %2 is not in it").arg(time, ui->zrtUtc->text());
+        lines
+            << QString("ZRT UTC %1: the recording does not hold %2").arg(time, ui->zrtUtc->text());
         ui->zrtUtc->setText(time);
     }
     return lines;
@@ -151,7 +154,7 @@ QString PulsarForm::command()
     }
     const bool isAsShown = shown && action == shown->action;
     parameters->points = worksOnChannel(action) && isAsShown ? wantedPoints : 0;
-    return pulsarCommand(action, *parameters, recordingPath);
+    return pulsarCommand(action, *parameters, path);
 }
 
 // Nothing is computed: the number takes effect as a typed one does.
@@ -200,9 +203,9 @@ void PulsarForm::compute(const QString &action, int points)
         return;
     problems.insert(problems.end(), outcome.problems.begin(), outcome.problems.end());
     if (!problems.empty()) {
-        if (ui->isZrtUtc->isChecked())
-            for (FieldProblem &problem : problems)
-                problem.field.replace("firstPoint", "zrtUtc");
+        for (FieldProblem &problem : problems)
+            if (problem.field == pulsarField("--first-point").name)
+                problem.field = startField()->objectName();
         refuse(problems, unreadFields.join("\n"));
         return;
     }
@@ -264,6 +267,11 @@ void PulsarForm::readDispersions(PulsarParameters &parameters)
     info->setDispersions(parameters.dispersions);
 }
 
+QWidget *PulsarForm::startField() const
+{
+    return ui->isFirstPoint->isChecked() ? ui->firstPoint : ui->zrtUtc;
+}
+
 // The start by point or by time, with its delta.
 void PulsarForm::readStart(PulsarParameters &parameters, std::vector<FieldProblem> &problems)
 {
@@ -279,10 +287,11 @@ void PulsarForm::readStart(PulsarParameters &parameters, std::vector<FieldProble
     parameters.startTime = ui->zrtUtc->text();
     const StartPoint start = pointAtUtc(data, parameters.startTime);
     parameters.firstPoint = start.point;
-    if (!start.error.isEmpty())
-        problems.push_back({ui->zrtUtc->objectName(),
-                            start.isWithoutTimes ? start.error + "\nChoose \"First point\" instead."
-                                                 : start.error});
+    if (start.problem.text.isEmpty())
+        return;
+    problems.push_back(start.problem);
+    if (start.isWithoutTimes)
+        problems.back().text += "\nChoose \"First point\" instead.";
 }
 
 void PulsarForm::changeDispersions(const QVector<double> &dispersions)
@@ -361,7 +370,7 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, const
 // For the report, for tables and for pictures.
 QStringList PulsarForm::computedOnLines() const
 {
-    return computedOn(recordingPath, shown->action, data, shown->parameters, shown->result);
+    return computedOn(path, shown->action, data, shown->parameters, shown->result);
 }
 
 void PulsarForm::showTexts(const Results::Report &report, const QStringList &names, int firstColour)

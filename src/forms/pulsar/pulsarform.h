@@ -23,9 +23,9 @@ public:
     /// Recordings of fewer points are refused.
     static constexpr int shortestRecording = 40000;
 
-    /// @param path    full path of a recording
+    /// @param filePath  full path of a recording
     /// @param parent  the main window
-    PulsarForm(const QString &path, QWidget *parent);
+    PulsarForm(const QString &filePath, QWidget *parent);
     ~PulsarForm() override;
 
 public slots:
@@ -54,6 +54,7 @@ private:
     std::optional<PulsarParameters> readParameters(std::vector<FieldProblem> &problems);
     void readDispersions(PulsarParameters &parameters);
     void readStart(PulsarParameters &parameters, std::vector<FieldProblem> &problems);
+    QWidget *startField() const;
     QStringList unreadTexts();
     void changeDispersions(const QVector<double> &dispersions);
     void changePoints(int points);

@@ -1,4 +1,4 @@
-#include "calc/pulsar/problems.h"
+#include "calc/problems.h"
 
 #include <algorithm>
 
