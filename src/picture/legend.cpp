@@ -112,32 +112,31 @@ QRect legendArea(const View &view)
         .adjusted(gap, gap, -gap, -gap);
 }
 
-QPoint emptiestCorner(const PlotData &data, const CurveBlocks &blocks, const View &view,
-                      const QRect &area, const QSize &size, const std::vector<int> &spared)
+double hiddenPixels(const PlotData &data, const CurveBlocks &blocks, const View &view,
+                    const QRect &rectangle, const std::vector<int> &spared)
 {
     const auto &curves = markedCurves(data);
     const auto &curveBlocks = data.graphs.empty() ? blocks.multiGraphs : blocks.graphs;
-    const auto sparedBelow = [&](const QRect &rectangle) {
-        return std::count_if(spared.begin(), spared.end(), [&](int column) {
-            return column >= rectangle.left() && column <= rectangle.right();
-        });
-    };
-    // A column that is to be spared outweighs all pixels of curves.
-    const auto hiddenBelow = [&](const QRect &rectangle) {
-        double hidden = 1e6 * double(sparedBelow(rectangle));
-        for (size_t curve = 0; curve < curves.size(); ++curve)
-            if (isVisible(data, int(curve)))
-                hidden +=
-                    pixelsWithin(rectangle, view, curves[curve],
-                                 curve < curveBlocks.size() ? curveBlocks[curve] : BlockExtremes());
-        return hidden;
-    };
+    double hidden = 1e6 * double(std::count_if(spared.begin(), spared.end(), [&](int column) {
+                        return column >= rectangle.left() && column <= rectangle.right();
+                    }));
+    for (size_t curve = 0; curve < curves.size(); ++curve)
+        if (isVisible(data, int(curve)))
+            hidden +=
+                pixelsWithin(rectangle, view, curves[curve],
+                             curve < curveBlocks.size() ? curveBlocks[curve] : BlockExtremes());
+    return hidden;
+}
+
+QPoint emptiestCorner(const PlotData &data, const CurveBlocks &blocks, const View &view,
+                      const QRect &area, const QSize &size, const std::vector<int> &spared)
+{
     const int right = area.right() + 1 - size.width();
     const int low = area.bottom() + 1 - size.height();
     QPoint best(right, area.top());
     double fewest = std::numeric_limits<double>::infinity();
     const auto consider = [&](const QPoint &corner) {
-        const double hidden = hiddenBelow(QRect(corner, size));
+        const double hidden = hiddenPixels(data, blocks, view, QRect(corner, size), spared);
         if (hidden < fewest) {
             fewest = hidden;
             best = corner;

@@ -29,13 +29,18 @@ std::vector<int> columnsToSpare(const PlotData &data, const View &view, const Ma
 
 /// The left upper corner of a rectangle that lies in that corner of an area where it hides the
 /// fewest pixels of the visible curves; the upper right one where several are equal. Where all four
-/// hide something, a curve or a column that is to be spared, other places at the upper and the lower
-/// edge count as well.
+/// hide something, a curve or a column that is to be spared, other places at the upper and the
+/// lower edge count as well.
 ///
 /// @param blocks  of the data, or empty
 /// @param area    within the plot, at least of the rectangle's size
 QPoint emptiestCorner(const PlotData &data, const CurveBlocks &blocks, const View &view,
                       const QRect &area, const QSize &size, const std::vector<int> &spared = {});
+
+/// How many pixels of the visible curves a rectangle hides; a column that is to be spared counts as
+/// a million.
+double hiddenPixels(const PlotData &data, const CurveBlocks &blocks, const View &view,
+                    const QRect &rectangle, const std::vector<int> &spared = {});
 
 /// The part of a plot that a legend may take.
 QRect legendArea(const View &view);

@@ -118,8 +118,19 @@ void PlotLegend::placeBeside(const PlotData &shown, const Plot::CurveBlocks &blo
     const QRect area = Plot::legendArea(view);
     if (isHidden() || area.isEmpty())
         return;
-    fitInto(area);
-    placeIn(area, Plot::emptiestCorner(shown, blocks, view, area, size(), spared));
+    const auto corner = [&] {
+        fitInto(area);
+        return Plot::emptiestCorner(shown, blocks, view, area, size(), spared);
+    };
+    const bool mayGiveWay = !isChosen && !draggedTo && shown.names.size() == 1;
+    if (mayGiveWay)
+        showFolded(false);
+    QPoint place = corner();
+    if (mayGiveWay && Plot::hiddenPixels(shown, blocks, view, QRect(place, size()), spared) > 0) {
+        showFolded(true);
+        place = corner();
+    }
+    placeIn(area, place);
 }
 
 QSize PlotLegend::sizeHint() const
@@ -190,17 +201,26 @@ QString PlotLegend::state() const
 void PlotLegend::setState(const QString &state)
 {
     const QStringList words = state.split(' ');
-    const QSignalBlocker silent(this);
-    heading->setChecked(words[0] != "folded");
+    isChosen = !state.isEmpty();
+    showFolded(words[0] == "folded");
+    draggedTo.reset();
     if (words.size() == 3)
         draggedTo = QPointF(std::clamp(words[1].toDouble(), 0.0, 1.0),
                             std::clamp(words[2].toDouble(), 0.0, 1.0));
 }
 
-void PlotLegend::setFolded(bool folded)
+void PlotLegend::showFolded(bool folded)
 {
+    const QSignalBlocker silent(heading);
+    heading->setChecked(!folded);
     heading->setArrowType(folded ? Qt::RightArrow : Qt::DownArrow);
     scrollArea->setVisible(!folded);
+}
+
+void PlotLegend::setFolded(bool folded)
+{
+    isChosen = true;
+    showFolded(folded);
     emit stateChanged(state());
     const QRect before = geometry();
     fitInto(allowed);

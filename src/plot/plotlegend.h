@@ -28,7 +28,8 @@ public:
     void forget() { toggled.clear(); }
 
     /// Takes the size of its content and moves to the corner where it hides least of the curves,
-    /// or to where the user has dragged it.
+    /// or to where the user has dragged it. The list of a single curve folds where it would hide
+    /// some of it, unless the user has folded, opened or dragged the list.
     ///
     /// @param spared  columns of the plot that it must not hide where another place is free
     void placeBeside(const PlotData &shown, const Plot::CurveBlocks &blocks, const Plot::View &view,
@@ -55,6 +56,7 @@ protected:
 private:
     void addLine(int curve, const QString &name, const QColor &colour, bool visible);
     void setFolded(bool folded);
+    void showFolded(bool folded);
     void fitInto(const QRect &area);
     void placeIn(const QRect &area, const QPoint &corner);
 
@@ -62,6 +64,7 @@ private:
     QScrollArea *scrollArea;
     QWidget *lines = nullptr;
     QMap<QString, bool> toggled;      // by the user, of the names that are shown
+    bool isChosen = false;            // by the user, whether it is folded
     QRect allowed;                    // by the plot
     std::optional<QPoint> dragFrom;   // of the pointer within the legend
     std::optional<QPointF> draggedTo; // as parts of the free way, so that it holds in any size

@@ -334,6 +334,18 @@ void TestPulsarGrafik::legend()
     QVERIFY(Plot::isVisible(grafik->data(), 1));
     grafik->setData(ramp());
     QVERIFY(list->isHidden());
+
+    // the name of a single curve gives way to a curve that leaves no room
+    PlotData wide;
+    wide.names = {"noise"};
+    wide.graphs.resize(1);
+    for (int i = 0; i < 5000; ++i)
+        wide.graphs[0].push_back(i % 2 == 0 ? -1 : 1);
+    grafik->setLegendState({});
+    grafik->setData(named);
+    const int open = list->height();
+    grafik->setData(wide);
+    QVERIFY(!list->isHidden() && list->height() < open);
 }
 
 ZRT_GUI_TEST_MAIN(TestPulsarGrafik)

@@ -18,8 +18,7 @@ namespace {
 
 constexpr int marginTop = 18;
 constexpr int marginBottom = 6;
-constexpr int labelDistance = 15; // pixels
-constexpr int barWidth = 8;       // of the scale of colours
+constexpr int barWidth = 8; // of the scale of colours
 const QColor harmonicsColour(230, 110, 0);
 const QColor markColour(255, 255, 255);
 
@@ -145,11 +144,17 @@ void DayPicture::paintRows(QPainter &painter) const
     const QRect inner = area();
     painter.setPen(Qt::black);
     const double rowHeight = double(inner.height()) / double(std::max<std::size_t>(1, rows.size()));
-    const int every = std::max(1, int(std::ceil(labelDistance / rowHeight)));
-    for (int row = 0; row < int(rows.size()); row += every) {
-        const int y = std::max(inner.top() + 7, inner.top() + int((row + 0.5) * rowHeight));
-        painter.drawText(QRect(0, y - 8, inner.left() - 4, 16), Qt::AlignRight | Qt::AlignVCenter,
+    const int high = painter.fontMetrics().height();
+    int last = inner.top() - high;
+    for (int row = 0; row < int(rows.size()); ++row) {
+        const int middle = inner.top() + int((row + 0.5) * rowHeight);
+        const int y = std::max(inner.top() + high / 2, middle);
+        if (y - last < high)
+            continue;
+        painter.drawText(QRect(0, y - high / 2, inner.left() - 4, high),
+                         Qt::AlignRight | Qt::AlignVCenter,
                          textOfTime(rows[std::size_t(row)].begin, "dd.MM.yy"));
+        last = y;
     }
     for (int row = 0; row < int(rows.size()); ++row) {
         if (rows[std::size_t(row)].day != markedDay)
