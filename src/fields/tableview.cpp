@@ -7,6 +7,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QSortFilterProxyModel>
+#include <algorithm>
 #include <map>
 #include <set>
 
@@ -30,9 +31,13 @@ void TableView::showSorted(TableModel *table)
     setModel(sorted);
     setSortingEnabled(true);
     // The arrow takes room in every title: there is none before the first click.
-    horizontalHeader()->setSortIndicatorShown(false);
-    connect(horizontalHeader(), &QHeaderView::sortIndicatorChanged, this,
-            [this](int column) { horizontalHeader()->setSortIndicatorShown(column >= 0); });
+    QHeaderView *const header = horizontalHeader();
+    header->setSortIndicatorShown(false);
+    connect(header, &QHeaderView::sortIndicatorChanged, this, [this, header](int column) {
+        header->setSortIndicatorShown(column >= 0);
+        if (column >= 0)
+            setColumnWidth(column, std::max(columnWidth(column), header->sectionSizeHint(column)));
+    });
 }
 
 int TableView::tableRow(const QModelIndex &shown) const

@@ -223,7 +223,9 @@ void DayPicture::paintScale(QPainter &painter) const
     }
     painter.setPen(Qt::black);
     const QString scale = QString("P from 0 to %1; noise has 1").arg(double(highest));
-    const QString title = QString("power of %1 days over frequency").arg(rows.size());
+    const QString title = rows.empty()
+                              ? QString("power of the days over frequency")
+                              : QString("power of %1 days over frequency").arg(rows.size());
     const QRect line(4, 0, width() - 8, marginTop);
     painter.drawText(line, Qt::AlignRight | Qt::AlignVCenter, scale);
     const int left = line.width() - painter.fontMetrics().horizontalAdvance(scale) - 2 * barWidth;
