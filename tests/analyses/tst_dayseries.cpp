@@ -46,6 +46,7 @@ class TestDaySeries : public QObject {
 private slots:
     void init();
     void equalsTheSumOfOneRecording();
+    void backwardSum();
     void isKept();
     void damagedIsMadeAnew();
     void samplesThatAreNoNumbers();
@@ -103,6 +104,29 @@ void TestDaySeries::equalsTheSumOfOneRecording()
             QCOMPARE(series[i].sums, std::vector<float>(sums.begin(), sums.end()));
         }
     }
+}
+
+// Delays of the opposite sign take in points before the stretch.
+void TestDaySeries::backwardSum()
+{
+    const RecordingSet set = recordings();
+    Days::DayChoice choice;
+    choice.points = points;
+    choice.pointsAfter = 1;
+    choice.pointsBefore = Days::pointsBehind(set.entries[0].header, dispersion);
+    choice.start.point = 3500;
+    const Day day = Days::findDays(set, choice).days[0];
+    const DaySeries series = Days::seriesOfDay(set, day, points, {{1, 2, dispersion, true}}, {})[0];
+    const ObservationData whole = TestSupport::makeRecording(
+        {2 * pointsOfFile, 1, 33, 3},
+        [](int point, int, int channel, int ray) { return sampleAt(point, channel, ray); });
+    PulsarParameters parameters;
+    parameters.module = 1;
+    parameters.ray = 2;
+    parameters.firstPoint = 3500;
+    std::vector<double> sums(points);
+    QVERIFY(PulsarCalculate(whole, parameters).sumChannels(sums.data(), points, dispersion, false));
+    QCOMPARE(series.sums, std::vector<float>(sums.begin(), sums.end()));
 }
 
 void TestDaySeries::isKept()

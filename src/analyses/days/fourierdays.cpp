@@ -112,7 +112,9 @@ DayNeeds needsOf(const P &parameters, const DayChoice &choice, const Observation
 qint64 bytesOf(const P &parameters, int days)
 {
     const qint64 bins = parameters.points >> std::clamp(parameters.averageCount, 0, 30);
-    return days * bins * qint64(sizeof(float)) + 3 * finePerBin * bins * qint64(sizeof(double));
+    constexpr int others = 8; // arrays of one value a bin beside the fine positions
+    return days * bins * qint64(sizeof(float)) +
+           (finePerBin + others) * bins * qint64(sizeof(double));
 }
 
 QString siteOfSet(const RecordingSet &set)

@@ -261,7 +261,7 @@ private:
         search.harmonics = choice.harmonics;
         search.lowestSigma = choice.threshold;
         result.trials = countOfTrials(bins - lowestBin, choice.harmonics);
-        std::vector<StackLine> lines = findLines(fine, days.level, search);
+        std::vector<StackLine> lines = findLines(std::move(fine), days.level, search);
         lines.resize(std::min(lines.size(), std::size_t(std::max(0, choice.most))));
         const double seconds = bins > 0 ? 1 / (2 * result.binWidth) : 0;
         middle = middleDay();

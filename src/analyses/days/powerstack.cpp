@@ -138,19 +138,16 @@ std::vector<StackLine> strongestApart(std::vector<StackLine> lines)
 
 } // namespace
 
-std::vector<StackLine> findLines(const std::vector<double> &fine, const std::vector<double> &level,
+std::vector<StackLine> findLines(std::vector<double> fine, const std::vector<double> &level,
                                  const LineSearch &search)
 {
     const int bins = int(level.size());
-    std::vector<double> whitened(fine.size());
-    for (std::size_t i = 0; i < fine.size(); ++i) {
-        const std::size_t bin = std::min((i + finePerBin / 2) / finePerBin, level.size() - 1);
-        whitened[i] = fine[i] / level[bin];
-    }
+    for (std::size_t i = 0; i < fine.size(); ++i)
+        fine[i] /= level[std::min((i + finePerBin / 2) / finePerBin, level.size() - 1)];
     const double trials = countOfTrials(bins - search.lowestBin, search.harmonics);
     std::vector<StackLine> lines;
     for (int harmonics = 1; harmonics <= search.harmonics; harmonics *= 2) {
-        const std::vector<double> sums = harmonicSums(whitened, bins, harmonics);
+        const std::vector<double> sums = harmonicSums(fine, bins, harmonics);
         const double shape = search.shape * harmonics;
         const double lowest = Tools::powerAtSigma(shape, search.lowestSigma, trials);
         for (int trial = search.lowestBin * harmonics; trial < bins; ++trial) {

@@ -61,9 +61,9 @@ double countOfTrials(int bins, int harmonics);
 /// The local maxima of the harmonic sums, strongest first; of lines closer than a bin and a half
 /// only the strongest.
 ///
-/// @param fine   of stackDaysFinely()
+/// @param fine   of stackDaysFinely(); moved in, it takes no memory a second time
 /// @param level  of levelOfStack(), one value per bin
-std::vector<StackLine> findLines(const std::vector<double> &fine, const std::vector<double> &level,
+std::vector<StackLine> findLines(std::vector<double> fine, const std::vector<double> &level,
                                  const LineSearch &search);
 
 } // namespace Days
