@@ -120,14 +120,15 @@ private:
     QString noDayLeft(const Days::DaySpectra &spectra, const Days::StackOutcome &outcome) const
     {
         const std::vector<Days::FourierDay> &days = spectra.days();
-        const auto first = std::find_if(days.begin(), days.end(),
-                                        [](const Days::FourierDay &day) { return day.isWhole(); });
-        if (first == days.end())
+        if (outcome.stack.allDays == 0)
             return "No day has a spectrum. " + days.front().problem;
-        return QString("No day is left to stack. %1: %2.%3")
-            .arg(Days::dayName(first->begin),
-                 outcome.verdicts[std::size_t(first - days.begin())].reason,
-                 request.allDays ? "" : " Give --all-days to count days in spite of the rule.");
+        for (std::size_t i = 0; i < days.size(); ++i) {
+            if (days[i].isWhole() && !outcome.verdicts[i].isGood)
+                return QString("No day is left to stack. %1: %2. Give --all-days to count days in "
+                               "spite of the rule.")
+                    .arg(Days::dayName(days[i].begin), outcome.verdicts[i].reason);
+        }
+        return "No day is left to stack: all are switched off. Name fewer days with --days-off.";
     }
 
     const DaysRequest &request;

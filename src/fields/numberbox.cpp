@@ -55,6 +55,7 @@ public:
 protected:
     bool eventFilter(QObject *, QEvent *event) override
     {
+        noteTyping(event);
         if (box->hasAcceptableInput()) {
             if (isMarked) // another value was set meanwhile
                 QTimer::singleShot(0, this, &UnreadText::unmark);
@@ -72,14 +73,37 @@ protected:
         event->accept();
         if (event->type() == QEvent::ShortcutOverride)
             return true;
-        if (wantsOn)
+        if (wantsOn) {
             refuse();
-        else
-            box->interpretText();
+        } else {
+            box->setProperty("value", settled);
+            isTyped = false;
+            if (isMarked)
+                unmark();
+        }
         return true;
     }
 
 private:
+    // The value changes with every key, as long as the text can be read: Escape is to bring back
+    // the one from before the first of them.
+    void noteTyping(QEvent *event)
+    {
+        if (event->type() == QEvent::FocusIn || event->type() == QEvent::Wheel)
+            isTyped = false;
+        if (event->type() != QEvent::KeyPress)
+            return;
+        const auto *const key = static_cast<QKeyEvent *>(event);
+        const bool isText = !key->text().isEmpty() && key->text()[0].isPrint();
+        const bool edits = isText || key->key() == Qt::Key_Backspace ||
+                           key->key() == Qt::Key_Delete || key->matches(QKeySequence::Paste) ||
+                           key->matches(QKeySequence::Cut);
+        if (edits && !isTyped)
+            settled = box->property("value");
+        const bool goesOn = key->key() == Qt::Key_Escape || !box->hasAcceptableInput();
+        isTyped = edits || (isTyped && goesOn);
+    }
+
     bool loseFocus(QFocusEvent *event)
     {
         const QScopedValueRollback<bool> keeping(isKept, true);
@@ -104,6 +128,8 @@ private:
     QAbstractSpinBox *const box;
     bool isMarked = false;
     bool isKept = false;
+    bool isTyped = false; // since the value was settled
+    QVariant settled;
 };
 
 QString problemOf(const QAbstractSpinBox *box)

@@ -10,8 +10,8 @@ class UnreadText;
 /// A field for a number with arrows, which reads and shows numbers as typednumber.h says, whatever
 /// the language of the desktop. Every key is taken, so that what stands there is what was typed;
 /// a text that is no number of the range is refused by Enter and Tab and when the mouse takes the
-/// focus: it stays in place, marked, with a message, and the value stays the last good one. Escape,
-/// the arrows and the wheel bring that back.
+/// focus: it stays in place, marked, with a message, and the value stays the last good one. The
+/// arrows and the wheel go on from that; Escape brings back the value from before the typing.
 class NumberBox : public QDoubleSpinBox {
     Q_OBJECT
 

@@ -72,6 +72,7 @@ private slots:
     void starts();
     void joins();
     void leavesOut();
+    void stepsOfEquallyManyFiles();
     void outside();
 };
 
@@ -168,6 +169,20 @@ void TestDayList::leavesOut()
     for (int i = 0; i < expected.size(); ++i)
         QVERIFY2(list.leftOut[std::size_t(i)].reason.contains(expected[i]),
                  qPrintable(list.leftOut[std::size_t(i)].reason));
+}
+
+// Of steps that equally many files have, the one whose files hold the wanted time.
+void TestDayList::stepsOfEquallyManyFiles()
+{
+    RecordingSet set = hours("2015-04-01T00:00:00", 1);
+    set.entries.push_back(recording("2015-04-01T10:00:00", hour));
+    set.entries.back().header.tresolution = 0.1;
+    for (const auto &[time, wanted] : {std::pair(QTime(0, 30), step), {QTime(10, 30), 0.1}}) {
+        const DayList list = Days::findDays(set, choiceOf({StartKind::Utc, 0, time, 0, {}}));
+        QCOMPARE(int(list.days.size()), 1);
+        QCOMPARE(list.tresolution, wanted);
+        QVERIFY(list.leftOut.at(0).reason.contains("which 1 of 2 recordings have"));
+    }
 }
 
 void TestDayList::outside()

@@ -175,6 +175,20 @@ void TestNumberBox::wayBack()
         QCOMPARE(number->text(), QString("26.20"));
         QVERIFY(!isMarked(number));
     }
+    // The value has followed the keys up to the text that cannot be read.
+    for (const char *text : {"1.234,5", "5x"}) {
+        type(number, text);
+        QTest::keyClick(number, Qt::Key_Return);
+        QTest::keyClick(number, Qt::Key_Escape);
+        QCOMPARE(number->value(), 26.2);
+        QCOMPARE(number->text(), QString("26.20"));
+    }
+    type(number, "7");
+    QTest::keyClick(number, Qt::Key_Return);
+    type(number, "8x");
+    QTest::keyClick(number, Qt::Key_Escape);
+    QCOMPARE(number->value(), 7.0);
+    number->setValue(26.2);
     type(number, "x");
     QTest::keyClick(number, Qt::Key_Return);
     number->setValue(26.2); // by the program, the same as before

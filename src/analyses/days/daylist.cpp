@@ -23,6 +23,7 @@ struct Shape {
     {
         return std::tie(tresolution, fbands) < std::tie(other.tresolution, other.fbands);
     }
+    bool operator==(const Shape &other) const = default;
 };
 
 Shape shapeOf(const ObservationData &header)
@@ -49,22 +50,41 @@ QString unfitness(const RecordingEntry &entry, const DayChoice &choice)
     return {};
 }
 
-// The step and bands that most of the files have; of equally many the one that was found first.
-Shape commonShape(const RecordingSet &set, const std::vector<int> &usable)
+// Shapes that equally many files have are tried, at most so many.
+constexpr std::size_t mostShapes = 16;
+
+// The recordings that can be used and what most of them have in common.
+struct Usable {
+    std::vector<int> recordings;
+    std::vector<LeftOut> leftOut;
+    std::vector<Shape> shapes; // those that most files have, in the order in which they were found
+    int ofShape = 0;           // files that have each of them
+};
+
+Usable usableOf(const RecordingSet &set, const DayChoice &choice)
 {
+    Usable usable;
     std::map<Shape, int> counts;
-    for (const int recording : usable)
-        ++counts[shapeOf(set.entries[std::size_t(recording)].header)];
-    Shape common;
-    int most = 0;
-    for (const int recording : usable) {
-        const Shape shape = shapeOf(set.entries[std::size_t(recording)].header);
-        if (counts[shape] > most) {
-            most = counts[shape];
-            common = shape;
+    for (int i = 0; i < int(set.entries.size()); ++i) {
+        const RecordingEntry &entry = set.entries[std::size_t(i)];
+        const QString reason = unfitness(entry, choice);
+        if (!reason.isEmpty()) {
+            usable.leftOut.push_back({i, reason});
+            continue;
         }
+        usable.recordings.push_back(i);
+        usable.ofShape = std::max(usable.ofShape, ++counts[shapeOf(entry.header)]);
     }
-    return common;
+    for (const int recording : usable.recordings) {
+        const auto counted = counts.find(shapeOf(set.entries[std::size_t(recording)].header));
+        if (counted == counts.end() || counted->second < usable.ofShape)
+            continue;
+        usable.shapes.push_back(counted->first);
+        counts.erase(counted);
+        if (usable.shapes.size() == mostShapes)
+            break;
+    }
+    return usable;
 }
 
 // Recordings that follow each other.
@@ -83,13 +103,18 @@ bool hasFraction(const QDateTime &moment)
 
 class Finder {
 public:
-    Finder(const RecordingSet &recordings, const DayChoice &wanted)
+    Finder(const RecordingSet &recordings, const DayChoice &wanted, const Usable &usable,
+           const Shape &shape)
         : set(recordings), choice(wanted)
-    {}
+    {
+        list.leftOut = usable.leftOut;
+        list.tresolution = shape.tresolution;
+        list.fbands = shape.fbands;
+        selectRecordings(usable);
+    }
 
     DayList find()
     {
-        selectRecordings();
         joinRecordings();
         for (const Chain &chain : chains)
             findIn(chain);
@@ -109,26 +134,19 @@ private:
         return entry(recording).begin.addMSecs(qint64(std::llround(length)));
     }
 
-    void selectRecordings()
+    void selectRecordings(const Usable &usable)
     {
-        std::vector<int> usable;
-        for (int i = 0; i < int(set.entries.size()); ++i) {
-            const QString reason = unfitness(entry(i), choice);
-            if (reason.isEmpty())
-                usable.push_back(i);
-            else
-                list.leftOut.push_back({i, reason});
-        }
-        const Shape common = commonShape(set, usable);
-        list.tresolution = common.tresolution;
-        list.fbands = common.fbands;
-        for (const int recording : usable) {
+        for (const int recording : usable.recordings) {
             const ObservationData &header = entry(recording).header;
-            if (header.tresolution != common.tresolution)
-                list.leftOut.push_back({recording, QString("Its step is %1, that of the others %2.")
-                                                       .arg(stepText(header.tresolution),
-                                                            stepText(common.tresolution))});
-            else if (header.fbands != common.fbands)
+            if (header.tresolution != list.tresolution)
+                list.leftOut.push_back(
+                    {recording,
+                     QString("Its step is %1. The days are those of the step %2, which %3 of %4 "
+                             "recordings have.")
+                         .arg(stepText(header.tresolution), stepText(list.tresolution))
+                         .arg(usable.ofShape)
+                         .arg(usable.recordings.size())});
+            else if (header.fbands != list.fbands)
                 list.leftOut.push_back({recording, "Its bands have other frequencies than those of "
                                                    "the others."});
             else
@@ -292,7 +310,19 @@ private:
 
 DayList findDays(const RecordingSet &set, const DayChoice &choice)
 {
-    return Finder(set, choice).find();
+    const Usable usable = usableOf(set, choice);
+    DayList best =
+        Finder(set, choice, usable, usable.shapes.empty() ? Shape() : usable.shapes[0]).find();
+    const auto count = [](const DayList &list) {
+        return std::count_if(list.days.begin(), list.days.end(),
+                             [](const Day &day) { return day.reason.isEmpty(); });
+    };
+    for (std::size_t i = 1; i < usable.shapes.size(); ++i) {
+        DayList other = Finder(set, choice, usable, usable.shapes[i]).find();
+        if (count(other) > count(best))
+            best = std::move(other);
+    }
+    return best;
 }
 
 } // namespace Days

@@ -77,7 +77,8 @@ struct DayList {
 /// Files follow each other, and are one, where the next begins within a second of the end of the
 /// last one, or within a sample where begins are known to fractions of a second. Points of a day
 /// count from the begin of the file in which the stretch begins. The step and the bands that most
-/// files have are those of the list; files with other ones are left out. Where two
+/// files have are those of the list, of equally many those that give the most days; files with other
+/// ones are left out. Where two
 /// files hold the same ray at the same time, the first by name counts.
 DayList findDays(const RecordingSet &set, const DayChoice &choice);
 

@@ -119,6 +119,8 @@ private:
             result.remarks << QString("%1 days have spectra of another length or step and are "
                                       "left out.")
                                   .arg(other);
+        if (result.allDays == 1)
+            result.remarks << "There is one day: the stack is its spectrum.";
         if (result.allDays == 0)
             result.problem = "There is no day with a spectrum.";
         else if (result.days == 0)

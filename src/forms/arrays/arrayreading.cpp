@@ -5,6 +5,8 @@
 #include "picture/plotdata.h"
 #include "results/arrayfile.h"
 
+#include <QApplication>
+#include <QFontMetrics>
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
@@ -51,6 +53,14 @@ QImage smallPicture(const std::vector<double> &values, const QSize &size)
         last = here;
     }
     return picture;
+}
+
+QPixmap colourSquare(int curve)
+{
+    const int side = QFontMetrics(QApplication::font()).ascent();
+    QPixmap square(side, side);
+    square.fill(QColor(plotColour(curve).code));
+    return square;
 }
 
 } // namespace ArrayReading

@@ -19,13 +19,6 @@ constexpr int mostCurves = 10000; // in the list
 constexpr int mostDrawn = 100;    // at once
 constexpr int drawnAtFirst = 10;
 
-QPixmap colourSquare(int curve, int size)
-{
-    QPixmap square(size, size);
-    square.fill(QColor(plotColour(curve).code));
-    return square;
-}
-
 } // namespace
 
 ArraysForm::ArraysForm(const QString &filePath, QWidget *parent)
@@ -165,10 +158,9 @@ void ArraysForm::fillCurveList()
     {
         const QSignalBlocker blocker(ui->curves);
         ui->curves->clear();
-        const int side = fontMetrics().ascent();
         for (int curve = 0; curve < curveCount(); ++curve) {
-            auto *const item =
-                new QListWidgetItem(colourSquare(curve, side), curveName(curve), ui->curves);
+            auto *const item = new QListWidgetItem(ArrayReading::colourSquare(curve),
+                                                   curveName(curve), ui->curves);
             item->setCheckState(curve < drawnAtFirst ? Qt::Checked : Qt::Unchecked);
         }
         ui->curves->setCurrentRow(0);

@@ -158,8 +158,8 @@ void ArraysInfo::showStatistics()
     std::vector<StatisticsModel::Curve> curves;
     for (const ArrayPlot::Series &one : shown) {
         if (int(curves.size()) < mostTableColumns)
-            curves.push_back({one.name, QColor(plotColour(one.index).code),
-                              Tools::seriesStatistics(ArrayPlot::part(one.values, part))});
+            curves.push_back(
+                {one.name, one.index, Tools::seriesStatistics(ArrayPlot::part(one.values, part))});
     }
     statistics->setCurves(std::move(curves));
     ui->table->resizeColumnsToContents();

@@ -1,5 +1,6 @@
 #include "forms/arrays/statisticsmodel.h"
 
+#include "forms/arrays/arrayreading.h"
 #include "picture/arrayplot.h"
 
 #include <QStringList>
@@ -26,8 +27,8 @@ QVariant StatisticsModel::headerData(int section, Qt::Orientation orientation, i
 {
     if (orientation == Qt::Vertical && role == Qt::DisplayRole)
         return rowNames.value(section);
-    if (orientation == Qt::Horizontal && role == Qt::ForegroundRole && section < columns())
-        return curves[std::size_t(section)].colour;
+    if (orientation == Qt::Horizontal && role == Qt::DecorationRole && section < columns())
+        return ArrayReading::colourSquare(curves[std::size_t(section)].index);
     return TableModel::headerData(section, orientation, role);
 }
 

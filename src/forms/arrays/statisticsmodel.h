@@ -3,7 +3,6 @@
 #include "calc/seriesstatistics.h"
 #include "fields/tablemodel.h"
 
-#include <QColor>
 #include <vector>
 
 /// Count, mean, median, sigma, least and greatest value of curves, a column for each.
@@ -13,7 +12,7 @@ class StatisticsModel : public TableModel {
 public:
     struct Curve {
         QString name;
-        QColor colour; ///< of its title
+        int index = 0; ///< of its colour, which stands beside its name
         SeriesStatistics found;
     };
 

@@ -1,6 +1,7 @@
 // The days of the form: their spectra, which of them count, their stack, and what is saved of it.
 
 #include "analyses/days/stacktables.h"
+#include "app/shell/directoryof.h"
 #include "app/shell/errorbox.h"
 #include "app/shell/settings.h"
 #include "app/shell/statusline.h"
@@ -310,7 +311,7 @@ void FourierForm::saveSpectra()
     if (!spectra)
         return;
     const QString path = Plot::askForPath(
-        this, "Save spectra", Settings::instance()->lastSavePath(),
+        this, "Save spectra", startFolder(Settings::instance()->lastSavePath()),
         Days::spectraFileName(spectra->days(), spectra->parameters), "Result file (*.txt)");
     if (path.isEmpty())
         return;
@@ -328,10 +329,11 @@ void FourierForm::saveTables()
     if (!outcome)
         return;
     const Days::FourierDaysParameters &used = outcome->parameters;
-    const QString path = Plot::askForPath(
-        this, "Save tables: spectrum, lines and days", Settings::instance()->lastSavePath(),
-        QString("stack_m%1_r%2.txt").arg(used.module).arg(used.ray),
-        "Text (*.txt);;Comma separated (*.csv);;JSON (*.json)");
+    const QString path =
+        Plot::askForPath(this, "Save tables: spectrum, lines and days",
+                         startFolder(Settings::instance()->lastSavePath()),
+                         QString("stack_m%1_r%2.txt").arg(used.module).arg(used.ray),
+                         "Text (*.txt);;Comma separated (*.csv);;JSON (*.json)");
     if (path.isEmpty())
         return;
     const QFileInfo file(path);

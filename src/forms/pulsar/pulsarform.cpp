@@ -262,7 +262,7 @@ void PulsarForm::readDispersions(PulsarParameters &parameters)
     else
         readField(pulsarField("--dm"), &parameters.dispersion);
     if (!unread.empty() && unread.back().field == ui->dispersion)
-        unread.back().allowed += ", or four of them";
+        unread.back().allowed += ", or four such numbers";
     parameters.dispersions = chosenDispersions.value_or(comparedDispersions(parameters.dispersion));
     info->setDispersions(parameters.dispersions);
 }
