@@ -21,8 +21,14 @@ constexpr int usualFontPixels = 12;
 constexpr int yBaseLeft = 4;
 const QColor nameColour(90, 90, 90);
 
-// White with a black edge.
-void fillGround(QImage &picture, const Rows &rows)
+// What lies below the curves, so that the grid never cuts them.
+struct Ground {
+    std::vector<int> gridColumns;
+    Rows gridRows;
+};
+
+// White with a black edge, and the grid.
+void fillGround(QImage &picture, const Ground &ground, const Rows &rows)
 {
     const QRgb white = QColor("white").rgb();
     const QRgb black = QColor("black").rgb();
@@ -31,6 +37,9 @@ void fillGround(QImage &picture, const Rows &rows)
     for (int row = rows.first; row <= rows.last; ++row) {
         auto *line = reinterpret_cast<QRgb *>(picture.scanLine(row));
         std::fill_n(line, width, row == 0 || row == lastRow ? black : white);
+        if (row >= ground.gridRows.first && row <= ground.gridRows.last && row < lastRow)
+            for (const int column : ground.gridColumns)
+                line[column] = gridColour;
         line[0] = line[width - 1] = black;
     }
 }
@@ -100,13 +109,14 @@ void paintCurve(QPainter &painter, QImage &picture, const View &view, const Curv
 
 // The runs of the first curve follow the ground while its rows are still in the processor's
 // cache: a large picture is bound by the memory, and so passes through it once, not twice.
-QVector<QLine> fillGroundAndRuns(QImage &picture, const View &view, const Curve &curve)
+QVector<QLine> fillGroundAndRuns(QImage &picture, const Ground &ground, const View &view,
+                                 const Curve &curve)
 {
     constexpr int bandRows = 16;
     const ColumnRuns runs = columnRuns(view, *curve.samples, *curve.blocks);
     for (int first = 0; first < picture.height(); first += bandRows) {
         const Rows band{first, std::min(first + bandRows, picture.height()) - 1};
-        fillGround(picture, band);
+        fillGround(picture, ground, band);
         fillRuns(picture, runs, curve.colour.rgb(), clippedRows(view, band));
     }
     return runs.lines;
@@ -240,21 +250,23 @@ void paintPlot(const PlotData &data, const Zoom &zoom, const CurveBlocks &blocks
     if (!isPainted(picture.size()))
         return;
     const View view = viewOf(data, picture.size(), zoom);
-    paintCurves(data, view, blocks, picture);
     const XAxisLabels x = xAxisOf(data, view, picture);
+    paintCurves(data, view, blocks, x, picture);
     QPainter painter(&picture);
     paintLabels(painter, data, view, x);
-    painter.end();
-    paintGrid(picture, data, view, x);
 }
 
-void paintCurves(const PlotData &data, const View &view, const CurveBlocks &blocks, QImage &picture)
+void paintCurves(const PlotData &data, const View &view, const CurveBlocks &blocks,
+                 const XAxisLabels &x, QImage &picture)
 {
     const Rows allRows{0, picture.height() - 1};
     if (data.messageMode) {
-        fillGround(picture, allRows);
+        fillGround(picture, {}, allRows);
         return;
     }
+    Ground ground = {gridColumns(data, x), {marginTop, view.height - marginBottom}};
+    std::erase_if(ground.gridColumns,
+                  [&](int column) { return column < 1 || column >= picture.width() - 1; });
     const std::vector<Curve> lower = visibleCurves(data, data.multiGraphs, blocks.multiGraphs);
     const std::vector<Curve> upper = visibleCurves(data, data.graphs, blocks.graphs);
 
@@ -262,9 +274,9 @@ void paintCurves(const PlotData &data, const View &view, const CurveBlocks &bloc
     const bool lowestHasRuns = !lowest.empty() && hasRuns(view, lowest.front());
     QVector<QLine> lowestLines;
     if (lowestHasRuns)
-        lowestLines = fillGroundAndRuns(picture, view, lowest.front());
+        lowestLines = fillGroundAndRuns(picture, ground, view, lowest.front());
     else
-        fillGround(picture, allRows);
+        fillGround(picture, ground, allRows);
 
     QPainter painter(&picture);
     if (view.isZoomed)
@@ -378,11 +390,6 @@ std::vector<int> gridColumns(const PlotData &data, const XAxisLabels &x)
     for (int &column : columns)
         column += marginLeft;
     return columns;
-}
-
-void paintGrid(QImage &picture, const PlotData &data, const View &view, const XAxisLabels &x)
-{
-    paintBehind(picture, gridColumns(data, x), {marginTop, view.height - marginBottom}, gridColour);
 }
 
 void paintMarkers(QImage &picture, const PlotData &data, const View &view)

@@ -22,16 +22,17 @@ namespace Plot {
 /// @param picture  Format_RGB32 at device pixel ratio 1
 void paintPlot(const PlotData &data, const Zoom &zoom, const CurveBlocks &blocks, QImage &picture);
 
-/// White ground, frame, curves with the line of value 0, and markers. NaN samples leave a gap:
-/// the segments that meet one are not drawn. Infinite samples lie beyond every edge, so their
+/// White ground, frame, grid, curves with the line of value 0, and markers. NaN samples leave a
+/// gap: the segments that meet one are not drawn. Infinite samples lie beyond every edge, so their
 /// segments run straight out of the picture.
 ///
 /// Curves with more points than the plot has columns take a shorter way than a line per
 /// segment and give the same pixels. A zoomed view colours nothing beyond the margins.
 ///
+/// @param x        of the data, see xAxisOf()
 /// @param picture  as above, of the view's size
 void paintCurves(const PlotData &data, const View &view, const CurveBlocks &blocks,
-                 QImage &picture);
+                 const XAxisLabels &x, QImage &picture);
 
 /// The rows of texts along X in the font of a plot, which the texts and the grid share; nothing
 /// where there is a message.
@@ -63,9 +64,6 @@ void paintLeftOut(QImage &picture, const PlotData &data, const View &view);
 
 /// Columns of the grid's lines; none where there are markers.
 std::vector<int> gridColumns(const PlotData &data, const XAxisLabels &x);
-
-/// The grid, wherever a painted plot is lighter than it.
-void paintGrid(QImage &picture, const PlotData &data, const View &view, const XAxisLabels &x);
 
 /// The markers, wherever painted curves leave the ground free, with ends beyond the plot.
 void paintMarkers(QImage &picture, const PlotData &data, const View &view);

@@ -224,16 +224,13 @@ void PulsarGrafik::renewPicture()
     const Plot::View shown = view();
     const Plot::XAxisLabels x = Plot::xAxisOf(plotData, shown, picture);
     if (ratio == 1) {
-        Plot::paintCurves(plotData, shown, blocks, picture);
+        Plot::paintCurves(plotData, shown, blocks, x, picture);
         QPainter painter(&picture);
         Plot::paintLabels(painter, plotData, shown, x);
-        painter.end();
-        Plot::paintGrid(picture, plotData, shown, x);
         return;
     }
     QImage curves(size(), QImage::Format_RGB32);
-    Plot::paintCurves(plotData, shown, blocks, curves);
-    Plot::paintGrid(curves, plotData, shown, x);
+    Plot::paintCurves(plotData, shown, blocks, x, curves);
     picture.setDevicePixelRatio(ratio);
     QPainter painter(&picture);
     painter.drawImage(rect(), curves);

@@ -57,10 +57,15 @@ inline void paintStraight(const PlotData &data, const Plot::Zoom &zoom, const QR
 {
     PlotData bare; // ground and frame alone
     bare.messageMode = true;
-    Plot::paintCurves(bare, {}, {}, picture);
+    Plot::paintCurves(bare, {}, {}, {}, picture);
 
-    QPainter painter(&picture);
     const Plot::View view = Plot::viewOf(data, picture.size(), zoom);
+    const Plot::XAxisLabels labels = Plot::xAxisOf(data, view, picture);
+    QPainter painter(&picture);
+    painter.setPen(QColor(238, 238, 238));
+    for (const int x : Plot::gridColumns(data, labels))
+        if (view.plotHeight() > 0)
+            painter.drawLine(x, Plot::marginTop, x, view.height - Plot::marginBottom);
     if (view.isZoomed)
         painter.setClipRect(view.clip());
     for (const auto *set : {&data.multiGraphs, &data.graphs}) {
@@ -76,14 +81,7 @@ inline void paintStraight(const PlotData &data, const Plot::Zoom &zoom, const QR
             painter.drawLine(Plot::xPixel(view, 0), zero, last, zero);
     }
     painter.setClipping(false);
-    const Plot::XAxisLabels labels = Plot::xAxisOf(data, view, picture);
     Plot::paintLabels(painter, data, view, labels);
-    painter.end();
-    for (const int x : Plot::gridColumns(data, labels))
-        for (int y = Plot::marginTop; y <= view.height - Plot::marginBottom; ++y)
-            if (picture.valid(x, y) && qGray(picture.pixel(x, y)) > 238)
-                picture.setPixel(x, y, qRgb(238, 238, 238));
-    painter.begin(&picture);
     Plot::paintSelection(painter, selection);
 }
 
