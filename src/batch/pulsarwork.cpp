@@ -195,10 +195,8 @@ Work pulsarWork(const PulsarRequest &request)
         const Accepted accepted = accept(request, file);
         if (accepted.failure) // which the work then says
             return qint64(0);
-        // The series of doubles of an action take less than the 33 channels it comes from; a
-        // copy without steps takes as much again.
-        const qint64 ray = memoryOfRay(file, accepted.needs.end() - accepted.needs.begin());
-        return (request.parameters.deleteStep ? 3 : 2) * ray;
+        return memoryOfRay(file, accepted.needs.end() - accepted.needs.begin()) +
+               findBytes(request.action, file.header(), accepted.parameters);
     };
     table.fill = [request](RecordingFile &file, const Control &control, TableResult &result) {
         return compute(request, file, control, result.table);

@@ -4,6 +4,40 @@
 
 namespace Pulsar {
 
+namespace {
+
+// Tables of sines, trial dispersions, texts: the same for every length.
+constexpr qint64 bytesBeside = 4 << 20;
+
+// A series, its base line, what is left of both, and what a step of the work makes of it; at the
+// end the curves stand in their place.
+qint64 seriesBytes(qint64 points)
+{
+    return 5 * qint64(sizeof(double)) * points + bytesBeside;
+}
+
+} // namespace
+
+qint64 screenBytes(const ObservationData &header, const PulsarParameters &given)
+{
+    return seriesBytes(screenPoints(header, given));
+}
+
+qint64 foldBytes(const ObservationData &header, const PulsarParameters &given)
+{
+    return seriesBytes(foldPoints(header, given));
+}
+
+qint64 sumBytes(const ObservationData &header, const PulsarParameters &given)
+{
+    return seriesBytes(sumPoints(header, given));
+}
+
+qint64 spectrumBytes(const ObservationData &header, const PulsarParameters &given)
+{
+    return seriesBytes(2 * fixedSumPoints(header, given)); // with as many zeros
+}
+
 bool goesOn(const Control &control, int percent)
 {
     control.progress(percent);

@@ -52,6 +52,13 @@ int sumPoints(const ObservationData &header, const PulsarParameters &given);
 /// Also where the recording or the parameters are not accepted: see PulsarCalculate::ffaPoints.
 int ffaPoints(const ObservationData &header, const PulsarParameters &given);
 
+/// Memory of the series and the result of an action, see PulsarAnalysis::bytes.
+qint64 screenBytes(const ObservationData &header, const PulsarParameters &given);
+qint64 foldBytes(const ObservationData &header, const PulsarParameters &given);
+qint64 sumBytes(const ObservationData &header, const PulsarParameters &given);
+qint64 spectrumBytes(const ObservationData &header, const PulsarParameters &given);
+qint64 ffaBytes(const ObservationData &header, const PulsarParameters &given);
+
 // What the actions share.
 
 /// Reports the progress; false when the user wants to stop. An action then returns what it has.

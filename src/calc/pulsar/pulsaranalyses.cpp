@@ -18,6 +18,7 @@ struct Names {
 struct Steps {
     decltype(PulsarAnalysis::check) check;
     decltype(PulsarAnalysis::points) points;
+    decltype(PulsarAnalysis::bytes) bytes;
     decltype(PulsarAnalysis::compute) compute;
 };
 
@@ -33,6 +34,7 @@ PulsarAnalysis analysis(const Names &names, const Steps &steps, const QStringLis
         made.fields.push_back(&pulsarField(option));
     made.check = steps.check;
     made.points = steps.points;
+    made.bytes = steps.bytes;
     made.compute = steps.compute;
     return made;
 }
@@ -85,32 +87,36 @@ const std::vector<PulsarAnalysis> &pulsarAnalyses()
                             QStringList{"--deduct"};
     const QStringList spectrum = {"--average", "--with-null", "--harmonic"};
     static const std::vector<PulsarAnalysis> all = {
-        onChannel({"showNative", "Show native", "native"}, {checkChannel, screenPoints, showNative},
+        onChannel({"showNative", "Show native", "native"},
+                  {checkChannel, screenPoints, screenBytes, showNative},
                   start + QStringList{"--count", "--noise", "--delete-step"}),
-        onChannel({"sumPeriod", "Sum period", "fold"}, {checkFold, foldPoints, sumPeriod},
+        onChannel({"sumPeriod", "Sum period", "fold"},
+                  {checkFold, foldPoints, foldBytes, sumPeriod},
                   QStringList{"--period"} + start + QStringList{"--count"} + levels),
-        ofSum({"sumChannels", "", "sum"}, {checkSum, sumPoints, sumChannelsAction}, sum),
+        ofSum({"sumChannels", "", "sum"}, {checkSum, sumPoints, sumBytes, sumChannelsAction}, sum),
         ofSum({"sumChannelsDemoNoise", "Sum channels and  demo noise", "sum"},
-              {checkSum, sumPoints, sumChannelsAction}, sum),
+              {checkSum, sumPoints, sumBytes, sumChannelsAction}, sum),
         ofSum({"sumChannelsAndAverage", "Sum channels and average", "sum", "--average"},
-              {checkFixedSum, fixedSumPoints, sumChannelsAndAverage},
+              {checkFixedSum, fixedSumPoints, spectrumBytes, sumChannelsAndAverage},
               place + QStringList{"--dm"} + start + levels + QStringList{"--average"}),
         ofSum({"sumChannelsAndFourier", "Fourier of sum channels with 1 disp", "fourier"},
-              {checkFourier, fixedSumPoints, sumChannelsAndFourier},
+              {checkFourier, fixedSumPoints, spectrumBytes, sumChannelsAndFourier},
               scanOptions({"--sigma", "--cut"})),
         ofSum({"sum4Dispersions", "Fourier of sum channels with 4 disp", "fourier", "--compare"},
-              {checkFourDispersions, fixedSumPoints, sum4Dispersions},
+              {checkFourDispersions, fixedSumPoints, spectrumBytes, sum4Dispersions},
               place + QStringList{"--compare"} + start + levels + spectrum + QStringList{"--cut"}),
         ofSum({"sumAllDispersions", "First harmonic/disp with 1 average", "dmscan"},
-              {checkScan, fixedSumPoints, sumAllDispersions}, scanOptions()),
+              {checkScan, fixedSumPoints, spectrumBytes, sumAllDispersions}, scanOptions()),
         ofSum({"sumMultiDispersions", "First harmonic/disp with multi average", "dmscan",
                "--each-average"},
-              {checkScan, fixedSumPoints, sumMultiDispersions}, scanOptions({"--each-average"})),
+              {checkScan, fixedSumPoints, spectrumBytes, sumMultiDispersions},
+              scanOptions({"--each-average"})),
         ofSum({"sumTimeDispersions", "First harmonic/disp with multi first point", "dmscan",
                "--each-start"},
-              {checkStarts, fixedSumPoints, sumTimeDispersions},
+              {checkStarts, fixedSumPoints, spectrumBytes, sumTimeDispersions},
               scanOptions({"--each-start", "--delta"})),
-        search(ofSum({"createFFA", "", "ffa"}, {checkFfa, ffaPoints, createFfa}, searchOptions)),
+        search(ofSum({"createFFA", "", "ffa"}, {checkFfa, ffaPoints, ffaBytes, createFfa},
+                     searchOptions)),
     };
     return all;
 }

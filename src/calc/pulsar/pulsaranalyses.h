@@ -15,6 +15,8 @@ struct PulsarAnalysis : Analysis<PulsarParameters> {
     std::vector<FieldProblem> (*check)(const Header &, const PulsarParameters &) = nullptr;
     /// Length of the stretch that it works on, for parameters that it accepts.
     int (*points)(const Header &, const PulsarParameters &) = nullptr;
+    /// Memory of its series and its result, for parameters that it accepts.
+    qint64 (*bytes)(const Header &, const PulsarParameters &) = nullptr;
     AnalysisOutcome (*compute)(const PreparedSamples &, const PulsarParameters &,
                                const Jobs::Control &) = nullptr;
 };
