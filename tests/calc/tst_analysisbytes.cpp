@@ -62,6 +62,7 @@ void TestAnalysisBytes::staysWithinItsPromise()
              p.normalise = true;
              p.noise = "backSum";
          })},
+        {"sumPeriodOfBands", given([](P &p) { p.noise = "backSum"; })},
         {"sumChannels", given([](P &p) {
              p.points = npoints / 2;
              p.noise = "backSum";

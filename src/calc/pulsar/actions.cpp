@@ -1,6 +1,7 @@
 #include "calc/pulsar/actions.h"
 
 #include "calc/fourier.h"
+#include "calc/pulsar/bandsum.h"
 
 namespace Pulsar {
 
@@ -28,6 +29,12 @@ qint64 foldBytes(const ObservationData &header, const PulsarParameters &given)
     return seriesBytes(foldPoints(header, given));
 }
 
+qint64 foldSumBytes(const ObservationData &header, const PulsarParameters &given)
+{
+    const qint64 bins = qint64(given.period / header.tresolution) + 1;
+    return seriesBytes(foldSumPoints(header, given)) + 2 * sumBands * bins * qint64(sizeof(float));
+}
+
 qint64 sumBytes(const ObservationData &header, const PulsarParameters &given)
 {
     return seriesBytes(sumPoints(header, given));
@@ -42,6 +49,15 @@ bool goesOn(const Control &control, int percent)
 {
     control.progress(percent);
     return !control.isStopped();
+}
+
+Control shareOf(const Control &control, int part, int parts)
+{
+    Control share = control;
+    share.progress = [&control, part, parts](int percent) {
+        control.progress((100 * part + percent) / parts);
+    };
+    return share;
 }
 
 AnalysisOutcome begun(const PreparedSamples &samples, const PulsarParameters &given)

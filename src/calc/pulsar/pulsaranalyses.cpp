@@ -52,6 +52,12 @@ PulsarAnalysis onChannel(const Names &names, const Steps &steps, const QStringLi
     return made;
 }
 
+PulsarAnalysis goingToEnd(PulsarAnalysis made)
+{
+    made.goesToEnd = true;
+    return made;
+}
+
 const QStringList start = {"--utc", "--first-point"};
 const QStringList levels = {"--noise", "--normalise", "--delete-step"};
 
@@ -72,6 +78,7 @@ const QStringList searchOptions = {"--module",      "--ray",        "--dm",     
 PulsarAnalysis search(PulsarAnalysis made)
 {
     made.presets = {};
+    made.goesToEnd = true;
     made.alwaysGiven =
         QStringList{"--module", "--ray", "--dm", "--period-min", "--period-max", "--rmed-width"};
     return made;
@@ -90,9 +97,13 @@ const std::vector<PulsarAnalysis> &pulsarAnalyses()
         onChannel({"showNative", "Show native", "native"},
                   {checkChannel, screenPoints, screenBytes, showNative},
                   start + QStringList{"--count", "--noise", "--delete-step"}),
-        onChannel({"sumPeriod", "Sum period", "fold"},
-                  {checkFold, foldPoints, foldBytes, sumPeriod},
-                  QStringList{"--period"} + start + QStringList{"--count"} + levels),
+        goingToEnd(onChannel({"sumPeriod", "Sum period", "fold"},
+                             {checkFold, foldPoints, foldBytes, sumPeriod},
+                             QStringList{"--period"} + start + QStringList{"--count"} + levels)),
+        goingToEnd(ofSum({"sumPeriodOfBands", "", "fold", "--sum"},
+                         {checkFoldSum, foldSumPoints, foldSumBytes, sumPeriodOfBands},
+                         place + QStringList{"--sum", "--dm", "--period"} + start +
+                             QStringList{"--count"} + levels)),
         ofSum({"sumChannels", "", "sum"}, {checkSum, sumPoints, sumBytes, sumChannelsAction}, sum),
         ofSum({"sumChannelsDemoNoise", "Sum channels and  demo noise", "sum"},
               {checkSum, sumPoints, sumBytes, sumChannelsAction}, sum),
@@ -134,6 +145,12 @@ bool reads(const QString &action, const QString &option)
 {
     const PulsarAnalysis *const analysis = findAnalysis(action);
     return analysis && analysis->reads(pulsarField(option));
+}
+
+bool takesPoints(const QString &action)
+{
+    const PulsarAnalysis *const analysis = findAnalysis(action);
+    return analysis && (analysis->onChannel || analysis->goesToEnd);
 }
 
 bool isScan(const QString &action)
