@@ -1,6 +1,6 @@
 #include "batch/dayswork.h"
 
-#include "batch/stopsignal.h"
+#include "base/stopsignal.h"
 #include "calc/pulsar/bandsum.h"
 #include "data/observationdata.h"
 

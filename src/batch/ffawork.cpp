@@ -1,6 +1,9 @@
 #include "batch/ffawork.h"
 
 #include "calc/ffacandidates.h"
+#include "calc/pulsar/bandsum.h"
+#include "calc/pulsar/needs.h"
+#include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/pulsarcalculate.h"
 #include "calc/pulsar/searchffa.h"
 #include "data/truenumbers.h"
@@ -466,18 +469,13 @@ qint64 memoryOf(FfaRequest request, const RecordingFile &file)
         return 0;
     const PulsarParameters parameters =
         parametersOf(request, header, dispersionsOf(request, header).front());
-    const int points = PulsarCalculate(header, parameters).ffaPoints();
-    // Parameters with problems have no size; the search will refuse them.
-    const bool isSearch =
-        points > 0 && Tools::findFfaProblems(parameters.ffa, points, header.tresolution).empty();
-    const double search =
-        isSearch ? estimateSearch(parameters, points, header.tresolution).bytes : 0;
-    // Copies of the series, of doubles and of floats.
-    const qint64 series = 5 * qint64(sizeof(double)) * std::max(points, 0);
-    const qint64 ray = memoryOfRay(file, header.npoints);
-    const RaySelection group = groupsOf(selectionOf(request, header), ray).front();
-    return ray * (group.count() + (request.deleteStep ? 1 : 0)) + series +
-           qint64(std::clamp(search, 0.0, 1e18));
+    const ObservationData whole = Pulsar::wholePointsOf(header);
+    // What has problems has no size; the search will refuse it.
+    const bool isSearch = findAnalysis("createFFA")->check(whole, parameters).empty();
+    const qint64 search = isSearch ? findBytes("createFFA", whole, parameters) : 0;
+    const RaySelection group =
+        groupsOf(selectionOf(request, header), memoryOfRay(file, header.npoints)).front();
+    return memoryOfRay(file, header.npoints) * group.count() + search;
 }
 
 } // namespace

@@ -1,10 +1,10 @@
 #include "base/progressdots.h"
+#include "base/stopsignal.h"
 #include "base/version.h"
 #include "batch/commands.h"
 #include "batch/filework.h"
 #include "batch/info.h"
 #include "batch/inputlist.h"
-#include "batch/stopsignal.h"
 #include "calc/pulsar/pulsarcommand.h"
 #include "simulator/simulatecommand.h"
 

@@ -1,10 +1,10 @@
 #include "batch/info.h"
 
 #include "base/bytetext.h"
+#include "base/stopsignal.h"
 #include "batch/inputlist.h"
 #include "batch/programname.h"
 #include "batch/runner.h"
-#include "batch/stopsignal.h"
 #include "data/recordingset.h"
 #include "data/truenumbers.h"
 

@@ -1,6 +1,6 @@
 #include "batch/inputlist.h"
 
-#include "batch/stopsignal.h"
+#include "base/stopsignal.h"
 #include "data/recordingset.h"
 
 #include <QDir>

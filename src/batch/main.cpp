@@ -1,8 +1,8 @@
 #include "base/process.h"
+#include "base/stopsignal.h"
 #include "batch/commands.h"
 #include "batch/helptext.h"
 #include "batch/programname.h"
-#include "batch/stopsignal.h"
 
 #include <QGuiApplication>
 #include <cstdio>
@@ -61,7 +61,7 @@ int run(int argc, char **argv)
         return app.exit(error) == 0 ? 0 : int(Batch::ExitCode::Usage);
     }
     qInstallMessageHandler(hideDebugLines);
-    Batch::catchStopSignals();
+    catchStopSignals();
     const auto application = makeApplication(chosen.paints, argc, argv);
     return int(chosen.run());
 }

@@ -37,9 +37,10 @@ const PulsarAnalysis &chosenAnalysis(const CLI::App &command)
 {
     const PulsarAnalysis *chosen = nullptr;
     for (const PulsarAnalysis &analysis : pulsarAnalyses()) {
-        if (analysis.command.toStdString() != command.get_name() || analysis.label.isEmpty())
+        if (analysis.command.toStdString() != command.get_name())
             continue;
         if (analysis.chosenBy.isEmpty()) {
+            // Of two names of one analysis the form has the last.
             chosen = &analysis;
             continue;
         }
@@ -60,7 +61,7 @@ PulsarRequest requestOf(const CLI::App &command, const PulsarArguments &argument
     const PulsarAnalysis &analysis = chosenAnalysis(command);
     request.action = analysis.name;
     PulsarParameters &parameters = request.parameters;
-    if (!analysis.onChannel && parameters.points == PulsarCalculate::fixedPoints)
+    if (!takesPoints(analysis.name) && parameters.points == PulsarCalculate::fixedPoints)
         parameters.points = 0; // its own length
     return request;
 }

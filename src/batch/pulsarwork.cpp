@@ -6,6 +6,7 @@
 #include "calc/pulsar/pulsaranalyses.h"
 #include "calc/pulsar/runanalysis.h"
 #include "calc/pulsar/startpoint.h"
+#include "picture/resultplot.h"
 
 #include <algorithm>
 #include <cmath>
@@ -92,9 +93,22 @@ Accepted accept(const PulsarRequest &request, const RecordingFile &file)
     return accepted;
 }
 
-Failure compute(const PulsarRequest &request, RecordingFile &file, const Control &control,
-                ResultTable &table)
+// A column for each band, which the plot leaves to a picture of its own.
+void addBands(const BandFold &fold, TableResult &made)
 {
+    made.plot = Plot::plotOf(made.table);
+    made.rows = Plot::bandPicture(fold);
+    for (int band = 0; band < fold.bands(); ++band)
+        made.table.columns.push_back({QString("band %1 at %2 MHz")
+                                          .arg(band + 1)
+                                          .arg(fold.frequencies[std::size_t(band)], 0, 'g', 10),
+                                      "sigma", fold.profile(band)});
+}
+
+Failure compute(const PulsarRequest &request, RecordingFile &file, const Control &control,
+                TableResult &made)
+{
+    ResultTable &table = made.table;
     const Accepted accepted = accept(request, file);
     if (accepted.failure)
         return accepted.failure;
@@ -135,15 +149,17 @@ Failure compute(const PulsarRequest &request, RecordingFile &file, const Control
         table.columns.push_back(Tools::axisColumn(result.axis, result.points));
     for (std::size_t i = 0; i < result.curves.size(); ++i)
         table.columns.push_back({result.names[int(i)], {}, result.curves[i]});
+    if (result.bands)
+        addBands(*result.bands, made);
     return {};
 }
 
 // A parameter as a header has it; a count of 0 stands for what the action takes by itself.
-QString headerText(const PulsarField &field, const FieldValue &value, bool onChannel)
+QString headerText(const PulsarField &field, const FieldValue &value, bool takesAll)
 {
     QString text = Tools::headerText(value);
     if (field.option == "--count" && text == "0")
-        text = onChannel ? QString("all") : QString::number(Pulsar::fixedPoints);
+        text = takesAll ? QString("all") : QString::number(Pulsar::fixedPoints);
     return field.unit.isEmpty() ? text : text + " " + field.unit;
 }
 
@@ -176,7 +192,7 @@ std::vector<HeaderLine> parameterLines(const PulsarRequest &request)
     for (const PulsarField &field : pulsarFields()) {
         if (!isRecorded(field, analysis) || field.option == otherStart)
             continue;
-        const QString text = headerText(field, field.valueIn(given), analysis.onChannel);
+        const QString text = headerText(field, field.valueIn(given), takesPoints(analysis.name));
         if (!text.isEmpty())
             lines.push_back({field.key, text});
     }
@@ -195,13 +211,13 @@ Work pulsarWork(const PulsarRequest &request)
         const Accepted accepted = accept(request, file);
         if (accepted.failure) // which the work then says
             return qint64(0);
-        // The series of doubles of an action take less than the 33 channels it comes from; a
-        // copy without steps takes as much again.
-        const qint64 ray = memoryOfRay(file, accepted.needs.end() - accepted.needs.begin());
-        return (request.parameters.deleteStep ? 3 : 2) * ray;
+        return memoryOfRay(file, accepted.needs.end() - accepted.needs.begin()) +
+               findBytes(request.action, file.header(), accepted.parameters);
     };
+    if (request.action == "sumPeriodOfBands")
+        table.rowPicture = "bands";
     table.fill = [request](RecordingFile &file, const Control &control, TableResult &result) {
-        return compute(request, file, control, result.table);
+        return compute(request, file, control, result);
     };
     return tableWork(table);
 }

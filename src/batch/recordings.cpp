@@ -15,7 +15,8 @@ using namespace Results;
 
 namespace {
 
-constexpr int mostNamed = 32; // modules or rays in a message
+constexpr qint64 hugePage = qint64(2) << 20; // bytes
+constexpr int mostNamed = 32;                // modules or rays in a message
 
 } // namespace
 
@@ -140,8 +141,14 @@ Failure failureOf(StretchEnd end, const QString &reason)
 qint64 memoryOfRay(const RecordingFile &file, qint64 points)
 {
     const ObservationData &data = file.header();
-    const int count = int(std::clamp<qint64>(points, 1, std::max(1, data.npoints)));
-    return std::max<qint64>(0, memoryToRead({count, 1, data.channels, 1}));
+    const auto bytesOf = [&data](qint64 count) {
+        return std::max<qint64>(0, memoryToRead({int(count), 1, data.channels, 1}));
+    };
+    const qint64 all = std::max(1, data.npoints);
+    const qint64 whole = bytesOf(all);
+    // Each row of the record begins and ends within a page.
+    return std::min(whole,
+                    bytesOf(std::clamp<qint64>(points, 1, all)) + 2 * hugePage * data.channels);
 }
 
 std::vector<HeaderLine> inputHeader(const QString &command, const QString &path)

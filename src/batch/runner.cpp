@@ -1,7 +1,7 @@
 #include "batch/runner.h"
 
+#include "base/stopsignal.h"
 #include "base/wholefile.h"
-#include "batch/stopsignal.h"
 #include "jobs/items.h"
 #include "jobs/memorygate.h"
 #include "results/resulttable.h"

@@ -26,22 +26,41 @@ QString tablePath(const TableRequest &request, const QString &input)
     return outputPath(input, request.command, request.output, extensionOf(request.output.format));
 }
 
-QString picturePath(const TableRequest &request, const QString &input)
+// Of the plot, and of the rows of colours where there are any.
+QStringList picturePaths(const TableRequest &request, const QString &input)
 {
-    return outputPath(input, request.command, request.output, request.output.picture);
+    const QString &kind = request.output.picture;
+    QStringList paths;
+    if (kind.isEmpty())
+        return paths;
+    paths << outputPath(input, request.command, request.output, kind);
+    if (!request.rowPicture.isEmpty())
+        paths << outputPath(input, request.command, request.output,
+                            request.rowPicture + "." + kind);
+    return paths;
 }
 
 bool isDone(const TableRequest &request, const QString &input)
 {
     const std::vector<HeaderLine> lines = requestOf(request, input);
-    if (!request.output.picture.isEmpty() &&
-        !holdsKey(picturePath(request, input), requestKey(lines)))
-        return false;
+    const QString key = requestKey(lines);
+    for (const QString &path : picturePaths(request, input)) {
+        if (!holdsKey(path, key))
+            return false;
+    }
     QFile file(tablePath(request, input));
     if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly))
         return false;
     const QByteArray wanted = requestBytes(lines, request.output.format);
     return file.read(wanted.size()) == wanted;
+}
+
+Plot::PictureBytes rowPictureOf(Plot::RowPicture picture, const OutputOptions &output,
+                                const QString &key)
+{
+    picture.key = key;
+    return Plot::drawingBytes(output.picture,
+                              Plot::drawingOf(picture, output.pictureSize, output.pictureScale));
 }
 
 Failure makeTable(const TableRequest &request, const QString &input, const Control &control)
@@ -61,14 +80,16 @@ Failure makeTable(const TableRequest &request, const QString &input, const Contr
             return failure;
 
     const OutputOptions &output = request.output;
+    const QString key = requestKey(result.table.request);
     std::vector<FileContent> files;
-    if (!output.picture.isEmpty()) {
+    for (const QString &path : picturePaths(request, input)) {
         const Plot::PictureBytes picture =
-            pictureOf(result.plot ? *result.plot : Plot::plotOf(result.table), output,
-                      requestKey(result.table.request));
+            files.empty()
+                ? pictureOf(result.plot ? *result.plot : Plot::plotOf(result.table), output, key)
+                : rowPictureOf(result.rows.value_or(Plot::RowPicture()), output, key);
         if (!picture.problem.isEmpty())
             return {ExitCode::TryLater, input + ": " + picture.problem + "."};
-        files.push_back({picturePath(request, input), picture.bytes});
+        files.push_back({path, picture.bytes});
     }
     files.push_back({tablePath(request, input), {}, [&](WholeFile &out) {
                          return writeTable(result.table, output.format, out);
@@ -113,10 +134,7 @@ Work tableWork(const TableRequest &request)
     Work work;
     work.command = request.command;
     work.outputs = [request](const QString &input) {
-        QStringList paths = {tablePath(request, input)};
-        if (!request.output.picture.isEmpty())
-            paths << picturePath(request, input);
-        return paths;
+        return QStringList(tablePath(request, input)) + picturePaths(request, input);
     };
     work.isDone = [request](const QString &input) { return isDone(request, input); };
     work.memory = [request](const QString &input) {

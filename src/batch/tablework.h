@@ -5,6 +5,7 @@
 #include "results/resulttable.h"
 
 #include "picture/plotexport.h"
+#include "picture/rowpicture.h"
 
 #include <QSize>
 #include <optional>
@@ -25,6 +26,7 @@ struct OutputOptions {
 struct TableResult {
     Results::ResultTable table;
     std::optional<PlotData> plot; ///< where the picture does not show the columns of the table
+    std::optional<Plot::RowPicture> rows; ///< for TableRequest::rowPicture
 };
 
 /// A subcommand that makes one table of each recording.
@@ -32,6 +34,7 @@ struct TableRequest {
     QString command;
     std::vector<Results::HeaderLine> parameters; ///< all that decide the result, with their units
     OutputOptions output;
+    QString rowPicture = {}; ///< name of a second picture, of rows of colours; empty: there is none
     /// Bytes of memory for an opened recording.
     std::function<qint64(const RecordingFile &file)> memory;
     /// Computes the columns and what stands above them. `table.request` is filled already.

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 namespace Tools {
 
@@ -17,9 +18,7 @@ constexpr double refineBins = 3;   // of drift there at least
 constexpr double refineWidths = 2; // of the pulse
 constexpr double topShare = 0.75;  // of the highest S/N
 constexpr int refinedBins = 512;
-constexpr double curveShare = 0.82; // of it, down to which a parabola is fitted
-constexpr int curveSteps = 2;       // to either side at least
-constexpr double sampleDrift = 0.3; // samples of drift that a pulse of one sample leaves uncertain
+constexpr double sampleDrift = 0.09; // samples of drift that a pulse of one sample leaves uncertain
 
 constexpr double sampleSigma = 1; // of the searched series
 
@@ -48,10 +47,54 @@ public:
 
     BoxcarPeak peakAt(double period) const
     {
-        const std::vector<double> &series = quiet.empty() ? result.series : quiet;
-        const int count = int(series.size());
-        return bestBoxcar(Tools::fold(series.data(), count, period / result.tsamp, bins), sigma);
+        const std::vector<double> &samples = series();
+        const int count = int(samples.size());
+        return bestBoxcar(Tools::fold(samples.data(), count, period / result.tsamp, bins), sigma);
     }
+
+    // Adds to one weight per sample by how much the S/N of the peak, `factor` times, grows with the
+    // sample. That the best boxcar itself moves with the samples changes it in second order only.
+    void addInfluence(double period, const BoxcarPeak &peak, double factor,
+                      std::vector<double> &influence) const
+    {
+        const std::vector<double> &samples = series();
+        const double turn = period / result.tsamp; // samples
+        const double share = double(peak.width) / bins;
+        const double opening = std::fmod(peak.phase - share / 2 + 1, 1.0) * turn;
+        const double width = share * turn;
+        const auto overlapAt = [=](std::size_t i) {
+            // Begin of the sample after that of the boxcar before it.
+            double after = std::fmod(double(i) - opening, turn);
+            after += after < 0 ? turn : 0;
+            return std::max(0.0, std::min(1.0, width - after)) + std::max(0.0, after + 1 - turn);
+        };
+        double sum = 0;
+        for (std::size_t i = 0; i < samples.size(); ++i)
+            sum += (overlapAt(i) - share) * samples[i];
+        if (!(sum > 0))
+            return;
+        factor *= peak.snr / sum;
+        for (std::size_t i = 0; i < samples.size(); ++i)
+            influence[i] += factor * (overlapAt(i) - share);
+    }
+
+    // Variance of what the mean pulse leaves of the samples.
+    double restVariance(double period) const
+    {
+        const std::vector<double> &samples = series();
+        const int count = int(samples.size());
+        const FoldedProfile profile =
+            Tools::fold(samples.data(), count, period / result.tsamp, bins);
+        double squares = std::inner_product(samples.begin(), samples.end(), samples.begin(), 0.0);
+        double left = count;
+        for (std::size_t b = 0; b < profile.bins.size(); ++b) {
+            squares -= profile.weights[b] * profile.bins[b] * profile.bins[b];
+            left -= profile.weights[b] * profile.variances[b];
+        }
+        return left > 0 ? std::max(0.0, squares / left) : sigma * sigma;
+    }
+
+    const std::vector<double> &series() const { return quiet.empty() ? result.series : quiet; }
 
 private:
     const FfaResult &result;
@@ -60,62 +103,37 @@ private:
     double sigma = sampleSigma; // of its samples
 };
 
-// Index of the centre of gravity of the S/N above three quarters of the highest, round it.
-double centreOfGravity(const std::vector<BoxcarPeak> &peaks, int top)
+// Centre of gravity of the S/N above three quarters of the highest, round it, as an index, and by
+// how much it grows with each S/N.
+struct Centre {
+    double index = 0;
+    std::vector<double> slopes;
+};
+
+Centre centreOfGravity(const std::vector<BoxcarPeak> &peaks, int top)
 {
     const double lowest = topShare * peaks[std::size_t(top)].snr;
-    double weights = 0;
-    double moment = 0;
-    const auto add = [&](int i) {
-        const double weight = peaks[std::size_t(i)].snr - lowest;
-        if (!(weight > 0))
-            return false;
-        weights += weight;
-        moment += weight * i;
-        return true;
-    };
-    for (int i = top; i < int(peaks.size()) && add(i);)
-        ++i;
-    for (int i = top - 1; i >= 0 && add(i);)
-        --i;
-    return moment / weights;
-}
-
-// Coefficient c of the parabola a + b x + c x^2 through values at whole x from -half on.
-double parabolaCurvature(const std::vector<double> &values)
-{
-    // Least squares with the polynomial x^2 - mean of x^2, which is orthogonal to lines.
-    const double centre = (double(values.size()) - 1) / 2;
-    double meanSquare = 0;
-    for (std::size_t i = 0; i < values.size(); ++i)
-        meanSquare += (double(i) - centre) * (double(i) - centre) / double(values.size());
-    double moment = 0;
-    double norm = 0;
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        const double x = double(i) - centre;
-        moment += (x * x - meanSquare) * values[i];
-        norm += (x * x - meanSquare) * (x * x - meanSquare);
-    }
-    return moment / norm;
-}
-
-// One sigma of the period at the highest of these peaks, in steps; all steps where they do not
-// fall off. S^2 / 2 is the logarithm of the likelihood of a pulse found with the S/N S in unit
-// noise.
-double curveError(const std::vector<BoxcarPeak> &peaks, int top)
-{
-    const double lowest = curveShare * peaks[std::size_t(top)].snr;
-    const auto belongs = [&](int i) {
-        return i >= 0 && i < int(peaks.size()) &&
-               (std::abs(i - top) <= curveSteps || peaks[std::size_t(i)].snr > lowest);
-    };
+    const auto above = [&](int i) { return peaks[std::size_t(i)].snr - lowest; };
     int first = top;
-    while (belongs(first - 1))
+    while (first > 0 && above(first - 1) > 0)
         --first;
-    std::vector<double> squares;
-    for (int i = first; belongs(i); ++i)
-        squares.push_back(peaks[std::size_t(i)].snr * peaks[std::size_t(i)].snr);
-    return std::min(double(refineSteps), 1 / std::sqrt(std::max(0.0, -parabolaCurvature(squares))));
+    int last = top;
+    while (last + 1 < int(peaks.size()) && above(last + 1) > 0)
+        ++last;
+    double weights = 0;
+    Centre centre;
+    for (int i = first; i <= last; ++i) {
+        weights += above(i);
+        centre.index += above(i) * i;
+    }
+    centre.index /= weights;
+    centre.slopes.assign(peaks.size(), 0.0);
+    for (int i = first; i <= last; ++i) {
+        const double slope = (i - centre.index) / weights;
+        centre.slopes[std::size_t(i)] += slope;
+        centre.slopes[std::size_t(top)] -= topShare * slope;
+    }
+    return centre;
 }
 
 } // namespace
@@ -174,15 +192,22 @@ FfaRefinement refinePeriod(const FfaResult &result, double period, int searchedB
     if (!(best->snr > 0))
         return {period, period};
     const int top = int(best - peaks.begin());
+    const Centre centre = centreOfGravity(peaks, top);
     FfaRefinement refined;
-    refined.period = period + (centreOfGravity(peaks, top) - refineSteps) * step;
+    refined.period = period + (centre.index - refineSteps) * step;
+    std::vector<double> influence(scan.series().size(), 0.0);
+    for (std::size_t i = 0; i < peaks.size(); ++i) {
+        if (centre.slopes[i] != 0)
+            scan.addInfluence(period + (double(i) - refineSteps) * step, peaks[i], centre.slopes[i],
+                              influence);
+    }
+    const double squares =
+        std::inner_product(influence.begin(), influence.end(), influence.begin(), 0.0);
+    const double noise = std::sqrt(squares * scan.restVariance(refined.period)) * step;
     const double seconds = best->width * refined.period / bins;
-    const double sampled = sampleDrift * result.tsamp * result.tsamp / seconds;
-    // Samples that neighbouring bins share lower the noise of a boxcar, but smear the pulse as
-    // much, so that they tell nothing of its time.
-    const double own = 1 - 1 / (3 * std::max(1.0, seconds / result.tsamp));
-    refined.error = std::hypot(curveError(peaks, top) * step / std::sqrt(own),
-                               sampled * refined.period / length);
+    const double sampled =
+        sampleDrift * result.tsamp * result.tsamp / std::max(seconds, result.tsamp);
+    refined.error = std::hypot(noise, sampled * refined.period / length);
     return refined;
 }
 

@@ -257,13 +257,18 @@ FfaEstimate estimateFfa(const FfaParameters &ffa, int points, double tsamp)
     estimate.seconds = nanoseconds * 1e-9;
     estimate.noiseMaximum = noise.told.expectedMaximum();
     estimate.noiseThreshold = noise.real.expectedMaximum();
-    // The result holds the S/N values twice, in the periodogram and as a curve; the series
-    // stands in double and in float, and summing it takes two more of it.
-    estimate.bytes = Ffa::searchBytes(quint64(points), tsamp, ffa.period_min, ffa.period_max,
-                                      ffa.bins_min, ffa.bins_max, {widths.begin(), widths.end()}) +
-                     double(estimate.trials) * estimate.widths * sizeof(float) +
-                     double(points) * (3 * sizeof(double) + sizeof(float));
     return estimate;
+}
+
+double ffaBytes(const FfaParameters &ffa, int points, double tsamp)
+{
+    const auto widths = Ffa::trialWidths(ffa.bins_min, ffa.ducy_max, ffa.wtsp);
+    const quint64 trials = Ffa::periodogramLength(quint64(points), tsamp, ffa.period_min,
+                                                  ffa.period_max, ffa.bins_min, ffa.bins_max);
+    // The result holds the S/N values twice, in the periodogram and as a curve.
+    return Ffa::searchBytes(quint64(points), tsamp, ffa.period_min, ffa.period_max, ffa.bins_min,
+                            ffa.bins_max, {widths.begin(), widths.end()}) +
+           double(trials) * double(widths.size()) * sizeof(float);
 }
 
 std::vector<double> runningMedian(const std::vector<double> &values, int window)

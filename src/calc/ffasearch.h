@@ -27,7 +27,6 @@ struct FfaParameters {
 struct FfaEstimate {
     quint64 trials = 0; ///< periods: rows of the periodogram
     int widths = 0;     ///< its columns
-    double bytes = 0;   ///< of memory, the results included
     double seconds = 0; ///< on one core of ordinary speed
     /// Highest S/N that noise alone is expected to reach, see Tools::estimateFfa.
     double noiseMaximum = 0;
@@ -82,6 +81,10 @@ QString wholeFactorText(const std::vector<Ffa::WholeFactorStep> &steps);
 /// has the variance V - w^2 f / b at the factor f, V that of w values (Ffa::trueVariance), so that
 /// noise has not 1 but sqrt((V - w^2 f / b) / (v w (1 - w / b))) for its standard deviation.
 FfaEstimate estimateFfa(const FfaParameters &ffa, int points, double tsamp);
+
+/// Memory of a search beside its series, the results included. Only where findFfaProblems() has
+/// nothing against it.
+double ffaBytes(const FfaParameters &ffa, int points, double tsamp);
 
 /// Replaces each value by the median of the `window` values around it, of those that there are
 /// at the ends; the lower one of two. Time grows with the logarithm of the window.

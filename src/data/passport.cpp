@@ -182,6 +182,29 @@ void readStep(const QMap<QString, QString> &entries, RecordingHeader &header)
                              .arg(text.left(40), stepRangeText("ms", 1000));
 }
 
+// The line of text that bytes begin with, "tresolution 12.5". Samples are never taken for one: no
+// power has a name, a blank and only printable characters up to the end of a line.
+QString textLine(const QByteArray &bytes)
+{
+    static const QRegularExpression entry("^[A-Za-z][A-Za-z_]{2,}[ \\t]+[\\x20-\\x7e\\t]{1,4000}$");
+    constexpr int shortest = 12; // characters: three samples
+    qint64 position = 0;
+    QByteArray line;
+    if (!takeLine(bytes, position, line) || position < shortest)
+        return {};
+    const QString text = QString::fromLatin1(line);
+    return entry.match(text).hasMatch() ? text : QString();
+}
+
+QString beyondProblem(const Passport &passport)
+{
+    return QString("its first line counts %1 lines of the passport, but the next one, \"%2\", "
+                   "belongs to it too, and the samples would be read shifted. In a copy, correct "
+                   "the number in line 1")
+        .arg(passport.lines)
+        .arg(passport.lineBeyond.left(40));
+}
+
 } // namespace
 
 Passport parsePassport(const QByteArray &bytes)
@@ -189,8 +212,8 @@ Passport parsePassport(const QByteArray &bytes)
     Passport passport;
     QByteArray line;
     passport.complete = takeLine(bytes, passport.size, line);
-    const qint64 lineCount = line.mid(line.lastIndexOf(' ') + 1).toLongLong();
-    for (qint64 number = 2; number <= lineCount && passport.complete; ++number) {
+    passport.lines = line.mid(line.lastIndexOf(' ') + 1).toLongLong();
+    for (qint64 number = 2; number <= passport.lines && passport.complete; ++number) {
         if (passport.size == bytes.size()) {
             passport.complete = false;
             break;
@@ -198,6 +221,8 @@ Passport parsePassport(const QByteArray &bytes)
         passport.complete = takeLine(bytes, passport.size, line);
         addEntry(line, passport.entries);
     }
+    if (passport.complete)
+        passport.lineBeyond = textLine(bytes.mid(int(passport.size)));
     return passport;
 }
 
@@ -212,6 +237,10 @@ Passport readPassport(QIODevice &device)
         bytes += more;
         passport = parsePassport(bytes);
     }
+    if (passport.complete && bytes.size() < passport.size + firstRead) { // for the line beyond it
+        bytes += device.read(passport.size + firstRead - bytes.size());
+        passport = parsePassport(bytes);
+    }
     device.seek(passport.size);
     return passport;
 }
@@ -222,6 +251,7 @@ RecordingHeader recordingHeader(const Passport &passport, const QString &path)
     ObservationData &data = header.data;
     const QMap<QString, QString> &entries = passport.entries;
     WholeNumbers numbers(passport);
+    const bool isShort = !passport.lineBeyond.isEmpty();
 
     data.filePath = path;
     data.fileName = QFileInfo(path).fileName();
@@ -230,8 +260,9 @@ RecordingHeader recordingHeader(const Passport &passport, const QString &path)
     if (!numbers.has("nbands") && !numbers.has("fbands") && !numbers.has("channels")) {
         debugLine("Error! No channels in file!");
         data.npoints = -1;
-        header.problem = "the passport does not say how many channels there are "
-                         "(no \"nbands\", \"fbands\" or \"channels\")";
+        header.problem = isShort ? beyondProblem(passport)
+                                 : "the passport does not say how many channels there are "
+                                   "(no \"nbands\", \"fbands\" or \"channels\")";
         return header;
     }
     data.channels = channelCount(passport, numbers);
@@ -240,8 +271,9 @@ RecordingHeader recordingHeader(const Passport &passport, const QString &path)
     if (data.modules == -1) {
         debugLine("Error! No modules in file!");
         data.npoints = -1;
-        header.problem = "the passport does not say which modules were recorded "
-                         "(no \"modulus\", \"modules\" or \"module\")";
+        header.problem = isShort ? beyondProblem(passport)
+                                 : "the passport does not say which modules were recorded "
+                                   "(no \"modulus\", \"modules\" or \"module\")";
         return header;
     }
 
@@ -261,6 +293,8 @@ RecordingHeader recordingHeader(const Passport &passport, const QString &path)
     }
     header.problem = numbers.problem();
     readStep(entries, header);
+    if (isShort)
+        header.problem = beyondProblem(passport);
     if (!header.problem.isEmpty())
         data.npoints = 0;
 

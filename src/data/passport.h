@@ -13,6 +13,8 @@ struct Passport {
     QMap<QString, QString> entries; ///< keys as spelt; of a repeated key the last value
     qint64 size = 0;                ///< bytes up to the first sample
     bool complete = false;          ///< every line that the first one announces was found
+    qint64 lines = 0;               ///< that the first one announces, itself included
+    QString lineBeyond;             ///< a line of text where the samples begin; empty: none
 };
 
 /// What a passport says about its recording.

@@ -93,6 +93,8 @@ std::shared_ptr<SampleBlock> SampleBlock::withOwnRows(std::shared_ptr<const Samp
     std::shared_ptr<SampleBlock> block = allocate(1, std::max(own, 1), 1, whole->npoints);
     if (!block)
         return nullptr;
+    // A huge page would be taken whole where a few samples are written.
+    madvise(block->mapping, block->mappedBytes, MADV_NOHUGEPAGE);
     std::vector<const float *> rows = whole->rayPointers;
     int next = 0;
     for (std::size_t channel = 0; channel < channels.size(); ++channel) {

@@ -1,5 +1,6 @@
 #include "picture/resultplot.h"
 
+#include "base/numbertext.h"
 #include "calc/pulsar/axislines.h"
 #include "data/recordingtime.h"
 #include "picture/axistexts.h"
@@ -10,6 +11,8 @@
 #include <cmath>
 #include <iterator>
 #include <memory>
+#include <numeric>
+#include <tuple>
 
 namespace Plot {
 
@@ -215,6 +218,49 @@ PlotData curvePlot(const PulsarAxis &axis, std::vector<std::vector<float>> curve
     }
     setRange(plot);
     return plot;
+}
+
+std::vector<int> bandsFromHighest(const BandFold &fold)
+{
+    std::vector<int> order(fold.frequencies.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::stable_sort(order.begin(), order.end(), [&fold](int a, int b) {
+        return fold.frequencies[std::size_t(a)] > fold.frequencies[std::size_t(b)];
+    });
+    return order;
+}
+
+std::pair<float, float> bandRange(const BandFold &fold)
+{
+    std::vector<float> values;
+    std::copy_if(fold.values.begin(), fold.values.end(), std::back_inserter(values),
+                 [](float value) { return std::isfinite(value); });
+    if (values.empty())
+        return {0.0F, 1.0F};
+    std::sort(values.begin(), values.end());
+    const auto at = [&values](double share) { // with as many digits as a scale has room for
+        const float value = values[std::size_t(double(values.size() - 1) * share)];
+        return QString::number(double(value), 'g', 3).toFloat();
+    };
+    return {at(0.02), at(0.995)};
+}
+
+RowPicture bandPicture(const BandFold &fold)
+{
+    RowPicture picture;
+    picture.rows = fold.bands();
+    picture.columns = fold.bins;
+    for (const int band : bandsFromHighest(fold)) {
+        const std::vector<float> row = fold.profile(band);
+        picture.values.insert(picture.values.end(), row.begin(), row.end());
+        picture.rowNames << QString("%1 MHz").arg(fold.frequencies[std::size_t(band)], 0, 'g', 7);
+    }
+    picture.lastX = 1;
+    picture.xName = QString("phase of %1 s").arg(exactText(fold.period));
+    picture.scaleName = "sigma";
+    std::tie(picture.low, picture.high) = bandRange(fold);
+    picture.title = "Phase against frequency: means of the samples, in sigmas of a sample";
+    return picture;
 }
 
 PlotData periodPlot(std::vector<double> periods, std::vector<std::vector<float>> curves,

@@ -1,9 +1,14 @@
 #pragma once
 
+#include "calc/pulsar/bandfold.h"
 #include "calc/pulsar/pulsarresult.h"
 #include "data/observationdata.h"
 #include "picture/plotdata.h"
+#include "picture/rowpicture.h"
 #include "results/resulttable.h"
+
+#include <utility>
+#include <vector>
 
 /// What a plot shows of a result. Forms and the batch program take their plots from here, so that
 /// a form and a file show the same.
@@ -18,6 +23,15 @@ namespace Plot {
 PlotData curvePlot(const PulsarAxis &axis, std::vector<std::vector<float>> curves,
                    const QStringList &names, const std::vector<int> &markers,
                    const ObservationData &recording, int firstColour = 0);
+
+/// The bands of a fold, the highest frequency first.
+std::vector<int> bandsFromHighest(const BandFold &fold);
+
+/// Values for the darkest and the lightest colour of folded bands: what 2 and 99.5 % lie below.
+std::pair<float, float> bandRange(const BandFold &fold);
+
+/// Phase against frequency, the highest frequency on top.
+RowPicture bandPicture(const BandFold &fold);
 
 /// S/N over period.
 ///

@@ -1,4 +1,5 @@
 #include "base/process.h"
+#include "base/stopsignal.h"
 #include "base/version.h"
 #include "simulator/simulatecommand.h"
 
@@ -9,12 +10,13 @@
 
 namespace {
 
-// Shows the percentage in one line of a terminal; a log file gets nothing.
+// Shows the percentage in one line of a terminal; a log file gets nothing. False where the user
+// wants to stop.
 bool showProgress(int percent)
 {
     if (isatty(fileno(stderr)))
         QTextStream(stderr) << '\r' << percent << " %" << (percent == 100 ? "\n" : "");
-    return true;
+    return !isStopRequested();
 }
 
 } // namespace
@@ -22,6 +24,7 @@ bool showProgress(int percent)
 int main(int argc, char **argv)
 {
     setUpProcess();
+    catchStopSignals();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName("zrt-simulate");
     QCoreApplication::setApplicationVersion(Version::number);

@@ -1,4 +1,5 @@
 #include "calc/ffacandidates.h"
+#include "calc/pulsar/bandfold.h"
 #include "calc/pulsar/pulsarcalculate.h"
 #include "calc/pulsar/pulsarcommand.h"
 #include "data/reader.h"
@@ -165,6 +166,7 @@ void TestProgram::sameAsForm_data()
     row("showNative", &P::channel, 33, &P::points, 700, &P::startTime, "12:01:02", &P::deleteStep,
         true);
     row("sumPeriod", &P::period, 1.274, &P::ray, 3, &P::noise, "median", &P::normalise, true);
+    row("sumPeriodOfBands", &P::period, 1.274, &P::channelsOff, "7", &P::points, 16384);
     row("sumChannelsDemoNoise", &P::firstPoint, 63615, &P::noise, "backSum", &P::deductNoise, true);
     row("sumChannelsAndAverage", &P::averageCount, 3, &P::dispersion, 50.125);
     row("sumChannelsAndFourier", &P::ray, 5, &P::firstPoint, 60000, &P::deleteStep, true,
@@ -196,7 +198,8 @@ void TestProgram::sameAsForm()
     const Results::ReadTable read =
         Results::readTable(contentOf(path("demo.pnt." + name + ".same.csv")));
     QCOMPARE(read.problem, QString());
-    QCOMPARE(read.table.columns.size(), expected.curves.size() + 1);
+    const std::size_t bands = expected.bands ? expected.bands->frequencies.size() : 0;
+    QCOMPARE(read.table.columns.size(), expected.curves.size() + bands + 1);
     for (std::size_t i = 0; i < expected.curves.size(); ++i) {
         const auto &numbers = std::get<std::vector<double>>(read.table.columns[i + 1].values);
         QCOMPARE(std::vector<float>(numbers.begin(), numbers.end()), expected.curves[i]);

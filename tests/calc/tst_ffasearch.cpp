@@ -340,9 +340,10 @@ void TestFfaSearch::errorsOfPeriodsAreTrue()
 {
     constexpr int count = 6000;
     constexpr int bins = 60;
+    // Pulses of 1.2 to 8 samples, and of S/N 10 to 40: the noise and the sampling in turn decide.
     const struct {
         double ducy, amplitude, hum;
-    } rows[] = {{0.03, 10, 0}, {0.15, 40, 0}, {0.06, 20, 2}};
+    } rows[] = {{0.03, 10, 0}, {0.03, 40, 0}, {0.05, 25, 0}, {0.15, 40, 0}, {0.06, 20, 2}};
     for (const auto &[ducy, amplitude, hum] : rows) {
         Coverage coverage;
         for (unsigned seed = 0; seed < 60; ++seed) {

@@ -1,6 +1,8 @@
 #include "calc/actions.h"
+#include "calc/banddelays.h"
 #include "calc/channelsum.h"
 #include "calc/fourier.h"
+#include "calc/pulsar/bandfold.h"
 #include "data/reader.h"
 
 #include <map>
@@ -78,6 +80,7 @@ private slots:
     void reports();
     void refusals();
     void foldFindsThePulse();
+    void foldOfAllBands();
     void scanFindsTheDispersion();
     void scanOfNoiseClaimsNothing();
     void scanEqualsSeparateSpectra();
@@ -164,6 +167,47 @@ void TestPulsarActions::foldFindsThePulse()
 }
 
 // Dispersions at the ends of scans and inside come out within their errors, and without a bias.
+// The sum gathers what the bands share, and each band has the pulse at the phase of the sum where
+// the dispersion is right, by its delay later where it is not.
+void TestPulsarActions::foldOfAllBands()
+{
+    Simulation simulation = oneRay();
+    const double step = simulation.msPerPoint / 1000;
+    const double period = 1.274;
+    simulation.pulseTrains.push_back({1, 1, period, 0.06, 26.2, 0.7, 0.3});
+    const ObservationData data = Simulator::makeRecording(simulation);
+    PulsarParameters parameters = with(parametersFor(26.2, 1), &P::period, period);
+    parameters.channelsOff = "5";
+    const PulsarResult sum = resultOf("sumPeriodOfBands", data, parameters);
+    const PulsarResult one = resultOf("sumPeriod", data, with(parameters, &P::channel, 32));
+    const double gain =
+        numberAfter(sum.description(), "S/N =") / numberAfter(one.description(), "S/N =");
+    QVERIFY2(std::abs(gain / std::sqrt(31.0) - 1) < 0.15, qPrintable(QString::number(gain)));
+    QCOMPARE(sum.points, int(std::round(period / step)));
+
+    for (const double dispersion : {26.2, 0.0}) {
+        const PulsarResult result =
+            resultOf("sumPeriodOfBands", data, with(parameters, &P::dispersion, dispersion));
+        const BandFold &bands = *result.bands;
+        QCOMPARE(bands.bands(), 32);
+        QCOMPARE(bands.bins, result.points);
+        QCOMPARE(bands.frequencies[31], data.fbands[31]);
+        QVERIFY(std::isnan(bands.profile(4)[0]));
+        const Tools::BandDelays delays(data, 32, 26.2, Tools::ShiftRounding::Nearest);
+        for (const int band : {0, 1, 16, 30}) {
+            const std::vector<float> row = bands.profile(band);
+            const auto top = double(std::max_element(row.begin(), row.end()) - row.begin());
+            const double late = dispersion == 0 ? delays.delay(band) : 0; // samples
+            const double expected = 0.3 * period / step + late;
+            QVERIFY2(std::abs(std::remainder(top - expected, period / step)) < 5,
+                     qPrintable(QString("%1: %2").arg(band).arg(top)));
+        }
+    }
+    PulsarCalculate calculate(data, with(parameters, &P::dispersion, 1e5));
+    QVERIFY(!calculate.validate("sumPeriodOfBands"));
+    QCOMPARE(calculate.failedParameter(), QString("dispersion"));
+}
+
 void TestPulsarActions::scanFindsTheDispersion()
 {
     // Without a dispersion that was typed the scan reaches 52.4.
@@ -258,7 +302,13 @@ void TestPulsarActions::cutsOutWhatIsListed()
     // The upper line is where 60.503 Hz of mains shows.
     const auto [kept, hum] = amplitudes("hum");
     QVERIFY(std::abs(kept - 32) < 0.1F && hum < 0.01F * 32);
-    for (const char *const list : {"50", "9.9-9.7", "0.05", "ten", "9.7-9.8-9.9", "nan"}) {
+    // The sampling shows up to 40.02 Hz.
+    for (const char *const list : {"0.05", "39.99", "0.001,40.02"})
+        QVERIFY2(PulsarCalculate(data, with(parameters, &P::cut, list))
+                     .validate("sumChannelsAndFourier"),
+                 list);
+    for (const char *const list :
+         {"50", "40.1", "0", "9.9-9.7", "0-0.05", "ten", "9.7-9.8-9.9", "nan"}) {
         PulsarCalculate calculate(data, with(parameters, &P::cut, list));
         for (const char *const action : {"sumChannelsAndFourier", "sum4Dispersions"}) {
             QVERIFY2(!calculate.validate(action), list);

@@ -88,6 +88,7 @@ void TestPulsarNeeds::readsWhatItNeeds()
         {"showNative", with(selected(), &P::points, 2000)},
         {"showNative", selected(0, 18000)}, // to the end
         {"sumPeriod", selected()},
+        {"sumPeriodOfBands", with(selected(400, 17000), &P::points, 600)},
         {"sumChannelsDemoNoise", with(selected(), &P::points, 700)},
         {"sumChannelsAndAverage", with(selected(), &P::noise, "backSum")},
         {"sumChannelsAndAverage", selected(1200, 2600)},                           // cut off

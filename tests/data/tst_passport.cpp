@@ -16,6 +16,7 @@ private slots:
     void meaning_data();
     void meaning();
     void readingStopsAtTheFirstSample();
+    void tellsOfALineBeyondTheCount();
 };
 
 void TestPassport::lineSplitting()
@@ -142,6 +143,34 @@ void TestPassport::meaning()
 
 // Within one page and over several. A passport of 10^9 announced lines must not be followed to
 // the end of a large file.
+// A count one too small makes the last line a part of the samples.
+void TestPassport::tellsOfALineBeyondTheCount()
+{
+    const QByteArray lines = "npoints 9\nmodulus 1\nnbands 2\n";
+    const struct {
+        QByteArray bytes;
+        bool isTold;
+    } rows[] = {
+        {"numpar 4\n" + lines + "tresolution 12.5\nxxxxxxxx", true},
+        {"numpar 4\n" + lines + "tresolution 12.5\r\nxxxxxxxx", true},
+        {"numpar 3\nnpoints 9\nmodulus 1\nfbands 110.5 111.5\nxxxxxxxx", true}, // no channels
+        {"numpar 5\n" + lines + "tresolution 12.5\nABCD 12345678901", false},
+        {"numpar 4\n" + lines + QByteArray(40, 'A') + "\n", false}, // 12.1 as samples
+        {"numpar 4\n" + lines + QByteArray("\x00\x00\x48\x41", 4).repeated(8), false},
+    };
+    for (const auto &[bytes, isTold] : rows) {
+        QByteArray copy = bytes;
+        QBuffer device(&copy);
+        device.open(QIODevice::ReadOnly);
+        const Passport passport = readPassport(device);
+        QCOMPARE(device.pos(), passport.size);
+        const RecordingHeader header = recordingHeader(passport, "x.pnt");
+        QVERIFY2(header.problem.contains("correct the number in line 1") == isTold,
+                 qPrintable(header.problem));
+        QVERIFY(!isTold || header.data.npoints < 1);
+    }
+}
+
 void TestPassport::readingStopsAtTheFirstSample()
 {
     for (const int bands : {6, 3000}) {

@@ -5,8 +5,12 @@
 
 #include <QCryptographicHash>
 #include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
 #include <QtEndian>
+#include <algorithm>
 #include <cmath>
+#include <csignal>
 
 using namespace Simulator;
 
@@ -48,6 +52,7 @@ private slots:
     void pulseArrival();
     void refusals();
     void stoppedRunsLeaveNothing();
+    void signalsLeaveNothing();
 
 private:
     QByteArray written(const Simulation &s)
@@ -195,6 +200,30 @@ void TestSimulator::stoppedRunsLeaveNothing()
     const Simulation large = simulation("--points 2000000000 --rays 80"); // 20 TB
     QVERIFY(writeRecording(large, folder.filePath("c.pnt")).text().contains("no room on the disk"));
     QVERIFY(QDir(folder.path()).entryList({"c*"}, QDir::Files).isEmpty());
+}
+
+// The file that is being written may have no name until it is whole; the process holds it open.
+void TestSimulator::signalsLeaveNothing()
+{
+    QTemporaryDir own;
+    for (const int signal : {SIGTERM, SIGINT}) {
+        QProcess process;
+        process.start(ZRT_SIMULATE, {"--points", "4000000", "--rays", "1", own.filePath("d.pnt")});
+        QVERIFY(process.waitForStarted());
+        const QDir opened(QString("/proc/%1/fd").arg(process.processId()));
+        const auto isWriting = [&] {
+            const QFileInfoList files = opened.entryInfoList(QDir::Files | QDir::System);
+            return std::any_of(files.begin(), files.end(), [&](const QFileInfo &file) {
+                return file.symLinkTarget().startsWith(own.path());
+            });
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(isWriting(), 30000);
+        QCOMPARE(::kill(pid_t(process.processId()), signal), 0);
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QVERIFY(process.exitCode() != 0);
+        QVERIFY(QDir(own.path()).entryList(QDir::Files).isEmpty());
+    }
 }
 
 ZRT_UNIT_TEST_MAIN(TestSimulator)

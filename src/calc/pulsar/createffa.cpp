@@ -1,6 +1,5 @@
 #include "calc/pulsar/actions.h"
 
-#include "base/systemmemory.h"
 #include "calc/approximation.h"
 #include "calc/levelsteps.h"
 #include "calc/pulsar/bandsum.h"
@@ -85,24 +84,6 @@ std::vector<Results::Report> noiseRemarks(const FfaResult &result)
 
 constexpr double leastSigma = -100;
 constexpr double largestSigma = 1000;
-
-// The size of a search without other problems.
-Problems checkFfaMemory(const PulsarParameters &given, int points, double tresolution)
-{
-    constexpr double mebibyte = 1 << 20;
-    const auto lack = [](const QString &field, const QString &what, double bytes) -> Problems {
-        if (hasMemoryFor(bytes))
-            return {};
-        return {{field, QString("%1 %2 MiB of memory, %3 MiB are available.")
-                            .arg(what)
-                            .arg(bytes / mebibyte, 0, 'f', 0)
-                            .arg(double(availableMemory()) / mebibyte, 0, 'f', 0)}};
-    };
-    return joinProblems({lack("period_min", "The search needs",
-                              Tools::estimateFfa(given.ffa, points, tresolution).bytes),
-                         lack("cutLines", "To cut out so narrow bands of so many points needs",
-                              cutBytes(given.cut, points, tresolution))});
-}
 
 // What there is to search: the sum less its baseline and what is slow, normalised.
 struct FfaSeries {
@@ -202,10 +183,19 @@ Problems checkFfa(const ObservationData &header, const PulsarParameters &given)
                  QString("Dispersion %1 delays a band beyond the end of the recording.\nNo "
                          "point has every band.")
                      .arg(ReportText::general(given.dispersion))}};
-    const Problems ofSearch =
-        joinProblems({checkCut(header, given.cut),
-                      Tools::findFfaProblems(given.ffa, count, header.tresolution)});
-    return ofSearch.empty() ? checkFfaMemory(given, count, header.tresolution) : ofSearch;
+    return joinProblems({checkCut(header, given.cut),
+                         Tools::findFfaProblems(given.ffa, count, header.tresolution)});
+}
+
+qint64 ffaBytes(const ObservationData &header, const PulsarParameters &given)
+{
+    const int points = ffaPoints(header, given);
+    // First the series is made, then searched: of either there are copies, the spectrum that shows
+    // its hum, and what it is without.
+    const double series = 4.0 * sizeof(double) * points + (4 << 20);
+    const double more = std::max(cutBytes(given.cut, points, header.tresolution),
+                                 Tools::ffaBytes(given.ffa, points, header.tresolution));
+    return qint64(std::min(series + more, 1e18));
 }
 
 AnalysisOutcome createFfa(const PreparedSamples &samples, const PulsarParameters &given,

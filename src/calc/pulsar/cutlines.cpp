@@ -25,7 +25,20 @@ struct Wanted {
     QString unread; // the first item that is neither
 };
 
-Wanted wantedOf(const QString &list)
+// The band of a line given by one frequency, or of one measured: never beyond what the sampling
+// shows, where the line itself is within.
+CutBand aroundLine(double low, double high, double tresolution)
+{
+    const double half = 1 / (2 * tresolution);
+    CutBand band = {low - halfWidth, high + halfWidth};
+    if (low > 0)
+        band.low = std::max(band.low, low / 2);
+    if (high <= half)
+        band.high = std::min(band.high, half);
+    return band;
+}
+
+Wanted wantedOf(const QString &list, double tresolution)
 {
     Wanted wanted;
     for (const QString &item : list.split(',', Qt::SkipEmptyParts)) {
@@ -41,8 +54,8 @@ Wanted wantedOf(const QString &list)
         const double last = ends.last().toDouble(&isHigh);
         if (!isLow || !isHigh || ends.size() > 2 || !std::isfinite(first) || !std::isfinite(last))
             return {wanted.hum, {}, text};
-        const double margin = ends.size() == 1 ? halfWidth : 0;
-        wanted.bands.push_back({first - margin, last + margin});
+        wanted.bands.push_back(ends.size() == 1 ? aroundLine(first, last, tresolution)
+                                                : CutBand{first, last});
     }
     return wanted;
 }
@@ -60,8 +73,9 @@ std::vector<CutBand> humBands(const std::vector<double> &series, double tresolut
     for (const MainsLine &line : Tools::findMains(Tools::powerSpectrum(series, tresolution))) {
         const auto [low, high] = std::minmax(
             {Tools::foldedFrequency(line.from, rate), Tools::foldedFrequency(line.to, rate)});
-        bands.push_back(
-            {std::max(low - halfWidth, low / 2), std::min(high + halfWidth, rate / 2), 0, true});
+        CutBand band = aroundLine(low, high, tresolution);
+        band.isHum = true;
+        bands.push_back(band);
     }
     return bands;
 }
@@ -87,7 +101,7 @@ std::vector<CutBand> united(std::vector<CutBand> bands, double nearest)
 
 Problems checkCut(const ObservationData &header, const QString &list)
 {
-    const Wanted wanted = wantedOf(list);
+    const Wanted wanted = wantedOf(list, header.tresolution);
     if (!wanted.unread.isEmpty())
         return {
             {"cutLines", QString("\"%1\" cannot be cut out.\nAllowed: hum, frequencies in Hz as "
@@ -108,7 +122,7 @@ Problems checkCut(const ObservationData &header, const QString &list)
 std::vector<CutBand> cutOut(const QString &list, double tresolution, std::vector<double> &series,
                             const std::function<bool()> &goOn)
 {
-    const Wanted wanted = wantedOf(list);
+    const Wanted wanted = wantedOf(list, tresolution);
     std::vector<CutBand> taken = wanted.bands;
     if (wanted.hum) {
         const std::vector<CutBand> hum = humBands(series, tresolution);
@@ -126,7 +140,7 @@ std::vector<CutBand> cutOut(const QString &list, double tresolution, std::vector
 
 double cutBytes(const QString &list, int points, double tresolution)
 {
-    const Wanted wanted = wantedOf(list);
+    const Wanted wanted = wantedOf(list, tresolution);
     std::vector<Tools::NotchBand> bands;
     for (const CutBand &band : wanted.bands) {
         if (isPossible(band, tresolution))

@@ -137,3 +137,14 @@ PulsarNeeds findNeeds(const QString &action, const ObservationData &recording,
         needs.ranges = withLevelMargins(needs.ranges, header.npoints);
     return needs;
 }
+
+qint64 findBytes(const QString &action, const ObservationData &header,
+                 const PulsarParameters &parameters)
+{
+    qint64 samples = 0;
+    for (const SampleRange &range : findNeeds(action, header, parameters).ranges)
+        samples += range.end - range.begin;
+    const int copies = parameters.deleteStep ? 2 : 1;
+    return copies * samples * qint64(sizeof(float)) +
+           findAnalysis(action)->bytes(Pulsar::wholePointsOf(header), parameters);
+}

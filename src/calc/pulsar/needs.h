@@ -20,3 +20,8 @@ struct PulsarNeeds {
 /// Which samples an action takes in that accepts its parameters for a recording.
 PulsarNeeds findNeeds(const QString &action, const ObservationData &header,
                       const PulsarParameters &parameters);
+
+/// Memory that the action takes beside the record, at most: copies of samples that are replaced or
+/// freed of jumps, its series and its result. Only where it accepts the parameters.
+qint64 findBytes(const QString &action, const ObservationData &header,
+                 const PulsarParameters &parameters);

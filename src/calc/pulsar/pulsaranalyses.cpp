@@ -18,6 +18,7 @@ struct Names {
 struct Steps {
     decltype(PulsarAnalysis::check) check;
     decltype(PulsarAnalysis::points) points;
+    decltype(PulsarAnalysis::bytes) bytes;
     decltype(PulsarAnalysis::compute) compute;
 };
 
@@ -33,6 +34,7 @@ PulsarAnalysis analysis(const Names &names, const Steps &steps, const QStringLis
         made.fields.push_back(&pulsarField(option));
     made.check = steps.check;
     made.points = steps.points;
+    made.bytes = steps.bytes;
     made.compute = steps.compute;
     return made;
 }
@@ -47,6 +49,12 @@ PulsarAnalysis onChannel(const Names &names, const Steps &steps, const QStringLi
     PulsarAnalysis made =
         analysis(names, steps, QStringList{"--module", "--ray", "--channel"} + options);
     made.onChannel = true;
+    return made;
+}
+
+PulsarAnalysis goingToEnd(PulsarAnalysis made)
+{
+    made.goesToEnd = true;
     return made;
 }
 
@@ -70,6 +78,7 @@ const QStringList searchOptions = {"--module",      "--ray",        "--dm",     
 PulsarAnalysis search(PulsarAnalysis made)
 {
     made.presets = {};
+    made.goesToEnd = true;
     made.alwaysGiven =
         QStringList{"--module", "--ray", "--dm", "--period-min", "--period-max", "--rmed-width"};
     return made;
@@ -85,32 +94,40 @@ const std::vector<PulsarAnalysis> &pulsarAnalyses()
                             QStringList{"--deduct"};
     const QStringList spectrum = {"--average", "--with-null", "--harmonic"};
     static const std::vector<PulsarAnalysis> all = {
-        onChannel({"showNative", "Show native", "native"}, {checkChannel, screenPoints, showNative},
+        onChannel({"showNative", "Show native", "native"},
+                  {checkChannel, screenPoints, screenBytes, showNative},
                   start + QStringList{"--count", "--noise", "--delete-step"}),
-        onChannel({"sumPeriod", "Sum period", "fold"}, {checkFold, foldPoints, sumPeriod},
-                  QStringList{"--period"} + start + QStringList{"--count"} + levels),
-        ofSum({"sumChannels", "", "sum"}, {checkSum, sumPoints, sumChannelsAction}, sum),
+        goingToEnd(onChannel({"sumPeriod", "Sum period", "fold"},
+                             {checkFold, foldPoints, foldBytes, sumPeriod},
+                             QStringList{"--period"} + start + QStringList{"--count"} + levels)),
+        goingToEnd(ofSum({"sumPeriodOfBands", "", "fold", "--sum"},
+                         {checkFoldSum, foldSumPoints, foldSumBytes, sumPeriodOfBands},
+                         place + QStringList{"--sum", "--dm", "--period"} + start +
+                             QStringList{"--count"} + levels)),
+        ofSum({"sumChannels", "", "sum"}, {checkSum, sumPoints, sumBytes, sumChannelsAction}, sum),
         ofSum({"sumChannelsDemoNoise", "Sum channels and  demo noise", "sum"},
-              {checkSum, sumPoints, sumChannelsAction}, sum),
+              {checkSum, sumPoints, sumBytes, sumChannelsAction}, sum),
         ofSum({"sumChannelsAndAverage", "Sum channels and average", "sum", "--average"},
-              {checkFixedSum, fixedSumPoints, sumChannelsAndAverage},
+              {checkFixedSum, fixedSumPoints, spectrumBytes, sumChannelsAndAverage},
               place + QStringList{"--dm"} + start + levels + QStringList{"--average"}),
         ofSum({"sumChannelsAndFourier", "Fourier of sum channels with 1 disp", "fourier"},
-              {checkFourier, fixedSumPoints, sumChannelsAndFourier},
+              {checkFourier, fixedSumPoints, spectrumBytes, sumChannelsAndFourier},
               scanOptions({"--sigma", "--cut"})),
         ofSum({"sum4Dispersions", "Fourier of sum channels with 4 disp", "fourier", "--compare"},
-              {checkFourDispersions, fixedSumPoints, sum4Dispersions},
+              {checkFourDispersions, fixedSumPoints, spectrumBytes, sum4Dispersions},
               place + QStringList{"--compare"} + start + levels + spectrum + QStringList{"--cut"}),
         ofSum({"sumAllDispersions", "First harmonic/disp with 1 average", "dmscan"},
-              {checkScan, fixedSumPoints, sumAllDispersions}, scanOptions()),
+              {checkScan, fixedSumPoints, spectrumBytes, sumAllDispersions}, scanOptions()),
         ofSum({"sumMultiDispersions", "First harmonic/disp with multi average", "dmscan",
                "--each-average"},
-              {checkScan, fixedSumPoints, sumMultiDispersions}, scanOptions({"--each-average"})),
+              {checkScan, fixedSumPoints, spectrumBytes, sumMultiDispersions},
+              scanOptions({"--each-average"})),
         ofSum({"sumTimeDispersions", "First harmonic/disp with multi first point", "dmscan",
                "--each-start"},
-              {checkStarts, fixedSumPoints, sumTimeDispersions},
+              {checkStarts, fixedSumPoints, spectrumBytes, sumTimeDispersions},
               scanOptions({"--each-start", "--delta"})),
-        search(ofSum({"createFFA", "", "ffa"}, {checkFfa, ffaPoints, createFfa}, searchOptions)),
+        search(ofSum({"createFFA", "", "ffa"}, {checkFfa, ffaPoints, ffaBytes, createFfa},
+                     searchOptions)),
     };
     return all;
 }
@@ -128,6 +145,12 @@ bool reads(const QString &action, const QString &option)
 {
     const PulsarAnalysis *const analysis = findAnalysis(action);
     return analysis && analysis->reads(pulsarField(option));
+}
+
+bool takesPoints(const QString &action)
+{
+    const PulsarAnalysis *const analysis = findAnalysis(action);
+    return analysis && (analysis->onChannel || analysis->goesToEnd);
 }
 
 bool isScan(const QString &action)

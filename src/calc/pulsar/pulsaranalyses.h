@@ -11,10 +11,15 @@ struct PreparedSamples;
 struct PulsarAnalysis : Analysis<PulsarParameters> {
     using Header = ObservationData; ///< samples are not looked at
 
+    /// Takes all points to the end of the recording unless it is told how many.
+    bool goesToEnd = false;
+
     /// Everything for which it refuses its parameters; empty where it accepts them.
     std::vector<FieldProblem> (*check)(const Header &, const PulsarParameters &) = nullptr;
     /// Length of the stretch that it works on, for parameters that it accepts.
     int (*points)(const Header &, const PulsarParameters &) = nullptr;
+    /// Memory of its series and its result, for parameters that it accepts.
+    qint64 (*bytes)(const Header &, const PulsarParameters &) = nullptr;
     AnalysisOutcome (*compute)(const PreparedSamples &, const PulsarParameters &,
                                const Jobs::Control &) = nullptr;
 };
@@ -30,6 +35,10 @@ const PulsarAnalysis *findAnalysis(const QString &action);
 ///
 /// @param option  of the batch program, as "--dm"
 bool reads(const QString &action, const QString &option);
+
+/// Whether an action works on as many points as the form's panel asks for; the others show so many
+/// points of what they give.
+bool takesPoints(const QString &action);
 
 /// Whether an action computes one value at many trial dispersions.
 bool isScan(const QString &action);

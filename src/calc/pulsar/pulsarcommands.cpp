@@ -87,10 +87,20 @@ PulsarCommand foldCommand()
         "Folds one channel of a ray on a period, from the first point to the end of the "
         "recording,\n"
         "after its base line is taken off: \"Sum period\" of the pulsar form. One value per phase\n"
-        "bin; the report gives the S/N of the best boxcar, its width and its phase.",
-        "Example: channel 20 of ray 7 on the period 3.032 s, from the begin on:\n"
-        "  zrt-batch fold --channel 20 --period 3.032 --first-point 0 demo.pnt",
+        "bin; the report gives the S/N of the best boxcar, its width and its phase. With --sum "
+        "the\n"
+        "sum of the first 32 bands, each shifted back by its dispersion delay, and a column for\n"
+        "each band, in sigmas of its samples: phase against frequency, which --plot paints as a\n"
+        "picture of its own.",
+        "Examples: channel 20 of ray 7 on the period 3.032 s, from the begin on; the sum of the\n"
+        "bands with both pictures:\n"
+        "  zrt-batch fold --channel 20 --period 3.032 --first-point 0 demo.pnt\n"
+        "  zrt-batch fold --sum --dm 26.2 --period 3.032 --first-point 0 --tag sum --plot png "
+        "demo.pnt",
         {{"--channel"},
+         {"--sum", "", 0, 0, true, "--channel"},
+         {"--dm", "Dispersion, pc/cm^3, of the sum."},
+         {"--channels-off", "", 0, 0, false},
          {"--normalise"},
          {"--period"},
          {"--count", "Points to fold, at least 512. Default: all to the end.", 512, mostPoints,

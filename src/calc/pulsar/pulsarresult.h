@@ -11,19 +11,21 @@
 #include <memory>
 #include <vector>
 
+struct BandFold;
+
 /// What the pulsar form asks for, as typed.
 struct PulsarParameters {
-    int module = 1;          ///< from 1
-    int ray = 1;             ///< from 1
-    int channel = 1;         ///< from 1
-    double dispersion = 0;   ///< pc/cm^3
-    double period = 0;       ///< s
-    int firstPoint = 0;      ///< first sample of the stretch, from 0
-    QString startTime;       ///< UTC that gave the first point; empty: the point was typed
-    double startDelta = 0;   ///< points between the starts of "sumTimeDispersions"; 0: a
-                             ///< sixteenth of the recording
-    int points = 0;          ///< wanted length of "showNative", "sumPeriod", "sumChannels" (and
-                             ///< "sumChannelsDemoNoise") and "createFFA"; 0: their own
+    int module = 1;        ///< from 1
+    int ray = 1;           ///< from 1
+    int channel = 1;       ///< from 1
+    double dispersion = 0; ///< pc/cm^3
+    double period = 0;     ///< s
+    int firstPoint = 0;    ///< first sample of the stretch, from 0
+    QString startTime;     ///< UTC that gave the first point; empty: the point was typed
+    double startDelta = 0; ///< points between the starts of "sumTimeDispersions"; 0: a
+                           ///< sixteenth of the recording
+    int points = 0;        ///< wanted length of "showNative", "sumPeriod", "sumPeriodOfBands",
+                    ///< "sumChannels" (and "sumChannelsDemoNoise") and "createFFA"; 0: their own
     QString channelsOff;     ///< numbers of channels, "4,21", that sums leave out; empty: none
     bool deleteStep = false; ///< take jumps of the level out of a working copy
     int averageCount = 0;    ///< halvings before the transform
@@ -75,8 +77,9 @@ struct PulsarResult {
     QString nonFinite;        ///< which samples are no finite numbers; empty where all are
     std::vector<Results::Report> remarks; ///< what else the user should know, one paragraph each
     QString times; ///< what times and periods are counted in; empty where there are none
-    std::vector<PulsarMultiResult> multi; ///< where the action compares results: one per curve
-    std::shared_ptr<const FfaResult> ffa; ///< of "createFFA"
+    std::vector<PulsarMultiResult> multi;  ///< where the action compares results: one per curve
+    std::shared_ptr<const FfaResult> ffa;  ///< of "createFFA"
+    std::shared_ptr<const BandFold> bands; ///< of "sumPeriodOfBands"
 
     QString description() const { return report.plainText(); }
     /// What stands below the report: on samples, the remarks, on times.

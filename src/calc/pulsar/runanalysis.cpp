@@ -1,5 +1,6 @@
 #include "calc/pulsar/runanalysis.h"
 
+#include "base/systemmemory.h"
 #include "calc/pulsar/actions.h"
 #include "calc/pulsar/bandsum.h"
 #include "calc/pulsar/pulsaranalyses.h"
@@ -29,6 +30,19 @@ void tellSteps(const PreparedSamples &samples, PulsarResult &result)
         if (point >= result.axis.first && index < result.points)
             result.markers.push_back(index);
     }
+}
+
+// A search tries fewer periods when the shortest one is longer; the others have no such field.
+Problems lackOfMemory(const PulsarAnalysis &analysis, const ObservationData &header,
+                      const PulsarParameters &parameters)
+{
+    const qint64 bytes = findBytes(analysis.name, header, parameters);
+    if (hasMemoryFor(double(bytes)))
+        return {};
+    const PulsarField &shortest = pulsarField("--period-min");
+    return {{analysis.reads(shortest) ? shortest.name : QString(),
+             QString("This needs %1 of memory, %2 are available.")
+                 .arg(sizeText(bytes), sizeText(availableMemory()))}};
 }
 
 AnalysisOutcome computed(const PulsarAnalysis &analysis, const ObservationData &data,
@@ -63,7 +77,9 @@ std::vector<FieldProblem> findProblems(const QString &action, const ObservationD
     const PulsarAnalysis *const known = findAnalysis(action);
     if (!known)
         return {{"", "There is no action \"" + action + "\"."}};
-    return known->check(Pulsar::wholePointsOf(header), parameters);
+    const ObservationData whole = Pulsar::wholePointsOf(header);
+    const Problems problems = known->check(whole, parameters);
+    return problems.empty() ? lackOfMemory(*known, whole, parameters) : problems;
 }
 
 AnalysisOutcome runAnalysis(const QString &action, const ObservationData &recording,

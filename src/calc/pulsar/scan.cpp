@@ -354,15 +354,6 @@ void addScans(const std::vector<NamedScan> &scans, int harmonic, PulsarResult &r
     result.report.addTable(table);
 }
 
-Control shareOf(const Control &control, int part, int parts)
-{
-    Control share = control;
-    share.progress = [&control, part, parts](int percent) {
-        control.progress((100 * part + percent) / parts);
-    };
-    return share;
-}
-
 std::vector<Results::Report> scanRemarks(const ObservationData &data, const PulsarParameters &given,
                                          int wholeBands, const std::vector<int> &starts)
 {

@@ -51,9 +51,6 @@ struct NamedScan {
 /// Why scans do not tell the dispersion is said once for all of them.
 void addScans(const std::vector<NamedScan> &scans, int harmonic, PulsarResult &result);
 
-/// Shows the progress of one of several equal parts as that of the whole.
-Control shareOf(const Control &control, int part, int parts);
-
 /// Remarks on a harmonic that is none of the typed period, and on missing bands.
 std::vector<Results::Report> scanRemarks(const ObservationData &data, const PulsarParameters &given,
                                          int wholeBands, const std::vector<int> &starts);

@@ -2,25 +2,15 @@
 
 #include "calc/pulsar/actions.h"
 #include "calc/pulsar/bandsum.h"
-#include "calc/pulsar/cutlines.h"
 #include "calc/pulsar/runanalysis.h"
 
 #include <QElapsedTimer>
-#include <algorithm>
 
 namespace {
 
 constexpr int searchShare = 90; // percent of the whole; the rest is for candidates
 
 } // namespace
-
-FfaEstimate estimateSearch(const PulsarParameters &parameters, int points, double tresolution)
-{
-    FfaEstimate estimate = Tools::estimateFfa(parameters.ffa, points, tresolution);
-    estimate.bytes =
-        std::max(estimate.bytes, Pulsar::cutBytes(parameters.cut, points, tresolution));
-    return estimate;
-}
 
 FfaSearchOutcome searchFfa(const FfaSearchRequest &request, const Jobs::Control &control)
 {
@@ -37,7 +27,7 @@ FfaSearchOutcome searchFfa(const FfaSearchRequest &request, const Jobs::Control 
         return outcome;
     outcome.result = std::move(search.result);
     const int points = Pulsar::ffaPoints(Pulsar::wholePointsOf(request.data), request.parameters);
-    outcome.estimate = estimateSearch(request.parameters, points, request.data.tresolution);
+    outcome.estimate = Tools::estimateFfa(request.parameters.ffa, points, request.data.tresolution);
     const double threshold = request.threshold.value_or(outcome.estimate.noiseThreshold);
     outcome.candidates = Tools::findCandidates(
         *outcome.result.ffa, threshold, request.mostCandidates, [&](int percent) {

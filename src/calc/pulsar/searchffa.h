@@ -26,8 +26,5 @@ struct FfaSearchOutcome {
     double seconds = 0;   ///< that the search took
 };
 
-/// What a search of so many points takes, with what is cut out before it; see Tools::estimateFfa.
-FfaEstimate estimateSearch(const PulsarParameters &parameters, int points, double tresolution);
-
 /// Searches a recording. What a stopped search returns is of no use.
 FfaSearchOutcome searchFfa(const FfaSearchRequest &request, const Jobs::Control &control);

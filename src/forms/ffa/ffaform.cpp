@@ -158,12 +158,13 @@ void FfaForm::showEstimate()
     if (!isGood)
         return;
     constexpr double megabyte = 1e6;
-    const FfaEstimate size = estimateSearch(parameters, points, data.tresolution);
+    const FfaEstimate size = Tools::estimateFfa(parameters.ffa, points, data.tresolution);
+    const double bytes = double(findBytes("createFFA", data, parameters));
     ui->estimate->setText(
         QString("%1 s of data, %2 MB of memory\n%3 periods x %4 widths\n%5; noise "
                 "reaches S/N %6")
             .arg(number(points * data.tresolution))
-            .arg(std::ceil(size.bytes / megabyte), 0, 'f', 0)
+            .arg(std::ceil(bytes / megabyte), 0, 'f', 0)
             .arg(size.trials)
             .arg(size.widths)
             .arg(secondsText(size.seconds * slowness))
@@ -221,7 +222,8 @@ void FfaForm::search()
         return;
     }
     const int points = PulsarCalculate(data, parameters).ffaPoints();
-    const Searched asked = {parameters, estimateSearch(parameters, points, data.tresolution)};
+    const Searched asked = {parameters,
+                            Tools::estimateFfa(parameters.ffa, points, data.tresolution)};
     const FfaSearchRequest request = {data, parameters, {}, mostCandidates};
     using Outcome = std::shared_ptr<const FfaSearchOutcome>;
     worker.start<Outcome>(

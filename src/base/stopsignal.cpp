@@ -1,9 +1,7 @@
-#include "batch/stopsignal.h"
+#include "base/stopsignal.h"
 
 #include <atomic>
 #include <csignal>
-
-namespace Batch {
 
 namespace {
 
@@ -30,5 +28,3 @@ bool isStopRequested()
 {
     return stopRequested;
 }
-
-} // namespace Batch

@@ -1,0 +1,62 @@
+#include "calc/pulsar/bandfold.h"
+
+#include "calc/baseline.h"
+#include "calc/fold.h"
+#include "calc/levelsteps.h"
+#include "calc/pulsar/bandsum.h"
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+
+namespace Pulsar {
+
+namespace {
+
+// One band: `count` samples, of which the first is number `first` of the sum.
+std::vector<float> foldBand(const float *samples, int count, int first, const QString &noise,
+                            double period, int bins)
+{
+    constexpr float none = std::numeric_limits<float>::quiet_NaN();
+    std::vector<float> row(std::size_t(bins), none);
+    const double sigma = count > 0 ? Tools::robustSigma(samples, count) : 0;
+    std::vector<double> series(samples, samples + std::max(count, 0));
+    std::vector<double> baseline(series.size());
+    if (!(sigma > 0) || !Tools::findBaseline(noise, series.data(), baseline.data(), count))
+        return row;
+    removeBaseline(false, baseline, series);
+    const double mean = std::accumulate(series.begin(), series.end(), 0.0) / count;
+    const Tools::FoldedProfile profile = Tools::fold(series.data(), count, period, bins, first);
+    for (std::size_t b = 0; b < row.size(); ++b) {
+        if (profile.weights[b] > 0)
+            row[b] = float((profile.bins[b] - mean) / sigma);
+    }
+    return row;
+}
+
+} // namespace
+
+BandFold foldBands(const ObservationData &data, const PulsarParameters &selected, int count,
+                   double period, int bins, const Jobs::Control &control)
+{
+    BandFold fold;
+    fold.period = period;
+    fold.bins = bins;
+    const Tools::BandDelays delays = bandDelays(data, selected.dispersion);
+    for (int band = 0; band < sumBands; ++band) {
+        control.progress(100 * band / sumBands);
+        if (control.isStopped())
+            return {};
+        const qint64 start = qint64(selected.firstPoint) + delays.shift(band);
+        const qint64 begin = std::clamp<qint64>(start, 0, data.npoints);
+        const qint64 end = std::clamp<qint64>(start + count, begin, data.npoints);
+        const std::vector<float> row =
+            foldBand(channelSamples(data, selected, band) + begin, int(end - begin),
+                     int(begin - start), selected.noise, period / data.tresolution, bins);
+        fold.frequencies.push_back(data.fbands[std::size_t(band)]);
+        fold.values.insert(fold.values.end(), row.begin(), row.end());
+    }
+    return fold;
+}
+
+} // namespace Pulsar
