@@ -300,6 +300,8 @@ void FourierForm::keyPressEvent(QKeyEvent *event)
 {
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
         compute();
+    else if (event->key() == Qt::Key_Escape)
+        stacker.stop(); // while days are read, their progress takes the key
     else
         QWidget::keyPressEvent(event);
 }

@@ -14,7 +14,6 @@
 namespace {
 
 constexpr double bytesPerMegabyte = 1e6;
-constexpr int copiesRead = 3; // samples as read, one ray of finite ones, sums
 
 struct Outcome {
     QString problem;
@@ -43,12 +42,10 @@ Days::DayPlan planOf(const RecordingEntry &entry, const Days::FourierDaysParamet
     return plan;
 }
 
-QString memoryProblem(const RecordingEntry &entry, const Days::FourierDaysParameters &parameters)
+QString memoryProblem(const Days::FourierDaysParameters &parameters)
 {
     const Days::FourierDaysAnalysis &analysis = Days::fourierDaysAnalyses().front();
-    const double bytes =
-        double(analysis.bytes(parameters, 1)) +
-        double(parameters.points) * entry.header.channels * copiesRead * double(sizeof(float));
+    const auto bytes = double(analysis.bytes(parameters, 1));
     if (hasMemoryFor(bytes))
         return {};
     return QString("%1 points take %2 MB, more memory than there is. Choose fewer points.")
@@ -83,7 +80,7 @@ Outcome spectrumOf(const RecordingSpectrum::Request &request, const Jobs::Contro
                 .arg(Days::fewestPoints)
                 .arg(behind),
             nullptr, nullptr};
-    if (const QString problem = memoryProblem(entry, parameters); !problem.isEmpty())
+    if (const QString problem = memoryProblem(parameters); !problem.isEmpty())
         return {problem, nullptr, nullptr};
 
     const auto spectra = std::make_shared<DaySpectra>();
