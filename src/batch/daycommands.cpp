@@ -4,6 +4,8 @@
 
 #include <QDate>
 #include <QDir>
+#include <algorithm>
+#include <map>
 #include <memory>
 
 // survey and stack: analyses over the days of folders.
@@ -39,11 +41,11 @@ struct DaysArguments : TableArguments {
     bool savesSpectra = false;
 };
 
-void addFields(CLI::App &command, const FourierDaysAnalysis &analysis, bool isSurvey,
-               DaysArguments &arguments)
+void addSeriesFields(CLI::App &command, const FourierDaysAnalysis &analysis,
+                     DaysArguments &arguments)
 {
     for (const FourierDaysField *field : analysis.fields) {
-        if (!isSurvey || analysis.seriesOptions.contains(field->option))
+        if (analysis.seriesOptions.contains(field->option))
             arguments.options.add(command, *field);
     }
 }
@@ -106,7 +108,8 @@ void addStackOptions(CLI::App &command, DaysArguments &arguments)
                     "user's own list.")
         ->type_name("FILE");
     command.add_flag("--save-spectra", arguments.savesSpectra,
-                     "Write the whitened spectra of the days as a result file.");
+                     "Write the whitened spectra of the days, with --ffa their periodograms too, "
+                     "as a result file.");
 }
 
 DaysRequest requestOf(const DaysArguments &arguments)
@@ -137,7 +140,7 @@ void addSurvey(CLI::App &app, Chosen &chosen, const FourierDaysAnalysis &analysi
     CLI::App *const command = app.add_subcommand(Days::surveyCommand, surveyManual);
     command->footer(surveyExamples);
     const auto arguments = std::make_shared<DaysArguments>();
-    addFields(*command, analysis, true, *arguments);
+    addSeriesFields(*command, analysis, *arguments);
     addDaysOptions(*command, *arguments);
     command->add_option("--part", arguments->part, "Every N-th day only, from the K-th on.")
         ->type_name("K/N")
@@ -151,13 +154,45 @@ void addSurvey(CLI::App &app, Chosen &chosen, const FourierDaysAnalysis &analysi
     });
 }
 
-void addAnalysis(CLI::App &app, Chosen &chosen, const FourierDaysAnalysis &analysis)
+// The options of all analyses of a command. What one of them alone reads goes with the option that
+// chooses it, or not with that of another.
+void addAllFields(CLI::App &command, DaysArguments &arguments)
 {
+    const std::vector<FourierDaysAnalysis> &analyses = Days::fourierDaysAnalyses();
+    std::map<QString, CLI::Option *> added;
+    for (const FourierDaysAnalysis &analysis : analyses) {
+        for (const FourierDaysField *field : analysis.fields) {
+            CLI::Option *&option = added[field->option];
+            if (!option)
+                option = arguments.options.add(command, *field);
+        }
+    }
+    const auto reads = [](const FourierDaysAnalysis &analysis, const QString &option) {
+        return std::any_of(
+            analysis.fields.begin(), analysis.fields.end(),
+            [&option](const FourierDaysField *field) { return field->option == option; });
+    };
+    for (const FourierDaysAnalysis &analysis : analyses) {
+        if (analysis.chosenBy.isEmpty())
+            continue;
+        CLI::Option *const choice = added[analysis.chosenBy];
+        for (const auto &[name, option] : added) {
+            if (!reads(analysis, name))
+                option->excludes(choice);
+            else if (option != choice && !reads(analyses.front(), name))
+                option->needs(choice);
+        }
+    }
+}
+
+void addStack(CLI::App &app, Chosen &chosen)
+{
+    const FourierDaysAnalysis &first = Days::fourierDaysAnalyses().front();
     CLI::App *const command =
-        app.add_subcommand(analysis.command.toStdString(), analysis.manual.toStdString());
-    command->footer(analysis.examples.toStdString());
+        app.add_subcommand(first.command.toStdString(), first.manual.toStdString());
+    command->footer(first.examples.toStdString());
     const auto arguments = std::make_shared<DaysArguments>();
-    addFields(*command, analysis, false, *arguments);
+    addAllFields(*command, *arguments);
     addDaysOptions(*command, *arguments);
     addStackOptions(*command, *arguments);
     addRunOptions(*command, *arguments, foldersHelp, "DIR");
@@ -176,8 +211,7 @@ void addAnalysis(CLI::App &app, Chosen &chosen, const FourierDaysAnalysis &analy
 void addDayCommands(CLI::App &app, Chosen &chosen)
 {
     addSurvey(app, chosen, Days::fourierDaysAnalyses().front());
-    for (const FourierDaysAnalysis &analysis : Days::fourierDaysAnalyses())
-        addAnalysis(app, chosen, analysis);
+    addStack(app, chosen);
 }
 
 } // namespace Batch

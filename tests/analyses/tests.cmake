@@ -1,6 +1,7 @@
 zrt_add_test(analyses/powerstack unit zrt_analyses)
 zrt_add_test(analyses/daylist unit zrt_analyses)
 zrt_add_test(analyses/dayseries unit zrt_analyses)
+zrt_add_test(analyses/ffastack unit zrt_analyses)
 zrt_add_test(analyses/fourierdays unit zrt_analyses)
 zrt_add_test(analyses/fourierstack unit zrt_analyses)
 zrt_add_test(analyses/interference unit zrt_analyses)

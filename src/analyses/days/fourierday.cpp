@@ -97,6 +97,17 @@ double expectedAbove(int bins)
     return std::max(0, bins) * std::exp(-highPower);
 }
 
+bool seriesLessBaseline(const DayStretch &stretch, const QString &noise,
+                        std::vector<double> &series)
+{
+    const std::vector<float> &sums = stretch.series.front().sums;
+    series.assign(sums.begin(), sums.end());
+    if (!removeBaseline(series, stretch.series.back().sums, noise))
+        return false;
+    removeMean(series);
+    return true;
+}
+
 FourierDay fourierOfDay(const DayStretch &stretch, const FourierDaysParameters &parameters,
                         const Jobs::Control &control)
 {
@@ -116,12 +127,11 @@ FourierDay fourierOfDay(const DayStretch &stretch, const FourierDaysParameters &
     day.ratio = Tools::barycentricView(Tools::ownSite(), stretch.middle(), stretch.direction)
                     .topocentric(1);
 
-    std::vector<double> series(sums.begin(), sums.end());
-    if (!removeBaseline(series, stretch.series.back().sums, parameters.noise)) {
+    std::vector<double> series;
+    if (!seriesLessBaseline(stretch, parameters.noise, series)) {
         day.problem = "The noise base line cannot be computed. Take more points, or another one.";
         return day;
     }
-    removeMean(series);
     day.sigma = Tools::sigma(series.data(), int(series.size()));
     if (!(day.sigma > 0)) {
         day.problem = "All sums of the bands are equal: the stretch holds no noise.";
