@@ -1,5 +1,6 @@
 #include "analyses/days/fourierstack.h"
 
+#include "analyses/days/sigmatable.h"
 #include "analyses/days/stackevidence.h"
 #include "calc/significance.h"
 #include "coords/barycentre.h"
@@ -19,42 +20,6 @@ constexpr double leastTurn = 1.0 / 3; // bins
 constexpr int levelWindows = 4;
 constexpr double otherRaySigma = 4;
 constexpr int raysOfModule = 8;
-
-// The sigma of a summed power, which is slow to compute, at many powers.
-class SigmaTable {
-public:
-    // weightsOfDays: none where all are equal
-    SigmaTable(double gammaShape, std::vector<double> weightsOfDays)
-        : shape(gammaShape), weights(std::move(weightsOfDays))
-    {
-        constexpr int nodes = 512;
-        constexpr double sigmas = 15;
-        step = (shape + sigmas * std::sqrt(shape) + sigmas) / nodes;
-        for (int i = 0; i <= nodes; ++i)
-            table.push_back(sigmaOf(std::max(i, 1) * step));
-    }
-
-    double at(double power) const
-    {
-        const double position = power / step;
-        if (position >= double(table.size() - 1))
-            return sigmaOf(power);
-        const auto node = std::size_t(std::max(0.0, position));
-        return table[node] + (position - double(node)) * (table[node + 1] - table[node]);
-    }
-
-private:
-    double sigmaOf(double power) const
-    {
-        return weights.empty() ? Tools::sigmaOfPower(shape, power)
-                               : Tools::sigmaOfTail(Tools::logWeightedTail(weights, 1, power));
-    }
-
-    double shape;
-    std::vector<double> weights;
-    double step = 1;
-    std::vector<double> table;
-};
 
 class Stacker {
 public:
