@@ -140,7 +140,7 @@ FineStack fineStack(const std::vector<double> &sums, double shape, const SkyPlan
     for (std::size_t bin = 0; bin < atBins.size(); ++bin)
         atBins[bin] = sums[bin * std::size_t(each)];
     const int window = std::min(levelWindows * plan.parameters.window, bins) - 1;
-    stack.level = Days::levelOfStack(atBins, shape, window | 1);
+    stack.level = Days::levelOfStack(atBins, Tools::medianPower(shape), window | 1);
     stack.search.shape = shape;
     stack.search.lowestBin = Days::lowestBin;
     stack.search.harmonics = plan.parameters.harmonics;

@@ -1,6 +1,7 @@
 #include "analyses/sky/skysearch.h"
 
 #include "analyses/days/stackevidence.h"
+#include "analyses/sky/candidateorder.h"
 #include "calc/pulsar/bandsum.h"
 #include "calc/significance.h"
 #include "coords/barycentre.h"
@@ -15,7 +16,6 @@ namespace Sky {
 namespace {
 
 constexpr int mostLinesOfCell = 64;
-constexpr int raysOfModule = 8;
 constexpr double mergedWithin = 2;   // bins of the padded spectrum, which is 1 / T
 constexpr double sameInRays = 1.5;   // bins
 constexpr int fewestForTrimming = 5; // days
@@ -72,7 +72,7 @@ public:
         join();
         for (SkyCandidate &candidate : result.candidates)
             describe(candidate);
-        order();
+        result.candidates = orderedCandidates(std::move(result.candidates), plan, perBin);
         return std::move(result);
     }
 
@@ -275,10 +275,10 @@ private:
         for (const std::vector<Detection> &cell : ofCell) {
             for (const Detection &one : cell) {
                 if (std::abs(one.telescope - candidate.telescope) < sameInRays * binWidth)
-                    places.insert(placeOf(one.ray));
+                    places.insert(placeOfRay(plan, one.ray));
             }
         }
-        const int own = placeOf(candidate.ray);
+        const int own = placeOfRay(plan, candidate.ray);
         int apart = 0;
         int last = -2;
         for (const int place : places) {
@@ -288,12 +288,6 @@ private:
             last = place;
         }
         return apart >= enough;
-    }
-
-    int placeOf(int ray) const
-    {
-        const SkyRay &one = plan.rays[std::size_t(ray)];
-        return one.module * raysOfModule + one.ray;
     }
 
     // A line of the sky is as strong at all hours of the Sun. One that comes in half of the solar
@@ -366,67 +360,6 @@ private:
             Days::pulsarsInBeam(ray.beam, direction, middle.date(),
                                 plan.parameters.points * plan.header.tresolution),
             direction, candidate.barycentric, binWidth, Tools::modifiedJulianDay(middle));
-    }
-
-    bool isBehind(const SkyCandidate &candidate) const
-    {
-        return candidate.isFewDays || candidate.isInOtherRays || candidate.isSolar ||
-               candidate.isHum;
-    }
-
-    bool areNear(const SkyCandidate &one, const SkyCandidate &other) const
-    {
-        if (one.isInOtherRays && other.isInOtherRays)
-            return true;
-        return std::abs(one.start - other.start) <= 2 &&
-               std::abs(placeOf(one.ray) - placeOf(other.ray)) <= 1;
-    }
-
-    // Whether one is a small fraction of the other, to the bin over its harmonics that either is
-    // right to.
-    bool relate(SkyCandidate &candidate, const SkyCandidate &base) const
-    {
-        constexpr int highest = 16;
-        const double own = candidate.line.position / perBin;
-        const double other = base.line.position / perBin;
-        for (int q = 1; q <= highest; ++q) {
-            const int p = int(std::lround(own * q / other));
-            const double tolerance = 1.0 / candidate.harmonics + double(p) / q / base.harmonics;
-            if (p < 1 || p > highest || std::abs(own - other * p / q) > std::min(1.0, tolerance))
-                continue;
-            candidate.relatedP = p;
-            candidate.relatedQ = q;
-            return true;
-        }
-        return false;
-    }
-
-    void order()
-    {
-        std::vector<SkyCandidate> found = std::move(result.candidates);
-        std::stable_partition(found.begin(), found.end(),
-                              [this](const SkyCandidate &one) { return !isBehind(one); });
-        std::vector<int> baseOf(found.size(), -1);
-        for (std::size_t i = 1; i < found.size(); ++i) {
-            for (std::size_t base = 0; base < i && baseOf[i] < 0; ++base) {
-                if (baseOf[base] < 0 && areNear(found[i], found[base]) &&
-                    relate(found[i], found[base]))
-                    baseOf[i] = int(base);
-            }
-        }
-        result.candidates.clear();
-        for (std::size_t base = 0; base < found.size(); ++base) {
-            if (baseOf[base] >= 0)
-                continue;
-            const int place = int(result.candidates.size());
-            result.candidates.push_back(found[base]);
-            for (std::size_t i = base + 1; i < found.size(); ++i) {
-                if (baseOf[i] != int(base))
-                    continue;
-                found[i].relatedTo = place;
-                result.candidates.push_back(found[i]);
-            }
-        }
     }
 
     const SkyStack &stack;
