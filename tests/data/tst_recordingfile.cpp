@@ -216,7 +216,7 @@ void TestRecordingFile::savingIsRefused()
 void TestRecordingFile::countsAtTheEndOfTheirRange()
 {
     const QByteArray common = TestSupport::recordingBytes({20, 2, 2, 1}, sampleAt);
-    const QByteArray odd = "numpar 11\npoint 2147483647\nstar_time 2000000000:00:00\n"
+    const QByteArray odd = "numpar 12\npoint 2147483647\nstar_time 2000000000:00:00\n"
                            "modulus 2147483647 2147483647\n" +
                            common.mid(common.indexOf('\n') + 1).replace("modulus 1 2", "source x");
     QVERIFY2(file.open(write(odd)), qPrintable(file.reason()));
