@@ -97,7 +97,8 @@ private:
         }
         MapRow &told = map.rows.back();
         const int days = stack.days(map.choice.ray, start);
-        told.days = told.days == 0 ? days : std::min(told.days, days);
+        if (days > 0)
+            told.days = told.days == 0 ? days : std::min(told.days, days);
     }
 
     const SkyStack &stack;

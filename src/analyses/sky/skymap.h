@@ -23,7 +23,7 @@ MapChoiceOrProblem mapChoiceOf(const SkyPlan &plan);
 struct MapRow {
     QString name;     ///< right ascension, or dispersion
     double value = 0; ///< the same: radians, or pc/cm^3; not a number where unknown
-    int days = 0;     ///< fewest of its cells
+    int days = 0;     ///< fewest of its cells that have any
 };
 
 struct SkyMap {
