@@ -1,8 +1,8 @@
 #include "batch/commands.h"
+#include "batch/dayoptions.h"
 #include "batch/dayswork.h"
 #include "batch/fieldoptions.h"
 
-#include <QDate>
 #include <QDir>
 #include <algorithm>
 #include <map>
@@ -48,34 +48,6 @@ void addSeriesFields(CLI::App &command, const FourierDaysAnalysis &analysis,
         if (analysis.seriesOptions.contains(field->option))
             arguments.options.add(command, *field);
     }
-}
-
-CLI::Validator dateRange()
-{
-    return CLI::Validator(
-        [](const std::string &text) {
-            const QStringList ends = QString::fromStdString(text).split(':');
-            const auto isDate = [](const QString &end) {
-                return end.isEmpty() || QDate::fromString(end, Qt::ISODate).isValid();
-            };
-            return ends.size() == 2 && isDate(ends[0]) && isDate(ends[1])
-                       ? std::string()
-                       : "dates are like 2015-04-01:2015-06-30; either may be missing";
-        },
-        "");
-}
-
-CLI::Validator partOfWhole()
-{
-    return CLI::Validator(
-        [](const std::string &text) {
-            const QStringList numbers = QString::fromStdString(text).split('/');
-            return numbers.size() == 2 && numbers[0].toInt() >= 1 &&
-                           numbers[0].toInt() <= numbers[1].toInt()
-                       ? std::string()
-                       : "a part is like 2/12";
-        },
-        "");
 }
 
 // What both commands take beside the fields.

@@ -12,8 +12,6 @@ namespace Batch {
 
 namespace {
 
-constexpr char noList[] = "none";
-
 class StackWork {
 public:
     StackWork(const DaysRequest &daysRequest, const FoundDays &foundDays,
@@ -147,24 +145,15 @@ ExitCode stackDays(const DaysRequest &request, const RunOptions &options)
     const FoundDays found = findDays(request, options.quiet);
     if (found.failure)
         return found.failure.code;
-    Days::InterferenceList list;
-    if (request.interference != noList) {
-        const bool isOwn = request.interference.isEmpty();
-        const QString path = isOwn ? Days::interferencePath() : request.interference;
-        if (!isOwn && !QFileInfo::exists(path)) {
-            printError(path + " does not exist. Give the list of interference, or none.");
-            return ExitCode::NoInput;
-        }
-        list = Days::readInterference(path);
-    }
-    if (!list.problem.isEmpty()) {
-        printError(list.problem);
-        return ExitCode::BadData;
+    std::vector<Days::Interference> interference;
+    if (const Failure failure = readInterference(request.interference, interference)) {
+        printError(failure.text);
+        return failure.code;
     }
     const Days::FourierDaysParameters parameters =
         Days::usedParameters(request.parameters, found.plan);
-    const StackFiles files(request, found, parameters, list.entries);
-    const StackWork stack(request, found, parameters, list.entries, files, options);
+    const StackFiles files(request, found, parameters, interference);
+    const StackWork stack(request, found, parameters, interference, files, options);
     return runWork(stack.work(), {files.input()}, options);
 }
 

@@ -46,6 +46,8 @@ QStringList summaryOf(const std::map<QString, QStringList> &byReason, const QStr
     return lines;
 }
 
+} // namespace
+
 QStringList remarksOn(const RecordingSet &set, const Days::DayList &list)
 {
     std::map<QString, QStringList> recordings;
@@ -61,9 +63,9 @@ QStringList remarksOn(const RecordingSet &set, const Days::DayList &list)
     return summaryOf(recordings, "recording") + summaryOf(days, "day");
 }
 
-Failure readSet(const DaysRequest &request, RecordingSet &set)
+Failure readFolders(const QStringList &folders, RecordingSet &set)
 {
-    for (const QString &folder : request.folders) {
+    for (const QString &folder : folders) {
         if (!QFileInfo(folder).isDir())
             return {ExitCode::NoInput, folder + " is no folder. Give folders of recordings."};
         if (!QFileInfo(folder).isReadable())
@@ -71,15 +73,30 @@ Failure readSet(const DaysRequest &request, RecordingSet &set)
     }
     Jobs::Control control;
     control.isStopped = [] { return isStopRequested(); };
-    set = Days::recordingsOfFolders(request.folders, control);
+    set = Days::recordingsOfFolders(folders, control);
     if (set.wasStopped)
         return {ExitCode::TryLater, "Stopped while the headers were read."};
     if (set.entries.empty())
-        return {ExitCode::NoInput, request.folders.join(", ") +
+        return {ExitCode::NoInput, folders.join(", ") +
                                        ": there is no recording (.pnt, .pnthr) in it, nor in its "
                                        "sub-folders."};
     return {};
 }
+
+Failure readInterference(const QString &choice, std::vector<Days::Interference> &entries)
+{
+    if (choice == "none")
+        return {};
+    const QString path = choice.isEmpty() ? Days::interferencePath() : choice;
+    if (!choice.isEmpty() && !QFileInfo::exists(path))
+        return {ExitCode::NoInput,
+                path + " does not exist. Give the list of interference, or none."};
+    const Days::InterferenceList list = Days::readInterference(path);
+    entries = list.entries;
+    return list.problem.isEmpty() ? Failure() : Failure{ExitCode::BadData, list.problem};
+}
+
+namespace {
 
 void keepDates(const DaysRequest &request, Days::DayList &list)
 {
@@ -100,7 +117,7 @@ bool isUsable(const Days::Day &day)
 FoundDays lookedFor(const DaysRequest &request)
 {
     FoundDays found;
-    found.failure = readSet(request, found.set);
+    found.failure = readFolders(request.folders, found.set);
     if (found.failure)
         return found;
     found.plan = Days::planDays(found.set, request.parameters);

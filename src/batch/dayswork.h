@@ -35,6 +35,17 @@ struct FoundDays {
 /// @param isQuiet  the remarks are printed only where it fails
 FoundDays findDays(const DaysRequest &request, bool isQuiet);
 
+/// Reads the headers of the recordings of folders.
+Failure readFolders(const QStringList &folders, RecordingSet &set);
+
+/// Which recordings and days do not fit, and why: a sentence for each reason.
+QStringList remarksOn(const RecordingSet &set, const Days::DayList &list);
+
+/// The interference that is left out.
+///
+/// @param choice  file of the list; "none"; empty: the user's own list
+Failure readInterference(const QString &choice, std::vector<Days::Interference> &entries);
+
 /// Makes the series that are kept of each day: one item of work per day.
 ExitCode surveyDays(const DaysRequest &request, const RunOptions &options);
 

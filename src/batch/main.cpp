@@ -51,6 +51,7 @@ int run(int argc, char **argv)
     Batch::addPulsarCommands(app, chosen);
     Batch::addSearchCommands(app, chosen);
     Batch::addDayCommands(app, chosen);
+    Batch::addSkyCommands(app, chosen);
     Batch::addFileCommands(app, chosen);
     Batch::addCoordinateCommands(app, chosen);
 

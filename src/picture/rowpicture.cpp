@@ -99,6 +99,32 @@ std::vector<float> columnMaxima(const std::vector<float> &values, int columns)
     return maxima;
 }
 
+RowPicture rowPictureOf(const std::vector<float> &values, int rows, const QSize &size,
+                        float leastHigh)
+{
+    constexpr double share = 0.999;
+    RowPicture picture;
+    picture.columns = columnsOf(size);
+    picture.rows = rows;
+    const std::size_t each = rows > 0 ? values.size() / std::size_t(rows) : 0;
+    for (int row = 0; row < rows; ++row) {
+        const auto first = values.begin() + std::ptrdiff_t(std::size_t(row) * each);
+        const std::vector<float> maxima =
+            columnMaxima({first, first + std::ptrdiff_t(each)}, picture.columns);
+        picture.values.insert(picture.values.end(), maxima.begin(), maxima.end());
+    }
+    std::vector<float> sorted;
+    std::copy_if(picture.values.begin(), picture.values.end(), std::back_inserter(sorted),
+                 [](float value) { return std::isfinite(value); });
+    picture.high = leastHigh;
+    if (!sorted.empty()) {
+        const auto high = sorted.begin() + std::ptrdiff_t(double(sorted.size()) * share);
+        std::nth_element(sorted.begin(), high, sorted.end());
+        picture.high = std::max(leastHigh, std::round(*high));
+    }
+    return picture;
+}
+
 int columnsOf(const QSize &size)
 {
     return areaOf(size).width();
@@ -118,6 +144,8 @@ Drawing drawingOf(const RowPicture &picture, const QSize &size, int pngScale)
         painter.setFont(small);
         painter.drawText(QRect(area.left(), 0, area.width(), top), Qt::AlignVCenter, picture.title);
         drawRowNames(painter, picture, area);
+        painter.drawText(QRect(0, area.bottom() + 6, area.left() - 6, labelHeight), Qt::AlignRight,
+                         picture.rowsName);
         drawAxis(painter, picture, area);
         drawScale(painter, picture, area);
     };

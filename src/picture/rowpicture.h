@@ -20,6 +20,7 @@ struct RowPicture {
     int rows = 0;
     int columns = 0;
     QStringList rowNames; ///< one per row, shown where there is room
+    QString rowsName;     ///< what they are, below them
     double firstX = 0;    ///< at the left edge
     double lastX = 0;
     QString xName;                          ///< with its unit
@@ -30,6 +31,11 @@ struct RowPicture {
     QString title;
     QString key; ///< kept in the file, for programs
 };
+
+/// Rows of as many values each, of which the largest stay in sight, with a scale from 0 to what one
+/// value in a thousand exceeds, at least `leastHigh`. Names, axis and title are left to the caller.
+RowPicture rowPictureOf(const std::vector<float> &values, int rows, const QSize &size,
+                        float leastHigh);
 
 /// Pixels between the margins of a picture of that size.
 int columnsOf(const QSize &size);

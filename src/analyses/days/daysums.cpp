@@ -106,32 +106,25 @@ Reading joined(const std::vector<ObservationData> &parts)
     return Reading::complete(std::move(whole));
 }
 
-// All that the day holds of one ray.
-Reading readRay(const RecordingSet &set, const Day &day, const SeriesRequest &request,
-                const Jobs::Control &control)
+// Modules or rays of a file that requests name.
+struct Held {
+    std::vector<int> indices;
+    std::vector<int> numbers;
+};
+
+Held heldOf(const ObservationData &header, const std::vector<SeriesRequest> &requests, int count,
+            int (*numberOf)(const ObservationData &, int), int SeriesRequest::*number)
 {
-    SampleReadingHooks hooks;
-    hooks.keepAlive = [&control] { return !control.isStopped(); };
-    std::vector<ObservationData> parts;
-    for (const DayPart &part : day.parts) {
-        RecordingFile file;
-        if (const QString problem = openPart(file, entryOf(set, part)); !problem.isEmpty())
-            return Reading::none(StretchEnd::Refused, problem);
-        const Place place = placeIn(file.header(), request).value_or(Place());
-        Stretch stretch;
-        stretch.first = part.first;
-        stretch.count = part.count;
-        stretch.modules = {place.module};
-        stretch.rays = {place.ray};
-        for (int band = 0; band < Pulsar::sumBands; ++band)
-            stretch.channels.push_back(band);
-        Reading reading = file.read(stretch, hooks);
-        const ObservationData *data = reading.whole();
-        if (!data || day.parts.size() == 1)
-            return reading;
-        parts.push_back(*data);
+    Held held;
+    for (int i = 0; i < count; ++i) {
+        const int own = numberOf(header, i);
+        if (std::any_of(requests.begin(), requests.end(),
+                        [&](const SeriesRequest &request) { return request.*number == own; })) {
+            held.indices.push_back(i);
+            held.numbers.push_back(own);
+        }
     }
-    return joined(parts);
+    return held;
 }
 
 // The sum with the median of its channel in the place of each sample that is no finite number.
@@ -139,7 +132,7 @@ DaySeries sumWithMedians(const RecordingSet &set, const Day &day, int points,
                          const SeriesRequest &request, const Jobs::Control &control)
 {
     DaySeries series;
-    const Reading reading = readRay(set, day, request, control);
+    const Reading reading = samplesOfDay(set, day, {request}, control);
     const ObservationData *data = reading.whole();
     if (!data) {
         series.problem = reading.reason();
@@ -294,6 +287,45 @@ std::vector<DaySeries> sumsOfDay(const RecordingSet &set, const Day &day, int po
                                  const Jobs::Control &control)
 {
     return DayReader(set, day, points, requests, control).read();
+}
+
+Reading samplesOfDay(const RecordingSet &set, const Day &day,
+                     const std::vector<SeriesRequest> &requests, const Jobs::Control &control)
+{
+    SampleReadingHooks hooks;
+    hooks.keepAlive = [&control] { return !control.isStopped(); };
+    const ObservationData &first = entryOf(set, day.parts.front()).header;
+    const Held modules =
+        heldOf(first, requests, first.modules, moduleNumber, &SeriesRequest::module);
+    const Held rays = heldOf(first, requests, first.rays, rayNumber, &SeriesRequest::ray);
+    std::vector<ObservationData> parts;
+    for (const DayPart &part : day.parts) {
+        RecordingFile file;
+        if (const QString problem = openPart(file, entryOf(set, part)); !problem.isEmpty())
+            return Reading::none(StretchEnd::Refused, problem);
+        const ObservationData &header = file.header();
+        const Held own =
+            heldOf(header, requests, header.modules, moduleNumber, &SeriesRequest::module);
+        const Held ownRays = heldOf(header, requests, header.rays, rayNumber, &SeriesRequest::ray);
+        if (own.numbers != modules.numbers || ownRays.numbers != rays.numbers)
+            return Reading::none(StretchEnd::Refused,
+                                 file.header().filePath +
+                                     ": it has other modules or rays than the file before it. "
+                                     "Leave one of them out.");
+        Stretch stretch;
+        stretch.first = part.first;
+        stretch.count = part.count;
+        stretch.modules = own.indices;
+        stretch.rays = ownRays.indices;
+        for (int band = 0; band < Pulsar::sumBands; ++band)
+            stretch.channels.push_back(band);
+        Reading reading = file.read(stretch, hooks);
+        const ObservationData *data = reading.whole();
+        if (!data || day.parts.size() == 1)
+            return reading;
+        parts.push_back(*data);
+    }
+    return joined(parts);
 }
 
 } // namespace Days

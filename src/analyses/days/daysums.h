@@ -1,6 +1,7 @@
 #pragma once
 
 #include "analyses/days/dayseries.h"
+#include "data/stretchresult.h"
 
 namespace Days {
 
@@ -12,5 +13,11 @@ namespace Days {
 std::vector<DaySeries> sumsOfDay(const RecordingSet &set, const Day &day, int points,
                                  const std::vector<SeriesRequest> &requests,
                                  const Jobs::Control &control);
+
+/// The samples of a day, all of its points, for the modules and rays of some requests: each module
+/// and ray that one of them names, in the order of the files.
+StretchResult<ObservationData> samplesOfDay(const RecordingSet &set, const Day &day,
+                                            const std::vector<SeriesRequest> &requests,
+                                            const Jobs::Control &control);
 
 } // namespace Days

@@ -52,9 +52,9 @@ FourierDay ffaOfDay(const DayStretch &stretch, const FourierDaysParameters &para
     const std::vector<FieldProblem> problems = problemsOfTrials(ffa, points, stretch.tresolution);
     if (!problems.empty())
         return refused(day, problems.front().text);
-    std::vector<double> series;
-    if (!seriesLessBaseline(stretch, parameters.noise, series))
-        return refused(day, "The noise base line cannot be computed.");
+    const PreparedSeries prepared =
+        preparedSeries(stretch.series.front().sums, stretch.series.back().sums, parameters.noise);
+    std::vector<double> series = prepared.values;
     if (ffa.deredden)
         Tools::deredden(series, ffa.rmed_width / stretch.tresolution, ffa.rmed_minpts);
     Ffa::normalizeSeries(series.data(), points);

@@ -46,6 +46,8 @@ void removeMean(std::vector<double> &series)
         value -= mean;
 }
 
+} // namespace
+
 std::vector<DayHum> humOf(const std::vector<double> &series, double step)
 {
     std::vector<DayHum> hum;
@@ -62,6 +64,8 @@ double solarHourAt(const QDateTime &utc)
     return std::fmod(hours, 24);
 }
 
+namespace {
+
 // Making the table of a window takes longer than whitening many spectra with it.
 const Tools::Whitening &whiteningOf(int window)
 {
@@ -70,6 +74,8 @@ const Tools::Whitening &whiteningOf(int window)
     const std::lock_guard lock(mutex);
     return known.try_emplace(window, window).first->second;
 }
+
+} // namespace
 
 std::vector<float> whitenedPowers(const std::vector<double> &series, int averageCount, int window)
 {
@@ -83,7 +89,22 @@ std::vector<float> whitenedPowers(const std::vector<double> &series, int average
     return whiteningOf(window).powers(spectrum);
 }
 
-} // namespace
+PreparedSeries preparedSeries(const std::vector<float> &sums, const std::vector<float> &backSums,
+                              const QString &noise)
+{
+    PreparedSeries series;
+    series.values.assign(sums.begin(), sums.end());
+    if (!removeBaseline(series.values, backSums, noise)) {
+        series.problem =
+            "The noise base line cannot be computed. Take more points, or another one.";
+        return series;
+    }
+    removeMean(series.values);
+    series.sigma = Tools::sigma(series.values.data(), int(series.values.size()));
+    if (!(series.sigma > 0))
+        series.problem = "All sums of the bands are equal: the stretch holds no noise.";
+    return series;
+}
 
 QDateTime DayStretch::middle() const
 {
@@ -95,17 +116,6 @@ QDateTime DayStretch::middle() const
 double expectedAbove(int bins)
 {
     return std::max(0, bins) * std::exp(-highPower);
-}
-
-bool seriesLessBaseline(const DayStretch &stretch, const QString &noise,
-                        std::vector<double> &series)
-{
-    const std::vector<float> &sums = stretch.series.front().sums;
-    series.assign(sums.begin(), sums.end());
-    if (!removeBaseline(series, stretch.series.back().sums, noise))
-        return false;
-    removeMean(series);
-    return true;
 }
 
 FourierDay fourierOfDay(const DayStretch &stretch, const FourierDaysParameters &parameters,
@@ -127,16 +137,12 @@ FourierDay fourierOfDay(const DayStretch &stretch, const FourierDaysParameters &
     day.ratio = Tools::barycentricView(Tools::ownSite(), stretch.middle(), stretch.direction)
                     .topocentric(1);
 
-    std::vector<double> series;
-    if (!seriesLessBaseline(stretch, parameters.noise, series)) {
-        day.problem = "The noise base line cannot be computed. Take more points, or another one.";
+    PreparedSeries prepared = preparedSeries(sums, stretch.series.back().sums, parameters.noise);
+    day.sigma = prepared.sigma;
+    day.problem = prepared.problem;
+    if (!day.problem.isEmpty())
         return day;
-    }
-    day.sigma = Tools::sigma(series.data(), int(series.size()));
-    if (!(day.sigma > 0)) {
-        day.problem = "All sums of the bands are equal: the stretch holds no noise.";
-        return day;
-    }
+    std::vector<double> &series = prepared.values;
     day.hum = humOf(series, stretch.tresolution);
     if (parameters.normalise)
         Tools::normalise(series.data(), int(series.size()));

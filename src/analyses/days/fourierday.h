@@ -60,12 +60,27 @@ inline constexpr double highPower = 5;
 /// Powers above highPower that noise is expected to have.
 double expectedAbove(int bins);
 
-/// The first series of a stretch less its base line and its mean.
+/// A series less its base line and its mean.
+struct PreparedSeries {
+    std::vector<double> values;
+    double sigma = 0;
+    QString problem; ///< why it cannot be used; empty otherwise
+};
+
+/// @param backSums  with opposite delays, for the base line "backSum" alone
+PreparedSeries preparedSeries(const std::vector<float> &sums, const std::vector<float> &backSums,
+                              const QString &noise);
+
+/// Whitened powers of a series padded to double its length.
 ///
-/// @param noise  names of PulsarParameters::noise; "backSum" takes the last series
-/// @return false where the base line cannot be computed
-bool seriesLessBaseline(const DayStretch &stretch, const QString &noise,
-                        std::vector<double> &series);
+/// @param averageCount  times that neighbouring pairs are averaged before
+std::vector<float> whitenedPowers(const std::vector<double> &series, int averageCount, int window);
+
+/// The mains' hum in a series.
+std::vector<DayHum> humOf(const std::vector<double> &series, double step);
+
+/// Local solar time at the telescope, hours.
+double solarHourAt(const QDateTime &utc);
 
 /// Base line, averaging and normalisation as in the pulsar form, then the spectrum of the series
 /// padded to double its length.

@@ -1,6 +1,7 @@
 #include "analyses/days/fourierstack.h"
 
 #include "analyses/days/daystacker.h"
+#include "analyses/days/sigmatable.h"
 #include "calc/significance.h"
 
 #include <algorithm>
@@ -14,42 +15,6 @@ constexpr double leastTurn = 1.0 / 3; // bins
 // A level scatters, and lifts the tail of noise: at 1e-4 by a fifth with one window of the days, by
 // some per cent with that many. The days were whitened before, so that little is left to follow.
 constexpr int levelWindows = 4;
-
-// The sigma of a summed power, which is slow to compute, at many powers.
-class SigmaTable {
-public:
-    // weightsOfDays: none where all are equal
-    SigmaTable(double gammaShape, std::vector<double> weightsOfDays)
-        : shape(gammaShape), weights(std::move(weightsOfDays))
-    {
-        constexpr int nodes = 512;
-        constexpr double sigmas = 15;
-        step = (shape + sigmas * std::sqrt(shape) + sigmas) / nodes;
-        for (int i = 0; i <= nodes; ++i)
-            table.push_back(sigmaOf(std::max(i, 1) * step));
-    }
-
-    double at(double power) const
-    {
-        const double position = power / step;
-        if (position >= double(table.size() - 1))
-            return sigmaOf(power);
-        const auto node = std::size_t(std::max(0.0, position));
-        return table[node] + (position - double(node)) * (table[node + 1] - table[node]);
-    }
-
-private:
-    double sigmaOf(double power) const
-    {
-        return weights.empty() ? Tools::sigmaOfPower(shape, power)
-                               : Tools::sigmaOfTail(Tools::logWeightedTail(weights, 1, power));
-    }
-
-    double shape;
-    std::vector<double> weights;
-    double step = 1;
-    std::vector<double> table;
-};
 
 class FourierStacker : private DayStacker {
 public:

@@ -1,5 +1,6 @@
 #include "analyses/days/powerstack.h"
 
+#include "analyses/days/sigmatable.h"
 #include "base/targetclones.h"
 #include "calc/localmedian.h"
 #include "calc/significance.h"
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <numeric>
 
 namespace Days {
@@ -108,6 +110,12 @@ double countOfTrials(int bins, int harmonics)
 
 namespace {
 
+void whitenFinely(std::vector<double> &fine, const std::vector<double> &level)
+{
+    for (std::size_t i = 0; i < fine.size(); ++i)
+        fine[i] /= level[std::min((i + finePerBin / 2) / finePerBin, level.size() - 1)];
+}
+
 std::vector<double> harmonicSums(const std::vector<double> &whitened, int bins, int harmonics)
 {
     std::vector<double> sums(static_cast<std::size_t>(bins));
@@ -142,8 +150,7 @@ std::vector<StackLine> findLines(std::vector<double> fine, const std::vector<dou
                                  const LineSearch &search)
 {
     const int bins = int(level.size());
-    for (std::size_t i = 0; i < fine.size(); ++i)
-        fine[i] /= level[std::min((i + finePerBin / 2) / finePerBin, level.size() - 1)];
+    whitenFinely(fine, level);
     const double trials = countOfTrials(bins - search.lowestBin, search.harmonics);
     std::vector<StackLine> lines;
     for (int harmonics = 1; harmonics <= search.harmonics; harmonics *= 2) {
@@ -160,6 +167,30 @@ std::vector<StackLine> findLines(std::vector<double> fine, const std::vector<dou
         }
     }
     return strongestApart(std::move(lines));
+}
+
+std::vector<float> bestSigmas(std::vector<double> fine, const std::vector<double> &level,
+                              const LineSearch &search)
+{
+    const int bins = int(level.size());
+    whitenFinely(fine, level);
+    std::vector<double> best(level.size(), -std::numeric_limits<double>::infinity());
+    for (int harmonics = 1; harmonics <= search.harmonics; harmonics *= 2) {
+        const std::vector<double> sums = harmonicSums(fine, bins, harmonics);
+        const SigmaTable table(search.shape * harmonics);
+        for (int trial = search.lowestBin * harmonics; trial < bins; ++trial) {
+            double &most = best[std::size_t((trial + harmonics / 2) / harmonics)];
+            most = std::max(most, table.at(sums[std::size_t(trial)]));
+        }
+    }
+    const double trials = countOfTrials(1, search.harmonics);
+    std::vector<float> sigmas(level.size(), std::numeric_limits<float>::quiet_NaN());
+    for (std::size_t bin = 0; bin < best.size(); ++bin) {
+        if (std::isfinite(best[bin]))
+            sigmas[bin] = float(Tools::sigmaOfTail(
+                Tools::logTailOfTrials(Tools::logNormalTail(best[bin]), trials)));
+    }
+    return sigmas;
 }
 
 } // namespace Days

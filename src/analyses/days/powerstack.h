@@ -66,4 +66,12 @@ double countOfTrials(int bins, int harmonics);
 std::vector<StackLine> findLines(std::vector<double> fine, const std::vector<double> &level,
                                  const LineSearch &search);
 
+/// Significance of the best harmonic sum whose fundamental lies in each bin, sigma, after the
+/// trials of one bin; NaN below the lowest bin. A row of a map.
+///
+/// @param fine    of stackDaysFinely(); moved in, it takes no memory a second time
+/// @param search  shape, lowestBin and harmonics
+std::vector<float> bestSigmas(std::vector<double> fine, const std::vector<double> &level,
+                              const LineSearch &search);
+
 } // namespace Days

@@ -126,9 +126,9 @@ std::vector<double> levelByBins(const double *stack, const FfaTrials &trials)
 }
 
 // The sigma of a sum is slow to compute; most trials are noise, where a table will do.
-class SigmaTable {
+class LawTable {
 public:
-    explicit SigmaTable(const Tools::PhaseMaximum &sumLaw) : law(sumLaw)
+    explicit LawTable(const Tools::PhaseMaximum &sumLaw) : law(sumLaw)
     {
         for (double x = lowest; x <= highest; x += step)
             table.push_back(law.sigma(law.median() + x * law.scatter()));
@@ -233,7 +233,7 @@ TrialSignificance bestSignificance(const std::vector<double> &stack, int trials,
     best.sigma.assign(count, -std::numeric_limits<float>::infinity());
     best.width.assign(count, 0);
     for (std::size_t width = 0; width < laws.size(); ++width) {
-        const SigmaTable table(laws[width]);
+        const LawTable table(laws[width]);
         for (std::size_t i = 0; i < count; ++i) {
             const std::size_t place = width * count + i;
             const auto sigma =

@@ -1,0 +1,284 @@
+#include "analyses/sky/skyparameters.h"
+#include "calc/pulsar/pulsarfields.h"
+
+// The parameters of maps and searches as forms, options and headers have them, and the list of the
+// analyses.
+
+namespace Sky {
+
+namespace {
+
+using P = SkyParameters;
+
+constexpr char mapManual[] =
+    "Maps the sky over all days of folders: \"Sum of signals\", \"Fourier - map\" of the "
+    "workbench.\n"
+    "Stretches follow each other in steps of half a stretch through each passage of the sky; for\n"
+    "each of them, each ray and each dispersion the spectra of all days are added up. The map "
+    "shows\n"
+    "the significance of the harmonic sum over the days, against frequency and either the right\n"
+    "ascension of the stretches or the dispersion. Every recording is read once. What was added "
+    "up\n"
+    "is kept: a stopped or killed command goes on where it was, and other maps and the search of\n"
+    "the same stacks read no recording at all.";
+
+constexpr char mapExamples[] =
+    "Examples: rays 1 to 8, the map of ray 3 over right ascension; the same over dispersions:\n"
+    "  zrt-batch map --rays 1-8 --map-ray 3 --dms 0:95:5 --name strip --plot png -o results .\n"
+    "  zrt-batch map --rays 1-8 --map-ray 3 --dms 0:95:5 --over dms --name strip -o results .";
+
+constexpr char searchManual[] =
+    "Searches the sky over all days of folders: \"Search\", \"Fourier\" of the workbench. The "
+    "stacks are\n"
+    "those of the command map. Lines and harmonic sums of all stacks become one table of "
+    "candidates:\n"
+    "those of neighbouring stretches, dispersions and rays that agree in frequency are one\n"
+    "candidate, harmonics stand under their base. Period, dispersion and position come with their\n"
+    "errors, the significance counts the trials of the whole search. Verdicts and notes of a "
+    "table\n"
+    "that stands in its place already are taken over.";
+
+constexpr char searchExamples[] = "Examples: eight rays at twenty dispersions; the second of four "
+                                  "parts of the days, whose stacks\n"
+                                  "the last call joins:\n"
+                                  "  zrt-batch search --rays 1-8 --dms 0:95:5 -o results .\n"
+                                  "  zrt-batch search --rays 1-8 --dms 0:95:5 --part 2/4 .\n"
+                                  "  zrt-batch search --rays 1-8 --dms 0:95:5 -o results .";
+
+template <auto member>
+FieldRef refOf(P &parameters)
+{
+    return &(parameters.*member);
+}
+
+SkyField field(const FieldText &text, FieldRef (*of)(P &))
+{
+    SkyField made{text, of};
+    made.recorded = Recorded::Always;
+    return made;
+}
+
+FieldText ranged(FieldText text, double least, double most)
+{
+    text.least = least;
+    text.most = most;
+    return text;
+}
+
+std::vector<SkyField> cellFields()
+{
+    return {
+        field({"modules", "--modules", "LIST",
+               "Numbers of the modules, as the telescope counts them: 1,3-5 or all.", "modules"},
+              refOf<&P::modules>),
+        field({"rays", "--rays", "LIST",
+               "Numbers of the rays, as the telescope counts them: 1,3-5 or all.", "rays"},
+              refOf<&P::rays>),
+        field({"dispersions", "--dms", "LIST",
+               "Dispersions, pc/cm^3: numbers with commas, or from:to:step.", "dispersions",
+               "pc/cm^3"},
+              refOf<&P::dispersions>),
+        field(ranged({"points", "--count", "N",
+                      "Points of a stretch: a power of two from 1024 to 131072.", "count"},
+                     Days::fewestPoints, Days::mostPoints),
+              refOf<&P::points>),
+        field(ranged({"starts", "--starts", "N",
+                      "Stretches, in steps of half a stretch; 0: as many as the longest recording "
+                      "holds.",
+                      "starts"},
+                     0, 100000),
+              refOf<&P::starts>),
+    };
+}
+
+std::vector<SkyField> placeFields()
+{
+    return {
+        field({"source", "--source", "NAME",
+               "Known pulsar that culminates in the middle of all stretches.", "source"},
+              refOf<&P::source>),
+        field({"alfa", "--ra", "RA", "Right ascension of 2000 of a source, hh:mm:ss, with --dec.",
+               "ra"},
+              refOf<&P::alfa>),
+        field({"delta", "--dec", "DEC", "Declination of 2000 of a source, +dd:mm:ss, with --ra.",
+               "dec"},
+              refOf<&P::delta>),
+        field({"siderealTime", "--sidereal", "TIME",
+               "Sidereal time at the telescope of the first point of all, hh:mm:ss.", "sidereal"},
+              refOf<&P::siderealTime>),
+        field({"zrtUtc", "--utc", "TIME", "UTC of the first point of all of every date, hh:mm:ss.",
+               "utc"},
+              refOf<&P::utc>),
+        field(ranged({"firstPoint", "--point", "POINT",
+                      "Point of every file at which the first stretch begins; below 0: where the "
+                      "sidereal time is that at which the first recording begins.",
+                      "point"},
+                     -1, 2147483647),
+              refOf<&P::firstPoint>),
+        field({"clockOffset", "--clock-offset", "SECONDS",
+               "Seconds by which the recordings' clock is ahead of UTC.", "clock_offset", "s"},
+              refOf<&P::clockOffset>),
+    };
+}
+
+std::vector<SkyField> spectrumFields()
+{
+    SkyField noise =
+        field({"groupBox_method", "--noise", "METHOD",
+               "Base line that is taken off: polinom5, median, backSum or without.", "noise"},
+              refOf<&P::noise>);
+    noise.choices = pulsarField("--noise").choices;
+    return {
+        noise,
+        field(
+            ranged({"averageCount", "--average", "N",
+                    "Times that neighbouring pairs are averaged before the transform.", "average"},
+                   0, 8),
+            refOf<&P::averageCount>),
+        field(ranged({"window", "--window", "BINS",
+                      "Bins, an odd number, whose median is the noise around a line.", "window"},
+                     129, 513),
+              refOf<&P::window>),
+        field({"earthMotion", "--no-earth-motion", "",
+               "Do not turn the frequencies of the days to the barycentre.", "earth_motion"},
+              refOf<&P::earthMotion>),
+        field({"allDays", "--all-days", "",
+               "Count stretches too that most of three or more rays show as disturbed.",
+               "all_days"},
+              refOf<&P::allDays>),
+    };
+}
+
+SkyField harmonicsField()
+{
+    return field(ranged({"harmonics", "--harmonics", "N",
+                         "Harmonics that are summed at most: 1, 2, 4, 8 or 16.", "harmonics"},
+                        1, 16),
+                 refOf<&P::harmonics>);
+}
+
+std::vector<SkyField> searchFields()
+{
+    return {
+        field(ranged({"falseAlarms", "--false-alarms", "N",
+                      "Candidates are listed down to the significance that noise reaches so often "
+                      "in the whole search.",
+                      "false_alarms"},
+                     1e-6, 1e6),
+              refOf<&P::falseAlarms>),
+        field(ranged({"most", "--most", "N", "Candidates at most.", "most"}, 1, 100000),
+              refOf<&P::most>),
+        field(ranged({"beamAlfa", "--beam-ra", "DEGREES",
+                      "Full width of the beams at half maximum, on the sky, along right ascension: "
+                      "from it come position and its error.",
+                      "beam_ra", "degrees"},
+                     0.01, 90),
+              refOf<&P::beamAlfa>),
+        field(ranged({"beamDelta", "--beam-dec", "DEGREES", "The same along declination.",
+                      "beam_dec", "degrees"},
+                     0.01, 90),
+              refOf<&P::beamDelta>),
+    };
+}
+
+std::vector<SkyField> mapFields()
+{
+    SkyField over =
+        field({"over", "--over", "AXIS", "Vertical axis of the map: starts or dms.", "over"},
+              refOf<&P::over>);
+    over.choices = {{"starts", "overStarts", "Right ascension"},
+                    {"dms", "overDispersions", "Dispersion"}};
+    return {
+        over,
+        field(ranged({"mapModule", "--map-module", "N",
+                      "Number of the module that is shown; 0: the first.", "map_module"},
+                     0, 99),
+              refOf<&P::mapModule>),
+        field(ranged({"mapRay", "--map-ray", "N", "Number of the ray that is shown; 0: the first.",
+                      "map_ray"},
+                     0, 99),
+              refOf<&P::mapRay>),
+        field(ranged({"mapDispersion", "--map-dm", "DM",
+                      "Over starts: the dispersion that is shown, the nearest of the list; below "
+                      "0: at each point the best of all.",
+                      "map_dispersion", "pc/cm^3"},
+                     -1, 10000),
+              refOf<&P::mapDispersion>),
+        field(ranged({"mapStart", "--map-start", "N",
+                      "Over dms: number of the stretch that is shown, from 1; 0: at each point the "
+                      "best of all.",
+                      "map_start"},
+                     0, 100000),
+              refOf<&P::mapStart>),
+    };
+}
+
+const std::vector<SkyField> &stackFields()
+{
+    static const std::vector<SkyField> all = [] {
+        std::vector<SkyField> fields = cellFields();
+        for (const std::vector<SkyField> &more : {placeFields(), spectrumFields()})
+            fields.insert(fields.end(), more.begin(), more.end());
+        return fields;
+    }();
+    return all;
+}
+
+std::vector<const SkyField *> fieldsOf(const std::vector<SkyField> &own)
+{
+    std::vector<const SkyField *> fields;
+    for (const SkyField &field : skyFields()) {
+        const auto isIt = [&field](const SkyField &one) { return one.option == field.option; };
+        if (decidesStacks(field) || field.option == "--harmonics" ||
+            std::any_of(own.begin(), own.end(), isIt))
+            fields.push_back(&field);
+    }
+    return fields;
+}
+
+} // namespace
+
+const std::vector<SkyField> &skyFields()
+{
+    static const std::vector<SkyField> all = [] {
+        std::vector<SkyField> fields = stackFields();
+        fields.push_back(harmonicsField());
+        for (const std::vector<SkyField> &more : {searchFields(), mapFields()})
+            fields.insert(fields.end(), more.begin(), more.end());
+        return fields;
+    }();
+    return all;
+}
+
+bool decidesStacks(const SkyField &field)
+{
+    const std::vector<SkyField> &fields = stackFields();
+    return std::any_of(fields.begin(), fields.end(),
+                       [&field](const SkyField &one) { return one.option == field.option; });
+}
+
+const std::vector<SkyAnalysis> &skyAnalyses()
+{
+    static const std::vector<SkyAnalysis> all = [] {
+        SkyAnalysis map;
+        map.name = "mapOfDaysFourier";
+        map.label = "Fourier - map";
+        map.command = "map";
+        map.flags = {false, true, false};
+        map.manual = mapManual;
+        map.examples = mapExamples;
+        map.fields = fieldsOf(mapFields());
+        SkyAnalysis search;
+        search.name = "searchOfDaysFourier";
+        search.label = "Fourier";
+        search.command = "search";
+        search.flags = {false, false, true};
+        search.manual = searchManual;
+        search.examples = searchExamples;
+        search.fields = fieldsOf(searchFields());
+        return std::vector<SkyAnalysis>{map, search};
+    }();
+    return all;
+}
+
+} // namespace Sky

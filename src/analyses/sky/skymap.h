@@ -1,0 +1,48 @@
+#pragma once
+
+#include "analyses/sky/skyrun.h"
+
+/// Significance of the harmonic sum over days, against frequency and place of the sky, or
+/// dispersion.
+namespace Sky {
+
+struct MapChoice {
+    MapAxis axis = MapAxis::Starts;
+    int ray = 0;         ///< index in the plan
+    int dispersion = -1; ///< index; of a map over starts; -1: the best of all
+    int start = -1;      ///< index; of a map over dispersions; -1: the best of all
+};
+
+/// What the parameters choose; a problem where the plan does not hold it.
+struct MapChoiceOrProblem {
+    MapChoice choice;
+    std::vector<FieldProblem> problems;
+};
+MapChoiceOrProblem mapChoiceOf(const SkyPlan &plan);
+
+struct MapRow {
+    QString name;     ///< right ascension, or dispersion
+    double value = 0; ///< the same: radians, or pc/cm^3; not a number where unknown
+    int days = 0;     ///< fewest of its cells that have any
+};
+
+struct SkyMap {
+    MapChoice choice;
+    std::vector<float> sigma;       ///< row r begins at r x columns; NaN below the lowest line
+    std::vector<std::int16_t> best; ///< index of dispersion or start with that significance
+    int columns = 0;
+    std::vector<MapRow> rows;
+    double first = 0; ///< frequency, Hz, or period, s, of column 0 and from one to the next
+    double step = 1;
+    QString axisName; ///< with its unit and, of frequencies, whose they are
+    QString problem;  ///< why there is none; empty otherwise
+
+    double axisAt(double column) const { return first + column * step; }
+};
+
+SkyMap mapOf(const SkyStack &stack, const SkyPlan &plan, const MapChoice &choice);
+
+/// File of a map; empty where the base line gives it no name, and the user has to.
+QString mapFileName(const SkyPlan &plan, const SkyMap &map, const QString &name);
+
+} // namespace Sky

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace Batch {
+
+/// Checks of options that all commands over days have.
+CLI::Validator dateRange();   ///< "2015-04-01:2015-06-30"; either may be missing
+CLI::Validator partOfWhole(); ///< "2/12"
+
+} // namespace Batch
