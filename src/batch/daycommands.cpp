@@ -4,8 +4,6 @@
 #include "batch/fieldoptions.h"
 
 #include <QDir>
-#include <algorithm>
-#include <map>
 #include <memory>
 
 // survey and stack: analyses over the days of folders.
@@ -126,37 +124,6 @@ void addSurvey(CLI::App &app, Chosen &chosen, const FourierDaysAnalysis &analysi
     });
 }
 
-// The options of all analyses of a command. What one of them alone reads goes with the option that
-// chooses it, or not with that of another.
-void addAllFields(CLI::App &command, DaysArguments &arguments)
-{
-    const std::vector<FourierDaysAnalysis> &analyses = Days::fourierDaysAnalyses();
-    std::map<QString, CLI::Option *> added;
-    for (const FourierDaysAnalysis &analysis : analyses) {
-        for (const FourierDaysField *field : analysis.fields) {
-            CLI::Option *&option = added[field->option];
-            if (!option)
-                option = arguments.options.add(command, *field);
-        }
-    }
-    const auto reads = [](const FourierDaysAnalysis &analysis, const QString &option) {
-        return std::any_of(
-            analysis.fields.begin(), analysis.fields.end(),
-            [&option](const FourierDaysField *field) { return field->option == option; });
-    };
-    for (const FourierDaysAnalysis &analysis : analyses) {
-        if (analysis.chosenBy.isEmpty())
-            continue;
-        CLI::Option *const choice = added[analysis.chosenBy];
-        for (const auto &[name, option] : added) {
-            if (!reads(analysis, name))
-                option->excludes(choice);
-            else if (option != choice && !reads(analyses.front(), name))
-                option->needs(choice);
-        }
-    }
-}
-
 void addStack(CLI::App &app, Chosen &chosen)
 {
     const FourierDaysAnalysis &first = Days::fourierDaysAnalyses().front();
@@ -164,7 +131,10 @@ void addStack(CLI::App &app, Chosen &chosen)
         app.add_subcommand(first.command.toStdString(), first.manual.toStdString());
     command->footer(first.examples.toStdString());
     const auto arguments = std::make_shared<DaysArguments>();
-    addAllFields(*command, *arguments);
+    std::vector<const FourierDaysAnalysis *> analyses;
+    for (const FourierDaysAnalysis &analysis : Days::fourierDaysAnalyses())
+        analyses.push_back(&analysis);
+    addFieldsOfAll(*command, analyses, arguments->options);
     addDaysOptions(*command, *arguments);
     addStackOptions(*command, *arguments);
     addRunOptions(*command, *arguments, foldersHelp, "DIR");

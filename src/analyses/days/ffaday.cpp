@@ -16,20 +16,9 @@ bool areEqual(const FfaParameters &a, const FfaParameters &b)
 {
     const auto tied = [](const FfaParameters &ffa) {
         return std::tie(ffa.period_min, ffa.period_max, ffa.bins_min, ffa.bins_max, ffa.ducy_max,
-                        ffa.wtsp);
+                        ffa.wtsp, ffa.deredden, ffa.rmed_width, ffa.rmed_minpts);
     };
     return tied(a) == tied(b);
-}
-
-// The trials of all days are the same; finding them takes longer than the search of a day.
-std::shared_ptr<const FfaTrials> trialsOf(const FfaParameters &ffa, int points, double tsamp)
-{
-    static std::mutex mutex;
-    static std::shared_ptr<const FfaTrials> last;
-    const std::lock_guard lock(mutex);
-    if (!last || !areEqual(last->ffa, ffa) || last->points != points || last->tsamp != tsamp)
-        last = ffaTrials(ffa, points, tsamp);
-    return last;
 }
 
 FourierDay refused(FourierDay day, const QString &problem)
@@ -40,6 +29,31 @@ FourierDay refused(FourierDay day, const QString &problem)
 }
 
 } // namespace
+
+std::shared_ptr<const FfaTrials> sharedTrials(const FfaParameters &ffa, int points, double tsamp)
+{
+    static std::mutex mutex;
+    static std::shared_ptr<const FfaTrials> last;
+    const std::lock_guard lock(mutex);
+    if (!last || !areEqual(last->ffa, ffa) || last->points != points || last->tsamp != tsamp)
+        last = ffaTrials(ffa, points, tsamp);
+    return last;
+}
+
+std::vector<float> searchedTrials(std::vector<double> series, const FfaTrials &trials,
+                                  QString &problem, const Jobs::Control &control)
+{
+    const FfaParameters &ffa = trials.ffa;
+    if (ffa.deredden)
+        Tools::deredden(series, ffa.rmed_width / trials.tsamp, ffa.rmed_minpts);
+    Ffa::normalizeSeries(series.data(), int(series.size()));
+    std::vector<float> searched(series.begin(), series.end());
+    const Periodogram periodogram(searched.data(), searched.size(), trials.tsamp, ffa.period_min,
+                                  ffa.period_max, 0, ffa.bins_min, ffa.bins_max, ffa.ducy_max,
+                                  ffa.wtsp, true, [&control](int) { return !control.isStopped(); });
+    problem = periodogram.error;
+    return problem.isEmpty() ? standardisedTrials(periodogram.snr, trials) : std::vector<float>();
+}
 
 FourierDay ffaOfDay(const DayStretch &stretch, const FourierDaysParameters &parameters,
                     const Jobs::Control &control)
@@ -54,21 +68,13 @@ FourierDay ffaOfDay(const DayStretch &stretch, const FourierDaysParameters &para
         return refused(day, problems.front().text);
     const PreparedSeries prepared =
         preparedSeries(stretch.series.front().sums, stretch.series.back().sums, parameters.noise);
-    std::vector<double> series = prepared.values;
-    if (ffa.deredden)
-        Tools::deredden(series, ffa.rmed_width / stretch.tresolution, ffa.rmed_minpts);
-    Ffa::normalizeSeries(series.data(), points);
-    std::vector<float> searched(series.begin(), series.end());
-    const Periodogram periodogram(searched.data(), searched.size(), stretch.tresolution,
-                                  ffa.period_min, ffa.period_max, 0, ffa.bins_min, ffa.bins_max,
-                                  ffa.ducy_max, ffa.wtsp, true,
-                                  [&control](int) { return !control.isStopped(); });
-    day.wasStopped = control.isStopped();
-    if (!periodogram.error.isEmpty())
-        return refused(day, periodogram.error);
     DayPeriodogram &made = day.periodogram;
-    made.trials = trialsOf(ffa, points, stretch.tresolution);
-    made.snr = standardisedTrials(periodogram.snr, *made.trials);
+    made.trials = sharedTrials(ffa, points, stretch.tresolution);
+    QString problem;
+    made.snr = searchedTrials(prepared.values, *made.trials, problem, control);
+    day.wasStopped = control.isStopped();
+    if (!problem.isEmpty())
+        return refused(day, problem);
     made.best = bestOfWidths(made.snr, made.trials->count());
     return day;
 }

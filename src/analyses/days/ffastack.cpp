@@ -101,30 +101,18 @@ private:
     void leaveOut()
     {
         days.leftOut.assign(count, false);
-        const double slack = 1 / result.ffa->length();
         for (std::size_t i = 0; i < count && !choice.leftOut.empty(); ++i) {
             const double frequency =
                 result.frequency(double(i)) * (result.isTurned ? result.ratio : 1);
             for (const Interference &entry : choice.leftOut)
-                days.leftOut[i] = days.leftOut[i] || isOf(entry, frequency, slack);
+                days.leftOut[i] =
+                    days.leftOut[i] || foldsAt(entry, frequency, result.ffa->length());
         }
         result.leftOut = days.leftOut;
         const auto left = std::count(days.leftOut.begin(), days.leftOut.end(), true);
         if (left > 0)
             result.remarks
                 << QString("%1 of %2 trials are left out as interference.").arg(left).arg(count);
-    }
-
-    static bool isOf(const Interference &entry, double frequency, double slack)
-    {
-        for (int harmonic = 1; harmonic <= entry.harmonics; ++harmonic) {
-            const double from = entry.from(harmonic) - slack;
-            const double to = entry.to(harmonic) + slack;
-            const double turns = std::ceil(from / frequency);
-            if (turns >= 1 && turns <= mostTurns && turns * frequency <= to)
-                return true;
-        }
-        return false;
     }
 
     void describeTrials()
@@ -141,7 +129,7 @@ private:
             if (days.leftOut[i])
                 result.sigma[i] = result.powers[i] = 0;
         }
-        result.trials = countOfPeriodTrials(*result.ffa);
+        result.trials = countOfPeriodTrials(*result.ffa, result.days);
     }
 
     std::size_t placeOf(std::size_t trial) const
@@ -179,7 +167,7 @@ private:
         findFrequencies(line);
         const std::vector<double> ofDay = valuesAt(trial);
         addEvidence(days, ofDay, lawAt(trial, ofDay), choice, result.trials, line);
-        line.isHum = isHumLine(line);
+        line.isHum = isHumOfPulse(hum(), line.telescope, line.width, line.foldBins, *result.ffa);
         markSky(line);
         return line;
     }
@@ -240,21 +228,6 @@ private:
         return known->second;
     }
 
-    // A pulse has no harmonics beyond half of its bins over its width. The base frequency and its
-    // double, of which hum consists, are compared, so that few lines agree by chance.
-    bool isHumLine(const FourierLine &line) const
-    {
-        const double tolerance = 0.5 / result.ffa->length();
-        const double rate = 1 / result.ffa->tsamp;
-        const int harmonics = std::max(1, line.foldBins / (2 * line.width));
-        const std::vector<DayHum> all = hum();
-        for (int harmonic = 1; harmonic <= harmonics; ++harmonic) {
-            if (isHumAt(all, line.telescope * harmonic, rate, tolerance, 2))
-                return true;
-        }
-        return false;
-    }
-
     // Pulses of p/q times the period share phases, within what their widths tell apart.
     void relate(int index)
     {
@@ -296,6 +269,33 @@ FourierStack combineFfaDays(const std::vector<FourierDay> &products,
                             const FourierDaysChoice &choice, const Jobs::Control &control)
 {
     return FfaStacker(products, choice, control).stack();
+}
+
+bool foldsAt(const Interference &entry, double frequency, double length)
+{
+    const double slack = 1 / length;
+    for (int harmonic = 1; harmonic <= entry.harmonics; ++harmonic) {
+        const double from = entry.from(harmonic) - slack;
+        const double to = entry.to(harmonic) + slack;
+        const double turns = std::ceil(from / frequency);
+        if (turns >= 1 && turns <= mostTurns && turns * frequency <= to)
+            return true;
+    }
+    return false;
+}
+
+// A pulse has no harmonics beyond half of its bins over its width. The base frequency and its
+// double, of which hum consists, are compared, so that few lines agree by chance.
+bool isHumOfPulse(const std::vector<DayHum> &hum, double frequency, int width, int foldBins,
+                  const FfaTrials &trials)
+{
+    const double tolerance = 0.5 / trials.length();
+    const int harmonics = std::max(1, foldBins / (2 * width));
+    for (int harmonic = 1; harmonic <= harmonics; ++harmonic) {
+        if (isHumAt(hum, frequency * harmonic, 1 / trials.tsamp, tolerance, 2))
+            return true;
+    }
+    return false;
 }
 
 double lossOfDrift(double drift, int width)

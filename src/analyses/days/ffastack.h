@@ -16,6 +16,15 @@ FourierStack combineFfaDays(const std::vector<FourierDay> &products,
 /// out.
 inline constexpr int mostTurns = 16;
 
+/// Whether it folds at the period of a frequency at the telescope, in a stretch of so many seconds.
+bool foldsAt(const Interference &entry, double frequency, double length);
+
+/// Whether the pulses of a frequency at the telescope are mains hum.
+///
+/// @param width  of the pulse, phase bins of which a fold has foldBins
+bool isHumOfPulse(const std::vector<DayHum> &hum, double frequency, int width, int foldBins,
+                  const FfaTrials &trials);
+
 /// The share of its S/N that a pulse loses because a day has the nearest trial and not its own
 /// period: a boxcar of w bins that drifts by d of them keeps 1 - d / (4 w) where d is below w.
 ///

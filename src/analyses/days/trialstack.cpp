@@ -247,10 +247,39 @@ TrialSignificance bestSignificance(const std::vector<double> &stack, int trials,
     return best;
 }
 
-double countOfPeriodTrials(const FfaTrials &trials)
+double countOfPeriodTrials(const FfaTrials &trials, double days)
 {
     const int widest = trials.widths.empty() ? 1 : trials.widths.back();
-    return std::max(1.0, trials.count() * (1 + 0.6 * std::log2(widest)));
+    const double perDoubling = 0.42 + 0.023 * std::sqrt(days);
+    return std::max(1.0, trials.count() * (1 + perDoubling * std::log2(widest)));
+}
+
+PlaceEstimate placeOf(const std::vector<double> &places, const std::vector<double> &excesses,
+                      std::size_t begin, std::size_t end, std::size_t best, double ofSpacing)
+{
+    const auto spacingAt = [&](std::size_t i) {
+        const std::size_t below = i > begin ? i - 1 : i;
+        const std::size_t above = i + 1 < end ? i + 1 : i;
+        return above > below ? (places[above] - places[below]) / double(above - below) : 0;
+    };
+    double sum = 0;
+    double mean = 0;
+    double square = 0;
+    for (std::size_t i = begin; i < end; ++i) {
+        const double excess = std::max(0.0, excesses[i]);
+        const double weight =
+            spacingAt(i) * std::exp((excess * excess - excesses[best] * excesses[best]) / 4);
+        const double off = places[i] - places[best];
+        sum += weight;
+        mean += weight * off;
+        square += weight * off * off;
+    }
+    if (!(sum > 0))
+        return {places[best], std::numeric_limits<double>::quiet_NaN()};
+    mean /= sum;
+    const double between = ofSpacing * spacingAt(best);
+    return {places[best] + mean,
+            std::sqrt(std::max(0.0, square / sum - mean * mean) + between * between)};
 }
 
 std::vector<StackPeriod> findPeriods(const std::vector<float> &sigma, const FfaTrials &trials,

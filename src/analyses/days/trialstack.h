@@ -61,8 +61,9 @@ TrialSignificance bestSignificance(const std::vector<double> &stack, int trials,
 
 /// Independent trials that a search of so many periods at so many widths counts as: with them a
 /// stack of noise has a peak of probability p in a share p of all cases. Found by simulation of 1
-/// to 365 days, where the widest of the widths tells most.
-double countOfPeriodTrials(const FfaTrials &trials);
+/// to 365 days, where the widest of the widths tells most: the more days, the less the widths have
+/// in common, and the more tell the small differences between trials that no level follows.
+double countOfPeriodTrials(const FfaTrials &trials, double days);
 
 /// A peak of the stack.
 struct StackPeriod {
@@ -76,5 +77,23 @@ struct StackPeriod {
 /// @param sigma  of each trial, one trial, of its best width
 std::vector<StackPeriod> findPeriods(const std::vector<float> &sigma, const FfaTrials &trials,
                                      double lowestSigma, int most);
+
+/// Where a signal lies among places at which it was looked for.
+struct PlaceEstimate {
+    double value = 0;
+    double error = 0; ///< standard deviation
+};
+
+/// Mean and scatter of the places from `begin` to before `end`, each as likely as its excess makes
+/// it: as exp(excess^2 / 4). A filter matched to the place has exp(excess^2 / 2); the best of
+/// many phases is less alike from place to place, and simulated pulses scatter by half more. How
+/// well the best of them tells a place that lies between is in the error as well.
+///
+/// @param places     ascending
+/// @param excesses   above the noise, in its scatters
+/// @param best       index of the highest
+/// @param ofSpacing  error of the best place of a signal without noise, as part of the spacing
+PlaceEstimate placeOf(const std::vector<double> &places, const std::vector<double> &excesses,
+                      std::size_t begin, std::size_t end, std::size_t best, double ofSpacing);
 
 } // namespace Days

@@ -16,7 +16,9 @@ const StackTexts &stackTexts(bool isFfa)
         "Save tables: spectrum, lines and days",
         "spectrum",
         "Pulses of 5 % of the period that fold to S/N 1, 2, 3, 4 a day make 1.9, 5.5, 11.2, 18.4 "
-        "sigma here in 100 days, and 1.9, 6.9, 15.5, 24.4 in FFA, before trials"};
+        "sigma here in 100 days, and 1.9, 6.9, 15.5, 24.4 in FFA, before trials. Pulses of 30 % "
+        "and "
+        "S/N 2 make 11.9 here and 5.7 in FFA"};
     static const StackTexts periodograms = {
         true,
         "Periodogram",
@@ -31,6 +33,7 @@ const StackTexts &stackTexts(bool isFfa)
         "Save tables: periods, lines and days",
         "periods",
         "Pulses of 5 % of the period that fold to S/N 1, 2, 3, 4 a day make 1.9, 6.9, 15.5, 24.4 "
-        "sigma here in 100 days, and 1.9, 5.5, 11.2, 18.4 in Fourier, before trials"};
+        "sigma here in 100 days, and 1.9, 5.5, 11.2, 18.4 in Fourier, before trials. Pulses of "
+        "30 % and S/N 2 make 5.7 here and 11.9 in Fourier"};
     return isFfa ? periodograms : spectra;
 }
