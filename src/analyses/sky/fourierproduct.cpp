@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 // Whitened powers of the stretches as the product that is stacked.
 
@@ -171,7 +172,8 @@ std::vector<CellLine> linesOf(const CellStack &cell, const SkyPlan &plan, double
     stack.search.lowestSigma =
         Tools::sigmaOfTail(Tools::logTailOfTrials(highestLogTail, trialsOf(plan)));
     std::vector<CellLine> lines;
-    for (const Days::StackLine &line : Days::findLines(stack.fine, stack.level, stack.search)) {
+    for (const Days::StackLine &line :
+         Days::findLines(std::move(stack.fine), stack.level, stack.search)) {
         const double tail = Tools::logGammaTail(stack.search.shape * line.harmonics, line.power);
         if (tail <= highestLogTail)
             lines.push_back({line.bin * perBin(plan), line.harmonics, line.power, tail});
@@ -228,8 +230,8 @@ std::vector<float> significance(const CellStack &cell, const SkyPlan &plan)
     if (cell.days == 0)
         return std::vector<float>(std::size_t(binsOf(plan)),
                                   std::numeric_limits<float>::quiet_NaN());
-    const FineStack stack = fineStack(cell.sums, cell.days, plan);
-    return Days::bestSigmas(stack.fine, stack.level, stack.search);
+    FineStack stack = fineStack(cell.sums, cell.days, plan);
+    return Days::bestSigmas(std::move(stack.fine), stack.level, stack.search);
 }
 
 DayNoise noiseOfDay(const SkyPlan & /*plan*/, const CellLine &line)

@@ -2,6 +2,7 @@
 
 #include "base/numbertext.h"
 #include "calc/approximation.h"
+#include "calc/significance.h"
 #include "coords/filenames.h"
 
 #include <algorithm>
@@ -50,6 +51,8 @@ public:
                     addCell(row, other);
             }
         }
+        if (chosen < 0)
+            countTrials(others);
         findAxis();
         const bool hasDay = std::any_of(map.rows.begin(), map.rows.end(),
                                         [](const MapRow &row) { return row.days > 0; });
@@ -108,6 +111,16 @@ private:
         const int days = stack.days(map.choice.ray, start);
         if (days > 0)
             told.days = told.days == 0 ? days : std::min(told.days, days);
+    }
+
+    // The best of many cells is high in noise too.
+    void countTrials(int cells)
+    {
+        for (float &sigma : map.sigma) {
+            if (!std::isnan(sigma))
+                sigma = float(
+                    Tools::sigmaOfTail(Tools::logTailOfTrials(Tools::logNormalTail(sigma), cells)));
+        }
     }
 
     const SkyStack &stack;

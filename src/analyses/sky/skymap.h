@@ -28,7 +28,9 @@ struct MapRow {
 
 struct SkyMap {
     MapChoice choice;
-    std::vector<float> sigma;       ///< row r begins at r x columns; NaN below the lowest line
+    /// Row r begins at r x columns; NaN below the lowest line. After the trials of one column, and
+    /// of all cells where the best of them is shown.
+    std::vector<float> sigma;
     std::vector<std::int16_t> best; ///< index of dispersion or start with that significance
     int columns = 0;
     std::vector<MapRow> rows;
