@@ -1,6 +1,7 @@
 #include "forms/ffa/foldview.h"
 
 #include "picture/colourmap.h"
+#include "picture/percentiles.h"
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -11,6 +12,7 @@
 namespace {
 
 constexpr int turns = 2;
+constexpr double paleShare = 0.05;  // of the values that are all white
 constexpr double darkShare = 0.995; // of the values that are not all black
 const QColor curveColour("#0000FF");
 const QColor frameColour("#c4cad0");
@@ -20,22 +22,17 @@ const QColor markColour("#FF0000");
 QImage greyPicture(const FfaFold &fold)
 {
     const int bins = int(fold.profile.size());
-    std::vector<float> values;
-    std::copy_if(fold.picture.begin(), fold.picture.end(), std::back_inserter(values),
-                 [](float value) { return std::isfinite(value); });
+    const std::vector<float> limits = Plot::percentiles(fold.picture, {paleShare, darkShare});
     QImage picture(bins, fold.parts, QImage::Format_RGB32);
     picture.fill(Qt::white);
-    if (values.empty())
+    if (limits.empty())
         return picture;
-    std::sort(values.begin(), values.end());
-    const float low = values[values.size() / 20];
-    const float high = values[std::size_t(double(values.size() - 1) * darkShare)];
     for (int part = 0; part < fold.parts; ++part) {
         auto *const line = reinterpret_cast<QRgb *>(picture.scanLine(fold.parts - 1 - part));
         const float *const row = fold.picture.data() + std::size_t(part) * std::size_t(bins);
         for (int b = 0; b < bins; ++b)
             if (std::isfinite(row[b]))
-                line[b] = Plot::colourOfValue(row[b], low, high, Plot::greyMap());
+                line[b] = Plot::colourOfValue(row[b], limits[0], limits[1], Plot::greyMap());
     }
     return picture;
 }
