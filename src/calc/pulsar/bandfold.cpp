@@ -2,7 +2,7 @@
 
 #include "calc/baseline.h"
 #include "calc/fold.h"
-#include "calc/levelsteps.h"
+#include "calc/leveljumps.h"
 #include "calc/pulsar/bandsum.h"
 
 #include <algorithm>

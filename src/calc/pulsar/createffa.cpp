@@ -1,7 +1,7 @@
 #include "calc/pulsar/actions.h"
 
 #include "calc/approximation.h"
-#include "calc/levelsteps.h"
+#include "calc/leveljumps.h"
 #include "calc/pulsar/bandsum.h"
 #include "calc/pulsar/checks.h"
 #include "calc/pulsar/remarks.h"

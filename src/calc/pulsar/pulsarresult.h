@@ -70,9 +70,9 @@ struct PulsarResult {
     int points = 0;            ///< number of X values
     int stretch = 0;           ///< points of the recording that they were made from
     std::vector<int> starts;   ///< first points, where the action compares several
-    int steps = 0;             ///< of the level, taken out
+    int jumps = 0;             ///< of the level, taken out
     PulsarAxis axis;
-    std::vector<int> markers; ///< X indices where a step of the level was taken out
+    std::vector<int> markers; ///< X indices where the level jumps and the jump was taken out
     Results::Report report;   ///< what was computed, in the program's own texts
     QString nonFinite;        ///< which samples are no finite numbers; empty where all are
     std::vector<Results::Report> remarks; ///< what else the user should know, one paragraph each

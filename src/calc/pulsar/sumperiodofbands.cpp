@@ -1,4 +1,4 @@
-#include "calc/levelsteps.h"
+#include "calc/leveljumps.h"
 #include "calc/pulsar/actions.h"
 #include "calc/pulsar/bandfold.h"
 #include "calc/pulsar/bandsum.h"

@@ -103,7 +103,7 @@ void FfaForm::showSpectrum(int width)
     grafik->setHoverText([this](const QPointF &coords) { return textAt(coords); });
 }
 
-// Of the highest S/N among the trial periods under the pointer.
+// The texts of the highest S/N among the trial periods under the pointer.
 QStringList FfaForm::textAt(const QPointF &coords) const
 {
     if (!found || spectrum->snr.empty())
