@@ -69,7 +69,6 @@ private:
     void choosePeak(QPointF coords);
     void chooseCandidate(int row);
     void choosePeriod(double period, int bins, const QString &refined = {});
-    void setMarkers(struct PlotData &plot) const;
     QStringList textAt(const QPointF &coords) const;
     QStringList sourceLines() const;
     const FfaResult &result() const { return *found->result.ffa; }

@@ -1,6 +1,7 @@
 #include "app/shell/settings.h"
 #include "forms/ffa/ffaform.h"
 #include "forms/ffa/ffaresults.h"
+#include "picture/periodmarks.h"
 #include "picture/resultplot.h"
 #include "plot/pulsargrafik.h"
 #include "results/reporttext.h"
@@ -56,30 +57,6 @@ void FfaForm::showResult()
     }
 }
 
-// Marks the chosen period, its half, double and triple, each with a line of its own kind.
-void FfaForm::setMarkers(PlotData &plot) const
-{
-    struct Multiple {
-        double factor;
-        MarkerStyle style;
-    };
-    static const Multiple multiples[] = {
-        {0.5, {"1/2", {2, 3}}}, {1.0, {"1", {}}}, {2.0, {"2", {9, 4}}}, {3.0, {"3", {9, 3, 2, 3}}}};
-    plot.markers.clear();
-    plot.markerStyles.clear();
-    const std::vector<double> &periods = spectrum->periods;
-    for (const auto &[factor, style] : multiples) {
-        const double period = factor * chosenPeriod;
-        if (!(period >= periods.front()) || period > periods.back())
-            continue;
-        const auto after = std::lower_bound(periods.begin(), periods.end(), period);
-        const bool earlier = after == periods.end() ||
-                             (after != periods.begin() && period - *(after - 1) < *after - period);
-        plot.markers.push_back(int(after - periods.begin()) - (earlier ? 1 : 0));
-        plot.markerStyles.push_back(style);
-    }
-}
-
 void FfaForm::showSpectrum(int width)
 {
     if (!found)
@@ -97,7 +74,7 @@ void FfaForm::showSpectrum(int width)
                                      {name, "noise alone"});
     plot.colours = {plotColour(0).code, plotColour(2).code};
     plot.source = sourceLines();
-    setMarkers(plot);
+    Plot::markPeriods(plot, chosenPeriod);
     grafik->setData(std::move(plot));
     grafik->recomputeRange();
     grafik->setHoverText([this](const QPointF &coords) { return textAt(coords); });
@@ -169,7 +146,7 @@ void FfaForm::choosePeriod(double period, int bins, const QString &refined)
     chosenPeriod = period;
     chosenBins = bins;
     PlotData plot = grafik->data();
-    setMarkers(plot);
+    Plot::markPeriods(plot, chosenPeriod);
     grafik->setData(std::move(plot));
     const FfaFold fold = Tools::foldSeries(result(), period, bins);
     const int width = fold.widths[std::size_t(fold.best)];
