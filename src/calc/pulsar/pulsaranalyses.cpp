@@ -101,7 +101,7 @@ const std::vector<PulsarAnalysis> &pulsarAnalyses()
                              {checkFold, foldPoints, foldBytes, sumPeriod},
                              QStringList{"--period"} + start + QStringList{"--count"} + levels +
                                  QStringList{"--cut"})),
-        goingToEnd(ofSum({"sumPeriodOfBands", "", "fold", "--sum"},
+        goingToEnd(ofSum({"sumPeriodOfBands", "all bands", "fold", "--sum"},
                          {checkFoldSum, foldSumPoints, foldSumBytes, sumPeriodOfBands},
                          place + QStringList{"--sum", "--dm", "--period"} + start +
                              QStringList{"--count"} + levels + QStringList{"--cut"})),
