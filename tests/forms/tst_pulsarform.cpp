@@ -258,7 +258,7 @@ void TestPulsarForm::presetsSuitTheRecording()
     for (const char *said : {"ray 1: ", "first point 0: ", "ZRT UTC 12:00:00: "})
         QVERIFY2(report().contains(said), qPrintable(report()));
     QCOMPARE(find<QLabel>("recording")->text(),
-             QString("40000 points of 12.4928 ms, 499.712 s\n2015-04-01 12:00:00.000 UTC\n"
+             QString("40000 points of 12.4928 ms, 499.712 s; 2015-04-01 12:00:00.000 UTC; "
                      "module 1, ray 1; 32 bands, 120 to 122.4219 MHz"));
     const MessageBoxCatcher catcher;
     click("sumChannelsDemoNoise");
