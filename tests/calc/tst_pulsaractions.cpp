@@ -2,7 +2,7 @@
 #include "calc/banddelays.h"
 #include "calc/channelsum.h"
 #include "calc/fourier.h"
-#include "calc/levelsteps.h"
+#include "calc/leveljumps.h"
 #include "calc/pulsar/bandfold.h"
 #include "data/reader.h"
 

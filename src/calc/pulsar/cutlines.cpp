@@ -1,6 +1,6 @@
 #include "calc/pulsar/cutlines.h"
 
-#include "calc/levelsteps.h"
+#include "calc/leveljumps.h"
 #include "calc/mainshum.h"
 #include "calc/notch.h"
 
