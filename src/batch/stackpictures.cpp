@@ -1,5 +1,6 @@
 #include "batch/stackpictures.h"
 
+#include "picture/percentiles.h"
 #include "picture/resultplot.h"
 #include "picture/rowpicture.h"
 
@@ -16,11 +17,8 @@ float highestColour(std::vector<float> values)
 {
     constexpr float least = 12;
     constexpr double share = 0.999;
-    if (values.empty())
-        return least;
-    const auto high = values.begin() + std::ptrdiff_t(double(values.size()) * share);
-    std::nth_element(values.begin(), high, values.end());
-    return std::max(least, std::round(*high));
+    const std::vector<float> high = Plot::percentiles(std::move(values), {share});
+    return high.empty() ? least : std::max(least, std::round(high[0]));
 }
 
 PlotData spectrumPlot(const Days::FourierStack &stack)

@@ -26,7 +26,7 @@ if(FFTW_FOUND)
     target_link_libraries(tst_calc_fourier PRIVATE PkgConfig::FFTW)
     target_compile_definitions(tst_calc_fourier PRIVATE ZRT_TEST_FFTW)
 endif()
-zrt_add_test(calc/levelsteps unit zrt_calc zrt_simulator)
+zrt_add_test(calc/leveljumps unit zrt_calc zrt_simulator)
 zrt_add_test(calc/pulsaractions unit zrt_calc zrt_reader zrt_simulator)
 zrt_add_test(calc/pulsarreports unit zrt_calc zrt_simulator)
 

@@ -20,8 +20,8 @@ using P = FourierDaysParameters;
 
 constexpr char stackManual[] =
     "Adds up the spectra of one place of the sky over all days of folders: \"Sum of signals\",\n"
-    "\"Fourier\" of the workbench. A day is one passage of the place. Of each day the sum of the\n"
-    "bands less its base line is transformed, padded to double its length, and its powers are\n"
+    "\"Fourier\" of the workbench. A day is one passage of the place. The sum of the bands of\n"
+    "each day less its base line is transformed, padded to double its length, and its powers are\n"
     "divided by the noise around them. Their sum over the days is searched for lines and harmonic\n"
     "sums of them. Written are the stacked spectrum, the lines with what speaks for and against\n"
     "each, and the list of days with the reason of each that does not count. Days that a rule\n"

@@ -3,6 +3,8 @@
 #include "analyses/days/daystacker.h"
 #include "analyses/days/sigmatable.h"
 #include "calc/significance.h"
+#include "calc/whitening.h"
+#include "coords/barycentre.h"
 
 #include <algorithm>
 #include <cmath>
@@ -107,8 +109,8 @@ private:
     void levelDays()
     {
         const std::vector<double> weights = weightsOfChosen();
-        const double expected =
-            weights.empty() ? Tools::medianPower(shape) : Tools::medianWeightedPower(weights, 1);
+        const double expected = weights.empty() ? Tools::medianWhitenedPower(shape, choice.window)
+                                                : Tools::medianWeightedPower(weights, 1);
         const int window = std::min(levelWindows * choice.window, bins) - 1;
         days.level = levelOfStack(sums, expected, window | 1);
         leaveOut();

@@ -28,8 +28,9 @@ LinePowers powersOfLine(const StackDays &stack, const StackLine &line);
 /// Logarithm of the probability that noise has such a sum without its strongest days.
 ///
 /// The sum of all but the k largest of n values is that of min(x, q) less k q, where q is exceeded
-/// by a share k / n, to first order in its scatter. Of powers, which follow a Gamma law, the mean
-/// and variance of min(x, q) are known; a Gamma law of the same mean and variance gives the tail.
+/// by a share k / n, to first order in its scatter. Powers follow a Gamma law, so
+/// that mean and variance of min(x, q) are known; a Gamma law of the same mean and variance gives
+/// the tail.
 ///
 /// @param powers   of the days, each a sum of `harmonics` powers
 /// @param leftOut  days

@@ -2,6 +2,7 @@
 #include "analyses/days/stackevidence.h"
 #include "analyses/sky/linemeasure.h"
 #include "calc/significance.h"
+#include "calc/whitening.h"
 
 #include <algorithm>
 #include <cmath>
@@ -149,7 +150,8 @@ FineStack fineStack(const std::vector<double> &sums, double shape, const SkyPlan
     for (std::size_t bin = 0; bin < atBins.size(); ++bin)
         atBins[bin] = sums[bin * std::size_t(each)];
     const int window = std::min(levelWindows * plan.parameters.window, bins) - 1;
-    stack.level = Days::levelOfStack(atBins, Tools::medianPower(shape), window | 1);
+    stack.level = Days::levelOfStack(
+        atBins, Tools::medianWhitenedPower(shape, plan.parameters.window), window | 1);
     stack.search.shape = shape;
     stack.search.lowestBin = Days::lowestBin;
     stack.search.harmonics = plan.parameters.harmonics;

@@ -2,6 +2,7 @@
 
 #include "base/timetext.h"
 #include "picture/colourmap.h"
+#include "picture/percentiles.h"
 #include "picture/plotgeometry.h"
 #include "picture/plotmarks.h"
 #include "picture/plotpainter.h"
@@ -32,14 +33,8 @@ QRgb paleOf(QRgb colour)
 float highestShown(std::vector<float> values, float leastHighest)
 {
     constexpr double share = 0.995;
-    values.erase(
-        std::remove_if(values.begin(), values.end(), [](float value) { return std::isnan(value); }),
-        values.end());
-    if (values.empty())
-        return leastHighest;
-    const auto place = values.begin() + std::ptrdiff_t(double(values.size() - 1) * share);
-    std::nth_element(values.begin(), place, values.end());
-    return std::max(leastHighest, std::ceil(*place));
+    const std::vector<float> high = Plot::percentiles(std::move(values), {share});
+    return high.empty() ? leastHighest : std::max(leastHighest, std::ceil(high[0]));
 }
 
 } // namespace

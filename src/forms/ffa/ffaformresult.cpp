@@ -1,4 +1,6 @@
 #include "app/shell/settings.h"
+#include "calc/pulsar/bandfold.h"
+#include "calc/pulsar/preparedsamples.h"
 #include "forms/ffa/ffaform.h"
 #include "forms/ffa/ffaresults.h"
 #include "picture/periodmarks.h"
@@ -25,6 +27,7 @@ QString periodText(double period)
 
 void FfaForm::showResult()
 {
+    bandWorker.stop();
     chosenPeriod = 0;
     chosenRow = -1;
     const int count = int(candidates.size());
@@ -80,7 +83,7 @@ void FfaForm::showSpectrum(int width)
     grafik->setHoverText([this](const QPointF &coords) { return textAt(coords); });
 }
 
-// Of the highest S/N among the trial periods under the pointer.
+// The texts of the highest S/N among the trial periods under the pointer.
 QStringList FfaForm::textAt(const QPointF &coords) const
 {
     if (!found || spectrum->snr.empty())
@@ -145,12 +148,14 @@ void FfaForm::choosePeriod(double period, int bins, const QString &refined)
 {
     chosenPeriod = period;
     chosenBins = bins;
+    chosenText = refined;
     PlotData plot = grafik->data();
     Plot::markPeriods(plot, chosenPeriod);
     grafik->setData(std::move(plot));
     const FfaFold fold = Tools::foldSeries(result(), period, bins);
     const int width = fold.widths[std::size_t(fold.best)];
     const int count = int(fold.profile.size());
+    foldBins = count;
     Results::Report report(QString("Period %1, %2 Hz")
                                .arg(refined.isEmpty() ? periodText(period) : refined)
                                .arg(1 / period, 0, 'f', 6));
@@ -161,4 +166,37 @@ void FfaForm::choosePeriod(double period, int bins, const QString &refined)
                        .arg(1000 * width * period / count, 0, 'f', 2)
                        .arg(fold.phase, 0, 'f', 3));
     results->showFold(fold, seconds(), report.html());
+    if (results->wantsBands())
+        foldBands();
+}
+
+// Folds the bands at the chosen period, beside the window.
+void FfaForm::foldBands()
+{
+    if (!found || !(chosenPeriod > 0))
+        return;
+    if (!results->wantsBands()) {
+        bandWorker.stop();
+        choosePeriod(chosenPeriod, chosenBins, chosenText);
+        return;
+    }
+    const int bins = foldBins;
+    using Fold = std::shared_ptr<const BandFold>;
+    bandWorker.start<Fold>(
+        [recording = data, parameters = searched.parameters, period = chosenPeriod, bins,
+         search = found](const Jobs::Control &control, const Jobs::Deliver<Fold> &deliver) {
+            const PreparedSamples samples =
+                prepareSamples("createFFA", recording, parameters, control);
+            if (!samples.problems.empty() || control.isStopped())
+                return;
+            auto fold = std::make_shared<const BandFold>(
+                Pulsar::foldBands(samples.data, parameters, int(search->result.ffa->series.size()),
+                                  period, bins, search->result.cut, control));
+            if (!fold->values.empty())
+                deliver(fold);
+        },
+        [this, period = chosenPeriod](const Fold &fold) {
+            if (chosenPeriod == period && results->wantsBands())
+                results->showBands(fold);
+        });
 }
