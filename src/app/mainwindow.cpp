@@ -352,7 +352,7 @@ void MainWindow::openDirSumFourierMap()
 
 void MainWindow::openDirSumFfa()
 {
-    sayNotBuilt("Sum of signals: FFA");
+    openDirectory<FourierForm>("Pulsar directory", 1, 0, 0);
 }
 
 void MainWindow::openDirSumFfaMap()

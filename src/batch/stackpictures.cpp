@@ -1,6 +1,7 @@
 #include "batch/stackpictures.h"
 
 #include "picture/percentiles.h"
+#include "picture/resultplot.h"
 #include "picture/rowpicture.h"
 
 #include <algorithm>
@@ -20,10 +21,7 @@ float highestColour(std::vector<float> values)
     return high.empty() ? least : std::max(least, std::round(high[0]));
 }
 
-} // namespace
-
-Plot::PictureBytes spectrumPicture(const Days::FourierStack &stack, const OutputOptions &output,
-                                   const StackPictureText &text)
+PlotData spectrumPlot(const Days::FourierStack &stack)
 {
     PlotData plot;
     plot.graphs = {stack.sigma};
@@ -34,11 +32,22 @@ Plot::PictureBytes spectrumPicture(const Days::FourierStack &stack, const Output
     plot.numPoints = int(stack.sigma.size());
     plot.x = {"frequency", "Hz", 0, stack.binWidth, {}};
     plot.textX1 = [&stack](int index) { return QString::number(stack.frequency(index), 'g', 5); };
-    plot.yName = "significance";
-    plot.yUnit = "sigma";
     const Plot::Range range = Plot::verticalRange(plot);
     plot.yMin = range.min;
     plot.yMax = range.max;
+    return plot;
+}
+
+} // namespace
+
+Plot::PictureBytes curvePicture(const Days::FourierStack &stack, const OutputOptions &output,
+                                const StackPictureText &text)
+{
+    PlotData plot = stack.ffa ? Plot::periodPlot(stack.ffa->periods, {stack.sigma},
+                                                 {QString("%1 days").arg(stack.days)})
+                              : spectrumPlot(stack);
+    plot.yName = "significance";
+    plot.yUnit = "sigma";
     plot.source = QStringList{text.name, QString("stack of %1 days").arg(stack.days)};
     return pictureOf(plot, output, text.key);
 }
@@ -53,7 +62,8 @@ Plot::PictureBytes daysPicture(const std::vector<Days::FourierDay> &days,
         const Days::FourierDay &day = days[i];
         if (!day.isWhole())
             continue;
-        const std::vector<float> row = Plot::columnMaxima(day.powers, picture.columns);
+        const std::vector<float> row =
+            Plot::columnMaxima(stack.ffa ? day.periodogram.best : day.powers, picture.columns);
         picture.values.insert(picture.values.end(), row.begin(), row.end());
         picture.rowNames << Days::dayName(day.begin) + (chosen[i] ? "" : " off");
         ++picture.rows;
@@ -61,6 +71,14 @@ Plot::PictureBytes daysPicture(const std::vector<Days::FourierDay> &days,
     picture.lastX = stack.frequency(double(stack.powers.size()));
     picture.xName = "frequency at the telescope, Hz";
     picture.scaleName = "power";
+    if (stack.ffa) {
+        picture.lastX = stack.ffa->count();
+        picture.xName = "period at the telescope, s";
+        picture.scaleName = "S/N";
+        picture.xText = [&stack](double trial) {
+            return QString::number(stack.ffa->periodAt(trial), 'g', 5);
+        };
+    }
     picture.high = highestColour(picture.values);
     picture.title = QString("%1, %2 days").arg(text.name).arg(picture.rows);
     picture.key = text.key;

@@ -15,6 +15,7 @@ zrt_add_test(calc/ffasearch unit zrt_calc)
 zrt_add_test(calc/significance unit zrt_calc)
 zrt_add_test(calc/mainshum unit zrt_calc)
 zrt_add_test(calc/notch unit zrt_calc)
+zrt_add_test(calc/phasemaximum unit zrt_calc)
 zrt_add_test(calc/whitening unit zrt_calc)
 
 find_package(PkgConfig)

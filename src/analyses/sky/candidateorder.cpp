@@ -1,5 +1,7 @@
 #include "analyses/sky/candidateorder.h"
 
+#include "analyses/sky/fourierproduct.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -14,8 +16,7 @@ bool isInterference(const SkyCandidate &candidate)
 
 class Relations {
 public:
-    Relations(const SkyPlan &skyPlan, int positionsPerBin) : plan(skyPlan), perBin(positionsPerBin)
-    {}
+    explicit Relations(const SkyPlan &skyPlan) : plan(skyPlan), method(methodOf(skyPlan.product)) {}
 
     // Whether one is a small fraction of the other, and if so which.
     bool relate(SkyCandidate &candidate, const SkyCandidate &base) const
@@ -23,15 +24,16 @@ public:
         if (!areNear(candidate, base))
             return false;
         constexpr int highest = 16;
-        const double own = candidate.line.position / perBin;
-        const double other = base.line.position / perBin;
+        const double own = binOf(candidate);
+        const double other = binOf(base);
         // What the sky sends may stand by chance at some fraction of an interfering line: only its
         // harmonics, and the sums that they make, go with it.
         const bool isOnlyWhole = isInterference(base) && !isInterference(candidate);
         for (int q = 1; q <= highest; ++q) {
             const int p = int(std::lround(own * q / other));
             // Either is right to a bin over its harmonics.
-            const double tolerance = 1.0 / candidate.harmonics + double(p) / q / base.harmonics;
+            const double tolerance = method.tolerance(plan, candidate.line) +
+                                     double(p) / q * method.tolerance(plan, base.line);
             if (p < 1 || p > highest || (isOnlyWhole && p > 1 && q > 1) ||
                 std::abs(own - other * p / q) > std::min(1.0, tolerance))
                 continue;
@@ -51,8 +53,13 @@ private:
                std::abs(placeOfRay(plan, one.ray) - placeOfRay(plan, other.ray)) <= 1;
     }
 
+    double binOf(const SkyCandidate &candidate) const
+    {
+        return method.frequencyAt(plan, candidate.line.position) / binWidth(plan);
+    }
+
     const SkyPlan &plan;
-    const int perBin;
+    const SkyMethod &method;
 };
 
 } // namespace
@@ -64,13 +71,12 @@ int placeOfRay(const SkyPlan &plan, int ray)
     return one.module * raysOfModule + one.ray;
 }
 
-std::vector<SkyCandidate> orderedCandidates(std::vector<SkyCandidate> found, const SkyPlan &plan,
-                                            int perBin)
+std::vector<SkyCandidate> orderedCandidates(std::vector<SkyCandidate> found, const SkyPlan &plan)
 {
     std::stable_sort(found.begin(), found.end(), [](const SkyCandidate &a, const SkyCandidate &b) {
         return a.sigma > b.sigma;
     });
-    const Relations relations(plan, perBin);
+    const Relations relations(plan);
     std::vector<std::vector<std::size_t>> followers(found.size());
     std::vector<std::size_t> bases;
     for (std::size_t i = 0; i < found.size(); ++i) {

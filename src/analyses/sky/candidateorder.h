@@ -13,9 +13,7 @@ int placeOfRay(const SkyPlan &plan, int ray);
 /// one follows it, and bases that look like a signal of the sky come before those that are marked
 /// as interference.
 ///
-/// @param found   any order
-/// @param perBin  positions of a stack per bin of the spectrum
-std::vector<SkyCandidate> orderedCandidates(std::vector<SkyCandidate> found, const SkyPlan &plan,
-                                            int perBin);
+/// @param found  any order
+std::vector<SkyCandidate> orderedCandidates(std::vector<SkyCandidate> found, const SkyPlan &plan);
 
 } // namespace Sky

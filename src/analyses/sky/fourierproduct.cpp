@@ -1,5 +1,5 @@
 #include "analyses/sky/fourierproduct.h"
-#include "analyses/days/fourierday.h"
+#include "analyses/days/stackevidence.h"
 #include "analyses/sky/linemeasure.h"
 #include "calc/significance.h"
 #include "calc/whitening.h"
@@ -37,9 +37,8 @@ int binsOf(const SkyPlan &plan)
 
 bool isTurned(const SkyPlan &plan)
 {
-    const bool isKnown = std::all_of(plan.rays.begin(), plan.rays.end(),
-                                     [](const SkyRay &ray) { return ray.beam.isKnown(); });
-    return plan.parameters.earthMotion && isKnown && binsOf(plan) * earthMotion > leastTurn;
+    return plan.parameters.earthMotion && plan.knowsBeams() &&
+           binsOf(plan) * earthMotion > leastTurn;
 }
 
 int perBin(const SkyPlan &plan)
@@ -50,6 +49,24 @@ int perBin(const SkyPlan &plan)
 double binWidth(const SkyPlan &plan)
 {
     return 1 / (2 * double(plan.parameters.points) * plan.header.tresolution);
+}
+
+Days::PreparedSeries seriesOf(const CellStretch &stretch, const SkyPlan &plan)
+{
+    const std::vector<float> sums(stretch.sums, stretch.sums + stretch.points);
+    std::vector<float> back;
+    if (stretch.backSums)
+        back.assign(stretch.backSums, stretch.backSums + stretch.points);
+    return Days::preparedSeries(sums, back, plan.parameters.noise);
+}
+
+void countHigh(const std::vector<float> &powers, CellProduct &product)
+{
+    const auto first =
+        powers.begin() + std::min<std::ptrdiff_t>(Days::lowestBin, std::ptrdiff_t(powers.size()));
+    product.above = int(
+        std::count_if(first, powers.end(), [](float power) { return power > Days::highPower; }));
+    product.expectedAbove = Days::expectedAbove(int(powers.end() - first));
 }
 
 namespace {
@@ -83,22 +100,13 @@ std::vector<float> turned(const std::vector<float> &powers, double ratio, int ea
 CellProduct ofStretch(const CellStretch &stretch, const SkyPlan &plan)
 {
     CellProduct product;
-    const std::vector<float> sums(stretch.sums, stretch.sums + stretch.points);
-    std::vector<float> back;
-    if (stretch.backSums)
-        back.assign(stretch.backSums, stretch.backSums + stretch.points);
-    const Days::PreparedSeries series = Days::preparedSeries(sums, back, plan.parameters.noise);
+    const Days::PreparedSeries series = seriesOf(stretch, plan);
     product.problem = series.problem;
     if (!product.problem.isEmpty())
         return product;
     product.values =
         Days::whitenedPowers(series.values, plan.parameters.averageCount, plan.parameters.window);
-    const auto first =
-        product.values.begin() +
-        std::min<std::ptrdiff_t>(Days::lowestBin, std::ptrdiff_t(product.values.size()));
-    product.above = int(std::count_if(first, product.values.end(),
-                                      [](float power) { return power > Days::highPower; }));
-    product.expectedAbove = Days::expectedAbove(int(product.values.end() - first));
+    countHigh(product.values, product);
     if (isTurned(plan))
         product.values = turned(product.values, stretch.ratio, turnedPerBin);
     return product;
@@ -196,7 +204,7 @@ double powerAt(const CellStack &cell, const SkyPlan &plan, const CellLine &line)
                           : harmonicSum(fineStack(cell.sums, cell.days, plan), line, perBin(plan));
 }
 
-double logTail(int days, const CellLine &line, double power)
+double logTail(const SkyPlan & /*plan*/, int days, const CellLine &line, double power)
 {
     return days == 0 ? 0 : Tools::logGammaTail(double(days) * line.harmonics, power);
 }
@@ -228,6 +236,45 @@ std::vector<float> significance(const CellStack &cell, const SkyPlan &plan)
     return Days::bestSigmas(std::move(stack.fine), stack.level, stack.search);
 }
 
+DayNoise noiseOfDay(const SkyPlan & /*plan*/, const CellLine &line)
+{
+    return {double(line.harmonics), double(line.harmonics)};
+}
+
+double meanPower(const SkyPlan & /*plan*/, const CellLine &line, int days)
+{
+    return line.power / (double(days) * line.harmonics);
+}
+
+double tolerance(const SkyPlan & /*plan*/, const CellLine &line)
+{
+    return 1.0 / line.harmonics;
+}
+
+PositionRange sameLine(const SkyPlan &plan, const CellLine &line)
+{
+    constexpr double within = 2; // bins of the padded spectrum, which is 1 / T
+    const double apart = within * perBin(plan);
+    return {line.position - apart, line.position + apart};
+}
+
+// The strongest of the harmonics tells.
+bool isHum(const CellStack &cell, const SkyPlan &plan, const CellLine &line, double telescope,
+           const std::vector<Days::DayHum> &hum)
+{
+    int strongest = 1;
+    double most = 0;
+    for (int harmonic = 1; harmonic <= line.harmonics; ++harmonic) {
+        const double power = powerAt(cell, plan, {line.position * harmonic, 1, 0, 0});
+        if (power > most) {
+            most = power;
+            strongest = harmonic;
+        }
+    }
+    const double rate = 2 * axisAt(plan, positions(plan));
+    return Days::isHumAt(hum, telescope * strongest, rate, binWidth(plan));
+}
+
 } // namespace
 
 const SkyMethod &fourierMethod()
@@ -239,6 +286,9 @@ const SkyMethod &fourierMethod()
         made.clip = clipHeight;
         made.axisAt = axisAt;
         made.axisName = axisName;
+        made.columns = binsOf;
+        made.frequencyAt = axisAt;
+        made.isTurned = isTurned;
         made.ofStretch = ofStretch;
         made.trials = trialsOf;
         made.linesOf = linesOf;
@@ -246,6 +296,11 @@ const SkyMethod &fourierMethod()
         made.powerAt = powerAt;
         made.logTail = logTail;
         made.clippedLogTail = clippedLogTail;
+        made.noiseOfDay = noiseOfDay;
+        made.meanPower = meanPower;
+        made.tolerance = tolerance;
+        made.sameLine = sameLine;
+        made.isHum = isHum;
         made.measure = measureLine;
         return made;
     }();

@@ -53,9 +53,7 @@ public:
         }
         if (chosen < 0)
             countTrials(others);
-        const double positions = stack.shape().positions;
-        map.first = method.axisAt(plan, 0);
-        map.step = method.axisAt(plan, positions / std::max(1, map.columns)) - map.first;
+        findAxis();
         const bool hasDay = std::any_of(map.rows.begin(), map.rows.end(),
                                         [](const MapRow &row) { return row.days > 0; });
         if (!hasDay)
@@ -64,6 +62,17 @@ public:
     }
 
 private:
+    void findAxis()
+    {
+        for (int column = 0; plan.trials && column < map.columns; ++column)
+            map.axis.push_back(method.axisAt(plan, column));
+        if (plan.trials)
+            return;
+        const double positions = stack.shape().positions;
+        map.first = method.axisAt(plan, 0);
+        map.step = method.axisAt(plan, positions / std::max(1, map.columns)) - map.first;
+    }
+
     void addRow(int row)
     {
         const SkyRay &ray = plan.rays[std::size_t(map.choice.ray)];
@@ -121,6 +130,14 @@ private:
 };
 
 } // namespace
+
+double SkyMap::axisAt(double column) const
+{
+    if (axis.empty())
+        return first + column * step;
+    const double last = double(axis.size()) - 1;
+    return axis[std::size_t(std::clamp(std::round(column), 0.0, last))];
+}
 
 MapChoiceOrProblem mapChoiceOf(const SkyPlan &plan)
 {

@@ -2,8 +2,8 @@
 
 #include "analyses/sky/skyrun.h"
 
-/// Significance of the harmonic sum over days, against frequency and place of the sky, or
-/// dispersion.
+/// Significance over days, of harmonic sums against frequency or of folds against period, and place
+/// of the sky, or dispersion.
 namespace Sky {
 
 struct MapChoice {
@@ -34,12 +34,14 @@ struct SkyMap {
     std::vector<std::int16_t> best; ///< index of dispersion or start with that significance
     int columns = 0;
     std::vector<MapRow> rows;
-    double first = 0; ///< frequency, Hz, or period, s, of column 0 and from one to the next
+    double first = 0; ///< frequency, Hz, of column 0 and from one to the next
     double step = 1;
     QString axisName; ///< with its unit and, of frequencies, whose they are
     QString problem;  ///< why there is none; empty otherwise
 
-    double axisAt(double column) const { return first + column * step; }
+    std::vector<double> axis; ///< of every column where they are not evenly apart; empty otherwise
+
+    double axisAt(double column) const;
 };
 
 SkyMap mapOf(const SkyStack &stack, const SkyPlan &plan, const MapChoice &choice);

@@ -2,6 +2,7 @@
 
 #include "analyses/days/stackevidence.h"
 #include "analyses/sky/candidateorder.h"
+#include "analyses/sky/fourierproduct.h"
 #include "calc/pulsar/bandsum.h"
 #include "calc/significance.h"
 #include "coords/barycentre.h"
@@ -16,7 +17,6 @@ namespace Sky {
 namespace {
 
 constexpr int mostLinesOfCell = 64;
-constexpr double mergedWithin = 2;   // bins of the padded spectrum, which is 1 / T
 constexpr double sameInRays = 1.5;   // bins
 constexpr int fewestForTrimming = 5; // days
 constexpr double lowestTold = -9;    // sigma: noise all over, for which there is no number
@@ -54,10 +54,7 @@ public:
              const Jobs::Control &runControl)
         : stack(skyStack), plan(skyPlan), threads(threadCount), control(runControl),
           method(methodOf(skyPlan.product)), dispersions(differingDispersions(skyPlan))
-    {
-        perBin = stack.shape().positions / std::max(1, countOfBins());
-        binWidth = method.axisAt(plan, perBin);
-    }
+    {}
 
     SkySearch search()
     {
@@ -72,16 +69,11 @@ public:
         join();
         for (SkyCandidate &candidate : result.candidates)
             describe(candidate);
-        result.candidates = orderedCandidates(std::move(result.candidates), plan, perBin);
+        result.candidates = orderedCandidates(std::move(result.candidates), plan);
         return std::move(result);
     }
 
 private:
-    int countOfBins() const
-    {
-        return plan.parameters.points >> std::clamp(plan.parameters.averageCount, 0, 30);
-    }
-
     void countTrials()
     {
         for (int ray = 0; ray < plan.rayCount(); ++ray)
@@ -146,8 +138,8 @@ private:
     // Only to compare rays with: what turned axes differ by is less than a bin.
     double telescopeOf(const CellLine &line, double ratio) const
     {
-        const double axis = method.axisAt(plan, line.position);
-        return perBin > 1 && std::isfinite(ratio) ? axis * ratio : axis;
+        const double frequency = method.frequencyAt(plan, line.position);
+        return method.isTurned(plan) && std::isfinite(ratio) ? frequency * ratio : frequency;
     }
 
     // Lines of neighbouring cells that agree in frequency are one candidate: from the strongest on,
@@ -215,14 +207,13 @@ private:
             dispersion >= int(dispersions.size()) || start < 0 || start >= plan.starts ||
             plan.rays[std::size_t(ray)].module != plan.rays[std::size_t(one.ray)].module)
             return;
-        const double apart = mergedWithin * perBin;
+        const PositionRange same = method.sameLine(plan, one.line);
         const std::vector<Detection> &cell = ofCell[cellOf(ray, dispersion, start)];
         const auto isBelow = [](const Detection &other, double position) {
             return other.line.position < position;
         };
-        for (auto near =
-                 std::lower_bound(cell.begin(), cell.end(), one.line.position - apart, isBelow);
-             near != cell.end() && near->line.position <= one.line.position + apart; ++near) {
+        for (auto near = std::lower_bound(cell.begin(), cell.end(), same.first, isBelow);
+             near != cell.end() && near->line.position <= same.last; ++near) {
             if (isTaken(*near))
                 continue;
             takenOf(*near) = true;
@@ -242,7 +233,7 @@ private:
             stack.cell(candidate.ray, candidate.dispersionIndex, candidate.start);
         candidate.days = cell.days;
         candidate.harmonics = line.harmonics;
-        candidate.power = line.power / (double(cell.days) * line.harmonics);
+        candidate.power = method.meanPower(plan, line, cell.days);
         candidate.sigma = sigmaOf(line.logTail);
         candidate.falseAlarms = std::exp(line.logTail) * result.trials;
         const double clipped = method.clippedLogTail(cell, plan, line);
@@ -251,7 +242,7 @@ private:
         candidate.isInOtherRays = isInOtherRays(candidate);
         // A few days stand at some hour of the Sun whatever they are.
         candidate.isSolar = !candidate.isFewDays && keepsSolarTime(candidate);
-        candidate.isHum = isHum(cell, candidate);
+        candidate.isHum = method.isHum(cell, plan, line, candidate.telescope, hum());
         method.measure(stack, plan, line, candidate);
         findPulsars(candidate);
     }
@@ -274,7 +265,7 @@ private:
         std::set<int> places;
         for (const std::vector<Detection> &cell : ofCell) {
             for (const Detection &one : cell) {
-                if (std::abs(one.telescope - candidate.telescope) < sameInRays * binWidth)
+                if (std::abs(one.telescope - candidate.telescope) < sameInRays * binWidth(plan))
                     places.insert(placeOfRay(plan, one.ray));
             }
         }
@@ -298,6 +289,7 @@ private:
         constexpr double fewestDays = 10;
         constexpr double leastDifference = 5; // sigma
         constexpr double mostLeft = 0.25;     // of the excess
+        const DayNoise noise = method.noiseOfDay(plan, candidate.line);
         std::vector<double> excess;
         std::vector<double> days;
         for (int quarter = 0; quarter < sunQuarters; ++quarter) {
@@ -306,7 +298,7 @@ private:
             days.push_back(cell.days);
             excess.push_back(cell.days == 0 ? 0
                                             : method.powerAt(cell, plan, candidate.line) -
-                                                  double(cell.days) * candidate.harmonics);
+                                                  double(cell.days) * noise.mean);
         }
         for (int first = 0; first < sunQuarters; ++first) {
             const int second = (first + 1) % sunQuarters;
@@ -319,7 +311,7 @@ private:
             const double out = (std::accumulate(excess.begin(), excess.end(), 0.0) - sum) / outDays;
             const auto varianceOf = [&](double mean) {
                 const double most = std::max(0.0, mean);
-                return candidate.harmonics + 2 * most + most * most;
+                return noise.variance + 2 * most + most * most;
             };
             const double error = std::sqrt(varianceOf(in) / inDays + varianceOf(out) / outDays);
             if (in - out > leastDifference * error && out < mostLeft * in)
@@ -328,24 +320,13 @@ private:
         return false;
     }
 
-    bool isHum(const CellStack &cell, const SkyCandidate &candidate) const
+    std::vector<Days::DayHum> hum() const
     {
         constexpr double perHertz = 1000;
-        std::vector<Days::DayHum> hum;
+        std::vector<Days::DayHum> all;
         for (const auto &[from, to] : stack.hum)
-            hum.push_back({from / perHertz, to / perHertz});
-        int strongest = 1;
-        double most = 0;
-        for (int harmonic = 1; harmonic <= candidate.harmonics; ++harmonic) {
-            const CellLine single = {candidate.line.position * harmonic, 1, 0, 0};
-            const double power = method.powerAt(cell, plan, single);
-            if (power > most) {
-                most = power;
-                strongest = harmonic;
-            }
-        }
-        const double rate = 2 * method.axisAt(plan, stack.shape().positions);
-        return Days::isHumAt(hum, candidate.telescope * strongest, rate, binWidth);
+            all.push_back({from / perHertz, to / perHertz});
+        return all;
     }
 
     void findPulsars(SkyCandidate &candidate) const
@@ -359,7 +340,7 @@ private:
         candidate.pulsars = Days::matchesOf(
             Days::pulsarsInBeam(ray.beam, direction, middle.date(),
                                 plan.parameters.points * plan.header.tresolution),
-            direction, candidate.barycentric, binWidth, Tools::modifiedJulianDay(middle));
+            direction, candidate.barycentric, binWidth(plan), Tools::modifiedJulianDay(middle));
     }
 
     const SkyStack &stack;
@@ -367,9 +348,7 @@ private:
     const int threads;
     const Jobs::Control &control;
     const SkyMethod &method;
-    const std::vector<int> dispersions; // indices of those that differ
-    int perBin = 1;
-    double binWidth = 0;                        // Hz
+    const std::vector<int> dispersions;         // indices of those that differ
     std::vector<std::vector<Detection>> ofCell; // by position
     std::vector<std::vector<bool>> taken;
     SkySearch result;
@@ -424,7 +403,8 @@ std::vector<double> sigmaOverDispersions(const SkyStack &stack, const SkyPlan &p
     for (int i = 0; i < int(plan.dispersions.size()); ++i) {
         const CellStack cell = stack.cell(candidate.ray, i, candidate.start);
         const double power = method.powerAt(cell, plan, candidate.line);
-        sigmas.push_back(Tools::sigmaOfTail(method.logTail(cell.days, candidate.line, power)));
+        sigmas.push_back(
+            Tools::sigmaOfTail(method.logTail(plan, cell.days, candidate.line, power)));
     }
     return sigmas;
 }

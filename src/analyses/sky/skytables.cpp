@@ -120,10 +120,11 @@ struct NeededColumns {
         : barycentric(columnNamed(columns, "frequency_barycentre")),
           telescope(columnNamed(columns, "frequency_telescope")),
           period(columnNamed(columns, "period")), sigma(columnNamed(columns, "significance")),
-          harmonics(columnNamed(columns, "harmonics")), module(columnNamed(columns, "module")),
-          ray(columnNamed(columns, "ray")), dispersion(columnNamed(columns, "cell_dispersion")),
-          start(columnNamed(columns, "start")), verdict(columnNamed(columns, "verdict")),
-          note(columnNamed(columns, "note"))
+          harmonics(columnNamed(columns, "harmonics") ? columnNamed(columns, "harmonics")
+                                                      : columnNamed(columns, "width")),
+          module(columnNamed(columns, "module")), ray(columnNamed(columns, "ray")),
+          dispersion(columnNamed(columns, "cell_dispersion")), start(columnNamed(columns, "start")),
+          verdict(columnNamed(columns, "verdict")), note(columnNamed(columns, "note"))
     {}
 
     bool areThere() const
@@ -219,6 +220,7 @@ std::vector<Column> candidateColumns(const std::vector<SkyCandidate> &candidates
                                      const SkyPlan &plan)
 {
     using C = SkyCandidate;
+    const bool isFfa = plan.product == Product::Ffa;
     const auto rayOf = [&plan](const C &c) -> const SkyRay & {
         return plan.rays[std::size_t(c.ray)];
     };
@@ -252,8 +254,9 @@ std::vector<Column> candidateColumns(const std::vector<SkyCandidate> &candidates
             candidates, "false_alarms", "", [](const C &c) { return c.falseAlarms; }, 3),
         numbers(candidates, "without_strongest", "sigma",
                 [](const C &c) { return c.withoutStrongest; }),
-        numbers(candidates, "power", "", [](const C &c) { return c.power; }),
-        numbers(candidates, "harmonics", "", [](const C &c) { return c.harmonics; }),
+        numbers(candidates, isFfa ? "snr" : "power", "", [](const C &c) { return c.power; }),
+        numbers(candidates, isFfa ? "width" : "harmonics", "",
+                [](const C &c) { return c.harmonics; }),
         numbers(candidates, "days", "", [](const C &c) { return c.days; }),
         numbers(candidates, "cells", "", [](const C &c) { return c.cells; }),
         numbers(candidates, "module", "", [&](const C &c) { return rayOf(c).module; }),
@@ -269,6 +272,8 @@ std::vector<Column> candidateColumns(const std::vector<SkyCandidate> &candidates
 std::vector<Column> mapColumns(const SkyMap &map)
 {
     std::vector<Column> columns;
+    if (!map.axis.empty())
+        columns.push_back({"period", "s", map.axis});
     for (std::size_t row = 0; row < map.rows.size(); ++row) {
         const auto first = map.sigma.begin() + std::ptrdiff_t(row * std::size_t(map.columns));
         columns.push_back({map.rows[row].name, "", std::vector<float>(first, first + map.columns)});
@@ -282,12 +287,16 @@ std::vector<HeaderLine> mapLines(const SkyMap &map, const SkyPlan &plan)
     for (const MapRow &row : map.rows)
         days << QString::number(row.days);
     const SkyRay &ray = plan.rays[std::size_t(map.choice.ray)];
-    return {{"map", map.choice.axis == MapAxis::Starts ? "right ascension" : "dispersion"},
-            {"shown_ray", QString("%1/%2").arg(ray.module).arg(ray.ray)},
-            {"x", map.axisName},
-            {"x_first", numberText(map.first)},
-            {"x_step", numberText(map.step)},
-            {"days_of_rows", days.join(' ')}};
+    std::vector<HeaderLine> lines = {
+        {"map", map.choice.axis == MapAxis::Starts ? "right ascension" : "dispersion"},
+        {"shown_ray", QString("%1/%2").arg(ray.module).arg(ray.ray)},
+        {"x", map.axisName}};
+    if (map.axis.empty()) {
+        lines.push_back({"x_first", numberText(map.first)});
+        lines.push_back({"x_step", numberText(map.step)});
+    }
+    lines.push_back({"days_of_rows", days.join(' ')});
+    return lines;
 }
 
 CandidatesTable readCandidates(const QByteArray &bytes, const SkyPlan &plan)

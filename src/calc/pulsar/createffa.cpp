@@ -238,6 +238,7 @@ AnalysisOutcome createFfa(const PreparedSamples &samples, const PulsarParameters
     result.ffa = std::make_shared<const FfaResult>(
         FfaResult{std::move(series.values), tresolution, std::move(periodogram), std::move(mains),
                   Tools::wholeFactorSteps(ffa, count, tresolution)});
+    result.cut = series.cut;
     append({cutReport(given.cut, series.cut)}, result);
     append(noiseRemarks(*result.ffa), result);
     append(bandRemarks({samples.data, given, count, given.dispersion}, series.wholeBands), result);

@@ -3,6 +3,7 @@
 #include "calc/ffaresult.h"
 #include "calc/ffasearch.h"
 #include "calc/fieldproblem.h"
+#include "calc/pulsar/cutlines.h"
 #include "results/report.h"
 
 #include <QString>
@@ -80,6 +81,7 @@ struct PulsarResult {
     std::vector<PulsarMultiResult> multi;  ///< where the action compares results: one per curve
     std::shared_ptr<const FfaResult> ffa;  ///< of "createFFA"
     std::shared_ptr<const BandFold> bands; ///< of "sumPeriodOfBands"
+    std::vector<Pulsar::CutBand> cut;      ///< of "createFFA": what was taken out of the series
 
     QString description() const { return report.plainText(); }
     /// What stands below the report: on samples, the remarks, on times.

@@ -12,11 +12,13 @@
 class DaysModel;
 class LastValues;
 class SpectrumView;
+struct StackTexts;
 namespace Ui {
 class FourierForm;
 }
 
-/// Spectra of one place of the sky on all days of a directory, and their stack: inputs and the list
+/// Spectra of one place of the sky on all days of a directory, or their periodograms of fast
+/// folding, and their stack: inputs and the list
 /// of days on the left, the pictures in the middle, what is told of them on the right. Recordings
 /// are read once; a day that is switched only changes the stack.
 class FourierForm : public DirectoryForm {
@@ -53,6 +55,7 @@ private:
     void plan();
     void takePlan(const Days::DayPlan &plan);
     void showSource(const Days::DayPlan &plan);
+    void showSearch(const Days::DayPlan &plan);
 
     void takeNews(SpectraNews news);
     void addArrived();
@@ -79,6 +82,8 @@ private:
     void saveTables();
     std::vector<std::pair<QString, Results::ResultTable>> tables() const;
 
+    const Days::FourierDaysAnalysis &analysis;
+    const StackTexts &words;
     const std::unique_ptr<Ui::FourierForm> ui;
     std::unique_ptr<LastValues> lastValues;
     SpectrumView *view = nullptr;

@@ -156,9 +156,7 @@ void WaterfallView::paintLabels(QPainter &painter) const
     const QRect inner = area();
     constexpr int leastFont = 9; // pixels
     constexpr int mostFont = 15; // the left margin holds no more
-    QFont small = font();
-    small.setPixelSize(std::clamp(QFontInfo(small).pixelSize(), leastFont, mostFont));
-    painter.setFont(small);
+    painter.setFont(Plot::fontWithin(font(), leastFont, mostFont));
     const auto rightAligned = [&](int y, const QString &text) {
         painter.drawText(QRect(0, y - 8, inner.left() - 5, 16), Qt::AlignRight | Qt::AlignVCenter,
                          text);
