@@ -257,6 +257,19 @@ Answer catalogToZrt(const CatalogInput &input)
     return answer;
 }
 
+namespace {
+
+QString countedTwiceNote(const ZrtInput &input, qint64 point)
+{
+    if (point < 1 || pointOfTime(input.time, input.tres) != QString::number(point))
+        return {};
+    return "<p><span class='red'>alfa Kest takes the time as that of point 0 and adds "
+           "the point: here the time is that of the point already, which counts "
+           "twice!</span>";
+}
+
+} // namespace
+
 Answer zrtToCatalog(const ZrtInput &input)
 {
     const QString name = "From ZRT to catalog";
@@ -312,11 +325,7 @@ Answer zrtToCatalog(const ZrtInput &input)
                  answer);
     else
         answer.report += carriedNote("delta", input.delta, 90);
-    if (point > 0 && pointOfTime(input.time, input.tres) == QString::number(point))
-        answer.report +=
-            "<p><span class='red'>alfa Kest takes the time as that of point 0 and adds "
-            "the point: here the time is that of the point already, which counts "
-            "twice!</span>";
+    answer.report += countedTwiceNote(input, point);
     return answer;
 }
 
