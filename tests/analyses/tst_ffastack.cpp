@@ -275,7 +275,9 @@ void TestFfaStack::marks()
     // One day in thirty.
     std::vector<FourierDay> days = daysOf(30, {});
     days[7] = dayOf(7, {7.3, 40});
-    FourierStack stack = combineFfaDays(days, {});
+    FourierDaysChoice low;
+    low.threshold = 4;
+    FourierStack stack = combineFfaDays(days, low);
     QVERIFY(!stack.lines.empty());
     QVERIFY(stack.lines.front().isFewDays && stack.lines.front().marks().contains("few days"));
 

@@ -250,7 +250,7 @@ TrialSignificance bestSignificance(const std::vector<double> &stack, int trials,
 double countOfPeriodTrials(const FfaTrials &trials, double days)
 {
     const int widest = trials.widths.empty() ? 1 : trials.widths.back();
-    const double perDoubling = 0.42 + 0.023 * std::sqrt(days);
+    const double perDoubling = 0.8 + 0.05 * std::sqrt(days);
     return std::max(1.0, trials.count() * (1 + perDoubling * std::log2(widest)));
 }
 
