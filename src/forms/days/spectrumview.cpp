@@ -1,7 +1,7 @@
 #include "forms/days/spectrumview.h"
 
 #include "base/timetext.h"
-#include "forms/days/daypicture.h"
+#include "forms/days/daysview.h"
 #include "forms/days/fouriergrafikinfo.h"
 #include "forms/days/stackplot.h"
 #include "forms/days/stacktexts.h"
@@ -39,7 +39,7 @@ SpectrumView::SpectrumView(const StackTexts &texts, QWidget *parent)
     auto *const middle = new QSplitter(Qt::Vertical, this);
     middle->setObjectName("pictures");
     middle->setChildrenCollapsible(false);
-    picture = new DayPicture(texts, middle);
+    picture = new DaysView(texts, middle);
     picture->setObjectName("dayPicture");
     grafik = new PulsarGrafik(middle);
     grafik->setObjectName("grafik");
@@ -55,9 +55,9 @@ SpectrumView::SpectrumView(const StackTexts &texts, QWidget *parent)
 
     connect(grafik, &PulsarGrafik::coordsChanged, this,
             [this](const QPointF &coords) { pointAt(coords.x(), -1); });
-    connect(picture, &DayPicture::pointed, this,
+    connect(picture, &DaysView::pointed, this,
             [this](int day, double index) { pointAt(index, day); });
-    connect(picture, &DayPicture::dayClicked, this, &SpectrumView::dayClicked);
+    connect(picture, &DaysView::dayClicked, this, &SpectrumView::dayClicked);
     connect(grafik, &PulsarGrafik::fundamentalChanged, this, &SpectrumView::markedFrequencyChanged);
     connect(info, &FourierGrafikInfo::lineChosen, this, &SpectrumView::goTo);
 
@@ -83,7 +83,7 @@ void SpectrumView::showStack(const DayList &days, const std::vector<bool> &chose
     else
         grafik->setData(stackPlot(stack, source));
     markPeriod();
-    std::vector<DayPicture::Row> rows;
+    std::vector<DaysView::Row> rows;
     for (std::size_t i = 0; i < days->size(); ++i) {
         const Days::FourierDay &day = (*days)[i];
         const std::vector<float> &row = rowOf(int(i));

@@ -8,7 +8,7 @@
 #include <vector>
 
 class QAction;
-class DayPicture;
+class DaysView;
 struct StackTexts;
 class FourierGrafikInfo;
 class PulsarGrafik;
@@ -83,7 +83,7 @@ private:
     QStringList placeText(double bin) const;
     QString coordsText(double index, int day) const;
 
-    DayPicture *picture = nullptr;
+    DaysView *picture = nullptr;
     PulsarGrafik *grafik = nullptr;
     FourierGrafikInfo *info = nullptr;
     DayList shownDays;

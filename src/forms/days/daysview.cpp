@@ -1,4 +1,4 @@
-#include "forms/days/daypicture.h"
+#include "forms/days/daysview.h"
 
 #include "base/timetext.h"
 #include "picture/colourmap.h"
@@ -39,45 +39,45 @@ float highestShown(std::vector<float> values, float leastHighest)
 
 } // namespace
 
-DayPicture::DayPicture(const StackTexts &texts, QWidget *parent) : QWidget(parent), words(texts)
+DaysView::DaysView(const StackTexts &texts, QWidget *parent) : QWidget(parent), words(texts)
 {
     setMouseTracking(true);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
 }
 
-void DayPicture::setPlot(PulsarGrafik *plotBelow)
+void DaysView::setPlot(PulsarGrafik *plotBelow)
 {
     plot = plotBelow;
-    connect(plot, &PulsarGrafik::viewChanged, this, &DayPicture::renew);
+    connect(plot, &PulsarGrafik::viewChanged, this, &DaysView::renew);
     connect(plot, &PulsarGrafik::fundamentalChanged, this, qOverload<>(&QWidget::update));
 }
 
-void DayPicture::setRows(std::vector<Row> newRows, std::shared_ptr<const void> keeper)
+void DaysView::setRows(std::vector<Row> newRows, std::shared_ptr<const void> keeper)
 {
     rows = std::move(newRows);
     owner = std::move(keeper);
     renew();
 }
 
-void DayPicture::markDay(int day)
+void DaysView::markDay(int day)
 {
     markedDay = day;
     update();
 }
 
-QRect DayPicture::area() const
+QRect DaysView::area() const
 {
     return {Plot::marginLeft, marginTop, width() - Plot::marginLeft - Plot::marginRight,
             height() - marginTop - marginBottom};
 }
 
-void DayPicture::renew()
+void DaysView::renew()
 {
     imageIsStale = true;
     update();
 }
 
-void DayPicture::renewImage()
+void DaysView::renewImage()
 {
     imageIsStale = false;
     const QSize size = area().size() * devicePixelRatioF();
@@ -104,12 +104,12 @@ void DayPicture::renewImage()
     }
 }
 
-void DayPicture::resizeEvent(QResizeEvent * /*event*/)
+void DaysView::resizeEvent(QResizeEvent * /*event*/)
 {
     renew();
 }
 
-void DayPicture::paintEvent(QPaintEvent * /*event*/)
+void DaysView::paintEvent(QPaintEvent * /*event*/)
 {
     if (imageIsStale)
         renewImage();
@@ -134,7 +134,7 @@ void DayPicture::paintEvent(QPaintEvent * /*event*/)
 }
 
 // The days at the left, as many as there is room for.
-void DayPicture::paintRows(QPainter &painter) const
+void DaysView::paintRows(QPainter &painter) const
 {
     const QRect inner = area();
     painter.setPen(Qt::black);
@@ -161,7 +161,7 @@ void DayPicture::paintRows(QPainter &painter) const
 }
 
 // What the plot shows, over the height of the picture.
-Plot::View DayPicture::view() const
+Plot::View DaysView::view() const
 {
     const PulsarGrafik::VisibleRange shown = plot->visibleRange();
     Plot::View view;
@@ -174,7 +174,7 @@ Plot::View DayPicture::view() const
 }
 
 // Pale where the stack does not count, as in the plot.
-void DayPicture::paintLeftOut(QPainter &painter) const
+void DaysView::paintLeftOut(QPainter &painter) const
 {
     if (!plot || plot->data().messageMode)
         return;
@@ -190,7 +190,7 @@ void DayPicture::paintLeftOut(QPainter &painter) const
     }
 }
 
-void DayPicture::paintHarmonics(QPainter &painter) const
+void DaysView::paintHarmonics(QPainter &painter) const
 {
     if (!plot || !plot->fundamental())
         return;
@@ -207,7 +207,7 @@ void DayPicture::paintHarmonics(QPainter &painter) const
 }
 
 // Those of the plot below, without their names.
-void DayPicture::paintMarkers(QPainter &painter) const
+void DaysView::paintMarkers(QPainter &painter) const
 {
     if (!plot)
         return;
@@ -221,7 +221,7 @@ void DayPicture::paintMarkers(QPainter &painter) const
     }
 }
 
-void DayPicture::paintScale(QPainter &painter) const
+void DaysView::paintScale(QPainter &painter) const
 {
     const QRect inner = area();
     const QRect bar(width() - Plot::marginRight + 5, inner.top(), barWidth, inner.height());
@@ -242,7 +242,7 @@ void DayPicture::paintScale(QPainter &painter) const
                      painter.fontMetrics().elidedText(title, Qt::ElideRight, left));
 }
 
-std::optional<int> DayPicture::rowAt(const QPoint &pixel) const
+std::optional<int> DaysView::rowAt(const QPoint &pixel) const
 {
     const QRect inner = area();
     if (rows.empty() || !inner.contains(pixel))
@@ -251,7 +251,7 @@ std::optional<int> DayPicture::rowAt(const QPoint &pixel) const
     return std::clamp(int(qint64(pixel.y() - inner.top()) * count / inner.height()), 0, count - 1);
 }
 
-void DayPicture::mousePressEvent(QMouseEvent *event)
+void DaysView::mousePressEvent(QMouseEvent *event)
 {
     pressPoint = event->pos();
     if (!plot)
@@ -260,7 +260,7 @@ void DayPicture::mousePressEvent(QMouseEvent *event)
     Plot::handOn(*event, *plot, 0);
 }
 
-void DayPicture::mouseMoveEvent(QMouseEvent *event)
+void DaysView::mouseMoveEvent(QMouseEvent *event)
 {
     if (!plot)
         return;
@@ -275,7 +275,7 @@ void DayPicture::mouseMoveEvent(QMouseEvent *event)
     emit pointed(rows[std::size_t(*row)].day, index);
 }
 
-void DayPicture::mouseReleaseEvent(QMouseEvent *event)
+void DaysView::mouseReleaseEvent(QMouseEvent *event)
 {
     if (!plot)
         return;
@@ -288,7 +288,7 @@ void DayPicture::mouseReleaseEvent(QMouseEvent *event)
     Plot::handOn(*event, *plot, 1);
 }
 
-void DayPicture::wheelEvent(QWheelEvent *event)
+void DaysView::wheelEvent(QWheelEvent *event)
 {
     if (plot)
         Plot::handOn(*event, *plot);

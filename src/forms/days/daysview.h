@@ -17,14 +17,14 @@ class PulsarGrafik;
 /// above the plot of their stack, whose X axis it shares. It has the plot's left and right
 /// margins, shows its harmonics and what is left out, and hands wheel and drags on to it. Days that
 /// do not count are pale.
-class DayPicture : public QWidget {
+class DaysView : public QWidget {
     Q_OBJECT
 
 public:
-    /// @param texts  outlive the picture
-    explicit DayPicture(const StackTexts &texts, QWidget *parent = nullptr);
+    /// @param texts  outlive the widget
+    explicit DaysView(const StackTexts &texts, QWidget *parent = nullptr);
 
-    /// @param plotBelow  of the same width; outlives the picture
+    /// @param plotBelow  of the same width; outlives the widget
     void setPlot(PulsarGrafik *plotBelow);
 
     struct Row {
