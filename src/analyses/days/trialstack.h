@@ -60,10 +60,10 @@ TrialSignificance bestSignificance(const std::vector<double> &stack, int trials,
                                    const std::vector<Tools::PhaseMaximum> &laws);
 
 /// Independent trials that a search of so many periods at so many widths counts as: with them a
-/// stack of noise has a peak of probability p in a share p of all cases, for p of a twentieth; peaks
-/// that noise has often come up to a third less often. Found by simulation of 1 to 365 days, where
-/// the widest of the widths tells most: the more days, the less the widths have in common, and the
-/// more tell the small differences between trials that no level follows.
+/// stack of noise has a peak of probability p in a share p of all cases, for p of a twentieth;
+/// peaks that noise has often come up to a third less often. Found by simulation of 1 to 365 days,
+/// where the widest of the widths tells most: the more days, the less the widths have in common,
+/// and the more tell the small differences between trials that no level follows.
 double countOfPeriodTrials(const FfaTrials &trials, double days);
 
 /// A peak of the stack.
