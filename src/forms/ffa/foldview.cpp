@@ -109,7 +109,7 @@ QSize FoldView::sizeHint() const
 
 QSize FoldView::minimumSizeHint() const
 {
-    return {280, 220};
+    return {280, 150};
 }
 
 void FoldView::paintEvent(QPaintEvent * /*event*/)
