@@ -21,7 +21,7 @@ Problems checkFold(const ObservationData &header, const PulsarParameters &given)
 {
     const Problems problems = checkChannel(header, given);
     if (!problems.empty())
-        return problems;
+        return joinProblems({problems, checkCut(header, given.cut)});
     return joinProblems(
         {checkFoldPeriod(header, given, foldPoints(header, given)), checkCut(header, given.cut)});
 }

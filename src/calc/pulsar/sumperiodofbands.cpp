@@ -30,7 +30,7 @@ Problems checkFoldSum(const ObservationData &header, const PulsarParameters &giv
 {
     const Problems problems = checkSumOf(shortestFold, header, given);
     if (!problems.empty())
-        return problems;
+        return joinProblems({problems, checkCut(header, given.cut)});
     const int count = foldSumPoints(header, given);
     if (count < shortestFold)
         return {{"dispersion", QString("Dispersion %1 leaves %2 points with every band after the "

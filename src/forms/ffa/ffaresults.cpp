@@ -17,7 +17,9 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QScrollBar>
 #include <QSignalBlocker>
 
 FfaResults::FfaResults(QWidget *parent)
@@ -61,6 +63,7 @@ void FfaResults::showSearch(const std::vector<FfaCandidate> &candidates,
     savePath = path;
     ui->noiseMaximum->setText(noise);
     fillTable(candidates);
+    fitTexts();
 
     const int before = shownWidth();
     ui->widthChoice->clear();
@@ -106,6 +109,30 @@ void FfaResults::showFold(const FfaFold &fold, double length, const QString &tex
     ui->foldView->showFold(fold, length);
     hasFold = true;
     allowRefining();
+}
+
+void FfaResults::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    fitTexts();
+}
+
+// What is told above the table has its height up to some lines and scrolls beyond them, so that
+// rows of the table stay in sight.
+void FfaResults::fitTexts()
+{
+    constexpr int mostLines = 7;
+    constexpr int fewestLines = 3;
+    constexpr int rows = 3;
+    const int line = fontMetrics().lineSpacing();
+    const int whole = ui->noiseMaximum->heightForWidth(width());
+    ui->noiseArea->setMaximumHeight(std::min(whole, mostLines * line));
+    ui->noiseArea->setMinimumHeight(std::min(whole, fewestLines * line));
+    const TableView &table = *ui->candidates;
+    ui->candidates->setMinimumHeight(table.horizontalHeader()->sizeHint().height() +
+                                     rows * table.verticalHeader()->defaultSectionSize() +
+                                     table.horizontalScrollBar()->sizeHint().height() +
+                                     2 * table.frameWidth());
 }
 
 bool FfaResults::wantsBands() const

@@ -63,7 +63,11 @@ signals:
     void widthChosen(int index);
     void refineRequested();
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
+    void fitTexts();
     void allowRefining();
     void fillTable(const std::vector<FfaCandidate> &candidates);
     void addFoldCommand(const QString &text, void (FfaResults::*run)());

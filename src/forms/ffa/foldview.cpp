@@ -38,8 +38,12 @@ QImage greyPicture(const std::vector<float> &rows, int bins)
     return picture;
 }
 
+// A text that would touch the one above it in a low frame is left out.
 void drawText(QPainter &painter, const QRect &frame, int alignment, const QString &text)
 {
+    const int lines = alignment & Qt::AlignVCenter ? 3 : alignment & Qt::AlignBottom ? 2 : 1;
+    if (lines > 1 && frame.height() < lines * painter.fontMetrics().height())
+        return;
     painter.drawText(frame, alignment | Qt::TextDontClip, text);
 }
 
@@ -106,7 +110,7 @@ QSize FoldView::sizeHint() const
 
 QSize FoldView::minimumSizeHint() const
 {
-    return {280, 220};
+    return {280, 150};
 }
 
 void FoldView::paintEvent(QPaintEvent * /*event*/)

@@ -125,7 +125,7 @@ QString BandpassView::titleOf(const QString &name, const std::vector<double> &va
     if (!scale)
         return name;
     const auto number = [](double value) { return QString::number(value, 'g', 4); };
-    return QString("%1: %2 +- %3")
+    return QString("%1: %2, scale +- %3")
         .arg(name, number((scale->min + scale->max) / 2), number(scale->extent() / 2));
 }
 

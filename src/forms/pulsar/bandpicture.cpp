@@ -109,11 +109,10 @@ void BandPicture::paintEvent(QPaintEvent * /*event*/)
                          QColor(Plot::colourOfValue(value, low, high)));
     }
     const QRect line(4, 0, width() - 8, marginTop);
-    painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter, "MHz; phase against frequency");
-    painter.drawText(line, Qt::AlignRight | Qt::AlignVCenter,
-                     QString("%1 to %2 sigma of a sample")
-                         .arg(double(low), 0, 'f', 2)
-                         .arg(double(high), 0, 'f', 2));
+    painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter, "MHz");
+    painter.drawText(
+        line, Qt::AlignRight | Qt::AlignVCenter,
+        QString("%1 to %2 sigma").arg(double(low), 0, 'f', 2).arg(double(high), 0, 'f', 2));
 }
 
 void BandPicture::mouseMoveEvent(QMouseEvent *event)
