@@ -43,6 +43,12 @@ MainWindow *Settings::mainWindow()
 MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent), ui(new Ui::MainWindow)
 {
     ui->setupUi(this);
+    for (QAction *const action : {ui->actionFFA_map, ui->actionSearchFFA}) {
+        if (FourierForm::canOpen(1, action == ui->actionFFA_map, action == ui->actionSearchFFA)) {
+            action->setEnabled(true);
+            action->setToolTip("The same with folds instead of spectra");
+        }
+    }
     clipboard = QApplication::clipboard();
     connectActions();
 
@@ -173,6 +179,14 @@ void MainWindow::openDirectory(const QString &caption, Arguments... arguments)
 {
     if (const QString path = askForDirectory(caption); !path.isEmpty())
         new Form(path, arguments..., this);
+}
+
+void MainWindow::openDays(int ffa, int map, int search)
+{
+    if (const QString path = askForDirectory("Pulsar directory"); !path.isEmpty()) {
+        const auto *const form = new FourierForm(path, ffa, map, search, this);
+        connect(this, &MainWindow::mainWindowSizeChanged, form, &FourierForm::fitToWindow);
+    }
 }
 
 // Opens without asking. Not while a loop of the form is on the stack, or a dialog of it.
@@ -309,7 +323,7 @@ void MainWindow::openDirArrays()
 
 void MainWindow::openDirSumFourier()
 {
-    openDirectory<FourierForm>("Pulsar directory", 0, 0, 0);
+    openDays(0, 0, 0);
 }
 
 void MainWindow::openFileFFA()
@@ -347,7 +361,7 @@ void MainWindow::openFileTransients()
 
 void MainWindow::openDirSumFourierMap()
 {
-    sayNotBuilt("Sum of signals: Fourier - map");
+    openDays(0, 1, 0);
 }
 
 void MainWindow::openDirSumFfa()
@@ -357,17 +371,17 @@ void MainWindow::openDirSumFfa()
 
 void MainWindow::openDirSumFfaMap()
 {
-    sayNotBuilt("Sum of signals: FFA - map");
+    openDays(1, 1, 0);
 }
 
 void MainWindow::openDirSearchFourier()
 {
-    sayNotBuilt("Search: Fourier");
+    openDays(0, 0, 1);
 }
 
 void MainWindow::openDirSearchFFA()
 {
-    sayNotBuilt("Search: FFA");
+    openDays(1, 0, 1);
 }
 
 void MainWindow::openDirProfilesPeriods()

@@ -11,6 +11,7 @@ struct DayRow {
     QDateTime begin;      ///< UTC of the first point; invalid for a recording that gives no day
     QString name;         ///< of the recording that gives no day
     bool canCount = true; ///< false: it has no check box
+    bool isFixed = false; ///< counts by a rule: it has no check box either
     bool isOn = true;
     double sigma = 0;  ///< of the series less its base line; 0: not known yet
     double power = -1; ///< at the frequency under the cursor; below 0: unknown

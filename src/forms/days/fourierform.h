@@ -11,6 +11,7 @@
 
 class DaysModel;
 class LastValues;
+class SkyPage;
 class SpectrumView;
 namespace Ui {
 class FourierForm;
@@ -18,7 +19,8 @@ class FourierForm;
 
 /// Spectra of one place of the sky on all days of a directory, and their stack: inputs and the list
 /// of days on the left, the pictures in the middle, what is told of them on the right. Recordings
-/// are read once; a day that is switched only changes the stack.
+/// are read once; a day that is switched only changes the stack. Maps and searches have a page of
+/// their own.
 class FourierForm : public DirectoryForm {
     Q_OBJECT
 
@@ -32,17 +34,23 @@ public:
     FourierForm(const QString &directory, int ffa, int map, int search, QWidget *parent);
     ~FourierForm() override;
 
+    /// Whether there is an analysis for these flags of a map or a search.
+    static bool canOpen(int ffa, int map, int search);
+
 public slots:
     /// Reads the days beside the window and ends the reading that runs. Inputs with problems are
     /// not computed: the first such field gets the focus.
     void compute();
     void copyCommand();
+    /// Maps that have no size of their own follow the window.
+    void fitToWindow();
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
     void recordingsRead() override;
 
 private:
+    void showSky(const SurveyFlags &flags);
     void connectInputs();
     void fillPresets();
     void chooseStart();
@@ -79,6 +87,7 @@ private:
     void saveTables();
     std::vector<std::pair<QString, Results::ResultTable>> tables() const;
 
+    SkyPage *sky = nullptr; // of maps and searches, in place of all that follows
     const std::unique_ptr<Ui::FourierForm> ui;
     std::unique_ptr<LastValues> lastValues;
     SpectrumView *view = nullptr;

@@ -12,6 +12,7 @@
 #include "forms/days/interferencedialog.h"
 #include "forms/days/linesmodel.h"
 #include "forms/days/spectrumview.h"
+#include "forms/sky/skypage.h"
 #include "picture/ticks.h"
 #include "plot/savedialog.h"
 #include "ui_fourierform.h"
@@ -294,6 +295,10 @@ QStringList FourierForm::daysOff() const
 
 void FourierForm::copyCommand()
 {
+    if (sky) {
+        sky->copyCommand();
+        return;
+    }
     std::vector<FieldProblem> problems;
     const Days::FourierDaysParameters parameters = readParameters(problems);
     showProblems(problems);

@@ -90,11 +90,16 @@ void FourierGrafikInfo::setUsed(const QString &text)
     ui->used->setText(text);
 }
 
-void FourierGrafikInfo::showOnlyLines()
+void FourierGrafikInfo::hideButtons()
 {
     for (QPushButton *const button :
          {ui->leaveOut, ui->interference, ui->saveSpectra, ui->saveTables})
         button->hide();
+}
+
+void FourierGrafikInfo::showOnlyLines()
+{
+    hideButtons();
     ui->growth->hide();
 }
 

@@ -22,7 +22,9 @@ public:
     /// Shows the lines of a stack; the chosen one stays the one of the same frequency.
     void setStack(const Days::FourierStack &newStack);
     void setUsed(const QString &text);
-    /// Leaves out what is told of several days, and the buttons of lists and files.
+    /// Leaves out the buttons of lists and files.
+    void hideButtons();
+    /// Leaves out what is told of several days as well.
     void showOnlyLines();
 
     /// Index of the chosen line; -1: none.
