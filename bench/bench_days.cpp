@@ -1,3 +1,5 @@
+#include "analyses/days/ffaday.h"
+#include "analyses/days/ffastack.h"
 #include "analyses/days/fourierdays.h"
 #include "analyses/days/powerstack.h"
 
@@ -111,6 +113,31 @@ BENCHMARK(recombine)
     ->Args({300, 8192, 10})
     ->Args({300, 16384, 10})
     ->Unit(benchmark::kMillisecond);
+
+void periodogramOfADay(benchmark::State &state)
+{
+    const DayStretch stretch = noiseStretch(0, int(state.range(0)));
+    FourierDaysParameters parameters;
+    parameters.points = int(state.range(0));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(ffaOfDay(stretch, parameters));
+}
+BENCHMARK(periodogramOfADay)->Arg(8192)->Arg(16384)->Unit(benchmark::kMillisecond);
+
+// The same of periodograms, turned to the barycentre.
+void recombineFfa(benchmark::State &state)
+{
+    FourierDaysParameters parameters;
+    parameters.points = int(state.range(1));
+    std::vector<FourierDay> days;
+    for (int day = 0; day < int(state.range(0)); ++day)
+        days.push_back(ffaOfDay(noiseStretch(day, parameters.points), parameters));
+    FourierDaysChoice choice;
+    choice.direction = {1.2, 0.9};
+    for (auto _ : state)
+        benchmark::DoNotOptimize(combineFfaDays(days, choice));
+}
+BENCHMARK(recombineFfa)->Args({300, 8192})->Args({300, 16384})->Unit(benchmark::kMillisecond);
 
 void rule(benchmark::State &state)
 {

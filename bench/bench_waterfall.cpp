@@ -1,6 +1,6 @@
 #include "calc/banddelays.h"
 #include "calc/channelsum.h"
-#include "calc/levelsteps.h"
+#include "calc/leveljumps.h"
 #include "calc/waterfall.h"
 #include "picture/colourmap.h"
 
@@ -99,7 +99,7 @@ void levelStepsOfOneChannel(benchmark::State &state)
 {
     const ObservationData data = makeRecording(int(state.range(0)), 1);
     for (auto _ : state)
-        benchmark::DoNotOptimize(Tools::findLevelSteps(data.samples[0][0][0], data.npoints));
+        benchmark::DoNotOptimize(Tools::findLevelJumps(data.samples[0][0][0], data.npoints));
 }
 
 void sizes(benchmark::internal::Benchmark *benchmark)

@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QFile>
 #include <QScreen>
+#include <QStyle>
 #include <QTextStream>
 #include <QTimer>
 
@@ -20,6 +21,16 @@ QStringList argumentsOf(int argc, char **argv)
     for (int i = 0; i < argc; ++i)
         arguments << QFile::decodeName(argv[i]);
     return arguments;
+}
+
+// A first window has its status bar in sight on small screens too, below the title bar that the
+// desktop puts on it.
+void fitScreen(QWidget &window)
+{
+    constexpr int border = 2; // pixels
+    const int title = window.style()->pixelMetric(QStyle::PM_TitleBarHeight) + border;
+    const QSize room = window.screen()->availableSize() - QSize(2 * border, title + border);
+    window.resize(window.size().boundedTo(room));
 }
 
 } // namespace
@@ -41,10 +52,8 @@ int main(int argc, char **argv)
 
     MainWindow window;
     window.setWindowTitle("ZRT-Analytics-2");
-    // A first window has its status bar in sight on small screens too.
-    constexpr double mostOfScreen = 0.95;
     if (!Settings::store().contains("geometry"))
-        window.resize(window.size().boundedTo(window.screen()->availableSize() * mostOfScreen));
+        fitScreen(window);
     window.show();
     if (!line.paths.isEmpty())
         QTimer::singleShot(0, &window, [&] { window.openPaths(line.paths); });

@@ -43,12 +43,6 @@ MainWindow *Settings::mainWindow()
 MainWindow::MainWindow(QWidget *parent) : QMainWindow(parent), ui(new Ui::MainWindow)
 {
     ui->setupUi(this);
-    for (QAction *const action : {ui->actionFFA_map, ui->actionSearchFFA}) {
-        if (FourierForm::canOpen(1, action == ui->actionFFA_map, action == ui->actionSearchFFA)) {
-            action->setEnabled(true);
-            action->setToolTip("The same with folds instead of spectra");
-        }
-    }
     clipboard = QApplication::clipboard();
     connectActions();
 
@@ -366,12 +360,12 @@ void MainWindow::openDirSumFourierMap()
 
 void MainWindow::openDirSumFfa()
 {
-    sayNotBuilt("Sum of signals: FFA");
+    openDays(1, 0, 0);
 }
 
 void MainWindow::openDirSumFfaMap()
 {
-    openDays(1, 1, 0);
+    sayNotBuilt("Sum of signals: FFA - map");
 }
 
 void MainWindow::openDirSearchFourier()
@@ -381,7 +375,7 @@ void MainWindow::openDirSearchFourier()
 
 void MainWindow::openDirSearchFFA()
 {
-    openDays(1, 0, 1);
+    sayNotBuilt("Search: FFA");
 }
 
 void MainWindow::openDirProfilesPeriods()

@@ -110,7 +110,7 @@ private:
     QPointer<QWidget> commandForm;
     QPointer<QAction> formCommand;
     bool formTakesDirectory = false;
-    // Of the command whose slot runs: the path it took, and the form that was there before.
+    // The command whose slot runs has taken this path; the form was there before it.
     QString takenPath;
     QPointer<QWidget> formBefore;
 };

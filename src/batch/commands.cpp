@@ -86,7 +86,7 @@ void addSizeOption(CLI::App &command, std::string &size)
 {
     command
         .add_option("--size", size,
-                    "Of the picture, in pixels. 800x500@3 draws a PNG of that size with three "
+                    "Size of the picture, in pixels. 800x500@3 draws a PNG of that size with three "
                     "times the pixels each way, as the forms save it.")
         ->type_name("WxH")
         ->capture_default_str()

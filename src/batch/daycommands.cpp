@@ -39,11 +39,11 @@ struct DaysArguments : TableArguments {
     bool savesSpectra = false;
 };
 
-void addFields(CLI::App &command, const FourierDaysAnalysis &analysis, bool isSurvey,
-               DaysArguments &arguments)
+void addSeriesFields(CLI::App &command, const FourierDaysAnalysis &analysis,
+                     DaysArguments &arguments)
 {
     for (const FourierDaysField *field : analysis.fields) {
-        if (!isSurvey || analysis.seriesOptions.contains(field->option))
+        if (analysis.seriesOptions.contains(field->option))
             arguments.options.add(command, *field);
     }
 }
@@ -78,7 +78,8 @@ void addStackOptions(CLI::App &command, DaysArguments &arguments)
                     "user's own list.")
         ->type_name("FILE");
     command.add_flag("--save-spectra", arguments.savesSpectra,
-                     "Write the whitened spectra of the days as a result file.");
+                     "Write the whitened spectra of the days, with --ffa their periodograms too, "
+                     "as a result file.");
 }
 
 DaysRequest requestOf(const DaysArguments &arguments)
@@ -109,7 +110,7 @@ void addSurvey(CLI::App &app, Chosen &chosen, const FourierDaysAnalysis &analysi
     CLI::App *const command = app.add_subcommand(Days::surveyCommand, surveyManual);
     command->footer(surveyExamples);
     const auto arguments = std::make_shared<DaysArguments>();
-    addFields(*command, analysis, true, *arguments);
+    addSeriesFields(*command, analysis, *arguments);
     addDaysOptions(*command, *arguments);
     command->add_option("--part", arguments->part, "Every N-th day only, from the K-th on.")
         ->type_name("K/N")
@@ -123,13 +124,17 @@ void addSurvey(CLI::App &app, Chosen &chosen, const FourierDaysAnalysis &analysi
     });
 }
 
-void addAnalysis(CLI::App &app, Chosen &chosen, const FourierDaysAnalysis &analysis)
+void addStack(CLI::App &app, Chosen &chosen)
 {
+    const FourierDaysAnalysis &first = Days::fourierDaysAnalyses().front();
     CLI::App *const command =
-        app.add_subcommand(analysis.command.toStdString(), analysis.manual.toStdString());
-    command->footer(analysis.examples.toStdString());
+        app.add_subcommand(first.command.toStdString(), first.manual.toStdString());
+    command->footer(first.examples.toStdString());
     const auto arguments = std::make_shared<DaysArguments>();
-    addFields(*command, analysis, false, *arguments);
+    std::vector<const FourierDaysAnalysis *> analyses;
+    for (const FourierDaysAnalysis &analysis : Days::fourierDaysAnalyses())
+        analyses.push_back(&analysis);
+    addFieldsOfAll(*command, analyses, arguments->options);
     addDaysOptions(*command, *arguments);
     addStackOptions(*command, *arguments);
     addRunOptions(*command, *arguments, foldersHelp, "DIR");
@@ -148,8 +153,7 @@ void addAnalysis(CLI::App &app, Chosen &chosen, const FourierDaysAnalysis &analy
 void addDayCommands(CLI::App &app, Chosen &chosen)
 {
     addSurvey(app, chosen, Days::fourierDaysAnalyses().front());
-    for (const FourierDaysAnalysis &analysis : Days::fourierDaysAnalyses())
-        addAnalysis(app, chosen, analysis);
+    addStack(app, chosen);
 }
 
 } // namespace Batch

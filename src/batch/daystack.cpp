@@ -6,7 +6,7 @@
 #include <QFileInfo>
 #include <algorithm>
 
-// stack: spectra of all days, which of them count, and their sum.
+// stack: spectra or periodograms of all days, which of them count, and their sum.
 
 namespace Batch {
 
@@ -36,9 +36,10 @@ public:
 private:
     qint64 memory() const
     {
-        const Days::FourierDaysAnalysis &analysis = Days::fourierDaysAnalyses().front();
         const qint64 products =
-            analysis.bytes(parameters, int(found.plan.list.days.size())) * found.plan.rays;
+            Days::analysisOf(parameters)
+                .bytes(parameters, found.plan.header, int(found.plan.list.days.size())) *
+            found.plan.rays;
         const qint64 bands = qint64(found.plan.header.fbands.size()) + 1;
         const qint64 points = qint64(parameters.points) + found.plan.choice.pointsAfter +
                               found.plan.choice.pointsBefore;
@@ -149,9 +150,8 @@ ExitCode stackDays(const DaysRequest &request, const RunOptions &options)
         printError(failure.text);
         return failure.code;
     }
-    Days::FourierDaysParameters parameters = request.parameters;
-    parameters.module = found.plan.choice.module;
-    parameters.ray = found.plan.choice.ray;
+    const Days::FourierDaysParameters parameters =
+        Days::usedParameters(request.parameters, found.plan);
     const StackFiles files(request, found, parameters, interference);
     const StackWork stack(request, found, parameters, interference, files, options);
     return runWork(stack.work(), {files.input()}, options);

@@ -22,9 +22,11 @@ constexpr int mostNamed = 3; // recordings or days of one reason
 // The option of the field that a refusal concerns.
 QString optionOf(const QString &fieldName)
 {
-    for (const Days::FourierDaysField &field : Days::fourierDaysFields()) {
-        if (field.name == fieldName)
-            return field.option + ": ";
+    for (const Days::FourierDaysAnalysis &analysis : Days::fourierDaysAnalyses()) {
+        for (const Days::FourierDaysField *field : analysis.fields) {
+            if (field->name == fieldName)
+                return field->option + ": ";
+        }
     }
     return {};
 }

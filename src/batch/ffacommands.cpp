@@ -156,7 +156,7 @@ constexpr auto ffaManual =
     "Searches rays for periodic pulses with the fast folding algorithm, over periods, widths\n"
     "and dispersions, as the FFA form: a table of candidates, the strongest first. The period\n"
     "range and the running median are those that the form presets for the length of the\n"
-    "recording unless they are given. Of a period found at several dispersions of a ray the\n"
+    "recording unless they are given. Where a ray gives a period at several dispersions, the\n"
     "strongest remains. Candidates above --threshold are listed; without it, above what noise\n"
     "alone is expected to reach in one search, so that of many searches of noise about half\n"
     "give one. The remark names harmonics of a stronger candidate, mains hum with the\n"

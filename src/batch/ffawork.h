@@ -32,8 +32,8 @@ struct FfaRequest {
     OutputOptions output;
 };
 
-/// Tables of candidates, the strongest first. Of a period found at several dispersions of a ray
-/// the strongest remains.
+/// Tables of candidates, the strongest first. Where a ray gives a period at several
+/// dispersions, the strongest remains.
 Work ffaWork(const FfaRequest &request);
 
 } // namespace Batch

@@ -3,6 +3,7 @@
 #include "calc/analysis.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <map>
 #include <string>
 #include <vector>
@@ -87,5 +88,39 @@ private:
     std::map<bool *, bool> switches;
     std::map<std::array<double, 4> *, std::vector<double>> lists;
 };
+
+/// Adds the options of all analyses of a command. What one of them alone reads goes with the option
+/// that chooses it, or not with that of another.
+///
+/// @param analyses  first that which no option chooses
+template <typename Analysis, typename Parameters>
+void addFieldsOfAll(CLI::App &command, const std::vector<const Analysis *> &analyses,
+                    FieldOptions<Parameters> &options)
+{
+    std::map<QString, CLI::Option *> added;
+    for (const Analysis *analysis : analyses) {
+        for (const Field<Parameters> *field : analysis->fields) {
+            CLI::Option *&option = added[field->option];
+            if (!option)
+                option = options.add(command, *field);
+        }
+    }
+    const auto reads = [](const Analysis &analysis, const QString &option) {
+        return std::any_of(
+            analysis.fields.begin(), analysis.fields.end(),
+            [&option](const Field<Parameters> *field) { return field->option == option; });
+    };
+    for (const Analysis *analysis : analyses) {
+        if (analysis->chosenBy.isEmpty())
+            continue;
+        CLI::Option *const choice = added[analysis->chosenBy];
+        for (const auto &[name, option] : added) {
+            if (!reads(*analysis, name))
+                option->excludes(choice);
+            else if (option != choice && !reads(*analyses.front(), name))
+                option->needs(choice);
+        }
+    }
+}
 
 } // namespace Batch

@@ -125,7 +125,7 @@ void addPlot(CLI::App &app, Chosen &chosen)
                     "  zrt-batch plot --kind pdf --size 800x500 demo.pnt.fourier.paper.txt");
     addRunOptions(*command, *arguments, "Results of zrt-batch, or @LIST with one path a line.");
     addFolder(*command, arguments->folder);
-    command->add_option("--kind", arguments->kind, "Of the pictures: png, svg or pdf.")
+    command->add_option("--kind", arguments->kind, "Kind of the pictures: png, svg or pdf.")
         ->type_name("KIND")
         ->capture_default_str()
         ->check(CLI::IsMember({"png", "svg", "pdf"}));

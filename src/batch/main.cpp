@@ -20,7 +20,7 @@ const char manual[] =
     "\n"
     "Exit codes: 0 done or skipped, 64 bad command line, 65 bad data, 66 no such input, 73 an\n"
     "output cannot be made, 74 reading or writing failed, 75 stopped or out of memory, try\n"
-    "again. Of several failures the first in the order of the inputs counts.";
+    "again. After several failures the first in the order of the inputs counts.";
 
 // Debug lines of the computations; what matters of them is reported in plain words.
 void hideDebugLines(QtMsgType type, const QMessageLogContext &, const QString &text)

@@ -40,7 +40,7 @@ const PulsarAnalysis &chosenAnalysis(const CLI::App &command)
         if (analysis.command.toStdString() != command.get_name())
             continue;
         if (analysis.chosenBy.isEmpty()) {
-            // Of two names of one analysis the form has the last.
+            // Where an analysis has two names the form shows the last.
             chosen = &analysis;
             continue;
         }

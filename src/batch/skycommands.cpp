@@ -66,14 +66,16 @@ SkyRequest requestOf(const SkyArguments &arguments, const Sky::SkyAnalysis &anal
     return request;
 }
 
+// Adds a command and what its --ffa chooses.
 void addAnalysis(CLI::App &app, Chosen &chosen, const Sky::SkyAnalysis &analysis)
 {
+    const Sky::SkyAnalysis &folding =
+        *Sky::findSkyAnalysis({true, analysis.flags.map, analysis.flags.search});
     CLI::App *const command =
         app.add_subcommand(analysis.command.toStdString(), analysis.manual.toStdString());
     command->footer(analysis.examples.toStdString());
     const auto arguments = std::make_shared<SkyArguments>();
-    for (const Sky::SkyField *field : analysis.fields)
-        arguments->options.add(*command, *field);
+    addFieldsOfAll(*command, std::vector{&analysis, &folding}, arguments->options);
     addSkyOptions(*command, *arguments);
     if (analysis.flags.map)
         command
@@ -86,11 +88,13 @@ void addAnalysis(CLI::App &app, Chosen &chosen, const Sky::SkyAnalysis &analysis
                   "sub-folders.",
                   "DIR");
     addOutputOptions(*command, *arguments);
-    command->callback([&chosen, arguments, &analysis] {
+    command->callback([&chosen, arguments, &analysis, &folding] {
         arguments->options.takeOver();
         chosen.paints = !arguments->picture.empty();
-        chosen.run = [arguments, &analysis] {
-            return workOnSky(requestOf(*arguments, analysis), runOptionsOf(*arguments));
+        chosen.run = [arguments, &analysis, &folding] {
+            const bool folds = arguments->options.parameters.isFfa;
+            return workOnSky(requestOf(*arguments, folds ? folding : analysis),
+                             runOptionsOf(*arguments));
         };
     });
 }
@@ -99,8 +103,10 @@ void addAnalysis(CLI::App &app, Chosen &chosen, const Sky::SkyAnalysis &analysis
 
 void addSkyCommands(CLI::App &app, Chosen &chosen)
 {
-    for (const Sky::SkyAnalysis &analysis : Sky::skyAnalyses())
-        addAnalysis(app, chosen, analysis);
+    for (const Sky::SkyAnalysis &analysis : Sky::skyAnalyses()) {
+        if (analysis.chosenBy.isEmpty())
+            addAnalysis(app, chosen, analysis);
+    }
 }
 
 } // namespace Batch

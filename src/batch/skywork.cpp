@@ -1,6 +1,7 @@
 #include "batch/skywork.h"
 
 #include "analyses/days/stacktables.h"
+#include "analyses/sky/skyproduct.h"
 #include "analyses/sky/skyrun.h"
 #include "analyses/sky/skytables.h"
 #include "batch/dayswork.h"
@@ -84,15 +85,16 @@ private:
     }
 
     QString command() const { return request.analysis->command; }
+    QString suffix() const { return plan.product == Sky::Product::Ffa ? "-ffa" : ""; }
     bool isMap() const { return request.analysis->flags.map; }
     bool isPart() const { return request.parts > 1; }
-    QString name() const { return request.name.isEmpty() ? QString(defaultName) : request.name; }
+    QString name() const { return request.name.isEmpty() ? defaultName + suffix() : request.name; }
 
     // The name of a map does not depend on what is in it, so that it is known before the work.
     QString mapPath() const
     {
         Sky::SkyMap map;
-        map.columns = request.parameters.points >> request.parameters.averageCount;
+        map.columns = Sky::methodOf(plan.product).columns(plan);
         map.rows.resize(std::size_t(request.parameters.over == "dms" ? plan.dispersions.size()
                                                                      : std::size_t(plan.starts)));
         QString file = Sky::mapFileName(plan, map, name());
@@ -108,7 +110,7 @@ private:
     QString tablePath() const
     {
         return isMap() ? mapPath()
-                       : outputPath(input(), command(), request.output,
+                       : outputPath(input(), command() + suffix(), request.output,
                                     "candidates." + extensionOf(request.output.format));
     }
 

@@ -49,7 +49,8 @@ QString StackFiles::input() const
 
 QString StackFiles::pathOf(const QString &what, const QString &extension) const
 {
-    return outputPath(input(), "stack", request.output, what + "." + extension);
+    return outputPath(input(), parameters.isFfa ? "stack-ffa" : "stack", request.output,
+                      what + "." + extension);
 }
 
 QString StackFiles::tablePath(const QString &what) const
@@ -57,11 +58,17 @@ QString StackFiles::tablePath(const QString &what) const
     return pathOf(what, extensionOf(request.output.format));
 }
 
+QString StackFiles::curveName() const
+{
+    return parameters.isFfa ? "periods" : "spectrum";
+}
+
 QStringList StackFiles::paths() const
 {
-    QStringList all = {tablePath("spectrum"), tablePath("lines"), tablePath("days")};
+    QStringList all = {tablePath(curveName()), tablePath("lines"), tablePath("days")};
     if (!request.output.picture.isEmpty())
-        all << pathOf("spectrum", request.output.picture) << pathOf("days", request.output.picture);
+        all << pathOf(curveName(), request.output.picture)
+            << pathOf("days", request.output.picture);
     return all;
 }
 
@@ -103,7 +110,7 @@ StackFiles::tablesOf(const Days::DaySpectra &spectra, const Days::StackOutcome &
     table.request = requestLines();
     table.result = Days::stackLines(outcome.stack, found.plan, outcome.choice);
     std::vector<std::pair<QString, ResultTable>> tables = {
-        {"spectrum", table}, {"lines", table}, {"days", table}};
+        {curveName(), table}, {"lines", table}, {"days", table}};
     tables[0].second.columns = Days::spectrumColumns(outcome.stack);
     tables[1].second.columns = Days::linesColumns(outcome.stack);
     tables[2].second.columns =
@@ -121,7 +128,7 @@ Failure StackFiles::addPictures(const Days::DaySpectra &spectra, const Days::Sta
         return {};
     const StackPictureText text = {input(), requestKey(requestLines())};
     const std::pair<QString, Plot::PictureBytes> pictures[] = {
-        {"spectrum", spectrumPicture(outcome.stack, output, text)},
+        {curveName(), curvePicture(outcome.stack, output, text)},
         {"days", daysPicture(spectra.days(), outcome.choice.days, outcome.stack, output, text)}};
     for (const auto &[what, picture] : pictures) {
         const QString path = pathOf(what, output.picture);

@@ -5,8 +5,8 @@
 
 namespace Batch {
 
-/// The files of one stack: tables of its spectrum, its lines and its days, and where wanted
-/// pictures and the spectra of the days.
+/// The files of one stack: tables of its curve, its lines and its days, and where wanted
+/// pictures and the spectra or periodograms of the days.
 class StackFiles {
 public:
     /// All that is given has to outlive this object.
@@ -29,6 +29,7 @@ public:
 private:
     QString pathOf(const QString &what, const QString &extension) const;
     QString tablePath(const QString &what) const;
+    QString curveName() const; // of the stack over its axis
     std::vector<Results::HeaderLine> requestLines() const;
     std::vector<std::pair<QString, Results::ResultTable>>
     tablesOf(const Days::DaySpectra &spectra, const Days::StackOutcome &outcome) const;

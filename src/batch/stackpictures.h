@@ -11,11 +11,11 @@ struct StackPictureText {
     QString key;  ///< kept in the file, see requestKey()
 };
 
-/// The significance of every bin of a stack.
-Plot::PictureBytes spectrumPicture(const Days::FourierStack &stack, const OutputOptions &output,
-                                   const StackPictureText &text);
+/// The significance of every bin or period of a stack.
+Plot::PictureBytes curvePicture(const Days::FourierStack &stack, const OutputOptions &output,
+                                const StackPictureText &text);
 
-/// Powers of all days in colours, a row per day.
+/// Powers, or the best S/N, of all days in colours, a row per day.
 ///
 /// @param chosen  which of the days are in the stack
 Plot::PictureBytes daysPicture(const std::vector<Days::FourierDay> &days,

@@ -26,7 +26,7 @@ QString tablePath(const TableRequest &request, const QString &input)
     return outputPath(input, request.command, request.output, extensionOf(request.output.format));
 }
 
-// Of the plot, and of the rows of colours where there are any.
+// The files of the plot, and of the rows of colours where there are any.
 QStringList picturePaths(const TableRequest &request, const QString &input)
 {
     const QString &kind = request.output.picture;

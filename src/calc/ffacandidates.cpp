@@ -1,6 +1,7 @@
 #include "calc/ffacandidates.h"
 
 #include "calc/ffafold.h"
+#include "calc/ffapeaks.h"
 #include "calc/fold.h"
 #include "results/reporttext.h"
 
@@ -14,7 +15,6 @@ namespace Tools {
 namespace {
 
 constexpr float neighbourShare = 0.2F; // of a peak's S/N
-constexpr double gapTurns = 1;         // that ends the neighbourhood of a peak
 constexpr double leastFold = 2.0 / 3;  // of the true S/N, which a pulsar folds to
 constexpr int mostParts = 16;          // of the ratio of two harmonics
 constexpr double noiseFold = 5;        // S/N that a fold of noise hardly reaches
@@ -32,22 +32,6 @@ int bestWidth(const Periodogram &periodogram, int trial)
             best = j;
     }
     return int(best);
-}
-
-// Marks the neighbours of a peak in one direction as taken.
-void takeNeighbours(const FfaSpectrum &spectrum, std::size_t peak, int direction, float lowest,
-                    double turnLength, std::vector<bool> &taken)
-{
-    double lastAbove = 1 / spectrum.periods[peak];
-    const auto end = direction > 0 ? spectrum.periods.size() : std::size_t(-1);
-    for (std::size_t i = peak; i != end; i += std::size_t(direction)) {
-        const double frequency = 1 / spectrum.periods[i];
-        if (std::abs(frequency - lastAbove) * turnLength > gapTurns)
-            return;
-        taken[i] = true;
-        if (spectrum.snr[i] >= lowest)
-            lastAbove = frequency;
-    }
 }
 
 // Names the candidate as a harmonic of one of those before it that is none itself.
@@ -127,19 +111,6 @@ private:
     const FfaResult &result;
     std::vector<double> quiet; // empty: there is no hum
 };
-
-// The peaks above a threshold, the highest first.
-std::vector<std::size_t> peaksAbove(const std::vector<float> &snr, double threshold)
-{
-    std::vector<std::size_t> order;
-    for (std::size_t i = 0; i < snr.size(); ++i) {
-        if (double(snr[i]) > threshold)
-            order.push_back(i);
-    }
-    std::stable_sort(order.begin(), order.end(),
-                     [&snr](std::size_t a, std::size_t b) { return snr[a] > snr[b]; });
-    return order;
-}
 
 FfaCandidate candidateAt(const Periodogram &periodogram, int trial)
 {

@@ -1,6 +1,7 @@
 #include "calc/whitening.h"
 
 #include "calc/localmedian.h"
+#include "calc/significance.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,6 +15,11 @@ constexpr double highestOfNoise = 30;
 // Interpolation between so close values is right to 1e-6.
 constexpr int entriesPerRatio = 64;
 
+int widthOf(int window)
+{
+    return std::max(3, window | 1);
+}
+
 double lawOfMedian(double ratio, int m)
 {
     double sum = 0;
@@ -24,7 +30,7 @@ double lawOfMedian(double ratio, int m)
 
 } // namespace
 
-Whitening::Whitening(int window) : width(std::max(3, window | 1))
+Whitening::Whitening(int window) : width(widthOf(window))
 {
     const int m = (width - 1) / 2;
     do {
@@ -52,6 +58,11 @@ std::vector<float> Whitening::powers(const std::vector<double> &amplitudes) cons
         result[i] = std::isfinite(ratio) ? float(power(ratio * ratio)) : 0.0F;
     }
     return result;
+}
+
+double medianWhitenedPower(double shape, int window)
+{
+    return shape == 1 ? lawOfMedian(1, widthOf(window) / 2) : medianPower(shape);
 }
 
 } // namespace Tools

@@ -366,14 +366,14 @@ QString fieldOf(const QString &parameter)
 }
 
 // The parameters of a search as numbers.
-struct FfaParameters {
+struct PeriodSearch {
     quint64 size = 0;
     double tres = 0;
     double periodMin = 0;
     double periodMax = 0;
 };
 
-QString periodTables(const FfaParameters &search, const FfaInput &input, quint64 rows)
+QString periodTables(const PeriodSearch &search, const FfaInput &input, quint64 rows)
 {
     if (rows > quint64(mostRowsShown))
         return QString("<p>Sorry, there are more than %1 periods in the periodogram - this is too "
@@ -401,9 +401,9 @@ Answer ffaInfo(const FfaInput &input, bool withPeriods)
 {
     const QString name = "FFA info (periodogram size)";
     const std::optional<qint64> size = Tools::typedWhole(input.points);
-    const FfaParameters search = {quint64(std::max<qint64>(0, size.value_or(0))),
-                                  numberOf(input.tres), numberOf(input.periodMin),
-                                  numberOf(input.periodMax)};
+    const PeriodSearch search = {quint64(std::max<qint64>(0, size.value_or(0))),
+                                 numberOf(input.tres), numberOf(input.periodMin),
+                                 numberOf(input.periodMax)};
     Checks checks(name);
     checks.require(size && *size >= 0, "ffa_poins", "Bad points! Type a whole number");
     checks.require(!std::isnan(search.tres), "ffa_tres", "Bad tres!");

@@ -38,7 +38,7 @@ struct KernelSet {
 
 namespace {
 
-// Of the 32 KiB of a usual nearest cache: a block and its merged copy; the rings of a pass.
+// Sizes that fit a nearest cache of 32 KiB: a block with its merged copy; the rings of a pass.
 // Short rows have longer rings, so that more of them are merged per call.
 constexpr qint64 blockBytes = 16 << 10;
 constexpr qint64 ringBytes = 24 << 10;

@@ -89,7 +89,7 @@ private:
     std::vector<Kernels::WidthConstants> constants;
     std::vector<Kernels::MergeEntry> entries;
 
-    // Of the fold at hand:
+    // The fold at hand:
     const KernelSet *kernels = nullptr;
     qint32 bins = 0;
     qint64 stride = 0; ///< floats per row

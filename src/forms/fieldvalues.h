@@ -45,10 +45,10 @@ std::vector<FieldProblem> problems(const QWidget *part, const std::vector<Unread
 
 /// Fills the boxes of choice of an analysis.
 template <typename Parameters>
-void offerChoices(const QWidget *part, const std::vector<Field<Parameters>> &fields)
+void offerChoices(const QWidget *part, const Analysis<Parameters> &analysis)
 {
-    for (const Field<Parameters> &told : fields)
-        offerChoices(find(part, told), told);
+    for (const Field<Parameters> *told : analysis.fields)
+        offerChoices(find(part, *told), *told);
 }
 
 /// What stands in the fields of an analysis. A parameter without a field has its preset.
@@ -56,17 +56,17 @@ void offerChoices(const QWidget *part, const std::vector<Field<Parameters>> &fie
 /// @param counts    whether a field is asked; one that is not leaves the preset
 /// @param problems  becomes what cannot be read
 template <typename Parameters>
-Parameters readAll(const QWidget *part, const std::vector<Field<Parameters>> &fields,
+Parameters readAll(const QWidget *part, const Analysis<Parameters> &analysis,
                    const std::function<bool(const QWidget *field)> &counts,
                    std::vector<FieldProblem> &problems)
 {
-    Parameters parameters;
+    Parameters parameters = analysis.presets;
     std::vector<Unread> unread;
-    for (const Field<Parameters> &told : fields) {
-        QWidget *const field = find(part, told);
+    for (const Field<Parameters> *told : analysis.fields) {
+        QWidget *const field = find(part, *told);
         if (!field || !counts(field))
             continue;
-        if (const std::optional<Unread> problem = read(field, told, told.of(parameters)))
+        if (const std::optional<Unread> problem = read(field, *told, told->of(parameters)))
             unread.push_back(*problem);
     }
     problems = FieldValues::problems(part, unread);

@@ -46,7 +46,7 @@ void FileForm::install(QWidget *plot, QWidget *panel, Progress shown)
 
 void FileForm::describe(const ObservationData &header)
 {
-    findChild<QLabel *>("recording")->setText(recordingSummary(header).join('\n'));
+    findChild<QLabel *>("recording")->setText(recordingSummary(header).join("; "));
 }
 
 void FileForm::endWork(const Jobs::Ending &ending)

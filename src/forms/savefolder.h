@@ -8,18 +8,18 @@
 /// Lets the save dialogs of a plot or a picture menu start in the folder of the last save, and
 /// remembers theirs; a plot's legend is folded and placed as the user left the last one.
 ///
-/// @tparam Picture  has setSaveFolder() and the signal fileSaved()
-template <typename Picture>
-void shareSaveFolder(Picture *picture)
+/// @tparam Saver  has setSaveFolder() and the signal fileSaved()
+template <typename Saver>
+void shareSaveFolder(Saver *saver)
 {
     Settings *const settings = Settings::instance();
-    picture->setSaveFolder(startFolder(settings->lastSavePath()));
-    QObject::connect(picture, &Picture::fileSaved, settings, [settings](const QString &path) {
+    saver->setSaveFolder(startFolder(settings->lastSavePath()));
+    QObject::connect(saver, &Saver::fileSaved, settings, [settings](const QString &path) {
         settings->setLastSavePath(directoryOf(path));
     });
-    if constexpr (requires(const QString &state) { picture->setLegendState(state); }) {
-        picture->setLegendState(Settings::store().value("legend").toString());
-        QObject::connect(picture, &Picture::legendChanged, settings,
+    if constexpr (requires(const QString &state) { saver->setLegendState(state); }) {
+        saver->setLegendState(Settings::store().value("legend").toString());
+        QObject::connect(saver, &Saver::legendChanged, settings,
                          [](const QString &state) { Settings::store().setValue("legend", state); });
     }
 }

@@ -94,8 +94,8 @@ double topOfRow(const QTextDocument &document, const QTextTable &table, int row)
 // rows if all do.
 int firstRowBeyond(const QTextDocument &document, const QTextTable &table, double bodyHeight)
 {
-    // Of cells and table, and a line below: a table that touched the end of the page with these
-    // would take a whole one more.
+    // Room for the margins of cells and table and a line below: a table that touched the end of
+    // the page with these would take a whole page more.
     constexpr double margins = 24 * dotsPerInch / 72.0;
     const int page = pageOf(topOfRow(document, table, 0), bodyHeight);
     for (int row = 0; row < table.rows(); ++row) {

@@ -63,7 +63,7 @@ int longest(const std::vector<Series> &series)
     return int(length);
 }
 
-Stretch pointsBetween(double first, double last, int length)
+IndexRange pointsBetween(double first, double last, int length)
 {
     if (length < 1)
         return {};
@@ -78,11 +78,11 @@ QString numberText(double value)
     return QString::number(value, 'g', digits);
 }
 
-std::vector<double> part(const std::vector<double> &values, const Stretch &stretch)
+std::vector<double> part(const std::vector<double> &values, const IndexRange &indices)
 {
     const int length = int(values.size());
-    const int begin = std::min(stretch.first, length);
-    const int end = std::min(stretch.first + stretch.count, length);
+    const int begin = std::min(indices.first, length);
+    const int end = std::min(indices.first + indices.count, length);
     return {values.begin() + begin, values.begin() + end};
 }
 
@@ -118,16 +118,16 @@ PlotData plot(const std::vector<Series> &series, const std::shared_ptr<const Res
     return data;
 }
 
-PlotData histogramPlot(const std::vector<Series> &series, const Stretch &stretch, int bins)
+PlotData histogramPlot(const std::vector<Series> &series, const IndexRange &indices, int bins)
 {
     PlotData data;
     Plot::Range range = emptyRange();
     for (const Series &one : series)
-        range = rangeOf(part(one.values, stretch), range);
+        range = rangeOf(part(one.values, indices), range);
     qint64 most = 0;
     for (const Series &one : series) {
         const std::vector<qint64> counts =
-            Tools::histogram(part(one.values, stretch), range.min, range.max, bins);
+            Tools::histogram(part(one.values, indices), range.min, range.max, bins);
         data.graphs.emplace_back(counts.begin(), counts.end());
         for (const qint64 count : counts)
             most = std::max(most, count);

@@ -18,14 +18,14 @@ struct Series {
 };
 
 /// Points of every curve, from an index on.
-struct Stretch {
+struct IndexRange {
     int first = 0;
     int count = 0;
 };
 
 /// The whole points from one index with fraction to another, within 0 .. length; at least the
 /// nearest one where there is any.
-Stretch pointsBetween(double first, double last, int length);
+IndexRange pointsBetween(double first, double last, int length);
 
 /// Length of the longest curve.
 int longest(const std::vector<Series> &series);
@@ -33,8 +33,8 @@ int longest(const std::vector<Series> &series);
 /// A number with the digits that a reader needs.
 QString numberText(double value);
 
-/// The part of the values that lies in the stretch.
-std::vector<double> part(const std::vector<double> &values, const Stretch &stretch);
+/// The values at the indices.
+std::vector<double> part(const std::vector<double> &values, const IndexRange &indices);
 
 /// The curves; the vertical range fits their finite values.
 PlotData plot(const std::vector<Series> &series,
@@ -42,6 +42,6 @@ PlotData plot(const std::vector<Series> &series,
 
 /// How often values occur, a curve for each of the series, over parts of equal width of the
 /// range of all.
-PlotData histogramPlot(const std::vector<Series> &series, const Stretch &stretch, int bins);
+PlotData histogramPlot(const std::vector<Series> &series, const IndexRange &indices, int bins);
 
 } // namespace ArrayPlot

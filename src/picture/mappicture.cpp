@@ -21,6 +21,7 @@ constexpr int panelTitleHeight = 15;
 constexpr int panelGap = 8;
 constexpr int barWidth = 8;
 constexpr int labelHeight = 15;
+constexpr int digits = 5; // of values of an axis
 constexpr int letterHeight = 12;
 constexpr int tickDistance = 60; // along X, at least
 constexpr float leastHigh = 8;   // sigma
@@ -110,21 +111,45 @@ void paintTickText(QPainter &painter, const QRect &area, int x, int top, const Q
     painter.drawText(QRect(left, top, width + 1, labelHeight), Qt::AlignLeft, text);
 }
 
-// Round values, and below them their reciprocals: frequencies and periods.
+struct AxisTick {
+    double column = 0;
+    double value = 0;
+    QString text;
+};
+
+// Round values where columns are evenly apart, round shares of the axis otherwise.
+std::vector<AxisTick> ticksOf(const Sky::SkyMap &map, const Range &columns, int count)
+{
+    std::vector<AxisTick> all;
+    if (!map.axis.empty()) {
+        for (int i = 0; i <= count; ++i) {
+            const double column = columns.min + columns.extent() * i / count;
+            const double value = map.axisAt(column);
+            all.push_back({column, value, QString::number(value, 'g', digits)});
+        }
+        return all;
+    }
+    const double low = map.axisAt(columns.min);
+    const double high = map.axisAt(columns.max);
+    const Ticks ticks = roundTicks(low, high, (high - low) / count);
+    for (const double value : ticks.values)
+        all.push_back({(value - map.first) / map.step, value, tickText(value, ticks.step)});
+    return all;
+}
+
+// The values of the axis, and below them their reciprocals: frequencies and periods.
 void paintAxis(QPainter &painter, const MapPicture &picture, const QRect &area, bool hasNames)
 {
     const Sky::SkyMap &map = picture.map();
-    const double low = map.axisAt(picture.columns.min);
-    const double high = map.axisAt(picture.columns.max);
     const int tickCount = std::max(1, area.width() / tickDistance);
-    const Ticks ticks = roundTicks(low, high, (high - low) / tickCount);
     const int top = area.bottom() + 6;
-    for (const double value : ticks.values) {
-        const int x = int(xOf(picture, area, (value - map.first) / map.step));
+    for (const AxisTick &tick : ticksOf(map, picture.columns, tickCount)) {
+        const int x = int(xOf(picture, area, tick.column));
         painter.drawLine(x, area.bottom() + 1, x, area.bottom() + 5);
-        paintTickText(painter, area, x, top, tickText(value, ticks.step));
-        if (value > 0)
-            paintTickText(painter, area, x, top + labelHeight, QString::number(1 / value, 'g', 5));
+        paintTickText(painter, area, x, top, tick.text);
+        if (tick.value > 0)
+            paintTickText(painter, area, x, top + labelHeight,
+                          QString::number(1 / tick.value, 'g', digits));
     }
     if (!hasNames)
         return;

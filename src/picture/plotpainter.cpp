@@ -199,6 +199,13 @@ void paintMarkerNames(QPainter &painter, const PlotData &data, const View &view)
 
 } // namespace
 
+QFont fontWithin(const QFont &font, int least, int most)
+{
+    QFont fitting = font;
+    fitting.setPixelSize(std::clamp(QFontInfo(font).pixelSize(), least, most));
+    return fitting;
+}
+
 // The rows stand 15 pixels apart whatever size the application's font has.
 QFont labelFont()
 {
@@ -211,10 +218,7 @@ QFont labelFont(const View &view)
 {
     constexpr int least = 9;
     constexpr int most = 18; // the margins hold no more
-    QFont font = labelFont();
-    if (view.isZoomed)
-        font.setPixelSize(std::clamp(QFontInfo(QGuiApplication::font()).pixelSize(), least, most));
-    return font;
+    return view.isZoomed ? fontWithin(QGuiApplication::font(), least, most) : labelFont();
 }
 
 void paintSamples(QPainter &painter, const View &view, const std::vector<float> &curve)

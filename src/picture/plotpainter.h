@@ -68,6 +68,9 @@ std::vector<int> gridColumns(const PlotData &data, const XAxisLabels &x);
 /// The markers, wherever painted curves leave the ground free, with ends beyond the plot.
 void paintMarkers(QImage &picture, const PlotData &data, const View &view);
 
+/// A font as large as the user has it, but not below or above so many pixels.
+QFont fontWithin(const QFont &font, int least, int most);
+
 /// The font of the texts of a plot that shows all.
 QFont labelFont();
 /// The font of the texts in a view: where it is zoomed the user's, as large as the margins allow.

@@ -58,7 +58,8 @@ void drawAxis(QPainter &painter, const RowPicture &picture, const QRect &area)
         const int x = area.left() + int((value - picture.firstX) / range * area.width());
         painter.drawLine(x, area.bottom() + 1, x, area.bottom() + 5);
         painter.drawText(QRect(x - labelEvery / 2, area.bottom() + 6, labelEvery, labelHeight),
-                         Qt::AlignHCenter, QString::number(value, 'g', 6));
+                         Qt::AlignHCenter,
+                         picture.xText ? picture.xText(value) : QString::number(value, 'g', 6));
     }
     painter.drawText(QRect(area.left(), area.bottom() + 8 + labelHeight, area.width(), labelHeight),
                      Qt::AlignHCenter, picture.xName);

@@ -3,6 +3,7 @@
 #include "picture/plotexport.h"
 
 #include <QStringList>
+#include <functional>
 #include <vector>
 
 namespace Plot {
@@ -22,7 +23,8 @@ struct RowPicture {
     QString rowsName;     ///< what they are, below them
     double firstX = 0;    ///< at the left edge
     double lastX = 0;
-    QString xName; ///< with its unit
+    QString xName;                          ///< with its unit
+    std::function<QString(double x)> xText; ///< what stands at a place of X; none: the number
     QString scaleName;
     float low = 0; ///< value of the darkest colour
     float high = 1;

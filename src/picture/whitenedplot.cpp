@@ -2,6 +2,7 @@
 
 #include "calc/whitening.h"
 #include "picture/axistexts.h"
+#include "picture/percentiles.h"
 #include "picture/plotgeometry.h"
 
 #include <algorithm>
@@ -57,11 +58,10 @@ double logarithmicFloor(const PlotData &data)
             std::vector<float> positive;
             std::copy_if((*set)[i].begin(), (*set)[i].end(), std::back_inserter(positive),
                          [](float value) { return value > 0; });
-            if (positive.empty())
+            const std::vector<float> low = percentiles(std::move(positive), {share});
+            if (low.empty())
                 continue;
-            const auto place = positive.begin() + std::ptrdiff_t(share * double(positive.size()));
-            std::nth_element(positive.begin(), place, positive.end());
-            const double floor = double(*place) / 2;
+            const double floor = double(low[0]) / 2;
             least = least > 0 ? std::min(least, floor) : floor;
         }
     return least;

@@ -107,8 +107,8 @@ public:
     /// Folds the legend or puts it where it was left, see legendChanged().
     void setLegendState(const QString &state);
 
-    /// Of spectra: a logarithmic Y axis; powers over the noise around in place of amplitudes. Both
-    /// hold for later spectra too.
+    /// How spectra are drawn: with a logarithmic Y axis; as powers over the noise around in place
+    /// of amplitudes. Both hold for later spectra too.
     bool isLogarithmic() const { return wantsLogarithm; }
     bool isWhitened() const { return wantsWhitening; }
 

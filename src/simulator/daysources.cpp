@@ -35,8 +35,8 @@ double response(double offset, double width)
     return y < 32 ? rounded(expOfMinus(y)) : 0;
 }
 
-// Of a day: mean 1, standard deviation `scintillation`. The mean of nu squares of normal numbers
-// has the variance 2 / nu.
+// Strength of a day: its mean is 1, its standard deviation `scintillation`. The mean of nu squares
+// of normal numbers has the variance 2 / nu.
 double scintillationFactor(double scintillation, DayDraws draws)
 {
     if (!(scintillation > 0))

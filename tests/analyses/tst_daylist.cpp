@@ -171,7 +171,7 @@ void TestDayList::leavesOut()
                  qPrintable(list.leftOut[std::size_t(i)].reason));
 }
 
-// Of steps that equally many files have, the one whose files hold the wanted time.
+// Where equally many files have each of several steps, the files that hold the wanted time decide.
 void TestDayList::stepsOfEquallyManyFiles()
 {
     RecordingSet set = hours("2015-04-01T00:00:00", 1);

@@ -183,7 +183,7 @@ void TestFourierDays::goodDays_data()
     QTest::newRow("9 % above") << 3.27 << 0 << "";
     QTest::newRow("11 % above") << 3.33 << 0 << "sigma is 1.11 times";
     QTest::newRow("11 % below") << 2.67 << 0 << "sigma is 0.89 times";
-    // Of 4032 bins that count 27.17 are expected.
+    // 27.17 of the 4032 bins that count are expected.
     QTest::newRow("twice as many powers as expected") << 3.0 << 54 << "";
     QTest::newRow("one more") << 3.0 << 55 << "55 powers above 5, of noise 27";
 }

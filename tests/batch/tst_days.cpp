@@ -18,17 +18,19 @@ namespace {
 constexpr int days = 8;
 constexpr int pointsOfFile = 1500;
 constexpr double frequency = 6.3; // Hz
+constexpr double period = 0.7;    // s
 
-// One strip of the sky: a file a sidereal day, with a line in ray 2.
+// One strip of the sky: a file a sidereal day, with a line and pulses in ray 2.
 QByteArray dayBytes(int day)
 {
     std::mt19937 random(unsigned(day + 1));
     std::normal_distribution<float> law(100, 1);
     const QByteArray bytes = TestSupport::recordingBytes(
         {pointsOfFile, 1, 33, 2}, [&](int point, int, int channel, int ray) {
-            const double phase = 2 * std::numbers::pi * frequency * point * 0.0124928;
-            const double signal = ray == 1 && channel < 32 ? 0.03 * std::sin(phase + day) : 0;
-            return law(random) + float(signal);
+            const double time = point * 0.0124928;
+            const double line = 0.03 * std::sin(2 * std::numbers::pi * frequency * time + day);
+            const double pulse = std::fmod(time, period) < 0.05 ? 0.1 : 0;
+            return law(random) + float(ray == 1 && channel < 32 ? line + pulse : 0);
         });
     const QDateTime begin = QDateTime({2015, 4, 1}, {12, 0}, Qt::UTC).addSecs(qint64(day) * 86164);
     const QByteArray date = begin.toString("dd.MM.yyyy").toLatin1();
@@ -71,6 +73,7 @@ private slots:
     void failures_data();
     void failures();
     void keptInPartsAndInOne();
+    void stackIsThatOfTheLibrary_data();
     void stackIsThatOfTheLibrary();
     void copiedCommand();
     void daysThatDoNotCount();
@@ -132,6 +135,13 @@ void TestDays::failures_data()
         << "stack --module 1 --ray 2 --count 1024 --interference nowhere one" << 66 << "nowhere";
     QTest::newRow("kept nowhere") << "survey --module 1 --ray 2 --count 1024 --kept one/0.pnt one"
                                   << 73 << "--kept";
+    QTest::newRow("options of the other product")
+        << "stack --ffa --window 129 --module 1 --ray 2 one" << 64 << "excludes";
+    QTest::newRow("options of --ffa")
+        << "stack --period-min 0.6 --module 1 --ray 2 one" << 64 << "requires";
+    QTest::newRow("few trials") << "stack --ffa --period-min 0.6 --period-max 0.62 --module 1 "
+                                   "--ray 2 --count 1024 one"
+                                << 64 << "--period-max: These periods are";
     QTest::newRow("part") << "survey --module 1 --ray 2 --part 3/2 one" << 64 << "2/12";
 }
 
@@ -166,17 +176,36 @@ void TestDays::keptInPartsAndInOne()
     QCOMPARE(contentOf(cut), files.first());
 }
 
+void TestDays::stackIsThatOfTheLibrary_data()
+{
+    QTest::addColumn<bool>("isFfa");
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("curve");
+    QTest::newRow("spectra") << false << "stack"
+                             << "spectrum";
+    QTest::newRow("periodograms") << true << "stack-ffa"
+                                  << "periods";
+}
+
 void TestDays::stackIsThatOfTheLibrary()
 {
-    QCOMPARE(stack("-o results --plot png --save-spectra strip").code, 0);
+    QFETCH(bool, isFfa);
+    QFETCH(QString, command);
+    QFETCH(QString, curve);
+    const QString options = isFfa ? "--ffa" : "--window 129";
+    const QString results = "-o " + command + " --plot png --save-spectra strip";
+    const Ended ended = run("stack " + place + options + " --interference none " + results);
+    QVERIFY2(ended.code == 0, qPrintable(ended.errors));
     Days::FourierDaysParameters parameters;
+    parameters.isFfa = isFfa;
     parameters.module = 1;
     parameters.ray = 2;
     parameters.points = 1024;
     parameters.firstPoint = 100;
-    parameters.window = 129;
+    parameters.window = isFfa ? parameters.window : 129;
     const RecordingSet set = recordingsOfFolder(path("strip"), true);
     const Days::DayPlan plan = Days::planDays(set, parameters);
+    parameters = Days::usedParameters(parameters, plan);
     std::vector<Days::FourierDay> products;
     for (const Days::Day &day : plan.list.days)
         products.push_back(Days::readDay(set, plan, day, parameters, {}));
@@ -184,25 +213,29 @@ void TestDays::stackIsThatOfTheLibrary()
     Days::FourierDaysChoice choice = Days::choiceOf(plan, parameters);
     for (const Days::DayVerdict &verdict : Days::proposeDays(products))
         choice.days.push_back(verdict.isGood);
-    const Days::FourierStack expected = Days::combineDays(products, choice);
+    const Days::FourierStack expected = Days::analysisOf(parameters).combine(products, choice, {});
     QVERIFY(!expected.lines.empty());
-    QVERIFY(std::abs(expected.lines[0].telescope - frequency) < expected.binWidth);
+    const double first = isFfa ? 1 / period : frequency;
+    QVERIFY(std::abs(expected.lines[0].telescope - first) < expected.binWidth);
 
-    const Results::ResultTable lines = tableOf(path("results/m1_r2.stack.lines.txt"));
+    const QString base = path(command + "/m1_r2." + command + ".");
+    const Results::ResultTable lines = tableOf(base + "lines.txt");
     QCOMPARE(lines.rows(), int(expected.lines.size()));
     QCOMPARE(numbersOf(lines, "significance")[0], expected.lines[0].sigma);
     QVERIFY(numbersOf(lines, "frequency_telescope")[0] == expected.lines[0].telescope);
-    const Results::ResultTable spectrum = tableOf(path("results/m1_r2.stack.spectrum.txt"));
+    const Results::ResultTable spectrum = tableOf(base + curve + ".txt");
     const std::vector<double> sigma = numbersOf(spectrum, "significance");
     QCOMPARE(sigma.size(), expected.sigma.size());
     for (std::size_t bin = 0; bin < sigma.size(); ++bin)
         QVERIFY(float(sigma[bin]) == expected.sigma[bin]);
-    QVERIFY(contentOf(path("results/m1_r2.stack.days.png")).startsWith("\x89PNG"));
-    QVERIFY(contentOf(path("results/m1_r2.stack.spectrum.png")).startsWith("\x89PNG"));
-    const QStringList saved = QDir(path("results")).entryList({"*_f00_n*_av0.txt"});
+    QVERIFY(contentOf(base + "days.png").startsWith("\x89PNG"));
+    QVERIFY(contentOf(base + curve + ".png").startsWith("\x89PNG"));
+    const QStringList saved = QDir(path(command)).entryList({"*_f00_n*_av0.txt"});
     QCOMPARE(saved.size(), 1);
-    const Days::ReadSpectra read = Days::readSpectra(path("results/" + saved[0]), parameters);
+    const Days::ReadSpectra read =
+        Days::readSpectra(path(command + "/" + saved[0]), parameters, plan.list.tresolution);
     QCOMPARE(read.problem, QString());
+    QCOMPARE(read.days[3].periodogram.snr, products[3].periodogram.snr);
     QCOMPARE(read.days[3].powers, products[3].powers);
 }
 
@@ -219,7 +252,7 @@ void TestDays::copiedCommand()
     parameters.noise = "median";
     parameters.earthMotion = false;
     parameters.clockOffset = -0.5;
-    const QString call = Days::fourierDaysCommand("stack", parameters,
+    const QString call = Days::fourierDaysCommand(false, parameters,
                                                   {"2015-04-02", "2015-04-04T11:48:13"}, {"strip"});
     const Ended end = runShell(call + " -o copied");
     QVERIFY2(end.code == 0, qPrintable(call + "\n" + end.errors));
@@ -229,7 +262,7 @@ void TestDays::copiedCommand()
         QCOMPARE(Results::valueOf(table.request, QString(line).section(' ', 0, 0)),
                  QString(line).section(' ', 1));
     QCOMPARE(textsOf(table, "counts"), QString("yes no yes no yes yes yes yes").split(' '));
-    const QString survey = Days::fourierDaysCommand(Days::surveyCommand, parameters, {}, {"strip"});
+    const QString survey = Days::fourierDaysCommand(true, parameters, {}, {"strip"});
     QVERIFY2(!survey.contains("harmonics") && survey.contains("--noise median"),
              qPrintable(survey));
     QCOMPARE(runShell(survey + " --kept copied").code, 0);
@@ -278,13 +311,15 @@ void TestDays::oneDay()
 // The tables open again, here and in the window.
 void TestDays::readsWhatItWrote()
 {
-    for (const char *const name : {"spectrum", "lines", "days"}) {
-        const QString file = path(QString("results/m1_r2.stack.%1.txt").arg(name));
+    for (const char *const name :
+         {"stack/m1_r2.stack.spectrum", "stack/m1_r2.stack.lines", "stack/m1_r2.stack.days",
+          "stack-ffa/m1_r2.stack-ffa.periods", "stack-ffa/m1_r2.stack-ffa.lines"}) {
+        const QString file = path(QString(name) + ".txt");
         const Results::ReadTable read = Results::readTable(contentOf(file));
         QVERIFY2(read.problem.isEmpty(), qPrintable(file + ": " + read.problem));
         QVERIFY(read.table.toBytes(Results::Format::Csv).size() > 100);
     }
-    succeed("plot results/m1_r2.stack.spectrum.txt");
+    succeed("plot stack/m1_r2.stack.spectrum.txt stack-ffa/m1_r2.stack-ffa.periods.txt");
 }
 
 ZRT_UNIT_TEST_MAIN(TestDays)

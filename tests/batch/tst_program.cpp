@@ -382,7 +382,7 @@ void TestProgram::examples_data()
         const QString name = names.next().captured(1);
         QTest::addRow("%s", qPrintable(name)) << commandsIn(run(name + " --help").out);
     }
-    QCOMPARE(count, 18);
+    QCOMPARE(count, 20);
     QTest::newRow("README") << commandsIn(QString::fromUtf8(contentOf(ZRT_SOURCE "/README.md")));
 }
 

@@ -18,17 +18,19 @@ namespace {
 constexpr int days = 6;
 constexpr int pointsOfFile = 2300;
 constexpr double frequency = 6.3; // Hz
+constexpr double period = 0.7;    // s
 
-// One strip of the sky: a file a sidereal day, with a line in ray 2.
+// One strip of the sky: a file a sidereal day, with a line and pulses in ray 2.
 QByteArray dayBytes(int day)
 {
     std::mt19937 random(unsigned(day + 1));
     std::normal_distribution<float> law(100, 1);
     const QByteArray bytes = TestSupport::recordingBytes(
         {pointsOfFile, 1, 33, 2}, [&](int point, int, int channel, int ray) {
-            const double phase = 2 * std::numbers::pi * frequency * point * 0.0124928;
-            const double signal = ray == 1 && channel < 32 ? 0.05 * std::sin(phase + day) : 0;
-            return law(random) + float(signal);
+            const double time = point * 0.0124928;
+            const double line = 0.05 * std::sin(2 * std::numbers::pi * frequency * time + day);
+            const double pulse = std::fmod(time, period) < 0.05 ? 0.12 : 0;
+            return law(random) + float(ray == 1 && channel < 32 ? line + pulse : 0);
         });
     const QDateTime begin = QDateTime({2015, 4, 1}, {12, 0}, Qt::UTC).addSecs(qint64(day) * 86164);
     const QByteArray date = begin.toString("dd.MM.yyyy").toLatin1();
@@ -50,6 +52,7 @@ private slots:
     void partsAndAllAtOnce();
     void mapOfKeptStacks_data();
     void mapOfKeptStacks();
+    void folds();
     void copiedCommand();
 };
 
@@ -80,6 +83,12 @@ void TestSky::failures_data()
         << "map --count 1024 --rays 1 --map-ray 2 --point 0 strip" << 64 << "--map-ray";
     QTest::newRow("a map without a name")
         << "map --count 1024 --noise without --point 0 strip" << 64 << "--name";
+    QTest::newRow("options of the other product")
+        << "search --ffa --window 129 strip" << 64 << "excludes";
+    QTest::newRow("options of folds") << "map --period-min 1 strip" << 64 << "requires";
+    QTest::newRow("few trials") << "search --ffa --count 1024 --point 0 --period-min 0.6 "
+                                   "--period-max 0.62 strip"
+                                << 64 << "--period-max: These periods are";
     QTest::newRow("part of nothing") << "search --part 3/2 strip" << 64 << "a part is like 2/12";
 }
 
@@ -141,6 +150,28 @@ void TestSky::mapOfKeptStacks()
     QVERIFY2(map.problem.isEmpty(), qPrintable(map.problem));
     QCOMPARE(map.table.rows(), 1024);
     QVERIFY(contentOf(path("maps/" + file + ".png")).startsWith("\x89PNG"));
+}
+
+void TestSky::folds()
+{
+    const QString stacks =
+        "--ffa --count 1024 --point 0 --dms 0,40 --interference none --kept one ";
+    succeed("search " + stacks + "--output folds strip");
+    const Results::ReadTable search =
+        Results::readTable(contentOf(path("folds/sky.search-ffa.candidates.txt")));
+    QVERIFY2(search.problem.isEmpty(), qPrintable(search.problem));
+    QVERIFY(search.table.rows() > 0);
+    const auto &periods = std::get<std::vector<double>>(search.table.columns[2].values);
+    QVERIFY2(std::abs(periods[0] - period) < 0.01, qPrintable(QString::number(periods[0])));
+    const Ended end = run("map " + stacks + "--map-ray 2 --plot png --output folds strip");
+    QVERIFY2(end.errors.contains("0.0 MB of recordings were read"), qPrintable(end.errors));
+    const QStringList files = QDir(path("folds")).entryList({"map_sky-ffa_np1024_*.txt"});
+    QCOMPARE(files.size(), 1);
+    const Results::ReadTable map = Results::readTable(contentOf(path("folds/" + files[0])));
+    QVERIFY2(map.problem.isEmpty(), qPrintable(map.problem));
+    QCOMPARE(map.table.columns[0].name, QString("period"));
+    QVERIFY(map.table.rows() > 400);
+    QCOMPARE(QDir(path("folds")).entryList({"map_*.png"}).size(), 1);
 }
 
 void TestSky::copiedCommand()

@@ -63,6 +63,7 @@ void TestAnalysisBytes::staysWithinItsPromise()
              p.noise = "backSum";
          })},
         {"sumPeriodOfBands", given([](P &p) { p.noise = "backSum"; })},
+        {"sumPeriodOfBands", given([](P &p) { p.cut = "hum,33"; })},
         {"sumChannels", given([](P &p) {
              p.points = npoints / 2;
              p.noise = "backSum";

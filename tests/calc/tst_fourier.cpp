@@ -103,7 +103,7 @@ void TestFourier::powerOfTwoFloor()
         QCOMPARE(Tools::powerOfTwoFloor(n), largest / 2);
 }
 
-// Of a straight line the mean over w points stands (w - 1) / 2 after the first of them.
+// The mean over w points of a straight line stands (w - 1) / 2 after the first of them.
 void TestFourier::averages()
 {
     const struct {

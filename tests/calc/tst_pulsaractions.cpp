@@ -2,6 +2,7 @@
 #include "calc/banddelays.h"
 #include "calc/channelsum.h"
 #include "calc/fourier.h"
+#include "calc/leveljumps.h"
 #include "calc/pulsar/bandfold.h"
 #include "data/reader.h"
 
@@ -85,6 +86,7 @@ private slots:
     void scanOfNoiseClaimsNothing();
     void scanEqualsSeparateSpectra();
     void cutsOutWhatIsListed();
+    void foldWithoutHum();
     void cancelEndsAScan();
     void realRecordings();
 };
@@ -310,11 +312,47 @@ void TestPulsarActions::cutsOutWhatIsListed()
     for (const char *const list :
          {"50", "40.1", "0", "9.9-9.7", "0-0.05", "ten", "9.7-9.8-9.9", "nan"}) {
         PulsarCalculate calculate(data, with(parameters, &P::cut, list));
-        for (const char *const action : {"sumChannelsAndFourier", "sum4Dispersions"}) {
+        for (const char *const action :
+             {"sumChannelsAndFourier", "sum4Dispersions", "sumPeriod", "sumPeriodOfBands"}) {
             QVERIFY2(!calculate.validate(action), list);
             QCOMPARE(calculate.failedParameter(), QString("cutLines"));
         }
     }
+}
+
+// A line ten times as strong as the noise hides the pulses from the fold; without it the S/N is
+// what it was, in the sum and in every band.
+void TestPulsarActions::foldWithoutHum()
+{
+    Simulation simulation = oneRay();
+    simulation.npoints = 20000;
+    const double period = 1.3;
+    simulation.pulseTrains.push_back({1, 1, period, 0.03, 0, 0.5, 0.3});
+    const ObservationData clean = Simulator::makeRecording(simulation);
+    const double sigma = Tools::robustSigma(clean.samples[0][0][0], clean.npoints);
+    const ObservationData disturbed =
+        TestSupport::makeRecording({clean.npoints}, [&](int p, int, int band, int) {
+            return clean.samples[0][band][0][p] + float(10 * sigma * std::sin(1.7 * p)); // 21.66 Hz
+        });
+    const PulsarParameters parameters =
+        with(with(parametersFor(0, 1), &P::period, period), &P::channel, 32);
+    for (const char *const action : {"sumPeriod", "sumPeriodOfBands"}) {
+        const auto snr = [&](const ObservationData &data, const QString &cut) {
+            const PulsarResult result = resultOf(action, data, with(parameters, &P::cut, cut));
+            return numberAfter(result.description(), "S/N =");
+        };
+        const double expected = snr(clean, "");
+        QVERIFY2(snr(disturbed, "") < expected / 2, action);
+        QVERIFY2(std::abs(snr(disturbed, "21.66") / expected - 1) < 0.05, action);
+        QVERIFY2(std::abs(snr(clean, "20-39") / expected - 1) < 0.2, action);
+    }
+    const auto peakOf = [&](const ObservationData &data, const QString &cut) {
+        const PulsarResult result =
+            resultOf("sumPeriodOfBands", data, with(parameters, &P::cut, cut));
+        const std::vector<float> row = result.bands->profile(7);
+        return *std::max_element(row.begin(), row.end());
+    };
+    QVERIFY(std::abs(peakOf(disturbed, "21.66") / peakOf(clean, "") - 1) < 0.1F);
 }
 
 void TestPulsarActions::cancelEndsAScan()

@@ -30,7 +30,7 @@ void TestPulsarReports::linesAndNoise()
     simulation.pulseTrains.push_back({1, 1, parameters.period, 0.05, 26.2, 2, 0});
     const ObservationData data = Simulator::makeRecording(simulation);
     const QStringList remarks = notesOf(resultOf("sumChannelsAndFourier", data, parameters));
-    // Of 32 bands of noise 1 the amplitudes have the scale sqrt(32) sqrt(2 / 16384) = 0.0625.
+    // The amplitudes of 32 bands of noise 1 have the scale sqrt(32) sqrt(2 / 16384) = 0.0625.
     const QString &noise = remarks[0];
     QVERIFY2(std::abs(numberAfter(noise, "Noise level =") - 0.0625) < 0.002, qPrintable(noise));
     QVERIFY2(noise.contains("noise of this level would put none there"), qPrintable(noise));

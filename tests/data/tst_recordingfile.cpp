@@ -37,6 +37,7 @@ private slots:
     void savedStretchReadsBackEqual();
     void savingIsRefused();
     void countsAtTheEndOfTheirRange();
+    void pointsBeyondTwoGigabytes();
     void channelsOffAreLeftOutOfSums();
     void delayedSumEqualsThatOfTheWhole();
     void delayedSumOfDamagedSamples();
@@ -216,7 +217,7 @@ void TestRecordingFile::savingIsRefused()
 void TestRecordingFile::countsAtTheEndOfTheirRange()
 {
     const QByteArray common = TestSupport::recordingBytes({20, 2, 2, 1}, sampleAt);
-    const QByteArray odd = "numpar 11\npoint 2147483647\nstar_time 2000000000:00:00\n"
+    const QByteArray odd = "numpar 12\npoint 2147483647\nstar_time 2000000000:00:00\n"
                            "modulus 2147483647 2147483647\n" +
                            common.mid(common.indexOf('\n') + 1).replace("modulus 1 2", "source x");
     QVERIFY2(file.open(write(odd)), qPrintable(file.reason()));
@@ -232,6 +233,44 @@ void TestRecordingFile::countsAtTheEndOfTheirRange()
     QVERIFY(written.open(QIODevice::ReadOnly));
     QCOMPARE(written.readAll().count("module 2147483647 ray 1:"), 20);
     QVERIFY(saveStretch(file, 10, 10, 0, folder.filePath("x.pnthr")).contains("too large"));
+}
+
+// The samples before the last points are a hole in the file, which takes no room.
+void TestRecordingFile::pointsBeyondTwoGigabytes()
+{
+    constexpr int npoints = 4'100'000;
+    constexpr int last = 50;
+    const QByteArray small = TestSupport::recordingBytes({last, 3, 9, 5}, sampleAt);
+    const qsizetype samples = small.size() - last * pointBytes;
+    const QByteArray passport =
+        small.left(int(samples)).replace("npoints 50", "npoints " + QByteArray::number(npoints));
+    const QString path = write(passport, "long.pnt");
+    const qint64 end = passport.size() + qint64(npoints) * pointBytes;
+    QVERIFY(end > qint64(1) << 31);
+    QFile sparse(path);
+    QVERIFY(sparse.open(QIODevice::ReadWrite));
+    if (!sparse.resize(end))
+        QSKIP("There is no room for a file of 2.2 GB with a hole in it.");
+    QVERIFY(sparse.seek(end - last * pointBytes));
+    QCOMPARE(sparse.write(small.mid(int(samples))), qint64(last * pointBytes));
+    sparse.close();
+
+    QVERIFY2(file.open(path), qPrintable(file.reason()));
+    QCOMPARE(file.announcedSize(), end);
+    QCOMPARE(file.completePoints(), npoints);
+    constexpr int first = npoints - last;
+    const QString saved = folder.filePath("end.pnthr");
+    QCOMPARE(saveStretch(file, first + 10, 40, 0, saved), QString());
+    const std::tuple<QString, int, int> parts[] = {{path, first, 0}, {saved, 0, 10}};
+    for (const auto &[name, from, shift] : parts) {
+        QVERIFY2(file.open(name), qPrintable(file.reason()));
+        const StretchReading reading = file.read({from, last - shift, {}, {}, {}, false});
+        QVERIFY2(reading.whole(), qPrintable(reading.reason()));
+        QCOMPARE(reading.whole()->point, first + shift);
+        for (int p = 0; p < last - shift; ++p)
+            QCOMPARE(reading.whole()->samples[2][7][3][p], sampleAt(p + shift, 2, 7, 3));
+    }
+    QFile::remove(path);
 }
 
 void TestRecordingFile::channelsOffAreLeftOutOfSums()

@@ -15,6 +15,7 @@ private slots:
     void conversion();
     void recordingAsText();
     void progressAndCancelling();
+    void blocksBeyondTwoGigabytes();
 
 private:
     QByteArray contents(const QString &path) const
@@ -105,6 +106,24 @@ void TestResultToText::progressAndCancelling()
         const qint64 foretold = isRecording ? observationTextBytes(data) : resultTextBytes(in);
         QVERIFY(std::abs(double(foretold) / contents(out).size() - 1) < 0.05);
     }
+}
+
+// The blocks are a hole in the file, which takes no room, but for the last value.
+void TestResultToText::blocksBeyondTwoGigabytes()
+{
+    constexpr qint64 blockBytes = 4 * 70'000'000;
+    const QByteArray header = "points: 70000000\ntype: float\ndays: 8\n";
+    const qint64 end = header.size() + 8 * blockBytes;
+    QVERIFY(write(in, header));
+    if (!QFile::resize(in, end))
+        QSKIP("There is no room for a file of 2.2 GB with a hole in it.");
+    QCOMPARE(resultProblem(in), QString());
+    QCOMPARE(resultTextBytes(in) / 1'000'000, qint64(1120)); // "0" and a line end each
+    QVERIFY(QFile::resize(in, end - 1));
+    QCOMPARE(resultProblem(in), QString("Error! Block 8 of 8 in %1 is short: it needs 280000000 "
+                                        "bytes, the file has 279999999")
+                                    .arg(in));
+    QFile::remove(in);
 }
 
 ZRT_UNIT_TEST_MAIN(TestResultToText)

@@ -1,7 +1,7 @@
 #include "app/shell/settings.h"
 #include "forms/arrays/arraysdirform.h"
 #include "forms/arrays/arraysform.h"
-#include "forms/arrays/greypicture.h"
+#include "forms/arrays/greyview.h"
 #include "picture/plotgeometry.h"
 #include "results/arrayfile.h"
 #include "results/resulttable.h"
@@ -121,7 +121,7 @@ void TestArraysForm::linesAndPicture()
     QCOMPARE(shown().graphs.size(), std::size_t(20));
 
     click("showPicture");
-    auto *const picture = find<GreyPicture>("picture");
+    auto *const picture = find<GreyView>("picture");
     QTRY_VERIFY(picture->isVisible());
     // The read-out and the grey belong to the same number: the first of each line is its index.
     QCoreApplication::processEvents();

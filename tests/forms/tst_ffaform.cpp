@@ -223,6 +223,18 @@ void TestFfaForm::searchFoldsAndSaves()
     goTo(0);
     QVERIFY2(foldText->text().contains(match.captured(0)), qPrintable(foldText->text()));
 
+    // The fold as numbers: a line per bin, with the bands beside it once they are wanted.
+    const auto copiedProfile = [&] {
+        for (QAction *const action : find<QWidget>("foldView")->actions())
+            if (action->text() == "Copy profile")
+                action->trigger();
+        return QApplication::clipboard()->text().split('\n');
+    };
+    QCOMPARE(copiedProfile()[1].split('\t').size(), 2);
+    click("byFrequency");
+    QTRY_COMPARE(copiedProfile()[1].split('\t').size(), 2 + 32);
+    QVERIFY(copiedProfile()[0].contains(" MHz"));
+
     QTest::keyClick(table, Qt::Key_C, Qt::ControlModifier);
     const QStringList copied = QApplication::clipboard()->text().split('\n');
     QCOMPARE(copied.size(), 3); // titles, the selected row and its end

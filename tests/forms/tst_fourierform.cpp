@@ -44,7 +44,10 @@ private slots:
     void initTestCase();
     void cleanup();
 
+    void isWhatTheBatchProgramMakes_data();
     void isWhatTheBatchProgramMakes();
+    void hasTheFieldsOfItsProduct();
+    void switchesDaysWithoutReading_data();
     void switchesDaysWithoutReading();
     void leavesOutALine();
     void leavesOutInThePictures_data();
@@ -59,7 +62,7 @@ private slots:
 
 private:
     QString makeDays(const QString &name);
-    void open(const QString &directory);
+    void open(const QString &directory, bool isFfa = false);
     void compute();
     void waitForDays(int count);
     template <typename Widget>
@@ -103,9 +106,9 @@ QString TestFourierForm::makeDays(const QString &name)
     return path(name);
 }
 
-void TestFourierForm::open(const QString &directory)
+void TestFourierForm::open(const QString &directory, bool isFfa)
 {
-    new FourierForm(directory, 0, 0, 0, &window);
+    new FourierForm(directory, isFfa, 0, 0, &window);
     QTRY_VERIFY_WITH_TIMEOUT(days() && days()->rowCount() > 0, waitMs);
 }
 
@@ -127,15 +130,24 @@ void TestFourierForm::waitForDays(int count)
     QVERIFY2(QTest::qWaitFor([&] { return used().contains(wanted); }, waitMs), qPrintable(used()));
 }
 
+void TestFourierForm::isWhatTheBatchProgramMakes_data()
+{
+    QTest::addColumn<bool>("isFfa");
+    QTest::newRow("spectra") << false;
+    QTest::newRow("periodograms") << true;
+}
+
 void TestFourierForm::isWhatTheBatchProgramMakes()
 {
-    open(path("days"));
+    QFETCH(bool, isFfa);
+    open(path("days"), isFfa);
     compute();
     QVERIFY(days()->setData(days()->index(2, 0), Qt::Unchecked, Qt::CheckStateRole));
     waitForDays(dayCount - 1);
     QVERIFY(!lines().empty());
-    QVERIFY2(std::abs(lines()[0].telescope * TestSupport::dayPeriod - 1) < 0.01,
-             "the pulses are not found");
+    const double turns =
+        1 / (lines()[0].telescope * TestSupport::dayPeriod); // FFA: of the period, or more
+    QVERIFY2(std::abs(turns - (isFfa ? std::round(turns) : 1)) < 0.01, "the pulses are not found");
 
     find<QPushButton>("commandButton")->click();
     QString commands = QGuiApplication::clipboard()->text();
@@ -144,7 +156,8 @@ void TestFourierForm::isWhatTheBatchProgramMakes()
     const TestSupport::Ended ended = runShell(commands);
     QVERIFY2(ended.code == 0, qPrintable(commands + ended.errors));
 
-    const QStringList made = QDir(path("days")).entryList({"*lines.csv"});
+    const QStringList made =
+        QDir(path("days")).entryList({isFfa ? "*stack-ffa.lines.csv" : "*stack.lines.csv"});
     QCOMPARE(made.size(), 1);
     const Results::ReadTable read =
         Results::readTable(TestSupport::contentOf(path("days/" + made[0])));
@@ -155,14 +168,34 @@ void TestFourierForm::isWhatTheBatchProgramMakes()
     QCOMPARE(std::size_t(read.table.rows()), lines().size());
     for (std::size_t i = 0; i < lines().size(); ++i) {
         QVERIFY(column(1)[i] == lines()[i].telescope);
-        QVERIFY(column(5)[i] == lines()[i].sigma);
+        QVERIFY(column(isFfa ? 6 : 5)[i] == lines()[i].sigma);
     }
+}
+
+// What the other product reads is not there.
+void TestFourierForm::hasTheFieldsOfItsProduct()
+{
+    for (const bool isFfa : {false, true}) {
+        open(path("days"), isFfa);
+        for (const char *const name : {"window", "harmonics", "averageCount", "equalGains"})
+            QCOMPARE(find<QWidget>(name)->isVisibleTo(&window), !isFfa);
+        for (const char *const name : {"period_min", "bins_max", "ducy_max", "rmed_width"})
+            QCOMPARE(find<QWidget>(name)->isVisibleTo(&window), isFfa);
+    }
+    QTRY_VERIFY_WITH_TIMEOUT(find<QLabel>("estimate")->text().contains("trial periods"), waitMs);
+    QVERIFY(!find<QLineEdit>("period_max")->placeholderText().isEmpty());
+}
+
+void TestFourierForm::switchesDaysWithoutReading_data()
+{
+    isWhatTheBatchProgramMakes_data();
 }
 
 void TestFourierForm::switchesDaysWithoutReading()
 {
+    QFETCH(bool, isFfa);
     const QString directory = makeDays("gone");
-    open(directory);
+    open(directory, isFfa);
     compute();
     QVERIFY(QDir(directory).removeRecursively());
     find<QPushButton>("allOff")->click();
@@ -174,11 +207,12 @@ void TestFourierForm::switchesDaysWithoutReading()
 
     // A click on a line brings its powers into the list of days.
     find<QTableView>("lines")->setCurrentIndex(find<QTableView>("lines")->model()->index(0, 0));
-    QVERIFY(find<PulsarGrafik>("grafik")->fundamental().has_value());
+    QCOMPARE(find<PulsarGrafik>("grafik")->fundamental().has_value(), !isFfa);
+    QCOMPARE(find<PulsarGrafik>("grafik")->data().markers.empty(), !isFfa);
     double sum = 0;
     for (int day = 0; day < dayCount; ++day)
         sum += days()->dayRows()[std::size_t(day)].power;
-    QVERIFY2(sum > 2 * dayCount, "the powers of the days are not those of the line");
+    QVERIFY2(sum > (isFfa ? 1 : 2) * dayCount, "the values of the days are not those of the line");
     // The series are kept beside the days, so that nothing is left of them either.
     find<QPushButton>("pushButton")->click();
     QTRY_VERIFY_WITH_TIMEOUT(!days()->dayRows()[0].canCount, waitMs);

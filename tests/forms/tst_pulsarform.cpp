@@ -34,6 +34,7 @@ private slots:
     void refusedFiles();
     void spectrum();
     void channelsAreLeftOutWhenAskedFor();
+    void foldsAllBands();
     void everyMethodRecomputes();
     void fourDispersions();
     void refusalsKeepThePicture();
@@ -128,6 +129,27 @@ void TestPulsarForm::channelsAreLeftOutWhenAskedFor()
     QCOMPARE(QGuiApplication::clipboard()->text(),
              "zrt-batch sum --ray 1 --dm 0 --first-point 0 --noise without --channels-off 4,21 " +
                  folder->filePath("x.pnt"));
+}
+
+// The switch beside "Sum period" folds the sum and shows the bands above it; other actions do not.
+void TestPulsarForm::foldsAllBands()
+{
+    openForm();
+    type("dispersion", "0");
+    type("period", "1");
+    const auto *const bands = find<QWidget>("bands");
+    click("sumPeriodOfBands");
+    QVERIFY2(shown().graphs.empty(), "no action is chosen");
+    click("sumPeriod");
+    QVERIFY(report().contains("Summation on period of the sum of the bands"));
+    QVERIFY(!bands->isHidden());
+    click("commandButton");
+    QCOMPARE(QGuiApplication::clipboard()->text(),
+             "zrt-batch fold --ray 1 --sum --dm 0 --period 1 --first-point 0 " +
+                 folder->filePath("x.pnt"));
+    click("sumPeriodOfBands");
+    QVERIFY(!report().contains("sum of the bands"));
+    QVERIFY(bands->isHidden());
 }
 
 void TestPulsarForm::everyMethodRecomputes()
@@ -236,7 +258,7 @@ void TestPulsarForm::presetsSuitTheRecording()
     for (const char *said : {"ray 1: ", "first point 0: ", "ZRT UTC 12:00:00: "})
         QVERIFY2(report().contains(said), qPrintable(report()));
     QCOMPARE(find<QLabel>("recording")->text(),
-             QString("40000 points of 12.4928 ms, 499.712 s\n2015-04-01 12:00:00.000 UTC\n"
+             QString("40000 points of 12.4928 ms, 499.712 s; 2015-04-01 12:00:00.000 UTC; "
                      "module 1, ray 1; 32 bands, 120 to 122.4219 MHz"));
     const MessageBoxCatcher catcher;
     click("sumChannelsDemoNoise");

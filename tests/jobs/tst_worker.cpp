@@ -86,7 +86,7 @@ void TestWorker::everythingArrivesInOrder()
     QVERIFY(wasElsewhere);
 }
 
-// Of the first job a value has arrived and others wait in line when the second one is asked for.
+// When the second job is asked for, one value of the first has arrived and others wait in line.
 void TestWorker::newestRequestCounts()
 {
     Owner owner;

@@ -157,8 +157,8 @@ void TestDays::sameBytesEverywhere()
     QCOMPARE(written.files, written.allFiles);
     QVERIFY(!writeDays(some, folder.filePath("three"), {}, 3).failure);
     QCOMPARE(digest("one"), digest("three"));
-    // Of the files as they came out when this test was written. It changes only with what the
-    // simulator means to write; a compiler or a processor must not change it.
+    // The sum of the files as they came out when this test was written. It changes only with what
+    // the simulator means to write; a compiler or a processor must not change it.
     QCOMPARE(digest("one"), QByteArray("771cb5ddcc480ae315fb77d3f2820c5de7250c8e"));
 }
 

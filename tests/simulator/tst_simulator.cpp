@@ -94,7 +94,7 @@ void TestSimulator::sameBytesEverywhere()
     const QByteArray bytes = written(simulation(mixture));
     QVERIFY(bytes == written(simulation(mixture)));
     QVERIFY(bytes != written(simulation(mixture + " --seed 2")));
-    // Of the file as it came out when this test was written. It changes only with what the
+    // The sum of the file as it came out when this test was written. It changes only with what the
     // simulator means to write; a compiler or a processor must not change it.
     QCOMPARE(QCryptographicHash::hash(bytes, QCryptographicHash::Sha1).toHex(),
              QByteArray("c4be6a8b0331d0b4e3804d53dfea9960dfc36f29"));

@@ -3,6 +3,7 @@
 #include "analyses/days/daylist.h"
 #include "analyses/days/dayseries.h"
 #include "calc/analysis.h"
+#include "jobs/control.h"
 
 /// What analyses over days have in common. Each has two halves: the first makes a product of each
 /// day, which can be written and read; the second makes the result of all products and reads no
@@ -27,7 +28,9 @@ struct DayStretch {
     QDateTime middle() const;
 };
 
-template <typename Parameters>
+/// @tparam Product  of a day
+/// @tparam Choice   what a user may change without a recording being read again
+template <typename Parameters, typename Product, typename Choice, typename Result>
 struct DayAnalysis : Analysis<Parameters> {
     SurveyFlags flags;
     QString manual;            ///< of the command, in lines of the help
@@ -35,7 +38,15 @@ struct DayAnalysis : Analysis<Parameters> {
     QStringList seriesOptions; ///< options of the parameters that decide which series are kept
 
     /// Bytes that the products of so many days and the result take together.
-    qint64 (*bytes)(const Parameters &parameters, int days) = nullptr;
+    ///
+    /// @param header  that the days have in common: step and bands
+    qint64 (*bytes)(const Parameters &parameters, const ObservationData &header,
+                    int days) = nullptr;
+    Product (*ofDay)(const DayStretch &stretch, const Parameters &parameters,
+                     const Jobs::Control &control) = nullptr;
+    /// The result depends on the products and the choice alone.
+    Result (*combine)(const std::vector<Product> &products, const Choice &choice,
+                      const Jobs::Control &control) = nullptr;
 };
 
 } // namespace Days

@@ -22,11 +22,12 @@ std::shared_ptr<const StackOutcome> stackSpectra(const StackRequest &request,
         if (!isOn && verdict.reason.isEmpty())
             verdict.reason = "switched off";
     }
+    const FourierDaysAnalysis &analysis = analysisOf(spectra.parameters);
     const std::vector<int> others = otherRaysOf(spectra.parameters, spectra.plan);
     for (std::size_t i = 0; i < others.size() && !control.isStopped(); ++i)
-        choice.otherRays.push_back(
-            otherRayOf(spectra.parameters.module, others[i], spectra.rays[i + 1], choice, control));
-    outcome->stack = combineDays(spectra.days(), choice, control);
+        choice.otherRays.push_back(otherRayOf(analysis, spectra.parameters.module, others[i],
+                                              spectra.rays[i + 1], choice, control));
+    outcome->stack = analysis.combine(spectra.days(), choice, control);
     return outcome;
 }
 

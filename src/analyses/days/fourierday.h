@@ -6,6 +6,7 @@
 
 #include <QDateTime>
 #include <QString>
+#include <memory>
 #include <vector>
 
 /// The whitened spectrum of one day: the product that stacks are made of.
@@ -19,6 +20,15 @@ struct DayHum {
     double to = 0;
 };
 
+struct FfaTrials;
+
+/// What a fast folding search finds in a day.
+struct DayPeriodogram {
+    std::shared_ptr<const FfaTrials> trials; ///< null in spectra
+    std::vector<float> snr;                  ///< [width][trial], of standardisedTrials()
+    std::vector<float> best;                 ///< of each trial: the best of its widths
+};
+
 struct FourierDay {
     QDateTime begin;           ///< of the first point, by the recordings' clock
     double binWidth = 0;       ///< Hz; bin k lies at k * binWidth at the telescope
@@ -30,8 +40,9 @@ struct FourierDay {
                                ///< number where the direction is unknown
     double solarHour = 0;      ///< local solar time at the middle, hours
     std::vector<DayHum> hum;
-    QString remark;  ///< which samples were no finite numbers
-    QString problem; ///< why there is no spectrum
+    DayPeriodogram periodogram; ///< of the FFA alone
+    QString remark;             ///< which samples were no finite numbers
+    QString problem;            ///< why there is no spectrum
     bool wasStopped = false;
 
     bool isWhole() const { return !powers.empty(); }
@@ -112,7 +123,9 @@ struct ReadSpectra {
     std::vector<FourierDay> days;
     QString problem; ///< which file, what is wrong, what can be done; empty when whole
 };
-/// @param parameters  that the spectra must have been made with
-ReadSpectra readSpectra(const QString &path, const FourierDaysParameters &parameters);
+/// @param parameters   that the spectra must have been made with
+/// @param tresolution  s, of the series; periodograms alone need it
+ReadSpectra readSpectra(const QString &path, const FourierDaysParameters &parameters,
+                        double tresolution = 0);
 
 } // namespace Days

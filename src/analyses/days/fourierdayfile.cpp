@@ -1,5 +1,6 @@
 #include "analyses/days/fourierdays.h"
 #include "analyses/days/oneline.h"
+#include "analyses/days/trialstack.h"
 
 #include "base/timetext.h"
 #include "coords/filenames.h"
@@ -12,7 +13,7 @@
 #include <cstring>
 
 // Spectra of days as a result file: a header with all parameters and a line per day, then a block
-// of powers per day.
+// per day: its powers, and behind them of periodograms the standardised S/N [width][trial].
 
 namespace Days {
 
@@ -20,30 +21,65 @@ namespace {
 
 constexpr char timeForm[] = "yyyy-MM-dd hh:mm:ss.zzz";
 constexpr int fieldsOfDay = 7; // before the hum
+constexpr int periodogramsForm = 1;
 
 QByteArray exact(double value)
 {
     return Results::numberText(value);
 }
 
-// What a file of spectra begins with. Parameters that only the stack reads are in it too: they cost
-// nothing, and all that made a file stands in it.
-QByteArray headerOf(const FourierDaysParameters &parameters, int bins)
-{
-    QByteArray header =
-        "spectra: whitened powers of the series padded to double its length, form " +
-        QByteArray::number(spectraForm) + "\npoints: " + QByteArray::number(bins) +
-        "\ntype: float\nfirst_point: " + QByteArray::number(parameters.firstPoint) +
-        "\ndisp: " + QByteArray::number(qint64(parameters.dispersion)) + "\n";
-    for (const FourierDaysField &field : fourierDaysFields())
-        header += field.key.toUtf8() + ": " +
-                  toOneLine(Tools::headerText(field.valueIn(parameters))) + "\n";
-    return header;
-}
-
 int binsOf(const FourierDaysParameters &parameters)
 {
     return parameters.points >> std::clamp(parameters.averageCount, 0, 30);
+}
+
+// The trials that a file of the days has; null in spectra.
+std::shared_ptr<const FfaTrials> trialsIn(const std::vector<FourierDay> &days)
+{
+    for (const FourierDay &day : days) {
+        if (day.isWhole() && day.periodogram.trials)
+            return day.periodogram.trials;
+    }
+    return nullptr;
+}
+
+qint64 valuesOf(const FourierDaysParameters &parameters, const FfaTrials *trials)
+{
+    return binsOf(parameters) + (trials ? qint64(trials->noise.size()) : 0);
+}
+
+QByteArray bytesOf(const std::vector<float> &values)
+{
+    return {reinterpret_cast<const char *>(values.data()), int(values.size() * sizeof(float))};
+}
+
+bool readValues(QFile &file, std::vector<float> &values, std::size_t count)
+{
+    values.resize(count);
+    const auto bytes = qint64(count * sizeof(float));
+    return file.read(reinterpret_cast<char *>(values.data()), bytes) == bytes;
+}
+
+// What a file of spectra begins with. Parameters that only the stack reads are in it too: they cost
+// nothing, and all that made a file stands in it.
+QByteArray headerOf(const FourierDaysParameters &parameters, const FfaTrials *trials)
+{
+    const qint64 values = valuesOf(parameters, trials);
+    QByteArray header =
+        "spectra: whitened powers of the series padded to double its length, form " +
+        QByteArray::number(spectraForm) + "\n";
+    if (trials)
+        header += "periodograms: behind the powers of a day S/N of " +
+                  QByteArray::number(trials->count()) + " trials at " +
+                  QByteArray::number(qint64(trials->widths.size())) +
+                  " widths, width by width, form " + QByteArray::number(periodogramsForm) + "\n";
+    header += "points: " + QByteArray::number(values) +
+              "\ntype: float\nfirst_point: " + QByteArray::number(parameters.firstPoint) +
+              "\ndisp: " + QByteArray::number(qint64(parameters.dispersion)) + "\n";
+    for (const FourierDaysField *field : analysisOf(parameters).fields)
+        header += field->key.toUtf8() + ": " +
+                  toOneLine(Tools::headerText(field->valueIn(parameters))) + "\n";
+    return header;
 }
 
 QByteArray dayLine(const FourierDay &day)
@@ -96,7 +132,7 @@ QString spectraFileName(const std::vector<FourierDay> &days,
                         const FourierDaysParameters &parameters)
 {
     constexpr int digits = 12;
-    const QByteArray hash = QCryptographicHash::hash(headerOf(parameters, binsOf(parameters)),
+    const QByteArray hash = QCryptographicHash::hash(headerOf(parameters, trialsIn(days).get()),
                                                      QCryptographicHash::Sha256);
     const QDateTime first = days.empty() ? QDateTime() : days.front().begin;
     const QString prefix = QString("%1_m%2_r%3_%4")
@@ -112,7 +148,7 @@ QString spectraFileName(const std::vector<FourierDay> &days,
 QByteArray spectraBytes(const std::vector<FourierDay> &days,
                         const FourierDaysParameters &parameters)
 {
-    QByteArray bytes = headerOf(parameters, binsOf(parameters));
+    QByteArray bytes = headerOf(parameters, trialsIn(days).get());
     QByteArray blocks;
     int count = 0;
     for (const FourierDay &day : days) {
@@ -120,18 +156,21 @@ QByteArray spectraBytes(const std::vector<FourierDay> &days,
             continue;
         ++count;
         bytes += dayLine(day);
-        blocks += QByteArray(reinterpret_cast<const char *>(day.powers.data()),
-                             int(day.powers.size() * sizeof(float)));
+        blocks += bytesOf(day.powers) + bytesOf(day.periodogram.snr);
     }
     return bytes + "days: " + QByteArray::number(count) + "\n" + blocks;
 }
 
-ReadSpectra readSpectra(const QString &path, const FourierDaysParameters &parameters)
+ReadSpectra readSpectra(const QString &path, const FourierDaysParameters &parameters,
+                        double tresolution)
 {
     QFile file(path);
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
         return refused(path, "it cannot be read");
-    const QByteArray header = headerOf(parameters, binsOf(parameters));
+    std::shared_ptr<const FfaTrials> trials;
+    if (parameters.isFfa)
+        trials = ffaTrials(parameters.ffa, parameters.points, tresolution);
+    const QByteArray header = headerOf(parameters, trials.get());
     if (file.read(header.size()) != header)
         return refused(path, "it holds spectra of other parameters or of another version");
     ReadSpectra read;
@@ -143,13 +182,17 @@ ReadSpectra readSpectra(const QString &path, const FourierDaysParameters &parame
     }
     if (line != "days: " + QByteArray::number(qint64(read.days.size())) + "\n")
         return refused(path, "it does not tell the number of its days");
-    const qint64 blockBytes = qint64(binsOf(parameters)) * qint64(sizeof(float));
+    const qint64 blockBytes = valuesOf(parameters, trials.get()) * qint64(sizeof(float));
     if (file.size() - file.pos() != blockBytes * qint64(read.days.size()))
         return refused(path, "it is cut short or too long");
     for (FourierDay &day : read.days) {
-        day.powers.resize(std::size_t(binsOf(parameters)));
-        if (file.read(reinterpret_cast<char *>(day.powers.data()), blockBytes) != blockBytes)
+        DayPeriodogram &own = day.periodogram;
+        if (!readValues(file, day.powers, std::size_t(binsOf(parameters))) ||
+            (trials && !readValues(file, own.snr, trials->noise.size())))
             return refused(path, "it cannot be read: " + file.errorString());
+        own.trials = trials;
+        if (trials)
+            own.best = bestOfWidths(own.snr, trials->count());
     }
     return read;
 }

@@ -5,7 +5,8 @@
 #include "analyses/days/fourierday.h"
 #include "analyses/days/fourierstack.h"
 
-/// Spectra of all days of a folder and their stack: "Sum of signals", "Fourier".
+/// Spectra or periodograms of all days of a folder and their stack: "Sum of signals", "Fourier" and
+/// "FFA".
 namespace Days {
 
 struct FourierDaysParameters : DayPlace {
@@ -20,13 +21,20 @@ struct FourierDaysParameters : DayPlace {
     bool equalGains = false; ///< weight days by the inverse square of their sigma
     QString otherRays;       ///< numbers with commas: rays of the same module whose lines are
                              ///< compared
+    bool isFfa = false;      ///< periodograms of fast folding in place of spectra
+    /// Of these; what is 0 suits the series: see ffaOfDays().
+    FfaParameters ffa = {.period_min = 0, .period_max = 0, .rmed_width = 0};
 };
 
 using FourierDaysField = Field<FourierDaysParameters>;
-using FourierDaysAnalysis = DayAnalysis<FourierDaysParameters>;
+using FourierDaysAnalysis =
+    DayAnalysis<FourierDaysParameters, FourierDay, FourierDaysChoice, FourierStack>;
 
-/// The parameters, in the order of the help and of the headers of tables.
+/// The parameters of spectra, in the order of the help and of the headers of tables.
 const std::vector<FourierDaysField> &fourierDaysFields();
+
+/// Those of periodograms.
+const std::vector<FourierDaysField> &ffaDaysFields();
 
 /// All analyses over days of this kind: the one place that lists them.
 const std::vector<FourierDaysAnalysis> &fourierDaysAnalyses();
@@ -34,6 +42,8 @@ const std::vector<FourierDaysAnalysis> &fourierDaysAnalyses();
 /// The analysis that the flags open; null where there is none yet.
 const FourierDaysAnalysis *findDayAnalysis(const SurveyFlags &flags);
 
+/// The analysis of such parameters.
+const FourierDaysAnalysis &analysisOf(const FourierDaysParameters &parameters);
 /// What is read of each day.
 ///
 /// @param choice  the ray and the stretch without what delayed bands take in around it
@@ -45,7 +55,11 @@ DayNeeds needsOf(const FourierDaysParameters &parameters, const DayChoice &choic
 /// Finds the days of a set for a request, and what is to be read of them.
 DayPlan planDays(const RecordingSet &set, const FourierDaysParameters &parameters);
 
-/// Both halves of the work on one day: its series, kept or read, and its spectrum.
+/// The parameters as they are used: with the module and ray of the plan, and the search that suits
+/// its series.
+FourierDaysParameters usedParameters(FourierDaysParameters parameters, const DayPlan &plan);
+
+/// Both halves of the work on one day: its series, kept or read, and its product.
 ///
 /// @param folder  that keeps series; empty: nothing is kept
 FourierDay readDay(const RecordingSet &set, const DayPlan &plan, const Day &day,
@@ -63,8 +77,9 @@ std::vector<FourierDay> readRays(const RecordingSet &set, const DayPlan &plan, c
 std::vector<int> otherRaysOf(const FourierDaysParameters &parameters, const DayPlan &plan);
 
 /// What a stack of another ray shows above 4 sigma, for FourierDaysChoice::otherRays.
-OtherRay otherRayOf(int module, int ray, const std::vector<FourierDay> &products,
-                    const FourierDaysChoice &choice, const Jobs::Control &control = {});
+OtherRay otherRayOf(const FourierDaysAnalysis &analysis, int module, int ray,
+                    const std::vector<FourierDay> &products, const FourierDaysChoice &choice,
+                    const Jobs::Control &control = {});
 
 /// What does not count against the days: the interference, and the harmonics of a known pulsar
 /// that was asked for by name.
@@ -82,9 +97,9 @@ QString dayName(const QDateTime &begin);
 
 /// The call of the batch program that computes what the form does, ready for a shell.
 ///
-/// @param command  surveyCommand, or that of the analysis
+/// @param isSurvey  surveyCommand; otherwise that of the analysis
 /// @param daysOff  names of days, or their dates, that do not count; all others do
-QString fourierDaysCommand(const QString &command, const FourierDaysParameters &parameters,
+QString fourierDaysCommand(bool isSurvey, const FourierDaysParameters &parameters,
                            const QStringList &daysOff, const QStringList &folders);
 
 } // namespace Days

@@ -1,14 +1,13 @@
 #include "analyses/days/fourierstack.h"
 
+#include "analyses/days/daystacker.h"
 #include "analyses/days/sigmatable.h"
-#include "analyses/days/stackevidence.h"
 #include "calc/significance.h"
+#include "calc/whitening.h"
 #include "coords/barycentre.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
-#include <map>
 
 namespace Days {
 
@@ -18,25 +17,28 @@ constexpr double leastTurn = 1.0 / 3; // bins
 // A level scatters, and lifts the tail of noise: at 1e-4 by a fifth with one window of the days, by
 // some per cent with that many. The days were whitened before, so that little is left to follow.
 constexpr int levelWindows = 4;
-constexpr double otherRaySigma = 4;
-constexpr int raysOfModule = 8;
 
-class Stacker {
+class FourierStacker : private DayStacker {
 public:
-    Stacker(const std::vector<FourierDay> &allProducts, const FourierDaysChoice &wanted,
-            const Jobs::Control &asked)
-        : products(allProducts), choice(wanted), control(asked)
+    FourierStacker(const std::vector<FourierDay> &allProducts, const FourierDaysChoice &wanted,
+                   const Jobs::Control &asked)
+        : DayStacker(allProducts, wanted, asked)
     {}
 
     FourierStack stack()
     {
-        selectDays();
+        selectDays([](const FourierDay &day) { return Shape(day.powers.size(), day.binWidth); });
+        if (result.problem.isEmpty() && days.days.front()->powers.size() <= 2 * lowestBin)
+            result.problem = "The spectra are too short. Take more points.";
         if (!result.problem.isEmpty())
             return std::move(result);
+        bins = int(days.days.front()->powers.size());
+        result.binWidth = days.days.front()->binWidth;
         turnFrequencies();
         weighDays();
-        for (void (Stacker::*const part)() : {&Stacker::sumDays, &Stacker::levelDays,
-                                              &Stacker::describeBins, &Stacker::describeLines}) {
+        for (void (FourierStacker::*const part)() :
+             {&FourierStacker::sumDays, &FourierStacker::levelDays, &FourierStacker::describeBins,
+              &FourierStacker::describeLines}) {
             if (!control.isStopped())
                 (this->*part)();
         }
@@ -46,78 +48,15 @@ public:
     }
 
 private:
-    // Only spectra of the same bins can be added: those that most days have.
-    void selectDays()
-    {
-        using Shape = std::pair<std::size_t, double>;
-        std::map<Shape, int> counts;
-        for (const FourierDay &day : products) {
-            if (day.isWhole())
-                ++counts[{day.powers.size(), day.binWidth}];
-        }
-        Shape common;
-        int most = 0;
-        for (const auto &[counted, count] : counts) {
-            if (count > most) {
-                most = count;
-                common = counted;
-            }
-        }
-        int other = 0;
-        for (std::size_t i = 0; i < products.size(); ++i) {
-            const FourierDay &day = products[i];
-            if (!day.isWhole())
-                continue;
-            if (Shape(day.powers.size(), day.binWidth) != common) {
-                ++other;
-                continue;
-            }
-            const bool isChosen = choice.days.empty() || (i < choice.days.size() && choice.days[i]);
-            days.days.push_back(&day);
-            days.chosen.push_back(isChosen);
-            result.days += isChosen;
-        }
-        result.allDays = int(days.days.size());
-        result.binWidth = common.second;
-        bins = int(common.first);
-        if (other > 0)
-            result.remarks << QString("%1 days have spectra of another length or step and are "
-                                      "left out.")
-                                  .arg(other);
-        if (result.allDays == 1)
-            result.remarks << "There is one day: the stack is its spectrum.";
-        if (result.allDays == 0)
-            result.problem = "There is no day with a spectrum.";
-        else if (result.days == 0)
-            result.problem = "All days are switched off. Switch on one at least.";
-        else if (bins <= 2 * lowestBin)
-            result.problem = "The spectra are too short. Take more points.";
-    }
-
     // Where all days have the same bins at the barycentre as well, turning would only round.
     void turnFrequencies()
     {
-        days.ratios.assign(days.days.size(), 1);
-        double least = 2;
-        double most = 0;
-        double sum = 0;
-        for (std::size_t i = 0; i < days.days.size(); ++i) {
-            const double ratio = days.days[i]->ratio;
-            least = std::min(least, ratio);
-            most = std::max(most, ratio);
-            sum += days.chosen[i] ? ratio : 0;
-        }
-        result.ratio = sum / result.days;
-        if (!std::isfinite(sum)) {
-            result.ratio = std::numeric_limits<double>::quiet_NaN();
-            if (choice.earthMotion)
-                result.remarks << "The Earth's motion is not taken out: the declination of the "
-                                  "beam is not known.";
+        const auto [least, most] = findRatios();
+        if (!std::isfinite(result.ratio))
             return;
-        }
         result.isTurned = choice.earthMotion && bins * (most - least) > leastTurn;
-        for (std::size_t i = 0; result.isTurned && i < days.days.size(); ++i)
-            days.ratios[i] = days.days[i]->ratio;
+        if (result.isTurned)
+            turnDays();
         leastRatio = result.isTurned ? least : 1;
         mostRatio = result.isTurned ? most : 1;
     }
@@ -170,8 +109,8 @@ private:
     void levelDays()
     {
         const std::vector<double> weights = weightsOfChosen();
-        const double expected =
-            weights.empty() ? Tools::medianPower(shape) : Tools::medianWeightedPower(weights, 1);
+        const double expected = weights.empty() ? Tools::medianWhitenedPower(shape, choice.window)
+                                                : Tools::medianWeightedPower(weights, 1);
         const int window = std::min(levelWindows * choice.window, bins) - 1;
         days.level = levelOfStack(sums, expected, window | 1);
         leaveOut();
@@ -229,9 +168,8 @@ private:
         std::vector<StackLine> lines = findLines(std::move(fine), days.level, search);
         lines.resize(std::min(lines.size(), std::size_t(std::max(0, choice.most))));
         const double seconds = bins > 0 ? 1 / (2 * result.binWidth) : 0;
-        middle = middleDay();
         if (!lines.empty())
-            pulsars = pulsarsInBeam(choice.beam, choice.direction, middle.date(), seconds);
+            findPulsars(seconds);
         for (const StackLine &line : lines) {
             if (control.isStopped())
                 return;
@@ -283,91 +221,32 @@ private:
         }
     }
 
-    QDateTime middleDay() const
-    {
-        std::vector<QDateTime> begins;
-        for (std::size_t i = 0; i < days.days.size(); ++i) {
-            if (days.chosen[i])
-                begins.push_back(days.days[i]->begin);
-        }
-        std::sort(begins.begin(), begins.end());
-        return begins[begins.size() / 2];
-    }
-
     FourierLine described(const StackLine &found)
     {
         FourierLine line;
         line.bin = found.bin;
         line.harmonics = found.harmonics;
         line.sigma = found.sigma;
-        const double frequency = result.frequency(found.bin);
-        line.barycentric = result.isTurned ? frequency : frequency / result.ratio;
-        line.telescope = result.isTurned ? frequency * result.ratio : frequency;
+        findFrequencies(line);
         const LinePowers powers = powersOfLine(days, found);
         line.power = found.power / (shape * found.harmonics);
-        addEvidence(days, powers, choice, result.trials, line);
+        addEvidence(days, powers.ofDay, lawOfPowers(days, powers, found.harmonics), choice,
+                    result.trials, line);
 
         const auto strongest = std::max_element(powers.ofHarmonic.begin(), powers.ofHarmonic.end());
         const int harmonic = 1 + int(strongest - powers.ofHarmonic.begin());
         line.isHum =
             isHumAt(hum(), line.telescope * harmonic, 2 * bins * result.binWidth, result.binWidth);
-        line.isInOtherRays = isInOtherRays(line.telescope);
-        line.pulsars = matchesOf(pulsars, choice.direction, line.barycentric, result.binWidth,
-                                 Tools::modifiedJulianDay(middle));
+        markSky(line);
         return line;
     }
 
-    std::vector<DayHum> hum() const
-    {
-        std::vector<DayHum> all;
-        for (std::size_t i = 0; i < days.days.size(); ++i) {
-            if (days.chosen[i])
-                all.insert(all.end(), days.days[i]->hum.begin(), days.days[i]->hum.end());
-        }
-        return all;
-    }
-
-    // Three rays or more that are no neighbours of this one or of each other.
-    bool isInOtherRays(double frequency) const
-    {
-        constexpr double tolerance = 1.5; // bins
-        constexpr int enough = 3;
-        std::vector<int> rays;
-        for (const OtherRay &ray : choice.otherRays) {
-            const bool has =
-                std::any_of(ray.frequencies.begin(), ray.frequencies.end(), [&](double other) {
-                    return std::abs(other - frequency) < tolerance * result.binWidth;
-                });
-            const int place = ray.module * raysOfModule + ray.ray;
-            const int own = choice.beam.module * raysOfModule + choice.beam.ray;
-            if (has && std::abs(place - own) > 1)
-                rays.push_back(place);
-        }
-        std::sort(rays.begin(), rays.end());
-        int apart = 0;
-        int last = -2;
-        for (const int ray : rays) {
-            if (ray <= last + 1)
-                continue;
-            ++apart;
-            last = ray;
-        }
-        return apart >= enough;
-    }
-
-    const std::vector<FourierDay> &products;
-    const FourierDaysChoice &choice;
-    const Jobs::Control &control;
-    FourierStack result;
-    StackDays days;
     int bins = 0;
     double shape = 1; // days, or their effective number where they have weights
     double leastRatio = 1;
     double mostRatio = 1;
     std::vector<double> fine; // sums at the fine positions
     std::vector<double> sums; // at the bins
-    QDateTime middle;
-    std::vector<const Tools::KnownPulsar *> pulsars;
 };
 
 } // namespace
@@ -393,7 +272,7 @@ QStringList FourierLine::marks() const
 FourierStack combineDays(const std::vector<FourierDay> &products, const FourierDaysChoice &choice,
                          const Jobs::Control &control)
 {
-    return Stacker(products, choice, control).stack();
+    return FourierStacker(products, choice, control).stack();
 }
 
 } // namespace Days

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "analyses/days/dayplace.h"
+#include "analyses/days/ffatrials.h"
 #include "analyses/days/fourierday.h"
 #include "coords/pulsarcatalogue.h"
 
@@ -50,9 +51,12 @@ struct GrowthPoint {
 
 /// One line with all that is told of it.
 struct FourierLine {
-    double bin = 0;              ///< of the fundamental on the stack's axis
+    double bin = 0;              ///< of the fundamental on the stack's axis; of the FFA, the trial
     int harmonics = 1;           ///< summed
-    double power = 0;            ///< mean per day and harmonic; noise has 1
+    int width = 0;               ///< of the FFA: of the pulse, phase bins
+    int foldBins = 0;            ///< of the FFA: of the fold
+    double power = 0;            ///< mean per day and harmonic; noise has 1. Of the FFA, the mean
+                                 ///< standardised S/N of a day; noise has about 0
     double sigma = 0;            ///< with the chosen days, after all trials
     double sigmaAll = 0;         ///< the same with all days
     double barycentric = 0;      ///< Hz; not a number where the direction is unknown
@@ -78,7 +82,12 @@ struct FourierLine {
 };
 
 struct FourierStack {
-    double binWidth = 0;            ///< Hz
+    std::shared_ptr<const FfaTrials> ffa; ///< whose trials the bins are; null in spectra
+    /// Of the FFA, where the axis is turned: of each product the best standardised S/N at the
+    /// trials of the axis; null otherwise.
+    std::shared_ptr<const std::vector<std::vector<float>>> rows;
+    std::vector<int> widths;        ///< of the FFA: of the best boxcar of each trial, bins
+    double binWidth = 0;            ///< Hz; of the FFA, half a turn over the stretch
     bool isTurned = false;          ///< the axis is that of the barycentre, not of the telescope
     double ratio = 1;               ///< mean of the days, telescope over barycentre
     std::vector<float> powers;      ///< mean per bin in units of the noise around it
@@ -91,9 +100,12 @@ struct FourierStack {
     QStringList remarks; ///< what was left out and why
     QString problem;     ///< why there is no stack; empty otherwise
 
-    double frequency(double bin) const { return bin * binWidth; }
+    /// Of a bin; of the FFA, of the nearest trial.
+    double frequency(double bin) const { return ffa ? 1 / ffa->periodAt(bin) : bin * binWidth; }
 };
 
+/// Stack of spectra.
+///
 /// @param products  of the same analysis; those with a problem, or of another length or step than
 ///                  most, are left out, which a remark says
 /// @param control   asked between parts of the work; a stopped stack has a problem and no lines

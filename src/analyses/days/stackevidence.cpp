@@ -19,28 +19,9 @@ constexpr int fewestForTrimming = 5;
 constexpr int mostGrowthPoints = 40;
 constexpr int hoursOfDay = 24;
 
-// Logarithm of the probability that noise has such a sum over these days.
-double logTailOfDays(const StackDays &stack, const std::vector<std::size_t> &days,
-                     const LinePowers &powers, int harmonics)
+double sigmaOfDays(const LineLaw &law, const std::vector<std::size_t> &days, double trials)
 {
-    double sum = 0;
-    std::vector<double> weights;
-    for (const std::size_t day : days) {
-        if (!stack.weights.empty())
-            weights.push_back(stack.weights[day]);
-        sum += powers.ofDay[day] * (weights.empty() ? 1 : weights.back());
-    }
-    return weights.empty() ? Tools::logGammaTail(double(days.size()) * harmonics, sum)
-                           : Tools::logWeightedTail(weights, harmonics, sum);
-}
-
-double sigmaOfDays(const StackDays &stack, const std::vector<std::size_t> &days,
-                   const LinePowers &powers, int harmonics, double trials)
-{
-    if (days.empty())
-        return 0;
-    return Tools::sigmaOfTail(
-        Tools::logTailOfTrials(logTailOfDays(stack, days, powers, harmonics), trials));
+    return days.empty() ? 0 : Tools::sigmaOfTail(Tools::logTailOfTrials(law.logTail(days), trials));
 }
 
 // Chosen days by their begin.
@@ -80,7 +61,7 @@ Moments momentsOf(const std::vector<double> &values)
 // A line of the sky is as strong at all solar hours. One that comes in some half of the solar day
 // only, and hardly in the other, belongs to the Earth.
 bool keepsSolarTime(const StackDays &stack, const std::vector<std::size_t> &days,
-                    const LinePowers &powers, int harmonics)
+                    const std::vector<double> &ofDay, double noise)
 {
     constexpr double fewestDays = 10;     // in either half
     constexpr double leastDifference = 5; // sigma
@@ -90,7 +71,7 @@ bool keepsSolarTime(const StackDays &stack, const std::vector<std::size_t> &days
         std::vector<double> outside;
         for (const std::size_t day : days) {
             const double hour = std::fmod(stack.days[day]->solarHour - from + hoursOfDay, 24);
-            (hour < hoursOfDay / 2 ? inside : outside).push_back(powers.ofDay[day] - harmonics);
+            (hour < hoursOfDay / 2 ? inside : outside).push_back(ofDay[day] - noise);
         }
         const Moments in = momentsOf(inside);
         const Moments out = momentsOf(outside);
@@ -105,14 +86,14 @@ bool keepsSolarTime(const StackDays &stack, const std::vector<std::size_t> &days
 }
 
 std::vector<double> meansBySolarHour(const StackDays &stack, const std::vector<std::size_t> &days,
-                                     const LinePowers &powers, int harmonics)
+                                     const std::vector<double> &ofDay, double unit)
 {
     std::vector<double> sums(hoursOfDay);
     std::vector<int> counts(hoursOfDay);
     for (const std::size_t day : days) {
         const auto hour =
             std::size_t(std::clamp(int(stack.days[day]->solarHour), 0, hoursOfDay - 1));
-        sums[hour] += powers.ofDay[day] / harmonics;
+        sums[hour] += ofDay[day] / unit;
         ++counts[hour];
     }
     for (std::size_t hour = 0; hour < sums.size(); ++hour)
@@ -121,18 +102,17 @@ std::vector<double> meansBySolarHour(const StackDays &stack, const std::vector<s
     return sums;
 }
 
-std::vector<GrowthPoint> growthOf(const StackDays &stack, const std::vector<std::size_t> &days,
-                                  const LinePowers &powers, int harmonics)
+std::vector<GrowthPoint> growthOf(const LineLaw &law, const std::vector<std::size_t> &days)
 {
-    const double all = sigmaOfDays(stack, days, powers, harmonics, 1);
+    const double all = sigmaOfDays(law, days, 1);
     const int count = int(days.size());
     const int points = std::min(count, mostGrowthPoints);
     std::vector<GrowthPoint> growth;
     for (int i = 1; i <= points; ++i) {
         const int first = int(qint64(count) * i / points);
         const std::vector<std::size_t> part(days.begin(), days.begin() + first);
-        growth.push_back({first, sigmaOfDays(stack, part, powers, harmonics, 1),
-                          all * std::sqrt(double(first) / count)});
+        growth.push_back(
+            {first, sigmaOfDays(law, part, 1), all * std::sqrt(double(first) / count)});
     }
     return growth;
 }
@@ -187,23 +167,42 @@ double logTailWithoutStrongest(std::vector<double> powers, int leftOut, int harm
     return Tools::logGammaTail(meanOfSum / scale, sum / scale);
 }
 
-void addEvidence(const StackDays &stack, const LinePowers &powers, const FourierDaysChoice &choice,
-                 double trials, FourierLine &line)
+LineLaw lawOfPowers(const StackDays &stack, const LinePowers &powers, int harmonics)
+{
+    const auto logTail = [&stack, &powers, harmonics](const std::vector<std::size_t> &days) {
+        double sum = 0;
+        std::vector<double> weights;
+        for (const std::size_t day : days) {
+            if (!stack.weights.empty())
+                weights.push_back(stack.weights[day]);
+            sum += powers.ofDay[day] * (weights.empty() ? 1 : weights.back());
+        }
+        return weights.empty() ? Tools::logGammaTail(double(days.size()) * harmonics, sum)
+                               : Tools::logWeightedTail(weights, harmonics, sum);
+    };
+    const auto trimmed = [harmonics](const std::vector<double> &values, int leftOut) {
+        return logTailWithoutStrongest(values, leftOut, harmonics);
+    };
+    return {double(harmonics), double(harmonics), logTail, trimmed};
+}
+
+void addEvidence(const StackDays &stack, const std::vector<double> &ofDay, const LineLaw &law,
+                 const FourierDaysChoice &choice, double trials, FourierLine &line)
 {
     const std::vector<std::size_t> days = chosenByTime(stack);
     std::vector<std::size_t> all(stack.days.size());
     std::iota(all.begin(), all.end(), std::size_t(0));
-    line.sigma = sigmaOfDays(stack, days, powers, line.harmonics, trials);
-    line.sigmaAll = sigmaOfDays(stack, all, powers, line.harmonics, trials);
+    line.sigma = sigmaOfDays(law, days, trials);
+    line.sigmaAll = sigmaOfDays(law, all, trials);
 
     const int leftOut = int(days.size()) < fewestForTrimming
                             ? 0
                             : int(std::ceil(strongestShare * double(days.size())));
     std::vector<double> values;
     for (const std::size_t day : days)
-        values.push_back(powers.ofDay[day]);
+        values.push_back(ofDay[day]);
     line.withoutStrongest = Tools::sigmaOfTail(
-        Tools::logTailOfTrials(logTailWithoutStrongest(values, leftOut, line.harmonics), trials));
+        Tools::logTailOfTrials(law.logTailWithoutStrongest(values, leftOut), trials));
     line.isFewDays = leftOut > 0 && line.withoutStrongest < choice.threshold;
 
     const QDateTime first = stack.days[days.front()]->begin;
@@ -211,17 +210,18 @@ void addEvidence(const StackDays &stack, const LinePowers &powers, const Fourier
     const auto second = std::find_if(days.begin(), days.end(), [&](std::size_t day) {
         return first.msecsTo(stack.days[day]->begin) > half;
     });
-    line.firstHalf = sigmaOfDays(stack, {days.begin(), second}, powers, line.harmonics, 1);
-    line.secondHalf = sigmaOfDays(stack, {second, days.end()}, powers, line.harmonics, 1);
-    line.bySolarHour = meansBySolarHour(stack, days, powers, line.harmonics);
-    line.isSolar = keepsSolarTime(stack, days, powers, line.harmonics);
-    line.growth = growthOf(stack, days, powers, line.harmonics);
+    line.firstHalf = sigmaOfDays(law, {days.begin(), second}, 1);
+    line.secondHalf = sigmaOfDays(law, {second, days.end()}, 1);
+    line.bySolarHour = meansBySolarHour(stack, days, ofDay, law.unit);
+    line.isSolar = keepsSolarTime(stack, days, ofDay, law.noise);
+    line.growth = growthOf(law, days);
 }
 
-bool isHumAt(const std::vector<DayHum> &hum, double frequency, double rate, double tolerance)
+bool isHumAt(const std::vector<DayHum> &hum, double frequency, double rate, double tolerance,
+             int multiples)
 {
     for (const DayHum &one : hum) {
-        for (int multiple = 1; multiple <= highestHumMultiple; ++multiple) {
+        for (int multiple = 1; multiple <= multiples; ++multiple) {
             const double from = multiple * one.from - tolerance;
             const double to = multiple * one.to + tolerance;
             // The frequencies that the sampling shows at the same place: n rate +- frequency.

@@ -3,6 +3,8 @@
 #include "analyses/days/fourierstack.h"
 #include "analyses/days/powerstack.h"
 
+#include <functional>
+
 /// What is looked up for one line of a stack after it was found.
 namespace Days {
 
@@ -26,23 +28,38 @@ LinePowers powersOfLine(const StackDays &stack, const StackLine &line);
 /// Logarithm of the probability that noise has such a sum without its strongest days.
 ///
 /// The sum of all but the k largest of n values is that of min(x, q) less k q, where q is exceeded
-/// by a share k / n, to first order in its scatter. Of powers, which follow a Gamma law, the mean
-/// and variance of min(x, q) are known; a Gamma law of the same mean and variance gives the tail.
+/// by a share k / n, to first order in its scatter. Powers follow a Gamma law, so
+/// that mean and variance of min(x, q) are known; a Gamma law of the same mean and variance gives
+/// the tail.
 ///
 /// @param powers   of the days, each a sum of `harmonics` powers
 /// @param leftOut  days
 double logTailWithoutStrongest(std::vector<double> powers, int leftOut, int harmonics);
 
-/// Fills in what the days say of the line: robustness, solar hours, growth.
-void addEvidence(const StackDays &stack, const LinePowers &powers, const FourierDaysChoice &choice,
-                 double trials, FourierLine &line);
+/// What noise makes of the values that the days have at a line.
+struct LineLaw {
+    double noise = 0; ///< mean of a day
+    double unit = 1;  ///< what a value is divided by to be told
+    std::function<double(const std::vector<std::size_t> &days)> logTail;
+    std::function<double(const std::vector<double> &values, int leftOut)> logTailWithoutStrongest;
+};
 
-/// Whether a frequency is mains hum, or a multiple of it up to the eighth, as the sampling shows
+/// That of harmonic sums of powers; refers to both.
+LineLaw lawOfPowers(const StackDays &stack, const LinePowers &powers, int harmonics);
+
+/// Fills in what the days say of the line: robustness, solar hours, growth.
+///
+/// @param ofDay  value of each day
+void addEvidence(const StackDays &stack, const std::vector<double> &ofDay, const LineLaw &law,
+                 const FourierDaysChoice &choice, double trials, FourierLine &line);
+
+/// Whether a frequency is mains hum, or a multiple of it up to that number, as the sampling shows
 /// it.
 ///
 /// @param rate       samples a second
 /// @param tolerance  Hz
-bool isHumAt(const std::vector<DayHum> &hum, double frequency, double rate, double tolerance);
+bool isHumAt(const std::vector<DayHum> &hum, double frequency, double rate, double tolerance,
+             int multiples = highestHumMultiple);
 
 /// The pulsars that lie in a beam.
 std::vector<const Tools::KnownPulsar *> pulsarsInBeam(const Beam &beam,

@@ -12,10 +12,11 @@ using namespace Results;
 std::vector<HeaderLine> parameterLines(const FourierDaysParameters &parameters)
 {
     std::vector<HeaderLine> lines;
-    for (const FourierDaysField &field : fourierDaysFields()) {
-        const QString value = Tools::headerText(field.valueIn(parameters));
+    for (const FourierDaysField *field : analysisOf(parameters).fields) {
+        const QString value = Tools::headerText(field->valueIn(parameters));
         if (!value.isEmpty())
-            lines.push_back({field.key, field.unit.isEmpty() ? value : value + " " + field.unit});
+            lines.push_back(
+                {field->key, field->unit.isEmpty() ? value : value + " " + field->unit});
     }
     return lines;
 }
@@ -26,7 +27,8 @@ std::vector<HeaderLine> stackLines(const FourierStack &stack, const DayPlan &pla
     std::vector<HeaderLine> lines = {
         {"stacked", QString("%1 of %2 days").arg(stack.days).arg(stack.allDays)},
         {"tresolution", numberText(plan.list.tresolution) + " s"},
-        {"frequency_step", numberText(stack.binWidth) + " Hz"},
+        stack.ffa ? HeaderLine{"trial_periods", QString::number(stack.ffa->count())}
+                  : HeaderLine{"frequency_step", numberText(stack.binWidth) + " Hz"},
         {"frequencies", stack.isTurned ? "barycentre" : "telescope"},
         {"telescope_over_barycentre", numberText(stack.ratio)},
         {"trials", numberText(stack.trials)},
@@ -53,6 +55,13 @@ std::vector<Column> spectrumColumns(const FourierStack &stack)
     std::vector<double> frequencies(stack.powers.size());
     for (std::size_t bin = 0; bin < frequencies.size(); ++bin)
         frequencies[bin] = stack.frequency(double(bin));
+    if (stack.ffa) {
+        const std::vector<double> bins(stack.ffa->foldBins.begin(), stack.ffa->foldBins.end());
+        return {{"period", "s", stack.ffa->periods},
+                {"fold_bins", "", bins},
+                {"snr", "", stack.powers},
+                {"significance", "sigma", stack.sigma}};
+    }
     return {{"frequency", "Hz", frequencies},
             {"power", "", stack.powers},
             {"significance", "sigma", stack.sigma}};
@@ -68,12 +77,14 @@ std::vector<Column> linesColumns(const FourierStack &stack)
     };
     std::vector<double> periods;
     std::vector<double> harmonics;
+    std::vector<double> foldBins;
     QStringList hours;
     QStringList growth;
     QStringList marks;
     for (const FourierLine &line : stack.lines) {
         periods.push_back(line.period());
-        harmonics.push_back(line.harmonics);
+        harmonics.push_back(stack.ffa ? line.width : line.harmonics);
+        foldBins.push_back(line.foldBins);
         QStringList powers;
         for (const double power : line.bySolarHour)
             powers << (std::isnan(power) ? QString("-") : QString::number(power, 'f', 2));
@@ -85,19 +96,23 @@ std::vector<Column> linesColumns(const FourierStack &stack)
         marks << (line.marks().isEmpty() ? QString("-") : line.marks().join("; "));
     }
     using L = FourierLine;
-    return {{"frequency_barycentre", "Hz", numbers(&L::barycentric)},
-            {"frequency_telescope", "Hz", numbers(&L::telescope)},
-            {"period", "s", periods},
-            {"harmonics", "", harmonics},
-            {"power", "", numbers(&L::power)},
-            {"significance", "sigma", numbers(&L::sigma)},
-            {"all_days", "sigma", numbers(&L::sigmaAll)},
-            {"without_strongest", "sigma", numbers(&L::withoutStrongest)},
-            {"first_half", "sigma", numbers(&L::firstHalf)},
-            {"second_half", "sigma", numbers(&L::secondHalf)},
-            {"by_solar_hour", "", hours},
-            {"growth", "", growth},
-            {"remark", "", marks}};
+    std::vector<Column> columns = {{"frequency_barycentre", "Hz", numbers(&L::barycentric)},
+                                   {"frequency_telescope", "Hz", numbers(&L::telescope)},
+                                   {"period", "s", periods},
+                                   {stack.ffa ? "width" : "harmonics", "", harmonics},
+                                   {stack.ffa ? "snr" : "power", "", numbers(&L::power)},
+                                   {"significance", "sigma", numbers(&L::sigma)},
+                                   {"all_days", "sigma", numbers(&L::sigmaAll)},
+                                   {"without_strongest", "sigma", numbers(&L::withoutStrongest)},
+                                   {"first_half", "sigma", numbers(&L::firstHalf)},
+                                   {"second_half", "sigma", numbers(&L::secondHalf)},
+                                   {"by_solar_hour", "", hours},
+                                   {"growth", "", growth},
+                                   {"remark", "", marks}};
+    constexpr int behindWidth = 4;
+    if (stack.ffa)
+        columns.insert(columns.begin() + behindWidth, {"fold_bins", "", foldBins});
+    return columns;
 }
 
 std::vector<Column> daysColumns(const std::vector<FourierDay> &days,

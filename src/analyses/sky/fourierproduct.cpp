@@ -1,11 +1,13 @@
 #include "analyses/sky/fourierproduct.h"
-#include "analyses/days/fourierday.h"
+#include "analyses/days/stackevidence.h"
 #include "analyses/sky/linemeasure.h"
 #include "calc/significance.h"
+#include "calc/whitening.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 // Whitened powers of the stretches as the product that is stacked.
 
@@ -35,9 +37,8 @@ int binsOf(const SkyPlan &plan)
 
 bool isTurned(const SkyPlan &plan)
 {
-    const bool isKnown = std::all_of(plan.rays.begin(), plan.rays.end(),
-                                     [](const SkyRay &ray) { return ray.beam.isKnown(); });
-    return plan.parameters.earthMotion && isKnown && binsOf(plan) * earthMotion > leastTurn;
+    return plan.parameters.earthMotion && plan.knowsBeams() &&
+           binsOf(plan) * earthMotion > leastTurn;
 }
 
 int perBin(const SkyPlan &plan)
@@ -48,6 +49,24 @@ int perBin(const SkyPlan &plan)
 double binWidth(const SkyPlan &plan)
 {
     return 1 / (2 * double(plan.parameters.points) * plan.header.tresolution);
+}
+
+Days::PreparedSeries seriesOf(const CellStretch &stretch, const SkyPlan &plan)
+{
+    const std::vector<float> sums(stretch.sums, stretch.sums + stretch.points);
+    std::vector<float> back;
+    if (stretch.backSums)
+        back.assign(stretch.backSums, stretch.backSums + stretch.points);
+    return Days::preparedSeries(sums, back, plan.parameters.noise);
+}
+
+void countHigh(const std::vector<float> &powers, CellProduct &product)
+{
+    const auto first =
+        powers.begin() + std::min<std::ptrdiff_t>(Days::lowestBin, std::ptrdiff_t(powers.size()));
+    product.above = int(
+        std::count_if(first, powers.end(), [](float power) { return power > Days::highPower; }));
+    product.expectedAbove = Days::expectedAbove(int(powers.end() - first));
 }
 
 namespace {
@@ -81,22 +100,13 @@ std::vector<float> turned(const std::vector<float> &powers, double ratio, int ea
 CellProduct ofStretch(const CellStretch &stretch, const SkyPlan &plan)
 {
     CellProduct product;
-    const std::vector<float> sums(stretch.sums, stretch.sums + stretch.points);
-    std::vector<float> back;
-    if (stretch.backSums)
-        back.assign(stretch.backSums, stretch.backSums + stretch.points);
-    const Days::PreparedSeries series = Days::preparedSeries(sums, back, plan.parameters.noise);
+    const Days::PreparedSeries series = seriesOf(stretch, plan);
     product.problem = series.problem;
     if (!product.problem.isEmpty())
         return product;
     product.values =
         Days::whitenedPowers(series.values, plan.parameters.averageCount, plan.parameters.window);
-    const auto first =
-        product.values.begin() +
-        std::min<std::ptrdiff_t>(Days::lowestBin, std::ptrdiff_t(product.values.size()));
-    product.above = int(std::count_if(first, product.values.end(),
-                                      [](float power) { return power > Days::highPower; }));
-    product.expectedAbove = Days::expectedAbove(int(product.values.end() - first));
+    countHigh(product.values, product);
     if (isTurned(plan))
         product.values = turned(product.values, stretch.ratio, turnedPerBin);
     return product;
@@ -140,7 +150,8 @@ FineStack fineStack(const std::vector<double> &sums, double shape, const SkyPlan
     for (std::size_t bin = 0; bin < atBins.size(); ++bin)
         atBins[bin] = sums[bin * std::size_t(each)];
     const int window = std::min(levelWindows * plan.parameters.window, bins) - 1;
-    stack.level = Days::levelOfStack(atBins, shape, window | 1);
+    stack.level = Days::levelOfStack(
+        atBins, Tools::medianWhitenedPower(shape, plan.parameters.window), window | 1);
     stack.search.shape = shape;
     stack.search.lowestBin = Days::lowestBin;
     stack.search.harmonics = plan.parameters.harmonics;
@@ -163,7 +174,8 @@ std::vector<CellLine> linesOf(const CellStack &cell, const SkyPlan &plan, double
     stack.search.lowestSigma =
         Tools::sigmaOfTail(Tools::logTailOfTrials(highestLogTail, trialsOf(plan)));
     std::vector<CellLine> lines;
-    for (const Days::StackLine &line : Days::findLines(stack.fine, stack.level, stack.search)) {
+    for (const Days::StackLine &line :
+         Days::findLines(std::move(stack.fine), stack.level, stack.search)) {
         const double tail = Tools::logGammaTail(stack.search.shape * line.harmonics, line.power);
         if (tail <= highestLogTail)
             lines.push_back({line.bin * perBin(plan), line.harmonics, line.power, tail});
@@ -192,7 +204,7 @@ double powerAt(const CellStack &cell, const SkyPlan &plan, const CellLine &line)
                           : harmonicSum(fineStack(cell.sums, cell.days, plan), line, perBin(plan));
 }
 
-double logTail(int days, const CellLine &line, double power)
+double logTail(const SkyPlan & /*plan*/, int days, const CellLine &line, double power)
 {
     return days == 0 ? 0 : Tools::logGammaTail(double(days) * line.harmonics, power);
 }
@@ -220,8 +232,47 @@ std::vector<float> significance(const CellStack &cell, const SkyPlan &plan)
     if (cell.days == 0)
         return std::vector<float>(std::size_t(binsOf(plan)),
                                   std::numeric_limits<float>::quiet_NaN());
-    const FineStack stack = fineStack(cell.sums, cell.days, plan);
-    return Days::bestSigmas(stack.fine, stack.level, stack.search);
+    FineStack stack = fineStack(cell.sums, cell.days, plan);
+    return Days::bestSigmas(std::move(stack.fine), stack.level, stack.search);
+}
+
+DayNoise noiseOfDay(const SkyPlan & /*plan*/, const CellLine &line)
+{
+    return {double(line.harmonics), double(line.harmonics)};
+}
+
+double meanPower(const SkyPlan & /*plan*/, const CellLine &line, int days)
+{
+    return line.power / (double(days) * line.harmonics);
+}
+
+double tolerance(const SkyPlan & /*plan*/, const CellLine &line)
+{
+    return 1.0 / line.harmonics;
+}
+
+PositionRange sameLine(const SkyPlan &plan, const CellLine &line)
+{
+    constexpr double within = 2; // bins of the padded spectrum, which is 1 / T
+    const double apart = within * perBin(plan);
+    return {line.position - apart, line.position + apart};
+}
+
+// The strongest of the harmonics tells.
+bool isHum(const CellStack &cell, const SkyPlan &plan, const CellLine &line, double telescope,
+           const std::vector<Days::DayHum> &hum)
+{
+    int strongest = 1;
+    double most = 0;
+    for (int harmonic = 1; harmonic <= line.harmonics; ++harmonic) {
+        const double power = powerAt(cell, plan, {line.position * harmonic, 1, 0, 0});
+        if (power > most) {
+            most = power;
+            strongest = harmonic;
+        }
+    }
+    const double rate = 2 * axisAt(plan, positions(plan));
+    return Days::isHumAt(hum, telescope * strongest, rate, binWidth(plan));
 }
 
 } // namespace
@@ -235,6 +286,9 @@ const SkyMethod &fourierMethod()
         made.clip = clipHeight;
         made.axisAt = axisAt;
         made.axisName = axisName;
+        made.columns = binsOf;
+        made.frequencyAt = axisAt;
+        made.isTurned = isTurned;
         made.ofStretch = ofStretch;
         made.trials = trialsOf;
         made.linesOf = linesOf;
@@ -242,6 +296,11 @@ const SkyMethod &fourierMethod()
         made.powerAt = powerAt;
         made.logTail = logTail;
         made.clippedLogTail = clippedLogTail;
+        made.noiseOfDay = noiseOfDay;
+        made.meanPower = meanPower;
+        made.tolerance = tolerance;
+        made.sameLine = sameLine;
+        made.isHum = isHum;
         made.measure = measureLine;
         return made;
     }();

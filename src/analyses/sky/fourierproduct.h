@@ -13,6 +13,11 @@ bool isTurned(const SkyPlan &plan);
 int perBin(const SkyPlan &plan);
 double binWidth(const SkyPlan &plan); ///< Hz
 
+/// A stretch less its base line; every product begins with it.
+Days::PreparedSeries seriesOf(const CellStretch &stretch, const SkyPlan &plan);
+/// Fills in the numbers of high powers, which tell of a product whether it is disturbed.
+void countHigh(const std::vector<float> &powers, CellProduct &product);
+
 /// A stack on the fine positions of harmonic sums, with its level. Left out interference counts as
 /// noise without scatter.
 struct FineStack {

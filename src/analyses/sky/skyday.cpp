@@ -333,9 +333,9 @@ std::vector<int> placesOf(const ObservationData &header, int count,
 
 } // namespace
 
-const SkyMethod &methodOf(Product)
+const SkyMethod &methodOf(Product product)
 {
-    return fourierMethod();
+    return product == Product::Ffa ? ffaMethod() : fourierMethod();
 }
 
 PassageEnd addPassage(const PassageSamples &samples, const Passage &passage, const SkyPlan &plan,

@@ -20,7 +20,9 @@ constexpr char mapManual[] =
     "ascension of the stretches or the dispersion. Every recording is read once. What was added "
     "up\n"
     "is kept: a stopped or killed command goes on where it was, and other maps and the search of\n"
-    "the same stacks read no recording at all.";
+    "the same stacks read no recording at all.\n"
+    "With --ffa, \"FFA - map\" of the workbench, folds at trial periods are added up in place of\n"
+    "spectra: see the command stack for which pulsars they show.";
 
 constexpr char mapExamples[] =
     "Examples: rays 1 to 8, the map of ray 3 over right ascension; the same over dispersions:\n"
@@ -36,7 +38,9 @@ constexpr char searchManual[] =
     "candidate, harmonics stand under their base. Period, dispersion and position come with their\n"
     "errors, the significance counts the trials of the whole search. Verdicts and notes of a "
     "table\n"
-    "that stands in its place already are taken over.";
+    "that stands in its place already are taken over. With --ffa, \"FFA\" of the workbench, "
+    "periods\n"
+    "at which the days fold are searched; the position is then that of the best stretch and ray.";
 
 constexpr char searchExamples[] = "Examples: eight rays at twenty dispersions; the second of four "
                                   "parts of the days, whose stacks\n"
@@ -149,6 +153,45 @@ std::vector<SkyField> spectrumFields()
     };
 }
 
+template <auto member>
+FieldRef ffaRefOf(P &parameters)
+{
+    return &(parameters.ffa.*member);
+}
+
+// What the search of one recording calls it; its name stands in headers too.
+SkyField foldField(const QString &option, FieldRef (*of)(P &), const QString &unit = {},
+                   const QString &preset = {})
+{
+    SkyField made = field(pulsarField(option), of);
+    made.key = made.name;
+    made.unit = unit;
+    made.isOptional = !preset.isEmpty();
+    if (made.isOptional)
+        made.help += " 0: " + preset + ".";
+    return made;
+}
+
+std::vector<SkyField> foldFields()
+{
+    using F = FfaParameters;
+    return {
+        field({"ffa", "--ffa", "", "Add up folds at trial periods in place of spectra.", "ffa"},
+              refOf<&P::isFfa>),
+        foldField("--period-min", ffaRefOf<&F::period_min>, "s",
+                  "as short as the bins allow, 0.1 s at least"),
+        foldField("--period-max", ffaRefOf<&F::period_max>, "s",
+                  "as long as the fewest periods allow, 30 s at most"),
+        foldField("--bins-min", ffaRefOf<&F::bins_min>),
+        foldField("--bins-max", ffaRefOf<&F::bins_max>),
+        foldField("--ducy-max", ffaRefOf<&F::ducy_max>),
+        foldField("--wtsp", ffaRefOf<&F::wtsp>),
+        foldField("--fpmin", ffaRefOf<&F::fpmin>),
+        foldField("--no-deredden", ffaRefOf<&F::deredden>),
+        foldField("--rmed-width", ffaRefOf<&F::rmed_width>, "s", "three of the longest periods"),
+        foldField("--rmed-minpts", ffaRefOf<&F::rmed_minpts>)};
+}
+
 SkyField harmonicsField()
 {
     return field(ranged({"harmonics", "--harmonics", "N",
@@ -213,27 +256,46 @@ std::vector<SkyField> mapFields()
     };
 }
 
+// Of the stacks of either product.
 const std::vector<SkyField> &stackFields()
 {
     static const std::vector<SkyField> all = [] {
         std::vector<SkyField> fields = cellFields();
-        for (const std::vector<SkyField> &more : {placeFields(), spectrumFields()})
+        for (const std::vector<SkyField> &more : {placeFields(), spectrumFields(), foldFields()})
             fields.insert(fields.end(), more.begin(), more.end());
         return fields;
     }();
     return all;
 }
 
-std::vector<const SkyField *> fieldsOf(const std::vector<SkyField> &own)
+bool isAmong(const std::vector<SkyField> &fields, const SkyField &field)
+{
+    return std::any_of(fields.begin(), fields.end(),
+                       [&field](const SkyField &one) { return one.option == field.option; });
+}
+
+std::vector<const SkyField *> fieldsOf(const std::vector<SkyField> &own, Product product)
 {
     std::vector<const SkyField *> fields;
     for (const SkyField &field : skyFields()) {
-        const auto isIt = [&field](const SkyField &one) { return one.option == field.option; };
-        if (decidesStacks(field) || field.option == "--harmonics" ||
-            std::any_of(own.begin(), own.end(), isIt))
+        const bool isHarmonics = field.option == "--harmonics" && product == Product::Fourier;
+        if (decidesStacks(field, product) || isHarmonics || isAmong(own, field))
             fields.push_back(&field);
     }
     return fields;
+}
+
+// The same with folds.
+SkyAnalysis withFolds(SkyAnalysis analysis, const QString &label, const std::vector<SkyField> &own)
+{
+    analysis.name.replace("Fourier", "Ffa");
+    analysis.label = label;
+    analysis.chosenBy = "--ffa";
+    analysis.flags.ffa = true;
+    analysis.product = Product::Ffa;
+    analysis.presets.isFfa = true;
+    analysis.fields = fieldsOf(own, Product::Ffa);
+    return analysis;
 }
 
 } // namespace
@@ -250,11 +312,13 @@ const std::vector<SkyField> &skyFields()
     return all;
 }
 
-bool decidesStacks(const SkyField &field)
+bool decidesStacks(const SkyField &field, Product product)
 {
-    const std::vector<SkyField> &fields = stackFields();
-    return std::any_of(fields.begin(), fields.end(),
-                       [&field](const SkyField &one) { return one.option == field.option; });
+    static const std::vector<SkyField> folds = foldFields();
+    const QStringList ofSpectra = {"--average", "--window"};
+    const bool isOther =
+        product == Product::Ffa ? ofSpectra.contains(field.option) : isAmong(folds, field);
+    return isAmong(stackFields(), field) && !isOther;
 }
 
 const std::vector<SkyAnalysis> &skyAnalyses()
@@ -267,7 +331,7 @@ const std::vector<SkyAnalysis> &skyAnalyses()
         map.flags = {false, true, false};
         map.manual = mapManual;
         map.examples = mapExamples;
-        map.fields = fieldsOf(mapFields());
+        map.fields = fieldsOf(mapFields(), Product::Fourier);
         SkyAnalysis search;
         search.name = "searchOfDaysFourier";
         search.label = "Fourier";
@@ -275,8 +339,9 @@ const std::vector<SkyAnalysis> &skyAnalyses()
         search.flags = {false, false, true};
         search.manual = searchManual;
         search.examples = searchExamples;
-        search.fields = fieldsOf(searchFields());
-        return std::vector<SkyAnalysis>{map, search};
+        search.fields = fieldsOf(searchFields(), Product::Fourier);
+        return std::vector<SkyAnalysis>{map, search, withFolds(map, "FFA - map", mapFields()),
+                                        withFolds(search, "FFA", searchFields())};
     }();
     return all;
 }

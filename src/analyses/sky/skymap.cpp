@@ -2,6 +2,7 @@
 
 #include "base/numbertext.h"
 #include "calc/approximation.h"
+#include "calc/significance.h"
 #include "coords/filenames.h"
 
 #include <algorithm>
@@ -50,9 +51,9 @@ public:
                     addCell(row, other);
             }
         }
-        const double positions = stack.shape().positions;
-        map.first = method.axisAt(plan, 0);
-        map.step = method.axisAt(plan, positions / std::max(1, map.columns)) - map.first;
+        if (chosen < 0)
+            countTrials(others);
+        findAxis();
         const bool hasDay = std::any_of(map.rows.begin(), map.rows.end(),
                                         [](const MapRow &row) { return row.days > 0; });
         if (!hasDay)
@@ -61,6 +62,17 @@ public:
     }
 
 private:
+    void findAxis()
+    {
+        for (int column = 0; plan.trials && column < map.columns; ++column)
+            map.axis.push_back(method.axisAt(plan, column));
+        if (plan.trials)
+            return;
+        const double positions = stack.shape().positions;
+        map.first = method.axisAt(plan, 0);
+        map.step = method.axisAt(plan, positions / std::max(1, map.columns)) - map.first;
+    }
+
     void addRow(int row)
     {
         const SkyRay &ray = plan.rays[std::size_t(map.choice.ray)];
@@ -97,7 +109,18 @@ private:
         }
         MapRow &told = map.rows.back();
         const int days = stack.days(map.choice.ray, start);
-        told.days = told.days == 0 ? days : std::min(told.days, days);
+        if (days > 0)
+            told.days = told.days == 0 ? days : std::min(told.days, days);
+    }
+
+    // The best of many cells is high in noise too.
+    void countTrials(int cells)
+    {
+        for (float &sigma : map.sigma) {
+            if (!std::isnan(sigma))
+                sigma = float(
+                    Tools::sigmaOfTail(Tools::logTailOfTrials(Tools::logNormalTail(sigma), cells)));
+        }
     }
 
     const SkyStack &stack;
@@ -107,6 +130,14 @@ private:
 };
 
 } // namespace
+
+double SkyMap::axisAt(double column) const
+{
+    if (axis.empty())
+        return first + column * step;
+    const double last = double(axis.size()) - 1;
+    return axis[std::size_t(std::clamp(std::round(column), 0.0, last))];
+}
 
 MapChoiceOrProblem mapChoiceOf(const SkyPlan &plan)
 {

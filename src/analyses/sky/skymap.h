@@ -2,8 +2,8 @@
 
 #include "analyses/sky/skyrun.h"
 
-/// Significance of the harmonic sum over days, against frequency and place of the sky, or
-/// dispersion.
+/// Significance over days, of harmonic sums against frequency or of folds against period, and place
+/// of the sky, or dispersion.
 namespace Sky {
 
 struct MapChoice {
@@ -23,21 +23,25 @@ MapChoiceOrProblem mapChoiceOf(const SkyPlan &plan);
 struct MapRow {
     QString name;     ///< right ascension, or dispersion
     double value = 0; ///< the same: radians, or pc/cm^3; not a number where unknown
-    int days = 0;     ///< fewest of its cells
+    int days = 0;     ///< fewest of its cells that have any
 };
 
 struct SkyMap {
     MapChoice choice;
-    std::vector<float> sigma;       ///< row r begins at r x columns; NaN below the lowest line
+    /// Row r begins at r x columns; NaN below the lowest line. After the trials of one column, and
+    /// of all cells where the best of them is shown.
+    std::vector<float> sigma;
     std::vector<std::int16_t> best; ///< index of dispersion or start with that significance
     int columns = 0;
     std::vector<MapRow> rows;
-    double first = 0; ///< frequency, Hz, or period, s, of column 0 and from one to the next
+    double first = 0; ///< frequency, Hz, of column 0 and from one to the next
     double step = 1;
     QString axisName; ///< with its unit and, of frequencies, whose they are
     QString problem;  ///< why there is none; empty otherwise
 
-    double axisAt(double column) const { return first + column * step; }
+    std::vector<double> axis; ///< of every column where they are not evenly apart; empty otherwise
+
+    double axisAt(double column) const;
 };
 
 SkyMap mapOf(const SkyStack &stack, const SkyPlan &plan, const MapChoice &choice);

@@ -2,6 +2,7 @@
 
 #include "analyses/days/dayplace.h"
 #include "calc/analysis.h"
+#include "calc/ffasearch.h"
 #include "calc/fieldproblem.h"
 
 #include <optional>
@@ -41,7 +42,10 @@ struct SkyParameters : Days::DayPlace {
     int averageCount = 0;
     int window = 257;        ///< bins, odd, whose median is the noise around a line
     bool earthMotion = true; ///< turn frequencies to the barycentre
-    bool allDays = false;    ///< count stretches too that most rays show as disturbed
+    bool isFfa = false;      ///< fold in place of spectra
+    /// Of folds; what is 0 suits the stretches: see Days::ffaOfDays().
+    FfaParameters ffa = {.period_min = 0, .period_max = 0, .rmed_width = 0};
+    bool allDays = false; ///< count stretches too that most rays show as disturbed
 
     double beamAlfa = 0.8;  ///< degrees on the sky: full width of the beams at half maximum
     double beamDelta = 0.6; ///< the same in declination
@@ -73,8 +77,8 @@ const SkyAnalysis *findSkyAnalysis(const SurveyFlags &flags);
 /// All parameters, in the order of the help and of the headers of tables.
 const std::vector<SkyField> &skyFields();
 
-/// Those that the stacks depend on; the others are chosen when the stacks are there.
-bool decidesStacks(const SkyField &field);
+/// Those that the stacks of a product depend on; the others are chosen when the stacks are there.
+bool decidesStacks(const SkyField &field, Product product);
 
 /// Everything for which the parameters are refused, whatever the recordings are.
 std::vector<FieldProblem> problemsOf(const SkyParameters &parameters);

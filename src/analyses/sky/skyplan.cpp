@@ -1,6 +1,7 @@
 #include "analyses/sky/skyplan.h"
 
 #include "analyses/days/dayseries.h"
+#include "analyses/days/ffaday.h"
 #include "analyses/days/fourierdays.h"
 #include "base/timetext.h"
 #include "coords/skyclock.h"
@@ -85,7 +86,7 @@ public:
         plan.leftOut = list.leftOut;
         plan.header.tresolution = list.tresolution;
         plan.header.fbands = list.fbands;
-        if (!findReach())
+        if (!findReach() || !findTrials())
             return;
         findStarts();
         for (int number = 0; number < plan.starts; ++number)
@@ -137,6 +138,20 @@ private:
             {"dispersions", "The bands cannot be delayed: there are fewer than 32 of them, or the "
                             "highest dispersion is too high."});
         return false;
+    }
+
+    // What the search of a stretch will be, or why it cannot be.
+    bool findTrials()
+    {
+        if (plan.product != Product::Ffa)
+            return true;
+        const int points = plan.parameters.points;
+        const double step = plan.header.tresolution;
+        const FfaParameters ffa = Days::ffaOfDays(plan.parameters.ffa, points, step);
+        plan.problems = Days::problemsOfTrials(ffa, points, step);
+        if (plan.problems.empty())
+            plan.trials = Days::sharedTrials(ffa, points, step);
+        return plan.problems.empty();
     }
 
     void findStarts()
@@ -361,6 +376,12 @@ int Passage::points() const
 bool DateRange::contains(const QDate &date) const
 {
     return (!first.isValid() || date >= first) && (!last.isValid() || date <= last);
+}
+
+bool SkyPlan::knowsBeams() const
+{
+    return std::all_of(rays.begin(), rays.end(),
+                       [](const SkyRay &ray) { return ray.beam.isKnown(); });
 }
 
 qint64 SkyPlan::cells() const

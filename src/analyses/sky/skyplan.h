@@ -1,9 +1,11 @@
 #pragma once
 
+#include "analyses/days/ffatrials.h"
 #include "analyses/days/interference.h"
 #include "analyses/sky/skyparameters.h"
 
 #include <QByteArray>
+#include <memory>
 
 /// Which points of which recordings belong to which cell.
 namespace Sky {
@@ -41,7 +43,8 @@ struct SkyPlan {
     SkyParameters parameters;
     Product product = Product::Fourier;
     std::vector<SkyRay> rays;
-    std::vector<double> dispersions; ///< pc/cm^3, ascending
+    std::vector<double> dispersions;               ///< pc/cm^3, ascending
+    std::shared_ptr<const Days::FfaTrials> trials; ///< of folds; null in spectra
     int starts = 1;
     int startStep = 1024;          ///< points from one stretch to the next
     ObservationData header;        ///< step and bands of all days, no samples
@@ -56,6 +59,7 @@ struct SkyPlan {
 
     qint64 cells() const;
     int rayCount() const { return int(rays.size()); }
+    bool knowsBeams() const; ///< of all rays
     /// UTC of the middle of a stretch.
     QDateTime middleOf(const Passage &passage, int start) const;
     /// What the ray points to then; no numbers where the beam is not known.

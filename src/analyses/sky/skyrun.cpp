@@ -297,7 +297,7 @@ QByteArray requestOf(const SkyPlan &plan)
 {
     QByteArray request = plan.product == Product::Fourier ? "fourier" : "ffa";
     for (const SkyField &field : skyFields()) {
-        if (decidesStacks(field))
+        if (decidesStacks(field, plan.product))
             request += ";" + field.key.toUtf8() + "=" +
                        Tools::headerText(field.valueIn(plan.parameters)).toUtf8();
     }

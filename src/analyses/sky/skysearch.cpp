@@ -1,6 +1,8 @@
 #include "analyses/sky/skysearch.h"
 
 #include "analyses/days/stackevidence.h"
+#include "analyses/sky/candidateorder.h"
+#include "analyses/sky/fourierproduct.h"
 #include "calc/pulsar/bandsum.h"
 #include "calc/significance.h"
 #include "coords/barycentre.h"
@@ -15,8 +17,6 @@ namespace Sky {
 namespace {
 
 constexpr int mostLinesOfCell = 64;
-constexpr int raysOfModule = 8;
-constexpr double mergedWithin = 2;   // bins of the padded spectrum, which is 1 / T
 constexpr double sameInRays = 1.5;   // bins
 constexpr int fewestForTrimming = 5; // days
 constexpr double lowestTold = -9;    // sigma: noise all over, for which there is no number
@@ -54,10 +54,7 @@ public:
              const Jobs::Control &runControl)
         : stack(skyStack), plan(skyPlan), threads(threadCount), control(runControl),
           method(methodOf(skyPlan.product)), dispersions(differingDispersions(skyPlan))
-    {
-        perBin = stack.shape().positions / std::max(1, countOfBins());
-        binWidth = method.axisAt(plan, perBin);
-    }
+    {}
 
     SkySearch search()
     {
@@ -72,16 +69,11 @@ public:
         join();
         for (SkyCandidate &candidate : result.candidates)
             describe(candidate);
-        order();
+        result.candidates = orderedCandidates(std::move(result.candidates), plan);
         return std::move(result);
     }
 
 private:
-    int countOfBins() const
-    {
-        return plan.parameters.points >> std::clamp(plan.parameters.averageCount, 0, 30);
-    }
-
     void countTrials()
     {
         for (int ray = 0; ray < plan.rayCount(); ++ray)
@@ -146,8 +138,8 @@ private:
     // Only to compare rays with: what turned axes differ by is less than a bin.
     double telescopeOf(const CellLine &line, double ratio) const
     {
-        const double axis = method.axisAt(plan, line.position);
-        return perBin > 1 && std::isfinite(ratio) ? axis * ratio : axis;
+        const double frequency = method.frequencyAt(plan, line.position);
+        return method.isTurned(plan) && std::isfinite(ratio) ? frequency * ratio : frequency;
     }
 
     // Lines of neighbouring cells that agree in frequency are one candidate: from the strongest on,
@@ -215,14 +207,13 @@ private:
             dispersion >= int(dispersions.size()) || start < 0 || start >= plan.starts ||
             plan.rays[std::size_t(ray)].module != plan.rays[std::size_t(one.ray)].module)
             return;
-        const double apart = mergedWithin * perBin;
+        const PositionRange same = method.sameLine(plan, one.line);
         const std::vector<Detection> &cell = ofCell[cellOf(ray, dispersion, start)];
         const auto isBelow = [](const Detection &other, double position) {
             return other.line.position < position;
         };
-        for (auto near =
-                 std::lower_bound(cell.begin(), cell.end(), one.line.position - apart, isBelow);
-             near != cell.end() && near->line.position <= one.line.position + apart; ++near) {
+        for (auto near = std::lower_bound(cell.begin(), cell.end(), same.first, isBelow);
+             near != cell.end() && near->line.position <= same.last; ++near) {
             if (isTaken(*near))
                 continue;
             takenOf(*near) = true;
@@ -242,7 +233,7 @@ private:
             stack.cell(candidate.ray, candidate.dispersionIndex, candidate.start);
         candidate.days = cell.days;
         candidate.harmonics = line.harmonics;
-        candidate.power = line.power / (double(cell.days) * line.harmonics);
+        candidate.power = method.meanPower(plan, line, cell.days);
         candidate.sigma = sigmaOf(line.logTail);
         candidate.falseAlarms = std::exp(line.logTail) * result.trials;
         const double clipped = method.clippedLogTail(cell, plan, line);
@@ -251,7 +242,7 @@ private:
         candidate.isInOtherRays = isInOtherRays(candidate);
         // A few days stand at some hour of the Sun whatever they are.
         candidate.isSolar = !candidate.isFewDays && keepsSolarTime(candidate);
-        candidate.isHum = isHum(cell, candidate);
+        candidate.isHum = method.isHum(cell, plan, line, candidate.telescope, hum());
         method.measure(stack, plan, line, candidate);
         findPulsars(candidate);
     }
@@ -274,11 +265,11 @@ private:
         std::set<int> places;
         for (const std::vector<Detection> &cell : ofCell) {
             for (const Detection &one : cell) {
-                if (std::abs(one.telescope - candidate.telescope) < sameInRays * binWidth)
-                    places.insert(placeOf(one.ray));
+                if (std::abs(one.telescope - candidate.telescope) < sameInRays * binWidth(plan))
+                    places.insert(placeOfRay(plan, one.ray));
             }
         }
-        const int own = placeOf(candidate.ray);
+        const int own = placeOfRay(plan, candidate.ray);
         int apart = 0;
         int last = -2;
         for (const int place : places) {
@@ -290,12 +281,6 @@ private:
         return apart >= enough;
     }
 
-    int placeOf(int ray) const
-    {
-        const SkyRay &one = plan.rays[std::size_t(ray)];
-        return one.module * raysOfModule + one.ray;
-    }
-
     // A line of the sky is as strong at all hours of the Sun. One that comes in half of the solar
     // day, and hardly in the other, belongs to the Earth. The days themselves are not kept: their
     // scatter is taken as that of noise with a signal whose strength scatters by as much as it is.
@@ -304,6 +289,7 @@ private:
         constexpr double fewestDays = 10;
         constexpr double leastDifference = 5; // sigma
         constexpr double mostLeft = 0.25;     // of the excess
+        const DayNoise noise = method.noiseOfDay(plan, candidate.line);
         std::vector<double> excess;
         std::vector<double> days;
         for (int quarter = 0; quarter < sunQuarters; ++quarter) {
@@ -312,7 +298,7 @@ private:
             days.push_back(cell.days);
             excess.push_back(cell.days == 0 ? 0
                                             : method.powerAt(cell, plan, candidate.line) -
-                                                  double(cell.days) * candidate.harmonics);
+                                                  double(cell.days) * noise.mean);
         }
         for (int first = 0; first < sunQuarters; ++first) {
             const int second = (first + 1) % sunQuarters;
@@ -325,7 +311,7 @@ private:
             const double out = (std::accumulate(excess.begin(), excess.end(), 0.0) - sum) / outDays;
             const auto varianceOf = [&](double mean) {
                 const double most = std::max(0.0, mean);
-                return candidate.harmonics + 2 * most + most * most;
+                return noise.variance + 2 * most + most * most;
             };
             const double error = std::sqrt(varianceOf(in) / inDays + varianceOf(out) / outDays);
             if (in - out > leastDifference * error && out < mostLeft * in)
@@ -334,24 +320,13 @@ private:
         return false;
     }
 
-    bool isHum(const CellStack &cell, const SkyCandidate &candidate) const
+    std::vector<Days::DayHum> hum() const
     {
         constexpr double perHertz = 1000;
-        std::vector<Days::DayHum> hum;
+        std::vector<Days::DayHum> all;
         for (const auto &[from, to] : stack.hum)
-            hum.push_back({from / perHertz, to / perHertz});
-        int strongest = 1;
-        double most = 0;
-        for (int harmonic = 1; harmonic <= candidate.harmonics; ++harmonic) {
-            const CellLine single = {candidate.line.position * harmonic, 1, 0, 0};
-            const double power = method.powerAt(cell, plan, single);
-            if (power > most) {
-                most = power;
-                strongest = harmonic;
-            }
-        }
-        const double rate = 2 * method.axisAt(plan, stack.shape().positions);
-        return Days::isHumAt(hum, candidate.telescope * strongest, rate, binWidth);
+            all.push_back({from / perHertz, to / perHertz});
+        return all;
     }
 
     void findPulsars(SkyCandidate &candidate) const
@@ -365,68 +340,7 @@ private:
         candidate.pulsars = Days::matchesOf(
             Days::pulsarsInBeam(ray.beam, direction, middle.date(),
                                 plan.parameters.points * plan.header.tresolution),
-            direction, candidate.barycentric, binWidth, Tools::modifiedJulianDay(middle));
-    }
-
-    bool isBehind(const SkyCandidate &candidate) const
-    {
-        return candidate.isFewDays || candidate.isInOtherRays || candidate.isSolar ||
-               candidate.isHum;
-    }
-
-    bool areNear(const SkyCandidate &one, const SkyCandidate &other) const
-    {
-        if (one.isInOtherRays && other.isInOtherRays)
-            return true;
-        return std::abs(one.start - other.start) <= 2 &&
-               std::abs(placeOf(one.ray) - placeOf(other.ray)) <= 1;
-    }
-
-    // Whether one is a small fraction of the other, to the bin over its harmonics that either is
-    // right to.
-    bool relate(SkyCandidate &candidate, const SkyCandidate &base) const
-    {
-        constexpr int highest = 16;
-        const double own = candidate.line.position / perBin;
-        const double other = base.line.position / perBin;
-        for (int q = 1; q <= highest; ++q) {
-            const int p = int(std::lround(own * q / other));
-            const double tolerance = 1.0 / candidate.harmonics + double(p) / q / base.harmonics;
-            if (p < 1 || p > highest || std::abs(own - other * p / q) > std::min(1.0, tolerance))
-                continue;
-            candidate.relatedP = p;
-            candidate.relatedQ = q;
-            return true;
-        }
-        return false;
-    }
-
-    void order()
-    {
-        std::vector<SkyCandidate> found = std::move(result.candidates);
-        std::stable_partition(found.begin(), found.end(),
-                              [this](const SkyCandidate &one) { return !isBehind(one); });
-        std::vector<int> baseOf(found.size(), -1);
-        for (std::size_t i = 1; i < found.size(); ++i) {
-            for (std::size_t base = 0; base < i && baseOf[i] < 0; ++base) {
-                if (baseOf[base] < 0 && areNear(found[i], found[base]) &&
-                    relate(found[i], found[base]))
-                    baseOf[i] = int(base);
-            }
-        }
-        result.candidates.clear();
-        for (std::size_t base = 0; base < found.size(); ++base) {
-            if (baseOf[base] >= 0)
-                continue;
-            const int place = int(result.candidates.size());
-            result.candidates.push_back(found[base]);
-            for (std::size_t i = base + 1; i < found.size(); ++i) {
-                if (baseOf[i] != int(base))
-                    continue;
-                found[i].relatedTo = place;
-                result.candidates.push_back(found[i]);
-            }
-        }
+            direction, candidate.barycentric, binWidth(plan), Tools::modifiedJulianDay(middle));
     }
 
     const SkyStack &stack;
@@ -434,9 +348,7 @@ private:
     const int threads;
     const Jobs::Control &control;
     const SkyMethod &method;
-    const std::vector<int> dispersions; // indices of those that differ
-    int perBin = 1;
-    double binWidth = 0;                        // Hz
+    const std::vector<int> dispersions;         // indices of those that differ
     std::vector<std::vector<Detection>> ofCell; // by position
     std::vector<std::vector<bool>> taken;
     SkySearch result;
@@ -491,7 +403,8 @@ std::vector<double> sigmaOverDispersions(const SkyStack &stack, const SkyPlan &p
     for (int i = 0; i < int(plan.dispersions.size()); ++i) {
         const CellStack cell = stack.cell(candidate.ray, i, candidate.start);
         const double power = method.powerAt(cell, plan, candidate.line);
-        sigmas.push_back(Tools::sigmaOfTail(method.logTail(cell.days, candidate.line, power)));
+        sigmas.push_back(
+            Tools::sigmaOfTail(method.logTail(plan, cell.days, candidate.line, power)));
     }
     return sigmas;
 }

@@ -120,10 +120,11 @@ struct NeededColumns {
         : barycentric(columnNamed(columns, "frequency_barycentre")),
           telescope(columnNamed(columns, "frequency_telescope")),
           period(columnNamed(columns, "period")), sigma(columnNamed(columns, "significance")),
-          harmonics(columnNamed(columns, "harmonics")), module(columnNamed(columns, "module")),
-          ray(columnNamed(columns, "ray")), dispersion(columnNamed(columns, "cell_dispersion")),
-          start(columnNamed(columns, "start")), verdict(columnNamed(columns, "verdict")),
-          note(columnNamed(columns, "note"))
+          harmonics(columnNamed(columns, "harmonics") ? columnNamed(columns, "harmonics")
+                                                      : columnNamed(columns, "width")),
+          module(columnNamed(columns, "module")), ray(columnNamed(columns, "ray")),
+          dispersion(columnNamed(columns, "cell_dispersion")), start(columnNamed(columns, "start")),
+          verdict(columnNamed(columns, "verdict")), note(columnNamed(columns, "note"))
     {}
 
     bool areThere() const
@@ -132,6 +133,29 @@ struct NeededColumns {
                dispersion && start && verdict && note;
     }
 };
+
+// What a row tells besides, as far as it was written.
+void readMeasured(SkyCandidate &candidate, const std::vector<Column> &columns, int row)
+{
+    constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
+    const auto number = [&](const QString &name) {
+        const Column *const column = columnNamed(columns, name);
+        return column ? numberAt(*column, row) : unknown;
+    };
+    const auto text = [&](const QString &name) {
+        const Column *const column = columnNamed(columns, name);
+        return column ? textAt(*column, row) : QString();
+    };
+    candidate.period.error = number("period_error");
+    candidate.dispersion = {number("dispersion"), number("dispersion_error")};
+    candidate.alfa = {Tools::rightAscensionOf(text("alfa")),
+                      number("alfa_error") / secondsPerRadian};
+    candidate.delta = {Tools::declinationOf(text("delta")),
+                       number("delta_error") / arcminutesPerRadian};
+    const double days = number("days");
+    constexpr double mostDays = 1e6;
+    candidate.days = days >= 0 && days <= mostDays ? int(days) : 0;
+}
 
 SkyCandidate candidateAt(const NeededColumns &columns, int row, const SkyPlan &plan)
 {
@@ -219,6 +243,7 @@ std::vector<Column> candidateColumns(const std::vector<SkyCandidate> &candidates
                                      const SkyPlan &plan)
 {
     using C = SkyCandidate;
+    const bool isFfa = plan.product == Product::Ffa;
     const auto rayOf = [&plan](const C &c) -> const SkyRay & {
         return plan.rays[std::size_t(c.ray)];
     };
@@ -252,8 +277,9 @@ std::vector<Column> candidateColumns(const std::vector<SkyCandidate> &candidates
             candidates, "false_alarms", "", [](const C &c) { return c.falseAlarms; }, 3),
         numbers(candidates, "without_strongest", "sigma",
                 [](const C &c) { return c.withoutStrongest; }),
-        numbers(candidates, "power", "", [](const C &c) { return c.power; }),
-        numbers(candidates, "harmonics", "", [](const C &c) { return c.harmonics; }),
+        numbers(candidates, isFfa ? "snr" : "power", "", [](const C &c) { return c.power; }),
+        numbers(candidates, isFfa ? "width" : "harmonics", "",
+                [](const C &c) { return c.harmonics; }),
         numbers(candidates, "days", "", [](const C &c) { return c.days; }),
         numbers(candidates, "cells", "", [](const C &c) { return c.cells; }),
         numbers(candidates, "module", "", [&](const C &c) { return rayOf(c).module; }),
@@ -269,6 +295,8 @@ std::vector<Column> candidateColumns(const std::vector<SkyCandidate> &candidates
 std::vector<Column> mapColumns(const SkyMap &map)
 {
     std::vector<Column> columns;
+    if (!map.axis.empty())
+        columns.push_back({"period", "s", map.axis});
     for (std::size_t row = 0; row < map.rows.size(); ++row) {
         const auto first = map.sigma.begin() + std::ptrdiff_t(row * std::size_t(map.columns));
         columns.push_back({map.rows[row].name, "", std::vector<float>(first, first + map.columns)});
@@ -282,12 +310,16 @@ std::vector<HeaderLine> mapLines(const SkyMap &map, const SkyPlan &plan)
     for (const MapRow &row : map.rows)
         days << QString::number(row.days);
     const SkyRay &ray = plan.rays[std::size_t(map.choice.ray)];
-    return {{"map", map.choice.axis == MapAxis::Starts ? "right ascension" : "dispersion"},
-            {"shown_ray", QString("%1/%2").arg(ray.module).arg(ray.ray)},
-            {"x", map.axisName},
-            {"x_first", numberText(map.first)},
-            {"x_step", numberText(map.step)},
-            {"days_of_rows", days.join(' ')}};
+    std::vector<HeaderLine> lines = {
+        {"map", map.choice.axis == MapAxis::Starts ? "right ascension" : "dispersion"},
+        {"shown_ray", QString("%1/%2").arg(ray.module).arg(ray.ray)},
+        {"x", map.axisName}};
+    if (map.axis.empty()) {
+        lines.push_back({"x_first", numberText(map.first)});
+        lines.push_back({"x_step", numberText(map.step)});
+    }
+    lines.push_back({"days_of_rows", days.join(' ')});
+    return lines;
 }
 
 CandidatesTable readCandidates(const QByteArray &bytes, const SkyPlan &plan)
@@ -310,8 +342,11 @@ CandidatesTable readCandidates(const QByteArray &bytes, const SkyPlan &plan)
     }
     if (!read.problem.isEmpty())
         return read;
-    for (int row = 0; row < table.table.rows(); ++row)
-        read.candidates.push_back(candidateAt(columns, row, plan));
+    for (int row = 0; row < table.table.rows(); ++row) {
+        SkyCandidate candidate = candidateAt(columns, row, plan);
+        readMeasured(candidate, table.table.columns, row);
+        read.candidates.push_back(std::move(candidate));
+    }
     read.table = table.table;
     return read;
 }

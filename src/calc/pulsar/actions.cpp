@@ -17,6 +17,13 @@ qint64 seriesBytes(qint64 points)
     return 5 * qint64(sizeof(double)) * points + bytesBeside;
 }
 
+qint64 bytesOfCut(const ObservationData &header, const PulsarParameters &given, int points)
+{
+    return given.cut.isEmpty()
+               ? 0
+               : qint64(std::min(cutBytes(given.cut, points, header.tresolution), 1e18));
+}
+
 } // namespace
 
 qint64 screenBytes(const ObservationData &header, const PulsarParameters &given)
@@ -26,13 +33,16 @@ qint64 screenBytes(const ObservationData &header, const PulsarParameters &given)
 
 qint64 foldBytes(const ObservationData &header, const PulsarParameters &given)
 {
-    return seriesBytes(foldPoints(header, given));
+    return seriesBytes(foldPoints(header, given)) +
+           bytesOfCut(header, given, foldPoints(header, given));
 }
 
 qint64 foldSumBytes(const ObservationData &header, const PulsarParameters &given)
 {
     const qint64 bins = qint64(given.period / header.tresolution) + 1;
-    return seriesBytes(foldSumPoints(header, given)) + 2 * sumBands * bins * qint64(sizeof(float));
+    return seriesBytes(foldSumPoints(header, given)) +
+           bytesOfCut(header, given, foldSumPoints(header, given)) +
+           2 * sumBands * bins * qint64(sizeof(float));
 }
 
 qint64 sumBytes(const ObservationData &header, const PulsarParameters &given)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calc/pulsar/cutlines.h"
 #include "calc/pulsar/pulsarresult.h"
 #include "data/observationdata.h"
 #include "jobs/control.h"
@@ -29,13 +30,16 @@ struct BandFold {
 namespace Pulsar {
 
 /// Folds the bands of the selected module and ray over the points from the first one on, less the
-/// base line of each band. Points whose samples lie outside the recording are left out.
+/// base line of each band and what is cut out. Points whose samples lie outside the recording are
+/// left out.
 ///
 /// @param data    finite samples; what is left out is constant
 /// @param count   points of the sum
 /// @param period  s, at least 2 samples
+/// @param cut     of the sum: frequencies to take out of every band
 /// @return without values when `control` stopped it
 BandFold foldBands(const ObservationData &data, const PulsarParameters &selected, int count,
-                   double period, int bins, const Jobs::Control &control);
+                   double period, int bins, const std::vector<CutBand> &cut,
+                   const Jobs::Control &control);
 
 } // namespace Pulsar

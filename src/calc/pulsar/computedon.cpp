@@ -155,7 +155,7 @@ QStringList computedOn(const QString &path, const QString &action, const Observa
         lines << "averaging: " + averagingText(action, parameters);
     if (reads(action, "--channels-off") && !parameters.channelsOff.isEmpty())
         lines << "channels left out: " + QString(parameters.channelsOff).replace(",", ", ");
-    lines << (parameters.deleteStep ? QString("steps taken out: %1").arg(result.steps)
+    lines << (parameters.deleteStep ? QString("steps taken out: %1").arg(result.jumps)
                                     : QString("steps: not taken out"));
     return lines;
 }

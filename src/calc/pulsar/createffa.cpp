@@ -1,7 +1,7 @@
 #include "calc/pulsar/actions.h"
 
 #include "calc/approximation.h"
-#include "calc/levelsteps.h"
+#include "calc/leveljumps.h"
 #include "calc/pulsar/bandsum.h"
 #include "calc/pulsar/checks.h"
 #include "calc/pulsar/remarks.h"
@@ -238,6 +238,7 @@ AnalysisOutcome createFfa(const PreparedSamples &samples, const PulsarParameters
     result.ffa = std::make_shared<const FfaResult>(
         FfaResult{std::move(series.values), tresolution, std::move(periodogram), std::move(mains),
                   Tools::wholeFactorSteps(ffa, count, tresolution)});
+    result.cut = series.cut;
     append({cutReport(given.cut, series.cut)}, result);
     append(noiseRemarks(*result.ffa), result);
     append(bandRemarks({samples.data, given, count, given.dispersion}, series.wholeBands), result);

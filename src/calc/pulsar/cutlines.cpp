@@ -1,5 +1,6 @@
 #include "calc/pulsar/cutlines.h"
 
+#include "calc/leveljumps.h"
 #include "calc/mainshum.h"
 #include "calc/notch.h"
 
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <numeric>
 #include <utility>
 
 namespace Pulsar {
@@ -119,8 +121,8 @@ Problems checkCut(const ObservationData &header, const QString &list)
     return {};
 }
 
-std::vector<CutBand> cutOut(const QString &list, double tresolution, std::vector<double> &series,
-                            const std::function<bool()> &goOn)
+std::vector<CutBand> bandsToCut(const QString &list, double tresolution,
+                                const std::vector<double> &series)
 {
     const Wanted wanted = wantedOf(list, tresolution);
     std::vector<CutBand> taken = wanted.bands;
@@ -128,14 +130,48 @@ std::vector<CutBand> cutOut(const QString &list, double tresolution, std::vector
         const std::vector<CutBand> hum = humBands(series, tresolution);
         taken.insert(taken.end(), hum.begin(), hum.end());
     }
-    taken = united(std::move(taken), fewestTurns / (double(series.size()) * tresolution));
-    std::vector<Tools::NotchBand> bands;
-    for (const CutBand &band : taken)
-        bands.push_back({band.low, band.high});
-    const std::vector<double> shares = Tools::notch(series, tresolution, bands, goOn);
-    for (std::size_t i = 0; i < taken.size(); ++i)
-        taken[i].variance = shares[i];
-    return taken;
+    return united(std::move(taken), fewestTurns / (double(series.size()) * tresolution));
+}
+
+void cutOut(std::vector<CutBand> &bands, double tresolution, std::vector<double> &series,
+            const std::function<bool()> &goOn)
+{
+    std::vector<Tools::NotchBand> ranges;
+    for (const CutBand &band : bands)
+        ranges.push_back({band.low, band.high});
+    const std::vector<double> shares = Tools::notch(series, tresolution, ranges, goOn);
+    for (std::size_t i = 0; i < bands.size(); ++i)
+        bands[i].variance = shares[i];
+}
+
+std::vector<CutBand> cutOut(const QString &list, double tresolution, std::vector<double> &series,
+                            const std::function<bool()> &goOn)
+{
+    std::vector<CutBand> bands = bandsToCut(list, tresolution, series);
+    cutOut(bands, tresolution, series, goOn);
+    return bands;
+}
+
+double noiseAfterCut(const std::vector<double> &series, const std::vector<CutBand> &bands,
+                     double tresolution)
+{
+    // Floats hold the noise above any level that is taken off.
+    const double mean = std::accumulate(series.begin(), series.end(), 0.0) /
+                        double(std::max<std::size_t>(series.size(), 1));
+    std::vector<float> samples;
+    samples.reserve(series.size());
+    for (const double value : series)
+        samples.push_back(float(value - mean));
+    const double noise = Tools::robustSigma(samples.data(), int(samples.size()));
+    // A difference of neighbours has the power 1 - cos(w) at w radians a sample.
+    const auto powerBelow = [tresolution](double frequency) {
+        const double turn = 2 * M_PI * frequency * tresolution;
+        return (turn - std::sin(turn)) / M_PI;
+    };
+    double left = 1;
+    for (const CutBand &band : bands)
+        left -= powerBelow(band.high) - powerBelow(band.low);
+    return left > 0 ? noise / std::sqrt(left) : 0;
 }
 
 double cutBytes(const QString &list, int points, double tresolution)
@@ -152,7 +188,8 @@ double cutBytes(const QString &list, int points, double tresolution)
     return sizeof(double) * double(count) + Tools::notchBytes(count, tresolution, bands);
 }
 
-Results::Report cutReport(const QString &list, const std::vector<CutBand> &bands)
+Results::Report cutReport(const QString &list, const std::vector<CutBand> &bands,
+                          const char *series)
 {
     Results::Report report;
     if (list.isEmpty())
@@ -162,7 +199,8 @@ Results::Report cutReport(const QString &list, const std::vector<CutBand> &bands
         return report;
     }
     report.addHeading(
-        "Cut out of the sum: frequencies, Hz, and the part of the variance that goes");
+        QString("Cut out of the %1: frequencies, Hz, and the part of the variance that goes")
+            .arg(series));
     Results::ReportTable table = {{{"from", "Hz"}, {"to", "Hz"}, {"variance", "%"}, {""}},
                                   "%1 to %2: %3 %4"};
     for (const CutBand &band : bands)

@@ -25,13 +25,22 @@ struct CutBand {
 /// What is wrong with a list for a recording.
 Problems checkCut(const ObservationData &header, const QString &list);
 
-/// Takes what a list without problems names out of a series: everything that oscillates within the
-/// bands, see Tools::notch. Bands that overlap or that are less than two turns over the series
-/// apart go as one.
+/// The bands that a list without problems names, in rising order; hum where this series shows it.
+/// Bands that overlap or that are less than two turns over the series apart are one.
+std::vector<CutBand> bandsToCut(const QString &list, double tresolution,
+                                const std::vector<double> &series);
+
+/// Takes bands out of a series: everything that oscillates within them, see Tools::notch.
 ///
-/// @param goOn  asked again and again, may be empty; false ends it, and the series is of no use
+/// @param bands  receive their variance
+/// @param goOn   asked again and again, may be empty; false ends it, and the series is of no use
 /// then
-/// @return what was taken out, in rising order; nothing of hum where none was found
+void cutOut(std::vector<CutBand> &bands, double tresolution, std::vector<double> &series,
+            const std::function<bool()> &goOn = {});
+
+/// Takes out of a series what bandsToCut() finds in it.
+///
+/// @return what was taken out
 std::vector<CutBand> cutOut(const QString &list, double tresolution, std::vector<double> &series,
                             const std::function<bool()> &goOn = {});
 
@@ -39,7 +48,15 @@ std::vector<CutBand> cutOut(const QString &list, double tresolution, std::vector
 /// with problems what the rest of it takes.
 double cutBytes(const QString &list, int points, double tresolution);
 
+/// Noise of a sample, as Tools::robustSigma tells it of differences, in a series of which bands
+/// were taken out: what white noise had before they took their part of it.
+double noiseAfterCut(const std::vector<double> &series, const std::vector<CutBand> &bands,
+                     double tresolution);
+
 /// What a report says of it.
-Results::Report cutReport(const QString &list, const std::vector<CutBand> &bands);
+///
+/// @param series  what was cut: "sum" or "channel"
+Results::Report cutReport(const QString &list, const std::vector<CutBand> &bands,
+                          const char *series = "sum");
 
 } // namespace Pulsar

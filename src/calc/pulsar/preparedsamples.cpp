@@ -1,6 +1,6 @@
 #include "calc/pulsar/preparedsamples.h"
 
-#include "calc/levelsteps.h"
+#include "calc/leveljumps.h"
 #include "calc/pulsar/actions.h"
 #include "calc/pulsar/bandsum.h"
 #include "calc/pulsar/channelsoff.h"
@@ -26,7 +26,7 @@ FieldProblem emptyChannels(const std::vector<int> &empty, const PulsarNeeds &nee
 
 // Takes the jumps of the levels out of a working copy. A jump of a band shows, in a sum, by the
 // band's delay at `markDispersion` earlier.
-void deleteSteps(const PulsarNeeds &needs, const Tools::FiniteSamples &finite,
+void deleteJumps(const PulsarNeeds &needs, const Tools::FiniteSamples &finite,
                  double markDispersion, const Jobs::Control &control, PreparedSamples &prepared)
 {
     std::vector<bool> own(std::size_t(prepared.data.channels), false);
@@ -49,19 +49,19 @@ void deleteSteps(const PulsarNeeds &needs, const Tools::FiniteSamples &finite,
             copy->ray(needs.module - 1, range.channel, needs.ray - 1) + range.begin;
         std::copy_n(levels, count, corrected);
         const int percent = 100 * done++ / int(needs.ranges.size());
-        const std::vector<Tools::LevelStep> steps = Tools::findLevelSteps(
+        const std::vector<Tools::LevelJump> jumps = Tools::findLevelJumps(
             corrected, count, [&] { return Pulsar::goesOn(control, percent); });
-        Tools::removeLevelSteps(corrected, count, steps);
-        if (!steps.empty())
+        Tools::removeLevelJumps(corrected, count, jumps);
+        if (!jumps.empty())
             Tools::replaceAgain(corrected, range, finite.replaced);
         const int shift = delays ? delays->shift(range.channel) : 0;
-        for (const Tools::LevelStep &step : steps)
-            prepared.stepPoints.push_back(range.begin + step.point - shift);
-        prepared.steps += int(steps.size());
+        for (const Tools::LevelJump &jump : jumps)
+            prepared.jumpPoints.push_back(range.begin + jump.point - shift);
+        prepared.jumps += int(jumps.size());
         if (!Pulsar::goesOn(control, percent))
             return;
     }
-    std::vector<int> &points = prepared.stepPoints;
+    std::vector<int> &points = prepared.jumpPoints;
     std::sort(points.begin(), points.end());
     points.erase(std::unique(points.begin(), points.end()), points.end());
     prepared.data.samples = Samples(copy);
@@ -104,6 +104,6 @@ PreparedSamples prepareSamples(const QString &action, const ObservationData &dat
                                     : " They count as the median of their channel.");
     }
     if (parameters.deleteStep)
-        deleteSteps(needs, finite, isOnChannel ? 0 : parameters.dispersion, control, prepared);
+        deleteJumps(needs, finite, isOnChannel ? 0 : parameters.dispersion, control, prepared);
     return prepared;
 }

@@ -11,9 +11,9 @@ struct PreparedSamples {
     Samples recorded;     ///< as they were before
     int points = 0;       ///< of the stretch that the action works on
 
-    std::vector<int> stepPoints; ///< where jumps that were taken out show, indices within the
+    std::vector<int> jumpPoints; ///< where jumps that were taken out show, indices within the
                                  ///< recording, ascending
-    int steps = 0;               ///< jumps taken out, those of all channels counted
+    int jumps = 0;               ///< jumps taken out, those of all channels counted
     QString nonFinite;           ///< which samples were no finite numbers; empty where all were
     QString remark;              ///< what else the report should tell; or empty
 

@@ -99,11 +99,12 @@ const std::vector<PulsarAnalysis> &pulsarAnalyses()
                   start + QStringList{"--count", "--noise", "--delete-step"}),
         goingToEnd(onChannel({"sumPeriod", "Sum period", "fold"},
                              {checkFold, foldPoints, foldBytes, sumPeriod},
-                             QStringList{"--period"} + start + QStringList{"--count"} + levels)),
-        goingToEnd(ofSum({"sumPeriodOfBands", "", "fold", "--sum"},
+                             QStringList{"--period"} + start + QStringList{"--count"} + levels +
+                                 QStringList{"--cut"})),
+        goingToEnd(ofSum({"sumPeriodOfBands", "all bands", "fold", "--sum"},
                          {checkFoldSum, foldSumPoints, foldSumBytes, sumPeriodOfBands},
                          place + QStringList{"--sum", "--dm", "--period"} + start +
-                             QStringList{"--count"} + levels)),
+                             QStringList{"--count"} + levels + QStringList{"--cut"})),
         ofSum({"sumChannels", "", "sum"}, {checkSum, sumPoints, sumBytes, sumChannelsAction}, sum),
         ofSum({"sumChannelsDemoNoise", "Sum channels and  demo noise", "sum"},
               {checkSum, sumPoints, sumBytes, sumChannelsAction}, sum),

@@ -102,6 +102,7 @@ PulsarCommand foldCommand()
          {"--dm", "Dispersion, pc/cm^3, of the sum."},
          {"--channels-off", "", 0, 0, false},
          {"--normalise"},
+         {"--cut", "", 0, 0, false},
          {"--period"},
          {"--count", "Points to fold, at least 512. Default: all to the end.", 512, mostPoints,
           false}});

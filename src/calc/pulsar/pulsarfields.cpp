@@ -85,7 +85,7 @@ std::vector<PulsarField> actionFields()
                "delete_step", "", Recorded::Always},
               refOf<&P::deleteStep>),
         field({"cutLines", "--cut", "LIST",
-               "Take out of the sum first: hum, as measured, and lines, Hz, as in "
+               "Take out first: hum, as measured, and lines, Hz, as in "
                "hum,33.3,24.9-25.1; 0.1 Hz to either side of hum and of a single frequency go too.",
                "cut", "", Recorded::WhereRead},
               refOf<&P::cut>),

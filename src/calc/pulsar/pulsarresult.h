@@ -3,6 +3,7 @@
 #include "calc/ffaresult.h"
 #include "calc/ffasearch.h"
 #include "calc/fieldproblem.h"
+#include "calc/pulsar/cutlines.h"
 #include "results/report.h"
 
 #include <QString>
@@ -70,9 +71,9 @@ struct PulsarResult {
     int points = 0;            ///< number of X values
     int stretch = 0;           ///< points of the recording that they were made from
     std::vector<int> starts;   ///< first points, where the action compares several
-    int steps = 0;             ///< of the level, taken out
+    int jumps = 0;             ///< of the level, taken out
     PulsarAxis axis;
-    std::vector<int> markers; ///< X indices where a step of the level was taken out
+    std::vector<int> markers; ///< X indices where the level jumps and the jump was taken out
     Results::Report report;   ///< what was computed, in the program's own texts
     QString nonFinite;        ///< which samples are no finite numbers; empty where all are
     std::vector<Results::Report> remarks; ///< what else the user should know, one paragraph each
@@ -80,6 +81,7 @@ struct PulsarResult {
     std::vector<PulsarMultiResult> multi;  ///< where the action compares results: one per curve
     std::shared_ptr<const FfaResult> ffa;  ///< of "createFFA"
     std::shared_ptr<const BandFold> bands; ///< of "sumPeriodOfBands"
+    std::vector<Pulsar::CutBand> cut;      ///< of "createFFA": what was taken out of the series
 
     QString description() const { return report.plainText(); }
     /// What stands below the report: on samples, the remarks, on times.

@@ -21,11 +21,11 @@ bool holdsNumbers(const std::vector<float> &curve)
 // Tells of the jumps that were taken out, and marks them where the X values are points.
 void tellSteps(const PreparedSamples &samples, PulsarResult &result)
 {
-    result.steps = samples.steps;
-    result.report.addValue("Deleted steps", QString::number(samples.steps));
+    result.jumps = samples.jumps;
+    result.report.addValue("Deleted steps", QString::number(samples.jumps));
     if (result.axis.kind != PulsarAxis::Kind::Points)
         return;
-    for (const int point : samples.stepPoints) {
+    for (const int point : samples.jumpPoints) {
         const int index = int((point - result.axis.first) / result.axis.step);
         if (point >= result.axis.first && index < result.points)
             result.markers.push_back(index);

@@ -1,7 +1,7 @@
 #include "calc/pulsar/actions.h"
 
 #include "calc/baseline.h"
-#include "calc/levelsteps.h"
+#include "calc/leveljumps.h"
 #include "calc/pulsar/bandsum.h"
 #include "calc/pulsar/checks.h"
 #include "calc/pulsar/foldreport.h"
@@ -22,7 +22,8 @@ Problems checkFold(const ObservationData &header, const PulsarParameters &given)
     const Problems problems = checkChannel(header, given);
     if (!problems.empty())
         return problems;
-    return checkFoldPeriod(header, given, foldPoints(header, given));
+    return joinProblems(
+        {checkFoldPeriod(header, given, foldPoints(header, given)), checkCut(header, given.cut)});
 }
 
 AnalysisOutcome sumPeriod(const PreparedSamples &samples, const PulsarParameters &given,
@@ -41,14 +42,20 @@ AnalysisOutcome sumPeriod(const PreparedSamples &samples, const PulsarParameters
         return refused(outcome, "The noise base line cannot be computed.");
     if (!goesOn(control, 40))
         return outcome;
-    const double divisor = removeBaseline(given.normalise, baseline, series);
+    // The samples as recorded tell their noise, the rest hides how coarse they are.
+    double noise =
+        Tools::robustSigma(channel, count) / removeBaseline(given.normalise, baseline, series);
+    const double tresolution = samples.data.tresolution;
+    const std::vector<CutBand> cut =
+        cutOut(given.cut, tresolution, series, [&] { return goesOn(control, 40); });
+    if (!cut.empty())
+        noise = noiseAfterCut(series, cut, tresolution);
     if (!goesOn(control, 50))
         return outcome;
 
     result.report.addLine("Summation on period");
-    // The samples as recorded tell their noise, the rest hides how coarse they are.
-    const double sampleSigma = Tools::robustSigma(channel, count) / divisor;
-    addFold({std::move(series), samples.data.tresolution, sampleSigma}, given, control, result);
+    addFold({std::move(series), tresolution, noise}, given, control, result);
+    append({cutReport(given.cut, cut, "channel")}, result);
     result.times = timesText(samples.data, given.channel);
     return outcome;
 }

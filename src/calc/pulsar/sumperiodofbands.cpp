@@ -1,4 +1,4 @@
-#include "calc/levelsteps.h"
+#include "calc/leveljumps.h"
 #include "calc/pulsar/actions.h"
 #include "calc/pulsar/bandfold.h"
 #include "calc/pulsar/bandsum.h"
@@ -15,17 +15,6 @@ namespace Pulsar {
 namespace {
 
 constexpr int shortestFold = 512; // points for a base line
-
-// Noise of a sample of the sum, told by differences: floats hold it above any level.
-double noiseOf(const std::vector<double> &sum)
-{
-    const double mean = std::accumulate(sum.begin(), sum.end(), 0.0) / double(sum.size());
-    std::vector<float> samples;
-    samples.reserve(sum.size());
-    for (const double value : sum)
-        samples.push_back(float(value - mean));
-    return Tools::robustSigma(samples.data(), int(samples.size()));
-}
 
 } // namespace
 
@@ -49,7 +38,7 @@ Problems checkFoldSum(const ObservationData &header, const PulsarParameters &giv
                                    .arg(ReportText::general(given.dispersion))
                                    .arg(count)
                                    .arg(shortestFold)}};
-    return checkFoldPeriod(header, given, count);
+    return joinProblems({checkFoldPeriod(header, given, count), checkCut(header, given.cut)});
 }
 
 AnalysisOutcome sumPeriodOfBands(const PreparedSamples &samples, const PulsarParameters &given,
@@ -65,22 +54,27 @@ AnalysisOutcome sumPeriodOfBands(const PreparedSamples &samples, const PulsarPar
         return refused(outcome, "The channels cannot be summed.");
     if (!goesOn(control, 20))
         return outcome;
-    const double noise = noiseOf(sum);
+    const double tresolution = samples.data.tresolution;
+    double noise = noiseAfterCut(sum, {}, tresolution);
     std::vector<double> baseline(sum.size());
     if (!sumBaseline(samples.data, given, sum, given.dispersion, baseline.data()))
         return refused(outcome, "The noise base line cannot be computed.");
-    const double divisor = removeBaseline(given.normalise, baseline, sum);
+    noise /= removeBaseline(given.normalise, baseline, sum);
+    const std::vector<CutBand> cut =
+        cutOut(given.cut, tresolution, sum, [&] { return goesOn(control, 25); });
+    if (!cut.empty())
+        noise = noiseAfterCut(sum, cut, tresolution);
     if (!goesOn(control, 30))
         return outcome;
 
     result.report.addLine("Summation on period of the sum of the bands");
     result.report.addValue("Dispersion", ReportText::general(given.dispersion));
-    addFold({std::move(sum), samples.data.tresolution, noise / divisor}, given,
-            shareOf(control, 1, 3), result);
+    addFold({std::move(sum), tresolution, noise}, given, shareOf(control, 1, 3), result);
     if (control.isStopped())
         return outcome;
-    result.bands = std::make_shared<const BandFold>(
-        foldBands(samples.data, given, count, given.period, result.points, shareOf(control, 2, 3)));
+    result.bands = std::make_shared<const BandFold>(foldBands(
+        samples.data, given, count, given.period, result.points, cut, shareOf(control, 2, 3)));
+    append({cutReport(given.cut, cut)}, result);
     append(bandRemarks({samples.data, given, count, given.dispersion}, wholeBands), result);
     result.times = timesText(samples.data, sumBands);
     return outcome;

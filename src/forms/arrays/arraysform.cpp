@@ -4,7 +4,7 @@
 #include "forms/arrays/arrayreading.h"
 #include "forms/arrays/arraysinfo.h"
 #include "forms/arrays/cellsmodel.h"
-#include "forms/arrays/greypicture.h"
+#include "forms/arrays/greyview.h"
 #include "forms/savefolder.h"
 #include "plot/picturemenu.h"
 #include "plot/pulsargrafik.h"
@@ -29,13 +29,13 @@ ArraysForm::ArraysForm(const QString &filePath, QWidget *parent)
         return;
     stack = new QStackedWidget(this);
     grafik = new PulsarGrafik;
-    picture = new GreyPicture;
+    greys = new GreyView;
     shareSaveFolder(grafik);
-    shareSaveFolder(new PictureMenu(picture));
+    shareSaveFolder(new PictureMenu(greys));
     info = new ArraysInfo(grafik, this);
     grafik->setObjectName("grafik");
-    picture->setObjectName("picture");
-    picture->setTable(&file.table);
+    greys->setObjectName("picture");
+    greys->setTable(&file.table);
     cells = new TableView;
     cells->setAlternatingRowColors(true);
     cells->setWordWrap(false);
@@ -44,7 +44,7 @@ ArraysForm::ArraysForm(const QString &filePath, QWidget *parent)
     cells->resizeColumnsToContents();
     cells->setObjectName("cells");
     stack->addWidget(grafik);
-    stack->addWidget(picture);
+    stack->addWidget(greys);
     stack->addWidget(cells);
     offerWhatThereIs();
     install(stack, info);
@@ -116,7 +116,7 @@ void ArraysForm::connectInputs()
     connect(ui->curves, &QListWidget::itemChanged, this, &ArraysForm::showCurves);
     connect(ui->allButton, &QPushButton::clicked, this, [this] { checkCurves(true); });
     connect(ui->noneButton, &QPushButton::clicked, this, [this] { checkCurves(false); });
-    connect(picture, &GreyPicture::pointed, this, [this](qint64 row, qint64 column, double value) {
+    connect(greys, &GreyView::pointed, this, [this](qint64 row, qint64 column, double value) {
         info->setCoordsText(QString("Line: %1   Index: %2\nValue: %3")
                                 .arg(row)
                                 .arg(column)
@@ -213,7 +213,7 @@ void ArraysForm::showPicture()
     ui->groupBox_curves->setEnabled(false);
     ui->firstColumnIsX->setEnabled(false);
     info->setPointsEnabled(false);
-    stack->setCurrentWidget(picture);
+    stack->setCurrentWidget(greys);
     info->setSeries({{"all", 0, file.table.all()}}, {}, {"file: " + path});
     showReport({"A line of the file is a row of the picture: black is the smallest value, white "
                 "the largest, red no number."});

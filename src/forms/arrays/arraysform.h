@@ -7,7 +7,7 @@
 #include <memory>
 
 class ArraysInfo;
-class GreyPicture;
+class GreyView;
 class PulsarGrafik;
 class QStackedWidget;
 class TableView;
@@ -50,7 +50,7 @@ private:
     std::vector<int> columns; // that are curves
     QStackedWidget *stack = nullptr;
     PulsarGrafik *grafik = nullptr;
-    GreyPicture *picture = nullptr;
+    GreyView *greys = nullptr;
     TableView *cells = nullptr;
     ArraysInfo *info = nullptr;
 };

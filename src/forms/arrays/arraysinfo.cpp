@@ -104,7 +104,7 @@ void ArraysInfo::resetPoints()
 }
 
 // A curve's last point stands a step before the right edge.
-ArrayPlot::Stretch ArraysInfo::visiblePoints() const
+ArrayPlot::IndexRange ArraysInfo::visiblePoints() const
 {
     const PulsarGrafik::VisibleRange range = plot->visibleRange();
     const bool isWhole = range.points >= length;
@@ -114,9 +114,9 @@ ArrayPlot::Stretch ArraysInfo::visiblePoints() const
 
 void ArraysInfo::showPoints()
 {
-    const ArrayPlot::Stretch stretch = visiblePoints();
-    ui->firstPoint->setValue(stretch.first);
-    ui->points->setValue(stretch.count);
+    const ArrayPlot::IndexRange visible = visiblePoints();
+    ui->firstPoint->setValue(visible.first);
+    ui->points->setValue(visible.count);
     statisticsTimer.start();
 }
 
@@ -149,7 +149,7 @@ void ArraysInfo::setCoords(QPointF coords, const QVector<QString> &labels)
 void ArraysInfo::showStatistics()
 {
     const auto selected = plot->selectedRange();
-    const ArrayPlot::Stretch part =
+    const ArrayPlot::IndexRange part =
         selected ? ArrayPlot::pointsBetween(selected->x.min, selected->x.max, length)
                  : visiblePoints();
     const QString text = selected ? "Points %1 to %2, selected" : "Points %1 to %2";

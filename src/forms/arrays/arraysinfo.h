@@ -41,7 +41,7 @@ protected:
 
 private:
     void setCoords(QPointF coords, const QVector<QString> &labels);
-    ArrayPlot::Stretch visiblePoints() const;
+    ArrayPlot::IndexRange visiblePoints() const;
     void showPoints();
     void showStatistics();
 

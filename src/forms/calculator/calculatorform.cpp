@@ -7,7 +7,7 @@
 #include "coords/raytables.h"
 #include "fields/fieldstyles.h"
 #include "fields/numberbox.h"
-#include "forms/openrecording.h"
+#include "forms/showrecording.h"
 #include "ui_calculatorform.h"
 
 #include <QClipboard>
@@ -334,7 +334,7 @@ void CalculatorForm::openFoundRecording()
     const QString path = recordingPath();
     const QString folder = Settings::instance()->lastOpenPath();
     if (!path.isEmpty())
-        openRecording(path, ui->cat2zrt_culmPoint->text().toInt());
+        showRecording(path, ui->cat2zrt_culmPoint->text().toInt());
     else if (!name.isEmpty())
         StatusLine::show(folder.isEmpty()
                              ? name + " is looked for in the folder of the file opened last; none "

@@ -2,6 +2,7 @@
 
 #include "base/timetext.h"
 #include "picture/colourmap.h"
+#include "picture/percentiles.h"
 #include "picture/plotgeometry.h"
 #include "picture/plotmarks.h"
 #include "picture/plotpainter.h"
@@ -29,23 +30,16 @@ QRgb paleOf(QRgb colour)
 }
 
 // Where a pixel stands for many bins, the greatest of them is high everywhere.
-float highestShown(std::vector<float> values)
+float highestShown(std::vector<float> values, float leastHighest)
 {
-    constexpr float leastHighest = 8;
     constexpr double share = 0.995;
-    values.erase(
-        std::remove_if(values.begin(), values.end(), [](float value) { return std::isnan(value); }),
-        values.end());
-    if (values.empty())
-        return leastHighest;
-    const auto place = values.begin() + std::ptrdiff_t(double(values.size() - 1) * share);
-    std::nth_element(values.begin(), place, values.end());
-    return std::max(leastHighest, std::ceil(*place));
+    const std::vector<float> high = Plot::percentiles(std::move(values), {share});
+    return high.empty() ? leastHighest : std::max(leastHighest, std::ceil(high[0]));
 }
 
 } // namespace
 
-DayPicture::DayPicture(QWidget *parent) : QWidget(parent)
+DayPicture::DayPicture(const StackTexts &texts, QWidget *parent) : QWidget(parent), words(texts)
 {
     setMouseTracking(true);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
@@ -97,7 +91,7 @@ void DayPicture::renewImage()
         powers.push_back(row.powers);
     const std::vector<float> values =
         Plot::rowMaxima(powers, {shown.first, shown.first + shown.points}, size.width(), lines);
-    highest = highestShown(values);
+    highest = highestShown(values, words.leastHighest);
     image = QImage(size.width(), lines, QImage::Format_RGB32);
     for (int line = 0; line < lines; ++line) {
         const bool isOn = rows[std::size_t(qint64(line) * qint64(rows.size()) / lines)].isOn;
@@ -135,6 +129,7 @@ void DayPicture::paintEvent(QPaintEvent * /*event*/)
     paintRows(painter);
     paintLeftOut(painter);
     paintHarmonics(painter);
+    paintMarkers(painter);
     paintScale(painter);
 }
 
@@ -211,6 +206,21 @@ void DayPicture::paintHarmonics(QPainter &painter) const
     }
 }
 
+// Those of the plot below, without their names.
+void DayPicture::paintMarkers(QPainter &painter) const
+{
+    if (!plot)
+        return;
+    const PulsarGrafik::VisibleRange shown = plot->visibleRange();
+    const QRect inner = area();
+    painter.setPen(harmonicsColour);
+    for (const int marker : plot->data().markers) {
+        const double x = inner.left() + (marker - shown.first) * inner.width() / shown.points;
+        if (x >= inner.left() && x <= inner.right())
+            painter.drawLine(QLineF(std::trunc(x), inner.top(), std::trunc(x), inner.bottom()));
+    }
+}
+
 void DayPicture::paintScale(QPainter &painter) const
 {
     const QRect inner = area();
@@ -222,10 +232,9 @@ void DayPicture::paintScale(QPainter &painter) const
                          QColor(Plot::colourMap()[colour]));
     }
     painter.setPen(Qt::black);
-    const QString scale = QString("P from 0 to %1; noise has 1").arg(double(highest));
-    const QString title = rows.empty()
-                              ? QString("power of the days over frequency")
-                              : QString("power of %1 days over frequency").arg(rows.size());
+    const QString scale = words.scale.arg(double(highest));
+    const QString title =
+        words.picture.arg(rows.empty() ? QString("the days") : QString("%1 days").arg(rows.size()));
     const QRect line(4, 0, width() - 8, marginTop);
     painter.drawText(line, Qt::AlignRight | Qt::AlignVCenter, scale);
     const int left = line.width() - painter.fontMetrics().horizontalAdvance(scale) - 2 * barWidth;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "analyses/days/fourierstack.h"
+#include "forms/days/stacktexts.h"
 #include "picture/plotgeometry.h"
 #include "picture/rowmaxima.h"
 
@@ -12,7 +13,7 @@
 
 class PulsarGrafik;
 
-/// The whitened powers of days over frequency as colours, a row per day with the first on top,
+/// The values of days over frequency or period as colours, a row per day with the first on top,
 /// above the plot of their stack, whose X axis it shares. It has the plot's left and right
 /// margins, shows its harmonics and what is left out, and hands wheel and drags on to it. Days that
 /// do not count are pale.
@@ -20,7 +21,8 @@ class DayPicture : public QWidget {
     Q_OBJECT
 
 public:
-    explicit DayPicture(QWidget *parent = nullptr);
+    /// @param texts  outlive the picture
+    explicit DayPicture(const StackTexts &texts, QWidget *parent = nullptr);
 
     /// @param plotBelow  of the same width; outlives the picture
     void setPlot(PulsarGrafik *plotBelow);
@@ -62,8 +64,10 @@ private:
     Plot::View view() const;
     void paintLeftOut(QPainter &painter) const;
     void paintHarmonics(QPainter &painter) const;
+    void paintMarkers(QPainter &painter) const;
     void paintScale(QPainter &painter) const;
 
+    const StackTexts &words;
     PulsarGrafik *plot = nullptr;
     std::vector<Row> rows;
     std::shared_ptr<const void> owner;

@@ -31,7 +31,7 @@ QString textOf(const DayRow &day, int column)
     case DaysModel::Sigma:
         return sigmaText(day.sigma);
     case DaysModel::Power:
-        return day.power >= 0 ? QString::number(day.power, 'f', 1) : QString();
+        return std::isfinite(day.power) ? QString::number(day.power, 'f', 1) : QString();
     default:
         return day.reason;
     }
@@ -90,10 +90,10 @@ TableModel::Column DaysModel::column(int index) const
     case Sigma:
         return {"Sigma", "Standard deviation of the series less its base line", true};
     case Power:
-        return {"P",
-                frequency > 0 ? QString("Power at %1 Hz, under the cursor; noise has 1")
-                                    .arg(frequency, 0, 'g', headerDigits)
-                              : QString("Power under the cursor; noise has 1"),
+        return {words.value,
+                frequency > 0
+                    ? words.valueTip.arg(QString("%1 Hz").arg(frequency, 0, 'g', headerDigits))
+                    : QString(words.valueTip).remove("at %1, "),
                 true};
     default:
         return {"Reason"};

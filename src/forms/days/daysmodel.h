@@ -1,9 +1,11 @@
 #pragma once
 
 #include "fields/tablemodel.h"
+#include "forms/days/stacktexts.h"
 
 #include <QDateTime>
 #include <QString>
+#include <limits>
 #include <vector>
 
 /// A passage of the sky, or a recording that gives none, as the list of days shows it.
@@ -13,9 +15,10 @@ struct DayRow {
     bool canCount = true; ///< false: it has no check box
     bool isFixed = false; ///< counts by a rule: it has no check box either
     bool isOn = true;
-    double sigma = 0;  ///< of the series less its base line; 0: not known yet
-    double power = -1; ///< at the frequency under the cursor; below 0: unknown
-    QString reason;    ///< why it is off or cannot count; or a remark
+    double sigma = 0; ///< of the series less its base line; 0: not known yet
+    /// At the frequency or period under the cursor; where it is not known, below all others.
+    double power = -std::numeric_limits<double>::infinity();
+    QString reason; ///< why it is off or cannot count; or a remark
 };
 
 /// The days of a directory: a check box each with the date, the sigma of the series, the power at
@@ -26,7 +29,10 @@ class DaysModel : public TableModel {
 public:
     enum Place { Date, Sigma, Power, Reason, PlaceCount };
 
-    using TableModel::TableModel;
+    /// @param texts  outlive the model
+    explicit DaysModel(const StackTexts &texts, QObject *parent = nullptr)
+        : TableModel(parent), words(texts)
+    {}
 
     void setRows(std::vector<DayRow> newRows);
     const std::vector<DayRow> &dayRows() const { return days; }
@@ -51,6 +57,7 @@ protected:
     QVariant look(int row, int column, int role) const override;
 
 private:
+    const StackTexts &words;
     std::vector<DayRow> days;
     double frequency = 0; // Hz, of the powers
 };

@@ -9,6 +9,7 @@
 #include "forms/days/placefields.h"
 #include "forms/days/sourcefield.h"
 #include "forms/days/spectrumview.h"
+#include "forms/days/stacktexts.h"
 #include "forms/fieldvalues.h"
 #include "forms/sky/skypage.h"
 #include "results/reporttext.h"
@@ -27,25 +28,52 @@ namespace {
 constexpr int inputDelay = 250; // ms
 constexpr int stackDelay = 150; // ms
 
+// The fields, with their labels, that other analyses read and this one does not.
+void hideFieldsOfOthers(QWidget *form, const Days::FourierDaysAnalysis &analysis)
+{
+    const auto isOwn = [&](const QWidget *widget) {
+        return std::any_of(analysis.fields.begin(), analysis.fields.end(),
+                           [&](const Days::FourierDaysField *field) {
+                               return FieldValues::find(form, *field) == widget;
+                           });
+    };
+    for (const Days::FourierDaysAnalysis &other : Days::fourierDaysAnalyses()) {
+        for (const Days::FourierDaysField *field : other.fields) {
+            QWidget *const widget = FieldValues::find(form, *field);
+            if (!widget || isOwn(widget))
+                continue;
+            widget->hide();
+            for (QLabel *const label : form->findChildren<QLabel *>()) {
+                if (label->buddy() == widget)
+                    label->hide();
+            }
+        }
+    }
+}
+
 } // namespace
 
 FourierForm::FourierForm(const QString &path, int ffa, int map, int search, QWidget *parent)
-    : DirectoryForm(path, parent), ui(new Ui::FourierForm), days(new DaysModel(this))
+    : DirectoryForm(path, parent), analysis(*Days::findDayAnalysis({ffa != 0, false, false})),
+      words(stackTexts(analysis.flags.ffa)), ui(new Ui::FourierForm),
+      days(new DaysModel(words, this))
 {
     const SurveyFlags flags = {ffa != 0, map != 0, search != 0};
     if (flags.map || flags.search) {
         showSky(flags);
         return;
     }
-    Q_ASSERT(Days::findDayAnalysis(flags));
     ui->setupUi(this);
     ui->filePath->showDirectory(directory);
-    FieldValues::offerChoices(this, Days::fourierDaysFields());
+    ui->groupBox_spectrum->setTitle(words.group);
+    ui->pushButton->setToolTip(words.computeTip);
+    hideFieldsOfOthers(this, analysis);
+    FieldValues::offerChoices(this, analysis);
     ui->days->showSorted(days);
     ui->days->sortByColumn(DaysModel::Date, Qt::AscendingOrder);
     ui->days->verticalHeader()->hide();
     ui->days->horizontalHeader()->setStretchLastSection(true);
-    view = new SpectrumView;
+    view = new SpectrumView(words);
     view->showMessage("Reading the headers of the recordings...");
     fillCentralWidget(this, view, nullptr);
 
@@ -63,16 +91,11 @@ FourierForm::FourierForm(const QString &path, int ffa, int map, int search, QWid
 
 FourierForm::~FourierForm() = default;
 
-bool FourierForm::canOpen(int ffa, int map, int search)
-{
-    return Sky::findSkyAnalysis({ffa != 0, map != 0, search != 0}) != nullptr;
-}
-
 void FourierForm::showSky(const SurveyFlags &flags)
 {
-    const Sky::SkyAnalysis *const analysis = Sky::findSkyAnalysis(flags);
-    Q_ASSERT(analysis);
-    sky = SkyPage::make(*analysis, directory, worker, this);
+    const Sky::SkyAnalysis *const shown = Sky::findSkyAnalysis(flags);
+    Q_ASSERT(shown);
+    sky = SkyPage::make(*shown, directory, worker, this);
     auto *const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(sky->inputs());
@@ -136,7 +159,7 @@ void FourierForm::recordingsRead()
     }
     fillPresets();
     ui->pushButton->setEnabled(true);
-    view->showMessage("Choose a place in the day and press Compute");
+    view->showMessage(words.emptyPicture);
     plan();
 }
 
@@ -177,7 +200,7 @@ void FourierForm::changeInput()
 Days::FourierDaysParameters FourierForm::readParameters(std::vector<FieldProblem> &problems) const
 {
     const auto counts = [this](const QWidget *field) { return ui->placeFields->counts(field); };
-    const auto parameters = FieldValues::readAll(this, Days::fourierDaysFields(), counts, problems);
+    const auto parameters = FieldValues::readAll(this, analysis, counts, problems);
     ui->placeFields->addProblems(parameters, problems);
     return parameters;
 }
@@ -217,6 +240,7 @@ void FourierForm::takePlan(const Days::DayPlan &made)
     if (!made.problems.empty())
         return;
     ui->daysText->setText(planText(made));
+    showSearch(made);
     if (!spectra)
         listDays(made);
 }
@@ -231,6 +255,35 @@ void FourierForm::showSource(const Days::DayPlan &made)
         ui->module->setValue(made.beam.module);
         ui->ray->setValue(made.beam.ray);
     }
+}
+
+// How large the search is, before it is made; what the empty fields stand for stands in them, grey.
+void FourierForm::showSearch(const Days::DayPlan &made)
+{
+    std::vector<FieldProblem> problems;
+    const Days::FourierDaysParameters given = readParameters(problems);
+    const bool isKnown = given.isFfa && problems.empty() && made.header.tresolution > 0;
+    ui->estimate->setVisible(isKnown);
+    if (!isKnown)
+        return;
+    const FfaParameters used = Days::usedParameters(given, made).ffa;
+    ui->period_min->setPlaceholderText(QString::number(used.period_min));
+    ui->period_max->setPlaceholderText(QString::number(used.period_max));
+    ui->rmed_width->setPlaceholderText(QString::number(used.rmed_width));
+    const auto count = int(made.list.days.size());
+    const FfaEstimate ofDay = Tools::estimateFfa(used, given.points, made.header.tresolution);
+    constexpr double megabyte = 1e6;
+    QStringList lines = {
+        QString("%1 trial periods from %2 s on, %3 widths; %4 s and %5 MB for %6 "
+                "days")
+            .arg(ofDay.trials)
+            .arg(used.period_min)
+            .arg(ofDay.widths)
+            .arg(ofDay.seconds * count * made.rays, 0, 'f', 1)
+            .arg(double(analysis.bytes(given, made.header, count)) * made.rays / megabyte, 0, 'f',
+                 0)
+            .arg(count)};
+    ui->estimate->setText((lines + made.remarks).join('\n'));
 }
 
 QString FourierForm::planText(const Days::DayPlan &made) const

@@ -13,11 +13,13 @@ class DaysModel;
 class LastValues;
 class SkyPage;
 class SpectrumView;
+struct StackTexts;
 namespace Ui {
 class FourierForm;
 }
 
-/// Spectra of one place of the sky on all days of a directory, and their stack: inputs and the list
+/// Spectra of one place of the sky on all days of a directory, or their periodograms of fast
+/// folding, and their stack: inputs and the list
 /// of days on the left, the pictures in the middle, what is told of them on the right. Recordings
 /// are read once; a day that is switched only changes the stack. Maps and searches have a page of
 /// their own.
@@ -33,9 +35,6 @@ public:
     /// @param parent     the main window
     FourierForm(const QString &directory, int ffa, int map, int search, QWidget *parent);
     ~FourierForm() override;
-
-    /// Whether there is an analysis for these flags of a map or a search.
-    static bool canOpen(int ffa, int map, int search);
 
 public slots:
     /// Reads the days beside the window and ends the reading that runs. Inputs with problems are
@@ -61,6 +60,7 @@ private:
     void plan();
     void takePlan(const Days::DayPlan &plan);
     void showSource(const Days::DayPlan &plan);
+    void showSearch(const Days::DayPlan &plan);
 
     void takeNews(SpectraNews news);
     void addArrived();
@@ -87,7 +87,9 @@ private:
     void saveTables();
     std::vector<std::pair<QString, Results::ResultTable>> tables() const;
 
-    SkyPage *sky = nullptr; // of maps and searches, in place of all that follows
+    SkyPage *sky = nullptr;                    // of maps and searches, in place of all that follows
+    const Days::FourierDaysAnalysis &analysis; // whose stacks maps and searches look into, too
+    const StackTexts &words;
     const std::unique_ptr<Ui::FourierForm> ui;
     std::unique_ptr<LastValues> lastValues;
     SpectrumView *view = nullptr;

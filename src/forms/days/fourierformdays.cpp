@@ -1,5 +1,6 @@
 // The days of the form: their spectra, which of them count, their stack, and what is saved of it.
 
+#include "analyses/days/ffastack.h"
 #include "analyses/days/stacktables.h"
 #include "app/shell/directoryof.h"
 #include "app/shell/errorbox.h"
@@ -12,6 +13,7 @@
 #include "forms/days/interferencedialog.h"
 #include "forms/days/linesmodel.h"
 #include "forms/days/spectrumview.h"
+#include "forms/days/stacktexts.h"
 #include "forms/sky/skypage.h"
 #include "picture/ticks.h"
 #include "plot/savedialog.h"
@@ -225,9 +227,12 @@ void FourierForm::countAgain(double frequency, double tolerance)
     if (!entries)
         return;
     QStringList texts;
-    for (const Days::Interference &entry :
-         Days::takeOutInterference(*entries, frequency, tolerance))
-        texts << entry.text();
+    const int turns = analysis.flags.ffa ? Days::mostTurns : 1;
+    for (int turn = 1; turn <= turns; ++turn) {
+        for (const Days::Interference &entry :
+             Days::takeOutInterference(*entries, turn * frequency, tolerance))
+            texts << entry.text();
+    }
     keepInterference(*entries, "Counts again: " + texts.join("; "));
 }
 
@@ -263,8 +268,16 @@ QString FourierForm::usedText() const
         QString("Module %1, ray %2").arg(used.module).arg(used.ray),
         QString("Points %1, step %2 s").arg(used.points).arg(spectra->plan.list.tresolution),
         QString("Dispersion %1 pc/cm^3").arg(used.dispersion),
-        QString("Bin %1 Hz, %2 trials").arg(stack.binWidth).arg(stack.trials, 0, 'f', 0),
-        QString("Frequencies at the %1").arg(stack.isTurned ? "barycentre" : "telescope")};
+        stack.ffa
+            ? QString("%1 periods from %2 s on, %3 trials")
+                  .arg(stack.ffa->count())
+                  .arg(used.ffa.period_min)
+                  .arg(stack.trials, 0, 'f', 0)
+            : QString("Bin %1 Hz, %2 trials").arg(stack.binWidth).arg(stack.trials, 0, 'f', 0),
+        QString("%1 at the %2")
+            .arg(stack.ffa ? "Periods" : "Frequencies",
+                 stack.isTurned ? "barycentre" : "telescope"),
+        words.sees};
     const Days::FourierDaysChoice &choice = outcome->choice;
     if (choice.direction.isNumber())
         lines << QString("Direction %1 %2")
@@ -304,10 +317,8 @@ void FourierForm::copyCommand()
     showProblems(problems);
     if (!problems.empty())
         return;
-    const QString survey =
-        Days::fourierDaysCommand(Days::surveyCommand, parameters, {}, {directory});
-    const QString stack = Days::fourierDaysCommand(Days::fourierDaysAnalyses().front().command,
-                                                   parameters, daysOff(), {directory});
+    const QString survey = Days::fourierDaysCommand(true, parameters, {}, {directory});
+    const QString stack = Days::fourierDaysCommand(false, parameters, daysOff(), {directory});
     StatusLine::copyCommand(survey + "\n" + stack + "\n");
 }
 
@@ -316,14 +327,15 @@ void FourierForm::saveSpectra()
     if (!spectra)
         return;
     const QString path = Plot::askForPath(
-        this, "Save spectra", startFolder(Settings::instance()->lastSavePath()),
+        this, QString(words.saveProducts).remove("..."),
+        startFolder(Settings::instance()->lastSavePath()),
         Days::spectraFileName(spectra->days(), spectra->parameters), "Result file (*.txt)");
     if (path.isEmpty())
         return;
     const WriteFailure failure =
         writeWhole(path, Days::spectraBytes(spectra->days(), spectra->parameters));
     if (failure)
-        showError(window(), "The spectra were not saved.", failure.text());
+        showError(window(), "The result file was not saved.", failure.text());
     else
         Settings::instance()->setLastSavePath(QFileInfo(path).path());
 }
@@ -334,11 +346,10 @@ void FourierForm::saveTables()
     if (!outcome)
         return;
     const Days::FourierDaysParameters &used = outcome->parameters;
-    const QString path =
-        Plot::askForPath(this, "Save tables: spectrum, lines and days",
-                         startFolder(Settings::instance()->lastSavePath()),
-                         QString("stack_m%1_r%2.txt").arg(used.module).arg(used.ray),
-                         "Text (*.txt);;Comma separated (*.csv);;JSON (*.json)");
+    const QString path = Plot::askForPath(
+        this, words.saveTables, startFolder(Settings::instance()->lastSavePath()),
+        QString("stack%1_m%2_r%3.txt").arg(used.isFfa ? "-ffa" : "").arg(used.module).arg(used.ray),
+        "Text (*.txt);;Comma separated (*.csv);;JSON (*.json)");
     if (path.isEmpty())
         return;
     const QFileInfo file(path);
@@ -364,7 +375,7 @@ std::vector<std::pair<QString, Results::ResultTable>> FourierForm::tables() cons
         table.request.push_back({"interference", entry.text()});
     table.result = Days::stackLines(outcome->stack, spectra->plan, outcome->choice);
     std::vector<std::pair<QString, Results::ResultTable>> all = {
-        {"spectrum", table}, {"lines", table}, {"days", table}};
+        {words.curve, table}, {"lines", table}, {"days", table}};
     all[0].second.columns = Days::spectrumColumns(outcome->stack);
     all[1].second.columns = Days::linesColumns(outcome->stack);
     all[2].second.columns =

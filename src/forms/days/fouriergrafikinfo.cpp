@@ -1,6 +1,7 @@
 #include "forms/days/fouriergrafikinfo.h"
 
 #include "forms/days/linesmodel.h"
+#include "forms/days/stacktexts.h"
 #include "ui_fouriergrafikinfo.h"
 
 #include <QEvent>
@@ -88,6 +89,12 @@ void FourierGrafikInfo::describeLine()
 void FourierGrafikInfo::setUsed(const QString &text)
 {
     ui->used->setText(text);
+}
+
+void FourierGrafikInfo::setTexts(const StackTexts &texts)
+{
+    ui->saveSpectra->setText(texts.saveProducts);
+    model->setFfa(texts.isFfa);
 }
 
 void FourierGrafikInfo::hideButtons()

@@ -6,6 +6,7 @@
 #include <memory>
 
 class LinesModel;
+struct StackTexts;
 namespace Ui {
 class FourierGrafikInfo;
 }
@@ -22,6 +23,8 @@ public:
     /// Shows the lines of a stack; the chosen one stays the one of the same frequency.
     void setStack(const Days::FourierStack &newStack);
     void setUsed(const QString &text);
+    /// Whether spectra or periodograms are shown.
+    void setTexts(const StackTexts &texts);
     /// Leaves out the buttons of lists and files.
     void hideButtons();
     /// Leaves out what is told of several days as well.

@@ -12,9 +12,9 @@ constexpr double bytesPerMegabyte = 1e6;
 // Thrown, for the worker tells it like every other lack of memory.
 void checkMemory(const DaySpectra &spectra)
 {
-    const Days::FourierDaysAnalysis &analysis = Days::fourierDaysAnalyses().front();
-    const qint64 bytes =
-        spectra.plan.rays * analysis.bytes(spectra.parameters, int(spectra.plan.list.days.size()));
+    const qint64 bytes = spectra.plan.rays * Days::analysisOf(spectra.parameters)
+                                                 .bytes(spectra.parameters, spectra.plan.header,
+                                                        int(spectra.plan.list.days.size()));
     if (hasMemoryFor(double(bytes)))
         return;
     throw std::runtime_error(
@@ -36,8 +36,7 @@ void readSpectra(const SpectraRequest &request, const Jobs::Control &control,
     begun->kept = Days::keptFolder(request.directory);
     const std::vector<Days::Day> &days = begun->plan.list.days;
     if (begun->plan.problems.empty()) {
-        begun->parameters.module = begun->plan.choice.module;
-        begun->parameters.ray = begun->plan.choice.ray;
+        begun->parameters = Days::usedParameters(request.parameters, begun->plan);
         checkMemory(*begun);
     }
     begun->rays.assign(std::size_t(begun->plan.rays), std::vector<Days::FourierDay>(days.size()));

@@ -1,5 +1,7 @@
 #include "forms/days/growthview.h"
 
+#include "picture/plotpainter.h"
+
 #include <QPainter>
 #include <QPolygonF>
 #include <algorithm>
@@ -7,10 +9,9 @@
 
 namespace {
 
-constexpr int left = 34; // pixels around the curve
-constexpr int right = 8;
-constexpr int top = 18;
-constexpr int bottom = 18;
+constexpr int leastFont = 9; // pixels
+constexpr int mostFont = 20;
+constexpr int right = 8; // pixels beside the curve
 const QColor measuredColour("#0000FF");
 const QColor expectedColour("#606060");
 
@@ -26,14 +27,18 @@ void GrowthView::paintEvent(QPaintEvent * /*event*/)
 {
     QPainter painter(this);
     painter.fillRect(rect(), Qt::white);
-    QFont small = font();
-    small.setPixelSize(11);
-    painter.setFont(small);
+    const QString title = growth.empty() ? "Significance over days: choose a line"
+                                         : "Sigma over the root of the days";
+    QFont fitting = Plot::fontWithin(font(), leastFont, mostFont);
+    while (fitting.pixelSize() > leastFont &&
+           QFontMetrics(fitting).horizontalAdvance(title) > width() - 8)
+        fitting.setPixelSize(fitting.pixelSize() - 1);
+    painter.setFont(fitting);
     painter.setPen(Qt::black);
-    const QRect frame = rect().adjusted(left, top, -right, -bottom);
-    painter.drawText(QRect(4, 0, width() - 8, top), Qt::AlignLeft | Qt::AlignVCenter,
-                     growth.empty() ? "Significance over days: choose a line"
-                                    : "Sigma over the root of the days");
+    const int line = painter.fontMetrics().height() + 2;
+    const int left = painter.fontMetrics().horizontalAdvance("100.0") + 4;
+    const QRect frame = rect().adjusted(left, line, -right, -line);
+    painter.drawText(QRect(4, 0, width() - 8, line), Qt::AlignLeft | Qt::AlignVCenter, title);
     if (growth.empty() || frame.width() < 10 || frame.height() < 10)
         return;
     double highest = 1;
@@ -52,11 +57,11 @@ void GrowthView::paintEvent(QPaintEvent * /*event*/)
         expected << place(point.days, point.expected);
     }
     painter.drawRect(frame);
-    painter.drawText(QRect(0, frame.top() - 8, left - 3, 16), Qt::AlignRight | Qt::AlignVCenter,
-                     QString::number(highest, 'f', 1));
-    painter.drawText(QRect(0, frame.bottom() - 8, left - 3, 16), Qt::AlignRight | Qt::AlignVCenter,
-                     "0");
-    painter.drawText(QRect(frame.left(), frame.bottom() + 1, frame.width(), bottom - 2),
+    painter.drawText(QRect(0, frame.top() - line / 2, left - 3, line),
+                     Qt::AlignRight | Qt::AlignVCenter, QString::number(highest, 'f', 1));
+    painter.drawText(QRect(0, frame.bottom() - line / 2, left - 3, line),
+                     Qt::AlignRight | Qt::AlignVCenter, "0");
+    painter.drawText(QRect(frame.left(), frame.bottom() + 1, frame.width(), line - 2),
                      Qt::AlignRight | Qt::AlignVCenter, QString("%1 days").arg(growth.back().days));
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(expectedColour, 1, Qt::DashLine));

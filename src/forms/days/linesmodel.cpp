@@ -18,6 +18,13 @@ QString sigmaText(double sigma)
 
 } // namespace
 
+void LinesModel::setFfa(bool isFfa)
+{
+    beginResetModel();
+    areOfFfa = isFfa;
+    endResetModel();
+}
+
 void LinesModel::setLines(std::vector<Days::FourierLine> newLines)
 {
     beginResetModel();
@@ -28,13 +35,14 @@ void LinesModel::setLines(std::vector<Days::FourierLine> newLines)
 TableModel::Column LinesModel::column(int index) const
 {
     static const Column told[PlaceCount] = {
-        {"Sigma", "Significance of the harmonic sum after all trials", true},
+        {"Sigma", "Significance after all trials", true},
         {"Hz", "Frequency at the barycentre, or at the telescope where the direction is unknown",
          true},
         {"Period, s", "Period of that frequency", true},
         {"H", "Harmonics that are summed", true},
         {"Marks", "What speaks against a pulsar, and known pulsars of this period"}};
-    return told[index];
+    static const Column width = {"W", "Width of the pulse, phase bins", true};
+    return index == Harmonics && areOfFfa ? width : told[index];
 }
 
 QString LinesModel::text(int row, int column) const
@@ -48,7 +56,7 @@ QString LinesModel::text(int row, int column) const
     case Period:
         return number(line.period());
     case Harmonics:
-        return QString::number(line.harmonics);
+        return QString::number(areOfFfa ? line.width : line.harmonics);
     default:
         return line.marks().join("; ");
     }
@@ -62,6 +70,25 @@ QVariant LinesModel::look(int row, int /*column*/, int role) const
 
 namespace DayTexts {
 
+namespace {
+
+QString strengthText(const Days::FourierLine &line)
+{
+    if (line.width > 0)
+        return QString("Period %1 s, width %2 of %3 bins, mean S/N %4")
+            .arg(number(line.period()))
+            .arg(line.width)
+            .arg(line.foldBins)
+            .arg(line.power, 0, 'f', 2);
+    return QString(line.harmonics == 1 ? "Period %1 s, %2 harmonic, mean power %3"
+                                       : "Period %1 s, %2 harmonics, mean power %3")
+        .arg(number(line.period()))
+        .arg(line.harmonics)
+        .arg(line.power, 0, 'f', 2);
+}
+
+} // namespace
+
 double shownFrequency(const Days::FourierLine &line)
 {
     return std::isfinite(line.barycentric) ? line.barycentric : line.telescope;
@@ -72,12 +99,7 @@ QString lineText(const Days::FourierLine &line, const Days::FourierStack &stack)
     QStringList lines;
     if (std::isfinite(line.barycentric))
         lines << QString("%1 Hz at the barycentre").arg(number(line.barycentric));
-    lines << QString("%1 Hz at the telescope").arg(number(line.telescope))
-          << QString(line.harmonics == 1 ? "Period %1 s, %2 harmonic, mean power %3"
-                                         : "Period %1 s, %2 harmonics, mean power %3")
-                 .arg(number(line.period()))
-                 .arg(line.harmonics)
-                 .arg(line.power, 0, 'f', 2)
+    lines << QString("%1 Hz at the telescope").arg(number(line.telescope)) << strengthText(line)
           << QString("Sigma %1 of %2 days, of all %3")
                  .arg(sigmaText(line.sigma))
                  .arg(stack.days)

@@ -14,6 +14,8 @@ public:
 
     using TableModel::TableModel;
 
+    /// Lines of the FFA tell widths of pulses in place of numbers of harmonics.
+    void setFfa(bool isFfa);
     void setLines(std::vector<Days::FourierLine> newLines);
     const std::vector<Days::FourierLine> &lines() const { return all; }
 
@@ -26,6 +28,7 @@ protected:
 
 private:
     std::vector<Days::FourierLine> all;
+    bool areOfFfa = false;
 };
 
 namespace DayTexts {

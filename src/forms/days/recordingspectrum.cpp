@@ -4,6 +4,7 @@
 #include "forms/days/fouriergrafikinfo.h"
 #include "forms/days/fourierjobs.h"
 #include "forms/days/spectrumview.h"
+#include "forms/days/stacktexts.h"
 
 #include <QComboBox>
 #include <QFileInfo>
@@ -42,10 +43,9 @@ Days::DayPlan planOf(const RecordingEntry &entry, const Days::FourierDaysParamet
     return plan;
 }
 
-QString memoryProblem(const Days::FourierDaysParameters &parameters)
+QString memoryProblem(const Days::FourierDaysParameters &parameters, const ObservationData &header)
 {
-    const Days::FourierDaysAnalysis &analysis = Days::fourierDaysAnalyses().front();
-    const auto bytes = double(analysis.bytes(parameters, 1));
+    const auto bytes = double(Days::analysisOf(parameters).bytes(parameters, header, 1));
     if (hasMemoryFor(bytes))
         return {};
     return QString("%1 points take %2 MB, more memory than there is. Choose fewer points.")
@@ -80,7 +80,7 @@ Outcome spectrumOf(const RecordingSpectrum::Request &request, const Jobs::Contro
                 .arg(Days::fewestPoints)
                 .arg(behind),
             nullptr, nullptr};
-    if (const QString problem = memoryProblem(parameters); !problem.isEmpty())
+    if (const QString problem = memoryProblem(parameters, entry.header); !problem.isEmpty())
         return {problem, nullptr, nullptr};
 
     const auto spectra = std::make_shared<DaySpectra>();
@@ -101,7 +101,8 @@ Outcome spectrumOf(const RecordingSpectrum::Request &request, const Jobs::Contro
 
 RecordingSpectrum::RecordingSpectrum(const Request &wanted, QWidget *parent)
     : QWidget(parent, Qt::Window), request(wanted), points(new QComboBox(this)),
-      problem(new QLabel(this)), view(new SpectrumView(this)), progress(worker, this)
+      problem(new QLabel(this)), view(new SpectrumView(stackTexts(false), this)),
+      progress(worker, this)
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setObjectName("recordingSpectrum");

@@ -4,7 +4,9 @@
 #include "forms/days/daypicture.h"
 #include "forms/days/fouriergrafikinfo.h"
 #include "forms/days/stackplot.h"
+#include "forms/days/stacktexts.h"
 #include "forms/savefolder.h"
+#include "picture/periodmarks.h"
 #include "plot/picturemenu.h"
 #include "plot/pulsargrafik.h"
 
@@ -14,6 +16,7 @@
 #include <QMouseEvent>
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -28,19 +31,21 @@ QString number(double value)
 
 } // namespace
 
-SpectrumView::SpectrumView(QWidget *parent) : QSplitter(Qt::Horizontal, parent)
+SpectrumView::SpectrumView(const StackTexts &texts, QWidget *parent)
+    : QSplitter(Qt::Horizontal, parent)
 {
     setObjectName("splitter");
     setChildrenCollapsible(false);
     auto *const middle = new QSplitter(Qt::Vertical, this);
     middle->setObjectName("pictures");
     middle->setChildrenCollapsible(false);
-    picture = new DayPicture(middle);
+    picture = new DayPicture(texts, middle);
     picture->setObjectName("dayPicture");
     grafik = new PulsarGrafik(middle);
     grafik->setObjectName("grafik");
     picture->setPlot(grafik);
     info = new FourierGrafikInfo(this);
+    info->setTexts(texts);
     shareSaveFolder(grafik);
     shareSaveFolder(new PictureMenu(picture));
     middle->setSizes({260, 320});
@@ -77,13 +82,15 @@ void SpectrumView::showStack(const DayList &days, const std::vector<bool> &chose
         grafik->showMessage(stack.problem);
     else
         grafik->setData(stackPlot(stack, source));
+    markPeriod();
     std::vector<DayPicture::Row> rows;
     for (std::size_t i = 0; i < days->size(); ++i) {
         const Days::FourierDay &day = (*days)[i];
-        if (day.isWhole())
+        const std::vector<float> &row = rowOf(int(i));
+        if (!row.empty())
             rows.push_back({int(i),
                             day.begin,
-                            {day.powers.data(), int(day.powers.size()), ratioOf(day)},
+                            {row.data(), int(row.size()), stack.ffa ? 1 : ratioOf(day)},
                             chosen[i]});
     }
     picture->setRows(std::move(rows), days);
@@ -96,6 +103,7 @@ void SpectrumView::showMessage(const QString &message)
     shownDays = nullptr;
     stack = {};
     cursorBin.reset();
+    markedPeriod.reset();
     grafik->showMessage(message);
     picture->setRows({}, nullptr);
     info->setStack(stack);
@@ -117,10 +125,22 @@ double SpectrumView::ratioOf(const Days::FourierDay &day) const
     return stack.isTurned && std::isfinite(day.ratio) ? day.ratio : 1;
 }
 
-double SpectrumView::powerOf(const Days::FourierDay &day, double bin) const
+// The values of a day over the axis; of the FFA those of its nearest trials, turned already.
+const std::vector<float> &SpectrumView::rowOf(int day) const
 {
-    const double own = std::round(bin * ratioOf(day));
-    return own >= 0 && own < double(day.powers.size()) ? double(day.powers[std::size_t(own)]) : -1;
+    const Days::FourierDay &own = (*shownDays)[std::size_t(day)];
+    if (stack.rows)
+        return (*stack.rows)[std::size_t(day)];
+    return stack.ffa ? own.periodogram.best : own.powers;
+}
+
+double SpectrumView::powerOf(int day, double bin) const
+{
+    const std::vector<float> &row = rowOf(day);
+    const double ratio = stack.ffa ? 1 : ratioOf((*shownDays)[std::size_t(day)]);
+    const double own = std::round(bin * ratio);
+    return own >= 0 && own < double(row.size()) ? double(row[std::size_t(own)])
+                                                : -std::numeric_limits<double>::infinity();
 }
 
 // A pixel may hold many bins.
@@ -141,8 +161,7 @@ void SpectrumView::pointAt(double index, int day)
     std::size_t best = around.begin;
     for (std::size_t bin = around.begin; bin <= around.last; ++bin) {
         const auto valueAt = [&](std::size_t place) {
-            return day >= 0 ? powerOf((*shownDays)[std::size_t(day)], double(place))
-                            : double(stack.sigma[place]);
+            return day >= 0 ? powerOf(day, double(place)) : double(stack.sigma[place]);
         };
         if (valueAt(bin) > valueAt(best))
             best = bin;
@@ -173,11 +192,11 @@ void SpectrumView::toggleLeftOut()
         return;
     const double mean = stack.isTurned && std::isfinite(stack.ratio) ? stack.ratio : 1;
     if (const std::optional<std::size_t> bin = leftOutBin()) {
-        constexpr double widening = 1.5;     // bins
-        constexpr double earthMotion = 2e-4; // from one end of a year to the other
-        const double turned = stack.isTurned ? earthMotion * double(*bin) : 0;
-        emit countAgainWanted(stack.frequency(double(*bin)) * mean,
-                              stack.binWidth * (widening + turned));
+        const double widening = stack.ffa ? 2.5 : 1.5; // bins
+        constexpr double earthMotion = 2e-4;           // from one end of a year to the other
+        const double frequency = stack.frequency(double(*bin));
+        emit countAgainWanted(frequency * mean, widening * stack.binWidth +
+                                                    (stack.isTurned ? earthMotion * frequency : 0));
         return;
     }
     for (std::size_t line = 0; line < stack.lines.size(); ++line)
@@ -215,28 +234,46 @@ void SpectrumView::keyPressEvent(QKeyEvent *event)
         QSplitter::keyPressEvent(event);
 }
 
-QString SpectrumView::coordsText(double bin, int day) const
+// Frequency and period, whichever the axis has first.
+QStringList SpectrumView::placeText(double bin) const
 {
     const double frequency = stack.frequency(bin);
+    const QString side = stack.isTurned ? "barycentre" : "telescope";
+    const double atTelescope =
+        stack.isTurned && std::isfinite(stack.ratio) ? frequency * stack.ratio : 0;
     QStringList lines;
-    lines << QString("Frequency %1 Hz, %2")
-                 .arg(number(frequency), stack.isTurned ? "barycentre" : "telescope");
-    if (stack.isTurned && std::isfinite(stack.ratio))
-        lines << QString("At the telescope %1 Hz").arg(number(frequency * stack.ratio));
-    lines << (frequency > 0 ? QString("Period %1 s").arg(number(1 / frequency)) : QString());
-    const auto place = std::size_t(bin);
-    lines << QString("Stack: P %1, %2 sigma")
-                 .arg(double(stack.powers[place]), 0, 'f', 3)
-                 .arg(double(stack.sigma[place]), 0, 'f', 1);
-    if (day >= 0) {
-        const Days::FourierDay &own = (*shownDays)[std::size_t(day)];
-        lines << QString("Day %1: P %2")
-                     .arg(textOfTime(own.begin, "yyyy-MM-dd hh:mm"))
-                     .arg(powerOf(own, bin), 0, 'f', 2);
+    if (stack.ffa) {
+        lines << QString("Period %1 s, %2").arg(number(1 / frequency), side);
+        if (atTelescope > 0)
+            lines << QString("At the telescope %1 s").arg(number(1 / atTelescope));
+        return lines << QString("Frequency %1 Hz").arg(number(frequency));
     }
+    lines << QString("Frequency %1 Hz, %2").arg(number(frequency), side);
+    if (atTelescope > 0)
+        lines << QString("At the telescope %1 Hz").arg(number(atTelescope));
+    return lines << (frequency > 0 ? QString("Period %1 s").arg(number(1 / frequency)) : QString());
+}
+
+QString SpectrumView::coordsText(double bin, int day) const
+{
+    QStringList lines = placeText(bin);
+    const auto place = std::size_t(bin);
+    const double sigma = double(stack.sigma[place]);
+    const double power = double(stack.powers[place]);
+    lines << (stack.ffa
+                  ? QString("Stack: S/N %1 a day, width %2, %3 sigma")
+                        .arg(power, 0, 'f', 2)
+                        .arg(stack.widths[place])
+                        .arg(sigma, 0, 'f', 1)
+                  : QString("Stack: P %1, %2 sigma").arg(power, 0, 'f', 3).arg(sigma, 0, 'f', 1));
+    if (day >= 0)
+        lines << QString("Day %1: %2 %3")
+                     .arg(textOfTime((*shownDays)[std::size_t(day)].begin, "yyyy-MM-dd hh:mm"),
+                          stack.ffa ? "S/N" : "P")
+                     .arg(powerOf(day, bin), 0, 'f', 2);
     if (place < stack.leftOut.size() && stack.leftOut[place])
         lines << "Left out; Ctrl+click or X counts it again";
-    else if (place < std::size_t(Days::lowestBin))
+    else if (!stack.ffa && place < std::size_t(Days::lowestBin))
         lines << "Leftovers of the base line, not ranked";
     return lines.join('\n');
 }
@@ -246,8 +283,9 @@ std::vector<double> SpectrumView::powersUnderCursor() const
     std::vector<double> powers;
     if (!shownDays)
         return powers;
-    for (const Days::FourierDay &day : *shownDays)
-        powers.push_back(cursorBin ? powerOf(day, *cursorBin) : -1);
+    for (int day = 0; day < int(shownDays->size()); ++day)
+        powers.push_back(cursorBin ? powerOf(day, *cursorBin)
+                                   : -std::numeric_limits<double>::infinity());
     return powers;
 }
 
@@ -267,6 +305,10 @@ void SpectrumView::goTo(int line)
     if (line < 0 || line >= int(stack.lines.size()))
         return;
     const Days::FourierLine &found = stack.lines[std::size_t(line)];
+    if (stack.ffa) {
+        goToPeriod(found);
+        return;
+    }
     const double wanted = found.bin * std::min(shownHarmonics, double(found.harmonics)) * 1.2;
     const PulsarGrafik::VisibleRange shown = grafik->visibleRange();
     if (found.bin < shown.first || found.bin > shown.first + shown.points)
@@ -275,6 +317,29 @@ void SpectrumView::goTo(int line)
     info->setCoords(coordsText(*cursorBin, -1));
     grafik->setFundamental(stack.frequency(found.bin));
     emit cursorMoved();
+}
+
+// A line out of sight comes into the middle of as much as was shown.
+void SpectrumView::goToPeriod(const Days::FourierLine &line)
+{
+    const PulsarGrafik::VisibleRange shown = grafik->visibleRange();
+    if (line.bin < shown.first || line.bin > shown.first + shown.points)
+        grafik->setVisibleX(line.bin - shown.points / 2, shown.points);
+    cursorBin = line.bin;
+    info->setCoords(coordsText(*cursorBin, -1));
+    markedPeriod = 1 / stack.frequency(line.bin);
+    markPeriod();
+    emit cursorMoved();
+}
+
+void SpectrumView::markPeriod()
+{
+    if (!stack.ffa || !markedPeriod || stack.sigma.empty())
+        return;
+    PlotData plot = grafik->data();
+    Plot::markPeriods(plot, *markedPeriod);
+    grafik->setData(std::move(plot));
+    picture->update();
 }
 
 void SpectrumView::markDay(int day)

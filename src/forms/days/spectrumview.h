@@ -9,16 +9,18 @@
 
 class QAction;
 class DayPicture;
+struct StackTexts;
 class FourierGrafikInfo;
 class PulsarGrafik;
 
-/// Spectra of days and their stack: above the picture day x frequency, below the significance of
-/// the stack over the same axis, at the right what is told of both.
+/// Spectra or periodograms of days and their stack: above the picture day x frequency or period,
+/// below the significance of the stack over the same axis, at the right what is told of both.
 class SpectrumView : public QSplitter {
     Q_OBJECT
 
 public:
-    explicit SpectrumView(QWidget *parent = nullptr);
+    /// @param texts  outlive the view
+    explicit SpectrumView(const StackTexts &texts, QWidget *parent = nullptr);
 
     using DayList = std::shared_ptr<const std::vector<Days::FourierDay>>;
 
@@ -38,7 +40,7 @@ public:
     /// Goes to a line: its harmonics are marked, its fundamental is in sight.
     void goTo(int line);
 
-    /// Power of each day at the bin under the cursor; below 0 where there is none.
+    /// Value of each day at the bin under the cursor; minus infinity where there is none.
     std::vector<double> powersUnderCursor() const;
     /// Frequency of that bin on the axis, Hz; 0: the pointer was never over the pictures.
     double frequencyUnderCursor() const;
@@ -73,8 +75,12 @@ private:
     std::optional<std::size_t> leftOutBin() const;
     void pointAt(double index, int day);
     void toggleLeftOut();
-    double powerOf(const Days::FourierDay &day, double bin) const;
+    double powerOf(int day, double bin) const;
     double ratioOf(const Days::FourierDay &day) const;
+    const std::vector<float> &rowOf(int day) const;
+    void markPeriod();
+    void goToPeriod(const Days::FourierLine &line);
+    QStringList placeText(double bin) const;
     QString coordsText(double index, int day) const;
 
     DayPicture *picture = nullptr;
@@ -87,4 +93,5 @@ private:
     int cursorDay = -1;     // in the picture of days; -1: in the plot
     QAction *leaveOut = nullptr;
     bool isOnlyLines = false;
+    std::optional<double> markedPeriod; // s, of the line that was gone to
 };

@@ -23,9 +23,22 @@ std::vector<Plot::Range> leftOutOf(const Days::FourierStack &stack)
     return parts;
 }
 
-} // namespace
+QString nameOf(const Days::FourierStack &stack)
+{
+    return stack.allDays == 1 ? QString(stack.ffa ? "periodogram" : "spectrum")
+                              : QString("stack of %1 days").arg(stack.days);
+}
 
-PlotData stackPlot(const Days::FourierStack &stack, const QStringList &source)
+PlotData ffaPlot(const Days::FourierStack &stack)
+{
+    PlotData plot = Plot::periodPlot(stack.ffa->periods, {stack.sigma}, {nameOf(stack)});
+    plot.colours = {plotColour(0).code};
+    plot.yName = "significance of one trial";
+    plot.yUnit = "sigma";
+    return plot;
+}
+
+PlotData spectrumPlot(const Days::FourierStack &stack)
 {
     constexpr float none = std::numeric_limits<float>::quiet_NaN();
     constexpr char grey[] = "#a0a0a0";
@@ -40,15 +53,21 @@ PlotData stackPlot(const Days::FourierStack &stack, const QStringList &source)
     PulsarAxis axis;
     axis.kind = PulsarAxis::Kind::Frequency;
     axis.step = stack.binWidth;
-    PlotData plot = Plot::curvePlot(
-        axis, {std::move(line), std::move(below)},
-        {stack.allDays == 1 ? QString("spectrum") : QString("stack of %1 days").arg(stack.days),
-         "not ranked: leftovers of the base line"},
-        {}, {});
+    PlotData plot =
+        Plot::curvePlot(axis, {std::move(line), std::move(below)},
+                        {nameOf(stack), "not ranked: leftovers of the base line"}, {}, {});
     plot.colours = {plotColour(0).code, grey};
     plot.yName = "significance of one bin";
     plot.yUnit = "sigma";
     plot.hasAmplitudes = false;
+    return plot;
+}
+
+} // namespace
+
+PlotData stackPlot(const Days::FourierStack &stack, const QStringList &source)
+{
+    PlotData plot = stack.ffa ? ffaPlot(stack) : spectrumPlot(stack);
     plot.leftOut = leftOutOf(stack);
     plot.source = source;
     return plot;

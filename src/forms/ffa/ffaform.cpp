@@ -84,6 +84,7 @@ void FfaForm::connectInputs()
     connect(results, &FfaResults::candidateChosen, this, &FfaForm::chooseCandidate);
     connect(results, &FfaResults::widthChosen, this, &FfaForm::showSpectrum);
     connect(results, &FfaResults::refineRequested, this, &FfaForm::refine);
+    connect(results, &FfaResults::rowsChosen, this, &FfaForm::foldBands);
     connect(&worker, &Jobs::Worker::started, this, [this] { results->setBusy(true); });
     connect(&worker, &Jobs::Worker::ended, this, [this] { results->setBusy(false); });
 }

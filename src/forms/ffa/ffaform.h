@@ -69,7 +69,7 @@ private:
     void choosePeak(QPointF coords);
     void chooseCandidate(int row);
     void choosePeriod(double period, int bins, const QString &refined = {});
-    void setMarkers(struct PlotData &plot) const;
+    void foldBands();
     QStringList textAt(const QPointF &coords) const;
     QStringList sourceLines() const;
     const FfaResult &result() const { return *found->result.ffa; }
@@ -88,7 +88,10 @@ private:
     Searched searched;
     std::vector<FfaCandidate> candidates;
     std::shared_ptr<const FfaSpectrum> spectrum;
+    Jobs::Worker bandWorker; // folds of bands beside a search
     double chosenPeriod = 0; // s; 0: none
     int chosenBins = 0;
+    int foldBins = 0;   // of the fold there
+    QString chosenText; // the period with its error; empty where it is not refined
     int chosenRow = -1; // of the candidate there; -1: none
 };

@@ -1,6 +1,9 @@
 #include "app/shell/settings.h"
+#include "calc/pulsar/bandfold.h"
+#include "calc/pulsar/preparedsamples.h"
 #include "forms/ffa/ffaform.h"
 #include "forms/ffa/ffaresults.h"
+#include "picture/periodmarks.h"
 #include "picture/resultplot.h"
 #include "plot/pulsargrafik.h"
 #include "results/reporttext.h"
@@ -24,6 +27,7 @@ QString periodText(double period)
 
 void FfaForm::showResult()
 {
+    bandWorker.stop();
     chosenPeriod = 0;
     chosenRow = -1;
     const int count = int(candidates.size());
@@ -56,30 +60,6 @@ void FfaForm::showResult()
     }
 }
 
-// Marks the chosen period, its half, double and triple, each with a line of its own kind.
-void FfaForm::setMarkers(PlotData &plot) const
-{
-    struct Multiple {
-        double factor;
-        MarkerStyle style;
-    };
-    static const Multiple multiples[] = {
-        {0.5, {"1/2", {2, 3}}}, {1.0, {"1", {}}}, {2.0, {"2", {9, 4}}}, {3.0, {"3", {9, 3, 2, 3}}}};
-    plot.markers.clear();
-    plot.markerStyles.clear();
-    const std::vector<double> &periods = spectrum->periods;
-    for (const auto &[factor, style] : multiples) {
-        const double period = factor * chosenPeriod;
-        if (!(period >= periods.front()) || period > periods.back())
-            continue;
-        const auto after = std::lower_bound(periods.begin(), periods.end(), period);
-        const bool earlier = after == periods.end() ||
-                             (after != periods.begin() && period - *(after - 1) < *after - period);
-        plot.markers.push_back(int(after - periods.begin()) - (earlier ? 1 : 0));
-        plot.markerStyles.push_back(style);
-    }
-}
-
 void FfaForm::showSpectrum(int width)
 {
     if (!found)
@@ -97,13 +77,13 @@ void FfaForm::showSpectrum(int width)
                                      {name, "noise alone"});
     plot.colours = {plotColour(0).code, plotColour(2).code};
     plot.source = sourceLines();
-    setMarkers(plot);
+    Plot::markPeriods(plot, chosenPeriod);
     grafik->setData(std::move(plot));
     grafik->recomputeRange();
     grafik->setHoverText([this](const QPointF &coords) { return textAt(coords); });
 }
 
-// Of the highest S/N among the trial periods under the pointer.
+// The texts of the highest S/N among the trial periods under the pointer.
 QStringList FfaForm::textAt(const QPointF &coords) const
 {
     if (!found || spectrum->snr.empty())
@@ -168,12 +148,14 @@ void FfaForm::choosePeriod(double period, int bins, const QString &refined)
 {
     chosenPeriod = period;
     chosenBins = bins;
+    chosenText = refined;
     PlotData plot = grafik->data();
-    setMarkers(plot);
+    Plot::markPeriods(plot, chosenPeriod);
     grafik->setData(std::move(plot));
     const FfaFold fold = Tools::foldSeries(result(), period, bins);
     const int width = fold.widths[std::size_t(fold.best)];
     const int count = int(fold.profile.size());
+    foldBins = count;
     Results::Report report(QString("Period %1, %2 Hz")
                                .arg(refined.isEmpty() ? periodText(period) : refined)
                                .arg(1 / period, 0, 'f', 6));
@@ -184,4 +166,37 @@ void FfaForm::choosePeriod(double period, int bins, const QString &refined)
                        .arg(1000 * width * period / count, 0, 'f', 2)
                        .arg(fold.phase, 0, 'f', 3));
     results->showFold(fold, seconds(), report.html());
+    if (results->wantsBands())
+        foldBands();
+}
+
+// Folds the bands at the chosen period, beside the window.
+void FfaForm::foldBands()
+{
+    if (!found || !(chosenPeriod > 0))
+        return;
+    if (!results->wantsBands()) {
+        bandWorker.stop();
+        choosePeriod(chosenPeriod, chosenBins, chosenText);
+        return;
+    }
+    const int bins = foldBins;
+    using Fold = std::shared_ptr<const BandFold>;
+    bandWorker.start<Fold>(
+        [recording = data, parameters = searched.parameters, period = chosenPeriod, bins,
+         search = found](const Jobs::Control &control, const Jobs::Deliver<Fold> &deliver) {
+            const PreparedSamples samples =
+                prepareSamples("createFFA", recording, parameters, control);
+            if (!samples.problems.empty() || control.isStopped())
+                return;
+            auto fold = std::make_shared<const BandFold>(
+                Pulsar::foldBands(samples.data, parameters, int(search->result.ffa->series.size()),
+                                  period, bins, search->result.cut, control));
+            if (!fold->values.empty())
+                deliver(fold);
+        },
+        [this, period = chosenPeriod](const Fold &fold) {
+            if (chosenPeriod == period && results->wantsBands())
+                results->showBands(fold);
+        });
 }

@@ -4,13 +4,19 @@
 #include "app/shell/errorbox.h"
 #include "app/shell/settings.h"
 #include "base/bytetext.h"
+#include "base/numbertext.h"
 #include "base/wholefile.h"
 #include "forms/ffa/candidatesmodel.h"
 #include "forms/savefolder.h"
 #include "plot/picturemenu.h"
 #include "ui_ffaresults.h"
 
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QItemSelectionModel>
 #include <QSignalBlocker>
 
@@ -32,10 +38,20 @@ FfaResults::FfaResults(QWidget *parent)
     connect(ui->copyButton, &QPushButton::clicked, ui->candidates, &TableView::copy);
     connect(ui->saveButton, &QPushButton::clicked, this, &FfaResults::saveTable);
     connect(ui->refineButton, &QPushButton::clicked, this, &FfaResults::refineRequested);
+    connect(ui->byFrequency, &QCheckBox::clicked, this, &FfaResults::rowsChosen);
+    addFoldCommand("Copy profile", &FfaResults::copyProfile);
+    addFoldCommand("Save profile...", &FfaResults::saveProfile);
     shareSaveFolder(new PictureMenu(ui->foldView));
 }
 
 FfaResults::~FfaResults() = default;
+
+void FfaResults::addFoldCommand(const QString &text, void (FfaResults::*run)())
+{
+    auto *const command = new QAction(text, ui->foldView);
+    connect(command, &QAction::triggered, this, run);
+    ui->foldView->addAction(command);
+}
 
 void FfaResults::showSearch(const std::vector<FfaCandidate> &candidates,
                             const std::vector<quint64> &widths, const QString &noise,
@@ -92,6 +108,16 @@ void FfaResults::showFold(const FfaFold &fold, double length, const QString &tex
     allowRefining();
 }
 
+bool FfaResults::wantsBands() const
+{
+    return ui->byFrequency->isChecked();
+}
+
+void FfaResults::showBands(const std::shared_ptr<const BandFold> &fold)
+{
+    ui->foldView->showBands(fold);
+}
+
 void FfaResults::setBusy(bool isBusy)
 {
     busy = isBusy;
@@ -101,6 +127,9 @@ void FfaResults::setBusy(bool isBusy)
 void FfaResults::allowRefining()
 {
     ui->refineButton->setEnabled(hasFold && !busy);
+    ui->byFrequency->setEnabled(hasFold);
+    for (QAction *const command : ui->foldView->actions())
+        command->setEnabled(hasFold);
 }
 
 int FfaResults::shownWidth() const
@@ -114,13 +143,55 @@ void FfaResults::saveTable()
                                                       "Text files (*.txt);;All files (*)");
     if (path.isEmpty())
         return;
-    Settings::instance()->setLastSavePath(directoryOf(path));
     savePath = path;
-    QString text;
+    saveText(path, model->allText(), "table");
+}
+
+QString FfaResults::profileText() const
+{
+    const FfaFold &fold = ui->foldView->fold();
+    const std::shared_ptr<const BandFold> bands = ui->foldView->bands();
+    QString text = "phase\tmean, sigma";
+    for (int band = 0; bands && band < bands->bands(); ++band)
+        text += QString("\t%1 MHz, sigma of the band")
+                    .arg(bands->frequencies[std::size_t(band)], 0, 'g', 7);
+    text += '\n';
+    const int bins = int(fold.profile.size());
+    for (int bin = 0; bin < bins; ++bin) {
+        text += QString::number((bin + 0.5) / bins, 'f', 5) + '\t' +
+                QString::number(fold.profile[std::size_t(bin)], 'g', 7);
+        for (int band = 0; bands && band < bands->bands(); ++band)
+            text += '\t' + QString::number(double(bands->profile(band)[std::size_t(bin)]), 'g', 7);
+        text += '\n';
+    }
+    return text;
+}
+
+void FfaResults::copyProfile()
+{
+    QApplication::clipboard()->setText(profileText());
+}
+
+void FfaResults::saveProfile()
+{
+    const QFileInfo table(savePath);
+    const QString path = QFileDialog::getSaveFileName(
+        this, "Saving file", table.dir().filePath(table.completeBaseName() + "_fold.txt"),
+        "Text files (*.txt);;All files (*)");
+    if (!path.isEmpty())
+        saveText(path,
+                 "# period: " + exactText(ui->foldView->fold().period) + " s\n" + profileText(),
+                 "profile");
+}
+
+// With what explains it above.
+void FfaResults::saveText(const QString &path, const QString &text, const QString &what)
+{
+    Settings::instance()->setLastSavePath(directoryOf(path));
+    QString all;
     for (const QString &line : std::as_const(sourceLines))
-        text += "# " + line + "\n";
-    text += model->allText();
-    if (const WriteFailure failure = writeWhole(path, bytesOfText(text)))
-        showError(this, "The table cannot be saved.",
+        all += "# " + line + "\n";
+    if (const WriteFailure failure = writeWhole(path, bytesOfText(all + text)))
+        showError(this, "The " + what + " cannot be saved.",
                   failure.text() + "\nChoose another folder or free some room.");
 }

@@ -2,6 +2,7 @@
 
 #include "calc/ffacandidates.h"
 #include "calc/ffafold.h"
+#include "calc/pulsar/bandfold.h"
 
 #include <QStringList>
 #include <QWidget>
@@ -39,6 +40,10 @@ public:
     /// @param text    HTML
     void showFold(const FfaFold &fold, double length, const QString &text);
 
+    /// Whether the user wants phase against frequency below the profile.
+    bool wantsBands() const;
+    void showBands(const std::shared_ptr<const BandFold> &fold);
+
     /// While a search or a refinement runs no other one can be asked for.
     void setBusy(bool isBusy);
 
@@ -47,8 +52,13 @@ public:
 
 public slots:
     void saveTable();
+    /// The fold as numbers, a line per phase bin: the profile, and the bands where they are shown.
+    void copyProfile();
+    void saveProfile();
 
 signals:
+    /// Phase against frequency, or against time again.
+    void rowsChosen();
     void candidateChosen(int row);
     void widthChosen(int index);
     void refineRequested();
@@ -56,6 +66,9 @@ signals:
 private:
     void allowRefining();
     void fillTable(const std::vector<FfaCandidate> &candidates);
+    void addFoldCommand(const QString &text, void (FfaResults::*run)());
+    QString profileText() const;
+    void saveText(const QString &path, const QString &text, const QString &what);
 
     const std::unique_ptr<Ui::FfaResults> ui;
     CandidatesModel *const model;

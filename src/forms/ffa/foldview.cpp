@@ -1,6 +1,8 @@
 #include "forms/ffa/foldview.h"
 
 #include "picture/colourmap.h"
+#include "picture/percentiles.h"
+#include "picture/resultplot.h"
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -11,31 +13,27 @@
 namespace {
 
 constexpr int turns = 2;
+constexpr double paleShare = 0.05;  // of the values that are all white
 constexpr double darkShare = 0.995; // of the values that are not all black
 const QColor curveColour("#0000FF");
 const QColor frameColour("#c4cad0");
 const QColor markColour("#FF0000");
 
-// Grey levels of a picture, high values dark; the highest few share the black.
-QImage greyPicture(const FfaFold &fold)
+// Grey levels of rows of values, the first on top, high values dark; the highest few share the
+// black.
+QImage greyPicture(const std::vector<float> &rows, int bins)
 {
-    const int bins = int(fold.profile.size());
-    std::vector<float> values;
-    std::copy_if(fold.picture.begin(), fold.picture.end(), std::back_inserter(values),
-                 [](float value) { return std::isfinite(value); });
-    QImage picture(bins, fold.parts, QImage::Format_RGB32);
+    const std::vector<float> limits = Plot::percentiles(rows, {paleShare, darkShare});
+    QImage picture(bins, int(rows.size()) / bins, QImage::Format_RGB32);
     picture.fill(Qt::white);
-    if (values.empty())
+    if (limits.empty())
         return picture;
-    std::sort(values.begin(), values.end());
-    const float low = values[values.size() / 20];
-    const float high = values[std::size_t(double(values.size() - 1) * darkShare)];
-    for (int part = 0; part < fold.parts; ++part) {
-        auto *const line = reinterpret_cast<QRgb *>(picture.scanLine(fold.parts - 1 - part));
-        const float *const row = fold.picture.data() + std::size_t(part) * std::size_t(bins);
-        for (int b = 0; b < bins; ++b)
-            if (std::isfinite(row[b]))
-                line[b] = Plot::colourOfValue(row[b], low, high, Plot::greyMap());
+    const float *value = rows.data();
+    for (int row = 0; row < picture.height(); ++row) {
+        auto *const line = reinterpret_cast<QRgb *>(picture.scanLine(row));
+        for (int b = 0; b < bins; ++b, ++value)
+            if (std::isfinite(*value))
+                line[b] = Plot::colourOfValue(*value, limits[0], limits[1], Plot::greyMap());
     }
     return picture;
 }
@@ -55,7 +53,9 @@ FoldView::FoldView(QWidget *parent) : QWidget(parent)
 
 void FoldView::showFold(const FfaFold &fold, double length)
 {
+    asFolded = fold;
     shown = fold;
+    shownBands.reset();
     seconds = length;
     const int bins = int(fold.profile.size());
     if (bins > 0) { // the pulse comes to the middle
@@ -65,13 +65,36 @@ void FoldView::showFold(const FfaFold &fold, double length)
         for (auto row = shown.picture.begin(); row != shown.picture.end(); row += bins)
             std::rotate(row, row + shift, row + bins);
     }
-    greys = greyPicture(shown);
+    std::vector<float> rows; // the latest part on top
+    for (int part = shown.parts - 1; part >= 0; --part) {
+        const auto row = shown.picture.begin() + std::ptrdiff_t(part) * bins;
+        rows.insert(rows.end(), row, row + bins);
+    }
+    greys = bins > 0 ? greyPicture(rows, bins) : QImage();
+    update();
+}
+
+void FoldView::showBands(std::shared_ptr<const BandFold> fold)
+{
+    if (!fold || fold->bins != int(shown.profile.size()))
+        return;
+    shownBands = std::move(fold);
+    bandOrder = Plot::bandsFromHighest(*shownBands);
+    std::vector<float> rows;
+    for (const int band : bandOrder) {
+        std::vector<float> row = shownBands->profile(band);
+        std::rotate(row.begin(), row.begin() + shift, row.end());
+        rows.insert(rows.end(), row.begin(), row.end());
+    }
+    greys = greyPicture(rows, shownBands->bins);
     update();
 }
 
 void FoldView::clear()
 {
+    asFolded = {};
     shown = {};
+    shownBands.reset();
     greys = {};
     update();
 }
@@ -154,16 +177,34 @@ QString FoldView::textAt(const QPoint &pixel) const
                        .arg(1 / shown.period, 0, 'g', 9);
     if (isProfile)
         return text + QString("mean %1 sigma").arg(shown.profile[bin], 0, 'f', 3);
-    const int row = std::clamp((pixel.y() - places.picture.top()) * shown.parts /
-                                   std::max(1, places.picture.height()),
-                               0, shown.parts - 1);
+    const double share =
+        double(pixel.y() - places.picture.top()) / std::max(1, places.picture.height());
+    return text + rowTextAt(share, bin);
+}
+
+// share  of the picture's height, from its top
+QString FoldView::rowTextAt(double share, std::size_t bin) const
+{
+    const int count = shownBands ? shownBands->bands() : shown.parts;
+    const int row = std::clamp(int(share * count), 0, count - 1);
+    const auto textOf = [](float value) {
+        return std::isfinite(value) ? QString::number(double(value), 'f', 3) + " sigma"
+                                    : QString("no value");
+    };
+    if (shownBands) {
+        const int band = bandOrder[std::size_t(row)];
+        const std::size_t place = (bin + std::size_t(shift)) % shown.profile.size();
+        return QString("band %1, %2 MHz:  %3")
+            .arg(band + 1)
+            .arg(shownBands->frequencies[std::size_t(band)], 0, 'g', 7)
+            .arg(textOf(shownBands->profile(band)[place]));
+    }
     const int part = shown.parts - 1 - row;
-    const auto value = double(shown.picture[std::size_t(part) * shown.profile.size() + bin]);
-    return text + QString("part %1 of %2, from %3 s:  %4 sigma")
-                      .arg(part + 1)
-                      .arg(shown.parts)
-                      .arg(seconds * part / shown.parts, 0, 'f', 1)
-                      .arg(std::isfinite(value) ? QString::number(value, 'f', 3) : "no value");
+    return QString("part %1 of %2, from %3 s:  %4")
+        .arg(part + 1)
+        .arg(shown.parts)
+        .arg(seconds * part / shown.parts, 0, 'f', 1)
+        .arg(textOf(shown.picture[std::size_t(part) * shown.profile.size() + bin]));
 }
 
 // share  of the frame's width
@@ -221,9 +262,16 @@ void FoldView::paintPicture(QPainter &painter, const QRect &frame) const
     painter.drawRect(frame);
     painter.setPen(Qt::black);
     const QRect texts(0, frame.top(), frame.left() - 4, frame.height());
+    const auto megahertz = [this](int band) {
+        return QString::number(shownBands->frequencies[std::size_t(band)], 'f', 1);
+    };
     drawText(painter, texts, Qt::AlignRight | Qt::AlignTop,
-             QString::number(seconds, 'f', seconds < 100 ? 1 : 0) + " s");
-    drawText(painter, texts, Qt::AlignRight | Qt::AlignBottom, "0");
+             shownBands ? megahertz(bandOrder.front())
+                        : QString::number(seconds, 'f', seconds < 100 ? 1 : 0) + " s");
+    drawText(painter, texts, Qt::AlignRight | Qt::AlignBottom,
+             shownBands ? megahertz(bandOrder.back()) : QString("0"));
+    if (shownBands)
+        drawText(painter, texts, Qt::AlignRight | Qt::AlignVCenter, "MHz");
     const QRect below(frame.left(), frame.bottom() + 2, frame.width(), fontMetrics().height());
     drawText(painter, below, Qt::AlignLeft | Qt::AlignTop,
              "phase " + QString::number(phaseOf(0), 'f', 3));

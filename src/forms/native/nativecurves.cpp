@@ -68,10 +68,10 @@ std::vector<float> channelCurve(const NativePicture &picture, int channel)
 
 void addMarkers(NativeCurves &drawn, const NativePicture &picture, int channel, int shift)
 {
-    if (std::size_t(channel) >= picture.steps.size())
+    if (std::size_t(channel) >= picture.jumps.size())
         return;
-    for (const Tools::LevelStep &step : picture.steps[std::size_t(channel)]) {
-        const int index = step.point - picture.offset - shift;
+    for (const Tools::LevelJump &jump : picture.jumps[std::size_t(channel)]) {
+        const int index = jump.point - picture.offset - shift;
         if (index >= 0 && index < drawn.count)
             drawn.markers.push_back(index);
     }
@@ -179,13 +179,13 @@ NativeCurves nativeCurves(const NativePicture &picture, const NativeChoice &choi
     std::sort(drawn.markers.begin(), drawn.markers.end());
     drawn.markers.erase(std::unique(drawn.markers.begin(), drawn.markers.end()),
                         drawn.markers.end());
-    const Extremes all = extremesInSight(drawn.curves, 0, drawn.count);
+    const Plot::Range all = rangeInSight(drawn.curves, 0, drawn.count);
     drawn.min = all.min;
     drawn.max = all.max;
     return drawn;
 }
 
-Extremes extremesInSight(const std::vector<std::vector<float>> &curves, double first, double points)
+Plot::Range rangeInSight(const std::vector<std::vector<float>> &curves, double first, double points)
 {
     double min = INFINITY;
     double max = -INFINITY;
@@ -200,7 +200,7 @@ Extremes extremesInSight(const std::vector<std::vector<float>> &curves, double f
             max = std::max(max, double(curve[i]));
         }
     }
-    return min <= max ? Extremes{min, max} : Extremes{};
+    return min <= max ? Plot::Range{min, max} : Plot::Range{};
 }
 
 bool reachesWithin(const NativePicture &picture, double dispersion, int npoints)

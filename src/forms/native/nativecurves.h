@@ -1,6 +1,7 @@
 #pragma once
 
 #include "forms/native/nativeload.h"
+#include "picture/zoom.h"
 
 #include <QStringList>
 
@@ -33,7 +34,7 @@ struct NativeCurves {
     int count = 0;    ///< of X values
     double min = 0;   ///< over all curves, finite
     double max = 0;
-    std::vector<int> markers; ///< indices where a step of the level was taken out
+    std::vector<int> markers; ///< indices where a jump of the level was taken out
 
     /// Value by value what statistics are made of: the channel, or the sum. Empty where the part
     /// is kept as a reduction; `row` then names its row.
@@ -54,12 +55,9 @@ NativeCurves nativeCurves(const NativePicture &picture, const NativeChoice &choi
 std::vector<int> bandsThatKeepFromSumming(const NativePicture &picture,
                                           const std::vector<bool> &channelsOff);
 
-/// Least and greatest finite value of the curves between two indices; both 0 without any.
-struct Extremes {
-    double min = 0;
-    double max = 0;
-};
-Extremes extremesInSight(const std::vector<std::vector<float>> &curves, double first,
+/// From the least to the greatest finite value of the curves between two indices; both 0 without
+/// any.
+Plot::Range rangeInSight(const std::vector<std::vector<float>> &curves, double first,
                          double points);
 
 /// Whether the delays of the sum at this dispersion lie within the kept samples.

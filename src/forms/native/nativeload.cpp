@@ -211,7 +211,7 @@ private:
             if (!request.isRepeated &&
                 qint64(picture.window.npoints) * picture.window.channels > longSearch)
                 sendAsRecorded();
-            if (!deleteSteps())
+            if (!deleteJumps())
                 return;
         }
         reduceWindow();
@@ -228,7 +228,7 @@ private:
                            picture.offset);
     }
 
-    // The columns alone, so that there is something to look at while steps are searched.
+    // The columns alone, so that there is something to look at while jumps are searched.
     void sendAsRecorded()
     {
         reduceWindow();
@@ -240,7 +240,7 @@ private:
     }
 
     // Replaces the samples by a corrected copy; false when the work is not wanted any more.
-    bool deleteSteps()
+    bool deleteJumps()
     {
         ObservationData &window = picture.window;
         const auto corrected =
@@ -249,15 +249,15 @@ private:
             picture.problem = "There is no memory to delete steps; the data are as recorded.";
             return true;
         }
-        picture.steps.resize(std::size_t(window.channels));
+        picture.jumps.resize(std::size_t(window.channels));
         for (int channel = 0; channel < window.channels; ++channel) {
             if (!isWanted())
                 return false;
             float *const samples = corrected->ray(0, channel, 0);
             std::copy_n(finite.samples[0][channel][0], window.npoints, samples);
-            auto &steps = picture.steps[std::size_t(channel)];
-            steps = Tools::findLevelSteps(samples, window.npoints, isWanted);
-            Tools::removeLevelSteps(samples, window.npoints, steps);
+            auto &jumps = picture.jumps[std::size_t(channel)];
+            jumps = Tools::findLevelJumps(samples, window.npoints, isWanted);
+            Tools::removeLevelJumps(samples, window.npoints, jumps);
             Tools::replaceAgain(samples, {channel, 0, completePoints(window)}, finite.replaced);
         }
         finite.samples = Samples(corrected);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "calc/levelsteps.h"
+#include "calc/leveljumps.h"
 #include "calc/reduction.h"
 #include "data/recordingfile.h"
 
@@ -63,9 +63,9 @@ struct NativePicture {
     /// channel's others; only bands without any finite number stay as they are.
     Samples finite;
     std::vector<int> bandsWithoutNumbers; ///< of the part, indices from 0, ascending
-    /// The level steps that were deleted from every channel, as points of the window; empty where
+    /// The level jumps that were deleted from every channel, as points of the window; empty where
     /// none are deleted.
-    std::vector<std::vector<Tools::LevelStep>> steps;
+    std::vector<std::vector<Tools::LevelJump>> jumps;
 
     bool isLast = false;
     QString problem;   ///< what a user should know of the file; may come with samples

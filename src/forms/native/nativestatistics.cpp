@@ -35,7 +35,7 @@ QString stepsNote(const NativePicture &picture, const NativeCurves &drawn)
     if (!picture.window.samples)
         return "Level steps are not deleted here; zoom in.";
     std::size_t steps = 0;
-    for (const auto &ofChannel : picture.steps)
+    for (const auto &ofChannel : picture.jumps)
         steps += ofChannel.size();
     return QString("Deleted level steps: %1 in all channels%2.")
         .arg(steps)

@@ -176,7 +176,7 @@ void NativeView::frame(const NativeRange &part)
 void NativeView::fitHeight()
 {
     const PulsarGrafik::VisibleRange range = plot->visibleRange();
-    const Extremes y = extremesInSight(plot->data().graphs, range.first, range.points);
+    const Plot::Range y = rangeInSight(plot->data().graphs, range.first, range.points);
     if (y.max > y.min)
         plot->setVisibleY(y.min, y.max);
 }

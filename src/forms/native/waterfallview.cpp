@@ -1,6 +1,7 @@
 #include "forms/native/waterfallview.h"
 
 #include "picture/axislabels.h"
+#include "picture/percentiles.h"
 #include "picture/plotpainter.h"
 #include "plot/handon.h"
 #include "plot/pulsargrafik.h"
@@ -87,18 +88,11 @@ void WaterfallView::findScale()
         return;
     constexpr double lowShare = 0.01;
     constexpr double highShare = 0.995;
-    std::vector<float> values;
-    std::copy_if(picture.values.begin(), picture.values.end(), std::back_inserter(values),
-                 [](float value) { return std::isfinite(value); });
-    if (values.empty())
+    const std::vector<float> limits = Plot::percentiles(picture.values, {lowShare, highShare});
+    if (limits.empty())
         return;
-    const auto valueAt = [&](double share) {
-        const auto place = values.begin() + std::ptrdiff_t(share * double(values.size() - 1));
-        std::nth_element(values.begin(), place, values.end());
-        return *place;
-    };
-    lowest = valueAt(lowShare);
-    highest = valueAt(highShare);
+    lowest = limits[0];
+    highest = limits[1];
 }
 
 int WaterfallView::pictureWidth() const
@@ -162,9 +156,7 @@ void WaterfallView::paintLabels(QPainter &painter) const
     const QRect inner = area();
     constexpr int leastFont = 9; // pixels
     constexpr int mostFont = 15; // the left margin holds no more
-    QFont small = font();
-    small.setPixelSize(std::clamp(QFontInfo(small).pixelSize(), leastFont, mostFont));
-    painter.setFont(small);
+    painter.setFont(Plot::fontWithin(font(), leastFont, mostFont));
     const auto rightAligned = [&](int y, const QString &text) {
         painter.drawText(QRect(0, y - 8, inner.left() - 5, 16), Qt::AlignRight | Qt::AlignVCenter,
                          text);

@@ -14,6 +14,7 @@
 #include "calc/pulsar/startpoint.h"
 #include "data/recordingtime.h"
 #include "fields/fieldstyles.h"
+#include "forms/pulsar/bandpicture.h"
 #include "forms/savefolder.h"
 #include "picture/axistexts.h"
 #include "picture/resultplot.h"
@@ -23,6 +24,7 @@
 #include "ui_pulsarform.h"
 
 #include <QUrl>
+#include <QVBoxLayout>
 #include <algorithm>
 #include <cmath>
 
@@ -54,11 +56,19 @@ PulsarForm::PulsarForm(const QString &filePath, QWidget *parent)
     info->setObjectName("info");
     grafik->showMessage("Choose an action");
     shareSaveFolder(grafik);
+    auto *const middle = new QWidget(this);
+    auto *const layout = new QVBoxLayout(middle);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    bands = new BandPicture(grafik, middle);
+    bands->setObjectName("bands");
+    layout->addWidget(bands, 2);
+    layout->addWidget(grafik, 3);
     PulsarParameters presets;
     readDispersions(presets);
     const QStringList otherPresets = fitPresets();
     connectInputs();
-    install(grafik, info);
+    install(middle, info);
     if (!otherPresets.isEmpty())
         info->showNote("Presets that were changed to fit this recording:\n" +
                        otherPresets.join('\n'));
@@ -107,6 +117,10 @@ void PulsarForm::connectInputs()
             buttons << button;
     for (const QAbstractButton *button : std::as_const(buttons))
         connect(button, &QAbstractButton::clicked, this, &PulsarForm::redraw);
+    connect(ui->sumPeriodOfBands, &QCheckBox::clicked, this, [this] {
+        if (ui->sumPeriod->isChecked())
+            redraw();
+    });
     connect(ui->harmonicOfPeriod, &QPushButton::clicked, this, &PulsarForm::takeHarmonicOfPeriod);
 
     connect(info, &PulsarGrafikInfo::linkClicked, this, &PulsarForm::followLink);
@@ -122,7 +136,9 @@ QString PulsarForm::chosenAction()
 {
     for (const QRadioButton *button : ui->groupBox_action->findChildren<QRadioButton *>()) {
         if (button->isChecked())
-            return button->objectName();
+            return button == ui->sumPeriod && ui->sumPeriodOfBands->isChecked()
+                       ? ui->sumPeriodOfBands->objectName()
+                       : button->objectName();
     }
     showError(this, "Check Action!");
     return {};
@@ -153,7 +169,7 @@ QString PulsarForm::command()
         return {};
     }
     const bool isAsShown = shown && action == shown->action;
-    parameters->points = worksOnChannel(action) && isAsShown ? wantedPoints : 0;
+    parameters->points = takesPoints(action) && isAsShown ? wantedPoints : 0;
     return pulsarCommand(action, *parameters, path);
 }
 
@@ -189,7 +205,7 @@ void PulsarForm::compute(const QString &action, int points)
     if (!parameters)
         return;
     // The other actions show so many points of what they give.
-    parameters->points = worksOnChannel(action) ? points : 0;
+    parameters->points = takesPoints(action) ? points : 0;
     const QStringList unreadFields = unreadTexts();
     AnalysisOutcome outcome;
     const auto work = [&](const Jobs::Control &control) {
@@ -308,7 +324,7 @@ void PulsarForm::changePoints(int points)
 {
     if (!shown || ProgressTask::isRunning())
         return;
-    if (worksOnChannel(shown->action)) {
+    if (takesPoints(shown->action)) {
         // "Reset points" goes back to all of the recording.
         compute(shown->action, points > 0 ? points : data.npoints);
         return;
@@ -330,6 +346,7 @@ void PulsarForm::showResult()
     info->setFourierControls(reads(shown->action, "--sigma"));
     info->setDispersionControls(reads(shown->action, "--compare"));
     shownMulti.reset();
+    bands->showFold(result.bands);
     showCurves(result.curves, result.names, 0);
     showTexts(result.report, result.names, 0);
 }
@@ -348,7 +365,7 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, const
                             int firstColour)
 {
     const PulsarResult &result = shown->result;
-    const bool isCut = wantedPoints > 0 && !worksOnChannel(shown->action);
+    const bool isCut = wantedPoints > 0 && !takesPoints(shown->action);
     const int count = isCut ? std::min(wantedPoints, result.points) : result.points;
     std::vector<std::vector<float>> parts;
     for (const std::vector<float> &curve : curves)
@@ -364,7 +381,7 @@ void PulsarForm::showCurves(const std::vector<std::vector<float>> &curves, const
     plot.source = QStringList("action: " + shown->action) + computedOnLines();
     grafik->setData(std::move(plot));
     grafik->recomputeRange();
-    info->setPoints(worksOnChannel(shown->action) ? result.stretch : count);
+    info->setPoints(takesPoints(shown->action) ? result.stretch : count);
 }
 
 // For the report, for tables and for pictures.

@@ -3,6 +3,7 @@
 #include "calc/pulsar/pulsarresult.h"
 #include "forms/recordingform.h"
 
+class BandPicture;
 class PulsarGrafik;
 class PulsarGrafikInfo;
 namespace Ui {
@@ -67,6 +68,7 @@ private:
     void followLink(const QUrl &link);
 
     const std::unique_ptr<Ui::PulsarForm> ui;
+    BandPicture *bands = nullptr;
     PulsarGrafik *grafik = nullptr;
     PulsarGrafikInfo *info = nullptr;
 

@@ -82,15 +82,14 @@ Days::FourierLine lineOf(const Sky::CellLine &line, const Sky::CellStack &stack,
                          const Sky::SkyPlan &plan)
 {
     const Sky::SkyMethod &method = Sky::methodOf(plan.product);
-    const double axis = method.axisAt(plan, line.position);
-    const double frequency = method.axisName(plan).startsWith("period") ? 1 / axis : axis;
+    const double frequency = method.frequencyAt(plan, line.position);
     Days::FourierLine made;
     made.bin = line.position / Sky::perBin(plan);
     made.harmonics = line.harmonics;
     made.power = line.power / std::max(1, stack.days * line.harmonics);
     made.sigma = made.sigmaAll =
         Tools::sigmaOfTail(Tools::logTailOfTrials(line.logTail, method.trials(plan)));
-    const bool isTurned = Sky::isTurned(plan);
+    const bool isTurned = method.isTurned(plan);
     made.barycentric = isTurned ? frequency : frequency / stack.ratio;
     made.telescope = isTurned ? frequency * stack.ratio : frequency;
     return made;
@@ -212,13 +211,16 @@ ShownCell cellOf(const Sky::SkyStack &stack, const Sky::SkyPlan &plan, const Sky
 
 double axisOf(const Sky::SkyPlan &plan, const Sky::SkyCandidate &candidate)
 {
-    if (Sky::methodOf(plan.product).axisName(plan).startsWith("period"))
-        return candidate.period.value;
-    return Sky::isTurned(plan) ? candidate.barycentric : candidate.telescope;
+    const Sky::SkyMethod &method = Sky::methodOf(plan.product);
+    const double frequency = method.isTurned(plan) ? candidate.barycentric : candidate.telescope;
+    return method.axisName(plan).startsWith("period") ? 1 / frequency : frequency;
 }
 
 double columnOf(const Sky::SkyMap &map, double axisValue)
 {
+    if (!map.axis.empty())
+        return double(std::lower_bound(map.axis.begin(), map.axis.end(), axisValue) -
+                      map.axis.begin());
     return map.step == 0 ? 0 : (axisValue - map.first) / map.step;
 }
 

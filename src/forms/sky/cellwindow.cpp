@@ -2,13 +2,14 @@
 
 #include "forms/days/fouriergrafikinfo.h"
 #include "forms/days/spectrumview.h"
+#include "forms/days/stacktexts.h"
 
 #include <QLabel>
 #include <QVBoxLayout>
 
 CellWindow::CellWindow(const Request &wanted, QWidget *parent)
     : QWidget(parent, Qt::Window), request(wanted), told(new QLabel(this)),
-      view(new SpectrumView(this)), progress(worker, this)
+      view(new SpectrumView(stackTexts(false), this)), progress(worker, this)
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setObjectName("cellWindow");

@@ -6,6 +6,7 @@
 #include "fields/numberbox.h"
 #include "forms/days/daysmodel.h"
 #include "forms/days/sourcefield.h"
+#include "forms/days/stacktexts.h"
 #include "forms/fieldvalues.h"
 #include "forms/sky/skyjobs.h"
 #include "ui_skyinputs.h"
@@ -61,13 +62,13 @@ struct FromText {
 SkyInputs::SkyInputs(const Sky::SkyAnalysis &skyAnalysis, const QString &directoryPath,
                      QWidget *parent)
     : QWidget(parent), analysis(skyAnalysis), directory(directoryPath), ui(new Ui::SkyInputs),
-      days(new DaysModel(this))
+      days(new DaysModel(stackTexts(analysis.flags.ffa), this))
 {
     ui->setupUi(this);
     ui->filePath->showDirectory(directory);
     ui->groupBox_map->setVisible(analysis.flags.map);
     ui->groupBox_search->setVisible(analysis.flags.search);
-    FieldValues::offerChoices(this, Sky::skyFields());
+    FieldValues::offerChoices(this, analysis);
     ui->days->showTable(days);
     for (const int column : {DaysModel::Sigma, DaysModel::Power})
         ui->days->setColumnHidden(column, true);
@@ -153,7 +154,7 @@ void SkyInputs::setRecordings(const std::shared_ptr<const RecordingSet> &set)
 Sky::SkyParameters SkyInputs::read(std::vector<FieldProblem> &problems) const
 {
     const auto counts = [this](const QWidget *field) { return ui->placeFields->counts(field); };
-    auto parameters = FieldValues::readAll(this, Sky::skyFields(), counts, problems);
+    auto parameters = FieldValues::readAll(this, analysis, counts, problems);
     ui->placeFields->addProblems(parameters, problems);
     readShown(parameters);
     return parameters;

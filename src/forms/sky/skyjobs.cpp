@@ -71,47 +71,6 @@ double secondsOf(const Sky::SkyPlan &plan)
            Jobs::threadCount();
 }
 
-// The larger significance of two maps at each place.
-void takeLarger(Sky::SkyMap &map, const Sky::SkyMap &other)
-{
-    for (std::size_t i = 0; i < map.sigma.size(); ++i) {
-        if (std::isnan(other.sigma[i]) || other.sigma[i] <= map.sigma[i])
-            continue;
-        map.sigma[i] = other.sigma[i];
-        map.best[i] = other.best[i];
-    }
-    for (std::size_t row = 0; row < map.rows.size(); ++row) {
-        int &days = map.rows[row].days;
-        const int more = other.rows[row].days;
-        days = days == 0 || more == 0 ? std::max(days, more) : std::min(days, more);
-    }
-    if (other.problem.isEmpty())
-        map.problem.clear();
-}
-
-// A map piece by piece, for the best of many stacks takes seconds.
-Sky::SkyMap bestOf(const Sky::SkyStack &stack, const Sky::SkyPlan &plan,
-                   const Sky::MapChoice &choice, const Jobs::Control &control)
-{
-    const bool overStarts = choice.axis == Sky::MapAxis::Starts;
-    const int chosen = overStarts ? choice.dispersion : choice.start;
-    const int others = overStarts ? int(plan.dispersions.size()) : plan.starts;
-    if (chosen >= 0)
-        return Sky::mapOf(stack, plan, choice);
-    Sky::SkyMap map;
-    for (int other = 0; other < others && !control.isStopped(); ++other) {
-        Sky::MapChoice one = choice;
-        (overStarts ? one.dispersion : one.start) = other;
-        Sky::SkyMap next = Sky::mapOf(stack, plan, one);
-        if (other == 0)
-            map = std::move(next);
-        else
-            takeLarger(map, next);
-    }
-    map.choice = choice;
-    return map;
-}
-
 // Maps of a run that goes on, at most for a fifth of its time.
 class FillingIn {
 public:
@@ -193,10 +152,9 @@ SkyMaps mapsOf(const Sky::SkyStack &stack, const Sky::SkyPlan &plan,
 {
     SkyMaps maps;
     for (const Sky::MapChoice &choice : choices) {
-        Sky::SkyMap map = bestOf(stack, plan, choice, control);
         if (control.isStopped())
             break;
-        maps.push_back(std::make_shared<const Sky::SkyMap>(std::move(map)));
+        maps.push_back(std::make_shared<const Sky::SkyMap>(Sky::mapOf(stack, plan, choice)));
     }
     return maps;
 }

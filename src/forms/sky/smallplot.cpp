@@ -119,7 +119,7 @@ void SmallPlot::paintCurves(QPainter &painter, const QRect &frame) const
         painter.drawLine(place(content.mark, y.min), place(content.mark, y.max));
     }
     painter.setRenderHint(QPainter::Antialiasing);
-    int textLeft = frame.right();
+    const int lineHeight = painter.fontMetrics().height();
     for (std::size_t i = 0; i < content.curves.size(); ++i) {
         const Curve &curve = content.curves[i];
         const QColor colour(plotColour(int(i)).code);
@@ -135,8 +135,9 @@ void SmallPlot::paintCurves(QPainter &painter, const QRect &frame) const
                 painter.drawEllipse(line.back(), 1.5, 1.5);
         }
         painter.drawPolyline(line);
-        textLeft -= painter.fontMetrics().horizontalAdvance(curve.name) + 8;
-        if (!curve.name.isEmpty() && textLeft > frame.left())
-            painter.drawText(textLeft, frame.top() + 11, curve.name);
+        const QRect text(frame.left(), frame.top() + int(i) * lineHeight, frame.width() - 4,
+                         lineHeight);
+        if (text.bottom() < frame.bottom())
+            painter.drawText(text, Qt::AlignRight | Qt::AlignVCenter, curve.name);
     }
 }

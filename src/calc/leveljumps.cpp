@@ -1,4 +1,4 @@
-#include "calc/levelsteps.h"
+#include "calc/leveljumps.h"
 
 #include "calc/robuststatistics.h"
 
@@ -16,7 +16,7 @@ constexpr int gridStep = 32;      // distance of the points that are tried at fi
 constexpr int edgeLength = 32;    // samples beside the jump that must show it already
 constexpr double threshold = 8;   // robust sigmas
 constexpr double edgeShare = 0.5; // of the height, seen in the edge samples
-constexpr double clipSigmas = 3;  // impulses must not decide where a step lies
+constexpr double clipSigmas = 3;  // impulses must not decide where a jump lies
 
 float medianOf(const float *samples, int count, std::vector<float> &scratch)
 {
@@ -71,7 +71,8 @@ public:
         return true;
     }
 
-    // Grid points, multiples of the grid step, whose jump exceeds the limit; largest first.
+    // Grid points, multiples of the grid step, across which the level changes by more than the
+    // limit; largest first.
     std::vector<int> jumpsAbove(double limit) const
     {
         constexpr std::size_t windowsBetween = levelLength / gridStep;
@@ -89,17 +90,17 @@ public:
         return points;
     }
 
-    // Takes a step out of the series and of the medians: windows behind it move as a whole,
+    // Takes a jump out of the series and of the medians: windows behind it move as a whole,
     // only those across it are computed again.
-    void remove(const LevelStep &step)
+    void remove(const LevelJump &jump)
     {
-        for (std::size_t i = std::size_t(step.point); i < series.size(); ++i)
-            series[i] = float(series[i] - step.height);
+        for (std::size_t i = std::size_t(jump.point); i < series.size(); ++i)
+            series[i] = float(series[i] - jump.height);
         for (std::size_t i = 0; i < medians.size(); ++i) {
             const int begin = int(i) * gridStep;
-            if (begin >= step.point)
-                medians[i] = float(medians[i] - step.height);
-            else if (begin + levelLength > step.point)
+            if (begin >= jump.point)
+                medians[i] = float(medians[i] - jump.height);
+            else if (begin + levelLength > jump.point)
                 medians[i] = medianOf(series.data() + begin, levelLength, scratch);
         }
     }
@@ -115,8 +116,8 @@ private:
     std::vector<float> scratch;
 };
 
-// The step that a jump of the levels comes from; of height 0 when it is none.
-LevelStep stepNear(LevelGrid &grid, const std::vector<float> &series, int guess, double sigma)
+// The jump near a grid point; its height is 0 where the level only drifts.
+LevelJump jumpNear(LevelGrid &grid, const std::vector<float> &series, int guess, double sigma)
 {
     const double before = grid.median(guess - levelLength, levelLength);
     const double after = grid.median(guess, levelLength);
@@ -166,12 +167,12 @@ double robustSigma(const float *samples, int count)
            std::sqrt(2.0);
 }
 
-std::vector<LevelStep> findLevelSteps(const float *samples, int count,
+std::vector<LevelJump> findLevelJumps(const float *samples, int count,
                                       const std::function<bool()> &goOn)
 {
-    std::vector<LevelStep> steps;
+    std::vector<LevelJump> jumps;
     if (count < 2 * levelLength)
-        return steps;
+        return jumps;
     // Medians need numbers that can be ordered.
     std::vector<float> series(samples, samples + count);
     std::replace_if(
@@ -179,13 +180,13 @@ std::vector<LevelStep> findLevelSteps(const float *samples, int count,
     const double sigma = robustSigma(samples, count);
     const double limit = threshold * sigma;
     if (!(limit > 0) || std::isinf(limit))
-        return steps;
+        return jumps;
 
     LevelGrid grid(series);
     if (!grid.fill(goOn))
-        return steps;
+        return jumps;
     std::vector<bool> refused(std::size_t(count / gridStep + 1), false);
-    // A step that is taken out changes the jumps around it, so that they are ranked again. No
+    // A jump that is taken out changes the medians around it, so that they are ranked again. No
     // grid point is tried twice, so the loop ends.
     for (bool changed = true; changed;) {
         if (goOn && !goOn())
@@ -195,26 +196,26 @@ std::vector<LevelStep> findLevelSteps(const float *samples, int count,
             if (refused[std::size_t(guess / gridStep)])
                 continue;
             refused[std::size_t(guess / gridStep)] = true;
-            const LevelStep step = stepNear(grid, series, guess, sigma);
-            if (std::abs(step.height) <= limit)
+            const LevelJump jump = jumpNear(grid, series, guess, sigma);
+            if (std::abs(jump.height) <= limit)
                 continue;
-            grid.remove(step);
-            steps.push_back(step);
+            grid.remove(jump);
+            jumps.push_back(jump);
             changed = true;
             break;
         }
     }
-    std::sort(steps.begin(), steps.end(),
-              [](const LevelStep &a, const LevelStep &b) { return a.point < b.point; });
-    return steps;
+    std::sort(jumps.begin(), jumps.end(),
+              [](const LevelJump &a, const LevelJump &b) { return a.point < b.point; });
+    return jumps;
 }
 
-void removeLevelSteps(float *samples, int count, const std::vector<LevelStep> &steps)
+void removeLevelJumps(float *samples, int count, const std::vector<LevelJump> &jumps)
 {
     double shift = 0;
-    auto next = steps.begin();
+    auto next = jumps.begin();
     for (int i = 0; i < count; ++i) {
-        for (; next != steps.end() && next->point == i; ++next)
+        for (; next != jumps.end() && next->point == i; ++next)
             shift += next->height;
         samples[i] = float(samples[i] - shift);
     }

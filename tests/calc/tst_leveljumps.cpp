@@ -1,4 +1,4 @@
-#include "calc/levelsteps.h"
+#include "calc/leveljumps.h"
 #include "calc/robuststatistics.h"
 #include "simulator/recording.h"
 #include "support/testmain.h"
@@ -13,7 +13,7 @@ using Simulator::Simulation;
 
 namespace {
 
-// Of noise with this besides.
+// Noise of one channel with this besides.
 std::vector<float> channelWith(const std::function<void(Simulation &)> &change)
 {
     Simulation simulation;
@@ -28,18 +28,18 @@ std::vector<float> channelWith(const std::function<void(Simulation &)> &change)
 
 } // namespace
 
-class TestLevelSteps : public QObject {
+class TestLevelJumps : public QObject {
     Q_OBJECT
 
 private slots:
-    void findsSteps();
+    void findsJumps();
     void findsNothingElse();
     void noNumbersAndShortSeries();
     void sigmaOfNoise();
     void sigmaOfCoarseSamples();
 };
 
-void TestLevelSteps::findsSteps()
+void TestLevelJumps::findsJumps()
 {
     const std::vector<Simulator::GainStep> rows[] = {
         {{1, 1, 20000, 1.1}},
@@ -49,23 +49,23 @@ void TestLevelSteps::findsSteps()
     for (const std::vector<Simulator::GainStep> &injected : rows) {
         std::vector<float> series = channelWith([&](auto &s) { s.gainSteps = injected; });
         const int count = int(series.size());
-        const std::vector<Tools::LevelStep> steps = Tools::findLevelSteps(series.data(), count);
-        QCOMPARE(steps.size(), injected.size());
+        const std::vector<Tools::LevelJump> jumps = Tools::findLevelJumps(series.data(), count);
+        QCOMPARE(jumps.size(), injected.size());
         double level = 100;
-        for (std::size_t i = 0; i < steps.size(); ++i) {
-            // Steps of 10 sigma and more: their place is certain to a sample or two.
-            QVERIFY(std::abs(steps[i].point - injected[i].point) <= 1);
+        for (std::size_t i = 0; i < jumps.size(); ++i) {
+            // Jumps of 10 sigma and more: their place is certain to a sample or two.
+            QVERIFY(std::abs(jumps[i].point - injected[i].point) <= 1);
             // Medians of 512 samples err by 0.055 sigma each.
-            QVERIFY(std::abs(steps[i].height - level * (injected[i].factor - 1)) < 0.4);
+            QVERIFY(std::abs(jumps[i].height - level * (injected[i].factor - 1)) < 0.4);
             level *= injected[i].factor;
         }
-        Tools::removeLevelSteps(series.data(), count, steps);
-        QVERIFY(Tools::findLevelSteps(series.data(), count).empty());
+        Tools::removeLevelJumps(series.data(), count, jumps);
+        QVERIFY(Tools::findLevelJumps(series.data(), count).empty());
         QVERIFY(std::abs(series.back() - 100) < 8);
     }
 }
 
-void TestLevelSteps::findsNothingElse()
+void TestLevelJumps::findsNothingElse()
 {
     using Change = void (*)(Simulation &);
     const Change changes[] = {
@@ -88,25 +88,25 @@ void TestLevelSteps::findsNothingElse()
     };
     for (const Change change : changes) {
         const std::vector<float> series = channelWith(change);
-        QVERIFY(Tools::findLevelSteps(series.data(), int(series.size())).empty());
+        QVERIFY(Tools::findLevelJumps(series.data(), int(series.size())).empty());
     }
 }
 
-void TestLevelSteps::noNumbersAndShortSeries()
+void TestLevelJumps::noNumbersAndShortSeries()
 {
     std::vector<float> series = channelWith([](auto &) {});
-    QVERIFY(Tools::findLevelSteps(series.data(), 1023).empty());
-    QVERIFY(Tools::findLevelSteps(series.data(), 0).empty());
+    QVERIFY(Tools::findLevelJumps(series.data(), 1023).empty());
+    QVERIFY(Tools::findLevelJumps(series.data(), 0).empty());
     for (std::size_t i = 0; i < series.size(); i += 7)
         series[i] = std::numeric_limits<float>::quiet_NaN();
     series[1000] = std::numeric_limits<float>::infinity();
     // 0 in place of a missing sample lies 100 sigma low, but is no lasting level.
-    QVERIFY(Tools::findLevelSteps(series.data(), int(series.size())).empty());
+    QVERIFY(Tools::findLevelJumps(series.data(), int(series.size())).empty());
     const std::vector<float> constant(5000, 3.0f);
-    QVERIFY(Tools::findLevelSteps(constant.data(), 5000).empty());
+    QVERIFY(Tools::findLevelJumps(constant.data(), 5000).empty());
 }
 
-void TestLevelSteps::sigmaOfNoise()
+void TestLevelJumps::sigmaOfNoise()
 {
     const std::vector<float> series = channelWith([](auto &s) { s.sigma = 2.5; });
     // 20000 samples give the sigma to about 1 %.
@@ -121,7 +121,7 @@ void TestLevelSteps::sigmaOfNoise()
     QVERIFY(Tools::robustSigma(series.data(), 20000) == median * 1.4826 / std::sqrt(2.0));
 }
 
-void TestLevelSteps::sigmaOfCoarseSamples()
+void TestLevelJumps::sigmaOfCoarseSamples()
 {
     std::vector<float> samples(40000);
     std::vector<float> scratch;
@@ -148,12 +148,12 @@ void TestLevelSteps::sigmaOfCoarseSamples()
         QVERIFY2(std::abs(robust / expected - 1) < 0.04, qPrintable(text));
         QVERIFY2(std::abs(spread / expected - 1) < 0.04, qPrintable(text));
     };
-    // Of the noise before it is rounded, and the level it has, in steps.
+    // Sigma of the noise before it is rounded, and its level, in steps of the rounding.
     for (const double sigma : {0.2, 0.4, 0.5, 0.7, 1.0, 1.5, 2.0, 5.0, 20.0})
         for (const double level : {100.0, 100.5})
             for (const double step : {1.0, 0.1})
                 check(sigma, level, step);
 }
 
-ZRT_UNIT_TEST_MAIN(TestLevelSteps)
-#include "tst_levelsteps.moc"
+ZRT_UNIT_TEST_MAIN(TestLevelJumps)
+#include "tst_leveljumps.moc"

@@ -1,9 +1,9 @@
-#include "forms/openrecording.h"
+#include "forms/showrecording.h"
 
 #include "app/shell/settings.h"
 #include "forms/native/nativegrafik.h"
 
-void openRecording(const QString &path, int point)
+void showRecording(const QString &path, int point)
 {
     QWidget *const window = Settings::instance()->ui().centralwidget->window();
     const auto open = [path, point, window] {

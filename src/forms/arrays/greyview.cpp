@@ -1,4 +1,4 @@
-#include "forms/arrays/greypicture.h"
+#include "forms/arrays/greyview.h"
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -43,26 +43,26 @@ double meanOf(const NumberTable &table, const Cells &across, const Cells &down)
 
 } // namespace
 
-GreyPicture::GreyPicture(QWidget *parent) : QWidget(parent)
+GreyView::GreyView(QWidget *parent) : QWidget(parent)
 {
     setMouseTracking(true);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
 }
 
-void GreyPicture::setTable(const NumberTable *numbers)
+void GreyView::setTable(const NumberTable *numbers)
 {
     table = numbers;
     picture = QImage();
     update();
 }
 
-QRect GreyPicture::area() const
+QRect GreyView::area() const
 {
     const int unit = fontMetrics().height();
     return rect().adjusted(leftFonts * unit, unit, -unit, -bottomFonts * unit);
 }
 
-void GreyPicture::renewPicture(const QSize &size)
+void GreyView::renewPicture(const QSize &size)
 {
     std::vector<double> means;
     means.reserve(std::size_t(size.width()) * std::size_t(size.height()));
@@ -91,7 +91,7 @@ void GreyPicture::renewPicture(const QSize &size)
     }
 }
 
-void GreyPicture::paintEvent(QPaintEvent * /*event*/)
+void GreyView::paintEvent(QPaintEvent * /*event*/)
 {
     QPainter painter(this);
     painter.fillRect(rect(), Qt::white);
@@ -118,7 +118,7 @@ void GreyPicture::paintEvent(QPaintEvent * /*event*/)
     }
 }
 
-void GreyPicture::mouseMoveEvent(QMouseEvent *event)
+void GreyView::mouseMoveEvent(QMouseEvent *event)
 {
     const QRect place = area();
     if (!table || table->count() == 0 || !place.contains(event->pos()))

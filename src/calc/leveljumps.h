@@ -6,7 +6,7 @@
 namespace Tools {
 
 /// A jump in the level of one channel: a calibration signal switched, a gain changed.
-struct LevelStep {
+struct LevelJump {
     int point = 0;     ///< first sample of the new level, index within the searched series
     double height = 0; ///< new level less old level, in the samples' units
 };
@@ -18,17 +18,17 @@ struct LevelStep {
 ///
 /// @param samples  count samples; only read
 /// @param goOn     asked every few hundredths of a second, may be empty; false ends the search
-/// @return steps by ascending point; removing them one after the other leaves one level; none
+/// @return jumps by ascending point; removing them one after the other leaves one level; none
 ///         when the search was ended
-std::vector<LevelStep> findLevelSteps(const float *samples, int count,
+std::vector<LevelJump> findLevelJumps(const float *samples, int count,
                                       const std::function<bool()> &goOn = {});
 
-/// Shifts everything from each step on by its height, so that the series keeps the level it
+/// Shifts everything from each jump on by its height, so that the series keeps the level it
 /// begins with.
-void removeLevelSteps(float *samples, int count, const std::vector<LevelStep> &steps);
+void removeLevelJumps(float *samples, int count, const std::vector<LevelJump> &jumps);
 
 /// Robust standard deviation of the noise of a series: median absolute difference of
-/// neighbouring samples x 1.4826 / sqrt(2); of coarse samples see noiseSigma(). Drift, steps and
+/// neighbouring samples x 1.4826 / sqrt(2); of coarse samples see noiseSigma(). Drift, jumps and
 /// pulses hardly enter.
 ///
 /// @return 0 for fewer than two samples and for equal ones

@@ -7,11 +7,11 @@
 
 /// Rows of numbers as a picture: black is the smallest value, white the largest, red no number.
 /// Where a pixel holds several numbers it shows their mean. The first row is the uppermost.
-class GreyPicture : public QWidget {
+class GreyView : public QWidget {
     Q_OBJECT
 
 public:
-    explicit GreyPicture(QWidget *parent = nullptr);
+    explicit GreyView(QWidget *parent = nullptr);
 
     /// @param numbers  is only read and outlives the widget; null: an empty picture
     void setTable(const NumberTable *numbers);

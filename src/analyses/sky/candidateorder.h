@@ -1,0 +1,19 @@
+#pragma once
+
+#include "analyses/sky/skysearch.h"
+
+#include <vector>
+
+namespace Sky {
+
+/// Where a ray stands among all rays of the telescope: neighbours differ by one.
+int placeOfRay(const SkyPlan &plan, int ray);
+
+/// Candidates as a table shows them: what stands at a small fraction of the frequency of a stronger
+/// one follows it, and bases that look like a signal of the sky come before those that are marked
+/// as interference.
+///
+/// @param found  any order
+std::vector<SkyCandidate> orderedCandidates(std::vector<SkyCandidate> found, const SkyPlan &plan);
+
+} // namespace Sky

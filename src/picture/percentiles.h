@@ -1,0 +1,15 @@
+#pragma once
+
+#include <initializer_list>
+#include <vector>
+
+namespace Plot {
+
+/// The values below which such shares of all finite values lie, from 0 for the lowest to 1 for the
+/// highest, in the order of the shares: limits of a colour scale that a few bright values do not
+/// darken.
+///
+/// @return empty where no value is finite
+std::vector<float> percentiles(std::vector<float> values, std::initializer_list<double> shares);
+
+} // namespace Plot
