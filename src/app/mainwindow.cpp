@@ -175,6 +175,14 @@ void MainWindow::openDirectory(const QString &caption, Arguments... arguments)
         new Form(path, arguments..., this);
 }
 
+void MainWindow::openDays(int ffa, int map, int search)
+{
+    if (const QString path = askForDirectory("Pulsar directory"); !path.isEmpty()) {
+        const auto *const form = new FourierForm(path, ffa, map, search, this);
+        connect(this, &MainWindow::mainWindowSizeChanged, form, &FourierForm::fitToWindow);
+    }
+}
+
 // Opens without asking. Not while a loop of the form is on the stack, or a dialog of it.
 void MainWindow::open(QAction *command, const QString &path)
 {
@@ -309,7 +317,7 @@ void MainWindow::openDirArrays()
 
 void MainWindow::openDirSumFourier()
 {
-    openDirectory<FourierForm>("Pulsar directory", 0, 0, 0);
+    openDays(0, 0, 0);
 }
 
 void MainWindow::openFileFFA()
@@ -347,12 +355,12 @@ void MainWindow::openFileTransients()
 
 void MainWindow::openDirSumFourierMap()
 {
-    sayNotBuilt("Sum of signals: Fourier - map");
+    openDays(0, 1, 0);
 }
 
 void MainWindow::openDirSumFfa()
 {
-    openDirectory<FourierForm>("Pulsar directory", 1, 0, 0);
+    openDays(1, 0, 0);
 }
 
 void MainWindow::openDirSumFfaMap()
@@ -362,7 +370,7 @@ void MainWindow::openDirSumFfaMap()
 
 void MainWindow::openDirSearchFourier()
 {
-    sayNotBuilt("Search: Fourier");
+    openDays(0, 0, 1);
 }
 
 void MainWindow::openDirSearchFFA()

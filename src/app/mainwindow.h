@@ -86,6 +86,8 @@ private:
     void openFile(Arguments... arguments);
     template <typename Form, typename... Arguments>
     void openDirectory(const QString &caption, Arguments... arguments);
+    /// Opens the form over days with the flags of a command.
+    void openDays(int ffa, int map, int search);
     void connectActions();
     QAction *viewerOf(const QString &path) const;
     void open(QAction *command, const QString &path);

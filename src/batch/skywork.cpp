@@ -9,7 +9,7 @@
 #include "batch/outputfiles.h"
 #include "batch/programname.h"
 #include "jobs/items.h"
-#include "picture/rowpicture.h"
+#include "picture/mappicture.h"
 
 #include <QDir>
 #include <QFile>
@@ -238,44 +238,22 @@ private:
                            " Its verdicts are not taken over.");
     }
 
-    Plot::PictureBytes pictureOf(const Sky::SkyMap &map) const
+    Plot::PictureBytes pictureOf(const std::shared_ptr<const Sky::SkyMap> &map) const
     {
-        constexpr float leastHigh = 6; // sigma
-        Plot::RowPicture picture = Plot::rowPictureOf(map.sigma, int(map.rows.size()),
-                                                      request.output.pictureSize, leastHigh);
-        for (const Sky::MapRow &row : map.rows)
-            picture.rowNames << row.name;
-        const Sky::SkyRay &ray = plan.rays[std::size_t(map.choice.ray)];
-        picture.rowsName =
-            map.choice.axis == Sky::MapAxis::Starts ? "right ascension" : "DM, pc/cm^3";
-        if (map.axis.empty()) {
-            picture.firstX = map.first;
-            picture.lastX = map.axisAt(map.columns);
-        } else {
-            picture.lastX = map.columns;
-            picture.xText = [&map](double column) {
-                return QString::number(map.axisAt(column), 'g', 5);
-            };
-        }
-        picture.xName = map.axisName;
-        picture.scaleName = "sigma";
-        picture.title = QString("%1, module %2, ray %3, %4 days")
-                            .arg(name())
-                            .arg(ray.module)
-                            .arg(ray.ray)
-                            .arg(plan.passages.size());
+        Plot::MapPicture picture = Plot::mapPicture(plan, {map});
         picture.key = requestKey(requestLines());
         return Plot::drawingBytes(
             request.output.picture,
-            Plot::drawingOf(picture, request.output.pictureSize, request.output.pictureScale));
+            Plot::mapDrawing(picture, request.output.pictureSize, request.output.pictureScale));
     }
 
     Failure writeMap(const Sky::SkyRun &done) const
     {
-        const Sky::SkyMap map = Sky::mapOf(done.stack, plan, Sky::mapChoiceOf(plan).choice);
-        if (!map.problem.isEmpty())
-            return {ExitCode::BadData, map.problem};
-        const ResultTable table = tableOf(done, Sky::mapLines(map, plan), Sky::mapColumns(map));
+        const auto map = std::make_shared<const Sky::SkyMap>(
+            Sky::mapOf(done.stack, plan, Sky::mapChoiceOf(plan).choice));
+        if (!map->problem.isEmpty())
+            return {ExitCode::BadData, map->problem};
+        const ResultTable table = tableOf(done, Sky::mapLines(*map, plan), Sky::mapColumns(*map));
         std::vector<FileContent> files;
         if (hasPicture()) {
             const Plot::PictureBytes picture = pictureOf(map);

@@ -9,6 +9,7 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QGroupBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QRadioButton>
 #include <QSpinBox>
@@ -152,6 +153,25 @@ std::vector<FieldProblem> problems(const QWidget *part, const std::vector<Unread
                        QString("%1: \"%2\" is not a number. Allowed: %3.")
                            .arg(FieldStyles::nameOf(text.field), text.text, text.allowed)});
     return all;
+}
+
+void showProblems(const QWidget *part, QLabel *label, const std::vector<FieldProblem> &before,
+                  const std::vector<FieldProblem> &problems)
+{
+    for (const FieldProblem &old : before) {
+        if (QWidget *const field = find(part, old.field))
+            FieldStyles::setStyle(field, "");
+    }
+    QStringList texts;
+    for (const FieldProblem &problem : problems) {
+        texts << problem.text;
+        if (QWidget *const field = find(part, problem.field))
+            FieldStyles::setStyle(field, FieldStyles::failing);
+    }
+    texts.removeDuplicates();
+    label->setText(texts.join('\n'));
+    FieldStyles::setStyle(label, FieldStyles::failing);
+    label->setVisible(!texts.isEmpty());
 }
 
 } // namespace FieldValues

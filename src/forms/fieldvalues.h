@@ -3,9 +3,11 @@
 #include "calc/analysis.h"
 #include "calc/fieldproblem.h"
 
+#include <functional>
 #include <optional>
 #include <vector>
 
+class QLabel;
 class QWidget;
 
 /// Between the fields of a form and the parameters of an analysis: numbers in line edits, boxes of
@@ -40,5 +42,42 @@ void offerChoices(QWidget *field, const FieldText &told);
 /// Everything in a part of a window that is no number: texts that were read, and those in fields
 /// with arrows that are out of their ranges.
 std::vector<FieldProblem> problems(const QWidget *part, const std::vector<Unread> &unread);
+
+/// Fills the boxes of choice of an analysis.
+template <typename Parameters>
+void offerChoices(const QWidget *part, const Analysis<Parameters> &analysis)
+{
+    for (const Field<Parameters> *told : analysis.fields)
+        offerChoices(find(part, *told), *told);
+}
+
+/// What stands in the fields of an analysis. A parameter without a field has its preset.
+///
+/// @param counts    whether a field is asked; one that is not leaves the preset
+/// @param problems  becomes what cannot be read
+template <typename Parameters>
+Parameters readAll(const QWidget *part, const Analysis<Parameters> &analysis,
+                   const std::function<bool(const QWidget *field)> &counts,
+                   std::vector<FieldProblem> &problems)
+{
+    Parameters parameters = analysis.presets;
+    std::vector<Unread> unread;
+    for (const Field<Parameters> *told : analysis.fields) {
+        QWidget *const field = find(part, *told);
+        if (!field || !counts(field))
+            continue;
+        if (const std::optional<Unread> problem = read(field, *told, told->of(parameters)))
+            unread.push_back(*problem);
+    }
+    problems = FieldValues::problems(part, unread);
+    return parameters;
+}
+
+/// Tells all problems in one label, which moves no field and is hidden without any, and marks the
+/// fields that they concern.
+///
+/// @param before  what was told before, whose marks go
+void showProblems(const QWidget *part, QLabel *label, const std::vector<FieldProblem> &before,
+                  const std::vector<FieldProblem> &problems);
 
 } // namespace FieldValues

@@ -10,8 +10,8 @@
 #include "plot/pulsargrafik.h"
 #include "results/resulttable.h"
 #include "support/batchfolder.h"
+#include "support/dayfiles.h"
 #include "support/messageboxcatcher.h"
-#include "support/recordings.h"
 #include "support/testmain.h"
 
 #include <QApplication>
@@ -28,33 +28,11 @@
 #include <QSpinBox>
 #include <QTableView>
 #include <cmath>
-#include <random>
 
 namespace {
 
 constexpr int dayCount = 8;
-constexpr int filePoints = 5000;
-constexpr double step = 12.4928e-3; // s
-constexpr double period = 0.5;      // s, of the pulses in ray 2
 constexpr int waitMs = 20000;
-
-// Noise; ray 2 has weak pulses besides.
-QByteArray dayBytes(int day, int points = filePoints)
-{
-    std::minstd_rand random(unsigned(100 + day));
-    return TestSupport::recordingBytes({points, 1, 33, 3}, [&](int point, int, int, int ray) {
-        double noise = -6;
-        for (int i = 0; i < 12; ++i)
-            noise += double(random()) / double(std::minstd_rand::max());
-        const bool isPulse = std::fmod(point * step, period) < 2 * step;
-        return float(100 + noise + (ray == 1 && isPulse ? 0.12 : 0));
-    });
-}
-
-QByteArray dated(QByteArray bytes, int day)
-{
-    return bytes.replace("01.04.2015", QByteArray::number(day).rightJustified(2, '0') + ".04.2015");
-}
 
 } // namespace
 
@@ -124,7 +102,7 @@ QString TestFourierForm::makeDays(const QString &name)
     QDir(folder.path()).mkpath(name);
     for (int day = 1; day <= dayCount; ++day)
         TestSupport::writeFile(folder, QString("%1/0%2_12_N1_00.pnthr").arg(name).arg(day),
-                               dated(dayBytes(day), day));
+                               TestSupport::dayBytes(day));
     return path(name);
 }
 
@@ -167,7 +145,8 @@ void TestFourierForm::isWhatTheBatchProgramMakes()
     QVERIFY(days()->setData(days()->index(2, 0), Qt::Unchecked, Qt::CheckStateRole));
     waitForDays(dayCount - 1);
     QVERIFY(!lines().empty());
-    const double turns = 1 / (lines()[0].telescope * period); // FFA: of the period, or more
+    const double turns =
+        1 / (lines()[0].telescope * TestSupport::dayPeriod); // FFA: of the period, or more
     QVERIFY2(std::abs(turns - (isFfa ? std::round(turns) : 1)) < 0.01, "the pulses are not found");
 
     find<QPushButton>("commandButton")->click();
@@ -313,9 +292,9 @@ void TestFourierForm::leavesOutInThePictures()
 void TestFourierForm::tellsWhatDoesNotFit()
 {
     const QString directory = makeDays("mixed");
-    TestSupport::writeFile(folder, "mixed/09.pnt", dated(dayBytes(9, 900), 9));
+    TestSupport::writeFile(folder, "mixed/09.pnt", TestSupport::dayBytes(9, 900));
     TestSupport::writeFile(folder, "mixed/10.pnt",
-                           dated(dayBytes(10), 10).replace("12.4928", "99.9424"));
+                           TestSupport::dayBytes(10).replace("12.4928", "99.9424"));
     TestSupport::writeFile(folder, "mixed/11.pnt", "no recording");
     open(directory);
     compute();
@@ -430,11 +409,11 @@ void TestFourierForm::spectrumOfARecording()
     const auto *const told = spectrum->findChild<QLabel *>("used");
     QTRY_VERIFY_WITH_TIMEOUT(told->text().contains("4096 points"), waitMs);
     for (const Days::FourierLine &line : found->lines())
-        QVERIFY2(std::abs(std::remainder(line.telescope * period, 0.25)) < 0.01,
+        QVERIFY2(std::abs(std::remainder(line.telescope * TestSupport::dayPeriod, 0.25)) < 0.01,
                  "a line that the pulses do not have");
     delete spectrum;
 
-    const QString tiny = TestSupport::writeFile(folder, "tiny.pnt", dayBytes(1, 900));
+    const QString tiny = TestSupport::writeFile(folder, "tiny.pnt", TestSupport::dayBytes(1, 900));
     const auto *const refused = new RecordingSpectrum({tiny, 1, 1, 0}, &window);
     QTRY_VERIFY_WITH_TIMEOUT(refused->findChild<QLabel *>("spectrumProblem")
                                  ->text()

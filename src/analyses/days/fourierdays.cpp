@@ -100,23 +100,6 @@ std::vector<int> otherRays(const P &parameters, int own)
     return rays;
 }
 
-DayNeeds needsOf(const P &parameters, const DayChoice &choice, const ObservationData &header)
-{
-    DayNeeds needs = {choice, {}};
-    needs.choice.pointsAfter = pointsBehind(header, parameters.dispersion);
-    const bool hasBackSum = parameters.noise == "backSum";
-    if (hasBackSum)
-        needs.choice.pointsBefore = needs.choice.pointsAfter;
-    std::vector<int> rays = otherRays(parameters, choice.ray);
-    rays.insert(rays.begin(), choice.ray);
-    for (const int ray : rays) {
-        needs.series.push_back({choice.module, ray, parameters.dispersion, false});
-        if (hasBackSum)
-            needs.series.push_back({choice.module, ray, parameters.dispersion, true});
-    }
-    return needs;
-}
-
 qint64 bytesOf(const P &parameters, const ObservationData & /*header*/, int days)
 {
     const qint64 bins = parameters.points >> std::clamp(parameters.averageCount, 0, 30);
@@ -240,6 +223,24 @@ const FourierDaysAnalysis *findDayAnalysis(const SurveyFlags &flags)
             return &analysis;
     }
     return nullptr;
+}
+
+DayNeeds needsOf(const FourierDaysParameters &parameters, const DayChoice &choice,
+                 const ObservationData &header)
+{
+    DayNeeds needs = {choice, {}};
+    needs.choice.pointsAfter = pointsBehind(header, parameters.dispersion);
+    const bool hasBackSum = parameters.noise == "backSum";
+    if (hasBackSum)
+        needs.choice.pointsBefore = needs.choice.pointsAfter;
+    std::vector<int> rays = otherRays(parameters, choice.ray);
+    rays.insert(rays.begin(), choice.ray);
+    for (const int ray : rays) {
+        needs.series.push_back({choice.module, ray, parameters.dispersion, false});
+        if (hasBackSum)
+            needs.series.push_back({choice.module, ray, parameters.dispersion, true});
+    }
+    return needs;
 }
 
 DayPlan planDays(const RecordingSet &set, const FourierDaysParameters &parameters)

@@ -44,6 +44,13 @@ const FourierDaysAnalysis *findDayAnalysis(const SurveyFlags &flags);
 
 /// The analysis of such parameters.
 const FourierDaysAnalysis &analysisOf(const FourierDaysParameters &parameters);
+/// What is read of each day.
+///
+/// @param choice  the ray and the stretch without what delayed bands take in around it
+/// @param header  with the step and the bands of the recordings
+/// @return pointsAfter is below 0 where the bands cannot be delayed
+DayNeeds needsOf(const FourierDaysParameters &parameters, const DayChoice &choice,
+                 const ObservationData &header);
 
 /// Finds the days of a set for a request, and what is to be read of them.
 DayPlan planDays(const RecordingSet &set, const FourierDaysParameters &parameters);

@@ -134,6 +134,29 @@ struct NeededColumns {
     }
 };
 
+// What a row tells besides, as far as it was written.
+void readMeasured(SkyCandidate &candidate, const std::vector<Column> &columns, int row)
+{
+    constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
+    const auto number = [&](const QString &name) {
+        const Column *const column = columnNamed(columns, name);
+        return column ? numberAt(*column, row) : unknown;
+    };
+    const auto text = [&](const QString &name) {
+        const Column *const column = columnNamed(columns, name);
+        return column ? textAt(*column, row) : QString();
+    };
+    candidate.period.error = number("period_error");
+    candidate.dispersion = {number("dispersion"), number("dispersion_error")};
+    candidate.alfa = {Tools::rightAscensionOf(text("alfa")),
+                      number("alfa_error") / secondsPerRadian};
+    candidate.delta = {Tools::declinationOf(text("delta")),
+                       number("delta_error") / arcminutesPerRadian};
+    const double days = number("days");
+    constexpr double mostDays = 1e6;
+    candidate.days = days >= 0 && days <= mostDays ? int(days) : 0;
+}
+
 SkyCandidate candidateAt(const NeededColumns &columns, int row, const SkyPlan &plan)
 {
     SkyCandidate candidate;
@@ -319,8 +342,11 @@ CandidatesTable readCandidates(const QByteArray &bytes, const SkyPlan &plan)
     }
     if (!read.problem.isEmpty())
         return read;
-    for (int row = 0; row < table.table.rows(); ++row)
-        read.candidates.push_back(candidateAt(columns, row, plan));
+    for (int row = 0; row < table.table.rows(); ++row) {
+        SkyCandidate candidate = candidateAt(columns, row, plan);
+        readMeasured(candidate, table.table.columns, row);
+        read.candidates.push_back(std::move(candidate));
+    }
     read.table = table.table;
     return read;
 }

@@ -127,7 +127,7 @@ QVariant DaysModel::look(int row, int column, int role) const
     case Qt::ToolTipRole:
         return day.reason.isEmpty() ? text(row, column) : day.reason;
     case Qt::CheckStateRole:
-        if (column != Date || !day.canCount)
+        if (column != Date || !day.canCount || day.isFixed)
             return {};
         return day.isOn ? Qt::Checked : Qt::Unchecked;
     case Qt::ForegroundRole:
@@ -143,7 +143,7 @@ bool DaysModel::setData(const QModelIndex &index, const QVariant &value, int rol
         return false;
     DayRow &day = days[std::size_t(index.row())];
     const bool isOn = value.toInt() == Qt::Checked;
-    if (!day.canCount || day.isOn == isOn)
+    if (!day.canCount || day.isFixed || day.isOn == isOn)
         return false;
     day.isOn = isOn;
     emit dataChanged(this->index(index.row(), 0), this->index(index.row(), PlaceCount - 1));
@@ -154,7 +154,8 @@ bool DaysModel::setData(const QModelIndex &index, const QVariant &value, int rol
 Qt::ItemFlags DaysModel::flags(const QModelIndex &index) const
 {
     const Qt::ItemFlags common = Qt::ItemIsSelectable | Qt::ItemIsEnabled;
-    if (!index.isValid() || index.column() != Date || !days[std::size_t(index.row())].canCount)
+    if (!index.isValid() || index.column() != Date)
         return common;
-    return common | Qt::ItemIsUserCheckable;
+    const DayRow &day = days[std::size_t(index.row())];
+    return !day.canCount || day.isFixed ? common : common | Qt::ItemIsUserCheckable;
 }

@@ -13,6 +13,7 @@ struct DayRow {
     QDateTime begin;      ///< UTC of the first point; invalid for a recording that gives no day
     QString name;         ///< of the recording that gives no day
     bool canCount = true; ///< false: it has no check box
+    bool isFixed = false; ///< counts by a rule: it has no check box either
     bool isOn = true;
     double sigma = 0; ///< of the series less its base line; 0: not known yet
     /// At the frequency or period under the cursor; where it is not known, below all others.

@@ -3,19 +3,21 @@
 #include "app/shell/centralwidget.h"
 #include "app/shell/errorbox.h"
 #include "app/shell/lastvalues.h"
-#include "app/shell/settings.h"
 #include "data/truenumbers.h"
-#include "fields/fieldstyles.h"
 #include "forms/days/daysmodel.h"
 #include "forms/days/fouriergrafikinfo.h"
+#include "forms/days/placefields.h"
+#include "forms/days/sourcefield.h"
 #include "forms/days/spectrumview.h"
 #include "forms/days/stacktexts.h"
 #include "forms/fieldvalues.h"
+#include "forms/sky/skypage.h"
 #include "results/reporttext.h"
 #include "ui_fourierform.h"
 
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QVBoxLayout>
 #include <algorithm>
 #include <cmath>
 
@@ -25,7 +27,6 @@ namespace {
 
 constexpr int inputDelay = 250; // ms
 constexpr int stackDelay = 150; // ms
-constexpr char clockOffsetKey[] = "clockOffset";
 
 // The fields, with their labels, that other analyses read and this one does not.
 void hideFieldsOfOthers(QWidget *form, const Days::FourierDaysAnalysis &analysis)
@@ -53,19 +54,21 @@ void hideFieldsOfOthers(QWidget *form, const Days::FourierDaysAnalysis &analysis
 } // namespace
 
 FourierForm::FourierForm(const QString &path, int ffa, int map, int search, QWidget *parent)
-    : DirectoryForm(path, parent),
-      analysis(*Days::findDayAnalysis({ffa != 0, map != 0, search != 0})),
+    : DirectoryForm(path, parent), analysis(*Days::findDayAnalysis({ffa != 0, false, false})),
       words(stackTexts(analysis.flags.ffa)), ui(new Ui::FourierForm),
       days(new DaysModel(words, this))
 {
+    const SurveyFlags flags = {ffa != 0, map != 0, search != 0};
+    if (flags.map || flags.search) {
+        showSky(flags);
+        return;
+    }
     ui->setupUi(this);
     ui->filePath->showDirectory(directory);
     ui->groupBox_spectrum->setTitle(words.group);
     ui->pushButton->setToolTip(words.computeTip);
     hideFieldsOfOthers(this, analysis);
-    for (const Days::FourierDaysField *told : analysis.fields)
-        FieldValues::offerChoices(FieldValues::find(this, *told), *told);
-    ui->clockOffset->setText(Settings::store().value(clockOffsetKey, "0").toString());
+    FieldValues::offerChoices(this, analysis);
     ui->days->showSorted(days);
     ui->days->sortByColumn(DaysModel::Date, Qt::AscendingOrder);
     ui->days->verticalHeader()->hide();
@@ -82,11 +85,24 @@ FourierForm::FourierForm(const QString &path, int ffa, int map, int search, QWid
     connectInputs();
     chooseStart();
     lastValues = std::make_unique<LastValues>(this);
-    ui->sourceField->setFocus();
+    ui->placeFields->setFocus();
     readRecordings();
 }
 
 FourierForm::~FourierForm() = default;
+
+void FourierForm::showSky(const SurveyFlags &flags)
+{
+    const Sky::SkyAnalysis *const shown = Sky::findSkyAnalysis(flags);
+    Q_ASSERT(shown);
+    sky = SkyPage::make(*shown, directory, worker, this);
+    auto *const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(sky->inputs());
+    fillCentralWidget(this, sky->view(), nullptr);
+    sky->inputs()->setFocus();
+    readRecordings();
+}
 
 void FourierForm::connectInputs()
 {
@@ -97,16 +113,7 @@ void FourierForm::connectInputs()
                 &FourierForm::changeInput);
     for (const QCheckBox *field : findChildren<QCheckBox *>())
         connect(field, &QCheckBox::toggled, this, &FourierForm::changeInput);
-    for (const QRadioButton *button : findChildren<QRadioButton *>())
-        connect(button, &QRadioButton::toggled, this, &FourierForm::chooseStart);
-    // Who types a start means it.
-    const std::pair<QLineEdit *, QRadioButton *> starts[] = {{ui->firstPoint, ui->isFirstPoint},
-                                                             {ui->zrtUtc, ui->isZrtUtc},
-                                                             {ui->siderealTime, ui->isSidereal}};
-    for (const auto &[field, button] : starts)
-        connect(field, &QLineEdit::textEdited, button, [button] { button->setChecked(true); });
-    for (const QLineEdit *field : ui->sourceField->findChildren<QLineEdit *>())
-        connect(field, &QLineEdit::textEdited, this, [this] { ui->isSource->setChecked(true); });
+    connect(ui->placeFields, &PlaceFields::chosen, this, &FourierForm::chooseStart);
     connect(ui->nearestBeam, &QCheckBox::toggled, this, &FourierForm::chooseStart);
     connect(&inputTimer, &QTimer::timeout, this, &FourierForm::plan);
     connect(ui->pushButton, &QPushButton::clicked, this, &FourierForm::compute);
@@ -146,6 +153,10 @@ void FourierForm::connectInputs()
 
 void FourierForm::recordingsRead()
 {
+    if (sky) {
+        sky->setRecordings(recordings);
+        return;
+    }
     fillPresets();
     ui->pushButton->setEnabled(true);
     view->showMessage(words.emptyPicture);
@@ -167,14 +178,14 @@ void FourierForm::fillPresets()
     ui->points->setCurrentText(QString::number(points));
     const QString site = Days::siteOf(first->path);
     ui->nearestBeam->setChecked(!site.isEmpty());
-    ui->isFirstPoint->setChecked(true); // which every recording has
+    ui->placeFields->chooseFirstPoint(0); // which every recording has
 }
 
-// Fields of a start that is not chosen keep their texts, which do not count.
 void FourierForm::chooseStart()
 {
-    const bool isNearest = ui->isSource->isChecked() && ui->nearestBeam->isChecked();
-    ui->nearestBeam->setEnabled(ui->isSource->isChecked());
+    const bool isSource = ui->placeFields->isSource();
+    const bool isNearest = isSource && ui->nearestBeam->isChecked();
+    ui->nearestBeam->setEnabled(isSource);
     ui->module->setEnabled(!isNearest);
     ui->ray->setEnabled(!isNearest);
     changeInput();
@@ -186,62 +197,18 @@ void FourierForm::changeInput()
         inputTimer.start();
 }
 
-// Whether what stands in a field is a parameter: the texts of starts that are not chosen are none.
-bool FourierForm::counts(const QWidget *field) const
-{
-    const std::pair<const QWidget *, const QRadioButton *> starts[] = {
-        {ui->sourceField, ui->isSource},
-        {ui->firstPoint, ui->isFirstPoint},
-        {ui->zrtUtc, ui->isZrtUtc},
-        {ui->siderealTime, ui->isSidereal}};
-    for (const auto &[start, button] : starts) {
-        if (start == field || start->isAncestorOf(field))
-            return button->isChecked();
-    }
-    return field->isEnabled();
-}
-
 Days::FourierDaysParameters FourierForm::readParameters(std::vector<FieldProblem> &problems) const
 {
-    Days::FourierDaysParameters parameters = analysis.presets;
-    std::vector<FieldValues::Unread> unread;
-    for (const Days::FourierDaysField *told : analysis.fields) {
-        QWidget *const field = FieldValues::find(this, *told);
-        if (!field || !counts(field))
-            continue;
-        const auto problem = FieldValues::read(field, *told, told->of(parameters));
-        if (problem)
-            unread.push_back(*problem);
-    }
-    problems = FieldValues::problems(this, unread);
-    if (ui->isSource->isChecked() && !ui->sourceField->position())
-        problems.push_back({"source", "Name a source, or give its RA and Dec."});
-    if (ui->isZrtUtc->isChecked() && parameters.utc.isEmpty())
-        problems.push_back({"zrtUtc", "Give the UTC of the first point, hh:mm:ss."});
-    if (ui->isSidereal->isChecked() && parameters.siderealTime.isEmpty())
-        problems.push_back(
-            {"siderealTime", "Give the sidereal time of the first point, hh:mm:ss."});
+    const auto counts = [this](const QWidget *field) { return ui->placeFields->counts(field); };
+    const auto parameters = FieldValues::readAll(this, analysis, counts, problems);
+    ui->placeFields->addProblems(parameters, problems);
     return parameters;
 }
 
-// All problems in one place, which moves no field; the fields that they concern are marked.
 void FourierForm::showProblems(const std::vector<FieldProblem> &problems)
 {
-    for (const FieldProblem &old : planProblems) {
-        if (QWidget *const field = FieldValues::find(this, old.field))
-            FieldStyles::setStyle(field, "");
-    }
+    FieldValues::showProblems(this, ui->problems, planProblems, problems);
     planProblems = problems;
-    QStringList texts;
-    for (const FieldProblem &problem : problems) {
-        texts << problem.text;
-        if (QWidget *const field = FieldValues::find(this, problem.field))
-            FieldStyles::setStyle(field, FieldStyles::failing);
-    }
-    texts.removeDuplicates();
-    ui->problems->setText(texts.join('\n'));
-    FieldStyles::setStyle(ui->problems, FieldStyles::failing);
-    ui->problems->setVisible(!texts.isEmpty());
 }
 
 // Finds the days for what stands in the fields, beside the window.
@@ -281,8 +248,9 @@ void FourierForm::takePlan(const Days::DayPlan &made)
 void FourierForm::showSource(const Days::DayPlan &made)
 {
     const RecordingEntry &first = recordings->entries.front();
-    ui->sourceField->setSetting({Days::siteOf(first.path), first.begin.date(),
-                                 ui->points->currentText().toInt(), first.header.tresolution});
+    ui->placeFields->sourceField()->setSetting({Days::siteOf(first.path), first.begin.date(),
+                                                ui->points->currentText().toInt(),
+                                                first.header.tresolution});
     if (!ui->module->isEnabled() && made.beam.module > 0) {
         ui->module->setValue(made.beam.module);
         ui->ray->setValue(made.beam.ray);
@@ -333,8 +301,18 @@ QString FourierForm::planText(const Days::DayPlan &made) const
     return text;
 }
 
+void FourierForm::fitToWindow()
+{
+    if (sky)
+        sky->fitToWindow();
+}
+
 void FourierForm::compute()
 {
+    if (sky) {
+        sky->compute();
+        return;
+    }
     if (!recordings)
         return;
     inputTimer.stop();
@@ -346,7 +324,7 @@ void FourierForm::compute()
             field->setFocus();
         return;
     }
-    Settings::store().setValue(clockOffsetKey, ui->clockOffset->text());
+    ui->placeFields->rememberClock();
     arrived.clear();
     worker.start<SpectraNews>(
         [request](const Jobs::Control &control, const Jobs::Deliver<SpectraNews> &deliver) {

@@ -11,6 +11,7 @@
 
 class DaysModel;
 class LastValues;
+class SkyPage;
 class SpectrumView;
 struct StackTexts;
 namespace Ui {
@@ -20,7 +21,8 @@ class FourierForm;
 /// Spectra of one place of the sky on all days of a directory, or their periodograms of fast
 /// folding, and their stack: inputs and the list
 /// of days on the left, the pictures in the middle, what is told of them on the right. Recordings
-/// are read once; a day that is switched only changes the stack.
+/// are read once; a day that is switched only changes the stack. Maps and searches have a page of
+/// their own.
 class FourierForm : public DirectoryForm {
     Q_OBJECT
 
@@ -39,12 +41,15 @@ public slots:
     /// not computed: the first such field gets the focus.
     void compute();
     void copyCommand();
+    /// Maps that have no size of their own follow the window.
+    void fitToWindow();
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
     void recordingsRead() override;
 
 private:
+    void showSky(const SurveyFlags &flags);
     void connectInputs();
     void fillPresets();
     void chooseStart();
@@ -82,7 +87,8 @@ private:
     void saveTables();
     std::vector<std::pair<QString, Results::ResultTable>> tables() const;
 
-    const Days::FourierDaysAnalysis &analysis;
+    SkyPage *sky = nullptr;                    // of maps and searches, in place of all that follows
+    const Days::FourierDaysAnalysis &analysis; // whose stacks maps and searches look into, too
     const StackTexts &words;
     const std::unique_ptr<Ui::FourierForm> ui;
     std::unique_ptr<LastValues> lastValues;

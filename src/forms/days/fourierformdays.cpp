@@ -14,6 +14,7 @@
 #include "forms/days/linesmodel.h"
 #include "forms/days/spectrumview.h"
 #include "forms/days/stacktexts.h"
+#include "forms/sky/skypage.h"
 #include "picture/ticks.h"
 #include "plot/savedialog.h"
 #include "ui_fourierform.h"
@@ -307,6 +308,10 @@ QStringList FourierForm::daysOff() const
 
 void FourierForm::copyCommand()
 {
+    if (sky) {
+        sky->copyCommand();
+        return;
+    }
     std::vector<FieldProblem> problems;
     const Days::FourierDaysParameters parameters = readParameters(problems);
     showProblems(problems);

@@ -97,11 +97,16 @@ void FourierGrafikInfo::setTexts(const StackTexts &texts)
     model->setFfa(texts.isFfa);
 }
 
-void FourierGrafikInfo::showOnlyLines()
+void FourierGrafikInfo::hideButtons()
 {
     for (QPushButton *const button :
          {ui->leaveOut, ui->interference, ui->saveSpectra, ui->saveTables})
         button->hide();
+}
+
+void FourierGrafikInfo::showOnlyLines()
+{
+    hideButtons();
     ui->growth->hide();
 }
 

@@ -25,7 +25,9 @@ public:
     void setUsed(const QString &text);
     /// Whether spectra or periodograms are shown.
     void setTexts(const StackTexts &texts);
-    /// Leaves out what is told of several days, and the buttons of lists and files.
+    /// Leaves out the buttons of lists and files.
+    void hideButtons();
+    /// Leaves out what is told of several days as well.
     void showOnlyLines();
 
     /// Index of the chosen line; -1: none.

@@ -1,0 +1,143 @@
+#include "forms/sky/smallplot.h"
+
+#include "picture/plotdata.h"
+#include "picture/ticks.h"
+
+#include <QPainter>
+#include <QPolygonF>
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int left = 36; // pixels around the curves
+constexpr int right = 8;
+constexpr int top = 17;
+constexpr int bottom = 17;
+const QColor markColour(230, 110, 0);
+
+Plot::Range rangeOf(const std::vector<SmallPlot::Curve> &curves)
+{
+    Plot::Range range{0, 1};
+    for (const SmallPlot::Curve &curve : curves) {
+        for (const double value : curve.values) {
+            if (std::isfinite(value)) {
+                range.min = std::min(range.min, value);
+                range.max = std::max(range.max, value);
+            }
+        }
+    }
+    return range;
+}
+
+Plot::Range widthOf(const SmallPlot::Content &content)
+{
+    Plot::Range x{content.x.front(), content.x.back()};
+    if (content.isSteps && content.x.size() > 1)
+        x.max += content.x[1] - content.x[0];
+    if (!(x.max > x.min))
+        x = {x.min - 1, x.min + 1};
+    return x;
+}
+
+} // namespace
+
+SmallPlot::SmallPlot(const QString &emptyTitle, QWidget *parent)
+    : QWidget(parent), message(emptyTitle)
+{
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+}
+
+void SmallPlot::setContent(Content next)
+{
+    content = std::move(next);
+    message.clear();
+    update();
+}
+
+void SmallPlot::showMessage(const QString &text)
+{
+    content = {};
+    message = text;
+    update();
+}
+
+void SmallPlot::paintEvent(QPaintEvent * /*event*/)
+{
+    QPainter painter(this);
+    painter.fillRect(rect(), Qt::white);
+    QFont small = font();
+    small.setPixelSize(11);
+    painter.setFont(small);
+    painter.setPen(Qt::black);
+    const QRect frame = rect().adjusted(left, top, -right, -bottom);
+    const QString title = content.x.empty() ? message : content.title;
+    painter.drawText(QRect(4, 0, width() - 8, top), Qt::AlignLeft | Qt::AlignVCenter,
+                     painter.fontMetrics().elidedText(title, Qt::ElideRight, width() - 8));
+    if (content.x.empty() || frame.width() < 10 || frame.height() < 10)
+        return;
+    paintFrame(painter, frame);
+    paintCurves(painter, frame);
+}
+
+void SmallPlot::paintFrame(QPainter &painter, const QRect &frame) const
+{
+    constexpr int tickDistance = 60; // pixels
+    const Plot::Range y = rangeOf(content.curves);
+    const Plot::Range x = widthOf(content);
+    painter.drawRect(frame);
+    const auto number = [](double value) { return QString::number(value, 'g', 3); };
+    painter.drawText(QRect(0, frame.top() - 1, left - 3, 16), Qt::AlignRight | Qt::AlignTop,
+                     number(y.max));
+    painter.drawText(QRect(0, frame.bottom() - 8, left - 3, 16), Qt::AlignRight | Qt::AlignVCenter,
+                     number(y.min));
+    const int nameWidth = painter.fontMetrics().horizontalAdvance(content.xName);
+    painter.drawText(QRect(frame.left(), frame.bottom() + 1, frame.width(), bottom - 2),
+                     Qt::AlignRight | Qt::AlignVCenter, content.xName);
+    const Plot::Ticks ticks =
+        Plot::roundTicks(x.min, x.max, x.extent() / std::max(1, frame.width() / tickDistance));
+    for (const double tick : ticks.values) {
+        const QString text = Plot::tickText(tick, ticks.step);
+        const int width = painter.fontMetrics().horizontalAdvance(text);
+        const int place = frame.left() + int((tick - x.min) / x.extent() * frame.width());
+        painter.drawLine(place, frame.bottom(), place, frame.bottom() + 3);
+        if (place + width / 2 < frame.right() - nameWidth - 6)
+            painter.drawText(place - width / 2, frame.bottom() + bottom - 4, text);
+    }
+}
+
+void SmallPlot::paintCurves(QPainter &painter, const QRect &frame) const
+{
+    const Plot::Range y = rangeOf(content.curves);
+    const Plot::Range x = widthOf(content);
+    const auto place = [&](double at, double value) {
+        return QPointF(frame.left() + (at - x.min) / x.extent() * frame.width(),
+                       frame.bottom() - (value - y.min) / y.extent() * frame.height());
+    };
+    if (content.hasMark) {
+        painter.setPen(markColour);
+        painter.drawLine(place(content.mark, y.min), place(content.mark, y.max));
+    }
+    painter.setRenderHint(QPainter::Antialiasing);
+    const int lineHeight = painter.fontMetrics().height();
+    for (std::size_t i = 0; i < content.curves.size(); ++i) {
+        const Curve &curve = content.curves[i];
+        const QColor colour(plotColour(int(i)).code);
+        painter.setPen(QPen(colour, 1.2));
+        QPolygonF line;
+        for (std::size_t at = 0; at < std::min(curve.values.size(), content.x.size()); ++at) {
+            if (!std::isfinite(curve.values[at]))
+                continue;
+            line << place(content.x[at], curve.values[at]);
+            if (content.isSteps && content.x.size() > 1)
+                line << place(content.x[at] + content.x[1] - content.x[0], curve.values[at]);
+            else
+                painter.drawEllipse(line.back(), 1.5, 1.5);
+        }
+        painter.drawPolyline(line);
+        const QRect text(frame.left(), frame.top() + int(i) * lineHeight, frame.width() - 4,
+                         lineHeight);
+        if (text.bottom() < frame.bottom())
+            painter.drawText(text, Qt::AlignRight | Qt::AlignVCenter, curve.name);
+    }
+}
