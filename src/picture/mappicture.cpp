@@ -105,9 +105,8 @@ void paintRowNames(QPainter &painter, const MapPicture &picture, const QRect &ar
 void paintTickText(QPainter &painter, const QRect &area, int x, int top, const QString &text)
 {
     const int width = painter.fontMetrics().horizontalAdvance(text);
-    const int least = area.left() - panelGap / 2;
     const int left =
-        std::clamp(x - width / 2, least, std::max(least, area.right() + panelGap / 2 - width));
+        std::clamp(x - width / 2, area.left(), std::max(area.left(), area.right() - width));
     painter.drawText(QRect(left, top, width + 1, labelHeight), Qt::AlignLeft, text);
 }
 
