@@ -50,7 +50,7 @@ void DayStacker::selectDays(Shape (*shapeOf)(const FourierDay &day))
                                   "out.")
                               .arg(other);
     if (result.allDays == 1)
-        result.remarks << "There is one day: the stack is its spectrum.";
+        result.remarks << "There is one day: the stack is that day alone.";
     if (result.allDays == 0)
         result.problem = "There is no day with a spectrum.";
     else if (result.days == 0)

@@ -4,14 +4,12 @@
 #include "analyses/sky/fourierproduct.h"
 #include "analyses/sky/skysearch.h"
 #include "calc/significance.h"
-#include "coords/skyclock.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <map>
 #include <mutex>
-#include <numbers>
 #include <tuple>
 
 // Standardised S/N of fast folding over periods and widths as the product that is stacked. A
@@ -284,35 +282,15 @@ bool isHum(const CellStack & /*cell*/, const SkyPlan &plan, const CellLine &line
                               trials.foldBins[std::size_t(trialOf(trials, line))], trials);
 }
 
-// Of a place of which is known only that none of the others, so far apart, is nearer: two thirds of
-// such places lie within it, and all within two.
-constexpr double ofSpacing = 0.34;
 // Folds shift turns by whole bins, so that not always the nearest trial has the highest S/N: the
 // scatter of simulated strong pulses around their best trials.
 constexpr double ofTrials = 0.62;
 
-void measureDispersion(const SkyStack &stack, const SkyPlan &plan, const CellLine &line,
-                       SkyCandidate &candidate)
+// Those of the cell, without errors: the S/N of strong pulses is told in units of a scatter that
+// they widen themselves, so that cells a little off may stand as high.
+void measurePlace(const SkyPlan &plan, SkyCandidate &candidate)
 {
-    const std::vector<double> &values = plan.dispersions;
-    candidate.dispersion.value = values[std::size_t(candidate.dispersionIndex)];
-    if (values.size() < 2)
-        return;
-    const FfaTrials &trials = *plan.trials;
-    std::vector<double> excesses;
-    for (int i = 0; i < int(values.size()); ++i) {
-        const CellStack cell = stack.cell(candidate.ray, i, candidate.start);
-        excesses.push_back(CellNoise(cell.sums, cell.days, trials)
-                               .excess(widthIndex(trials, line), trialOf(trials, line)));
-    }
-    const Days::PlaceEstimate found = Days::placeOf(
-        values, excesses, 0, values.size(), std::size_t(candidate.dispersionIndex), ofSpacing);
-    candidate.dispersion = {found.value, found.error};
-}
-
-// That of the cell.
-void measurePosition(const SkyPlan &plan, SkyCandidate &candidate)
-{
+    candidate.dispersion.value = plan.dispersions[std::size_t(candidate.dispersionIndex)];
     const SkyRay &ray = plan.rays[std::size_t(candidate.ray)];
     if (!ray.beam.isKnown() || plan.passages.empty())
         return;
@@ -321,17 +299,6 @@ void measurePosition(const SkyPlan &plan, SkyCandidate &candidate)
         plan.directionOf(ray, plan.middleOf(passage, candidate.start));
     candidate.alfa.value = position.alfa;
     candidate.delta.value = position.delta;
-    if (plan.starts > 1)
-        candidate.alfa.error = ofSpacing * plan.startStep * plan.header.tresolution * 2 *
-                               std::numbers::pi / Tools::siderealDay();
-    double nearest = std::numeric_limits<double>::infinity();
-    for (const SkyRay &other : plan.rays) {
-        const double apart = std::abs(other.beam.delta - ray.beam.delta);
-        if (other.beam.isKnown() && apart > 0)
-            nearest = std::min(nearest, apart);
-    }
-    if (std::isfinite(nearest))
-        candidate.delta.error = ofSpacing * nearest;
 }
 
 void measure(const SkyStack &stack, const SkyPlan &plan, const CellLine &line,
@@ -351,8 +318,7 @@ void measure(const SkyStack &stack, const SkyPlan &plan, const CellLine &line,
     candidate.telescope = isTurned ? frequency * cell.ratio : frequency;
     const double told = candidate.barycentric > 0 ? candidate.barycentric : candidate.telescope;
     candidate.period = {1 / told, found.error / found.value / told};
-    measureDispersion(stack, plan, line, candidate);
-    measurePosition(plan, candidate);
+    measurePlace(plan, candidate);
 }
 
 } // namespace

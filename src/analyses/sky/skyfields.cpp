@@ -40,7 +40,8 @@ constexpr char searchManual[] =
     "table\n"
     "that stands in its place already are taken over. With --ffa, \"FFA\" of the workbench, "
     "periods\n"
-    "at which the days fold are searched; the position is then that of the best stretch and ray.";
+    "at which the days fold are searched; dispersion and position are then those of the best "
+    "stack.";
 
 constexpr char searchExamples[] = "Examples: eight rays at twenty dispersions; the second of four "
                                   "parts of the days, whose stacks\n"
