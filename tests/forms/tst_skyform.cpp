@@ -99,8 +99,10 @@ void TestSkyForm::open(const QString &directory, bool isSearch)
     new FourierForm(directory, 0, isSearch ? 0 : 1, isSearch ? 1 : 0, &window);
     QTRY_VERIFY_WITH_TIMEOUT(told().contains("stretches"), waitMs);
     find<QLineEdit>("firstPoint")->setText("0"); // the same hour of every date, not of the sky
-    QTRY_VERIFY_WITH_TIMEOUT(
-        find<QLabel>("daysText")->text().contains(QString("days: %1").arg(dayCount)), waitMs);
+    const auto *const found = find<QLabel>("daysText");
+    const QString wanted = QString("days: %1").arg(dayCount);
+    QVERIFY2(QTest::qWaitFor([&] { return found->text().contains(wanted); }, waitMs),
+             qPrintable(found->text() + "; " + told()));
 }
 
 void TestSkyForm::compute(const QString &rays)

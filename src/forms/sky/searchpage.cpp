@@ -198,7 +198,6 @@ QWidget *SearchPage::makeTable()
     table->setWordWrap(false);
     table->setShowGrid(false);
     table->setTabKeyNavigation(false);
-    table->horizontalHeader()->setStretchLastSection(true);
     layout->addWidget(table, 1);
     layout->addWidget(makeButtons());
     told = new QLabel;
@@ -348,6 +347,9 @@ void SearchPage::showTable(Sky::CandidatesTable next, const QString &kept)
     keptPath = kept;
     model->setTable(std::move(next));
     table->resizeColumnsToContents();
+    constexpr int noteLetters = 30;
+    table->setColumnWidth(SkyCandidatesModel::Note,
+                          noteLetters * table->fontMetrics().averageCharWidth());
     if (model->rowCount() > 0)
         table->setCurrentIndex(table->model()->index(0, 0));
     showCandidate();

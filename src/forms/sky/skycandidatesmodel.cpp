@@ -42,17 +42,6 @@ QString deltaText(const Sky::Measured &delta)
     return text;
 }
 
-QString marksText(const Sky::SkyCandidate &candidate)
-{
-    QStringList marks = candidate.marks();
-    if (candidate.relatedTo >= 0)
-        marks.prepend(QString("%1/%2 of %3")
-                          .arg(candidate.relatedP)
-                          .arg(candidate.relatedQ)
-                          .arg(candidate.relatedTo + 1));
-    return marks.join(", ");
-}
-
 QString textOf(const Sky::SkyCandidate &candidate, int column)
 {
     using Model = SkyCandidatesModel;
@@ -79,7 +68,7 @@ QString textOf(const Sky::SkyCandidate &candidate, int column)
     case Model::DaysPlace:
         return QString::number(candidate.days);
     case Model::Marks:
-        return marksText(candidate);
+        return candidate.marks().join(", ");
     default:
         return candidate.note;
     }

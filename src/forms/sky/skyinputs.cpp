@@ -128,6 +128,10 @@ void SkyInputs::connectInputs()
         });
     }
     connect(&inputTimer, &QTimer::timeout, this, &SkyInputs::plan);
+    connect(&planner, &Jobs::Worker::ended, this, [this](const Jobs::Ending &ending) {
+        if (ending.kind == Jobs::Ending::Failed)
+            ui->told->setText(ending.problem);
+    });
     connect(ui->pushButton, &QPushButton::clicked, this, &SkyInputs::computeWanted);
     connect(ui->commandButton, &QPushButton::clicked, this, &SkyInputs::commandWanted);
 }
