@@ -393,6 +393,8 @@ void TestProgram::examples()
     // What takes long is cut short; what searches find is tested elsewhere.
     commands.replace("--points 144083", "--points 2000");
     commands.replace("zrt-batch ffa ", "zrt-batch ffa --count 4000 ");
+    commands.replace("--rays 1-8 ", "--rays 2-3 ");
+    commands.replace("--dms 0:95:5", "--dms 0,30");
     // Folders in examples hold the demonstration only.
     QTemporaryDir own(folder.filePath("example-XXXXXX"));
     QVERIFY(QFile::link(path("demo.pnt"), own.filePath("demo.pnt")));

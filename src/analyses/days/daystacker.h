@@ -33,7 +33,7 @@ protected:
     void findPulsars(double stretchSeconds);
     /// Whether other rays have the line, and which pulsar has its frequency.
     void markSky(FourierLine &line) const;
-    /// Of all chosen days.
+    /// Mains hum of all chosen days.
     std::vector<DayHum> hum() const;
 
     const std::vector<FourierDay> &products;

@@ -23,7 +23,7 @@ struct FfaTrials {
                                  ///< as a search tells it
 
     int count() const { return int(periods.size()); }
-    /// Of the trial nearest to a place; 1 s without trials.
+    /// Period of the trial nearest to a place, s; 1 without trials.
     double periodAt(double place) const
     {
         const double last = double(periods.size()) - 1;

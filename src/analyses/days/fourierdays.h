@@ -22,7 +22,7 @@ struct FourierDaysParameters : DayPlace {
     QString otherRays;       ///< numbers with commas: rays of the same module whose lines are
                              ///< compared
     bool isFfa = false;      ///< periodograms of fast folding in place of spectra
-    /// Of these; what is 0 suits the series: see ffaOfDays().
+    /// Parameters of the folds; what is 0 suits the series: see ffaOfDays().
     FfaParameters ffa = {.period_min = 0, .period_max = 0, .rmed_width = 0};
 };
 

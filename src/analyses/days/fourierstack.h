@@ -83,8 +83,8 @@ struct FourierLine {
 
 struct FourierStack {
     std::shared_ptr<const FfaTrials> ffa; ///< whose trials the bins are; null in spectra
-    /// Of the FFA, where the axis is turned: of each product the best standardised S/N at the
-    /// trials of the axis; null otherwise.
+    /// Folds on a turned axis: the best standardised S/N of each product at the trials of the
+    /// axis; null otherwise.
     std::shared_ptr<const std::vector<std::vector<float>>> rows;
     std::vector<int> widths;        ///< of the FFA: of the best boxcar of each trial, bins
     double binWidth = 0;            ///< Hz; of the FFA, half a turn over the stretch
@@ -100,7 +100,7 @@ struct FourierStack {
     QStringList remarks; ///< what was left out and why
     QString problem;     ///< why there is no stack; empty otherwise
 
-    /// Of a bin; of the FFA, of the nearest trial.
+    /// Frequency of a bin, Hz; in folds that of the nearest trial.
     double frequency(double bin) const { return ffa ? 1 / ffa->periodAt(bin) : bin * binWidth; }
 };
 

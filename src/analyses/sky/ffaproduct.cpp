@@ -157,7 +157,7 @@ double trialsOf(const SkyPlan &plan)
     return Days::countOfPeriodTrials(*plan.trials, double(plan.passages.size()));
 }
 
-// Of one trial, the best of its widths; 0 where interference folds.
+// Significance of a trial: that of its best width, 0 where interference folds.
 Days::TrialSignificance significanceOf(const CellNoise &noise, const SkyPlan &plan, double ratio)
 {
     Days::TrialSignificance best = noise.significance();

@@ -25,7 +25,7 @@ constexpr double leastTurn = 0.5; // bins
 constexpr int turnedPerBin = 2;
 // A level of so many windows scatters little; the days were whitened before.
 constexpr int levelWindows = 4;
-// Of an exponential law of mean 1: exceeded by one value in twenty.
+// One value in twenty of an exponential law of mean 1 exceeds it.
 constexpr double clipHeight = 2.995732273553991;
 
 int binsOf(const SkyPlan &plan)
@@ -209,7 +209,7 @@ double logTail(const SkyPlan & /*plan*/, int days, const CellLine &line, double 
     return days == 0 ? 0 : Tools::logGammaTail(double(days) * line.harmonics, power);
 }
 
-// Of min(x, q) with x exponential of mean 1: mean 1 - exp(-q), mean square
+// min(x, q) with x exponential of mean 1 has the mean 1 - exp(-q) and the mean square
 // 2 (1 - exp(-q) (1 + q)). A Gamma law of the same mean and variance gives the tail of the sum.
 double clippedLogTail(const CellStack &cell, const SkyPlan &plan, const CellLine &line)
 {

@@ -257,7 +257,7 @@ std::vector<SkyField> mapFields()
     };
 }
 
-// Of the stacks of either product.
+// Fields that the stacks of either product read.
 const std::vector<SkyField> &stackFields()
 {
     static const std::vector<SkyField> all = [] {

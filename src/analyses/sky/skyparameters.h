@@ -43,7 +43,7 @@ struct SkyParameters : Days::DayPlace {
     int window = 257;        ///< bins, odd, whose median is the noise around a line
     bool earthMotion = true; ///< turn frequencies to the barycentre
     bool isFfa = false;      ///< fold in place of spectra
-    /// Of folds; what is 0 suits the stretches: see Days::ffaOfDays().
+    /// Parameters of the folds; what is 0 suits the stretches: see Days::ffaOfDays().
     FfaParameters ffa = {.period_min = 0, .period_max = 0, .rmed_width = 0};
     bool allDays = false; ///< count stretches too that most rays show as disturbed
 

@@ -53,7 +53,7 @@ protected:
     const Sky::SkyAnalysis &analysis;
     const QString directory;
     std::shared_ptr<const RecordingSet> recordings;
-    /// Of the stacks, with what the fields say of them now.
+    /// The plan of the stacks, with what the fields say of them now.
     std::shared_ptr<const Sky::SkyPlan> plan;
     std::shared_ptr<const SkyOutcome> outcome; ///< null until there are stacks
 
