@@ -40,6 +40,11 @@ void setUpProcess()
     const char *const text = nl_langinfo(CODESET);
     if (std::strcmp(text, "UTF-8") == 0 || std::strcmp(text, "ANSI_X3.4-1968") == 0)
         QTextCodec::setCodecForLocale(new ByteTextCodec); // Qt deletes it at the end
+    setUpDates();
+}
+
+void setUpDates()
+{
     const QDateTime any(QDate(2000, 1, 1), QTime(12, 0), Qt::UTC);
     QDateTime::fromString(any.toString(Qt::ISODateWithMs), Qt::ISODateWithMs);
     QDate::fromString(any.toString("dd.MM.yyyy"), "dd.MM.yyyy");

@@ -1,5 +1,6 @@
 #include "data/recordingset.h"
 
+#include "base/process.h"
 #include "data/recordingfile.h"
 #include "data/recordingtime.h"
 #include "jobs/items.h"
@@ -122,6 +123,7 @@ bool hasRecordingName(const QString &fileName)
 
 std::vector<RecordingEntry> readHeaders(const QStringList &paths, const Jobs::Control &control)
 {
+    setUpDates();
     std::vector<RecordingEntry> entries(std::size_t(paths.size()));
     const int threads = std::max(leastThreads, Jobs::threadCount());
     const std::vector<Jobs::Ending> endings =
