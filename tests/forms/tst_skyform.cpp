@@ -26,7 +26,7 @@
 namespace {
 
 constexpr int dayCount = 8;
-constexpr int waitMs = 30000;
+constexpr int waitMs = 90000;
 constexpr int stretchPoints = 2048;
 constexpr double pulseHeight = 0.3; // sigma
 
@@ -243,7 +243,7 @@ void TestSkyForm::isWhatTheBatchProgramMakes()
 void TestSkyForm::stopsAndResumes()
 {
     open(makeDays("stopped"), false);
-    find<QLineEdit>("dispersions")->setText("0:100:0.5"); // long enough to be stopped
+    find<QLineEdit>("dispersions")->setText("0:100:2"); // long enough to be stopped
     find<QPushButton>("pushButton")->click();
     const auto *const grafik = find<PulsarGrafik>("grafik");
     QTRY_VERIFY_WITH_TIMEOUT(grafik->data().message.contains("Adding up"), waitMs);
