@@ -146,7 +146,8 @@ void TestFirstAnalysis::spectrumAppears()
 
     QVERIFY2(waitFor([&] { return pixelsOfColour(screenshot(), 0xffffff) > width * height / 5; }),
              "the empty plot appears");
-    QTest::qWait(500);
+    xdo({"windowactivate", "--sync", window}); // keys before that would be lost
+    QTest::qWait(1500);
     // From the dispersion on to the first action; below it the fourth is "Fourier of sum channels
     // with 1 disp".
     xdo({"key", "--delay", "100", "Tab", "Tab", "Tab", "Tab", "Tab", "Tab", "Tab", "Down", "Down",
