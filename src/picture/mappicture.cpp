@@ -5,7 +5,6 @@
 #include "picture/plotpainter.h"
 #include "picture/rowmaxima.h"
 #include "picture/ticks.h"
-#include "results/reporttext.h"
 
 #include <QImage>
 #include <QPainter>
@@ -102,14 +101,32 @@ void paintRowNames(QPainter &painter, const MapPicture &picture, const QRect &ar
     }
 }
 
-// Centred below a tick as far as the panel has room, for the next panel has labels too.
-void paintTickText(QPainter &painter, const QRect &area, int x, int top, const QString &text)
-{
-    const int width = painter.fontMetrics().horizontalAdvance(text);
-    const int left =
-        std::clamp(x - width / 2, area.left(), std::max(area.left(), area.right() - width));
-    painter.drawText(QRect(left, top, width + 1, labelHeight), Qt::AlignLeft, text);
-}
+// Texts below the ticks of an axis, centred as far as the panel has room, for the next panel has
+// labels too. One that would touch the text before it is left out.
+class TickTexts {
+public:
+    TickTexts(QPainter &onto, const QRect &panel, int textTop)
+        : painter(onto), area(panel), top(textTop), free(panel.left())
+    {}
+
+    void paint(int x, const QString &text)
+    {
+        constexpr int gap = 4;
+        const int width = painter.fontMetrics().horizontalAdvance(text);
+        const int left =
+            std::clamp(x - width / 2, area.left(), std::max(area.left(), area.right() - width));
+        if (left < free)
+            return;
+        painter.drawText(QRect(left, top, width + 1, labelHeight), Qt::AlignLeft, text);
+        free = left + width + gap;
+    }
+
+private:
+    QPainter &painter;
+    const QRect area;
+    const int top;
+    int free; // from there on
+};
 
 struct AxisTick {
     double column = 0;
@@ -143,13 +160,14 @@ void paintAxis(QPainter &painter, const MapPicture &picture, const QRect &area, 
     const Sky::SkyMap &map = picture.map();
     const int tickCount = std::max(1, area.width() / tickDistance);
     const int top = area.bottom() + 6;
+    TickTexts values(painter, area, top);
+    TickTexts reciprocals(painter, area, top + labelHeight);
     for (const AxisTick &tick : ticksOf(map, picture.columns, tickCount)) {
         const int x = int(xOf(picture, area, tick.column));
         painter.drawLine(x, area.bottom() + 1, x, area.bottom() + 5);
-        paintTickText(painter, area, x, top, tick.text);
+        values.paint(x, tick.text);
         if (tick.value > 0)
-            paintTickText(painter, area, x, top + labelHeight,
-                          QString::number(1 / tick.value, 'g', digits));
+            reciprocals.paint(x, QString::number(1 / tick.value, 'g', digits));
     }
     if (!hasNames)
         return;
@@ -198,14 +216,15 @@ QString titleOf(const Sky::SkyPlan &plan, const Sky::SkyMap &map)
 {
     const Sky::MapChoice &choice = map.choice;
     if (choice.axis == Sky::MapAxis::Dispersions)
-        return choice.start < 0
-                   ? "DM, pc/cm^3, best of " + ReportText::counted(plan.starts, "stretch", "es")
-                   : QString("DM, pc/cm^3, stretch %1").arg(choice.start + 1);
+        return choice.start < 0 && plan.starts > 1
+                   ? QString("DM, pc/cm^3, best of %1 stretches").arg(plan.starts)
+                   : QString("DM, pc/cm^3, stretch %1").arg(std::max(0, choice.start) + 1);
     const bool isKnown = !map.rows.empty() && std::isfinite(map.rows.front().value);
     return QString(isKnown ? "right ascension, %1" : "start of the stretch, %1")
-        .arg(choice.dispersion < 0
+        .arg(choice.dispersion < 0 && plan.dispersions.size() > 1
                  ? QString("best of %1 DM").arg(plan.dispersions.size())
-                 : QString("DM %1 pc/cm^3").arg(plan.dispersions[std::size_t(choice.dispersion)]));
+                 : QString("DM %1 pc/cm^3")
+                       .arg(plan.dispersions[std::size_t(std::max(0, choice.dispersion))]));
 }
 
 } // namespace

@@ -225,6 +225,15 @@ std::vector<SkyField> searchFields()
     };
 }
 
+// The place of a fold is that of its stack, whatever the beams are.
+std::vector<SkyField> searchOfFoldsFields()
+{
+    std::vector<SkyField> fields = searchFields();
+    const auto isBeam = [](const SkyField &one) { return one.option.startsWith("--beam-"); };
+    fields.erase(std::remove_if(fields.begin(), fields.end(), isBeam), fields.end());
+    return fields;
+}
+
 std::vector<SkyField> mapFields()
 {
     SkyField over =
@@ -342,7 +351,7 @@ const std::vector<SkyAnalysis> &skyAnalyses()
         search.examples = searchExamples;
         search.fields = fieldsOf(searchFields(), Product::Fourier);
         return std::vector<SkyAnalysis>{map, search, withFolds(map, "FFA - map", mapFields()),
-                                        withFolds(search, "FFA", searchFields())};
+                                        withFolds(search, "FFA", searchOfFoldsFields())};
     }();
     return all;
 }

@@ -1,10 +1,12 @@
 #include "forms/days/foldfields.h"
 
+#include "forms/keeplines.h"
 #include "ui_foldfields.h"
 
 FoldFields::FoldFields(QWidget *parent) : QGroupBox(parent), ui(new Ui::FoldFields)
 {
     ui->setupUi(this);
+    keepLines(ui->estimate, 2);
 }
 
 FoldFields::~FoldFields() = default;
@@ -19,5 +21,4 @@ void FoldFields::showUsed(const FfaParameters &used)
 void FoldFields::tellSize(const QString &text)
 {
     ui->estimate->setText(text);
-    ui->estimate->setVisible(!text.isEmpty());
 }

@@ -21,7 +21,7 @@ public:
 
     /// What the empty fields stand for stands in them, grey.
     void showUsed(const FfaParameters &used);
-    /// How large the search is; an empty text leaves nothing in its place.
+    /// How large the search is, in words.
     void tellSize(const QString &text);
 
 private:

@@ -12,6 +12,7 @@
 #include "forms/days/spectrumview.h"
 #include "forms/days/stacktexts.h"
 #include "forms/fieldvalues.h"
+#include "forms/keeplines.h"
 #include "forms/sky/skypage.h"
 #include "results/reporttext.h"
 #include "ui_fourierform.h"
@@ -51,6 +52,7 @@ FourierForm::FourierForm(const QString &path, int ffa, int map, int search, QWid
     ui->foldFields->setVisible(analysis.flags.ffa);
     FieldValues::hideFieldsOfOthers(this, analysis, Days::fourierDaysAnalyses());
     FieldValues::offerChoices(this, analysis);
+    keepLines(ui->daysText, 2);
     ui->days->showSorted(days);
     ui->days->sortByColumn(DaysModel::Date, Qt::AscendingOrder);
     ui->days->verticalHeader()->hide();

@@ -66,6 +66,7 @@ void CandidateView::showMessage(const QString &message)
 {
     delay.stop();
     reader.stop();
+    request = {}; // other stacks may need the memory
     map->setPicture({});
     overDispersion->showMessage(message);
     overDays->setGrowth({});

@@ -3,6 +3,7 @@
 #include "analyses/sky/skytables.h"
 #include "app/shell/errorbox.h"
 #include "app/shell/settings.h"
+#include "forms/days/stacktexts.h"
 #include "forms/savefolder.h"
 #include "forms/sky/cellwindow.h"
 #include "forms/sky/mappanel.h"
@@ -158,7 +159,9 @@ void MapPage::showMessage(const QString &message)
 // The maps of the stacks, which take seconds where the best of many dispersions is shown.
 void MapPage::showStacks()
 {
-    panel->setUsed(usedLines().join('\n'));
+    if (!hasCell)
+        grafik->showMessage("Making the map...");
+    panel->setUsed((usedLines() << stackTexts(analysis.flags.ffa).sees).join('\n'));
     mapper.start<SkyMaps>(
         [made = outcome, used = plan, choices = inputs()->shownMaps(*plan)](
             const Jobs::Control &control, const Jobs::Deliver<SkyMaps> &deliver) {
@@ -303,7 +306,8 @@ void MapPage::saveMap()
         return;
     const Sky::SkyMap &one = *maps[std::size_t(std::max(0, map->cell().panel))];
     const Sky::SkyRay &ray = plan->rays[std::size_t(one.choice.ray)];
-    const QString name = QString("m%1_r%2").arg(ray.module).arg(ray.ray);
+    const QString name =
+        QString("m%1_r%2%3").arg(ray.module).arg(ray.ray).arg(plan->trials ? "-ffa" : "");
     const QString path =
         Plot::askForPath(splitter, "Save map", startFolder(Settings::instance()->lastSavePath()),
                          Sky::mapFileName(*plan, one, name), "Result file (*.txt)");

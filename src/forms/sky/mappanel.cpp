@@ -1,9 +1,9 @@
 #include "forms/sky/mappanel.h"
 
 #include "forms/days/linesmodel.h"
+#include "forms/keeplines.h"
 #include "ui_mappanel.h"
 
-#include <QEvent>
 #include <QHeaderView>
 
 namespace {
@@ -19,10 +19,11 @@ MapPanel::MapPanel(bool isFfa, QWidget *parent)
     model->setFfa(isFfa);
     ui->lines->showTable(model);
     ui->lines->setColumnHidden(LinesModel::Marks, true);
+    ui->lines->setColumnHidden(LinesModel::Frequency, isFfa); // the axis is that of periods
     ui->lines->verticalHeader()->hide();
     ui->lines->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     ui->lines->horizontalHeader()->setStretchLastSection(true);
-    reserveCoordsHeight();
+    keepLines(ui->coords, coordsLines); // the panel must not move with what is pointed at
     connect(ui->lines->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex &row) {
                 if (row.isValid())
@@ -57,17 +58,4 @@ void MapPanel::setCanSave(bool canSave)
 {
     ui->saveMap->setEnabled(canSave);
     ui->savePicture->setEnabled(canSave);
-}
-
-void MapPanel::changeEvent(QEvent *event)
-{
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::FontChange)
-        reserveCoordsHeight();
-}
-
-// The panel must not move when the text under the pointer gets longer.
-void MapPanel::reserveCoordsHeight()
-{
-    ui->coords->setMinimumHeight(coordsLines * ui->coords->fontMetrics().lineSpacing());
 }

@@ -33,12 +33,7 @@ signals:
     void mapWanted();
     void pictureWanted();
 
-protected:
-    void changeEvent(QEvent *event) override;
-
 private:
-    void reserveCoordsHeight();
-
     const std::unique_ptr<Ui::MapPanel> ui;
     LinesModel *const model;
 };

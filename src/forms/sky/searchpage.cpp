@@ -5,6 +5,7 @@
 #include "app/shell/settings.h"
 #include "base/timetext.h"
 #include "fields/tableview.h"
+#include "forms/days/stacktexts.h"
 #include "forms/savefolder.h"
 #include "forms/sky/candidateview.h"
 #include "picture/periodmarks.h"
@@ -185,6 +186,7 @@ void SearchPage::takeFound(const SearchFound &found)
             .arg(plan->parameters.falseAlarms)
             .arg(Results::valueOf(model->table().table.request, "trials"))};
     lines += found.remarks;
+    lines << stackTexts(analysis.flags.ffa).sees;
     told->setText(lines.join('\n'));
     saveTable();
 }
@@ -218,7 +220,8 @@ void SearchPage::saveTableAs()
 {
     const QString path =
         Plot::askForPath(splitter, "Save table", startFolder(Settings::instance()->lastSavePath()),
-                         "candidates.txt", "Text (*.txt);;Comma separated (*.csv);;JSON (*.json)");
+                         analysis.flags.ffa ? "candidates-ffa.txt" : "candidates.txt",
+                         "Text (*.txt);;Comma separated (*.csv);;JSON (*.json)");
     if (path.isEmpty())
         return;
     const QString suffix = QFileInfo(path).suffix().toLower();

@@ -9,6 +9,7 @@
 #include "forms/days/sourcefield.h"
 #include "forms/days/stacktexts.h"
 #include "forms/fieldvalues.h"
+#include "forms/keeplines.h"
 #include "forms/sky/skyjobs.h"
 #include "results/reporttext.h"
 #include "ui_skyinputs.h"
@@ -24,7 +25,7 @@ constexpr int inputDelay = 250; // ms
 constexpr double bytesPerMegabyte = 1e6;
 constexpr double secondsPerMinute = 60;
 
-QString sizeText(qint64 bytes)
+QString bytesText(qint64 bytes)
 {
     return QString::number(double(bytes) / bytesPerMegabyte, 'f', bytes < 10000000 ? 1 : 0) + " MB";
 }
@@ -87,6 +88,8 @@ SkyInputs::SkyInputs(const Sky::SkyAnalysis &skyAnalysis, const QString &directo
         if (field.name == "firstPoint")
             ui->placeFields->setPointToolTip(field.help);
     }
+    keepLines(ui->told, 3);
+    keepLines(ui->daysText, 2);
     inputTimer.setSingleShot(true);
     inputTimer.setInterval(inputDelay);
     connectInputs();
@@ -287,13 +290,18 @@ void SkyInputs::fillOther()
 
 QString SkyInputs::costText(const PlannedSky &made) const
 {
-    const Sky::SkyPlan &plan = made.plan;
-    return QString("%1 x %2 x %3\nReads %4, takes %5 of memory\n"
-                   "Arithmetic: %6 with all processors")
+    return sizeText(made.plan) +
+           QString("\nReads %1, takes %2 of memory\n"
+                   "Arithmetic: %3 with all processors")
+               .arg(bytesText(made.bytesRead), bytesText(made.memory), timeText(made.seconds));
+}
+
+QString SkyInputs::sizeText(const Sky::SkyPlan &plan)
+{
+    return QString("%1 x %2 x %3")
         .arg(ReportText::counted(plan.starts, "stretch", "es"),
              ReportText::counted(plan.rayCount(), "ray"),
-             ReportText::counted(int(plan.dispersions.size()), "dispersion"))
-        .arg(sizeText(made.bytesRead), sizeText(made.memory), timeText(made.seconds));
+             ReportText::counted(int(plan.dispersions.size()), "dispersion"));
 }
 
 std::vector<Sky::MapChoice> SkyInputs::shownMaps(const Sky::SkyPlan &plan) const

@@ -116,6 +116,7 @@ void SkyPage::reportOutcome()
                              .arg(run.stack.added.size())
                              .arg(countedDays(*outcome->plan))
                              .arg(run.keptPassages)};
+    lines << SkyInputs::sizeText(*outcome->plan);
     if (run.wasStopped)
         lines << "Stopped; Compute goes on from here";
     fields->tell(lines.join('\n'));
@@ -189,7 +190,6 @@ QStringList SkyPage::usedLines() const
     if (!plan->interference.empty())
         lines << QString("%1 entries of the list of interference are left out")
                      .arg(plan->interference.size());
-    lines << stackTexts(analysis.flags.ffa).sees;
     return lines + plan->remarks + run.remarks;
 }
 
