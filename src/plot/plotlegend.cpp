@@ -133,11 +133,8 @@ void PlotLegend::placeBeside(const PlotData &shown, const Plot::CurveBlocks &blo
     gaveWay = false;
     if (mayGiveWay && hidesSome(place)) {
         showFolded(true);
-        const QPoint foldedPlace = corner();
-        const bool hidesFolded = hidesSome(foldedPlace);
-        gaveWay = hidesFolded && shown.names.size() == 1;
-        showFolded(!hidesFolded || gaveWay);
-        place = hidesFolded && !gaveWay ? corner() : foldedPlace;
+        place = corner();
+        gaveWay = shown.names.size() == 1 && hidesSome(place);
     }
     setVisible(!gaveWay);
     placeIn(area, place);

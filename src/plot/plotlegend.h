@@ -29,9 +29,8 @@ public:
 
     /// Takes the size of its content and moves to the corner where it hides least of the curves,
     /// or to where the user has dragged it. Where it would hide some
-    /// of them, it folds if its heading alone hides nothing; the list of a single curve, which
-    /// says little, is not shown if even the heading would. A list that the user has folded,
-    /// opened or dragged stays as it is.
+    /// of them, it folds; the list of a single curve, which says little, is not shown where even
+    /// its heading would. A list that the user has folded, opened or dragged stays as it is.
     ///
     /// @param spared  columns of the plot that it must not hide where another place is free
     void placeBeside(const PlotData &shown, const Plot::CurveBlocks &blocks, const Plot::View &view,
