@@ -286,8 +286,10 @@ void TestSkyRun::damagedStacks_data()
         << QByteArray("shape: 3 ") << QByteArray("shape: 4 ") << 0 << "another request";
     QTest::newRow("a day of other files")
         << QByteArray("12:00:00 ") << QByteArray("12:00:00 0") << 0 << "have changed or are gone";
+    QTest::newRow("hum that is no number")
+        << QByteArray("\nday: ") << QByteArray("\nhum: 49900 x\nday: ") << 0 << "header";
     QTest::newRow("other numbers")
-        << QByteArray("check: ") << QByteArray("check: 1") << 0 << "are damaged";
+        << expected.right(4) << QByteArray("\x7f\x01\x02\x03") << 0 << "are damaged";
 }
 
 void TestSkyRun::damagedStacks()

@@ -247,6 +247,24 @@ bool readDay(const QList<QByteArray> &words, std::size_t units, StackHeader &hea
     return header.added.emplace(QString::fromUtf8(words[1]), one).second;
 }
 
+bool readNumber(const QList<QByteArray> &words, StackHeader &header)
+{
+    constexpr int mostOfHum = 1'000'000; // thousandths of a Hz
+    bool isFirst = false;
+    bool isSecond = true;
+    if (words[0] == "hum:" && words.size() == 3) {
+        const int from = words[1].toInt(&isFirst);
+        const int to = words[2].toInt(&isSecond);
+        header.hum.emplace(from, to);
+        return isFirst && isSecond && from >= 0 && from <= to && to <= mostOfHum;
+    }
+    if (words[0] == "cut_off:" && words.size() == 2)
+        header.cutOff = words[1].toLongLong(&isFirst);
+    else if (words[0] == "check:" && words.size() == 2)
+        header.check = words[1].toULongLong(&isFirst);
+    return isFirst;
+}
+
 // Reads a header behind its first line.
 bool readHeader(QFile &file, const QByteArray &request, const StackShape &shape,
                 StackHeader &header)
@@ -263,13 +281,7 @@ bool readHeader(QFile &file, const QByteArray &request, const StackShape &shape,
         if (words[0] == "day:") {
             if (!readDay(words, units, header))
                 return false;
-        } else if (words[0] == "hum:" && words.size() == 3) {
-            header.hum.emplace(words[1].toInt(), words[2].toInt());
-        } else if (words[0] == "cut_off:" && words.size() == 2) {
-            header.cutOff = words[1].toLongLong();
-        } else if (words[0] == "check:" && words.size() == 2) {
-            header.check = words[1].toULongLong();
-        } else {
+        } else if (!readNumber(words, header)) {
             return false;
         }
     }
