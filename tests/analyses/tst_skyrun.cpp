@@ -21,7 +21,7 @@ constexpr int days = 6;
 constexpr int pointsOfFile = 2300;
 constexpr int rayCount = 3;
 
-// A file a sidereal day. Of one of them a ray holds nothing but what is no number.
+// A file a sidereal day. In the one with a dead ray, that ray holds nothing but what is no number.
 QByteArray dayBytes(int day, bool hasDeadRay = false)
 {
     std::mt19937 random(unsigned(day + 1));
@@ -67,6 +67,8 @@ private slots:
     void refusals();
     void stretchesOfAPassage_data();
     void stretchesOfAPassage();
+    void recordingsOfOtherSteps();
+    void manyDays();
     void cellIsTheSumOfItsDays();
     void sameBytesInAnyOrder_data();
     void sameBytesInAnyOrder();
@@ -219,6 +221,48 @@ void TestSkyRun::stretchesOfAPassage()
         QCOMPARE(passage.points(),
                  (held - 1) * parameters.points / 2 + parameters.points + plan.reach);
     }
+}
+
+// As many files have another step, and they alone hold the later stretches.
+void TestSkyRun::recordingsOfOtherSteps()
+{
+    RecordingSet set = Days::recordingsOfFolders({folder.path()});
+    for (int i = 0; i < days; ++i) {
+        set.entries.push_back(set.entries[std::size_t(i)]);
+        RecordingEntry &entry = set.entries.back();
+        entry.begin = entry.begin.addSecs(40000);
+        entry.completePoints = entry.header.npoints = 3 * pointsOfFile;
+        entry.header.tresolution *= 2;
+    }
+    SkyParameters parameters = parametersOf();
+    parameters.starts = 8;
+    const SkyPlan plan = planSky(set, parameters, Product::Fourier);
+    QCOMPARE(int(plan.passages.size()), days);
+    for (const Passage &passage : plan.passages)
+        QVERIFY(passage.parts.front().recording < days);
+}
+
+// The highest values of as many days as a stack takes still fit; a plan of more is refused.
+void TestSkyRun::manyDays()
+{
+    SkyStack stack("test", {1, 1, 1, 2});
+    for (int day = 0; day < mostDays; ++day)
+        stack.add(0, 0, 0, 1, {1e6F, -1e6F}, mostValue);
+    const std::vector<double> wanted = {mostDays * mostValue, -mostDays * mostValue};
+    QVERIFY(stack.cell(0, 0, 0).sums == wanted);
+    QVERIFY(stack.cell(0, 0, 0).clipped == wanted);
+
+    RecordingSet set = Days::recordingsOfFolders({folder.path()});
+    set.entries.resize(1, set.entries[0]);
+    for (int day = 1; day <= mostDays; ++day) {
+        set.entries.push_back(set.entries[0]);
+        set.entries.back().begin = set.entries[0].begin.addDays(day);
+    }
+    SkyParameters parameters = parametersOf();
+    parameters.starts = 1;
+    const SkyPlan plan = planSky(set, parameters, Product::Fourier);
+    QCOMPARE(int(plan.problems.size()), 1);
+    QVERIFY(plan.problems[0].text.contains(QString("at most %1").arg(mostDays)));
 }
 
 void TestSkyRun::cellIsTheSumOfItsDays()
