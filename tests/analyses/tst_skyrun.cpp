@@ -1,7 +1,7 @@
 #include "analyses/days/fourierdays.h"
 #include "analyses/sky/skymap.h"
 #include "analyses/sky/skyrun.h"
-#include "support/recordings.h"
+#include "support/dayfiles.h"
 #include "support/testmain.h"
 
 #include <QDir>
@@ -31,10 +31,7 @@ QByteArray dayBytes(int day, bool hasDeadRay = false)
             const float value = law(random);
             return hasDeadRay && ray == 1 ? std::nanf("") : value;
         });
-    const QDateTime begin = QDateTime({2015, 4, 1}, {12, 0}, Qt::UTC).addSecs(qint64(day) * 86164);
-    const QByteArray date = begin.toString("dd.MM.yyyy").toLatin1();
-    const QByteArray time = begin.toString("hh:mm:ss").toLatin1();
-    return QByteArray(bytes).replace("01.04.2015", date).replace("12:00:00", time);
+    return TestSupport::siderealDaysLater(bytes, day);
 }
 
 SkyParameters parametersOf()
