@@ -152,7 +152,12 @@ void TestFourierForm::isWhatTheBatchProgramMakes()
     find<QPushButton>("commandButton")->click();
     QString commands = QGuiApplication::clipboard()->text();
     QCOMPARE(commands.count("zrt-batch "), 2);
-    commands.replace("zrt-batch stack", "zrt-batch stack --format csv");
+    auto *const grafik = find<PulsarGrafik>("grafik");
+    QCOMPARE(grafik->savePicture(path("form.png")), QString());
+    commands.replace("zrt-batch stack", QString("zrt-batch stack --format csv --plot png "
+                                                "--size %1x%2@3")
+                                            .arg(grafik->width())
+                                            .arg(grafik->height()));
     const TestSupport::Ended ended = runShell(commands);
     QVERIFY2(ended.code == 0, qPrintable(commands + ended.errors));
 
@@ -170,6 +175,10 @@ void TestFourierForm::isWhatTheBatchProgramMakes()
         QVERIFY(column(1)[i] == lines()[i].telescope);
         QVERIFY(column(isFfa ? 6 : 5)[i] == lines()[i].sigma);
     }
+    const QStringList drawn =
+        QDir(path("days")).entryList({isFfa ? "*stack-ffa.periods.png" : "*stack.spectrum.png"});
+    QCOMPARE(drawn.size(), 1);
+    QVERIFY(QImage(path("days/" + drawn[0])) == QImage(path("form.png")));
 }
 
 // What the other product reads is not there.

@@ -3,10 +3,10 @@
 #include "base/timetext.h"
 #include "forms/days/daysview.h"
 #include "forms/days/fouriergrafikinfo.h"
-#include "forms/days/stackplot.h"
 #include "forms/days/stacktexts.h"
 #include "forms/savefolder.h"
 #include "picture/periodmarks.h"
+#include "picture/stackplot.h"
 #include "plot/picturemenu.h"
 #include "plot/pulsargrafik.h"
 
@@ -81,7 +81,7 @@ void SpectrumView::showStack(const DayList &days, const std::vector<bool> &chose
     if (stack.sigma.empty())
         grafik->showMessage(stack.problem);
     else
-        grafik->setData(stackPlot(stack, source));
+        grafik->setData(Plot::stackPlot(stack, source));
     markPeriod();
     std::vector<DaysView::Row> rows;
     for (std::size_t i = 0; i < days->size(); ++i) {
