@@ -1,6 +1,6 @@
 #include "picture/mappicture.h"
 
-#include "picture/colourmap.h"
+#include "picture/colourbar.h"
 #include "picture/plotgeometry.h"
 #include "picture/plotpainter.h"
 #include "picture/rowmaxima.h"
@@ -160,12 +160,7 @@ void paintAxis(QPainter &painter, const MapPicture &picture, const QRect &area, 
 
 void paintScale(QPainter &painter, const MapPicture &picture, const QRect &bar)
 {
-    const int steps = bar.height();
-    for (int y = 0; y < steps; ++y) {
-        const double share = 1 - double(y) / std::max(1, steps - 1);
-        const auto colour = std::size_t(std::lround(share * (colourCount - 1)));
-        painter.fillRect(bar.left(), bar.top() + y, bar.width(), 1, QColor(colourMap()[colour]));
-    }
+    paintColourBar(painter, bar);
     painter.drawRect(bar.adjusted(-1, -1, 0, 0));
     const QRect beside(bar.right() + 3, bar.top(), marginRight, bar.height());
     painter.drawText(beside, Qt::AlignTop, QString::number(double(picture.high)));
