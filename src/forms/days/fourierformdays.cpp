@@ -17,6 +17,7 @@
 #include "forms/sky/skypage.h"
 #include "picture/ticks.h"
 #include "plot/savedialog.h"
+#include "results/reporttext.h"
 #include "ui_fourierform.h"
 
 #include <QDir>
@@ -264,7 +265,7 @@ QString FourierForm::usedText() const
     const Days::FourierStack &stack = outcome->stack;
     QStringList lines = {
         directory,
-        QString("%1 of %2 days").arg(stack.days).arg(stack.allDays),
+        QString("%1 of %2").arg(stack.days).arg(ReportText::counted(stack.allDays, "day")),
         QString("Module %1, ray %2").arg(used.module).arg(used.ray),
         QString("Points %1, step %2 s").arg(used.points).arg(spectra->plan.list.tresolution),
         QString("Dispersion %1 pc/cm^3").arg(used.dispersion),
