@@ -186,6 +186,7 @@ void SearchPage::takeFound(const SearchFound &found)
             .arg(Results::valueOf(model->table().table.request, "trials"))};
     lines += found.remarks;
     told->setText(lines.join('\n'));
+    table->setFocus(); // not for a kept table, which comes while the user types
     saveTable();
 }
 
@@ -200,7 +201,6 @@ void SearchPage::showTable(Sky::CandidatesTable next, const QString &kept)
     if (model->rowCount() > 0)
         table->setCurrentIndex(table->model()->index(0, 0));
     showCandidate();
-    table->setFocus();
 }
 
 // Whole or not at all, after every verdict.
