@@ -1,6 +1,6 @@
 #include "picture/mappicture.h"
 
-#include "picture/colourmap.h"
+#include "picture/colourbar.h"
 #include "picture/plotgeometry.h"
 #include "picture/plotpainter.h"
 #include "picture/rowmaxima.h"
@@ -101,31 +101,31 @@ void paintRowNames(QPainter &painter, const MapPicture &picture, const QRect &ar
     }
 }
 
-// Texts below the ticks of an axis, centred as far as the panel has room, for the next panel has
-// labels too. One that would touch the text before it is left out.
-class TickTexts {
+// Texts along an axis, from the left to the right, none into the one before it. Each is centred
+// below its tick as far as the panel has room, for the next panel has texts too.
+class TextRow {
 public:
-    TickTexts(QPainter &onto, const QRect &panel, int textTop)
-        : painter(onto), area(panel), top(textTop), free(panel.left())
+    TextRow(QPainter &target, const QRect &panel, int heightOfRow)
+        : painter(target), area(panel), top(heightOfRow), end(panel.left())
     {}
 
-    void paint(int x, const QString &text)
+    void add(int x, const QString &text)
     {
-        constexpr int gap = 4;
+        constexpr int gap = 6;
         const int width = painter.fontMetrics().horizontalAdvance(text);
         const int left =
             std::clamp(x - width / 2, area.left(), std::max(area.left(), area.right() - width));
-        if (left < free)
+        if (left < end)
             return;
         painter.drawText(QRect(left, top, width + 1, labelHeight), Qt::AlignLeft, text);
-        free = left + width + gap;
+        end = left + width + gap;
     }
 
 private:
     QPainter &painter;
-    const QRect area;
-    const int top;
-    int free; // from there on
+    QRect area;
+    int top;
+    int end;
 };
 
 struct AxisTick {
@@ -134,18 +134,31 @@ struct AxisTick {
     QString text;
 };
 
-// Round values where columns are evenly apart, round shares of the axis otherwise.
-std::vector<AxisTick> ticksOf(const Sky::SkyMap &map, const Range &columns, int count)
+// As round as the room of each allows, for neighbouring columns are not evenly apart.
+std::vector<AxisTick> unevenTicks(const Sky::SkyMap &map, const Range &columns, int count)
 {
     std::vector<AxisTick> all;
-    if (!map.axis.empty()) {
-        for (int i = 0; i <= count; ++i) {
-            const double column = columns.min + columns.extent() * i / count;
-            const double value = map.axisAt(column);
-            all.push_back({column, value, QString::number(value, 'g', digits)});
-        }
-        return all;
+    const double spacing = columns.extent() / count;
+    for (int i = 0; i < count; ++i) {
+        const double place = columns.min + spacing * i;
+        const double near = map.axisAt(place);
+        const double step = roundStepAbove(std::abs(map.axisAt(place + spacing / 4) - near));
+        if (step == 0)
+            continue;
+        const double value = std::ceil(near / step) * step;
+        const auto at = std::lower_bound(map.axis.begin(), map.axis.end(), value);
+        const auto column = double(at - map.axis.begin());
+        if (column <= columns.max && (all.empty() || column > all.back().column))
+            all.push_back({column, value, tickText(value, step)});
     }
+    return all;
+}
+
+std::vector<AxisTick> ticksOf(const Sky::SkyMap &map, const Range &columns, int count)
+{
+    if (!map.axis.empty())
+        return unevenTicks(map, columns, count);
+    std::vector<AxisTick> all;
     const double low = map.axisAt(columns.min);
     const double high = map.axisAt(columns.max);
     const Ticks ticks = roundTicks(low, high, (high - low) / count);
@@ -160,14 +173,14 @@ void paintAxis(QPainter &painter, const MapPicture &picture, const QRect &area, 
     const Sky::SkyMap &map = picture.map();
     const int tickCount = std::max(1, area.width() / tickDistance);
     const int top = area.bottom() + 6;
-    TickTexts values(painter, area, top);
-    TickTexts reciprocals(painter, area, top + labelHeight);
+    TextRow values(painter, area, top);
+    TextRow reciprocals(painter, area, top + labelHeight);
     for (const AxisTick &tick : ticksOf(map, picture.columns, tickCount)) {
         const int x = int(xOf(picture, area, tick.column));
         painter.drawLine(x, area.bottom() + 1, x, area.bottom() + 5);
-        values.paint(x, tick.text);
+        values.add(x, tick.text);
         if (tick.value > 0)
-            reciprocals.paint(x, QString::number(1 / tick.value, 'g', digits));
+            reciprocals.add(x, QString::number(1 / tick.value, 'g', digits));
     }
     if (!hasNames)
         return;
@@ -179,12 +192,7 @@ void paintAxis(QPainter &painter, const MapPicture &picture, const QRect &area, 
 
 void paintScale(QPainter &painter, const MapPicture &picture, const QRect &bar)
 {
-    const int steps = bar.height();
-    for (int y = 0; y < steps; ++y) {
-        const double share = 1 - double(y) / std::max(1, steps - 1);
-        const auto colour = std::size_t(std::lround(share * (colourCount - 1)));
-        painter.fillRect(bar.left(), bar.top() + y, bar.width(), 1, QColor(colourMap()[colour]));
-    }
+    paintColourBar(painter, bar);
     painter.drawRect(bar.adjusted(-1, -1, 0, 0));
     const QRect beside(bar.right() + 3, bar.top(), marginRight, bar.height());
     painter.drawText(beside, Qt::AlignTop, QString::number(double(picture.high)));

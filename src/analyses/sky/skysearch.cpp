@@ -247,14 +247,17 @@ private:
         findPulsars(candidate);
     }
 
-    // The clipped sums of a steady signal have 0.96 of its significance and scatter by 0.3 sigma
-    // around that; those of a very strong one are limited, but far above the threshold.
+    // Below the threshold without its strongest days. The clipped sums of a steady signal have
+    // 0.96 of its significance and scatter by 0.3 sigma around that, so that a signal hardly above
+    // the threshold may fall as far below it. Those of a very strong one are limited, but far
+    // above the threshold.
     bool isOfFewDays(int days, double logTail, double clipped) const
     {
-        constexpr double margin = 1; // sigma
-        const double needed =
-            std::min(Tools::sigmaOfTail(logTail), Tools::sigmaOfTail(result.lowestLogTail));
-        return days >= fewestForTrimming && Tools::sigmaOfTail(clipped) + margin < needed;
+        constexpr double share = 0.96;
+        constexpr double scatter = 0.3; // sigma
+        const double steady = share * Tools::sigmaOfTail(logTail) - 3 * scatter;
+        const double needed = std::min(steady, Tools::sigmaOfTail(result.lowestLogTail));
+        return days >= fewestForTrimming && Tools::sigmaOfTail(clipped) < needed;
     }
 
     // Three rays or more that are no neighbours of this one or of each other, at any time of the

@@ -335,10 +335,12 @@ void FourierForm::saveSpectra()
         return;
     const WriteFailure failure =
         writeWhole(path, Days::spectraBytes(spectra->days(), spectra->parameters));
-    if (failure)
+    if (failure) {
         showError(window(), "The result file was not saved.", failure.text());
-    else
-        Settings::instance()->setLastSavePath(QFileInfo(path).path());
+        return;
+    }
+    Settings::instance()->setLastSavePath(QFileInfo(path).path());
+    StatusLine::showSaved(path);
 }
 
 // Three tables beside each other, all of them or none.
@@ -359,10 +361,15 @@ void FourierForm::saveTables()
         files.push_back({file.dir().filePath(file.completeBaseName() + "_" + what + "." +
                                              Results::extensionOf(formatOf(file.suffix()))),
                          table.toBytes(formatOf(file.suffix()))});
-    if (const WriteFailure failure = writeTogether(files))
+    if (const WriteFailure failure = writeTogether(files)) {
         showError(window(), "The tables were not saved.", failure.text());
-    else
-        Settings::instance()->setLastSavePath(file.path());
+        return;
+    }
+    Settings::instance()->setLastSavePath(file.path());
+    QStringList names;
+    for (const FileContent &written : files)
+        names << QFileInfo(written.path).fileName();
+    StatusLine::showSaved(file.dir().filePath(names.join(", ")));
 }
 
 // What the batch program writes too.

@@ -5,10 +5,10 @@
 #include "analyses/sky/skyproduct.h"
 #include "calc/fold.h"
 #include "calc/significance.h"
-#include "forms/days/stackplot.h"
 #include "jobs/items.h"
 #include "picture/plotgeometry.h"
 #include "picture/resultplot.h"
+#include "picture/stackplot.h"
 #include "results/reporttext.h"
 
 #include <algorithm>
@@ -124,7 +124,7 @@ PlotData plotOf(const std::vector<float> &sigma, const Sky::SkyPlan &plan, int d
     stack.binWidth = method.axisAt(plan, perColumn) - method.axisAt(plan, 0);
     stack.sigma = sigma;
     stack.days = stack.allDays = days;
-    PlotData plot = stackPlot(stack, source);
+    PlotData plot = Plot::stackPlot(stack, source);
     plot.yName = "significance of the best harmonic sum";
     return plot;
 }

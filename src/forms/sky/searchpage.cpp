@@ -188,6 +188,7 @@ void SearchPage::takeFound(const SearchFound &found)
     lines += found.remarks;
     lines << stackTexts(analysis.flags.ffa).sees;
     told->setText(lines.join('\n'));
+    table->setFocus(); // not for a kept table, which comes while the user types
     saveTable();
 }
 
@@ -202,7 +203,6 @@ void SearchPage::showTable(Sky::CandidatesTable next, const QString &kept)
     if (model->rowCount() > 0)
         table->setCurrentIndex(table->model()->index(0, 0));
     showCandidate();
-    table->setFocus();
 }
 
 // Whole or not at all, after every verdict.
