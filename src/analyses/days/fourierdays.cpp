@@ -120,19 +120,9 @@ qint64 bytesOfPeriodograms(const P &parameters, const ObservationData &header, i
     return days * (ofDay + ofDay / 2 + ofSpectrum) + sums * ofDay;
 }
 
-QString siteOfSet(const RecordingSet &set)
-{
-    for (const RecordingEntry &entry : set.entries) {
-        const QString site = siteOf(entry.path);
-        if (!site.isEmpty())
-            return site;
-    }
-    return {};
-}
-
 void findBeam(const RecordingSet &set, const P &parameters, DayPlan &plan)
 {
-    const QString site = siteOfSet(set);
+    const QString site = siteOf(set);
     plan.choice.module = parameters.module;
     plan.choice.ray = parameters.ray;
     if (parameters.module > 0 && parameters.ray > 0) {

@@ -37,16 +37,6 @@ struct Span {
     int end = 0;
 };
 
-QString siteOfSet(const RecordingSet &set)
-{
-    for (const RecordingEntry &entry : set.entries) {
-        const QString site = Days::siteOf(entry.path);
-        if (!site.isEmpty())
-            return site;
-    }
-    return {};
-}
-
 bool isUsable(const RecordingEntry &entry)
 {
     return (entry.state == RecordingState::Whole || entry.state == RecordingState::Short) &&
@@ -107,7 +97,7 @@ private:
             modules = numbersIn(header, header.modules, moduleNumber);
         if (rays.empty())
             rays = numbersIn(header, header.rays, rayNumber);
-        const QString site = siteOfSet(set);
+        const QString site = Days::siteOf(set);
         for (const int module : modules)
             for (const int ray : rays)
                 plan.rays.push_back({module, ray, Days::beamOf(site, module, ray)});
