@@ -82,7 +82,7 @@ public:
             return;
         findStarts();
         for (int number = 0; number < plan.starts; ++number)
-            lists.push_back(Days::findDays(set, choiceOf(number), list));
+            daysOfStarts.push_back(Days::findDays(set, choiceOf(number), list).days);
         joinStarts();
         leaveOutFiles();
         limitPassages();
@@ -212,7 +212,7 @@ private:
     {
         std::vector<HeldStart> held;
         for (int number = 0; number < plan.starts; ++number) {
-            for (const Days::Day &day : lists[std::size_t(number)].days) {
+            for (const Days::Day &day : daysOfStarts[std::size_t(number)]) {
                 if (day.reason.isEmpty())
                     held.push_back({number, baseOf(day, number), &day});
             }
@@ -356,7 +356,7 @@ private:
     const RecordingSet &set;
     SkyPlan &plan;
     Days::DayStart start;
-    std::vector<Days::DayList> lists;
+    std::vector<std::vector<Days::Day>> daysOfStarts;
     std::set<int> used; // recordings
     std::vector<Days::LeftOut> withoutRays;
 };
