@@ -1,10 +1,11 @@
 #include "picture/mappicture.h"
 
-#include "picture/colourmap.h"
+#include "picture/colourbar.h"
 #include "picture/plotgeometry.h"
 #include "picture/plotpainter.h"
 #include "picture/rowmaxima.h"
 #include "picture/ticks.h"
+#include "results/reporttext.h"
 
 #include <QImage>
 #include <QPainter>
@@ -160,12 +161,7 @@ void paintAxis(QPainter &painter, const MapPicture &picture, const QRect &area, 
 
 void paintScale(QPainter &painter, const MapPicture &picture, const QRect &bar)
 {
-    const int steps = bar.height();
-    for (int y = 0; y < steps; ++y) {
-        const double share = 1 - double(y) / std::max(1, steps - 1);
-        const auto colour = std::size_t(std::lround(share * (colourCount - 1)));
-        painter.fillRect(bar.left(), bar.top() + y, bar.width(), 1, QColor(colourMap()[colour]));
-    }
+    paintColourBar(painter, bar);
     painter.drawRect(bar.adjusted(-1, -1, 0, 0));
     const QRect beside(bar.right() + 3, bar.top(), marginRight, bar.height());
     painter.drawText(beside, Qt::AlignTop, QString::number(double(picture.high)));
@@ -196,13 +192,15 @@ QString panelTitle(const Sky::SkyPlan &plan, const Sky::SkyMap &map)
 QString titleOf(const Sky::SkyPlan &plan, const Sky::SkyMap &map)
 {
     const Sky::MapChoice &choice = map.choice;
-    if (choice.axis == Sky::MapAxis::Starts)
-        return choice.dispersion < 0
-                   ? QString("right ascension, best of %1 DM").arg(plan.dispersions.size())
-                   : QString("right ascension, DM %1 pc/cm^3")
-                         .arg(plan.dispersions[std::size_t(choice.dispersion)]);
-    return choice.start < 0 ? QString("DM, pc/cm^3, best of %1 stretches").arg(plan.starts)
-                            : QString("DM, pc/cm^3, stretch %1").arg(choice.start + 1);
+    if (choice.axis == Sky::MapAxis::Dispersions)
+        return choice.start < 0
+                   ? "DM, pc/cm^3, best of " + ReportText::counted(plan.starts, "stretch", "es")
+                   : QString("DM, pc/cm^3, stretch %1").arg(choice.start + 1);
+    const bool isKnown = !map.rows.empty() && std::isfinite(map.rows.front().value);
+    return QString(isKnown ? "right ascension, %1" : "start of the stretch, %1")
+        .arg(choice.dispersion < 0
+                 ? QString("best of %1 DM").arg(plan.dispersions.size())
+                 : QString("DM %1 pc/cm^3").arg(plan.dispersions[std::size_t(choice.dispersion)]));
 }
 
 } // namespace

@@ -17,6 +17,7 @@
 #include "forms/sky/skypage.h"
 #include "picture/ticks.h"
 #include "plot/savedialog.h"
+#include "results/reporttext.h"
 #include "ui_fourierform.h"
 
 #include <QDir>
@@ -264,7 +265,7 @@ QString FourierForm::usedText() const
     const Days::FourierStack &stack = outcome->stack;
     QStringList lines = {
         directory,
-        QString("%1 of %2 days").arg(stack.days).arg(stack.allDays),
+        QString("%1 of %2").arg(stack.days).arg(ReportText::counted(stack.allDays, "day")),
         QString("Module %1, ray %2").arg(used.module).arg(used.ray),
         QString("Points %1, step %2 s").arg(used.points).arg(spectra->plan.list.tresolution),
         QString("Dispersion %1 pc/cm^3").arg(used.dispersion),
@@ -334,10 +335,12 @@ void FourierForm::saveSpectra()
         return;
     const WriteFailure failure =
         writeWhole(path, Days::spectraBytes(spectra->days(), spectra->parameters));
-    if (failure)
+    if (failure) {
         showError(window(), "The result file was not saved.", failure.text());
-    else
-        Settings::instance()->setLastSavePath(QFileInfo(path).path());
+        return;
+    }
+    Settings::instance()->setLastSavePath(QFileInfo(path).path());
+    StatusLine::showSaved(path);
 }
 
 // Three tables beside each other, all of them or none.
@@ -358,10 +361,15 @@ void FourierForm::saveTables()
         files.push_back({file.dir().filePath(file.completeBaseName() + "_" + what + "." +
                                              Results::extensionOf(formatOf(file.suffix()))),
                          table.toBytes(formatOf(file.suffix()))});
-    if (const WriteFailure failure = writeTogether(files))
+    if (const WriteFailure failure = writeTogether(files)) {
         showError(window(), "The tables were not saved.", failure.text());
-    else
-        Settings::instance()->setLastSavePath(file.path());
+        return;
+    }
+    Settings::instance()->setLastSavePath(file.path());
+    QStringList names;
+    for (const FileContent &written : files)
+        names << QFileInfo(written.path).fileName();
+    StatusLine::showSaved(file.dir().filePath(names.join(", ")));
 }
 
 // What the batch program writes too.

@@ -1,5 +1,7 @@
 #include "forms/days/stacktexts.h"
 
+#include "results/reporttext.h"
+
 const StackTexts &stackTexts(bool isFfa)
 {
     static const StackTexts spectra = {
@@ -36,4 +38,13 @@ const StackTexts &stackTexts(bool isFfa)
         "sigma here in 100 days, and 1.9, 5.5, 11.2, 18.4 in Fourier, before trials. Pulses of "
         "30 % and S/N 2 make 5.7 here and 11.9 in Fourier"};
     return isFfa ? periodograms : spectra;
+}
+
+QString trialsText(const Days::FfaTrials &trials)
+{
+    return QString("%1 trial periods from %2 to %3 s, %4")
+        .arg(trials.count())
+        .arg(trials.periods.front())
+        .arg(trials.periods.back())
+        .arg(ReportText::counted(int(trials.widths.size()), "width"));
 }

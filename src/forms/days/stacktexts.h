@@ -1,5 +1,7 @@
 #pragma once
 
+#include "analyses/days/ffatrials.h"
+
 #include <QString>
 
 /// What the form of days says of spectra, or of periodograms of fast folding.
@@ -20,3 +22,6 @@ struct StackTexts {
 };
 
 const StackTexts &stackTexts(bool isFfa);
+
+/// "9183 trial periods from 0.5 to 20 s, 5 widths".
+QString trialsText(const Days::FfaTrials &trials);
