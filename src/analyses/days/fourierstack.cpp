@@ -251,11 +251,11 @@ private:
 
 } // namespace
 
-QStringList FourierLine::marks() const
+QStringList LineMarks::marksOf(const QString &kind) const
 {
     QStringList words;
     if (relatedTo >= 0)
-        words << QString("%1/%2 of line %3").arg(relatedP).arg(relatedQ).arg(relatedTo + 1);
+        words << QString("%1/%2 of %3 %4").arg(relatedP).arg(relatedQ).arg(kind).arg(relatedTo + 1);
     if (isHum)
         words << "mains hum";
     if (isInOtherRays)

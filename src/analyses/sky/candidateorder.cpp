@@ -67,9 +67,8 @@ private:
 
 int placeOfRay(const SkyPlan &plan, int ray)
 {
-    constexpr int raysOfModule = 8;
     const SkyRay &one = plan.rays[std::size_t(ray)];
-    return one.module * raysOfModule + one.ray;
+    return Days::placeOfRay(one.module, one.ray);
 }
 
 std::vector<SkyCandidate> orderedCandidates(std::vector<SkyCandidate> found, const SkyPlan &plan)

@@ -6,7 +6,9 @@
 
 namespace Sky {
 
-/// Where a ray stands among all rays of the telescope: neighbours differ by one.
+/// Days::placeOfRay() of a ray of the plan.
+///
+/// @param ray  index
 int placeOfRay(const SkyPlan &plan, int ray);
 
 /// Candidates as a table shows them: what stands at a small fraction of the frequency of a stronger

@@ -37,16 +37,6 @@ struct Span {
     int end = 0;
 };
 
-QString siteOfSet(const RecordingSet &set)
-{
-    for (const RecordingEntry &entry : set.entries) {
-        const QString site = Days::siteOf(entry.path);
-        if (!site.isEmpty())
-            return site;
-    }
-    return {};
-}
-
 bool isUsable(const RecordingEntry &entry)
 {
     return (entry.state == RecordingState::Whole || entry.state == RecordingState::Short) &&
@@ -92,7 +82,7 @@ public:
             return;
         findStarts();
         for (int number = 0; number < plan.starts; ++number)
-            lists.push_back(Days::findDays(set, choiceOf(number), list));
+            daysOfStarts.push_back(Days::findDays(set, choiceOf(number), list).days);
         joinStarts();
         leaveOutFiles();
         limitPassages();
@@ -107,7 +97,7 @@ private:
             modules = numbersIn(header, header.modules, moduleNumber);
         if (rays.empty())
             rays = numbersIn(header, header.rays, rayNumber);
-        const QString site = siteOfSet(set);
+        const QString site = Days::siteOf(set);
         for (const int module : modules)
             for (const int ray : rays)
                 plan.rays.push_back({module, ray, Days::beamOf(site, module, ray)});
@@ -222,7 +212,7 @@ private:
     {
         std::vector<HeldStart> held;
         for (int number = 0; number < plan.starts; ++number) {
-            for (const Days::Day &day : lists[std::size_t(number)].days) {
+            for (const Days::Day &day : daysOfStarts[std::size_t(number)]) {
                 if (day.reason.isEmpty())
                     held.push_back({number, baseOf(day, number), &day});
             }
@@ -366,7 +356,7 @@ private:
     const RecordingSet &set;
     SkyPlan &plan;
     Days::DayStart start;
-    std::vector<Days::DayList> lists;
+    std::vector<std::vector<Days::Day>> daysOfStarts;
     std::set<int> used; // recordings
     std::vector<Days::LeftOut> withoutRays;
 };
