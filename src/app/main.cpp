@@ -2,6 +2,7 @@
 #include "app/mainwindow.h"
 #include "app/shell/applicationstyles.h"
 #include "app/shell/settings.h"
+#include "app/shell/statusline.h"
 #include "base/process.h"
 
 #include <QApplication>
@@ -55,7 +56,9 @@ int main(int argc, char **argv)
     if (!Settings::store().contains("geometry"))
         fitScreen(window);
     window.show();
-    if (!line.paths.isEmpty())
+    if (line.paths.isEmpty())
+        StatusLine::keep("Choose a command of the menus, or drop a recording or a folder here");
+    else
         QTimer::singleShot(0, &window, [&] { window.openPaths(line.paths); });
     return QApplication::exec();
 }

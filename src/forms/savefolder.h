@@ -2,6 +2,7 @@
 
 #include "app/shell/directoryof.h"
 #include "app/shell/settings.h"
+#include "app/shell/statusline.h"
 
 #include <QSettings>
 
@@ -16,6 +17,7 @@ void shareSaveFolder(Saver *saver)
     saver->setSaveFolder(startFolder(settings->lastSavePath()));
     QObject::connect(saver, &Saver::fileSaved, settings, [settings](const QString &path) {
         settings->setLastSavePath(directoryOf(path));
+        StatusLine::showSaved(path);
     });
     if constexpr (requires(const QString &state) { saver->setLegendState(state); }) {
         saver->setLegendState(Settings::store().value("legend").toString());

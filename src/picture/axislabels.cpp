@@ -63,8 +63,11 @@ YAxisLabels fitted(const std::vector<int> &baselines, const std::vector<double> 
     if (hasRoom(exponents))
         return {beside(baselines, exponents, widthOf), {}};
     const double base = *std::min_element(values.begin(), values.end());
-    const Texts differences =
+    Texts differences =
         textsOf(values, [&](double value) { return "+" + tickText(value - base, step); });
+    if (!hasRoom(differences))
+        differences =
+            textsOf(values, [&](double value) { return "+" + exponentText(value - base, step); });
     return {beside(baselines, differences, widthOf), tickText(base, step) + " +"};
 }
 

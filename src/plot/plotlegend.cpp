@@ -91,6 +91,7 @@ void PlotLegend::setCurvesOf(PlotData &shown)
     }
     const bool isEmpty = layout->isEmpty();
     scrollArea->setWidget(lines); // the former one goes
+    gaveWay = false;
     setVisible(!isEmpty);
 }
 
@@ -116,20 +117,26 @@ void PlotLegend::placeBeside(const PlotData &shown, const Plot::CurveBlocks &blo
                              const Plot::View &view, const std::vector<int> &spared)
 {
     const QRect area = Plot::legendArea(view);
-    if (isHidden() || area.isEmpty())
+    if ((isHidden() && !gaveWay) || shown.messageMode || area.isEmpty())
         return;
     const auto corner = [&] {
         fitInto(area);
         return Plot::emptiestCorner(shown, blocks, view, area, size(), spared);
     };
-    const bool mayGiveWay = !isChosen && !draggedTo && shown.names.size() == 1;
+    const auto hidesSome = [&](const QPoint &place) {
+        return Plot::hiddenPixels(shown, blocks, view, QRect(place, size()), spared) > 0;
+    };
+    const bool mayGiveWay = !isChosen && !draggedTo;
     if (mayGiveWay)
         showFolded(false);
     QPoint place = corner();
-    if (mayGiveWay && Plot::hiddenPixels(shown, blocks, view, QRect(place, size()), spared) > 0) {
+    gaveWay = false;
+    if (mayGiveWay && hidesSome(place)) {
         showFolded(true);
         place = corner();
+        gaveWay = shown.names.size() == 1 && hidesSome(place);
     }
+    setVisible(!gaveWay);
     placeIn(area, place);
 }
 

@@ -28,8 +28,9 @@ public:
     void forget() { toggled.clear(); }
 
     /// Takes the size of its content and moves to the corner where it hides least of the curves,
-    /// or to where the user has dragged it. The list of a single curve folds where it would hide
-    /// some of it, unless the user has folded, opened or dragged the list.
+    /// or to where the user has dragged it. Where it would hide some
+    /// of them, it folds; the list of a single curve, which says little, is not shown where even
+    /// its heading would. A list that the user has folded, opened or dragged stays as it is.
     ///
     /// @param spared  columns of the plot that it must not hide where another place is free
     void placeBeside(const PlotData &shown, const Plot::CurveBlocks &blocks, const Plot::View &view,
@@ -65,6 +66,7 @@ private:
     QWidget *lines = nullptr;
     QMap<QString, bool> toggled;      // by the user, of the names that are shown
     bool isChosen = false;            // by the user, whether it is folded
+    bool gaveWay = false;             // hidden, for its only curve left no room
     QRect allowed;                    // by the plot
     std::optional<QPoint> dragFrom;   // of the pointer within the legend
     std::optional<QPointF> draggedTo; // as parts of the free way, so that it holds in any size

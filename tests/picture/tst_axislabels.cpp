@@ -88,6 +88,8 @@ void TestAxisLabels::yFitsItsRoom()
     // values that differ in the last of many digits only
     QCOMPARE(yTexts(0, 1e9, 0, {{}, Plot::Range{5e8, 5e8 + 1500}}),
              QString("5.000000e8 +14 +0; 14 +500; 14 +1000; 14 +1500"));
+    QCOMPARE(yTexts(0, 1, 3, {{}, Plot::Range{0.0578174, 0.0578206}}),
+             QString("0.057818 +14 +0; 14 +1e-6; 14 +2e-6"));
     // a part has round values, wherever they come to stand
     PlotData spectrum = TestSupport::dataOf({{1, 2}}, 100, 0, 100);
     spectrum.isLogarithmic = true;

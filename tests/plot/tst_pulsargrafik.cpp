@@ -346,6 +346,13 @@ void TestPulsarGrafik::legend()
     const int open = list->height();
     grafik->setData(wide);
     QVERIFY(!list->isHidden() && list->height() < open);
+    wide.numPoints = 5000; // from edge to edge, where even the heading would hide some
+    wide.yMin = -1;
+    wide.yMax = 1;
+    grafik->setData(wide);
+    QVERIFY(list->isHidden());
+    grafik->setLegendState("folded"); // the user wants it
+    QVERIFY(!list->isHidden());
 }
 
 ZRT_GUI_TEST_MAIN(TestPulsarGrafik)

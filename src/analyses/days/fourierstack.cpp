@@ -111,8 +111,8 @@ private:
         const std::vector<double> weights = weightsOfChosen();
         const double expected = weights.empty() ? Tools::medianWhitenedPower(shape, choice.window)
                                                 : Tools::medianWeightedPower(weights, 1);
-        const int window = std::min(levelWindows * choice.window, bins) - 1;
-        days.level = levelOfStack(sums, expected, window | 1);
+        const int window = std::min(levelWindows * choice.window, bins - lowestBin) - 1;
+        days.level = levelOfStack(sums, expected, window | 1, lowestBin);
         leaveOut();
     }
 

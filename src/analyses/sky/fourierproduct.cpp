@@ -149,9 +149,10 @@ FineStack fineStack(const std::vector<double> &sums, double shape, const SkyPlan
     std::vector<double> atBins(static_cast<std::size_t>(bins));
     for (std::size_t bin = 0; bin < atBins.size(); ++bin)
         atBins[bin] = sums[bin * std::size_t(each)];
-    const int window = std::min(levelWindows * plan.parameters.window, bins) - 1;
-    stack.level = Days::levelOfStack(
-        atBins, Tools::medianWhitenedPower(shape, plan.parameters.window), window | 1);
+    const int window = std::min(levelWindows * plan.parameters.window, bins - Days::lowestBin) - 1;
+    stack.level =
+        Days::levelOfStack(atBins, Tools::medianWhitenedPower(shape, plan.parameters.window),
+                           window | 1, Days::lowestBin);
     stack.search.shape = shape;
     stack.search.lowestBin = Days::lowestBin;
     stack.search.harmonics = plan.parameters.harmonics;

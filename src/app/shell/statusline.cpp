@@ -3,6 +3,7 @@
 #include "app/shell/settings.h"
 
 #include <QClipboard>
+#include <QDir>
 #include <QGuiApplication>
 #include <QStatusBar>
 
@@ -35,6 +36,11 @@ void clear()
 {
     if (bar())
         bar()->clearMessage();
+}
+
+void showSaved(const QString &path)
+{
+    show("Saved: " + QDir::toNativeSeparators(path));
 }
 
 void copyCommand(const QString &command)

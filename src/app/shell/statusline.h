@@ -11,6 +11,9 @@ void show(const QString &text);
 void keep(const QString &text);
 void clear();
 
+/// Says that a file was written, or several of one folder.
+void showSaved(const QString &path);
+
 /// Puts a command on the clipboard and says so.
 void copyCommand(const QString &command);
 

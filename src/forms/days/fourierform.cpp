@@ -23,7 +23,6 @@
 #include <QKeyEvent>
 #include <QVBoxLayout>
 #include <algorithm>
-#include <cmath>
 
 namespace {
 

@@ -4,6 +4,7 @@
 #include "app/shell/directoryof.h"
 #include "app/shell/errorbox.h"
 #include "app/shell/settings.h"
+#include "app/shell/statusline.h"
 #include "forms/days/stacktexts.h"
 #include "plot/savedialog.h"
 
@@ -35,10 +36,12 @@ void saveSpectra(QWidget *form, const StackTexts &words, const Days::DaySpectra 
         return;
     const WriteFailure failure =
         writeWhole(path, Days::spectraBytes(spectra.days(), spectra.parameters));
-    if (failure)
+    if (failure) {
         showError(form->window(), "The result file was not saved.", failure.text());
-    else
-        Settings::instance()->setLastSavePath(QFileInfo(path).path());
+        return;
+    }
+    Settings::instance()->setLastSavePath(QFileInfo(path).path());
+    StatusLine::showSaved(path);
 }
 
 void saveTables(QWidget *form, const StackTexts &words, const Stack &stack)
@@ -63,10 +66,15 @@ void saveTables(QWidget *form, const StackTexts &words, const Stack &stack)
         files.push_back({file.dir().filePath(file.completeBaseName() + "_" + what + "." +
                                              Results::extensionOf(formatOf(file.suffix()))),
                          table.toBytes(formatOf(file.suffix()))});
-    if (const WriteFailure failure = writeTogether(files))
+    if (const WriteFailure failure = writeTogether(files)) {
         showError(form->window(), "The tables were not saved.", failure.text());
-    else
-        Settings::instance()->setLastSavePath(file.path());
+        return;
+    }
+    Settings::instance()->setLastSavePath(file.path());
+    QStringList names;
+    for (const FileContent &written : files)
+        names << QFileInfo(written.path).fileName();
+    StatusLine::showSaved(file.dir().filePath(names.join(", ")));
 }
 
 } // namespace SaveStack

@@ -3,6 +3,7 @@
 #include "app/shell/directoryof.h"
 #include "app/shell/errorbox.h"
 #include "app/shell/settings.h"
+#include "app/shell/statusline.h"
 #include "base/bytetext.h"
 #include "base/numbertext.h"
 #include "base/wholefile.h"
@@ -221,4 +222,6 @@ void FfaResults::saveText(const QString &path, const QString &text, const QStrin
     if (const WriteFailure failure = writeWhole(path, bytesOfText(all + text)))
         showError(this, "The " + what + " cannot be saved.",
                   failure.text() + "\nChoose another folder or free some room.");
+    else
+        StatusLine::showSaved(path);
 }
