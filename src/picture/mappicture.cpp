@@ -5,6 +5,7 @@
 #include "picture/plotpainter.h"
 #include "picture/rowmaxima.h"
 #include "picture/ticks.h"
+#include "results/reporttext.h"
 
 #include <QImage>
 #include <QPainter>
@@ -191,13 +192,15 @@ QString panelTitle(const Sky::SkyPlan &plan, const Sky::SkyMap &map)
 QString titleOf(const Sky::SkyPlan &plan, const Sky::SkyMap &map)
 {
     const Sky::MapChoice &choice = map.choice;
-    if (choice.axis == Sky::MapAxis::Starts)
-        return choice.dispersion < 0
-                   ? QString("right ascension, best of %1 DM").arg(plan.dispersions.size())
-                   : QString("right ascension, DM %1 pc/cm^3")
-                         .arg(plan.dispersions[std::size_t(choice.dispersion)]);
-    return choice.start < 0 ? QString("DM, pc/cm^3, best of %1 stretches").arg(plan.starts)
-                            : QString("DM, pc/cm^3, stretch %1").arg(choice.start + 1);
+    if (choice.axis == Sky::MapAxis::Dispersions)
+        return choice.start < 0
+                   ? "DM, pc/cm^3, best of " + ReportText::counted(plan.starts, "stretch", "es")
+                   : QString("DM, pc/cm^3, stretch %1").arg(choice.start + 1);
+    const bool isKnown = !map.rows.empty() && std::isfinite(map.rows.front().value);
+    return QString(isKnown ? "right ascension, %1" : "start of the stretch, %1")
+        .arg(choice.dispersion < 0
+                 ? QString("best of %1 DM").arg(plan.dispersions.size())
+                 : QString("DM %1 pc/cm^3").arg(plan.dispersions[std::size_t(choice.dispersion)]));
 }
 
 } // namespace

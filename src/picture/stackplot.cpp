@@ -2,6 +2,7 @@
 
 #include "calc/pulsar/pulsarresult.h"
 #include "picture/resultplot.h"
+#include "results/reporttext.h"
 
 #include <algorithm>
 #include <limits>
@@ -28,7 +29,7 @@ std::vector<Range> leftOutOf(const Days::FourierStack &stack)
 QString nameOf(const Days::FourierStack &stack)
 {
     return stack.allDays == 1 ? QString(stack.ffa ? "periodogram" : "spectrum")
-                              : QString("stack of %1 days").arg(stack.days);
+                              : "stack of " + ReportText::counted(stack.days, "day");
 }
 
 PlotData ffaPlot(const Days::FourierStack &stack)

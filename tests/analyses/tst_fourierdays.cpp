@@ -77,6 +77,7 @@ private slots:
     void spectraComeBack();
     void damagedSpectra_data();
     void damagedSpectra();
+    void impossibleDays();
     void refusals_data();
     void refusals();
     void failuresOfADay();
@@ -313,6 +314,32 @@ void TestFourierDays::damagedSpectra()
     QVERIFY2(read.problem.startsWith(path) && read.problem.contains(words),
              qPrintable(read.problem));
     QVERIFY(read.days.empty());
+}
+
+// Numbers of a damaged line that would lead beyond the ends of arrays, or into endless loops.
+void TestFourierDays::impossibleDays()
+{
+    const std::pair<void (*)(FourierDay &), QString> changes[] = {
+        {[](FourierDay &day) { day.sigma = -1; }, "line of a day"},
+        {[](FourierDay &day) { day.ratio = -1; }, "line of a day"},
+        {[](FourierDay &day) { day.ratio = HUGE_VAL; }, "line of a day"},
+        {[](FourierDay &day) { day.solarHour = 1e300; }, "line of a day"},
+        {[](FourierDay &day) {
+             day.hum = {{50, 1e300}};
+         },
+         "line of a day"},
+        {[](FourierDay &day) { day.powers[700] = std::nanf(""); }, "no finite number"},
+    };
+    for (const auto &[change, words] : changes) {
+        FourierDay day = dayOf(3);
+        day.powers = noise(points, 1);
+        change(day);
+        const QString path =
+            TestSupport::writeFile(*folder, "spectra.txt", spectraBytes({day}, parametersOf()));
+        const ReadSpectra read = readSpectra(path, parametersOf());
+        QVERIFY2(read.problem.contains(words), qPrintable(read.problem));
+        QVERIFY(read.days.empty());
+    }
 }
 
 void TestFourierDays::refusals_data()

@@ -271,7 +271,7 @@ DayPlan planDays(const RecordingSet &set, const FourierDaysParameters &parameter
     plan.choice = needs.choice;
     plan.series = needs.series;
     plan.rays = 1 + int(otherRays(parameters, plan.choice.ray).size());
-    plan.list = findDays(set, plan.choice);
+    plan.list = findDays(set, plan.choice, plan.list);
     if (parameters.isFfa)
         planSearch(parameters, plan);
     return plan;

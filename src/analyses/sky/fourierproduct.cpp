@@ -263,10 +263,11 @@ PositionRange sameLine(const SkyPlan &plan, const CellLine &line)
 bool isHum(const CellStack &cell, const SkyPlan &plan, const CellLine &line, double telescope,
            const std::vector<Days::DayHum> &hum)
 {
+    const FineStack stack = fineStack(cell.sums, cell.days, plan);
     int strongest = 1;
     double most = 0;
     for (int harmonic = 1; harmonic <= line.harmonics; ++harmonic) {
-        const double power = powerAt(cell, plan, {line.position * harmonic, 1, 0, 0});
+        const double power = harmonicSum(stack, {line.position * harmonic, 1, 0, 0}, perBin(plan));
         if (power > most) {
             most = power;
             strongest = harmonic;

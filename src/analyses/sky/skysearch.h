@@ -61,7 +61,6 @@ struct SkySearch {
     QString problem; ///< why there is nothing; empty otherwise
 };
 
-/// @param leftOut  interference that a user knows
 /// The interference of the plan is left out.
 ///
 /// @param threads  0: Jobs::threadCount()

@@ -9,6 +9,7 @@
 #include "picture/verticallines.h"
 #include "plot/handon.h"
 #include "plot/pulsargrafik.h"
+#include "results/reporttext.h"
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -228,8 +229,8 @@ void DaysView::paintScale(QPainter &painter) const
     Plot::paintColourBar(painter, bar);
     painter.setPen(Qt::black);
     const QString scale = words.scale.arg(double(highest));
-    const QString title =
-        words.picture.arg(rows.empty() ? QString("the days") : QString("%1 days").arg(rows.size()));
+    const QString title = words.picture.arg(
+        rows.empty() ? QString("the days") : ReportText::counted(qint64(rows.size()), "day"));
     const QRect line(4, 0, width() - 8, marginTop);
     painter.drawText(line, Qt::AlignRight | Qt::AlignVCenter, scale);
     const int left = line.width() - painter.fontMetrics().horizontalAdvance(scale) - 2 * barWidth;

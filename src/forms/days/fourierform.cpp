@@ -7,6 +7,7 @@
 #include "app/shell/statusline.h"
 #include "data/truenumbers.h"
 #include "forms/days/daysmodel.h"
+#include "forms/days/foldfields.h"
 #include "forms/days/fouriergrafikinfo.h"
 #include "forms/days/placefields.h"
 #include "forms/days/savestack.h"
@@ -28,29 +29,6 @@ namespace {
 
 constexpr int inputDelay = 250; // ms
 
-// The fields, with their labels, that other analyses read and this one does not.
-void hideFieldsOfOthers(QWidget *form, const Days::FourierDaysAnalysis &analysis)
-{
-    const auto isOwn = [&](const QWidget *widget) {
-        return std::any_of(analysis.fields.begin(), analysis.fields.end(),
-                           [&](const Days::FourierDaysField *field) {
-                               return FieldValues::find(form, *field) == widget;
-                           });
-    };
-    for (const Days::FourierDaysAnalysis &other : Days::fourierDaysAnalyses()) {
-        for (const Days::FourierDaysField *field : other.fields) {
-            QWidget *const widget = FieldValues::find(form, *field);
-            if (!widget || isOwn(widget))
-                continue;
-            widget->hide();
-            for (QLabel *const label : form->findChildren<QLabel *>()) {
-                if (label->buddy() == widget)
-                    label->hide();
-            }
-        }
-    }
-}
-
 } // namespace
 
 FourierForm::FourierForm(const QString &path, int ffa, int map, int search, QWidget *parent)
@@ -60,7 +38,10 @@ FourierForm::FourierForm(const QString &path, int ffa, int map, int search, QWid
       stacking([this](StackRequest &request) { completeRequest(request); })
 {
     const SurveyFlags flags = {ffa != 0, map != 0, search != 0};
-    if (flags.map || flags.search) {
+    const bool isSky = flags.map || flags.search;
+    if (isSky || flags.ffa)
+        setProperty("helpKey", isSky ? "FourierForm sky" : "FourierForm folds");
+    if (isSky) {
         showSky(flags);
         return;
     }
@@ -68,7 +49,8 @@ FourierForm::FourierForm(const QString &path, int ffa, int map, int search, QWid
     ui->filePath->showDirectory(directory);
     ui->groupBox_spectrum->setTitle(words.group);
     ui->pushButton->setToolTip(words.computeTip);
-    hideFieldsOfOthers(this, analysis);
+    ui->foldFields->setVisible(analysis.flags.ffa);
+    FieldValues::hideFieldsOfOthers(this, analysis, Days::fourierDaysAnalyses());
     FieldValues::offerChoices(this, analysis);
     ui->days->showSorted(days);
     ui->days->sortByColumn(DaysModel::Date, Qt::AscendingOrder);
@@ -260,27 +242,25 @@ void FourierForm::showSearch(const Days::DayPlan &made)
     std::vector<FieldProblem> problems;
     const Days::FourierDaysParameters given = readParameters(problems);
     const bool isKnown = given.isFfa && problems.empty() && made.header.tresolution > 0;
-    ui->estimate->setVisible(isKnown);
-    if (!isKnown)
+    if (!isKnown) {
+        ui->foldFields->tellSize({});
         return;
+    }
     const FfaParameters used = Days::usedParameters(given, made).ffa;
-    ui->period_min->setPlaceholderText(QString::number(used.period_min));
-    ui->period_max->setPlaceholderText(QString::number(used.period_max));
-    ui->rmed_width->setPlaceholderText(QString::number(used.rmed_width));
+    ui->foldFields->showUsed(used);
     const auto count = int(made.list.days.size());
     const FfaEstimate ofDay = Tools::estimateFfa(used, given.points, made.header.tresolution);
     constexpr double megabyte = 1e6;
     QStringList lines = {
-        QString("%1 trial periods from %2 s on, %3 widths; %4 s and %5 MB for %6 "
-                "days")
+        QString("%1 trial periods from %2 s on, %3 widths; %4 s and %5 MB for %6")
             .arg(ofDay.trials)
             .arg(used.period_min)
             .arg(ofDay.widths)
             .arg(ofDay.seconds * count * made.rays, 0, 'f', 1)
             .arg(double(analysis.bytes(given, made.header, count)) * made.rays / megabyte, 0, 'f',
                  0)
-            .arg(count)};
-    ui->estimate->setText((lines + made.remarks).join('\n'));
+            .arg(ReportText::counted(count, "day"))};
+    ui->foldFields->tellSize((lines + made.remarks).join('\n'));
 }
 
 void FourierForm::fitToWindow()

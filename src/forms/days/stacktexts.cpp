@@ -1,6 +1,7 @@
 #include "forms/days/stacktexts.h"
 
 #include "coords/skyposition.h"
+#include "results/reporttext.h"
 
 #include <algorithm>
 
@@ -62,7 +63,7 @@ QString usedText(const QString &directory, const Days::DaySpectra &spectra,
     const Days::FourierStack &stack = outcome.stack;
     QStringList lines = {
         directory,
-        QString("%1 of %2 days").arg(stack.days).arg(stack.allDays),
+        QString("%1 of %2").arg(stack.days).arg(ReportText::counted(stack.allDays, "day")),
         QString("Module %1, ray %2").arg(used.module).arg(used.ray),
         QString("Points %1, step %2 s").arg(used.points).arg(spectra.plan.list.tresolution),
         QString("Dispersion %1 pc/cm^3").arg(used.dispersion),
@@ -91,4 +92,13 @@ QString usedText(const QString &directory, const Days::DaySpectra &spectra,
     lines += spectra.plan.remarks;
     lines += stack.remarks;
     return lines.join('\n');
+}
+
+QString trialsText(const Days::FfaTrials &trials)
+{
+    return QString("%1 trial periods from %2 to %3 s, %4")
+        .arg(trials.count())
+        .arg(trials.periods.front())
+        .arg(trials.periods.back())
+        .arg(ReportText::counted(int(trials.widths.size()), "width"));
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "analyses/days/dayspectra.h"
+#include "analyses/days/ffatrials.h"
 
 #include <QString>
 
@@ -28,3 +29,6 @@ QString planText(const Days::DayPlan &plan, qint64 recordings);
 /// What a stack was made of, line by line.
 QString usedText(const QString &directory, const Days::DaySpectra &spectra,
                  const Days::StackOutcome &outcome);
+
+/// "9183 trial periods from 0.5 to 20 s, 5 widths".
+QString trialsText(const Days::FfaTrials &trials);

@@ -7,9 +7,11 @@
 #include "forms/sky/cellwindow.h"
 #include "forms/sky/mappanel.h"
 #include "forms/sky/mapview.h"
+#include "picture/periodmarks.h"
 #include "plot/picturemenu.h"
 #include "plot/pulsargrafik.h"
 #include "plot/savedialog.h"
+#include "results/reporttext.h"
 
 #include <QScrollArea>
 #include <QSplitter>
@@ -25,7 +27,7 @@ constexpr int digits = 8;             // significant, of frequencies and periods
 MapPage::MapPage(const Sky::SkyAnalysis &skyAnalysis, const QString &path, Jobs::Worker &jobs,
                  QWidget *form)
     : SkyPage(skyAnalysis, path, jobs, form), splitter(new QSplitter(Qt::Horizontal)),
-      map(new MapView), grafik(new PulsarGrafik), panel(new MapPanel)
+      map(new MapView), grafik(new PulsarGrafik), panel(new MapPanel(skyAnalysis.flags.ffa))
 {
     splitter->setObjectName("splitter");
     splitter->setChildrenCollapsible(false);
@@ -71,14 +73,7 @@ void MapPage::connectViews()
         if (hasCell)
             point(place);
     });
-    connect(panel, &MapPanel::lineChosen, this, [this](double bin) {
-        const double frequency = Plot::axisValue(grafik->data().x, bin);
-        const PulsarGrafik::VisibleRange shown = grafik->visibleRange();
-        constexpr double ofRange = 4.8; // so that four harmonics are in sight
-        if (bin < shown.first || bin > shown.first + shown.points)
-            grafik->setVisibleX(0, bin * ofRange);
-        grafik->setFundamental(frequency);
-    });
+    connect(panel, &MapPanel::lineChosen, this, &MapPage::goToLine);
     connect(panel, &MapPanel::daysWanted, this, &MapPage::openDays);
     connect(panel, &MapPanel::mapWanted, this, &MapPage::saveMap);
     connect(panel, &MapPanel::pictureWanted, this, &MapPage::savePicture);
@@ -91,6 +86,33 @@ void MapPage::connectViews()
         showStacks();
     });
     connect(inputs(), &SkyInputs::pictureSizeChanged, this, &MapPage::fitToWindow);
+}
+
+// A line out of sight comes into it with its harmonics.
+void MapPage::goToLine(double bin)
+{
+    const double value = Plot::axisValue(grafik->data().x, bin);
+    const PulsarGrafik::VisibleRange shown = grafik->visibleRange();
+    if (bin < shown.first || bin > shown.first + shown.points) {
+        const Plot::Range wanted = rangeAround(grafik->data().x, value);
+        grafik->setVisibleX(wanted.min, wanted.extent());
+    }
+    if (!plan->trials) {
+        grafik->setFundamental(value);
+        return;
+    }
+    markedPeriod = value;
+    markPeriod();
+}
+
+void MapPage::markPeriod()
+{
+    if (!markedPeriod || grafik->data().messageMode)
+        return;
+    PlotData plot = grafik->data();
+    Plot::markPeriods(plot, *markedPeriod);
+    grafik->setData(std::move(plot));
+    map->update();
 }
 
 QWidget *MapPage::view() const
@@ -125,6 +147,7 @@ void MapPage::showMessage(const QString &message)
     mapper.stop();
     maps.clear();
     hasCell = false;
+    markedPeriod.reset();
     map->setPicture({});
     grafik->showMessage(message);
     panel->setCell("Click a cell of the map", {});
@@ -242,10 +265,11 @@ QString MapPage::coordsText(const Plot::MapPlace &place) const
                  : QString()};
     const float sigma =
         one.sigma[std::size_t(place.row) * std::size_t(one.columns) + std::size_t(place.column)];
-    lines << (std::isnan(sigma) ? QString("not ranked")
-                                : QString("%1 sigma, %2 days")
-                                      .arg(double(sigma), 0, 'f', 1)
-                                      .arg(one.rows[std::size_t(place.row)].days));
+    lines << (std::isnan(sigma)
+                  ? QString("not ranked")
+                  : QString("%1 sigma, %2")
+                        .arg(double(sigma), 0, 'f', 1)
+                        .arg(ReportText::counted(one.rows[std::size_t(place.row)].days, "day")));
     return lines.join('\n') + "\n" + placeText(*plan, placeOf(place));
 }
 
@@ -261,7 +285,9 @@ void MapPage::openCell(const Plot::MapPlace &place)
     const SkyPlace where = placeOf(chosen);
     ShownCell cell = cellOf(outcome->run.stack, *plan, where, usedLines());
     grafik->setData(std::move(cell.plot));
-    panel->setCell(QString("%1\n%2 days").arg(placeText(*plan, where)).arg(cell.days), cell.lines);
+    markPeriod();
+    panel->setCell(placeText(*plan, where) + "\n" + ReportText::counted(cell.days, "day"),
+                   cell.lines);
     panel->setCoords(coordsText(chosen));
 }
 

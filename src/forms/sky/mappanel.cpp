@@ -12,10 +12,11 @@ constexpr int coordsLines = 7;
 
 } // namespace
 
-MapPanel::MapPanel(QWidget *parent)
+MapPanel::MapPanel(bool isFfa, QWidget *parent)
     : QWidget(parent), ui(new Ui::MapPanel), model(new LinesModel(this))
 {
     ui->setupUi(this);
+    model->setFfa(isFfa);
     ui->lines->showTable(model);
     ui->lines->setColumnHidden(LinesModel::Marks, true);
     ui->lines->verticalHeader()->hide();
