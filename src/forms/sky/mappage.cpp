@@ -1,8 +1,6 @@
 #include "forms/sky/mappage.h"
 
 #include "analyses/sky/skytables.h"
-#include "app/shell/errorbox.h"
-#include "app/shell/settings.h"
 #include "forms/days/stacktexts.h"
 #include "forms/savefolder.h"
 #include "forms/sky/cellwindow.h"
@@ -308,32 +306,24 @@ void MapPage::saveMap()
     const Sky::SkyRay &ray = plan->rays[std::size_t(one.choice.ray)];
     const QString name =
         QString("m%1_r%2%3").arg(ray.module).arg(ray.ray).arg(plan->trials ? "-ffa" : "");
-    const QString path =
-        Plot::askForPath(splitter, "Save map", startFolder(Settings::instance()->lastSavePath()),
-                         Sky::mapFileName(*plan, one, name), "Result file (*.txt)");
+    const QString path = askSavePath(splitter, "Save map", Sky::mapFileName(*plan, one, name),
+                                     "Result file (*.txt)");
     if (path.isEmpty())
         return;
     const Results::ResultTable table = skyTable(*recordings, *plan, outcome->run, requestLines(),
                                                 Sky::mapLines(one, *plan), Sky::mapColumns(one));
-    if (const WriteFailure failure = writeWhole(path, table.toBytes(Results::Format::Text)))
-        showError(splitter->window(), "The map was not saved.", failure.text());
-    else
-        Settings::instance()->setLastSavePath(directoryOf(path));
+    endSave(splitter, path, "The map was not saved.",
+            writeWhole(path, table.toBytes(Results::Format::Text)).text());
 }
 
 void MapPage::savePicture()
 {
     if (maps.empty())
         return;
-    const QString path = Plot::askForPath(splitter, "Save picture",
-                                          startFolder(Settings::instance()->lastSavePath()),
-                                          "map.png", Plot::pictureFilters);
+    const QString path = askSavePath(splitter, "Save picture", "map.png", Plot::pictureFilters);
     if (path.isEmpty())
         return;
-    const QString failure =
-        Plot::saveDrawing(path, Plot::mapDrawing(map->picture(), pictureSize(), Plot::printScale));
-    if (!failure.isEmpty())
-        showError(splitter->window(), "The picture was not saved.", failure);
-    else
-        Settings::instance()->setLastSavePath(directoryOf(path));
+    endSave(
+        splitter, path, "The picture was not saved.",
+        Plot::saveDrawing(path, Plot::mapDrawing(map->picture(), pictureSize(), Plot::printScale)));
 }

@@ -2,7 +2,6 @@
 
 #include "app/shell/directoryof.h"
 #include "app/shell/errorbox.h"
-#include "app/shell/settings.h"
 #include "base/timetext.h"
 #include "fields/tableview.h"
 #include "forms/days/stacktexts.h"
@@ -10,7 +9,6 @@
 #include "forms/sky/candidateview.h"
 #include "picture/periodmarks.h"
 #include "plot/pulsargrafik.h"
-#include "plot/savedialog.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -218,20 +216,14 @@ void SearchPage::saveTable()
 
 void SearchPage::saveTableAs()
 {
-    const QString path =
-        Plot::askForPath(splitter, "Save table", startFolder(Settings::instance()->lastSavePath()),
-                         analysis.flags.ffa ? "candidates-ffa.txt" : "candidates.txt",
-                         "Text (*.txt);;Comma separated (*.csv);;JSON (*.json)");
+    const QString path = askSavePath(splitter, "Save table",
+                                     analysis.flags.ffa ? "candidates-ffa.txt" : "candidates.txt",
+                                     "Text (*.txt);;Comma separated (*.csv);;JSON (*.json)");
     if (path.isEmpty())
         return;
-    const QString suffix = QFileInfo(path).suffix().toLower();
-    const Results::Format format = suffix == "csv"    ? Results::Format::Csv
-                                   : suffix == "json" ? Results::Format::Json
-                                                      : Results::Format::Text;
-    if (const WriteFailure failure = writeWhole(path, bytesOf(model->table().table, format)))
-        showError(splitter->window(), "The table was not saved.", failure.text());
-    else
-        Settings::instance()->setLastSavePath(directoryOf(path));
+    const Results::Format format = Results::formatOf(QFileInfo(path).suffix());
+    endSave(splitter, path, "The table was not saved.",
+            writeWhole(path, bytesOf(model->table().table, format)).text());
 }
 
 int SearchPage::chosenRow() const
