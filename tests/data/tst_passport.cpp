@@ -59,7 +59,7 @@ private slots:
     void meaning_data();
     void meaning();
     void readingStopsAtTheFirstSample();
-    void tellsOfALineBeyondTheCount();
+    void tellsOfAWrongCount();
 };
 
 void TestPassport::lineSplitting()
@@ -151,10 +151,9 @@ void TestPassport::meaning()
         QCOMPARE(values[key], expected[key]);
 }
 
-// Within one page and over several. A passport of 10^9 announced lines must not be followed to
-// the end of a large file.
-// A count one too small makes the last line a part of the samples.
-void TestPassport::tellsOfALineBeyondTheCount()
+// A count one too small makes the last line a part of the samples, one too large the first samples
+// a part of the passport.
+void TestPassport::tellsOfAWrongCount()
 {
     const QByteArray lines = "npoints 9\nmodulus 1\nnbands 2\n";
     const struct {
@@ -165,6 +164,9 @@ void TestPassport::tellsOfALineBeyondTheCount()
         {"numpar 4\n" + lines + "tresolution 12.5\r\nxxxxxxxx", true},
         {"numpar 3\nnpoints 9\nmodulus 1\nfbands 110.5 111.5\nxxxxxxxx", true}, // no channels
         {"numpar 5\n" + lines + "tresolution 12.5\nABCD 12345678901", false},
+        {"numpar 6\n" + lines + "tresolution 12.5\n" + QByteArray("\x02\x9a\xc8\x42\n", 5), true},
+        {"numpar 3\nnpoints 9\n" + QByteArray("\x00\x00\xc8\x42\n", 5), true}, // no channels
+        {"numpar 6\n" + lines + "tresolution 12.5\nsource \xd0\xba\t\x0c\n", false},
         {"numpar 4\n" + lines + QByteArray(40, 'A') + "\n", false}, // 12.1 as samples
         {"numpar 4\n" + lines + QByteArray("\x00\x00\x48\x41", 4).repeated(8), false},
     };
@@ -181,6 +183,8 @@ void TestPassport::tellsOfALineBeyondTheCount()
     }
 }
 
+// Within one page and over several. A passport of 10^9 announced lines must not be followed to
+// the end of a large file.
 void TestPassport::readingStopsAtTheFirstSample()
 {
     for (const int bands : {6, 3000}) {

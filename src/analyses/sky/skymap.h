@@ -46,7 +46,7 @@ struct SkyMap {
 
 SkyMap mapOf(const SkyStack &stack, const SkyPlan &plan, const MapChoice &choice);
 
-/// File of a map; empty where the base line gives it no name, and the user has to.
+/// Name of the file of a map; empty where the base line has none: the user has to give one then.
 QString mapFileName(const SkyPlan &plan, const SkyMap &map, const QString &name);
 
 } // namespace Sky
