@@ -51,11 +51,7 @@ void addSeriesFields(CLI::App &command, const FourierDaysAnalysis &analysis,
 // What both commands take beside the fields.
 void addDaysOptions(CLI::App &command, DaysArguments &arguments)
 {
-    command
-        .add_option("--dates", arguments.dates,
-                    "First and last date of the days, UTC, as 2015-04-01:2015-06-30.")
-        ->type_name("DATES")
-        ->check(dateRange());
+    addDatesOption(command, arguments.dates);
     command
         .add_option("--kept", arguments.kept,
                     "Folder of the series that are kept. Default: zrt-days in the first folder, or "
@@ -67,11 +63,7 @@ void addStackOptions(CLI::App &command, DaysArguments &arguments)
 {
     command.add_flag("--all-days", arguments.allDays,
                      "Count days too that the rule proposes to leave out.");
-    command
-        .add_option("--days-off", arguments.daysOff,
-                    "Days that do not count: dates, or dates with times as the table of days has "
-                    "them, with commas.")
-        ->type_name("LIST");
+    addDaysOffOption(command, arguments.daysOff);
     command
         .add_option("--interference", arguments.interference,
                     "List of frequencies and periods that are left out, or none. Default: the "

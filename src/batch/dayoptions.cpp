@@ -33,4 +33,22 @@ CLI::Validator partOfWhole()
         "");
 }
 
+void addDatesOption(CLI::App &command, std::string &dates)
+{
+    command
+        .add_option("--dates", dates,
+                    "First and last date of the days, UTC, as 2015-04-01:2015-06-30.")
+        ->type_name("DATES")
+        ->check(dateRange());
+}
+
+void addDaysOffOption(CLI::App &command, std::string &daysOff)
+{
+    command
+        .add_option("--days-off", daysOff,
+                    "Days that do not count: dates, or dates with times as the table of days has "
+                    "them, with commas.")
+        ->type_name("LIST");
+}
+
 } // namespace Batch

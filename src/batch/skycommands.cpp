@@ -23,11 +23,7 @@ struct SkyArguments : TableArguments {
 
 void addSkyOptions(CLI::App &command, SkyArguments &arguments)
 {
-    command
-        .add_option("--dates", arguments.dates,
-                    "First and last date of the days, UTC, as 2015-04-01:2015-06-30.")
-        ->type_name("DATES")
-        ->check(dateRange());
+    addDatesOption(command, arguments.dates);
     command
         .add_option("--kept", arguments.kept,
                     "Folder of the stacks that are kept. Default: zrt-days in the first folder, or "
