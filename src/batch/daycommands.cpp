@@ -1,10 +1,9 @@
-#include "batch/commands.h"
 #include "batch/dayoptions.h"
 #include "batch/dayswork.h"
 #include "batch/fieldoptions.h"
 
-#include <QDir>
 #include <memory>
+#include <tuple>
 
 // survey and stack: analyses over the days of folders.
 
@@ -28,13 +27,9 @@ constexpr char surveyExamples[] =
     "  zrt-batch survey --module 1 --ray 7 --dm 26.2 --point 1000 .\n"
     "  zrt-batch survey --module 1 --ray 7 --dm 26.2 --part 2/12 .";
 
-struct DaysArguments : TableArguments {
+struct DaysArguments : DayArguments {
     FieldOptions<FourierDaysParameters> options;
-    std::string kept;
-    std::string dates;
-    std::string part = "1/1";
     std::string daysOff;
-    std::string interference;
     bool allDays = false;
     bool savesSpectra = false;
 };
@@ -48,27 +43,12 @@ void addSeriesFields(CLI::App &command, const FourierDaysAnalysis &analysis,
     }
 }
 
-// What both commands take beside the fields.
-void addDaysOptions(CLI::App &command, DaysArguments &arguments)
-{
-    addDatesOption(command, arguments.dates);
-    command
-        .add_option("--kept", arguments.kept,
-                    "Folder of the series that are kept. Default: zrt-days in the first folder, or "
-                    "in the user's cache where that cannot be written.")
-        ->type_name("FOLDER");
-}
-
 void addStackOptions(CLI::App &command, DaysArguments &arguments)
 {
     command.add_flag("--all-days", arguments.allDays,
                      "Count days too that the rule proposes to leave out.");
     addDaysOffOption(command, arguments.daysOff);
-    command
-        .add_option("--interference", arguments.interference,
-                    "List of frequencies and periods that are left out, or none. Default: the "
-                    "user's own list.")
-        ->type_name("FILE");
+    addInterferenceOption(command, arguments);
     command.add_flag("--save-spectra", arguments.savesSpectra,
                      "Write the whitened spectra of the days, with --ffa their periodograms too, "
                      "as a result file.");
@@ -78,15 +58,10 @@ DaysRequest requestOf(const DaysArguments &arguments)
 {
     DaysRequest request;
     request.parameters = arguments.options.parameters;
-    for (const std::string &folder : arguments.inputs)
-        request.folders << QDir::cleanPath(QDir().absoluteFilePath(textOf(folder)));
+    request.folders = foldersOf(arguments);
     request.kept = textOf(arguments.kept);
-    const QString dates = textOf(arguments.dates);
-    request.firstDate = dates.section(':', 0, 0);
-    request.lastDate = dates.section(':', 1, 1);
-    const QString part = textOf(arguments.part);
-    request.part = part.section('/', 0, 0).toInt();
-    request.parts = part.section('/', 1, 1).toInt();
+    std::tie(request.firstDate, request.lastDate) = datesOf(arguments);
+    std::tie(request.part, request.parts) = partOf(arguments);
     request.allDays = arguments.allDays;
     request.daysOff = textOf(arguments.daysOff).split(',', Qt::SkipEmptyParts);
     request.interference = textOf(arguments.interference);
@@ -95,19 +70,16 @@ DaysRequest requestOf(const DaysArguments &arguments)
     return request;
 }
 
-constexpr char foldersHelp[] = "Folders of recordings (.pnt, .pnthr), with their sub-folders.";
-
 void addSurvey(CLI::App &app, Chosen &chosen, const FourierDaysAnalysis &analysis)
 {
     CLI::App *const command = app.add_subcommand(Days::surveyCommand, surveyManual);
     command->footer(surveyExamples);
     const auto arguments = std::make_shared<DaysArguments>();
     addSeriesFields(*command, analysis, *arguments);
-    addDaysOptions(*command, *arguments);
-    command->add_option("--part", arguments->part, "Every N-th day only, from the K-th on.")
-        ->type_name("K/N")
-        ->check(partOfWhole());
-    addRunOptions(*command, *arguments, foldersHelp, "DIR");
+    addDatesOption(*command, *arguments);
+    addKeptOption(*command, *arguments, "series");
+    addPartOption(*command, *arguments, "Every N-th day only, from the K-th on.");
+    addRunOptions(*command, *arguments, dayFoldersHelp, "DIR");
     command->callback([&chosen, arguments] {
         arguments->options.takeOver();
         chosen.run = [arguments] {
@@ -127,9 +99,10 @@ void addStack(CLI::App &app, Chosen &chosen)
     for (const FourierDaysAnalysis &analysis : Days::fourierDaysAnalyses())
         analyses.push_back(&analysis);
     addFieldsOfAll(*command, analyses, arguments->options);
-    addDaysOptions(*command, *arguments);
+    addDatesOption(*command, *arguments);
+    addKeptOption(*command, *arguments, "series");
     addStackOptions(*command, *arguments);
-    addRunOptions(*command, *arguments, foldersHelp, "DIR");
+    addRunOptions(*command, *arguments, dayFoldersHelp, "DIR");
     addOutputOptions(*command, *arguments);
     command->callback([&chosen, arguments] {
         arguments->options.takeOver();

@@ -3,9 +3,9 @@
 #include "batch/fieldoptions.h"
 #include "batch/profilework.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <memory>
+#include <tuple>
 
 // profile: average profiles over the days of folders.
 
@@ -13,10 +13,8 @@ namespace Batch {
 
 namespace {
 
-struct ProfileArguments : TableArguments {
+struct ProfileArguments : DayArguments {
     FieldOptions<Profiles::ProfileParameters> options;
-    std::string kept;
-    std::string dates;
     std::string daysOff;
 };
 
@@ -27,12 +25,9 @@ ProfileRequest requestOf(const ProfileArguments &arguments)
     QString &parFile = request.parameters.parFile;
     if (!parFile.isEmpty())
         parFile = QFileInfo(parFile).absoluteFilePath();
-    for (const std::string &folder : arguments.inputs)
-        request.days.folders << QDir::cleanPath(QDir().absoluteFilePath(textOf(folder)));
+    request.days.folders = foldersOf(arguments);
     request.days.kept = textOf(arguments.kept);
-    const QString dates = textOf(arguments.dates);
-    request.days.firstDate = dates.section(':', 0, 0);
-    request.days.lastDate = dates.section(':', 1, 1);
+    std::tie(request.days.firstDate, request.days.lastDate) = datesOf(arguments);
     request.days.daysOff = textOf(arguments.daysOff).split(',', Qt::SkipEmptyParts);
     request.days.output = outputOptionsOf(arguments);
     return request;
@@ -49,15 +44,10 @@ void addProfileCommands(CLI::App &app, Chosen &chosen)
     const auto arguments = std::make_shared<ProfileArguments>();
     for (const Profiles::ProfileField *field : analysis.fields)
         arguments->options.add(*command, *field);
-    addDatesOption(*command, arguments->dates);
-    command
-        ->add_option("--kept", arguments->kept,
-                     "Folder of the folded days that are kept. Default: zrt-days in the first "
-                     "folder, or in the user's cache where that cannot be written.")
-        ->type_name("FOLDER");
+    addDatesOption(*command, *arguments);
+    addKeptOption(*command, *arguments, "folded days");
     addDaysOffOption(*command, arguments->daysOff);
-    addRunOptions(*command, *arguments,
-                  "Folders of recordings (.pnt, .pnthr), with their sub-folders.", "DIR");
+    addRunOptions(*command, *arguments, dayFoldersHelp, "DIR");
     addOutputOptions(*command, *arguments);
     command->callback([&chosen, arguments] {
         arguments->options.takeOver();

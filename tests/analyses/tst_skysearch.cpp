@@ -1,4 +1,5 @@
 #include "analyses/days/fourierday.h"
+#include "analyses/sky/candidateorder.h"
 #include "analyses/sky/located.h"
 #include "analyses/sky/skytables.h"
 #include "support/testmain.h"
@@ -116,6 +117,8 @@ private slots:
     void errorsAreTrue();
     void candidates_data();
     void candidates();
+    void order_data();
+    void order();
     void noiseGivesOneAlarm();
     void tablesComeBack();
     void damagedTables_data();
@@ -228,6 +231,39 @@ void TestSkySearch::candidates()
 }
 
 // The threshold is that which noise reaches once a search: three searches have more than ten alarms
+void TestSkySearch::order_data()
+{
+    QTest::addColumn<bool>("fewDays"); // of the stronger of the two
+    QTest::addColumn<bool>("solar");
+    QTest::addColumn<bool>("bothFew");
+    QTest::addColumn<QString>("order"); // bins, the related one in brackets
+    QTest::newRow("harmonic of a pulsar") << false << false << false << "100 (300)";
+    QTest::newRow("harmonic of interference") << false << true << false << "100 (300)";
+    QTest::newRow("steady at the third of a burst") << true << false << false << "300 100";
+    QTest::newRow("both of a few days") << true << false << true << "100 (300)";
+}
+
+void TestSkySearch::order()
+{
+    QFETCH(bool, fewDays);
+    QFETCH(bool, solar);
+    QFETCH(bool, bothFew);
+    std::vector<SkyCandidate> found(2);
+    for (int i = 0; i < 2; ++i) {
+        found[std::size_t(i)].line.position = i == 0 ? 100 : 300;
+        found[std::size_t(i)].sigma = 9 - i;
+    }
+    found[0].isFewDays = fewDays;
+    found[0].isSolar = solar;
+    found[1].isFewDays = bothFew;
+    QStringList bins;
+    for (const SkyCandidate &candidate : orderedCandidates(found, planOf())) {
+        const QString bin = QString::number(candidate.line.position);
+        bins << (candidate.relatedTo < 0 ? bin : "(" + bin + ")");
+    }
+    QTEST(bins.join(' '), "order");
+}
+
 // in one of three thousand cases.
 void TestSkySearch::noiseGivesOneAlarm()
 {

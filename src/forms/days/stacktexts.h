@@ -1,5 +1,8 @@
 #pragma once
 
+#include "analyses/days/dayspectra.h"
+#include "analyses/days/ffatrials.h"
+
 #include <QString>
 
 /// What the form of days says of spectra, or of periodograms of fast folding.
@@ -15,8 +18,17 @@ struct StackTexts {
     QString valueTip;     ///< of the heading; %1: where
     QString saveProducts; ///< the button
     QString saveTables;   ///< title of the dialog
-    QString curve;        ///< what the table of the stack is called in the names of files
     QString sees;         ///< which pulsars such a stack sees, and the other does not
 };
 
 const StackTexts &stackTexts(bool isFfa);
+
+/// How many recordings and days a plan has.
+QString planText(const Days::DayPlan &plan, qint64 recordings);
+
+/// What a stack was made of, line by line.
+QString usedText(const QString &directory, const Days::DaySpectra &spectra,
+                 const Days::StackOutcome &outcome);
+
+/// "9183 trial periods from 0.5 to 20 s, 5 widths".
+QString trialsText(const Days::FfaTrials &trials);
