@@ -47,11 +47,7 @@ void addStackOptions(CLI::App &command, DaysArguments &arguments)
 {
     command.add_flag("--all-days", arguments.allDays,
                      "Count days too that the rule proposes to leave out.");
-    command
-        .add_option("--days-off", arguments.daysOff,
-                    "Days that do not count: dates, or dates with times as the table of days has "
-                    "them, with commas.")
-        ->type_name("LIST");
+    addDaysOffOption(command, arguments.daysOff);
     addInterferenceOption(command, arguments);
     command.add_flag("--save-spectra", arguments.savesSpectra,
                      "Write the whitened spectra of the days, with --ffa their periodograms too, "

@@ -73,6 +73,15 @@ void addInterferenceOption(CLI::App &command, DayArguments &arguments)
         ->type_name("FILE");
 }
 
+void addDaysOffOption(CLI::App &command, std::string &daysOff)
+{
+    command
+        .add_option("--days-off", daysOff,
+                    "Days that do not count: dates, or dates with times as the table of days has "
+                    "them, with commas.")
+        ->type_name("LIST");
+}
+
 QStringList foldersOf(const DayArguments &arguments)
 {
     QStringList folders;

@@ -20,6 +20,7 @@ void addDatesOption(CLI::App &command, DayArguments &arguments);
 void addKeptOption(CLI::App &command, DayArguments &arguments, const std::string &what);
 void addPartOption(CLI::App &command, DayArguments &arguments, const std::string &help);
 void addInterferenceOption(CLI::App &command, DayArguments &arguments);
+void addDaysOffOption(CLI::App &command, std::string &daysOff);
 
 /// The folders that were given, as absolute paths.
 QStringList foldersOf(const DayArguments &arguments);

@@ -50,7 +50,7 @@ private:
     Failure run(const Control &control) const
     {
         Days::StackRequest stack;
-        if (Failure failure = decideDays(stack.decided))
+        if (Failure failure = decideDays(request, found.plan.list, stack.decided))
             return failure;
         const auto spectra = std::make_shared<Days::DaySpectra>();
         if (Failure failure = readDays(control, *spectra))
@@ -66,26 +66,6 @@ private:
         if (!outcome->stack.problem.isEmpty())
             return {ExitCode::BadData, outcome->stack.problem};
         return files.write(*spectra, *outcome);
-    }
-
-    // What the user says of each day.
-    Failure decideDays(std::vector<std::optional<bool>> &decided) const
-    {
-        QStringList unknown = request.daysOff;
-        for (const Days::Day &day : found.plan.list.days) {
-            const QString name = Days::dayName(day.begin);
-            const QString date = name.section('T', 0, 0);
-            const bool isOff = request.daysOff.contains(name) || request.daysOff.contains(date);
-            unknown.removeAll(name);
-            unknown.removeAll(date);
-            decided.push_back(isOff             ? std::optional(false)
-                              : request.allDays ? std::optional(true)
-                                                : std::nullopt);
-        }
-        if (unknown.isEmpty())
-            return {};
-        return {ExitCode::Usage,
-                "--days-off: there is no day " + unknown.join(", ") + " among those found."};
     }
 
     Failure readDays(const Control &control, Days::DaySpectra &spectra) const

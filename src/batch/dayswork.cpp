@@ -4,6 +4,8 @@
 #include "calc/pulsar/bandsum.h"
 #include "data/observationdata.h"
 
+#include <QCryptographicHash>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -96,7 +98,19 @@ Failure readInterference(const QString &choice, std::vector<Days::Interference> 
     return list.problem.isEmpty() ? Failure() : Failure{ExitCode::BadData, list.problem};
 }
 
-namespace {
+QString stateOf(const RecordingSet &set)
+{
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    for (const RecordingEntry &entry : set.entries) {
+        const QFileInfo file(entry.path);
+        hash.addData(entry.path.toUtf8() + '\n' + QByteArray::number(file.size()) + ' ' +
+                     QByteArray::number(file.lastModified().toMSecsSinceEpoch()) + '\n');
+    }
+    constexpr int digits = 24;
+    return QString("%1 recordings, %2")
+        .arg(set.entries.size())
+        .arg(QString::fromLatin1(hash.result().toHex().left(digits)));
+}
 
 void keepDates(const DaysRequest &request, Days::DayList &list)
 {
@@ -108,6 +122,28 @@ void keepDates(const DaysRequest &request, Days::DayList &list)
     };
     list.days.erase(std::remove_if(list.days.begin(), list.days.end(), isOutside), list.days.end());
 }
+
+Failure decideDays(const DaysRequest &request, const Days::DayList &list,
+                   std::vector<std::optional<bool>> &decided)
+{
+    QStringList unknown = request.daysOff;
+    for (const Days::Day &day : list.days) {
+        const QString name = Days::dayName(day.begin);
+        const QString date = name.section('T', 0, 0);
+        const bool isOff = request.daysOff.contains(name) || request.daysOff.contains(date);
+        unknown.removeAll(name);
+        unknown.removeAll(date);
+        decided.push_back(isOff             ? std::optional(false)
+                          : request.allDays ? std::optional(true)
+                                            : std::nullopt);
+    }
+    if (unknown.isEmpty())
+        return {};
+    return {ExitCode::Usage,
+            "--days-off: there is no day " + unknown.join(", ") + " among those found."};
+}
+
+namespace {
 
 bool isUsable(const Days::Day &day)
 {

@@ -3,6 +3,8 @@
 #include "analyses/days/fourierdays.h"
 #include "batch/tablework.h"
 
+#include <optional>
+
 namespace Batch {
 
 /// Work on the days of folders. Parameters and days are those of the form.
@@ -40,6 +42,16 @@ Failure readFolders(const QStringList &folders, RecordingSet &set);
 
 /// Which recordings and days do not fit, and why: a sentence for each reason.
 QStringList remarksOn(const RecordingSet &set, const Days::DayList &list);
+
+/// Leaves the days outside of the asked dates out of a list.
+void keepDates(const DaysRequest &request, Days::DayList &list);
+
+/// What the user says of each day by allDays and daysOff, one per day of the list.
+Failure decideDays(const DaysRequest &request, const Days::DayList &list,
+                   std::vector<std::optional<bool>> &decided);
+
+/// Size and time of all recordings in few digits: the same files give the same results.
+QString stateOf(const RecordingSet &set);
 
 /// The interference that is left out.
 ///

@@ -52,6 +52,7 @@ int run(int argc, char **argv)
     Batch::addSearchCommands(app, chosen);
     Batch::addDayCommands(app, chosen);
     Batch::addSkyCommands(app, chosen);
+    Batch::addProfileCommands(app, chosen);
     Batch::addFileCommands(app, chosen);
     Batch::addCoordinateCommands(app, chosen);
 

@@ -22,13 +22,13 @@ struct FoldSums {
 // Adds every sample to the bins that it overlaps, and what its parts add to the noise of each bin
 // and to what a bin shares with the one before.
 ZRT_TARGET_CLONES
-void addSamples(const double *samples, int count, double period, int firstSample, int bins,
+void addSamples(const double *samples, int count, double period, double firstSample, int bins,
                 const FoldSums &sums)
 {
     const double binsPerSample = bins / period;
     for (int i = 0; i < count; ++i) {
         // Phase of the sample's begin and end, in bins. The end may lie in the next period.
-        const double time = double(firstSample) + i;
+        const double time = firstSample + i;
         // The quotient may be rounded up to a whole number of periods that end after the sample.
         const double phase = std::max(0.0, time - std::floor(time / period) * period);
         const double begin = phase * binsPerSample;
@@ -52,7 +52,7 @@ void addSamples(const double *samples, int count, double period, int firstSample
 
 } // namespace
 
-FoldedProfile fold(const double *samples, int count, double period, int bins, int firstSample)
+FoldedProfile fold(const double *samples, int count, double period, int bins, double firstSample)
 {
     FoldedProfile profile;
     const std::size_t size = std::size_t(bins);

@@ -21,14 +21,16 @@ struct FoldedProfile {
 };
 
 /// Folds a series: sample i covers the time from i to i + 1 samples, phase 0 is the begin of
-/// sample 0, or of the one `firstSample` before it. A bin holds the mean of the samples that
-/// overlap it, each weighted by its overlap.
+/// sample 0, or of what lies `firstSample` samples before it. A bin holds the mean of the samples
+/// that overlap it, each weighted by its overlap.
 ///
 /// @param period       in samples, at least 2
 /// @param bins         at least 2; with more bins than samples in a period the noise leaves out
 ///                     what bins share that are not neighbours
-/// @param firstSample  number of samples[0] where it is part of a longer series
-FoldedProfile fold(const double *samples, int count, double period, int bins, int firstSample = 0);
+/// @param firstSample  number of samples[0] where it is part of a longer series; a part of a sample
+///                     shifts the phase by it
+FoldedProfile fold(const double *samples, int count, double period, int bins,
+                   double firstSample = 0);
 
 /// The best boxcar of a profile.
 struct BoxcarPeak {

@@ -2,8 +2,9 @@ zrt_add_test(batch/program unit zrt_batch zrt_reader)
 zrt_add_test(batch/recordings unit zrt_batch zrt_reader)
 zrt_add_test(batch/files unit zrt_batch)
 zrt_add_test(batch/days unit zrt_batch)
+zrt_add_test(batch/profile unit zrt_batch)
 zrt_add_test(batch/sky unit zrt_batch)
-foreach(unit program recordings files days sky)
+foreach(unit program recordings files days profile sky)
     add_dependencies(tst_batch_${unit} zrt-batch)
     target_compile_definitions(tst_batch_${unit} PRIVATE
         ZRT_BATCH="$<TARGET_FILE:zrt-batch>"

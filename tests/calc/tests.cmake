@@ -16,6 +16,7 @@ zrt_add_test(calc/significance unit zrt_calc)
 zrt_add_test(calc/mainshum unit zrt_calc)
 zrt_add_test(calc/notch unit zrt_calc)
 zrt_add_test(calc/phasemaximum unit zrt_calc)
+zrt_add_test(calc/profile unit zrt_calc)
 zrt_add_test(calc/whitening unit zrt_calc)
 
 find_package(PkgConfig)

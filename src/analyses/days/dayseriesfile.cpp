@@ -23,13 +23,11 @@ constexpr char remarkKey[] = "remark: ";
 constexpr char checkKey[] = "check: ";
 constexpr char daysLine[] = "days: 1\n";
 
-QByteArray headerOf(const RecordingSet &set, const Day &day, int points,
+QByteArray headerOf(const RecordingSet &set, const Day &day, const QByteArray &title, int points,
                     const SeriesRequest &request)
 {
     const ObservationData &first = entryOf(set, day.parts.front()).header;
-    QByteArray header = "series: sum of bands 1 to " + QByteArray::number(Pulsar::sumBands) +
-                        (request.isBackward ? ", delays of the opposite sign" : "") +
-                        ", before the base line, form 2\n";
+    QByteArray header = title + "\n";
     header += "points: " + QByteArray::number(points) + "\ntype: float\nfirst_point: " +
               QByteArray::number(day.parts.front().first + day.before) +
               "\ndisp: " + QByteArray::number(qint64(request.dispersion)) +
@@ -69,17 +67,34 @@ QByteArray valueOf(const QByteArray &line, const char *key)
     return line.startsWith(key) ? line.mid(int(std::strlen(key))).trimmed() : QByteArray("\n");
 }
 
+KeptSeries keptAs(const Day &day, const SeriesRequest &request, const QByteArray &header,
+                  const QString &extension, int values, const QString &folder)
+{
+    const QString name =
+        QString("%1_m%2_r%3_%4.%5")
+            .arg(textOfTime(day.begin, "yyyyMMdd_hhmmss"), QString::number(request.module),
+                 QString::number(request.ray),
+                 QString::fromLatin1(hexHash(header, QCryptographicHash::Sha256)), extension);
+    return {QDir(folder).absoluteFilePath(name), header, values};
+}
+
 } // namespace
 
 KeptSeries keptSeriesOf(const RecordingSet &set, const Day &day, int points,
                         const SeriesRequest &request, const QString &folder)
 {
-    const QByteArray header = headerOf(set, day, points, request);
-    const QString name = QString("%1_m%2_r%3_%4.series")
-                             .arg(textOfTime(day.begin, "yyyyMMdd_hhmmss"),
-                                  QString::number(request.module), QString::number(request.ray),
-                                  QString::fromLatin1(hexHash(header, QCryptographicHash::Sha256)));
-    return {QDir(folder).absoluteFilePath(name), header, points};
+    const QByteArray title = "series: sum of bands 1 to " + QByteArray::number(Pulsar::sumBands) +
+                             (request.isBackward ? ", delays of the opposite sign" : "") +
+                             ", before the base line, form 2";
+    return keptAs(day, request, headerOf(set, day, title, points, request), "series", points,
+                  folder);
+}
+
+KeptSeries keptProductOf(const RecordingSet &set, const Day &day, const SeriesRequest &request,
+                         const ProductKind &kind, const QString &folder)
+{
+    const QByteArray header = headerOf(set, day, kind.title, kind.values, request) + kind.lines;
+    return keptAs(day, request, header, kind.extension, kind.values, folder);
 }
 
 bool readKept(const KeptSeries &kept, DaySeries &series)

@@ -1,0 +1,271 @@
+#include "analyses/profiles/profileday.h"
+
+#include "calc/approximation.h"
+#include "calc/banddelays.h"
+#include "calc/baseline.h"
+#include "calc/leveljumps.h"
+#include "calc/pulsar/bandsum.h"
+#include "coords/barycentre.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace Profiles {
+
+namespace {
+
+constexpr int mostParts = 8;
+constexpr double periodsOfPart = 4;
+constexpr int mostNoiseParts = 64;
+
+} // namespace
+
+int partsOf(double periods)
+{
+    return std::clamp(int(periods / periodsOfPart), 1, mostParts);
+}
+
+int ProfileDay::usedBands() const
+{
+    return int(std::count(used.begin(), used.end(), true));
+}
+
+namespace {
+
+// One band of a day less its base line and mean, in sigmas of its samples.
+struct BandSeries {
+    std::vector<double> samples; // empty: there is no noise in it
+    double sigma = 0;
+};
+
+BandSeries bandSeries(const float *first, int count, const Folding &folding,
+                      const Jobs::Control &control)
+{
+    std::vector<float> values(first, first + count);
+    if (folding.removesJumps)
+        Tools::removeLevelJumps(
+            values.data(), count,
+            Tools::findLevelJumps(values.data(), count, [&] { return !control.isStopped(); }));
+    BandSeries series;
+    series.sigma = Tools::robustSigma(values.data(), count);
+    std::vector<double> whole(values.begin(), values.end());
+    std::vector<double> line(whole.size());
+    if (!(series.sigma > 0) ||
+        !Tools::findBaseline(folding.noise, whole.data(), line.data(), count))
+        return series;
+    Pulsar::removeBaseline(false, line, whole);
+    const double mean = std::accumulate(whole.begin(), whole.end(), 0.0) / count;
+    for (double &value : whole)
+        value = (value - mean) / series.sigma;
+    series.samples = std::move(whole);
+    return series;
+}
+
+// Folds count samples whose phase runs from one turn to another.
+Tools::FoldedProfile foldPart(const double *samples, int count, double from, double to, double late,
+                              int bins)
+{
+    const double period = count / (to - from); // samples
+    const double first = (from - std::floor(from)) * period;
+    return Tools::fold(samples, count, period, bins, first + late);
+}
+
+// Noise of a sample in a sum of bands, from how the profiles of many pieces of the stretch differ:
+// what is slower than a bin and what bands have in common is in it, a steady pulse is not. Bins
+// with pulses that vary hardly count.
+double sampleNoise(const std::vector<double> &sum, const DayPhase &phase, int bins)
+{
+    const int count = int(sum.size());
+    const double periods = phase.turns.back() - phase.turns.front();
+    const int pieces = std::clamp(int(periods / periodsOfPart), 1, mostNoiseParts);
+    if (pieces < 2)
+        return Tools::sigma(sum.data(), count);
+    std::vector<Tools::FoldedProfile> profiles;
+    for (int i = 0; i < pieces; ++i) {
+        const int begin = int(qint64(count) * i / pieces);
+        const int end = int(qint64(count) * (i + 1) / pieces);
+        profiles.push_back(foldPart(sum.data() + begin, end - begin,
+                                    phase.at(double(begin) / count), phase.at(double(end) / count),
+                                    0, bins));
+    }
+    std::vector<double> variances;
+    for (std::size_t bin = 0; bin < std::size_t(bins); ++bin) {
+        double weights = 0;
+        double mean = 0;
+        for (const Tools::FoldedProfile &profile : profiles) {
+            if (!(profile.variances[bin] > 0))
+                continue;
+            weights += 1 / profile.variances[bin];
+            mean += profile.bins[bin] / profile.variances[bin];
+        }
+        double squares = 0;
+        for (const Tools::FoldedProfile &profile : profiles) {
+            if (profile.variances[bin] > 0)
+                squares += std::pow(profile.bins[bin] - mean / weights, 2) / profile.variances[bin];
+        }
+        variances.push_back(squares / (pieces - 1));
+    }
+    const auto middle = variances.begin() + std::ptrdiff_t(variances.size() / 2);
+    std::nth_element(variances.begin(), middle, variances.end());
+    const double upper = *middle;
+    const double median = (upper + *std::max_element(variances.begin(), middle)) / 2;
+    // Median of chi squared over its degrees of freedom (Wilson & Hilferty 1931).
+    return std::sqrt(median / std::pow(1 - 2 / (9.0 * (pieces - 1)), 3));
+}
+
+// Puts the bands of a day into its product.
+class DayFold {
+public:
+    DayFold(ProfileDay &made, const Folding &wanted, int stretchPoints)
+        : day(made), folding(wanted), points(stretchPoints), sum(std::size_t(stretchPoints))
+    {
+        day.used.assign(day.frequencies.size(), false);
+        day.values.assign(
+            std::size_t(day.parts()) * day.frequencies.size() * std::size_t(folding.bins), 0.0F);
+    }
+
+    // @param late  samples by which the band is read later than its delay asks
+    void addBand(int band, const float *first, double late, const Jobs::Control &control)
+    {
+        const BandSeries series = bandSeries(first, points, folding, control);
+        if (series.samples.empty())
+            return;
+        day.used[std::size_t(band)] = true;
+        sigmas += series.sigma;
+        for (std::size_t i = 0; i < sum.size(); ++i)
+            sum[i] += series.samples[i];
+        for (int part = 0; part < day.parts(); ++part)
+            addPart(band, part, series.samples, late);
+    }
+
+    void finish()
+    {
+        const int bands = day.usedBands();
+        if (bands == 0) {
+            day.values.clear();
+            day.problem = "no band has any noise: all samples of each are equal.";
+            return;
+        }
+        day.unit = sigmas / bands;
+        day.noise.shared = shared / (double(bands) * day.parts() * folding.bins);
+        const double samplesOfBin = double(points) / folding.bins;
+        day.noise.sigma =
+            sampleNoise(sum, day.phase, folding.bins) / bands / std::sqrt(samplesOfBin);
+        std::vector<double> phases(sum.size());
+        for (std::size_t i = 0; i < phases.size(); ++i)
+            phases[i] = day.phase.at((double(i) + 0.5) / points);
+        day.chiSquared = Tools::chiSquaredOf(sum.data(), phases.data(), points, folding.bins);
+        if (!(day.noise.sigma > 0)) {
+            day.values.clear();
+            day.problem = "the sum of the bands has no noise.";
+        }
+    }
+
+private:
+    void addPart(int band, int part, const std::vector<double> &samples, double late)
+    {
+        const int begin = int(qint64(points) * part / day.parts());
+        const int end = int(qint64(points) * (part + 1) / day.parts());
+        const auto at = std::size_t(part);
+        const Tools::FoldedProfile profile =
+            foldPart(samples.data() + begin, end - begin, day.phase.turns[at],
+                     day.phase.turns[at + 1], late, folding.bins);
+        const std::size_t row =
+            (at * day.frequencies.size() + std::size_t(band)) * std::size_t(folding.bins);
+        for (std::size_t bin = 0; bin < profile.bins.size(); ++bin) {
+            day.values[row + bin] = float(profile.bins[bin]);
+            shared += 2 * profile.covariances[bin] * profile.weights[bin];
+        }
+    }
+
+    ProfileDay &day;
+    const Folding &folding;
+    const int points;
+    std::vector<double> sum; // of the bands, each in sigmas of its samples
+    double sigmas = 0;
+    double shared = 0;
+};
+
+} // namespace
+
+ProfileDay foldDay(const ObservationData &data, int first, int points, const Folding &folding,
+                   const DayPhase &phase, const Jobs::Control &control)
+{
+    ProfileDay day;
+    day.seconds = points * data.tresolution;
+    day.phase = phase;
+    day.bins = folding.bins;
+    day.frequencies.assign(data.fbands.begin(), data.fbands.begin() + Pulsar::sumBands);
+    const Tools::BandDelays delays = Pulsar::bandDelays(data, folding.dispersion);
+    DayFold fold(day, folding, points);
+    for (int band = 0; band < day.bands(); ++band) {
+        control.progress(100 * band / day.bands());
+        const qint64 start = qint64(first) + delays.shift(band);
+        if (control.isStopped() || start < 0 || start + points > data.npoints) {
+            day.wasStopped = control.isStopped();
+            day.values.clear();
+            day.problem = "the delays of the bands reach beyond the recording.";
+            return day;
+        }
+        fold.addBand(band, data.samples[0][band][0] + start,
+                     delays.shift(band) - delays.delay(band), control);
+    }
+    fold.finish();
+    return day;
+}
+
+double barycentricPeriod(const Ephemeris &ephemeris, const ProfileDay &day)
+{
+    constexpr double secondsPerDay = 86400;
+    const double days = Tools::modifiedJulianDay(day.utc) - ephemeris.epoch;
+    return 1 / ephemeris.frequencyAt(days * secondsPerDay);
+}
+
+double delayPerDispersion(const ProfileDay &day, int band)
+{
+    return Tools::dispersionConstant *
+           Tools::inverseSquares(day.frequencies[std::size_t(band)], day.frequencies.back());
+}
+
+std::vector<Tools::Harmonics> partHarmonics(const ProfileDay &day, double moreDispersion)
+{
+    const auto bins = std::size_t(day.bins);
+    std::vector<Tools::Harmonics> parts(std::size_t(day.parts()), Tools::Harmonics(bins / 2 + 1));
+    std::vector<double> row(bins);
+    const double weight = 1.0 / day.usedBands();
+    for (std::size_t part = 0; part < parts.size(); ++part) {
+        // Without turning, the bands are added before they are transformed.
+        std::vector<double> sum(bins);
+        for (std::size_t band = 0; band < day.frequencies.size(); ++band) {
+            if (!day.used[band])
+                continue;
+            const float *const values = &day.values[(part * day.frequencies.size() + band) * bins];
+            if (moreDispersion == 0) {
+                for (std::size_t bin = 0; bin < bins; ++bin)
+                    sum[bin] += double(values[bin]);
+                continue;
+            }
+            row.assign(values, values + bins);
+            const double late = moreDispersion * delayPerDispersion(day, int(band));
+            Tools::addTurned(Tools::harmonicsOf(row), -late * day.phase.frequency, weight,
+                             parts[part]);
+        }
+        if (moreDispersion == 0)
+            Tools::addTurned(Tools::harmonicsOf(sum), 0, weight, parts[part]);
+    }
+    return parts;
+}
+
+Tools::Harmonics dayHarmonics(const ProfileDay &day, const std::vector<Tools::Harmonics> &parts,
+                              double moreFrequency)
+{
+    Tools::Harmonics sum(parts.front().size());
+    for (std::size_t part = 0; part < parts.size(); ++part) {
+        const double fromMiddle = ((double(part) + 0.5) / double(parts.size()) - 0.5) * day.seconds;
+        Tools::addTurned(parts[part], moreFrequency * fromMiddle, 1.0 / double(parts.size()), sum);
+    }
+    return sum;
+}
+
+} // namespace Profiles

@@ -1,0 +1,189 @@
+#include "batch/profilework.h"
+
+#include "batch/profilefiles.h"
+#include "calc/pulsar/bandsum.h"
+#include "jobs/items.h"
+
+#include <algorithm>
+
+// profile: the days folded, their average and what follows from it.
+
+namespace Batch {
+
+namespace {
+
+struct FoundProfiles {
+    RecordingSet set;
+    Profiles::ProfilePlan plan;
+    QString kept; // folder
+    Failure failure;
+    QStringList remarks;
+};
+
+QString optionOf(const QString &fieldName)
+{
+    for (const Profiles::ProfileField &field : Profiles::profileFields()) {
+        if (field.name == fieldName)
+            return field.option + ": ";
+    }
+    return {};
+}
+
+FoundProfiles lookedFor(const ProfileRequest &request)
+{
+    FoundProfiles found;
+    found.failure = readFolders(request.days.folders, found.set);
+    if (found.failure)
+        return found;
+    found.plan = Profiles::planProfiles(found.set, request.parameters);
+    if (!found.plan.problems.empty()) {
+        const FieldProblem &problem = found.plan.problems.front();
+        found.failure = {ExitCode::Usage, optionOf(problem.field) + problem.text};
+        return found;
+    }
+    Days::DayList &list = found.plan.days.list;
+    keepDates(request.days, list);
+    found.remarks = found.plan.remarks + remarksOn(found.set, list);
+    found.kept = request.days.kept.isEmpty() ? Days::keptFolder(request.days.folders.front()).path
+                                             : request.days.kept;
+    if (std::none_of(list.days.begin(), list.days.end(),
+                     [](const Days::Day &day) { return day.reason.isEmpty(); }))
+        found.failure = {ExitCode::BadData,
+                         QString("None of %1 recordings gives a day that can be used.")
+                             .arg(found.set.entries.size())};
+    return found;
+}
+
+class ProfileWork {
+public:
+    ProfileWork(const ProfileRequest &profileRequest, const FoundProfiles &foundProfiles,
+                const ProfileFiles &profileFiles, const RunOptions &runOptions)
+        : request(profileRequest), found(foundProfiles), files(profileFiles), options(runOptions)
+    {}
+
+    Work work() const
+    {
+        Work made;
+        made.command = "profile";
+        made.outputs = [this](const QString &) { return files.paths(); };
+        made.isDone = [this](const QString &) { return files.areDone(); };
+        made.memory = [this](const QString &) { return memory(); };
+        made.run = [this](const QString &, const Control &control) { return run(control); };
+        return made;
+    }
+
+private:
+    qint64 memory() const
+    {
+        constexpr int mostParts = 8;
+        const Days::DayChoice &choice = found.plan.days.choice;
+        const qint64 bins = found.plan.folding.bins;
+        const qint64 ofDay =
+            mostParts * bins * qint64(Pulsar::sumBands * sizeof(float) + sizeof(double));
+        const qint64 points = qint64(choice.points) + choice.pointsAfter + choice.pointsBefore;
+        const qint64 bands = qint64(found.plan.days.header.fbands.size()) + 1;
+        const int side = options.jobs > 0 ? options.jobs : Jobs::threadCount();
+        return qint64(found.plan.days.list.days.size()) * ofDay +
+               2 * side * points * bands * qint64(sizeof(double));
+    }
+
+    Failure run(const Control &control) const
+    {
+        Profiles::ProfileOutcome outcome;
+        if (Failure failure = choose(outcome.choice))
+            return failure;
+        if (Failure failure = readDays(control, outcome.products))
+            return failure;
+        Jobs::Control quiet = control;
+        quiet.progress = [](int) {};
+        outcome.stack = Profiles::stackDays(outcome.products, outcome.choice, quiet);
+        if (control.isStopped())
+            return stopped();
+        if (outcome.stack.incoherentDays == 0)
+            return {ExitCode::BadData, noDayLeft(outcome)};
+        const Profiles::ProfileDay &first =
+            *std::find_if(outcome.products.begin(), outcome.products.end(),
+                          [](const Profiles::ProfileDay &day) { return day.isWhole(); });
+        Profiles::ScanRequest scan;
+        scan.period = Profiles::barycentricPeriod(found.plan.ephemeris, first);
+        scan.dispersion = found.plan.folding.dispersion;
+        outcome.scan =
+            Profiles::scanDays(outcome.products, outcome.choice, outcome.stack, scan, quiet);
+        if (control.isStopped())
+            return stopped();
+        if (!outcome.stack.profile.empty())
+            outcome.arrivals =
+                Profiles::arrivalsOf(outcome.products, outcome.stack, outcome.choice.beginError);
+        for (const QString &remark : outcome.stack.remarks)
+            control.remark(remark);
+        return files.write(outcome);
+    }
+
+    Failure choose(Profiles::StackChoice &choice) const
+    {
+        std::vector<std::optional<bool>> decided;
+        if (Failure failure = decideDays(request.days, found.plan.days.list, decided))
+            return failure;
+        choice = Profiles::choiceOf(found.plan.parameters);
+        for (const std::optional<bool> isOn : decided)
+            choice.days.push_back(isOn.value_or(true));
+        return {};
+    }
+
+    Failure readDays(const Control &control, std::vector<Profiles::ProfileDay> &products) const
+    {
+        const std::vector<Days::Day> &list = found.plan.days.list.days;
+        products.resize(list.size());
+        Jobs::Control whole = control;
+        whole.progress = [&control](int percent) { control.progress(percent * 7 / 10); };
+        const auto endings = Jobs::runItems(
+            int(list.size()), options.jobs, whole, [&](int item, const Jobs::Control &own) {
+                const auto at = std::size_t(item);
+                products[at] =
+                    Profiles::profileOfDay(found.set, found.plan.days, list[at], found.plan.folding,
+                                           found.plan.ephemeris, found.kept, own);
+            });
+        for (std::size_t i = 0; i < endings.size(); ++i) {
+            if (endings[i].kind == Jobs::Ending::Stopped || control.isStopped())
+                return {ExitCode::TryLater, "Stopped; the days that were folded are kept."};
+            if (endings[i].kind == Jobs::Ending::Failed)
+                products[i].problem = endings[i].problem;
+        }
+        return {};
+    }
+
+    // Which reasons left no day, the first of them.
+    static QString noDayLeft(const Profiles::ProfileOutcome &outcome)
+    {
+        const auto &days = outcome.stack.days;
+        const auto told =
+            std::find_if(days.begin(), days.end(),
+                         [](const Profiles::StackedDay &day) { return !day.reason.isEmpty(); });
+        return "No day is left to average. " + (told == days.end() ? QString() : told->reason);
+    }
+
+    const ProfileRequest &request;
+    const FoundProfiles &found;
+    const ProfileFiles &files;
+    const RunOptions &options;
+};
+
+} // namespace
+
+ExitCode profileDays(const ProfileRequest &request, const RunOptions &options)
+{
+    const FoundProfiles found = lookedFor(request);
+    if (!options.quiet || found.failure) {
+        for (const QString &remark : found.remarks)
+            printError(remark);
+    }
+    if (found.failure) {
+        printError(found.failure.text);
+        return found.failure.code;
+    }
+    const ProfileFiles files(request, found.set, found.plan);
+    const ProfileWork profiles(request, found, files, options);
+    return runWork(profiles.work(), {files.input()}, options);
+}
+
+} // namespace Batch

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "calc/profileharmonics.h"
+
+#include <vector>
+
+/// Where a pulse stands in a profile, by comparing it with a template in all harmonics.
+namespace Tools {
+
+/// What a template has of a profile.
+struct TemplateMatch {
+    double phase = 0;      ///< turns by which the profile is later than the template, -0.5 to 0.5
+    double phaseError = 0; ///< turns, one standard deviation
+    double height = 0;     ///< factor of the template
+    double snr = 0;        ///< height over its standard deviation; 0: there is nothing alike
+};
+
+/// Finds the turn and the height at which a template comes nearest to a profile:
+///
+///     chi^2 = sum over k = 1 .. N/2 - 1 of |P_k - b S_k exp(-2 pi i k phase)|^2 / var_k
+///
+/// (Taylor 1992, Phil. Trans. R. Soc. A 341, 117), whose curvature gives the error. A template that
+/// is itself made of noisy profiles counts only in harmonics that stand out of its noise, by the
+/// share that is not noise, and its noise is part of the error.
+///
+/// @param profile, pulse  harmonics of as many bins
+/// @param templateSigma   noise of the template, as noise.sigma; 0: it has none
+TemplateMatch matchTemplate(const Harmonics &profile, const ProfileNoise &noise,
+                            const Harmonics &pulse, double templateSigma = 0);
+
+/// A Gaussian pulse as it stands in a profile.
+struct GaussianPulse {
+    double phase = 0;        ///< of its middle, 0 to 1
+    double phaseError = 0;   ///< turns
+    double width = 0;        ///< full width at half maximum, turns; what the samples and the bins
+                             ///< add is taken off
+    double widthError = 0;   ///< turns
+    double snr = 0;          ///< of its height
+    bool isResolved = false; ///< its width is above the least that is tried, a quarter of a bin,
+                             ///< and below the greatest, half a turn
+
+    double widthAtTenth() const { return width * 1.8226; } ///< root of ln 10 / ln 2
+    double widthAtTenthError() const { return widthError * 1.8226; }
+};
+
+/// The Gaussian that a profile fits best, in the measure of matchTemplate().
+GaussianPulse fitGaussian(const Harmonics &profile, const ProfileNoise &noise);
+
+/// Harmonics of a Gaussian pulse of height 1 and phase 0 as it is seen in bins that share samples.
+Harmonics gaussianTemplate(double width, int bins, double shared);
+
+} // namespace Tools
