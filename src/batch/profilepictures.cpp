@@ -38,14 +38,50 @@ Plot::PictureBytes paint(Plot::RowPicture &picture, const OutputOptions &output)
 
 } // namespace
 
+namespace {
+
+// The first column is X, the others are curves; columns of errors and of other X are left out.
+PlotData curvesOf(const Results::ResultTable &table)
+{
+    PlotData plot;
+    for (const Results::Column &column : table.columns) {
+        const auto *const values = std::get_if<std::vector<double>>(&column.values);
+        if (!values || column.name.startsWith("error") || column.name == "root_of_days")
+            continue;
+        if (plot.x.values.empty()) {
+            plot.x = {column.name, column.unit, 0, 1, *values};
+            continue;
+        }
+        plot.graphs.emplace_back(values->begin(), values->end());
+        plot.names << column.name;
+    }
+    plot.numPoints = table.rows();
+    constexpr int digits = 8;
+    const std::vector<double> x = plot.x.values;
+    plot.textX1 = [x](int index) {
+        const auto last = int(x.size()) - 1;
+        return QString::number(x[std::size_t(std::clamp(index, 0, last))], 'g', digits);
+    };
+    plot.rowNames =
+        QStringList{plot.x.unit.isEmpty() ? plot.x.name : plot.x.name + ", " + plot.x.unit};
+    const Plot::Range range = Plot::verticalRange(plot);
+    plot.yMin = range.min;
+    plot.yMax = range.max;
+    return plot;
+}
+
+} // namespace
+
 Plot::PictureBytes profileCurves(const Results::ResultTable &table, const QString &what,
                                  const QString &name, const OutputOptions &output,
                                  const QString &key)
 {
     PlotData plot;
-    if (table.rows() > 1)
-        plot = Plot::plotOf(table);
-    else {
+    if (table.rows() > 1) {
+        plot = curvesOf(table);
+        plot.yName = what == "average" ? "average profile" : "S/N";
+        plot.yUnit = what == "average" ? "noise of a day" : "";
+    } else {
         plot.messageMode = true;
         plot.message =
             table.rows() == 1 ? "One day does not make a curve" : "No day is in the average";
@@ -86,7 +122,7 @@ Plot::PictureBytes periodsAndDispersions(const Profiles::ProfileOutcome &outcome
         picture.rowNames << QString::number(scan.mapDispersions[row], 'f', 2);
         addRow(&scan.both[row * columns], columns, picture);
     }
-    picture.rowsName = "dispersion, pc/cm^3";
+    picture.rowsName = "DM, pc/cm^3";
     if (columns > 0) {
         picture.firstX = scan.mapPeriods.front();
         picture.lastX = scan.mapPeriods.back();

@@ -11,8 +11,11 @@ namespace Profiles {
 namespace {
 
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
-constexpr double topShare = 0.75; // of the highest S/N, through which the cubic goes
-constexpr double leastSnr = 5;    // of a maximum that is told with an error
+constexpr double topShare = 0.9; // of the highest S/N, through which the cubic goes
+constexpr double leastSnr = 5;   // of a maximum that is told with an error
+// Periods of simulated pulses of S/N 8 to 20 scatter by so much more than the noise of their phase
+// tells.
+constexpr double periodScatter = 1.2;
 
 // The days that take part and what the scan needs of each.
 struct ScannedDay {
@@ -266,7 +269,7 @@ private:
             telescope * (request.period / scan.periods.best - 1) - choice.moreFrequency;
         const double spread = spreadOfTimes(scanner.example());
         const double error = spread > 0 ? scanner.phaseError(offset) / spread : 0; // Hz
-        scan.periods.error = error / telescope * scan.periods.best;
+        scan.periods.error = periodScatter * error / telescope * scan.periods.best;
         scan.periods.isInside = scan.periods.isInside && error > 0;
     }
 

@@ -9,7 +9,7 @@ namespace Profiles {
 struct ScanCurve {
     std::vector<double> values; ///< s at the barycentre, or pc/cm^3
     std::vector<double> snr;    ///< see ProfileScan
-    /// Cubic through the values above three quarters of the highest S/N; of the same size, not a
+    /// Cubic through the values above nine tenths of the highest S/N; of the same size, not a
     /// number elsewhere. Empty where there are too few of them.
     std::vector<double> cubic;
     double best = 0;       ///< where the cubic is highest, else the highest value

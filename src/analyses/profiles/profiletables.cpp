@@ -61,8 +61,10 @@ void addPulse(const ProfileStack &stack, double period, std::vector<HeaderLine> 
 void addScan(const ProfileScan &scan, std::vector<HeaderLine> &lines)
 {
     const auto text = [](const ScanCurve &curve, const QString &unit) {
-        return curve.isInside ? withError(curve.best, curve.error, unit)
-                              : QString("no maximum above S/N 5 between the ends of the scan");
+        return curve.isInside
+                   ? withError(curve.best, curve.error, unit)
+                   : QString("not told: no maximum above S/N 5 inside the scan, or fewer "
+                             "than 8 periods");
     };
     lines.push_back({"scan_is", scan.isCoherent ? "S/N of the average"
                                                 : "root of the sum of squared S/N of the days"});
