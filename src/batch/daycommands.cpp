@@ -1,4 +1,5 @@
 #include "batch/commands.h"
+#include "batch/comparework.h"
 #include "batch/dayoptions.h"
 #include "batch/dayswork.h"
 #include "batch/fieldoptions.h"
@@ -6,7 +7,7 @@
 #include <QDir>
 #include <memory>
 
-// survey and stack: analyses over the days of folders.
+// survey, stack and days: analyses over the days of folders.
 
 namespace Batch {
 
@@ -48,6 +49,24 @@ void addSeriesFields(CLI::App &command, const FourierDaysAnalysis &analysis,
     }
 }
 
+void addKeptOption(CLI::App &command, std::string &folder)
+{
+    command
+        .add_option("--kept", folder,
+                    "Folder of the series that are kept. Default: zrt-days in the first folder, or "
+                    "in the user's cache where that cannot be written.")
+        ->type_name("FOLDER");
+}
+
+void addDaysOff(CLI::App &command, std::string &days)
+{
+    command
+        .add_option("--days-off", days,
+                    "Days that do not count: dates, or dates with times as the table of days has "
+                    "them, with commas.")
+        ->type_name("LIST");
+}
+
 // What both commands take beside the fields.
 void addDaysOptions(CLI::App &command, DaysArguments &arguments)
 {
@@ -56,22 +75,14 @@ void addDaysOptions(CLI::App &command, DaysArguments &arguments)
                     "First and last date of the days, UTC, as 2015-04-01:2015-06-30.")
         ->type_name("DATES")
         ->check(dateRange());
-    command
-        .add_option("--kept", arguments.kept,
-                    "Folder of the series that are kept. Default: zrt-days in the first folder, or "
-                    "in the user's cache where that cannot be written.")
-        ->type_name("FOLDER");
+    addKeptOption(command, arguments.kept);
 }
 
 void addStackOptions(CLI::App &command, DaysArguments &arguments)
 {
     command.add_flag("--all-days", arguments.allDays,
                      "Count days too that the rule proposes to leave out.");
-    command
-        .add_option("--days-off", arguments.daysOff,
-                    "Days that do not count: dates, or dates with times as the table of days has "
-                    "them, with commas.")
-        ->type_name("LIST");
+    addDaysOff(command, arguments.daysOff);
     command
         .add_option("--interference", arguments.interference,
                     "List of frequencies and periods that are left out, or none. Default: the "
@@ -148,12 +159,53 @@ void addStack(CLI::App &app, Chosen &chosen)
     });
 }
 
+struct CompareArguments : TableArguments {
+    FieldOptions<Compare::CompareParameters> options;
+    std::string kept;
+    std::string daysOff;
+};
+
+CompareRequest requestOf(const CompareArguments &arguments)
+{
+    CompareRequest request;
+    request.parameters = arguments.options.parameters;
+    for (const std::string &folder : arguments.inputs)
+        request.folders << QDir::cleanPath(QDir().absoluteFilePath(textOf(folder)));
+    request.kept = textOf(arguments.kept);
+    request.daysOff = textOf(arguments.daysOff).split(',', Qt::SkipEmptyParts);
+    request.output = outputOptionsOf(arguments);
+    return request;
+}
+
+void addCompare(CLI::App &app, Chosen &chosen)
+{
+    const Compare::CompareAnalysis &analysis = Compare::compareAnalysis();
+    CLI::App *const command =
+        app.add_subcommand(analysis.command.toStdString(), analysis.manual.toStdString());
+    command->footer(analysis.examples.toStdString());
+    const auto arguments = std::make_shared<CompareArguments>();
+    for (const Compare::CompareField *field : analysis.fields)
+        arguments->options.add(*command, *field);
+    addKeptOption(*command, arguments->kept);
+    addDaysOff(*command, arguments->daysOff);
+    addRunOptions(*command, *arguments, foldersHelp, "DIR");
+    addOutputOptions(*command, *arguments);
+    command->callback([&chosen, arguments] {
+        arguments->options.takeOver();
+        chosen.paints = !arguments->picture.empty();
+        chosen.run = [arguments] {
+            return compareDays(requestOf(*arguments), runOptionsOf(*arguments));
+        };
+    });
+}
+
 } // namespace
 
 void addDayCommands(CLI::App &app, Chosen &chosen)
 {
     addSurvey(app, chosen, Days::fourierDaysAnalyses().front());
     addStack(app, chosen);
+    addCompare(app, chosen);
 }
 
 } // namespace Batch

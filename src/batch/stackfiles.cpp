@@ -6,7 +6,6 @@
 #include "batch/programname.h"
 #include "batch/stackpictures.h"
 
-#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -15,25 +14,6 @@
 namespace Batch {
 
 using namespace Results;
-
-namespace {
-
-// Size and time of all recordings in few digits: the same files give the same stack.
-QString stateOf(const RecordingSet &set)
-{
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    for (const RecordingEntry &entry : set.entries) {
-        const QFileInfo file(entry.path);
-        hash.addData(entry.path.toUtf8() + '\n' + QByteArray::number(file.size()) + ' ' +
-                     QByteArray::number(file.lastModified().toMSecsSinceEpoch()) + '\n');
-    }
-    constexpr int digits = 24;
-    return QString("%1 recordings, %2")
-        .arg(set.entries.size())
-        .arg(QString::fromLatin1(hash.result().toHex().left(digits)));
-}
-
-} // namespace
 
 StackFiles::StackFiles(const DaysRequest &daysRequest, const FoundDays &foundDays,
                        const Days::FourierDaysParameters &ofPlan,
