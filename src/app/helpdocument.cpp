@@ -37,6 +37,8 @@ HelpChapter helpOn(const QString &formClass)
                         {"FfaForm", {manual(), "the-ffa-form"}},
                         {"NativeGrafik", {manual(), "the-viewer-of-native-data"}},
                         {"FourierForm", {manual(), "spectra-of-many-days"}},
+                        {"NativeMultiForm", {manual(), "days-under-each-other"}},
+                        {"SearchNativeForm", {manual(), "days-under-each-other"}},
                         {"ArraysForm", {manual(), "text-files-of-numbers"}},
                         {"ArraysDirForm", {manual(), "text-files-of-numbers"}},
                         {"CalculatorForm", {"README_zrt2_visual_calc.pdf", "the-calculator-form"}}};

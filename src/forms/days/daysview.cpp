@@ -1,7 +1,7 @@
 #include "forms/days/daysview.h"
 
 #include "base/timetext.h"
-#include "picture/colourmap.h"
+#include "picture/compareplot.h"
 #include "picture/percentiles.h"
 #include "picture/plotgeometry.h"
 #include "picture/plotmarks.h"
@@ -14,6 +14,7 @@
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 namespace {
 
@@ -91,17 +92,30 @@ void DaysView::renewImage()
         powers.push_back(row.powers);
     const std::vector<float> values =
         Plot::rowMaxima(powers, {shown.first, shown.first + shown.points}, size.width(), lines);
-    highest = highestShown(values, words.leastHighest);
+    findScale(values);
     image = QImage(size.width(), lines, QImage::Format_RGB32);
     for (int line = 0; line < lines; ++line) {
         const bool isOn = rows[std::size_t(qint64(line) * qint64(rows.size()) / lines)].isOn;
         const float *const from = values.data() + qint64(line) * size.width();
         auto *const pixels = reinterpret_cast<QRgb *>(image.scanLine(line));
         for (int i = 0; i < size.width(); ++i) {
-            const QRgb colour = Plot::colourOfValue(from[i], 0, highest);
+            const QRgb colour = Plot::colourOfValue(from[i], lowest, highest, colours());
             pixels[i] = isOn ? colour : paleOf(colour);
         }
     }
+}
+
+const Plot::ColourMap &DaysView::colours() const
+{
+    return words.isGrey ? Plot::greyMap() : Plot::colourMap();
+}
+
+void DaysView::findScale(const std::vector<float> &values)
+{
+    if (words.isGrey)
+        std::tie(lowest, highest) = Plot::greyRange(values);
+    else
+        highest = highestShown(values, words.leastHighest);
 }
 
 void DaysView::resizeEvent(QResizeEvent * /*event*/)
@@ -154,7 +168,7 @@ void DaysView::paintRows(QPainter &painter) const
     for (int row = 0; row < int(rows.size()); ++row) {
         if (rows[std::size_t(row)].day != markedDay)
             continue;
-        painter.setPen(QPen(markColour, 1));
+        painter.setPen(QPen(words.isGrey ? harmonicsColour : markColour, 1));
         painter.drawRect(QRectF(inner.left(), inner.top() + row * rowHeight, inner.width() - 1,
                                 std::max(2.0, rowHeight)));
     }
@@ -228,11 +242,12 @@ void DaysView::paintScale(QPainter &painter) const
     for (int y = 0; y < bar.height(); ++y) {
         const double share = 1 - double(y) / std::max(1, bar.height() - 1);
         const auto colour = std::size_t(std::lround(share * (Plot::colourCount - 1)));
-        painter.fillRect(bar.left(), bar.top() + y, bar.width(), 1,
-                         QColor(Plot::colourMap()[colour]));
+        painter.fillRect(bar.left(), bar.top() + y, bar.width(), 1, QColor(colours()[colour]));
     }
     painter.setPen(Qt::black);
-    const QString scale = words.scale.arg(double(highest));
+    const QString scale =
+        words.isGrey ? words.scale.arg(double(lowest), 0, 'f', 1).arg(double(highest), 0, 'f', 1)
+                     : words.scale.arg(double(highest));
     const QString title =
         words.picture.arg(rows.empty() ? QString("the days") : QString("%1 days").arg(rows.size()));
     const QRect line(4, 0, width() - 8, marginTop);

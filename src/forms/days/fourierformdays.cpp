@@ -12,6 +12,7 @@
 #include "forms/days/fouriergrafikinfo.h"
 #include "forms/days/interferencedialog.h"
 #include "forms/days/linesmodel.h"
+#include "forms/days/savetables.h"
 #include "forms/days/spectrumview.h"
 #include "forms/days/stacktexts.h"
 #include "forms/sky/skypage.h"
@@ -22,18 +23,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <cmath>
-
-namespace {
-
-Results::Format formatOf(const QString &suffix)
-{
-    if (suffix.compare("csv", Qt::CaseInsensitive) == 0)
-        return Results::Format::Csv;
-    return suffix.compare("json", Qt::CaseInsensitive) == 0 ? Results::Format::Json
-                                                            : Results::Format::Text;
-}
-
-} // namespace
 
 void FourierForm::takeNews(SpectraNews news)
 {
@@ -342,33 +331,15 @@ void FourierForm::saveSpectra()
     StatusLine::showSaved(path);
 }
 
-// Three tables beside each other, all of them or none.
 void FourierForm::saveTables()
 {
     if (!outcome)
         return;
     const Days::FourierDaysParameters &used = outcome->parameters;
-    const QString path = Plot::askForPath(
-        this, words.saveTables, startFolder(Settings::instance()->lastSavePath()),
+    askAndSaveTables(
+        this, words.saveTables,
         QString("stack%1_m%2_r%3.txt").arg(used.isFfa ? "-ffa" : "").arg(used.module).arg(used.ray),
-        "Text (*.txt);;Comma separated (*.csv);;JSON (*.json)");
-    if (path.isEmpty())
-        return;
-    const QFileInfo file(path);
-    std::vector<FileContent> files;
-    for (const auto &[what, table] : tables())
-        files.push_back({file.dir().filePath(file.completeBaseName() + "_" + what + "." +
-                                             Results::extensionOf(formatOf(file.suffix()))),
-                         table.toBytes(formatOf(file.suffix()))});
-    if (const WriteFailure failure = writeTogether(files)) {
-        showError(window(), "The tables were not saved.", failure.text());
-        return;
-    }
-    Settings::instance()->setLastSavePath(file.path());
-    QStringList names;
-    for (const FileContent &written : files)
-        names << QFileInfo(written.path).fileName();
-    StatusLine::showSaved(file.dir().filePath(names.join(", ")));
+        tables());
 }
 
 // What the batch program writes too.
