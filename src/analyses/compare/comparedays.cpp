@@ -94,15 +94,18 @@ void placeDays(ComparePlan &plan)
     }
 }
 
-// Noise of one point, by the differences of neighbouring points: the sky's own waves and those of
-// the weather are slow.
+// Noise of one point: by the differences of neighbouring points, for the sky's own waves and those
+// of the weather are slow; by the points themselves where they alternate, as with mains hum.
 double noiseOf(const std::vector<double> &series)
 {
+    const std::vector<float> values(series.begin(), series.end());
     std::vector<float> steps;
-    for (std::size_t i = 1; i < series.size(); ++i)
-        steps.push_back(float(series[i] - series[i - 1]));
+    for (std::size_t i = 1; i < values.size(); ++i)
+        steps.push_back(values[i] - values[i - 1]);
     std::vector<float> scratch;
-    return Tools::robustLevel(steps.data(), int(steps.size()), scratch).spread / std::sqrt(2.0);
+    const double ofPoints = Tools::robustLevel(values.data(), int(values.size()), scratch).spread;
+    const double ofSteps = Tools::robustLevel(steps.data(), int(steps.size()), scratch).spread;
+    return std::min(ofPoints, ofSteps / std::sqrt(2.0));
 }
 
 CompareDay productOf(const Days::DaySeries &series, const Days::DaySeries &backSeries, int offset,

@@ -67,7 +67,7 @@ QString usedText(const Compare::CompareProducts &products, const Compare::Compar
 
 SharedStart sharedStart(const RecordingSet &set, double clockOffset)
 {
-    constexpr double nearHours = 0.1;
+    constexpr double nearHours = 0.01; // the files of a strip; later ones go on behind a full hour
     constexpr double msPerSecond = 1000;
     const auto siderealOf = [clockOffset](const RecordingEntry &entry) {
         return Tools::localSiderealTime(
