@@ -1,5 +1,5 @@
 // How fast the series of days are made of their recordings, beside read() alone over the same
-// bytes: 60 days of one ray and of eight, of which one is summed. Warm: the files are in the
+// bytes: 20 days of one ray and of eight, of which one is summed. Warm: the files are in the
 // system's cache; cold: they were thrown out of it before. Compare the two of a kind, in processor
 // time and in real time; run with --benchmark_enable_random_interleaving=true and some repetitions.
 
@@ -31,7 +31,7 @@ const Strip &stripOf(int rays)
     if (strip.set.entries.empty()) {
         Simulator::DaysSimulation days = Simulator::demonstrationDays();
         days.recording.rays = rays;
-        days.days = 60;
+        days.days = 20;
         Simulator::writeDays(days, strip.folder.path());
         strip.set = recordingsOfFolder(strip.folder.path(), false);
         Days::DayChoice choice;

@@ -27,10 +27,10 @@ QString desktopViewer()
 
 } // namespace
 
-HelpChapter helpOn(const QString &formClass)
+HelpChapter helpOn(const QString &key)
 {
     struct Row {
-        const char *formClass;
+        const char *key;
         HelpChapter help;
     };
     const Row rows[] = {{"PulsarForm", {manual(), "the-pulsar-form"}},
@@ -39,11 +39,13 @@ HelpChapter helpOn(const QString &formClass)
                         {"FourierForm", {manual(), "spectra-of-many-days"}},
                         {"NativeMultiForm", {manual(), "days-under-each-other"}},
                         {"SearchNativeForm", {manual(), "days-under-each-other"}},
+                        {"FourierForm folds", {manual(), "folds-of-many-days"}},
+                        {"FourierForm sky", {manual(), "maps-and-searches-over-many-days"}},
                         {"ArraysForm", {manual(), "text-files-of-numbers"}},
                         {"ArraysDirForm", {manual(), "text-files-of-numbers"}},
                         {"CalculatorForm", {"README_zrt2_visual_calc.pdf", "the-calculator-form"}}};
     for (const Row &row : rows) {
-        if (formClass == row.formClass)
+        if (key == row.key)
             return row.help;
     }
     return {manual(), {}};

@@ -11,8 +11,9 @@ struct HelpChapter {
 
 /// What tells about a form.
 ///
-/// @param formClass  name of its class; an empty or unknown one gives the whole manual
-HelpChapter helpOn(const QString &formClass);
+/// @param key  its property "helpKey", or name of its class where it has none; an empty or unknown
+///             one gives the whole manual
+HelpChapter helpOn(const QString &key);
 
 /// The page, from 1, of a chapter in the list "NAME.chapters" beside the document "NAME.pdf";
 /// 1 where there is no list or no such chapter.

@@ -332,6 +332,31 @@ void MainWindow::openDirSumChannels()
     openDirectory<NativeMultiForm>("Pulsar directory");
 }
 
+void MainWindow::openDirSumFourierMap()
+{
+    openDays(0, 1, 0);
+}
+
+void MainWindow::openDirSumFfa()
+{
+    openDays(1, 0, 0);
+}
+
+void MainWindow::openDirSumFfaMap()
+{
+    openDays(1, 1, 0);
+}
+
+void MainWindow::openDirSearchFourier()
+{
+    openDays(0, 0, 1);
+}
+
+void MainWindow::openDirSearchFFA()
+{
+    openDays(1, 0, 1);
+}
+
 void MainWindow::openFileFFA()
 {
     openFile<FfaForm>();
@@ -363,31 +388,6 @@ void MainWindow::readBinToText()
 void MainWindow::openFileTransients()
 {
     sayNotBuilt("Transients");
-}
-
-void MainWindow::openDirSumFourierMap()
-{
-    openDays(0, 1, 0);
-}
-
-void MainWindow::openDirSumFfa()
-{
-    openDays(1, 0, 0);
-}
-
-void MainWindow::openDirSumFfaMap()
-{
-    sayNotBuilt("Sum of signals: FFA - map");
-}
-
-void MainWindow::openDirSearchFourier()
-{
-    openDays(0, 0, 1);
-}
-
-void MainWindow::openDirSearchFFA()
-{
-    sayNotBuilt("Search: FFA");
 }
 
 void MainWindow::openDirProfilesPeriods()
@@ -424,7 +424,9 @@ void MainWindow::showUpdates()
 void MainWindow::showChapter()
 {
     const QWidget *const form = shownForm();
-    const HelpChapter help = helpOn(form ? form->metaObject()->className() : "");
+    const QVariant key = form ? form->property("helpKey") : "";
+    const HelpChapter help =
+        helpOn(key.isValid() ? key.toString() : QString(form->metaObject()->className()));
     showDocument(help.document, help.chapter);
 }
 

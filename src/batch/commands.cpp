@@ -133,7 +133,7 @@ void addOutputOptions(CLI::App &command, TableArguments &arguments)
 
 Format formatOf(const std::string &name)
 {
-    return name == "csv" ? Format::Csv : name == "json" ? Format::Json : Format::Text;
+    return Results::formatOf(QString::fromStdString(name));
 }
 
 OutputOptions outputOptionsOf(const TableArguments &arguments)

@@ -1,11 +1,10 @@
-#include "batch/commands.h"
 #include "batch/comparework.h"
 #include "batch/dayoptions.h"
 #include "batch/dayswork.h"
 #include "batch/fieldoptions.h"
 
-#include <QDir>
 #include <memory>
+#include <tuple>
 
 // survey, stack and days: analyses over the days of folders.
 
@@ -29,13 +28,9 @@ constexpr char surveyExamples[] =
     "  zrt-batch survey --module 1 --ray 7 --dm 26.2 --point 1000 .\n"
     "  zrt-batch survey --module 1 --ray 7 --dm 26.2 --part 2/12 .";
 
-struct DaysArguments : TableArguments {
+struct DaysArguments : DayArguments {
     FieldOptions<FourierDaysParameters> options;
-    std::string kept;
-    std::string dates;
-    std::string part = "1/1";
     std::string daysOff;
-    std::string interference;
     bool allDays = false;
     bool savesSpectra = false;
 };
@@ -49,15 +44,6 @@ void addSeriesFields(CLI::App &command, const FourierDaysAnalysis &analysis,
     }
 }
 
-void addKeptOption(CLI::App &command, std::string &folder)
-{
-    command
-        .add_option("--kept", folder,
-                    "Folder of the series that are kept. Default: zrt-days in the first folder, or "
-                    "in the user's cache where that cannot be written.")
-        ->type_name("FOLDER");
-}
-
 void addDaysOff(CLI::App &command, std::string &days)
 {
     command
@@ -67,27 +53,12 @@ void addDaysOff(CLI::App &command, std::string &days)
         ->type_name("LIST");
 }
 
-// What both commands take beside the fields.
-void addDaysOptions(CLI::App &command, DaysArguments &arguments)
-{
-    command
-        .add_option("--dates", arguments.dates,
-                    "First and last date of the days, UTC, as 2015-04-01:2015-06-30.")
-        ->type_name("DATES")
-        ->check(dateRange());
-    addKeptOption(command, arguments.kept);
-}
-
 void addStackOptions(CLI::App &command, DaysArguments &arguments)
 {
     command.add_flag("--all-days", arguments.allDays,
                      "Count days too that the rule proposes to leave out.");
     addDaysOff(command, arguments.daysOff);
-    command
-        .add_option("--interference", arguments.interference,
-                    "List of frequencies and periods that are left out, or none. Default: the "
-                    "user's own list.")
-        ->type_name("FILE");
+    addInterferenceOption(command, arguments);
     command.add_flag("--save-spectra", arguments.savesSpectra,
                      "Write the whitened spectra of the days, with --ffa their periodograms too, "
                      "as a result file.");
@@ -97,15 +68,10 @@ DaysRequest requestOf(const DaysArguments &arguments)
 {
     DaysRequest request;
     request.parameters = arguments.options.parameters;
-    for (const std::string &folder : arguments.inputs)
-        request.folders << QDir::cleanPath(QDir().absoluteFilePath(textOf(folder)));
+    request.folders = foldersOf(arguments);
     request.kept = textOf(arguments.kept);
-    const QString dates = textOf(arguments.dates);
-    request.firstDate = dates.section(':', 0, 0);
-    request.lastDate = dates.section(':', 1, 1);
-    const QString part = textOf(arguments.part);
-    request.part = part.section('/', 0, 0).toInt();
-    request.parts = part.section('/', 1, 1).toInt();
+    std::tie(request.firstDate, request.lastDate) = datesOf(arguments);
+    std::tie(request.part, request.parts) = partOf(arguments);
     request.allDays = arguments.allDays;
     request.daysOff = textOf(arguments.daysOff).split(',', Qt::SkipEmptyParts);
     request.interference = textOf(arguments.interference);
@@ -114,19 +80,16 @@ DaysRequest requestOf(const DaysArguments &arguments)
     return request;
 }
 
-constexpr char foldersHelp[] = "Folders of recordings (.pnt, .pnthr), with their sub-folders.";
-
 void addSurvey(CLI::App &app, Chosen &chosen, const FourierDaysAnalysis &analysis)
 {
     CLI::App *const command = app.add_subcommand(Days::surveyCommand, surveyManual);
     command->footer(surveyExamples);
     const auto arguments = std::make_shared<DaysArguments>();
     addSeriesFields(*command, analysis, *arguments);
-    addDaysOptions(*command, *arguments);
-    command->add_option("--part", arguments->part, "Every N-th day only, from the K-th on.")
-        ->type_name("K/N")
-        ->check(partOfWhole());
-    addRunOptions(*command, *arguments, foldersHelp, "DIR");
+    addDatesOption(*command, *arguments);
+    addKeptOption(*command, *arguments, "series");
+    addPartOption(*command, *arguments, "Every N-th day only, from the K-th on.");
+    addRunOptions(*command, *arguments, dayFoldersHelp, "DIR");
     command->callback([&chosen, arguments] {
         arguments->options.takeOver();
         chosen.run = [arguments] {
@@ -146,9 +109,10 @@ void addStack(CLI::App &app, Chosen &chosen)
     for (const FourierDaysAnalysis &analysis : Days::fourierDaysAnalyses())
         analyses.push_back(&analysis);
     addFieldsOfAll(*command, analyses, arguments->options);
-    addDaysOptions(*command, *arguments);
+    addDatesOption(*command, *arguments);
+    addKeptOption(*command, *arguments, "series");
     addStackOptions(*command, *arguments);
-    addRunOptions(*command, *arguments, foldersHelp, "DIR");
+    addRunOptions(*command, *arguments, dayFoldersHelp, "DIR");
     addOutputOptions(*command, *arguments);
     command->callback([&chosen, arguments] {
         arguments->options.takeOver();
@@ -159,9 +123,8 @@ void addStack(CLI::App &app, Chosen &chosen)
     });
 }
 
-struct CompareArguments : TableArguments {
+struct CompareArguments : DayArguments {
     FieldOptions<Compare::CompareParameters> options;
-    std::string kept;
     std::string daysOff;
 };
 
@@ -169,8 +132,7 @@ CompareRequest requestOf(const CompareArguments &arguments)
 {
     CompareRequest request;
     request.parameters = arguments.options.parameters;
-    for (const std::string &folder : arguments.inputs)
-        request.folders << QDir::cleanPath(QDir().absoluteFilePath(textOf(folder)));
+    request.folders = foldersOf(arguments);
     request.kept = textOf(arguments.kept);
     request.daysOff = textOf(arguments.daysOff).split(',', Qt::SkipEmptyParts);
     request.output = outputOptionsOf(arguments);
@@ -186,9 +148,9 @@ void addCompare(CLI::App &app, Chosen &chosen)
     const auto arguments = std::make_shared<CompareArguments>();
     for (const Compare::CompareField *field : analysis.fields)
         arguments->options.add(*command, *field);
-    addKeptOption(*command, arguments->kept);
+    addKeptOption(*command, *arguments, "series");
     addDaysOff(*command, arguments->daysOff);
-    addRunOptions(*command, *arguments, foldersHelp, "DIR");
+    addRunOptions(*command, *arguments, dayFoldersHelp, "DIR");
     addOutputOptions(*command, *arguments);
     command->callback([&chosen, arguments] {
         arguments->options.takeOver();

@@ -1,10 +1,10 @@
-#include "batch/commands.h"
 #include "batch/dayoptions.h"
 #include "batch/fieldoptions.h"
 #include "batch/skywork.h"
 
-#include <QDir>
+#include <QDate>
 #include <memory>
+#include <tuple>
 
 // map and search: the sky over the days of folders.
 
@@ -12,38 +12,19 @@ namespace Batch {
 
 namespace {
 
-struct SkyArguments : TableArguments {
+struct SkyArguments : DayArguments {
     FieldOptions<Sky::SkyParameters> options;
-    std::string kept;
-    std::string dates;
-    std::string part = "1/1";
-    std::string interference;
     std::string name;
 };
 
 void addSkyOptions(CLI::App &command, SkyArguments &arguments)
 {
-    command
-        .add_option("--dates", arguments.dates,
-                    "First and last date of the days, UTC, as 2015-04-01:2015-06-30.")
-        ->type_name("DATES")
-        ->check(dateRange());
-    command
-        .add_option("--kept", arguments.kept,
-                    "Folder of the stacks that are kept. Default: zrt-days in the first folder, or "
-                    "in the user's cache where that cannot be written.")
-        ->type_name("FOLDER");
-    command
-        .add_option("--part", arguments.part,
-                    "Add up every N-th day only, from the K-th on, and make nothing but stacks; "
-                    "the same command without this option joins them.")
-        ->type_name("K/N")
-        ->check(partOfWhole());
-    command
-        .add_option("--interference", arguments.interference,
-                    "List of frequencies and periods that are left out, or none. Default: the "
-                    "user's own list.")
-        ->type_name("FILE");
+    addDatesOption(command, arguments);
+    addKeptOption(command, arguments, "stacks");
+    addPartOption(command, arguments,
+                  "Add up every N-th day only, from the K-th on, and make nothing but stacks; the "
+                  "same command without this option joins them.");
+    addInterferenceOption(command, arguments);
 }
 
 SkyRequest requestOf(const SkyArguments &arguments, const Sky::SkyAnalysis &analysis)
@@ -51,15 +32,11 @@ SkyRequest requestOf(const SkyArguments &arguments, const Sky::SkyAnalysis &anal
     SkyRequest request;
     request.analysis = &analysis;
     request.parameters = arguments.options.parameters;
-    for (const std::string &folder : arguments.inputs)
-        request.folders << QDir::cleanPath(QDir().absoluteFilePath(textOf(folder)));
+    request.folders = foldersOf(arguments);
     request.kept = textOf(arguments.kept);
-    const QString dates = textOf(arguments.dates);
-    request.dates = {QDate::fromString(dates.section(':', 0, 0), Qt::ISODate),
-                     QDate::fromString(dates.section(':', 1, 1), Qt::ISODate)};
-    const QString part = textOf(arguments.part);
-    request.part = part.section('/', 0, 0).toInt();
-    request.parts = part.section('/', 1, 1).toInt();
+    const auto [first, last] = datesOf(arguments);
+    request.dates = {QDate::fromString(first, Qt::ISODate), QDate::fromString(last, Qt::ISODate)};
+    std::tie(request.part, request.parts) = partOf(arguments);
     request.interference = textOf(arguments.interference);
     request.name = textOf(arguments.name);
     request.output = outputOptionsOf(arguments);
@@ -83,10 +60,7 @@ void addAnalysis(CLI::App &app, Chosen &chosen, const Sky::SkyAnalysis &analysis
                          "Name of the map: its file is map_NAME_np..., with the base lines median "
                          "and polinom5; with others NAME itself.")
             ->type_name("NAME");
-    addRunOptions(*command, *arguments,
-                  "Folders of recordings (.pnt, .pnthr), with their "
-                  "sub-folders.",
-                  "DIR");
+    addRunOptions(*command, *arguments, dayFoldersHelp, "DIR");
     addOutputOptions(*command, *arguments);
     command->callback([&chosen, arguments, &analysis, &folding] {
         arguments->options.takeOver();

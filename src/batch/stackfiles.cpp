@@ -83,23 +83,6 @@ bool StackFiles::areDone() const
            file.open(QIODevice::ReadOnly) && file.read(wanted.size()) == wanted;
 }
 
-std::vector<std::pair<QString, ResultTable>>
-StackFiles::tablesOf(const Days::DaySpectra &spectra, const Days::StackOutcome &outcome) const
-{
-    ResultTable table;
-    table.request = requestLines();
-    table.result = Days::stackLines(outcome.stack, found.plan, outcome.choice);
-    std::vector<std::pair<QString, ResultTable>> tables = {
-        {curveName(), table}, {"lines", table}, {"days", table}};
-    tables[0].second.columns = Days::spectrumColumns(outcome.stack);
-    tables[1].second.columns = Days::linesColumns(outcome.stack);
-    tables[2].second.columns =
-        Days::daysColumns(spectra.days(), outcome.verdicts, outcome.choice.days);
-    for (const HeaderLine &line : Days::leftOutLines(found.set, found.plan.list))
-        tables[2].second.result.push_back(line);
-    return tables;
-}
-
 Failure StackFiles::addPictures(const Days::DaySpectra &spectra, const Days::StackOutcome &outcome,
                                 std::vector<FileContent> &files) const
 {
@@ -129,7 +112,7 @@ Failure StackFiles::write(const Days::DaySpectra &spectra, const Days::StackOutc
         files.push_back({beside.dir().filePath(Days::spectraFileName(spectra.days(), parameters)),
                          Days::spectraBytes(spectra.days(), parameters)});
     }
-    const auto tables = tablesOf(spectra, outcome);
+    const auto tables = Days::stackTables(requestLines(), spectra, outcome, found.set);
     for (const auto &[what, table] : tables) {
         const ResultTable &written = table;
         files.push_back({tablePath(what), {}, [&written, this](WholeFile &out) {

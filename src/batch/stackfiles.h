@@ -31,8 +31,6 @@ private:
     QString tablePath(const QString &what) const;
     QString curveName() const; // of the stack over its axis
     std::vector<Results::HeaderLine> requestLines() const;
-    std::vector<std::pair<QString, Results::ResultTable>>
-    tablesOf(const Days::DaySpectra &spectra, const Days::StackOutcome &outcome) const;
     Failure addPictures(const Days::DaySpectra &spectra, const Days::StackOutcome &outcome,
                         std::vector<FileContent> &files) const;
 

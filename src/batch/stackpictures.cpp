@@ -1,12 +1,11 @@
 #include "batch/stackpictures.h"
 
 #include "picture/percentiles.h"
-#include "picture/resultplot.h"
 #include "picture/rowpicture.h"
+#include "picture/stackplot.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace Batch {
 
@@ -21,34 +20,13 @@ float highestColour(std::vector<float> values)
     return high.empty() ? least : std::max(least, std::round(high[0]));
 }
 
-PlotData spectrumPlot(const Days::FourierStack &stack)
-{
-    PlotData plot;
-    plot.graphs = {stack.sigma};
-    std::fill_n(plot.graphs[0].begin(),
-                std::min<std::size_t>(plot.graphs[0].size(), Days::lowestBin),
-                std::numeric_limits<float>::quiet_NaN());
-    plot.names << QString("%1 days").arg(stack.days);
-    plot.numPoints = int(stack.sigma.size());
-    plot.x = {"frequency", "Hz", 0, stack.binWidth, {}};
-    plot.textX1 = [&stack](int index) { return QString::number(stack.frequency(index), 'g', 5); };
-    const Plot::Range range = Plot::verticalRange(plot);
-    plot.yMin = range.min;
-    plot.yMax = range.max;
-    return plot;
-}
-
 } // namespace
 
 Plot::PictureBytes curvePicture(const Days::FourierStack &stack, const OutputOptions &output,
                                 const StackPictureText &text)
 {
-    PlotData plot = stack.ffa ? Plot::periodPlot(stack.ffa->periods, {stack.sigma},
-                                                 {QString("%1 days").arg(stack.days)})
-                              : spectrumPlot(stack);
-    plot.yName = "significance";
-    plot.yUnit = "sigma";
-    plot.source = QStringList{text.name, QString("stack of %1 days").arg(stack.days)};
+    const QStringList source = {text.name, QString("stack of %1 days").arg(stack.days)};
+    const PlotData plot = Plot::stackPlot(stack, source);
     return pictureOf(plot, output, text.key);
 }
 

@@ -1,6 +1,7 @@
 #include "calc/ffafold.h"
 
 #include "calc/fold.h"
+#include "calc/periodlikelihood.h"
 #include "ffa/normalise.h"
 
 #include <algorithm>
@@ -13,12 +14,13 @@ namespace Tools {
 namespace {
 
 constexpr int mostParts = 64;
-constexpr int refineSteps = 24;    // to either side
-constexpr double refineBins = 3;   // of drift there at least
-constexpr double refineWidths = 2; // of the pulse
-constexpr double topShare = 0.75;  // of the highest S/N
+constexpr int refineSteps = 24;      // to either side
+constexpr double refineBins = 3;     // of drift there at least
+constexpr double refineWidths = 2;   // of the pulse
+constexpr double likelyWidths = 1.5; // of the pulse: drift to either side of the best
+constexpr int coarsePart = 40;       // per cent of the work
+constexpr int likelyPart = 60;
 constexpr int refinedBins = 512;
-constexpr double sampleDrift = 0.09; // samples of drift that a pulse of one sample leaves uncertain
 
 constexpr double sampleSigma = 1; // of the searched series
 
@@ -52,32 +54,6 @@ public:
         return bestBoxcar(Tools::fold(samples.data(), count, period / result.tsamp, bins), sigma);
     }
 
-    // Adds to one weight per sample by how much the S/N of the peak, `factor` times, grows with the
-    // sample. That the best boxcar itself moves with the samples changes it in second order only.
-    void addInfluence(double period, const BoxcarPeak &peak, double factor,
-                      std::vector<double> &influence) const
-    {
-        const std::vector<double> &samples = series();
-        const double turn = period / result.tsamp; // samples
-        const double share = double(peak.width) / bins;
-        const double opening = std::fmod(peak.phase - share / 2 + 1, 1.0) * turn;
-        const double width = share * turn;
-        const auto overlapAt = [=](std::size_t i) {
-            // Begin of the sample after that of the boxcar before it.
-            double after = std::fmod(double(i) - opening, turn);
-            after += after < 0 ? turn : 0;
-            return std::max(0.0, std::min(1.0, width - after)) + std::max(0.0, after + 1 - turn);
-        };
-        double sum = 0;
-        for (std::size_t i = 0; i < samples.size(); ++i)
-            sum += (overlapAt(i) - share) * samples[i];
-        if (!(sum > 0))
-            return;
-        factor *= peak.snr / sum;
-        for (std::size_t i = 0; i < samples.size(); ++i)
-            influence[i] += factor * (overlapAt(i) - share);
-    }
-
     // Variance of what the mean pulse leaves of the samples.
     double restVariance(double period) const
     {
@@ -102,39 +78,6 @@ private:
     std::vector<double> quiet;  // empty: the series as it was searched
     double sigma = sampleSigma; // of its samples
 };
-
-// Centre of gravity of the S/N above three quarters of the highest, round it, as an index, and by
-// how much it grows with each S/N.
-struct Centre {
-    double index = 0;
-    std::vector<double> slopes;
-};
-
-Centre centreOfGravity(const std::vector<BoxcarPeak> &peaks, int top)
-{
-    const double lowest = topShare * peaks[std::size_t(top)].snr;
-    const auto above = [&](int i) { return peaks[std::size_t(i)].snr - lowest; };
-    int first = top;
-    while (first > 0 && above(first - 1) > 0)
-        --first;
-    int last = top;
-    while (last + 1 < int(peaks.size()) && above(last + 1) > 0)
-        ++last;
-    double weights = 0;
-    Centre centre;
-    for (int i = first; i <= last; ++i) {
-        weights += above(i);
-        centre.index += above(i) * i;
-    }
-    centre.index /= weights;
-    centre.slopes.assign(peaks.size(), 0.0);
-    for (int i = first; i <= last; ++i) {
-        const double slope = (i - centre.index) / weights;
-        centre.slopes[std::size_t(i)] += slope;
-        centre.slopes[std::size_t(top)] -= topShare * slope;
-    }
-    return centre;
-}
 
 } // namespace
 
@@ -182,7 +125,7 @@ FfaRefinement refinePeriod(const FfaResult &result, double period, int searchedB
 
     std::vector<BoxcarPeak> peaks;
     for (int i = -refineSteps; i <= refineSteps; ++i) {
-        if (progress && !progress(100 * int(peaks.size()) / (2 * refineSteps + 1)))
+        if (progress && !progress(coarsePart * int(peaks.size()) / (2 * refineSteps + 1)))
             return {};
         peaks.push_back(scan.peakAt(period + i * step));
     }
@@ -191,24 +134,18 @@ FfaRefinement refinePeriod(const FfaResult &result, double period, int searchedB
                          [](const BoxcarPeak &a, const BoxcarPeak &b) { return a.snr < b.snr; });
     if (!(best->snr > 0))
         return {period, period};
-    const int top = int(best - peaks.begin());
-    const Centre centre = centreOfGravity(peaks, top);
-    FfaRefinement refined;
-    refined.period = period + (centre.index - refineSteps) * step;
-    std::vector<double> influence(scan.series().size(), 0.0);
-    for (std::size_t i = 0; i < peaks.size(); ++i) {
-        if (centre.slopes[i] != 0)
-            scan.addInfluence(period + (double(i) - refineSteps) * step, peaks[i], centre.slopes[i],
-                              influence);
-    }
-    const double squares =
-        std::inner_product(influence.begin(), influence.end(), influence.begin(), 0.0);
-    const double noise = std::sqrt(squares * scan.restVariance(refined.period)) * step;
-    const double seconds = best->width * refined.period / bins;
-    const double sampled =
-        sampleDrift * result.tsamp * result.tsamp / std::max(seconds, result.tsamp);
-    refined.error = std::hypot(noise, sampled * refined.period / length);
-    return refined;
+    const double found = period + (double(best - peaks.begin()) - refineSteps) * step;
+    const double turn = found / result.tsamp;
+    const double middle = double(result.series.size()) / 2 / turn;
+    const double phase = best->phase - middle;
+    const double share = double(best->width) / bins;
+    const LikelyPeriod likely =
+        likelyPeriod(scan.series(), scan.restVariance(found),
+                     {turn, phase - std::floor(phase), share, best->snr}, likelyWidths * share,
+                     [&](int percent) {
+                         return !progress || progress(coarsePart + likelyPart * percent / 100);
+                     });
+    return {likely.period * result.tsamp, likely.error * result.tsamp};
 }
 
 } // namespace Tools

@@ -46,23 +46,24 @@ int usableWindow(std::size_t values, int window)
 
 } // namespace
 
-std::vector<double> localMedian(const std::vector<double> &values, int window)
+std::vector<double> localMedian(const std::vector<double> &values, int window, std::size_t first)
 {
     if (values.empty())
         return {};
-    std::vector<double> ordered = values;
+    const std::size_t skipped = std::min(first, values.size() - 1);
+    std::vector<double> ordered(values.begin() + std::ptrdiff_t(skipped), values.end());
     for (double &value : ordered) {
         if (std::isnan(value))
             value = std::numeric_limits<double>::infinity();
     }
-    const std::size_t width = std::size_t(usableWindow(values.size(), window));
+    const std::size_t width = std::size_t(usableWindow(ordered.size(), window));
     const std::size_t half = width / 2;
     std::vector<double> sorted(ordered.begin(), ordered.begin() + std::ptrdiff_t(width));
     std::sort(sorted.begin(), sorted.end());
     std::vector<double> medians(values.size(), sorted[half]);
     for (std::size_t end = width; end < ordered.size(); ++end) {
         replace(sorted, ordered[end - width], ordered[end]);
-        medians[end - half] = sorted[half];
+        medians[skipped + end - half] = sorted[half];
     }
     std::fill(medians.end() - std::ptrdiff_t(half), medians.end(), sorted[half]);
     return medians;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 namespace Tools {
@@ -11,8 +12,11 @@ namespace Tools {
 ///
 /// @param window  odd, at least 1; more than there are values counts as all of them, or as one less
 ///                where their number is even
+/// @param first   values before it enter no window; theirs is the median at the first. Where a base
+///                line has taken the lowest lines of a spectrum away, they would pull it down.
 /// @return as many medians as values
-std::vector<double> localMedian(const std::vector<double> &values, int window);
+std::vector<double> localMedian(const std::vector<double> &values, int window,
+                                std::size_t first = 0);
 
 /// How the noise of a spectrum is distributed around its level.
 enum class NoiseLaw {

@@ -244,8 +244,10 @@ std::vector<double> notch(std::vector<double> &series, double tsamp,
 {
     const std::function<bool()> goOn = mayGoOn ? mayGoOn : [] { return true; };
     std::vector<double> shares(bands.size());
+    if (bands.empty()) // without a look at the series, for most sums come with none
+        return shares;
     const double whole = varianceOf(series) * double(series.size());
-    if (bands.empty() || !(whole > 0))
+    if (!(whole > 0))
         return shares;
     const double mean = meanOf(series);
     addLevel(-mean, series); // a level far above the signal would decide where the fit ends

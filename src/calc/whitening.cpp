@@ -49,9 +49,9 @@ double Whitening::power(double ratio) const
     return table[entry] + (position - double(entry)) * (table[entry + 1] - table[entry]);
 }
 
-std::vector<float> Whitening::powers(const std::vector<double> &amplitudes) const
+std::vector<float> Whitening::powers(const std::vector<double> &amplitudes, std::size_t first) const
 {
-    const std::vector<double> medians = localMedian(amplitudes, width);
+    const std::vector<double> medians = localMedian(amplitudes, width, first);
     std::vector<float> result(amplitudes.size());
     for (std::size_t i = 0; i < amplitudes.size(); ++i) {
         const double ratio = amplitudes[i] / medians[i];

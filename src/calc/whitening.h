@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 namespace Tools {
@@ -28,7 +29,9 @@ public:
     double power(double ratio) const;
 
     /// P of each line of an amplitude spectrum; 0 where the median is 0 or no number.
-    std::vector<float> powers(const std::vector<double> &amplitudes) const;
+    ///
+    /// @param first  of localMedian()
+    std::vector<float> powers(const std::vector<double> &amplitudes, std::size_t first = 0) const;
 
 private:
     int width;

@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QIODevice>
 #include <QRegularExpression>
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -196,13 +197,30 @@ QString textLine(const QByteArray &bytes)
     return entry.match(text).hasMatch() ? text : QString();
 }
 
-QString beyondProblem(const Passport &passport)
+// Whether a line holds what no text does, and samples nearly always do.
+bool holdsControlBytes(const QByteArray &line)
 {
-    return QString("its first line counts %1 lines of the passport, but the next one, \"%2\", "
-                   "belongs to it too, and the samples would be read shifted. In a copy, correct "
-                   "the number in line 1")
-        .arg(passport.lines)
-        .arg(passport.lineBeyond.left(40));
+    return std::any_of(line.begin(), line.end(),
+                       [](char c) { return uchar(c) < ' ' && !(c >= '\t' && c <= '\r'); });
+}
+
+// Why the number of lines cannot be right; empty where it can.
+QString countProblem(const Passport &passport)
+{
+    QString what;
+    if (passport.noText > 0)
+        what = QString("line %1 is no text: the samples begin there or before, and would be read "
+                       "shifted")
+                   .arg(passport.noText);
+    else if (!passport.lineBeyond.isEmpty())
+        what = QString("the next one, \"%1\", belongs to it too, and the samples would be read "
+                       "shifted")
+                   .arg(passport.lineBeyond.left(40));
+    else
+        return {};
+    return QString("its first line counts %1 lines of the passport, but %2. In a copy, correct the "
+                   "number in line 1")
+        .arg(QString::number(passport.lines), what);
 }
 
 } // namespace
@@ -219,6 +237,8 @@ Passport parsePassport(const QByteArray &bytes)
             break;
         }
         passport.complete = takeLine(bytes, passport.size, line);
+        if (passport.noText == 0 && holdsControlBytes(line))
+            passport.noText = number;
         addEntry(line, passport.entries);
     }
     if (passport.complete)
@@ -251,7 +271,7 @@ RecordingHeader recordingHeader(const Passport &passport, const QString &path)
     ObservationData &data = header.data;
     const QMap<QString, QString> &entries = passport.entries;
     WholeNumbers numbers(passport);
-    const bool isShort = !passport.lineBeyond.isEmpty();
+    const QString miscounted = countProblem(passport);
 
     data.filePath = path;
     data.fileName = QFileInfo(path).fileName();
@@ -260,9 +280,10 @@ RecordingHeader recordingHeader(const Passport &passport, const QString &path)
     if (!numbers.has("nbands") && !numbers.has("fbands") && !numbers.has("channels")) {
         debugLine("Error! No channels in file!");
         data.npoints = -1;
-        header.problem = isShort ? beyondProblem(passport)
-                                 : "the passport does not say how many channels there are "
-                                   "(no \"nbands\", \"fbands\" or \"channels\")";
+        header.problem = !miscounted.isEmpty()
+                             ? miscounted
+                             : "the passport does not say how many channels there are "
+                               "(no \"nbands\", \"fbands\" or \"channels\")";
         return header;
     }
     data.channels = channelCount(passport, numbers);
@@ -271,9 +292,10 @@ RecordingHeader recordingHeader(const Passport &passport, const QString &path)
     if (data.modules == -1) {
         debugLine("Error! No modules in file!");
         data.npoints = -1;
-        header.problem = isShort ? beyondProblem(passport)
-                                 : "the passport does not say which modules were recorded "
-                                   "(no \"modulus\", \"modules\" or \"module\")";
+        header.problem = !miscounted.isEmpty()
+                             ? miscounted
+                             : "the passport does not say which modules were recorded "
+                               "(no \"modulus\", \"modules\" or \"module\")";
         return header;
     }
 
@@ -293,8 +315,8 @@ RecordingHeader recordingHeader(const Passport &passport, const QString &path)
     }
     header.problem = numbers.problem();
     readStep(entries, header);
-    if (isShort)
-        header.problem = beyondProblem(passport);
+    if (!miscounted.isEmpty())
+        header.problem = miscounted;
     if (!header.problem.isEmpty())
         data.npoints = 0;
 

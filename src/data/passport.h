@@ -15,6 +15,7 @@ struct Passport {
     bool complete = false;          ///< every line that the first one announces was found
     qint64 lines = 0;               ///< that the first one announces, itself included
     QString lineBeyond;             ///< a line of text where the samples begin; empty: none
+    qint64 noText = 0;              ///< number of the first line that is no text; 0: none
 };
 
 /// What a passport says about its recording.

@@ -141,6 +141,15 @@ void offerChoices(QWidget *field, const FieldText &told)
         combo->addItem(choice.label);
 }
 
+void hide(const QWidget *part, QWidget *field)
+{
+    field->hide();
+    for (QLabel *const label : part->findChildren<QLabel *>()) {
+        if (label->buddy() == field)
+            label->hide();
+    }
+}
+
 std::vector<FieldProblem> problems(const QWidget *part, const std::vector<Unread> &unread)
 {
     std::vector<FieldProblem> all;

@@ -3,6 +3,7 @@
 #include "calc/analysis.h"
 #include "calc/fieldproblem.h"
 
+#include <algorithm>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -49,6 +50,26 @@ void offerChoices(const QWidget *part, const Analysis<Parameters> &analysis)
 {
     for (const Field<Parameters> *told : analysis.fields)
         offerChoices(find(part, *told), *told);
+}
+
+/// Hides a field and the label that stands for it.
+void hide(const QWidget *part, QWidget *field);
+
+/// Hides the fields that other analyses of the same form read and this one does not.
+template <typename OneAnalysis>
+void hideFieldsOfOthers(const QWidget *part, const OneAnalysis &own,
+                        const std::vector<OneAnalysis> &all)
+{
+    const auto isOwn = [&](const QWidget *field) {
+        return std::any_of(own.fields.begin(), own.fields.end(),
+                           [&](const auto *told) { return find(part, *told) == field; });
+    };
+    for (const OneAnalysis &other : all) {
+        for (const auto *told : other.fields) {
+            if (QWidget *const field = find(part, *told); field && !isOwn(field))
+                hide(part, field);
+        }
+    }
 }
 
 /// What stands in the fields of an analysis. A parameter without a field has its preset.

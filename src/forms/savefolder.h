@@ -6,6 +6,18 @@
 
 #include <QSettings>
 
+/// Asks for the name of a file in the folder of the last save; empty where the user cancels.
+QString askSavePath(QWidget *form, const QString &title, const QString &name,
+                    const QString &filters);
+
+/// Ends a save: remembers the folder and says in the status bar what was saved, or tells in a box
+/// why nothing was.
+///
+/// @param path     the file, or several of one folder
+/// @param refusal  first line of the box
+/// @param failure  cause; empty where all went well
+void endSave(QWidget *form, const QString &path, const QString &refusal, const QString &failure);
+
 /// Lets the save dialogs of a plot or a picture menu start in the folder of the last save, and
 /// remembers theirs; a plot's legend is folded and placed as the user left the last one.
 ///

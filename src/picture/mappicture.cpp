@@ -1,6 +1,6 @@
 #include "picture/mappicture.h"
 
-#include "picture/colourmap.h"
+#include "picture/colourbar.h"
 #include "picture/plotgeometry.h"
 #include "picture/plotpainter.h"
 #include "picture/rowmaxima.h"
@@ -101,14 +101,32 @@ void paintRowNames(QPainter &painter, const MapPicture &picture, const QRect &ar
     }
 }
 
-// Centred below a tick as far as the panel has room, for the next panel has labels too.
-void paintTickText(QPainter &painter, const QRect &area, int x, int top, const QString &text)
-{
-    const int width = painter.fontMetrics().horizontalAdvance(text);
-    const int left =
-        std::clamp(x - width / 2, area.left(), std::max(area.left(), area.right() - width));
-    painter.drawText(QRect(left, top, width + 1, labelHeight), Qt::AlignLeft, text);
-}
+// Texts along an axis, from the left to the right, none into the one before it. Each is centred
+// below its tick as far as the panel has room, for the next panel has texts too.
+class TextRow {
+public:
+    TextRow(QPainter &target, const QRect &panel, int heightOfRow)
+        : painter(target), area(panel), top(heightOfRow), end(panel.left())
+    {}
+
+    void add(int x, const QString &text)
+    {
+        constexpr int gap = 6;
+        const int width = painter.fontMetrics().horizontalAdvance(text);
+        const int left =
+            std::clamp(x - width / 2, area.left(), std::max(area.left(), area.right() - width));
+        if (left < end)
+            return;
+        painter.drawText(QRect(left, top, width + 1, labelHeight), Qt::AlignLeft, text);
+        end = left + width + gap;
+    }
+
+private:
+    QPainter &painter;
+    QRect area;
+    int top;
+    int end;
+};
 
 struct AxisTick {
     double column = 0;
@@ -116,18 +134,31 @@ struct AxisTick {
     QString text;
 };
 
-// Round values where columns are evenly apart, round shares of the axis otherwise.
-std::vector<AxisTick> ticksOf(const Sky::SkyMap &map, const Range &columns, int count)
+// As round as the room of each allows, for neighbouring columns are not evenly apart.
+std::vector<AxisTick> unevenTicks(const Sky::SkyMap &map, const Range &columns, int count)
 {
     std::vector<AxisTick> all;
-    if (!map.axis.empty()) {
-        for (int i = 0; i <= count; ++i) {
-            const double column = columns.min + columns.extent() * i / count;
-            const double value = map.axisAt(column);
-            all.push_back({column, value, QString::number(value, 'g', digits)});
-        }
-        return all;
+    const double spacing = columns.extent() / count;
+    for (int i = 0; i < count; ++i) {
+        const double place = columns.min + spacing * i;
+        const double near = map.axisAt(place);
+        const double step = roundStepAbove(std::abs(map.axisAt(place + spacing / 4) - near));
+        if (step == 0)
+            continue;
+        const double value = std::ceil(near / step) * step;
+        const auto at = std::lower_bound(map.axis.begin(), map.axis.end(), value);
+        const auto column = double(at - map.axis.begin());
+        if (column <= columns.max && (all.empty() || column > all.back().column))
+            all.push_back({column, value, tickText(value, step)});
     }
+    return all;
+}
+
+std::vector<AxisTick> ticksOf(const Sky::SkyMap &map, const Range &columns, int count)
+{
+    if (!map.axis.empty())
+        return unevenTicks(map, columns, count);
+    std::vector<AxisTick> all;
     const double low = map.axisAt(columns.min);
     const double high = map.axisAt(columns.max);
     const Ticks ticks = roundTicks(low, high, (high - low) / count);
@@ -142,13 +173,14 @@ void paintAxis(QPainter &painter, const MapPicture &picture, const QRect &area, 
     const Sky::SkyMap &map = picture.map();
     const int tickCount = std::max(1, area.width() / tickDistance);
     const int top = area.bottom() + 6;
+    TextRow values(painter, area, top);
+    TextRow reciprocals(painter, area, top + labelHeight);
     for (const AxisTick &tick : ticksOf(map, picture.columns, tickCount)) {
         const int x = int(xOf(picture, area, tick.column));
         painter.drawLine(x, area.bottom() + 1, x, area.bottom() + 5);
-        paintTickText(painter, area, x, top, tick.text);
+        values.add(x, tick.text);
         if (tick.value > 0)
-            paintTickText(painter, area, x, top + labelHeight,
-                          QString::number(1 / tick.value, 'g', digits));
+            reciprocals.add(x, QString::number(1 / tick.value, 'g', digits));
     }
     if (!hasNames)
         return;
@@ -160,12 +192,7 @@ void paintAxis(QPainter &painter, const MapPicture &picture, const QRect &area, 
 
 void paintScale(QPainter &painter, const MapPicture &picture, const QRect &bar)
 {
-    const int steps = bar.height();
-    for (int y = 0; y < steps; ++y) {
-        const double share = 1 - double(y) / std::max(1, steps - 1);
-        const auto colour = std::size_t(std::lround(share * (colourCount - 1)));
-        painter.fillRect(bar.left(), bar.top() + y, bar.width(), 1, QColor(colourMap()[colour]));
-    }
+    paintColourBar(painter, bar);
     painter.drawRect(bar.adjusted(-1, -1, 0, 0));
     const QRect beside(bar.right() + 3, bar.top(), marginRight, bar.height());
     painter.drawText(beside, Qt::AlignTop, QString::number(double(picture.high)));
@@ -196,13 +223,16 @@ QString panelTitle(const Sky::SkyPlan &plan, const Sky::SkyMap &map)
 QString titleOf(const Sky::SkyPlan &plan, const Sky::SkyMap &map)
 {
     const Sky::MapChoice &choice = map.choice;
-    if (choice.axis == Sky::MapAxis::Starts)
-        return choice.dispersion < 0
-                   ? QString("right ascension, best of %1 DM").arg(plan.dispersions.size())
-                   : QString("right ascension, DM %1 pc/cm^3")
-                         .arg(plan.dispersions[std::size_t(choice.dispersion)]);
-    return choice.start < 0 ? QString("DM, pc/cm^3, best of %1 stretches").arg(plan.starts)
-                            : QString("DM, pc/cm^3, stretch %1").arg(choice.start + 1);
+    if (choice.axis == Sky::MapAxis::Dispersions)
+        return choice.start < 0 && plan.starts > 1
+                   ? QString("DM, pc/cm^3, best of %1 stretches").arg(plan.starts)
+                   : QString("DM, pc/cm^3, stretch %1").arg(std::max(0, choice.start) + 1);
+    const bool isKnown = !map.rows.empty() && std::isfinite(map.rows.front().value);
+    return QString(isKnown ? "right ascension, %1" : "start of the stretch, %1")
+        .arg(choice.dispersion < 0 && plan.dispersions.size() > 1
+                 ? QString("best of %1 DM").arg(plan.dispersions.size())
+                 : QString("DM %1 pc/cm^3")
+                       .arg(plan.dispersions[std::size_t(std::max(0, choice.dispersion))]));
 }
 
 } // namespace

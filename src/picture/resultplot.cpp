@@ -4,6 +4,7 @@
 #include "calc/pulsar/axislines.h"
 #include "data/recordingtime.h"
 #include "picture/axistexts.h"
+#include "picture/percentiles.h"
 #include "picture/plotgeometry.h"
 
 #include <QDateTime>
@@ -232,17 +233,14 @@ std::vector<int> bandsFromHighest(const BandFold &fold)
 
 std::pair<float, float> bandRange(const BandFold &fold)
 {
-    std::vector<float> values;
-    std::copy_if(fold.values.begin(), fold.values.end(), std::back_inserter(values),
-                 [](float value) { return std::isfinite(value); });
-    if (values.empty())
+    const std::vector<float> limits = percentiles(fold.values, {0.02, 0.995});
+    if (limits.empty())
         return {0.0F, 1.0F};
-    std::sort(values.begin(), values.end());
-    const auto at = [&values](double share) { // with as many digits as a scale has room for
-        const float value = values[std::size_t(double(values.size() - 1) * share)];
+    // With as many digits as a scale has room for.
+    const auto rounded = [](float value) {
         return QString::number(double(value), 'g', 3).toFloat();
     };
-    return {at(0.02), at(0.995)};
+    return {rounded(limits[0]), rounded(limits[1])};
 }
 
 RowPicture bandPicture(const BandFold &fold)

@@ -1,6 +1,6 @@
 #include "picture/rowpicture.h"
 
-#include "picture/colourmap.h"
+#include "picture/colourbar.h"
 #include "picture/ticks.h"
 
 #include <QImage>
@@ -73,11 +73,7 @@ void drawAxis(QPainter &painter, const RowPicture &picture, const QRect &area)
 void drawScale(QPainter &painter, const RowPicture &picture, const QRect &area)
 {
     const QRect bar(area.right() + 8, area.top(), barWidth, area.height());
-    for (int y = 0; y < bar.height(); ++y) {
-        const double share = 1 - double(y) / std::max(1, bar.height() - 1);
-        const auto colour = std::size_t(std::lround(share * (colourCount - 1)));
-        painter.fillRect(bar.left(), bar.top() + y, bar.width(), 1, QColor(mapOf(picture)[colour]));
-    }
+    paintColourBar(painter, bar, mapOf(picture));
     const QRect beside(bar.right() + 4, bar.top(), right, bar.height());
     painter.drawText(beside, Qt::AlignTop, QString::number(double(picture.high)));
     painter.drawText(beside, Qt::AlignBottom, QString::number(double(picture.low)));
@@ -102,32 +98,6 @@ std::vector<float> columnMaxima(const std::vector<float> &values, int columns)
         }
     }
     return maxima;
-}
-
-RowPicture rowPictureOf(const std::vector<float> &values, int rows, const QSize &size,
-                        float leastHigh)
-{
-    constexpr double share = 0.999;
-    RowPicture picture;
-    picture.columns = columnsOf(size);
-    picture.rows = rows;
-    const std::size_t each = rows > 0 ? values.size() / std::size_t(rows) : 0;
-    for (int row = 0; row < rows; ++row) {
-        const auto first = values.begin() + std::ptrdiff_t(std::size_t(row) * each);
-        const std::vector<float> maxima =
-            columnMaxima({first, first + std::ptrdiff_t(each)}, picture.columns);
-        picture.values.insert(picture.values.end(), maxima.begin(), maxima.end());
-    }
-    std::vector<float> sorted;
-    std::copy_if(picture.values.begin(), picture.values.end(), std::back_inserter(sorted),
-                 [](float value) { return std::isfinite(value); });
-    picture.high = leastHigh;
-    if (!sorted.empty()) {
-        const auto high = sorted.begin() + std::ptrdiff_t(double(sorted.size()) * share);
-        std::nth_element(sorted.begin(), high, sorted.end());
-        picture.high = std::max(leastHigh, std::round(*high));
-    }
-    return picture;
 }
 
 int columnsOf(const QSize &size)

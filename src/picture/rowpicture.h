@@ -33,11 +33,6 @@ struct RowPicture {
     QString key; ///< kept in the file, for programs
 };
 
-/// Rows of as many values each, of which the largest stay in sight, with a scale from 0 to what one
-/// value in a thousand exceeds, at least `leastHigh`. Names, axis and title are left to the caller.
-RowPicture rowPictureOf(const std::vector<float> &values, int rows, const QSize &size,
-                        float leastHigh);
-
 /// Pixels between the margins of a picture of that size.
 int columnsOf(const QSize &size);
 

@@ -11,6 +11,12 @@ inline QString general(double value)
     return QString::number(value, 'g', 6);
 }
 
+/// A number of things: "1 day", "3 days".
+inline QString counted(qint64 count, const QString &thing, const QString &ofMany = "s")
+{
+    return QString("%1 %2%3").arg(count).arg(thing, count == 1 ? QString() : ofMany);
+}
+
 /// An expected number of things: "none" below a hundredth, "about" two digits where it is small and
 /// a whole number where it is not.
 inline QString count(double expected)

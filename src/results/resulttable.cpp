@@ -162,6 +162,13 @@ QByteArray jsonText(const QString &text)
     return json + '"';
 }
 
+Format formatOf(const QString &name)
+{
+    if (name.compare("csv", Qt::CaseInsensitive) == 0)
+        return Format::Csv;
+    return name.compare("json", Qt::CaseInsensitive) == 0 ? Format::Json : Format::Text;
+}
+
 QString extensionOf(Format format)
 {
     return format == Format::Csv ? "csv" : format == Format::Json ? "json" : "txt";

@@ -15,6 +15,8 @@ enum class Format { Text, Csv, Json };
 
 /// "txt", "csv" or "json".
 QString extensionOf(Format format);
+/// The form that goes by "csv" or "json" in any case; text by every other name.
+Format formatOf(const QString &name);
 
 /// One line of a header: "key: value"; a value of several lines becomes as many lines of that key.
 struct HeaderLine {

@@ -141,7 +141,7 @@ void TestFfaStack::equalsTheStraightStack()
 {
     std::vector<FourierDay> days;
     for (int i = 0; i < 6; ++i)
-        days.push_back(dayOf(i, {7.3, 3}, 1 + 1e-4 * i));
+        days.push_back(dayOf(i, {7.3, 6}, 1 + 1e-4 * i));
     FourierDaysChoice choice;
     choice.days = {true, true, false, true, true, true};
     choice.threshold = 2;
@@ -170,7 +170,12 @@ void TestFfaStack::equalsTheStraightStack()
         }
         QVERIFY(std::abs(double(stack.sigma[i]) - sigma) < 0.01);
     }
+    QVERIFY(!stack.lines.empty());
     for (const FourierLine &line : stack.lines) {
+        const FourierLine again = foldedLine(days, choice, line.telescope);
+        QCOMPARE(again.bin, line.bin);
+        QCOMPARE(again.sigma, line.sigma);
+        QCOMPARE(again.growth.size(), line.growth.size());
         // The evidence adds the days one by one.
         const double one = line.growth.back().sigma;
         QVERIFY(std::abs(one - double(stack.sigma[std::size_t(line.bin)])) < 0.02);

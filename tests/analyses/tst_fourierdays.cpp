@@ -70,12 +70,14 @@ private slots:
     void sameAsThePulsarForm_data();
     void sameAsThePulsarForm();
     void frequencyOfASine();
+    void lowestRankedBins();
     void goodDays_data();
     void goodDays();
     void harmonicsAndInterferenceDoNotCount();
     void spectraComeBack();
     void damagedSpectra_data();
     void damagedSpectra();
+    void impossibleDays();
     void refusals_data();
     void refusals();
     void failuresOfADay();
@@ -142,7 +144,8 @@ void TestFourierDays::sameAsThePulsarForm()
     std::vector<double> spectrum(std::size_t(points >> average));
     const int bins = int(spectrum.size());
     QVERIFY(PulsarCalculate::getFourier(padded.data(), spectrum.data(), 2 * bins, bins));
-    const std::vector<float> powers = Tools::Whitening(129).powers(spectrum);
+    const std::vector<float> powers =
+        Tools::Whitening(129).powers(spectrum, std::size_t(Days::lowestBin));
     QCOMPARE(day.powers.size(), powers.size());
     for (std::size_t i = 1; i < powers.size(); ++i)
         QVERIFY2(std::abs(day.powers[i] - powers[i]) < 1e-3F * (1 + powers[i]),
@@ -172,6 +175,22 @@ void TestFourierDays::frequencyOfASine()
     QVERIFY(std::abs(day.sigma - std::sqrt(1 + 0.125)) < 0.05);
     QVERIFY(std::abs(day.ratio - 1) > 1e-6 && std::abs(day.ratio - 1) < 1.1e-4);
     QVERIFY(std::abs(day.above - expectedAbove(4096)) < 4 * std::sqrt(expectedAbove(4096)));
+}
+
+// The base line takes the lowest lines away; the level of those above must not sink with them.
+void TestFourierDays::lowestRankedBins()
+{
+    constexpr int days = 400;
+    constexpr int bins = 64; // every other one is independent
+    double sum = 0;
+    for (int day = 0; day < days; ++day) {
+        const PreparedSeries series = preparedSeries(noise(1024, day + 1), {}, "polinom5");
+        const std::vector<float> powers = whitenedPowers(series.values, 0, 257);
+        sum += std::accumulate(powers.begin() + lowestBin, powers.begin() + lowestBin + bins, 0.0);
+    }
+    const double mean = sum / (double(days) * bins);
+    QVERIFY2(std::abs(mean - 1) < 4 / std::sqrt(days * bins / 2.0),
+             qPrintable(QString::number(mean)));
 }
 
 void TestFourierDays::goodDays_data()
@@ -269,7 +288,7 @@ void TestFourierDays::damagedSpectra_data()
     QTest::addColumn<QByteArray>("from");
     QTest::addColumn<QByteArray>("to");
     QTest::addColumn<QString>("words");
-    QTest::newRow("other version") << QByteArray("form 1") << QByteArray("form 0") << "version";
+    QTest::newRow("other version") << QByteArray("form 2") << QByteArray("form 1") << "version";
     QTest::newRow("other parameters")
         << QByteArray("window: 129") << QByteArray("window: 257") << "other parameters";
     QTest::newRow("line of a day") << QByteArray("12:00:00") << QByteArray("12:xx:00") << "a day";
@@ -295,6 +314,32 @@ void TestFourierDays::damagedSpectra()
     QVERIFY2(read.problem.startsWith(path) && read.problem.contains(words),
              qPrintable(read.problem));
     QVERIFY(read.days.empty());
+}
+
+// Numbers of a damaged line that would lead beyond the ends of arrays, or into endless loops.
+void TestFourierDays::impossibleDays()
+{
+    const std::pair<void (*)(FourierDay &), QString> changes[] = {
+        {[](FourierDay &day) { day.sigma = -1; }, "line of a day"},
+        {[](FourierDay &day) { day.ratio = -1; }, "line of a day"},
+        {[](FourierDay &day) { day.ratio = HUGE_VAL; }, "line of a day"},
+        {[](FourierDay &day) { day.solarHour = 1e300; }, "line of a day"},
+        {[](FourierDay &day) {
+             day.hum = {{50, 1e300}};
+         },
+         "line of a day"},
+        {[](FourierDay &day) { day.powers[700] = std::nanf(""); }, "no finite number"},
+    };
+    for (const auto &[change, words] : changes) {
+        FourierDay day = dayOf(3);
+        day.powers = noise(points, 1);
+        change(day);
+        const QString path =
+            TestSupport::writeFile(*folder, "spectra.txt", spectraBytes({day}, parametersOf()));
+        const ReadSpectra read = readSpectra(path, parametersOf());
+        QVERIFY2(read.problem.contains(words), qPrintable(read.problem));
+        QVERIFY(read.days.empty());
+    }
 }
 
 void TestFourierDays::refusals_data()

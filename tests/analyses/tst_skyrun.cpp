@@ -1,7 +1,7 @@
 #include "analyses/days/fourierdays.h"
 #include "analyses/sky/skymap.h"
 #include "analyses/sky/skyrun.h"
-#include "support/recordings.h"
+#include "support/dayfiles.h"
 #include "support/testmain.h"
 
 #include <QDir>
@@ -21,7 +21,7 @@ constexpr int days = 6;
 constexpr int pointsOfFile = 2300;
 constexpr int rayCount = 3;
 
-// A file a sidereal day. Of one of them a ray holds nothing but what is no number.
+// A file a sidereal day. In the one with a dead ray, that ray holds nothing but what is no number.
 QByteArray dayBytes(int day, bool hasDeadRay = false)
 {
     std::mt19937 random(unsigned(day + 1));
@@ -31,10 +31,7 @@ QByteArray dayBytes(int day, bool hasDeadRay = false)
             const float value = law(random);
             return hasDeadRay && ray == 1 ? std::nanf("") : value;
         });
-    const QDateTime begin = QDateTime({2015, 4, 1}, {12, 0}, Qt::UTC).addSecs(qint64(day) * 86164);
-    const QByteArray date = begin.toString("dd.MM.yyyy").toLatin1();
-    const QByteArray time = begin.toString("hh:mm:ss").toLatin1();
-    return QByteArray(bytes).replace("01.04.2015", date).replace("12:00:00", time);
+    return TestSupport::siderealDaysLater(bytes, day);
 }
 
 SkyParameters parametersOf()
@@ -67,6 +64,8 @@ private slots:
     void refusals();
     void stretchesOfAPassage_data();
     void stretchesOfAPassage();
+    void recordingsOfOtherSteps();
+    void manyDays();
     void cellIsTheSumOfItsDays();
     void sameBytesInAnyOrder_data();
     void sameBytesInAnyOrder();
@@ -221,6 +220,48 @@ void TestSkyRun::stretchesOfAPassage()
     }
 }
 
+// As many files have another step, and they alone hold the later stretches.
+void TestSkyRun::recordingsOfOtherSteps()
+{
+    RecordingSet set = Days::recordingsOfFolders({folder.path()});
+    for (int i = 0; i < days; ++i) {
+        set.entries.push_back(set.entries[std::size_t(i)]);
+        RecordingEntry &entry = set.entries.back();
+        entry.begin = entry.begin.addSecs(40000);
+        entry.completePoints = entry.header.npoints = 3 * pointsOfFile;
+        entry.header.tresolution *= 2;
+    }
+    SkyParameters parameters = parametersOf();
+    parameters.starts = 8;
+    const SkyPlan plan = planSky(set, parameters, Product::Fourier);
+    QCOMPARE(int(plan.passages.size()), days);
+    for (const Passage &passage : plan.passages)
+        QVERIFY(passage.parts.front().recording < days);
+}
+
+// The highest values of as many days as a stack takes still fit; a plan of more is refused.
+void TestSkyRun::manyDays()
+{
+    SkyStack stack("test", {1, 1, 1, 2});
+    for (int day = 0; day < mostDays; ++day)
+        stack.add(0, 0, 0, 1, {1e6F, -1e6F}, mostValue);
+    const std::vector<double> wanted = {mostDays * mostValue, -mostDays * mostValue};
+    QVERIFY(stack.cell(0, 0, 0).sums == wanted);
+    QVERIFY(stack.cell(0, 0, 0).clipped == wanted);
+
+    RecordingSet set = Days::recordingsOfFolders({folder.path()});
+    set.entries.resize(1, set.entries[0]);
+    for (int day = 1; day <= mostDays; ++day) {
+        set.entries.push_back(set.entries[0]);
+        set.entries.back().begin = set.entries[0].begin.addDays(day);
+    }
+    SkyParameters parameters = parametersOf();
+    parameters.starts = 1;
+    const SkyPlan plan = planSky(set, parameters, Product::Fourier);
+    QCOMPARE(int(plan.problems.size()), 1);
+    QVERIFY(plan.problems[0].text.contains(QString("at most %1").arg(mostDays)));
+}
+
 void TestSkyRun::cellIsTheSumOfItsDays()
 {
     const RecordingSet set = Days::recordingsOfFolders({folder.path()});
@@ -281,13 +322,15 @@ void TestSkyRun::damagedStacks_data()
     QTest::newRow("cut short") << QByteArray() << QByteArray() << 1000 << "cut short";
     QTest::newRow("cut within the header") << QByteArray() << QByteArray() << -1 << "header";
     QTest::newRow("another version")
-        << QByteArray("form 1") << QByteArray("form 9") << 0 << "another version";
+        << QByteArray("form 2") << QByteArray("form 9") << 0 << "another version";
     QTest::newRow("another shape")
         << QByteArray("shape: 3 ") << QByteArray("shape: 4 ") << 0 << "another request";
     QTest::newRow("a day of other files")
         << QByteArray("12:00:00 ") << QByteArray("12:00:00 0") << 0 << "have changed or are gone";
+    QTest::newRow("hum that is no number")
+        << QByteArray("\nday: ") << QByteArray("\nhum: 49900 x\nday: ") << 0 << "header";
     QTest::newRow("other numbers")
-        << QByteArray("check: ") << QByteArray("check: 1") << 0 << "are damaged";
+        << expected.right(4) << QByteArray("\x7f\x01\x02\x03") << 0 << "are damaged";
 }
 
 void TestSkyRun::damagedStacks()

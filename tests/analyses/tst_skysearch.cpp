@@ -1,4 +1,5 @@
 #include "analyses/days/fourierday.h"
+#include "analyses/sky/candidateorder.h"
 #include "analyses/sky/located.h"
 #include "analyses/sky/skytables.h"
 #include "support/testmain.h"
@@ -114,8 +115,11 @@ class TestSkySearch : public QObject {
 private slots:
     void errorsAreTrue_data();
     void errorsAreTrue();
+    void declinationsAreTrue();
     void candidates_data();
     void candidates();
+    void order_data();
+    void order();
     void noiseGivesOneAlarm();
     void tablesComeBack();
     void damagedTables_data();
@@ -185,6 +189,48 @@ void TestSkySearch::errorsAreTrue()
     QVERIFY2(std::abs(inTwo - 286) <= 12, qPrintable(QString::number(inTwo)));
 }
 
+// Rays 1.2 widths of the beam apart: between them two see the source, near one of them it may stand
+// anywhere in its beam.
+void TestSkySearch::declinationsAreTrue()
+{
+    constexpr int seeds = 300;
+    constexpr int rays = 5;
+    constexpr double apart = 1.2; // widths
+    constexpr double values = 240;
+    constexpr double strength = 2;
+    const auto response = [](double distance) {
+        return std::exp(-4 * std::numbers::ln2 * distance * distance);
+    };
+    std::mt19937 random(7);
+    std::uniform_real_distribution<double> anywhere(-apart / 2, apart / 2);
+    int inOne = 0;
+    int inTwo = 0;
+    for (int seed = 0; seed < seeds; ++seed) {
+        const double place = anywhere(random);
+        PowerSamples set;
+        for (int ray = -rays / 2; ray <= rays / 2; ++ray) {
+            const double power = 1 + strength * std::pow(response(place - ray * apart), 2);
+            std::normal_distribution<double> mean(power, std::sqrt((2 * power - 1) / values));
+            set.powers.push_back(mean(random));
+            set.days.push_back(values);
+            for (int other = -rays / 2; other <= rays / 2; ++other)
+                set.noise.emplace_back(ray == other ? 1 : 0);
+        }
+        set.amplitudes = [&](double at) {
+            std::vector<std::complex<double>> amplitudes;
+            for (int ray = -rays / 2; ray <= rays / 2; ++ray)
+                amplitudes.emplace_back(response(at - ray * apart));
+            return amplitudes;
+        };
+        const Located found = locate({set}, -1.25, 1.25, 0.02);
+        inOne += std::abs(found.value - place) < found.error;
+        inTwo += std::abs(found.value - place) < 2 * found.error;
+    }
+    // One error holds in two thirds, two may hold in all: the places are no Gaussian.
+    QVERIFY2(std::abs(inOne - 205) <= 25, qPrintable(QString::number(inOne)));
+    QVERIFY2(inTwo >= 274, qPrintable(QString::number(inTwo)));
+}
+
 void TestSkySearch::candidates_data()
 {
     QTest::addColumn<Case>("wanted");
@@ -228,6 +274,39 @@ void TestSkySearch::candidates()
 }
 
 // The threshold is that which noise reaches once a search: three searches have more than ten alarms
+void TestSkySearch::order_data()
+{
+    QTest::addColumn<bool>("fewDays"); // of the stronger of the two
+    QTest::addColumn<bool>("solar");
+    QTest::addColumn<bool>("bothFew");
+    QTest::addColumn<QString>("order"); // bins, the related one in brackets
+    QTest::newRow("harmonic of a pulsar") << false << false << false << "100 (300)";
+    QTest::newRow("harmonic of interference") << false << true << false << "100 (300)";
+    QTest::newRow("steady at the third of a burst") << true << false << false << "300 100";
+    QTest::newRow("both of a few days") << true << false << true << "100 (300)";
+}
+
+void TestSkySearch::order()
+{
+    QFETCH(bool, fewDays);
+    QFETCH(bool, solar);
+    QFETCH(bool, bothFew);
+    std::vector<SkyCandidate> found(2);
+    for (int i = 0; i < 2; ++i) {
+        found[std::size_t(i)].line.position = i == 0 ? 100 : 300;
+        found[std::size_t(i)].sigma = 9 - i;
+    }
+    found[0].isFewDays = fewDays;
+    found[0].isSolar = solar;
+    found[1].isFewDays = bothFew;
+    QStringList bins;
+    for (const SkyCandidate &candidate : orderedCandidates(found, planOf())) {
+        const QString bin = QString::number(candidate.line.position);
+        bins << (candidate.relatedTo < 0 ? bin : "(" + bin + ")");
+    }
+    QTEST(bins.join(' '), "order");
+}
+
 // in one of three thousand cases.
 void TestSkySearch::noiseGivesOneAlarm()
 {

@@ -74,6 +74,7 @@ void TestCommandLine::helpOnForms()
     QCOMPARE(pageOfChapter(document, helpOn("").chapter), 1);
     QCOMPARE(pageOfChapter(document, "gone"), 1);
     QCOMPARE(pageOfChapter(folder.filePath("other.pdf"), "the-ffa-form"), 1);
+    QCOMPARE(helpOn("FourierForm sky").chapter, QString("maps-and-searches-over-many-days"));
     QCOMPARE(helpOn("CalculatorForm").document, QString("README_zrt2_visual_calc.pdf"));
 }
 

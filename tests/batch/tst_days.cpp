@@ -1,12 +1,10 @@
 #include "analyses/days/fourierdays.h"
 #include "results/resulttable.h"
 #include "support/batchfolder.h"
-#include "support/recordings.h"
+#include "support/dayfiles.h"
 #include "support/testmain.h"
 
 #include <cmath>
-#include <numbers>
-#include <random>
 
 // survey and stack as a user or a batch system calls them.
 
@@ -17,25 +15,10 @@ namespace {
 
 constexpr int days = 8;
 constexpr int pointsOfFile = 1500;
-constexpr double frequency = 6.3; // Hz
-constexpr double period = 0.7;    // s
 
-// One strip of the sky: a file a sidereal day, with a line and pulses in ray 2.
 QByteArray dayBytes(int day)
 {
-    std::mt19937 random(unsigned(day + 1));
-    std::normal_distribution<float> law(100, 1);
-    const QByteArray bytes = TestSupport::recordingBytes(
-        {pointsOfFile, 1, 33, 2}, [&](int point, int, int channel, int ray) {
-            const double time = point * 0.0124928;
-            const double line = 0.03 * std::sin(2 * std::numbers::pi * frequency * time + day);
-            const double pulse = std::fmod(time, period) < 0.05 ? 0.1 : 0;
-            return law(random) + float(ray == 1 && channel < 32 ? line + pulse : 0);
-        });
-    const QDateTime begin = QDateTime({2015, 4, 1}, {12, 0}, Qt::UTC).addSecs(qint64(day) * 86164);
-    const QByteArray date = begin.toString("dd.MM.yyyy").toLatin1();
-    const QByteArray time = begin.toString("hh:mm:ss").toLatin1();
-    return QByteArray(bytes).replace("01.04.2015", date).replace("12:00:00", time);
+    return TestSupport::stripBytes(day, pointsOfFile, 0.03, 0.1);
 }
 
 const QString place = "--module 1 --ray 2 --count 1024 --point 100 ";
@@ -226,7 +209,7 @@ void TestDays::stackIsThatOfTheLibrary()
         choice.days.push_back(verdict.isGood);
     const Days::FourierStack expected = Days::analysisOf(parameters).combine(products, choice, {});
     QVERIFY(!expected.lines.empty());
-    const double first = isFfa ? 1 / period : frequency;
+    const double first = isFfa ? 1 / TestSupport::stripPeriod : TestSupport::stripFrequency;
     QVERIFY(std::abs(expected.lines[0].telescope - first) < expected.binWidth);
 
     const QString base = path(command + "/m1_r2." + command + ".");

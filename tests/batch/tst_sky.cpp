@@ -1,12 +1,10 @@
 #include "analyses/sky/skyparameters.h"
 #include "results/resulttable.h"
 #include "support/batchfolder.h"
-#include "support/recordings.h"
+#include "support/dayfiles.h"
 #include "support/testmain.h"
 
 #include <cmath>
-#include <numbers>
-#include <random>
 
 // map and search as a user or a batch system calls them.
 
@@ -17,25 +15,10 @@ namespace {
 
 constexpr int days = 6;
 constexpr int pointsOfFile = 2300;
-constexpr double frequency = 6.3; // Hz
-constexpr double period = 0.7;    // s
 
-// One strip of the sky: a file a sidereal day, with a line and pulses in ray 2.
 QByteArray dayBytes(int day)
 {
-    std::mt19937 random(unsigned(day + 1));
-    std::normal_distribution<float> law(100, 1);
-    const QByteArray bytes = TestSupport::recordingBytes(
-        {pointsOfFile, 1, 33, 2}, [&](int point, int, int channel, int ray) {
-            const double time = point * 0.0124928;
-            const double line = 0.05 * std::sin(2 * std::numbers::pi * frequency * time + day);
-            const double pulse = std::fmod(time, period) < 0.05 ? 0.12 : 0;
-            return law(random) + float(ray == 1 && channel < 32 ? line + pulse : 0);
-        });
-    const QDateTime begin = QDateTime({2015, 4, 1}, {12, 0}, Qt::UTC).addSecs(qint64(day) * 86164);
-    const QByteArray date = begin.toString("dd.MM.yyyy").toLatin1();
-    const QByteArray time = begin.toString("hh:mm:ss").toLatin1();
-    return QByteArray(bytes).replace("01.04.2015", date).replace("12:00:00", time);
+    return TestSupport::stripBytes(day, pointsOfFile, 0.05, 0.12);
 }
 
 const QString place = "--count 1024 --point 0 --window 129 --dms 0,40 --interference none ";
@@ -119,7 +102,7 @@ void TestSky::partsAndAllAtOnce()
     QVERIFY2(table.problem.isEmpty(), qPrintable(table.problem));
     const auto &found =
         std::get<std::vector<double>>(table.table.columns[1].values); // at the telescope
-    QVERIFY(std::abs(found[0] - frequency) < 0.01);
+    QVERIFY(std::abs(found[0] - TestSupport::stripFrequency) < 0.01);
     const Ended again = run("search " + place + "--kept one --output a strip");
     QCOMPARE(again.code, 0);
     QVERIFY(!again.errors.contains("recordings were read"));
@@ -162,7 +145,8 @@ void TestSky::folds()
     QVERIFY2(search.problem.isEmpty(), qPrintable(search.problem));
     QVERIFY(search.table.rows() > 0);
     const auto &periods = std::get<std::vector<double>>(search.table.columns[2].values);
-    QVERIFY2(std::abs(periods[0] - period) < 0.01, qPrintable(QString::number(periods[0])));
+    QVERIFY2(std::abs(periods[0] - TestSupport::stripPeriod) < 0.01,
+             qPrintable(QString::number(periods[0])));
     const Ended end = run("map " + stacks + "--map-ray 2 --plot png --output folds strip");
     QVERIFY2(end.errors.contains("0.0 MB of recordings were read"), qPrintable(end.errors));
     const QStringList files = QDir(path("folds")).entryList({"map_sky-ffa_np1024_*.txt"});

@@ -340,17 +340,24 @@ void TestFfaSearch::errorsOfPeriodsAreTrue()
 {
     constexpr int count = 6000;
     constexpr int bins = 60;
-    // Pulses of 1.2 to 8 samples, and of S/N 10 to 40: the noise and the sampling in turn decide.
+    // Pulses of 1.2 to 15 samples, and of S/N 10 to 40, steady and of a source that crosses the
+    // beam: noise, sampling and the height in time decide in turn.
     const struct {
-        double ducy, amplitude, hum;
-    } rows[] = {{0.03, 10, 0}, {0.03, 40, 0}, {0.05, 25, 0}, {0.15, 40, 0}, {0.06, 20, 2}};
-    for (const auto &[ducy, amplitude, hum] : rows) {
+        double ducy, amplitude, hum, beam; // beam: of the series; 0: steady
+    } rows[] = {{0.03, 10, 0, 0}, {0.03, 25, 0, 0}, {0.05, 25, 0, 0},  {0.15, 40, 0, 0},
+                {0.06, 20, 2, 0}, {0.3, 30, 0, 0},  {0.05, 60, 0, 0.2}};
+    for (const auto &[ducy, amplitude, hum, beam] : rows) {
         Coverage coverage;
         for (unsigned seed = 0; seed < 60; ++seed) {
             // Half a cycle of the hum and of its double from a multiple of either.
             const double period = (std::round((0.2 + 0.013 * seed) * 100.2) + 0.5) / 100.2;
             Series series = noise(count, seed, 1);
-            add(series, pulses(count, interval, period, ducy, amplitude));
+            Series train = pulses(count, interval, period, ducy, amplitude);
+            for (int i = 0; beam > 0 && i < count; ++i) {
+                const double x = (double(i) / count - 0.4) / beam;
+                train[std::size_t(i)] *= std::exp(-4 * std::numbers::ln2 * x * x);
+            }
+            add(series, train);
             addHum(series, interval, 50.1, hum, 0);
             series = Ffa::normalizeSeries(series);
             const FfaResult result = {series,

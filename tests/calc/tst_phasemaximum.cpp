@@ -121,8 +121,8 @@ void TestPhaseMaximum::farTail()
     QVERIFY(law.sigma(-1e6) < -5);
 }
 
-// All of one value: mean and variance are those of the sum. A third cut off: the mean of min(x, q)
-// of a simulation.
+// Nothing cut off: mean and variance are those of the sum. A third cut off: those of min(x, q) of
+// the values that equally spaced shares lie below.
 void TestPhaseMaximum::cutOff()
 {
     const PhaseMaximum law(40, 400);
@@ -132,7 +132,25 @@ void TestPhaseMaximum::cutOff()
     const PhaseMaximum::Cut third = law.cut(1.0 / 3);
     const PhaseMaximum one(40, 1);
     QVERIFY(std::abs(one.logTail(third.quantile) - std::log(1.0 / 3)) < 0.03);
-    QVERIFY(third.mean < all.mean && third.variance < all.variance);
+    constexpr int count = 20000;
+    std::vector<double> values;
+    for (int i = 0; i < count; ++i)
+        values.push_back(-Tools::sigmaOfTail(std::log((i + 0.5) / count) / 40));
+    const double median = values[count / 2];
+    std::vector<double> deviations;
+    for (const double value : values)
+        deviations.push_back(std::abs(value - median));
+    std::nth_element(deviations.begin(), deviations.begin() + count / 2, deviations.end());
+    double sum = 0;
+    double squares = 0;
+    for (const double value : values) {
+        const double x =
+            std::min(third.quantile, (value - median) / (1.4826 * deviations[count / 2]));
+        sum += x / count;
+        squares += x * x / count;
+    }
+    QVERIFY(std::abs(third.mean - sum) < 0.001);
+    QVERIFY(std::abs(third.variance - (squares - sum * sum)) < 0.001);
 }
 
 ZRT_UNIT_TEST_MAIN(TestPhaseMaximum)

@@ -8,6 +8,49 @@
 using TestSupport::passportBytes;
 using Lines = QList<QByteArray>;
 
+namespace {
+
+void row(const char *name, const Lines &lines, const QVariantMap &expected)
+{
+    QTest::newRow(name) << Lines{"npoints 100 ", "nbands 6 ", "modulus 3  4 6 "} + lines
+                        << expected;
+}
+
+void addBeginTimes()
+{
+    const auto time = [](const char *name, const Lines &lines, const char *begin) {
+        row(name, Lines{"date_begin begun on 01.04.2015"} + lines, {{"begin", begin}});
+    };
+    const QByteArray noon = "time_begin 12:00:00 UTC";
+    time("UTC", {noon}, "2015-04-01T12:00:00Z");
+    time("clock of UTC+3 after midnight", {"time_begin 1:30:00"}, "2015-03-31T22:30:00Z");
+    time("hour of one digit", {"time_begin 9:05:07 UTC"}, "2015-04-01T09:05:07Z");
+    time("seconds and more digits", {"time_begin 9:05:071 UTC"}, "");
+    time("beyond any calendar", {noon, "point 2147483647", "tresolution 1e8"}, "");
+    time("stairs", {noon, "stairs_names x", "point 5", "tresolution 1000"}, "");
+    time("time a word", {"time_begin noon UTC"}, "");
+    time("no such hour", {"time_begin 25:00:00 UTC"}, "");
+    time("no such day", {noon, "date_begin 31.02.2015"}, "");
+
+    const auto exact = [](const char *name, const Lines &lines, const char *begin,
+                          const char *exactly) {
+        row(name, Lines{"date_begin 01.04.2015"} + lines, {{"begin", begin}, {"exact", exactly}});
+    };
+    exact("more digits than milliseconds", {"time_begin 23:59:59.9996 UTC"}, "2015-04-01T23:59:59Z",
+          "2015-04-01T23:59:59.999Z");
+    exact("fraction of the clock of UTC+3", {"time_begin 1:30:00,5"}, "2015-03-31T22:30:00Z",
+          "2015-03-31T22:30:00.500Z");
+    exact("both fractions", {"time_begin 9:05:07.75 UTC", "point 1000", "tresolution 12.5"},
+          "2015-04-01T09:05:19Z", "2015-04-01T09:05:20.250Z");
+    exact("before the parent", {noon, "point -1000", "tresolution 12.5"}, "2015-04-01T11:59:48Z",
+          "2015-04-01T11:59:47.500Z");
+    // In binary 86 x 12.5 ms are a trace less than 1075 ms.
+    exact("whole milliseconds", {noon, "point 86", "tresolution 12.5"}, "2015-04-01T12:00:01Z",
+          "2015-04-01T12:00:01.075Z");
+}
+
+} // namespace
+
 class TestPassport : public QObject {
     Q_OBJECT
 
@@ -16,7 +59,7 @@ private slots:
     void meaning_data();
     void meaning();
     void readingStopsAtTheFirstSample();
-    void tellsOfALineBeyondTheCount();
+    void tellsOfAWrongCount();
 };
 
 void TestPassport::lineSplitting()
@@ -62,10 +105,6 @@ void TestPassport::meaning_data()
     bare("modules alone", {"nbands 6", "modules 5 6"}, {{"modules", 2}, {"firstModule", 5}});
     bare("module alone", {"nbands 6", "module 4"}, {{"modules", 1}, {"firstModule", 4}});
 
-    const auto row = [](const char *name, const Lines &lines, const QVariantMap &expected) {
-        QTest::newRow(name) << Lines{"npoints 100 ", "nbands 6 ", "modulus 3  4 6 "} + lines
-                            << expected;
-    };
     row("fbands too short", {"fbands 1 2"}, {{"channels", 7}, {"bands", 2}});
     row("fbands too long", {"fbands 1 2 3 4 5 6 7 8"}, {{"channels", 7}, {"bands", 8}});
     row("module overrides the list", {"module 2"}, {{"modules", 1}, {"firstModule", 2}});
@@ -83,36 +122,7 @@ void TestPassport::meaning_data()
     row("empty display name still takes the path", {"native_datetime", "file_path /old/b.pnt"},
         {{"name", "a.pnt"}, {"path", "/old/b.pnt"}});
     row("star time loses its fraction", {"star_time 2:1:02.75"}, {{"starTime", "2:1:02"}});
-
-    const auto time = [&row](const char *name, const Lines &lines, const char *begin) {
-        row(name, Lines{"date_begin begun on 01.04.2015"} + lines, {{"begin", begin}});
-    };
-    const QByteArray noon = "time_begin 12:00:00 UTC";
-    time("UTC", {noon}, "2015-04-01T12:00:00Z");
-    time("clock of UTC+3 after midnight", {"time_begin 1:30:00"}, "2015-03-31T22:30:00Z");
-    time("hour of one digit", {"time_begin 9:05:07 UTC"}, "2015-04-01T09:05:07Z");
-    time("seconds and more digits", {"time_begin 9:05:071 UTC"}, "");
-    time("beyond any calendar", {noon, "point 2147483647", "tresolution 1e8"}, "");
-    time("stairs", {noon, "stairs_names x", "point 5", "tresolution 1000"}, "");
-    time("time a word", {"time_begin noon UTC"}, "");
-    time("no such hour", {"time_begin 25:00:00 UTC"}, "");
-    time("no such day", {noon, "date_begin 31.02.2015"}, "");
-
-    const auto exact = [&row](const char *name, const Lines &lines, const char *begin,
-                              const char *exactly) {
-        row(name, Lines{"date_begin 01.04.2015"} + lines, {{"begin", begin}, {"exact", exactly}});
-    };
-    exact("more digits than milliseconds", {"time_begin 23:59:59.9996 UTC"}, "2015-04-01T23:59:59Z",
-          "2015-04-01T23:59:59.999Z");
-    exact("fraction of the clock of UTC+3", {"time_begin 1:30:00,5"}, "2015-03-31T22:30:00Z",
-          "2015-03-31T22:30:00.500Z");
-    exact("both fractions", {"time_begin 9:05:07.75 UTC", "point 1000", "tresolution 12.5"},
-          "2015-04-01T09:05:19Z", "2015-04-01T09:05:20.250Z");
-    exact("before the parent", {noon, "point -1000", "tresolution 12.5"}, "2015-04-01T11:59:48Z",
-          "2015-04-01T11:59:47.500Z");
-    // In binary 86 x 12.5 ms are a trace less than 1075 ms.
-    exact("whole milliseconds", {noon, "point 86", "tresolution 12.5"}, "2015-04-01T12:00:01Z",
-          "2015-04-01T12:00:01.075Z");
+    addBeginTimes();
 }
 
 void TestPassport::meaning()
@@ -141,10 +151,9 @@ void TestPassport::meaning()
         QCOMPARE(values[key], expected[key]);
 }
 
-// Within one page and over several. A passport of 10^9 announced lines must not be followed to
-// the end of a large file.
-// A count one too small makes the last line a part of the samples.
-void TestPassport::tellsOfALineBeyondTheCount()
+// A count one too small makes the last line a part of the samples, one too large the first samples
+// a part of the passport.
+void TestPassport::tellsOfAWrongCount()
 {
     const QByteArray lines = "npoints 9\nmodulus 1\nnbands 2\n";
     const struct {
@@ -155,6 +164,9 @@ void TestPassport::tellsOfALineBeyondTheCount()
         {"numpar 4\n" + lines + "tresolution 12.5\r\nxxxxxxxx", true},
         {"numpar 3\nnpoints 9\nmodulus 1\nfbands 110.5 111.5\nxxxxxxxx", true}, // no channels
         {"numpar 5\n" + lines + "tresolution 12.5\nABCD 12345678901", false},
+        {"numpar 6\n" + lines + "tresolution 12.5\n" + QByteArray("\x02\x9a\xc8\x42\n", 5), true},
+        {"numpar 3\nnpoints 9\n" + QByteArray("\x00\x00\xc8\x42\n", 5), true}, // no channels
+        {"numpar 6\n" + lines + "tresolution 12.5\nsource \xd0\xba\t\x0c\n", false},
         {"numpar 4\n" + lines + QByteArray(40, 'A') + "\n", false}, // 12.1 as samples
         {"numpar 4\n" + lines + QByteArray("\x00\x00\x48\x41", 4).repeated(8), false},
     };
@@ -171,6 +183,8 @@ void TestPassport::tellsOfALineBeyondTheCount()
     }
 }
 
+// Within one page and over several. A passport of 10^9 announced lines must not be followed to
+// the end of a large file.
 void TestPassport::readingStopsAtTheFirstSample()
 {
     for (const int bands : {6, 3000}) {

@@ -60,6 +60,26 @@ private:
         return candidates()->index(row, column).data().toString();
     }
 
+    QStringList copiedProfile() const
+    {
+        for (QAction *const action : find<QWidget>("foldView")->actions())
+            if (action->text() == "Copy profile")
+                action->trigger();
+        return QApplication::clipboard()->text().split('\n');
+    }
+    QString savedTable() const
+    {
+        const QString path = folder->filePath("table.txt");
+        QTimer::singleShot(0, qApp, [&] {
+            auto *const dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+            dialog->findChild<QLineEdit *>("fileNameEdit")->setText(path);
+            QMetaObject::invokeMethod(dialog, "accept");
+        });
+        click("saveButton");
+        QFile saved(path);
+        return saved.open(QIODevice::ReadOnly) ? QString::fromUtf8(saved.readAll()) : QString();
+    }
+
     QByteArray pulses; // a recording of them
 };
 
@@ -224,12 +244,6 @@ void TestFfaForm::searchFoldsAndSaves()
     QVERIFY2(foldText->text().contains(match.captured(0)), qPrintable(foldText->text()));
 
     // The fold as numbers: a line per bin, with the bands beside it once they are wanted.
-    const auto copiedProfile = [&] {
-        for (QAction *const action : find<QWidget>("foldView")->actions())
-            if (action->text() == "Copy profile")
-                action->trigger();
-        return QApplication::clipboard()->text().split('\n');
-    };
     QCOMPARE(copiedProfile()[1].split('\t').size(), 2);
     click("byFrequency");
     QTRY_COMPARE(copiedProfile()[1].split('\t').size(), 2 + 32);
@@ -240,16 +254,7 @@ void TestFfaForm::searchFoldsAndSaves()
     QCOMPARE(copied.size(), 3); // titles, the selected row and its end
     QVERIFY(copied[1].startsWith("1\t" + match.captured(1) + "\t" + match.captured(2) + "\t"));
 
-    const QString path = folder->filePath("table.txt");
-    QTimer::singleShot(0, qApp, [&] {
-        auto *const dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-        dialog->findChild<QLineEdit *>("fileNameEdit")->setText(path);
-        QMetaObject::invokeMethod(dialog, "accept");
-    });
-    click("saveButton");
-    QFile saved(path);
-    QVERIFY(saved.open(QIODevice::ReadOnly));
-    const QString text = QString::fromUtf8(saved.readAll());
+    const QString text = savedTable();
     QVERIFY2(text.contains("module: 4, ray: 2") && text.contains("\n" + copied[1] + "\n"),
              qPrintable(text));
 }

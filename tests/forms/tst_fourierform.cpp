@@ -4,6 +4,7 @@
 #include "app/mainwindow.h"
 #include "app/shell/settings.h"
 #include "forms/days/daysmodel.h"
+#include "forms/days/interferencedialog.h"
 #include "forms/days/linesmodel.h"
 #include "forms/days/recordingspectrum.h"
 #include "forms/days/sourcefield.h"
@@ -19,10 +20,12 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QCompleter>
+#include <QDialogButtonBox>
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
 #include <QMouseEvent>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
@@ -52,6 +55,8 @@ private slots:
     void leavesOutALine();
     void leavesOutInThePictures_data();
     void leavesOutInThePictures();
+    void listOfInterference_data();
+    void listOfInterference();
     void tellsWhatDoesNotFit();
     void refusesDirectories_data();
     void refusesDirectories();
@@ -152,7 +157,12 @@ void TestFourierForm::isWhatTheBatchProgramMakes()
     find<QPushButton>("commandButton")->click();
     QString commands = QGuiApplication::clipboard()->text();
     QCOMPARE(commands.count("zrt-batch "), 2);
-    commands.replace("zrt-batch stack", "zrt-batch stack --format csv");
+    auto *const grafik = find<PulsarGrafik>("grafik");
+    QCOMPARE(grafik->savePicture(path("form.png")), QString());
+    commands.replace("zrt-batch stack", QString("zrt-batch stack --format csv --plot png "
+                                                "--size %1x%2@3")
+                                            .arg(grafik->width())
+                                            .arg(grafik->height()));
     const TestSupport::Ended ended = runShell(commands);
     QVERIFY2(ended.code == 0, qPrintable(commands + ended.errors));
 
@@ -170,6 +180,10 @@ void TestFourierForm::isWhatTheBatchProgramMakes()
         QVERIFY(column(1)[i] == lines()[i].telescope);
         QVERIFY(column(isFfa ? 6 : 5)[i] == lines()[i].sigma);
     }
+    const QStringList drawn =
+        QDir(path("days")).entryList({isFfa ? "*stack-ffa.periods.png" : "*stack.spectrum.png"});
+    QCOMPARE(drawn.size(), 1);
+    QVERIFY(QImage(path("days/" + drawn[0])) == QImage(path("form.png")));
 }
 
 // What the other product reads is not there.
@@ -287,6 +301,46 @@ void TestFourierForm::leavesOutInThePictures()
     QTRY_VERIFY_WITH_TIMEOUT(isListed(), waitMs);
     QVERIFY(Days::readInterference(Days::interferencePath()).entries.empty());
     QVERIFY(grafik->data().leftOut.empty());
+}
+
+void TestFourierForm::listOfInterference_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("told");
+    QTest::newRow("new list") << QByteArray() << "50 Hz +- 0.2 x 8"
+                              << "";
+    QTest::newRow("mended file") << QByteArray("fifty\n") << "50 Hz"
+                                 << "";
+    QTest::newRow("unreadable line") << QByteArray("9 Hz\n") << "50 Hz\nfifty"
+                                     << "line 2";
+    QTest::newRow("too long to be shown") << QByteArray("9 Hz\n").repeated(300000) << "50 Hz"
+                                          << "longer than";
+}
+
+// What is accepted is written; a file stays as it was where something is wrong.
+void TestFourierForm::listOfInterference()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(QString, typed);
+    QFETCH(QString, told);
+    const QString list = TestSupport::writeFile(folder, "interference.txt", file);
+    InterferenceDialog dialog(list, &window);
+    auto *const lines = dialog.findChild<QPlainTextEdit *>("interferenceLines");
+    QCOMPARE(lines->toPlainText().isEmpty(), file.isEmpty());
+    lines->setPlainText(typed);
+    dialog.show();
+    dialog.findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
+    QCOMPARE(dialog.isVisible(), !told.isEmpty());
+    const Days::InterferenceList read = Days::readInterference(list);
+    if (told.isEmpty()) {
+        QCOMPARE(read.entries.size(), std::size_t(1));
+        QCOMPARE(read.entries[0].text(), typed);
+        return;
+    }
+    const auto *const problem = dialog.findChild<QLabel *>("interferenceProblem");
+    QVERIFY2(problem->isVisible() && problem->text().contains(told), qPrintable(problem->text()));
+    QVERIFY(TestSupport::contentOf(list) == file);
 }
 
 void TestFourierForm::tellsWhatDoesNotFit()

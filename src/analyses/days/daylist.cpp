@@ -325,4 +325,9 @@ DayList findDays(const RecordingSet &set, const DayChoice &choice)
     return best;
 }
 
+DayList findDays(const RecordingSet &set, const DayChoice &choice, const DayList &other)
+{
+    return Finder(set, choice, usableOf(set, choice), {other.tresolution, other.fbands}).find();
+}
+
 } // namespace Days

@@ -82,4 +82,8 @@ struct DayList {
 /// counts.
 DayList findDays(const RecordingSet &set, const DayChoice &choice);
 
+/// The days of the files that have the step and the bands of another list of the same set: where
+/// equally many files have others, another stretch alone could choose those.
+DayList findDays(const RecordingSet &set, const DayChoice &choice, const DayList &other);
+
 } // namespace Days

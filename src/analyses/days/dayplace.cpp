@@ -157,6 +157,21 @@ QString siteOf(const QString &path)
     return !ofName.isEmpty() ? ofName : !ofFolder.isEmpty() ? ofFolder : ofPath;
 }
 
+QString siteOf(const RecordingSet &set)
+{
+    for (const RecordingEntry &entry : set.entries) {
+        const QString site = siteOf(entry.path);
+        if (!site.isEmpty())
+            return site;
+    }
+    return {};
+}
+
+int placeOfRay(int module, int ray)
+{
+    return module * raysOfModule + ray;
+}
+
 Beam beamOf(const QString &site, int module, int ray)
 {
     Beam beam = {site, module, ray, std::numeric_limits<double>::quiet_NaN()};

@@ -53,6 +53,12 @@ struct Beam {
 /// Site of a recording by its path, or else by its name.
 QString siteOf(const QString &path);
 
+/// That of the first recording that tells it.
+QString siteOf(const RecordingSet &set);
+
+/// Where a ray stands among all rays of the telescope: neighbours differ by one.
+int placeOfRay(int module, int ray);
+
 Beam beamOf(const QString &site, int module, int ray);
 
 /// The beam of a site that a place of the sky comes nearest to.

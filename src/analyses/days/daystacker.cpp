@@ -9,12 +9,6 @@
 
 namespace Days {
 
-namespace {
-
-constexpr int raysOfModule = 8;
-
-} // namespace
-
 void DayStacker::selectDays(Shape (*shapeOf)(const FourierDay &day))
 {
     std::map<Shape, int> counts;
@@ -124,32 +118,19 @@ std::vector<DayHum> DayStacker::hum() const
     return all;
 }
 
-// Three rays or more that are no neighbours of this one or of each other.
 bool DayStacker::isInOtherRays(double frequency) const
 {
     constexpr double tolerance = 1.5; // bins
-    constexpr int enough = 3;
-    std::vector<int> rays;
+    std::set<int> places;
     for (const OtherRay &ray : choice.otherRays) {
         const bool has =
             std::any_of(ray.frequencies.begin(), ray.frequencies.end(), [&](double other) {
                 return std::abs(other - frequency) < tolerance * result.binWidth;
             });
-        const int place = ray.module * raysOfModule + ray.ray;
-        const int own = choice.beam.module * raysOfModule + choice.beam.ray;
-        if (has && std::abs(place - own) > 1)
-            rays.push_back(place);
+        if (has)
+            places.insert(placeOfRay(ray.module, ray.ray));
     }
-    std::sort(rays.begin(), rays.end());
-    int apart = 0;
-    int last = -2;
-    for (const int ray : rays) {
-        if (ray <= last + 1)
-            continue;
-        ++apart;
-        last = ray;
-    }
-    return apart >= enough;
+    return isInRaysApart(places, placeOfRay(choice.beam.module, choice.beam.ray));
 }
 
 } // namespace Days

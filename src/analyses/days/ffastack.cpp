@@ -26,27 +26,44 @@ public:
 
     FourierStack stack()
     {
-        selectDays([](const FourierDay &day) {
-            const DayPeriodogram &own = day.periodogram;
-            return own.trials ? Shape(own.snr.size(), own.trials->periods.front()) : Shape(0, 0);
-        });
-        if (!result.problem.isEmpty())
-            return std::move(result);
-        result.ffa = days.days.front()->periodogram.trials;
-        count = std::size_t(result.ffa->count());
-        result.binWidth = 1 / (2 * result.ffa->length());
-        for (void (FfaStacker::*const part)() :
-             {&FfaStacker::turnPeriods, &FfaStacker::sumDays, &FfaStacker::leaveOut,
-              &FfaStacker::describeTrials, &FfaStacker::describeLines}) {
-            if (!control.isStopped())
-                (this->*part)();
-        }
+        if (prepare())
+            describeLines();
         if (control.isStopped())
             result.problem = "Stopped.";
         return std::move(result);
     }
 
+    FourierLine lineAt(double telescope)
+    {
+        if (!prepare())
+            return {};
+        const double period = result.isTurned ? result.ratio / telescope : 1 / telescope;
+        const std::size_t trial = result.ffa->nearestTo(period);
+        return described({int(trial), double(result.sigma[trial])});
+    }
+
 private:
+    // Everything but the lines; false where there is nothing to look for them in.
+    bool prepare()
+    {
+        selectDays([](const FourierDay &day) {
+            const DayPeriodogram &own = day.periodogram;
+            return own.trials ? Shape(own.snr.size(), own.trials->periods.front()) : Shape(0, 0);
+        });
+        if (!result.problem.isEmpty())
+            return false;
+        result.ffa = days.days.front()->periodogram.trials;
+        count = std::size_t(result.ffa->count());
+        result.binWidth = 1 / (2 * result.ffa->length());
+        for (void (FfaStacker::*const part)() :
+             {&FfaStacker::turnPeriods, &FfaStacker::sumDays, &FfaStacker::leaveOut,
+              &FfaStacker::describeTrials}) {
+            if (!control.isStopped())
+                (this->*part)();
+        }
+        return !control.isStopped();
+    }
+
     const float *snrOf(std::size_t day) const { return days.days[day]->periodogram.snr.data(); }
     std::size_t trialOf(std::size_t day, std::size_t trial) const
     {
@@ -269,6 +286,12 @@ FourierStack combineFfaDays(const std::vector<FourierDay> &products,
                             const FourierDaysChoice &choice, const Jobs::Control &control)
 {
     return FfaStacker(products, choice, control).stack();
+}
+
+FourierLine foldedLine(const std::vector<FourierDay> &products, const FourierDaysChoice &choice,
+                       double telescope, const Jobs::Control &control)
+{
+    return FfaStacker(products, choice, control).lineAt(telescope);
 }
 
 bool foldsAt(const Interference &entry, double frequency, double length)

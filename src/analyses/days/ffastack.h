@@ -12,6 +12,14 @@ namespace Days {
 FourierStack combineFfaDays(const std::vector<FourierDay> &products,
                             const FourierDaysChoice &choice, const Jobs::Control &control = {});
 
+/// What the days say of one place, however significant it is there: the line that combineFfaDays()
+/// would tell of the trial nearest to it.
+///
+/// @param telescope  Hz, mean of the days
+/// @return no days in its growth where there is no stack, or it was stopped
+FourierLine foldedLine(const std::vector<FourierDay> &products, const FourierDaysChoice &choice,
+                       double telescope, const Jobs::Control &control = {});
+
 /// Interference folds at every period that is a whole number of its own, of which so many are left
 /// out.
 inline constexpr int mostTurns = 16;

@@ -29,6 +29,15 @@ struct FfaTrials {
         const double last = double(periods.size()) - 1;
         return last < 0 ? 1 : periods[std::size_t(std::clamp(std::round(place), 0.0, last))];
     }
+    /// Index of the trial nearest to a period, s; there must be one.
+    std::size_t nearestTo(double period) const
+    {
+        const auto after = std::lower_bound(periods.begin(), periods.end(), period);
+        const auto index = std::size_t(after - periods.begin());
+        const bool isEarlier =
+            after == periods.end() || (index > 0 && period - periods[index - 1] < *after - period);
+        return index - (isEarlier ? 1 : 0);
+    }
     double length() const { return points * tsamp; } ///< s
     /// Bins that a pulse drifts over the series where it is folded at a trial that is so much off
     /// its period.

@@ -86,7 +86,7 @@ std::vector<float> whitenedPowers(const std::vector<double> &series, int average
         return {};
     std::vector<double> spectrum(std::size_t(padded) / 2);
     Tools::amplitudeSpectrum(averaged.data(), spectrum.data(), padded, padded / 2);
-    return whiteningOf(window).powers(spectrum);
+    return whiteningOf(window).powers(spectrum, std::size_t(lowestBin));
 }
 
 PreparedSeries preparedSeries(const std::vector<float> &sums, const std::vector<float> &backSums,

@@ -10,7 +10,8 @@
 #include <QFile>
 #include <QFileInfo>
 #include <algorithm>
-#include <cstring>
+#include <cmath>
+#include <limits>
 
 // Spectra of days as a result file: a header with all parameters and a line per day, then a block
 // per day: its powers, and behind them of periodograms the standardised S/N [width][trial].
@@ -22,6 +23,7 @@ namespace {
 constexpr char timeForm[] = "yyyy-MM-dd hh:mm:ss.zzz";
 constexpr int fieldsOfDay = 7; // before the hum
 constexpr int periodogramsForm = 1;
+constexpr int longestLine = 1 << 20; // of a day
 
 QByteArray exact(double value)
 {
@@ -58,6 +60,12 @@ bool readValues(QFile &file, std::vector<float> &values, std::size_t count)
     values.resize(count);
     const auto bytes = qint64(count * sizeof(float));
     return file.read(reinterpret_cast<char *>(values.data()), bytes) == bytes;
+}
+
+bool areFinite(const std::vector<float> &values)
+{
+    return std::all_of(values.begin(), values.end(),
+                       [](float value) { return std::isfinite(value); });
 }
 
 // What a file of spectra begins with. Parameters that only the stack reads are in it too: they cost
@@ -103,22 +111,29 @@ bool readDayLine(const QByteArray &line, FourierDay &day)
         return false;
     day.begin = QDateTime::fromString(QString::fromLatin1(parts[0]), timeForm);
     day.begin.setTimeSpec(Qt::UTC);
-    bool areNumbers = day.begin.isValid();
-    const auto number = [&](int i) {
+    bool isRight = day.begin.isValid();
+    // What no day has would lead beyond the ends of arrays.
+    const auto number = [&](int i, double least, double most) {
         bool isNumber = false;
         const double value = parts[i].toDouble(&isNumber);
-        areNumbers = areNumbers && isNumber;
-        return value;
+        isRight = isRight && isNumber && value >= least && value <= most;
+        return isRight ? value : least;
     };
-    day.binWidth = number(1);
-    day.sigma = number(2);
-    day.above = int(std::clamp(number(3), 0.0, 1e9));
-    day.ratio = number(4);
-    day.solarHour = number(5);
+    constexpr double tiny = std::numeric_limits<double>::min();
+    constexpr double huge = std::numeric_limits<double>::max();
+    constexpr double mostOfRatio = 1e-3; // by which the Earth's motion could change it
+    day.binWidth = number(1, tiny, huge);
+    day.sigma = number(2, tiny, huge);
+    day.above = int(number(3, 0, 1e9));
+    day.ratio = parts[4] == exact(std::numeric_limits<double>::quiet_NaN())
+                    ? std::numeric_limits<double>::quiet_NaN()
+                    : number(4, 1 - mostOfRatio, 1 + mostOfRatio);
+    day.solarHour = number(5, 0, 24);
     day.remark = fromOneLine(parts[6]);
+    constexpr double mostOfHum = 1000; // Hz
     for (int i = fieldsOfDay; i < parts.size(); i += 2)
-        day.hum.push_back({number(i), number(i + 1)});
-    return areNumbers && day.binWidth > 0;
+        day.hum.push_back({number(i, 0, mostOfHum), number(i + 1, 0, mostOfHum)});
+    return isRight;
 }
 
 ReadSpectra refused(const QString &path, const QString &reason)
@@ -174,8 +189,8 @@ ReadSpectra readSpectra(const QString &path, const FourierDaysParameters &parame
     if (file.read(header.size()) != header)
         return refused(path, "it holds spectra of other parameters or of another version");
     ReadSpectra read;
-    QByteArray line = file.readLine();
-    for (; line.startsWith("day: "); line = file.readLine()) {
+    QByteArray line = file.readLine(longestLine);
+    for (; line.startsWith("day: "); line = file.readLine(longestLine)) {
         read.days.emplace_back();
         if (!readDayLine(line, read.days.back()))
             return refused(path, "the line of a day is damaged");
@@ -190,6 +205,8 @@ ReadSpectra readSpectra(const QString &path, const FourierDaysParameters &parame
         if (!readValues(file, day.powers, std::size_t(binsOf(parameters))) ||
             (trials && !readValues(file, own.snr, trials->noise.size())))
             return refused(path, "it cannot be read: " + file.errorString());
+        if (!areFinite(day.powers) || !areFinite(own.snr))
+            return refused(path, "a value of a day is no finite number");
         own.trials = trials;
         if (trials)
             own.best = bestOfWidths(own.snr, trials->count());

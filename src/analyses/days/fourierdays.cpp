@@ -39,11 +39,6 @@ constexpr char stackExamples[] =
     "Periods of 0.5 to 20 s by folding:\n"
     "  zrt-batch stack --ffa --module 1 --ray 7 --period-min 0.5 --period-max 20 .";
 
-bool isHarmonicCount(int count)
-{
-    return count == 1 || count == 2 || count == 4 || count == 8 || count == 16;
-}
-
 QStringList partsOf(const QString &list)
 {
     return list.isEmpty() ? QStringList() : list.split(',');
@@ -59,28 +54,10 @@ bool areNumbers(const QString &list)
 std::vector<FieldProblem> validate(const P &parameters)
 {
     std::vector<FieldProblem> problems = problemsOf(parameters);
-    const auto isNoise = [&](const FieldChoice &choice) {
-        return choice.value == parameters.noise;
-    };
-    const std::vector<FieldChoice> &noises = pulsarField("--noise").choices;
     if (!(parameters.dispersion >= 0))
         problems.push_back({"dispersion", "The dispersion cannot be below 0."});
-    if (std::none_of(noises.begin(), noises.end(), isNoise))
-        problems.push_back(
-            {"groupBox_method", QString("There is no base line \"%1\".").arg(parameters.noise)});
-    if (parameters.window < 129 || parameters.window > 513 || parameters.window % 2 == 0)
-        problems.push_back({"window", "The window must be an odd number from 129 to 513."});
-    const int averages = std::clamp(parameters.averageCount, 0, 30);
-    if (parameters.averageCount < 0 || (parameters.points >> averages) < 2 * parameters.window)
-        problems.push_back(
-            {"averageCount",
-             QString("%1 points averaged %2 times leave less than two windows of %3 bins. Average "
-                     "less, or take more points.")
-                 .arg(parameters.points)
-                 .arg(parameters.averageCount)
-                 .arg(parameters.window)});
-    if (!isHarmonicCount(parameters.harmonics))
-        problems.push_back({"harmonics", "Allowed: 1, 2, 4, 8 or 16 harmonics."});
+    for (const FieldProblem &problem : problemsOfSpectrum(parameters))
+        problems.push_back(problem);
     if (!(parameters.threshold >= 1))
         problems.push_back({"threshold", "The threshold must be at least 1 sigma."});
     if (!areNumbers(parameters.otherRays))
@@ -120,19 +97,9 @@ qint64 bytesOfPeriodograms(const P &parameters, const ObservationData &header, i
     return days * (ofDay + ofDay / 2 + ofSpectrum) + sums * ofDay;
 }
 
-QString siteOfSet(const RecordingSet &set)
-{
-    for (const RecordingEntry &entry : set.entries) {
-        const QString site = siteOf(entry.path);
-        if (!site.isEmpty())
-            return site;
-    }
-    return {};
-}
-
 void findBeam(const RecordingSet &set, const P &parameters, DayPlan &plan)
 {
-    const QString site = siteOfSet(set);
+    const QString site = siteOf(set);
     plan.choice.module = parameters.module;
     plan.choice.ray = parameters.ray;
     if (parameters.module > 0 && parameters.ray > 0) {
@@ -271,7 +238,7 @@ DayPlan planDays(const RecordingSet &set, const FourierDaysParameters &parameter
     plan.choice = needs.choice;
     plan.series = needs.series;
     plan.rays = 1 + int(otherRays(parameters, plan.choice.ray).size());
-    plan.list = findDays(set, plan.choice);
+    plan.list = findDays(set, plan.choice, plan.list);
     if (parameters.isFfa)
         planSearch(parameters, plan);
     return plan;

@@ -1,29 +1,21 @@
 #pragma once
 
 #include "analyses/days/dayanalysis.h"
-#include "analyses/days/dayplace.h"
 #include "analyses/days/fourierday.h"
 #include "analyses/days/fourierstack.h"
+#include "analyses/days/stretchparameters.h"
 
 /// Spectra or periodograms of all days of a folder and their stack: "Sum of signals", "Fourier" and
 /// "FFA".
 namespace Days {
 
-struct FourierDaysParameters : DayPlace {
-    double dispersion = 0;      ///< pc/cm^3
-    QString noise = "polinom5"; ///< names of PulsarParameters::noise
+struct FourierDaysParameters : StretchParameters {
+    double dispersion = 0; ///< pc/cm^3
     bool normalise = false;
-    int averageCount = 0;
-    int window = 257;        ///< bins, odd, whose median is the noise around a line
-    int harmonics = 16;      ///< most that are summed: 1, 2, 4, 8 or 16
-    bool earthMotion = true; ///< turn frequencies to the barycentre
     double threshold = 5;    ///< sigma of listed lines
     bool equalGains = false; ///< weight days by the inverse square of their sigma
     QString otherRays;       ///< numbers with commas: rays of the same module whose lines are
                              ///< compared
-    bool isFfa = false;      ///< periodograms of fast folding in place of spectra
-    /// Parameters of the folds; what is 0 suits the series: see ffaOfDays().
-    FfaParameters ffa = {.period_min = 0, .period_max = 0, .rmed_width = 0};
 };
 
 using FourierDaysField = Field<FourierDaysParameters>;

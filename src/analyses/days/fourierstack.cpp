@@ -111,8 +111,8 @@ private:
         const std::vector<double> weights = weightsOfChosen();
         const double expected = weights.empty() ? Tools::medianWhitenedPower(shape, choice.window)
                                                 : Tools::medianWeightedPower(weights, 1);
-        const int window = std::min(levelWindows * choice.window, bins) - 1;
-        days.level = levelOfStack(sums, expected, window | 1);
+        const int window = std::min(levelWindows * choice.window, bins - lowestBin) - 1;
+        days.level = levelOfStack(sums, expected, window | 1, lowestBin);
         leaveOut();
     }
 
@@ -251,11 +251,11 @@ private:
 
 } // namespace
 
-QStringList FourierLine::marks() const
+QStringList LineMarks::marksOf(const QString &kind) const
 {
     QStringList words;
     if (relatedTo >= 0)
-        words << QString("%1/%2 of line %3").arg(relatedP).arg(relatedQ).arg(relatedTo + 1);
+        words << QString("%1/%2 of %3 %4").arg(relatedP).arg(relatedQ).arg(kind).arg(relatedTo + 1);
     if (isHum)
         words << "mains hum";
     if (isInOtherRays)

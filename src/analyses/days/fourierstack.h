@@ -43,6 +43,23 @@ struct PulsarMatch {
     QString text() const;
 };
 
+/// What names a line, or speaks against a source in the sky.
+struct LineMarks {
+    bool isFewDays = false;           ///< not significant without the strongest days
+    bool isSolar = false;             ///< keeps solar, not sidereal time
+    bool isHum = false;               ///< mains hum or one of its multiples
+    bool isInOtherRays = false;       ///< of isInRaysApart()
+    std::vector<PulsarMatch> pulsars; ///< known ones, nearest first
+    int relatedTo = -1; ///< index of a stronger one of which it is a fraction; -1: none
+    int relatedP = 1;   ///< p / q times its frequency
+    int relatedQ = 1;
+
+    /// In words.
+    ///
+    /// @param kind  of what it is a fraction: "line"
+    QStringList marksOf(const QString &kind) const;
+};
+
 struct GrowthPoint {
     int days = 0;
     double sigma = 0;    ///< one trial, with the first so many days
@@ -50,7 +67,7 @@ struct GrowthPoint {
 };
 
 /// One line with all that is told of it.
-struct FourierLine {
+struct FourierLine : LineMarks {
     double bin = 0;              ///< of the fundamental on the stack's axis; of the FFA, the trial
     int harmonics = 1;           ///< summed
     int width = 0;               ///< of the FFA: of the pulse, phase bins
@@ -66,19 +83,10 @@ struct FourierLine {
     double secondHalf = 0;
     std::vector<double> bySolarHour; ///< mean power in each of 24 hours of local solar time; not a
                                      ///< number where there is no day
-    bool isFewDays = false;          ///< falls below the threshold without the strongest days
-    bool isSolar = false;            ///< keeps solar, not sidereal time
-    bool isHum = false;              ///< mains hum or one of its multiples
-    bool isInOtherRays = false;
     std::vector<GrowthPoint> growth;
-    std::vector<PulsarMatch> pulsars; ///< nearest first
-    int relatedTo = -1; ///< index of a stronger line of which it is a fraction; -1: none
-    int relatedP = 1;   ///< p / q times that line's frequency
-    int relatedQ = 1;
 
     double period() const { return 1 / (barycentric > 0 ? barycentric : telescope); } ///< s
-    /// All of the above that is not as a pulsar has it, in words.
-    QStringList marks() const;
+    QStringList marks() const { return marksOf("line"); }
 };
 
 struct FourierStack {

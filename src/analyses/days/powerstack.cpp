@@ -95,9 +95,10 @@ std::vector<double> stackDaysFinely(const std::vector<DayPowers> &days, int bins
     return sums;
 }
 
-std::vector<double> levelOfStack(const std::vector<double> &stack, double expected, int window)
+std::vector<double> levelOfStack(const std::vector<double> &stack, double expected, int window,
+                                 int first)
 {
-    std::vector<double> level = Tools::localMedian(stack, window);
+    std::vector<double> level = Tools::localMedian(stack, window, std::size_t(first));
     for (double &value : level)
         value = value > 0 ? value / expected : 1;
     return level;

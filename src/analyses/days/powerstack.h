@@ -36,7 +36,9 @@ std::vector<double> stackDaysFinely(const std::vector<DayPowers> &days, int bins
 ///
 /// @param expected  Tools::medianPower() of the number of days, or that of their weights
 /// @param window    odd, in bins
-std::vector<double> levelOfStack(const std::vector<double> &stack, double expected, int window);
+/// @param first     the lowest bin that is ranked; those before it do not count
+std::vector<double> levelOfStack(const std::vector<double> &stack, double expected, int window,
+                                 int first = 0);
 
 /// A sum of harmonics.
 struct StackLine {

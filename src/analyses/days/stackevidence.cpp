@@ -236,6 +236,20 @@ bool isHumAt(const std::vector<DayHum> &hum, double frequency, double rate, doub
     return false;
 }
 
+bool isInRaysApart(const std::set<int> &places, int own)
+{
+    constexpr int enough = 3;
+    int apart = 0;
+    int last = -2;
+    for (const int place : places) {
+        if (std::abs(place - own) <= 1 || place <= last + 1)
+            continue;
+        ++apart;
+        last = place;
+    }
+    return apart >= enough;
+}
+
 std::vector<const Tools::KnownPulsar *> pulsarsInBeam(const Beam &beam,
                                                       const Tools::SkyPosition &direction,
                                                       const QDate &date, double stretchSeconds)

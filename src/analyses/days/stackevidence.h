@@ -4,6 +4,7 @@
 #include "analyses/days/powerstack.h"
 
 #include <functional>
+#include <set>
 
 /// What is looked up for one line of a stack after it was found.
 namespace Days {
@@ -60,6 +61,12 @@ void addEvidence(const StackDays &stack, const std::vector<double> &ofDay, const
 /// @param tolerance  Hz
 bool isHumAt(const std::vector<DayHum> &hum, double frequency, double rate, double tolerance,
              int multiples = highestHumMultiple);
+
+/// Whether three rays or more have a line that are no neighbours of the line's own ray or of each
+/// other: then it is no source.
+///
+/// @param places  of placeOfRay(), of the rays that have it
+bool isInRaysApart(const std::set<int> &places, int own);
 
 /// The pulsars that lie in a beam.
 std::vector<const Tools::KnownPulsar *> pulsarsInBeam(const Beam &beam,

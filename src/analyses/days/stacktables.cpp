@@ -149,4 +149,23 @@ std::vector<Column> daysColumns(const std::vector<FourierDay> &days,
             {"reason", "", reasons}};
 }
 
+std::vector<std::pair<QString, Results::ResultTable>>
+stackTables(const std::vector<HeaderLine> &request, const DaySpectra &spectra,
+            const StackOutcome &outcome, const RecordingSet &set)
+{
+    Results::ResultTable table;
+    table.request = request;
+    table.result = stackLines(outcome.stack, spectra.plan, outcome.choice);
+    std::vector<std::pair<QString, Results::ResultTable>> all = {
+        {outcome.parameters.isFfa ? "periods" : "spectrum", table},
+        {"lines", table},
+        {"days", table}};
+    all[0].second.columns = spectrumColumns(outcome.stack);
+    all[1].second.columns = linesColumns(outcome.stack);
+    all[2].second.columns = daysColumns(spectra.days(), outcome.verdicts, outcome.choice.days);
+    for (const HeaderLine &line : leftOutLines(set, spectra.plan.list))
+        all[2].second.result.push_back(line);
+    return all;
+}
+
 } // namespace Days

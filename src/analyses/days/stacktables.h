@@ -1,6 +1,6 @@
 #pragma once
 
-#include "analyses/days/fourierdays.h"
+#include "analyses/days/dayspectra.h"
 #include "results/resulttable.h"
 
 /// A stack of days as tables: what the batch program writes and a form saves.
@@ -26,5 +26,13 @@ std::vector<Results::Column> linesColumns(const FourierStack &stack);
 std::vector<Results::Column> daysColumns(const std::vector<FourierDay> &days,
                                          const std::vector<DayVerdict> &verdicts,
                                          const std::vector<bool> &chosen);
+
+/// The three tables of a stack and what each is called in the names of files: the stack itself, its
+/// lines, its days.
+///
+/// @param request  lines of the header of each
+std::vector<std::pair<QString, Results::ResultTable>>
+stackTables(const std::vector<Results::HeaderLine> &request, const DaySpectra &spectra,
+            const StackOutcome &outcome, const RecordingSet &set);
 
 } // namespace Days

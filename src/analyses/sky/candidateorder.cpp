@@ -21,7 +21,8 @@ public:
     // Whether one is a small fraction of the other, and if so which.
     bool relate(SkyCandidate &candidate, const SkyCandidate &base) const
     {
-        if (!areNear(candidate, base))
+        // What comes back day by day is no harmonic of what a few days brought.
+        if (!areNear(candidate, base) || (base.isFewDays && !candidate.isFewDays))
             return false;
         constexpr int highest = 16;
         const double own = binOf(candidate);
@@ -66,9 +67,8 @@ private:
 
 int placeOfRay(const SkyPlan &plan, int ray)
 {
-    constexpr int raysOfModule = 8;
     const SkyRay &one = plan.rays[std::size_t(ray)];
-    return one.module * raysOfModule + one.ray;
+    return Days::placeOfRay(one.module, one.ray);
 }
 
 std::vector<SkyCandidate> orderedCandidates(std::vector<SkyCandidate> found, const SkyPlan &plan)

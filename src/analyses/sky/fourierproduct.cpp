@@ -149,9 +149,10 @@ FineStack fineStack(const std::vector<double> &sums, double shape, const SkyPlan
     std::vector<double> atBins(static_cast<std::size_t>(bins));
     for (std::size_t bin = 0; bin < atBins.size(); ++bin)
         atBins[bin] = sums[bin * std::size_t(each)];
-    const int window = std::min(levelWindows * plan.parameters.window, bins) - 1;
-    stack.level = Days::levelOfStack(
-        atBins, Tools::medianWhitenedPower(shape, plan.parameters.window), window | 1);
+    const int window = std::min(levelWindows * plan.parameters.window, bins - Days::lowestBin) - 1;
+    stack.level =
+        Days::levelOfStack(atBins, Tools::medianWhitenedPower(shape, plan.parameters.window),
+                           window | 1, Days::lowestBin);
     stack.search.shape = shape;
     stack.search.lowestBin = Days::lowestBin;
     stack.search.harmonics = plan.parameters.harmonics;
@@ -262,10 +263,11 @@ PositionRange sameLine(const SkyPlan &plan, const CellLine &line)
 bool isHum(const CellStack &cell, const SkyPlan &plan, const CellLine &line, double telescope,
            const std::vector<Days::DayHum> &hum)
 {
+    const FineStack stack = fineStack(cell.sums, cell.days, plan);
     int strongest = 1;
     double most = 0;
     for (int harmonic = 1; harmonic <= line.harmonics; ++harmonic) {
-        const double power = powerAt(cell, plan, {line.position * harmonic, 1, 0, 0});
+        const double power = harmonicSum(stack, {line.position * harmonic, 1, 0, 0}, perBin(plan));
         if (power > most) {
             most = power;
             strongest = harmonic;

@@ -12,6 +12,9 @@ using Vector = std::vector<double>;
 // Noise of its own in every power, as part of its variance: rounding and the levels around it make
 // powers less alike than their correlation says, where that is nearly one.
 constexpr double ownNoise = 0.01;
+// Shares of a Gaussian within one and two standard deviations.
+constexpr double oneError = 0.6827;
+constexpr double twoErrors = 0.9545;
 
 double dot(const Vector &a, const Vector &b)
 {
@@ -190,24 +193,45 @@ double bestOf(const std::vector<Fit> &fits, double from, double to, int count)
     return maximumBetween(fits, std::max(from, best - apart), std::min(to, best + apart));
 }
 
-// Mean and scatter of the places in the range, each as likely as the powers are there. `scale` is
-// the variance of the slope over what the weights promise.
+// Mean of the places in the range, each as likely as the powers are there, and the distance from it
+// that holds one error of a Gaussian, or half of that which holds two. `scale` is the variance of
+// the slope over what the weights promise.
 Located meanOfPlaces(const std::vector<Fit> &fits, double from, double to, double best, int count,
                      double scale)
 {
     const double most = gainOf(fits, best);
     double sum = 0;
     double mean = 0;
-    double square = 0;
+    Vector weights;
     for (int i = 0; i <= count; ++i) {
         const double place = from + (to - from) * i / count;
-        const double weight = std::exp((gainOf(fits, place) - most) / (2 * scale));
-        sum += weight;
-        mean += weight * (place - best);
-        square += weight * (place - best) * (place - best);
+        weights.push_back(std::exp((gainOf(fits, place) - most) / (2 * scale)));
+        sum += weights.back();
+        mean += weights.back() * place;
     }
     mean /= sum;
-    return {best + mean, std::sqrt(std::max(0.0, square / sum - mean * mean))};
+    const double apart = (to - from) / count;
+    // A place stands for all that are nearer to it than to its neighbours.
+    const auto shareWithin = [&](double radius) {
+        double inside = 0;
+        for (int i = 0; i <= count; ++i) {
+            const double place = from + apart * i;
+            const double overlap = std::min(place + apart / 2, mean + radius) -
+                                   std::max(place - apart / 2, mean - radius);
+            inside += weights[std::size_t(i)] * std::max(0.0, overlap / apart);
+        }
+        return inside / sum;
+    };
+    const auto radiusOf = [&](double share) {
+        double low = 0;
+        double high = to - from;
+        for (int round = 0; round < 40; ++round) {
+            const double middle = (low + high) / 2;
+            (shareWithin(middle) < share ? low : high) = middle;
+        }
+        return high;
+    };
+    return {mean, std::max(radiusOf(oneError), radiusOf(twoErrors) / 2)};
 }
 
 } // namespace

@@ -20,7 +20,7 @@ struct PowerSamples {
 
 struct Located {
     double value = 0;
-    double error = 0; ///< standard deviation; not a number where the powers do not tell
+    double error = 0; ///< one sigma; not a number where the powers do not tell
 };
 
 /// Least squares for a place that all sets share, each with a strength of its own.
@@ -30,9 +30,10 @@ struct Located {
 /// those of the noise alone; the error is that of the estimate under the whole covariance, so that
 /// it holds for strong signals as well.
 ///
-/// Where the range is few errors wide, value and error are mean and scatter of all places of the
-/// range, each as likely as it makes the powers: between two beams that hardly see the source the
-/// squared deviations are no parabola, and the slope at their least would promise too much.
+/// Where the range is few errors wide, the value is the mean of all places of the range, each as
+/// likely as it makes the powers, and the error holds 68 % of them, twice the error 95 % at least:
+/// between two beams that hardly see the source the squared deviations are no parabola, and the
+/// slope at their least would promise too much.
 ///
 /// @param from, to  range in which the place is looked for
 /// @param step      so fine that the amplitudes hardly change

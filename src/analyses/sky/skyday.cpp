@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <mutex>
+#include <new>
 
 namespace Sky {
 
@@ -29,7 +30,7 @@ int summedPoints(const ObservationData &data, const SkyPlan &plan)
 struct RaySamples {
     ObservationData data;
     PulsarParameters selected;
-    QString problem; // why the ray does not count
+    QString problem; // why the ray does not count on that day
     QString remark;
 };
 
@@ -40,9 +41,9 @@ RaySamples raySamples(const PassageSamples &samples, std::size_t ray, const SkyP
     const int place = samples.rays[ray];
     const Tools::FiniteSamples finite = Tools::finiteSamples(
         samples.data, module, place, Tools::wholeChannels(samples.data, Pulsar::sumBands));
-    if (!finite.samples)
-        one.problem = "there is not enough memory. Close other programs.";
-    else if (!finite.empty.empty())
+    if (!finite.samples) // what can be added another time must not count as done
+        throw std::bad_alloc();
+    if (!finite.empty.empty())
         one.problem = Tools::noFiniteText(finite.empty);
     one.remark = Tools::nonFiniteText(finite.replaced, samples.data.point);
     one.data = samples.data;
@@ -80,10 +81,8 @@ public:
         done.assign(units, 0);
         std::copy(entry.units.begin(), entry.units.end(), done.begin());
         prepareRays();
-        if (!isStopped()) {
-            addFirstDispersion();
-            addOthers();
-        }
+        addFirstDispersion();
+        addOthers();
         end.wasStopped = isStopped();
         const bool isWhole = std::all_of(done.begin(), done.end(), [](char is) { return is != 0; });
         if (isWhole)
@@ -97,6 +96,8 @@ public:
 
 private:
     bool isStopped() const { return control.isStopped(); }
+    // A passage with a problem is worked on no further: other parts of the work need what failed.
+    bool isEnded() const { return isStopped() || !end.problem.isEmpty(); }
 
     std::size_t unitOf(std::size_t ray, std::size_t dispersion) const
     {
@@ -125,7 +126,7 @@ private:
         });
         ratios.resize(plan.rays.size() * std::size_t(plan.starts));
         each(plan.rayCount(), [this](int ray) { findRatios(std::size_t(ray)); });
-        for (std::size_t ray = 0; ray < rays.size() && !isStopped(); ++ray) {
+        for (std::size_t ray = 0; ray < rays.size() && !isEnded(); ++ray) {
             const QString place = QString("%1, module %2, ray %3: ")
                                       .arg(passage.name)
                                       .arg(plan.rays[ray].module)
@@ -217,10 +218,12 @@ private:
     // The lowest dispersion, at which interference stands, tells which stretches count.
     void addFirstDispersion()
     {
+        if (isEnded())
+            return;
         std::vector<std::vector<CellProduct>> products(rays.size());
         each(plan.rayCount(),
              [&](int ray) { products[std::size_t(ray)] = productsOf(std::size_t(ray), 0); });
-        if (isStopped())
+        if (isEnded())
             return;
         judge(products);
         findHum();
@@ -282,7 +285,7 @@ private:
 
     void addOthers()
     {
-        if (isStopped())
+        if (isEnded())
             return;
         const auto others = plan.dispersions.size() - 1;
         const int count = int(rays.size() * others);

@@ -94,18 +94,18 @@ private:
             map.columns = int(sigmas.size());
             const std::size_t all = map.rows.size();
             map.sigma.assign(all * sigmas.size(), std::numeric_limits<float>::quiet_NaN());
-            map.best.assign(map.sigma.size(), std::int16_t(other));
+            map.best.assign(map.sigma.size(), other);
         }
         const std::size_t first = std::size_t(row) * sigmas.size();
         map.sigma.resize(std::max(map.sigma.size(), first + sigmas.size()),
                          std::numeric_limits<float>::quiet_NaN());
-        map.best.resize(map.sigma.size(), std::int16_t(other));
+        map.best.resize(map.sigma.size(), other);
         for (std::size_t i = 0; i < sigmas.size(); ++i) {
             float &most = map.sigma[first + i];
             if (std::isnan(sigmas[i]) || sigmas[i] <= most)
                 continue;
             most = sigmas[i];
-            map.best[first + i] = std::int16_t(other);
+            map.best[first + i] = other;
         }
         MapRow &told = map.rows.back();
         const int days = stack.days(map.choice.ray, start);

@@ -31,7 +31,7 @@ struct SkyMap {
     /// Row r begins at r x columns; NaN below the lowest line. After the trials of one column, and
     /// of all cells where the best of them is shown.
     std::vector<float> sigma;
-    std::vector<std::int16_t> best; ///< index of dispersion or start with that significance
+    std::vector<std::int32_t> best; ///< index of dispersion or start with that significance
     int columns = 0;
     std::vector<MapRow> rows;
     double first = 0; ///< frequency, Hz, of column 0 and from one to the next
@@ -46,7 +46,7 @@ struct SkyMap {
 
 SkyMap mapOf(const SkyStack &stack, const SkyPlan &plan, const MapChoice &choice);
 
-/// File of a map; empty where the base line gives it no name, and the user has to.
+/// Name of the file of a map; empty where the base line has none: the user has to give one then.
 QString mapFileName(const SkyPlan &plan, const SkyMap &map, const QString &name);
 
 } // namespace Sky

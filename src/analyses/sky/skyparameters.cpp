@@ -2,7 +2,6 @@
 
 #include "base/shellword.h"
 #include "base/typednumber.h"
-#include "calc/pulsar/pulsarfields.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,11 +24,6 @@ std::optional<int> wholeNumber(const QString &text)
     return isNumber && number >= 1 && number <= mostNumber ? std::optional(number) : std::nullopt;
 }
 
-bool isHarmonicCount(int count)
-{
-    return count == 1 || count == 2 || count == 4 || count == 8 || count == 16;
-}
-
 void addListProblems(const P &parameters, std::vector<FieldProblem> &problems)
 {
     const QString allowed = " Write numbers and ranges with commas, as 1,3-5, or all.";
@@ -47,30 +41,6 @@ void addListProblems(const P &parameters, std::vector<FieldProblem> &problems)
                      "commas, or from:to:step, at most %2 of them.")
                  .arg(parameters.dispersions)
                  .arg(mostDispersions)});
-}
-
-void addSpectrumProblems(const P &parameters, std::vector<FieldProblem> &problems)
-{
-    const std::vector<FieldChoice> &noises = pulsarField("--noise").choices;
-    const auto isNoise = [&](const FieldChoice &choice) {
-        return choice.value == parameters.noise;
-    };
-    if (std::none_of(noises.begin(), noises.end(), isNoise))
-        problems.push_back(
-            {"groupBox_method", QString("There is no base line \"%1\".").arg(parameters.noise)});
-    if (parameters.window < 129 || parameters.window > 513 || parameters.window % 2 == 0)
-        problems.push_back({"window", "The window must be an odd number from 129 to 513."});
-    const int averages = std::clamp(parameters.averageCount, 0, 30);
-    if (parameters.averageCount < 0 || (parameters.points >> averages) < 2 * parameters.window)
-        problems.push_back(
-            {"averageCount",
-             QString("%1 points averaged %2 times leave less than two windows of %3 bins. Average "
-                     "less, or take more points.")
-                 .arg(parameters.points)
-                 .arg(parameters.averageCount)
-                 .arg(parameters.window)});
-    if (!isHarmonicCount(parameters.harmonics))
-        problems.push_back({"harmonics", "Allowed: 1, 2, 4, 8 or 16 harmonics."});
 }
 
 } // namespace
@@ -126,7 +96,8 @@ std::vector<FieldProblem> problemsOf(const SkyParameters &parameters)
     place.firstPoint = std::max(0, parameters.firstPoint);
     std::vector<FieldProblem> problems = Days::problemsOf(place);
     addListProblems(parameters, problems);
-    addSpectrumProblems(parameters, problems);
+    for (const FieldProblem &problem : Days::problemsOfSpectrum(parameters))
+        problems.push_back(problem);
     if (parameters.starts < 0 || parameters.starts > mostStarts)
         problems.push_back(
             {"starts", QString("Allowed: up to %1 stretches; 0: as many as fit.").arg(mostStarts)});

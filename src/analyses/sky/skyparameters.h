@@ -1,9 +1,6 @@
 #pragma once
 
-#include "analyses/days/dayplace.h"
-#include "calc/analysis.h"
-#include "calc/ffasearch.h"
-#include "calc/fieldproblem.h"
+#include "analyses/days/stretchparameters.h"
 
 #include <optional>
 
@@ -27,7 +24,7 @@ enum class MapAxis { Starts, Dispersions };
 /// stretches. Without any start, and the first point below 0, the stretches begin at the sidereal
 /// time at which the first recording does. Module and ray are not used: the lists below take their
 /// place.
-struct SkyParameters : Days::DayPlace {
+struct SkyParameters : Days::StretchParameters {
     SkyParameters()
     {
         points = 2048;
@@ -38,18 +35,10 @@ struct SkyParameters : Days::DayPlace {
     QString rays = "all";      ///< the same
     QString dispersions = "0"; ///< pc/cm^3: numbers with commas, or "from:to:step"
     int starts = 0;            ///< stretches; 0: as many as the longest recording holds
-    QString noise = "polinom5";
-    int averageCount = 0;
-    int window = 257;        ///< bins, odd, whose median is the noise around a line
-    bool earthMotion = true; ///< turn frequencies to the barycentre
-    bool isFfa = false;      ///< fold in place of spectra
-    /// Parameters of the folds; what is 0 suits the stretches: see Days::ffaOfDays().
-    FfaParameters ffa = {.period_min = 0, .period_max = 0, .rmed_width = 0};
-    bool allDays = false; ///< count stretches too that most rays show as disturbed
+    bool allDays = false;      ///< count stretches too that most rays show as disturbed
 
     double beamAlfa = 0.8;  ///< degrees on the sky: full width of the beams at half maximum
     double beamDelta = 0.6; ///< the same in declination
-    int harmonics = 16;     ///< most that are summed: 1, 2, 4, 8 or 16
     double falseAlarms = 1; ///< of a search: as many so strong candidates has noise, at most
     int most = 200;         ///< candidates of a search, at most
     QString over = "starts";

@@ -3,6 +3,7 @@
 #include "analyses/days/dayseries.h"
 #include "analyses/days/ffaday.h"
 #include "analyses/days/fourierdays.h"
+#include "analyses/sky/skystack.h"
 #include "base/timetext.h"
 #include "coords/skyclock.h"
 #include "data/truenumbers.h"
@@ -13,6 +14,7 @@
 #include <cmath>
 #include <limits>
 #include <map>
+#include <set>
 
 namespace Sky {
 
@@ -34,16 +36,6 @@ struct Span {
     int first = 0;
     int end = 0;
 };
-
-QString siteOfSet(const RecordingSet &set)
-{
-    for (const RecordingEntry &entry : set.entries) {
-        const QString site = Days::siteOf(entry.path);
-        if (!site.isEmpty())
-            return site;
-    }
-    return {};
-}
 
 bool isUsable(const RecordingEntry &entry)
 {
@@ -90,9 +82,10 @@ public:
             return;
         findStarts();
         for (int number = 0; number < plan.starts; ++number)
-            lists.push_back(Days::findDays(set, choiceOf(number)));
+            daysOfStarts.push_back(Days::findDays(set, choiceOf(number), list).days);
         joinStarts();
         leaveOutFiles();
+        limitPassages();
     }
 
 private:
@@ -104,7 +97,7 @@ private:
             modules = numbersIn(header, header.modules, moduleNumber);
         if (rays.empty())
             rays = numbersIn(header, header.rays, rayNumber);
-        const QString site = siteOfSet(set);
+        const QString site = Days::siteOf(set);
         for (const int module : modules)
             for (const int ray : rays)
                 plan.rays.push_back({module, ray, Days::beamOf(site, module, ray)});
@@ -219,7 +212,7 @@ private:
     {
         std::vector<HeldStart> held;
         for (int number = 0; number < plan.starts; ++number) {
-            for (const Days::Day &day : lists[std::size_t(number)].days) {
+            for (const Days::Day &day : daysOfStarts[std::size_t(number)]) {
                 if (day.reason.isEmpty())
                     held.push_back({number, baseOf(day, number), &day});
             }
@@ -275,7 +268,7 @@ private:
     {
         for (const HeldStart &one : held)
             for (const Days::DayPart &part : one.day->parts)
-                used[part.recording] = true;
+                used.insert(part.recording);
         Passage passage;
         passage.begin = held.front().base;
         std::map<int, int> offsets;
@@ -312,7 +305,7 @@ private:
             for (const SkyRay &ray : plan.rays) {
                 if (holdsRay(entry.header, ray.module, ray.ray))
                     continue;
-                plan.leftOut.push_back(
+                withoutRays.push_back(
                     {part.recording,
                      QString("It does not hold module %1, ray %2.").arg(ray.module).arg(ray.ray)});
                 holds = false;
@@ -337,30 +330,35 @@ private:
         return hash.result().toHex().left(stateDigits);
     }
 
-    // What the lists of all starts leave out is left out; a file that one of them uses is not.
+    // What the lists of all starts leave out is left out; a file that one of them uses is not, but
+    // for those that lack a ray.
     void leaveOutFiles()
     {
-        const auto isUsed = [this](const Days::LeftOut &left) { return used[left.recording]; };
+        const auto isUsed = [this](const Days::LeftOut &left) {
+            return used.count(left.recording) > 0;
+        };
         std::vector<Days::LeftOut> &left = plan.leftOut;
-        left.erase(std::remove_if(left.begin(), left.end(),
-                                  [&](const Days::LeftOut &one) {
-                                      return isUsed(one) && !one.reason.startsWith("It does not");
-                                  }),
-                   left.end());
-        if (int(plan.passages.size()) > mostPassagesOfPlan) {
+        left.erase(std::remove_if(left.begin(), left.end(), isUsed), left.end());
+        left.insert(left.end(), withoutRays.begin(), withoutRays.end());
+    }
+
+    void limitPassages()
+    {
+        if (int(plan.passages.size()) > mostDays) {
             plan.problems.push_back(
                 {"", QString("There are %1 days; at most %2 can be added up. Choose some by their "
                              "dates.")
                          .arg(plan.passages.size())
-                         .arg(mostPassagesOfPlan)});
+                         .arg(mostDays)});
         }
     }
 
     const RecordingSet &set;
     SkyPlan &plan;
     Days::DayStart start;
-    std::vector<Days::DayList> lists;
-    std::map<int, bool> used; // recordings
+    std::vector<std::vector<Days::Day>> daysOfStarts;
+    std::set<int> used; // recordings
+    std::vector<Days::LeftOut> withoutRays;
 };
 
 } // namespace

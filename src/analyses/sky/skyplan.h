@@ -10,9 +10,6 @@
 /// Which points of which recordings belong to which cell.
 namespace Sky {
 
-/// Days whose sums fit into the whole numbers of a stack.
-inline constexpr int mostPassagesOfPlan = 4096;
-
 struct SkyRay {
     int module = 1; ///< the telescope's number
     int ray = 1;    ///< the same

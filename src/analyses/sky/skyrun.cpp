@@ -244,6 +244,63 @@ private:
     qint64 lastKeepingMs = 0;
 };
 
+std::vector<float> noiseOf(int points)
+{
+    std::vector<float> noise(static_cast<std::size_t>(points));
+    quint32 state = 1;
+    for (float &value : noise) {
+        state = state * 1664525U + 1013904223U;
+        value = float(state >> 8);
+    }
+    return noise;
+}
+
+// The least of a few trials: the first one makes tables, any may have to wait for a processor.
+template <typename Work>
+double secondsOfTrial(const Work &work)
+{
+    constexpr int most = 5;
+    constexpr double enough = 0.5; // s, of all trials
+    constexpr double nanosecond = 1e-9;
+    QElapsedTimer timer;
+    timer.start();
+    double least = std::numeric_limits<double>::infinity();
+    double before = 0;
+    for (int i = 0; i < most && before < enough; ++i) {
+        work();
+        const double now = double(timer.nsecsElapsed()) * nanosecond;
+        least = std::min(least, now - before);
+        before = now;
+    }
+    return least;
+}
+
+// Of one stretch of one cell, once its sum is there.
+double secondsOfStretch(const SkyPlan &plan)
+{
+    const std::vector<float> noise = noiseOf(plan.parameters.points);
+    CellStretch stretch;
+    stretch.sums = noise.data();
+    stretch.backSums = plan.parameters.noise == "backSum" ? noise.data() : nullptr;
+    stretch.points = plan.parameters.points;
+    stretch.tresolution = plan.header.tresolution;
+    return secondsOfTrial([&] { methodOf(plan.product).ofStretch(stretch, plan); });
+}
+
+// Of the sum over the bands for as many points as a stretch has.
+double secondsOfSum(const SkyPlan &plan)
+{
+    const std::vector<float> band = noiseOf(plan.parameters.points);
+    std::vector<double> sum(band.size());
+    const double seconds = secondsOfTrial([&] {
+        for (std::size_t count = 0; count < plan.header.fbands.size(); ++count) {
+            for (std::size_t i = 0; i < sum.size(); ++i)
+                sum[i] += double(band[i]);
+        }
+    });
+    return sum[0] == sum[0] ? seconds : 0; // so that the sums are made
+}
+
 } // namespace
 
 qint64 memoryOf(const SkyPlan &plan, int threads)
@@ -265,32 +322,17 @@ qint64 memoryOf(const SkyPlan &plan, int threads)
 
 double secondsOf(const SkyPlan &plan, int threads)
 {
-    constexpr int trials = 5;
-    constexpr double nanosecondsPerSecond = 1e9;
-    std::vector<float> noise(static_cast<std::size_t>(plan.parameters.points));
-    quint32 state = 1;
-    for (float &value : noise) {
-        state = state * 1664525U + 1013904223U;
-        value = float(state >> 8);
+    double stretches = 0;
+    double points = 0;
+    for (const Passage &passage : plan.passages) {
+        stretches += double(std::count_if(passage.firstPoints.begin(), passage.firstPoints.end(),
+                                          [](int point) { return point >= 0; }));
+        points += passage.points();
     }
-    CellStretch stretch;
-    stretch.sums = noise.data();
-    stretch.backSums = plan.parameters.noise == "backSum" ? noise.data() : nullptr;
-    stretch.points = plan.parameters.points;
-    stretch.tresolution = plan.header.tresolution;
-    qint64 least = std::numeric_limits<qint64>::max();
-    for (int i = 0; i < trials; ++i) {
-        QElapsedTimer timer;
-        timer.start();
-        methodOf(plan.product).ofStretch(stretch, plan);
-        least = std::min(least, timer.nsecsElapsed());
-    }
-    // The sums of the bands are not tried; on common machines they take some nanoseconds a point.
-    constexpr double nanosecondsPerSum = 25; // a point of all bands
-    const double sum = plan.startStep * nanosecondsPerSum;
+    const double series = double(plan.rays.size()) * double(plan.dispersions.size());
+    const double sums = points / plan.parameters.points;
     const int side = threads > 0 ? threads : Jobs::threadCount();
-    return (double(least) + sum) / nanosecondsPerSecond * double(plan.cells()) *
-           double(plan.passages.size()) / side;
+    return series * (stretches * secondsOfStretch(plan) + sums * secondsOfSum(plan)) / side;
 }
 
 QByteArray requestOf(const SkyPlan &plan)

@@ -247,21 +247,22 @@ private:
         findPulsars(candidate);
     }
 
-    // The clipped sums of a steady signal have 0.96 of its significance and scatter by 0.3 sigma
-    // around that; those of a very strong one are limited, but far above the threshold.
+    // Below the threshold without its strongest days. The clipped sums of a steady signal have
+    // 0.96 of its significance and scatter by 0.3 sigma around that, so that a signal hardly above
+    // the threshold may fall as far below it. Those of a very strong one are limited, but far
+    // above the threshold.
     bool isOfFewDays(int days, double logTail, double clipped) const
     {
-        constexpr double margin = 1; // sigma
-        const double needed =
-            std::min(Tools::sigmaOfTail(logTail), Tools::sigmaOfTail(result.lowestLogTail));
-        return days >= fewestForTrimming && Tools::sigmaOfTail(clipped) + margin < needed;
+        constexpr double share = 0.96;
+        constexpr double scatter = 0.3; // sigma
+        const double steady = share * Tools::sigmaOfTail(logTail) - 3 * scatter;
+        const double needed = std::min(steady, Tools::sigmaOfTail(result.lowestLogTail));
+        return days >= fewestForTrimming && Tools::sigmaOfTail(clipped) < needed;
     }
 
-    // Three rays or more that are no neighbours of this one or of each other, at any time of the
-    // day and any dispersion.
+    // At any time of the day and any dispersion.
     bool isInOtherRays(const SkyCandidate &candidate) const
     {
-        constexpr int enough = 3;
         std::set<int> places;
         for (const std::vector<Detection> &cell : ofCell) {
             for (const Detection &one : cell) {
@@ -269,16 +270,7 @@ private:
                     places.insert(placeOfRay(plan, one.ray));
             }
         }
-        const int own = placeOfRay(plan, candidate.ray);
-        int apart = 0;
-        int last = -2;
-        for (const int place : places) {
-            if (std::abs(place - own) <= 1 || place <= last + 1)
-                continue;
-            ++apart;
-            last = place;
-        }
-        return apart >= enough;
+        return Days::isInRaysApart(places, placeOfRay(plan, candidate.ray));
     }
 
     // A line of the sky is as strong at all hours of the Sun. One that comes in half of the solar
@@ -369,24 +361,6 @@ QString verdictName(Verdict verdict)
         break;
     }
     return "-";
-}
-
-QStringList SkyCandidate::marks() const
-{
-    QStringList words;
-    if (relatedTo >= 0)
-        words << QString("%1/%2 of candidate %3").arg(relatedP).arg(relatedQ).arg(relatedTo + 1);
-    if (isHum)
-        words << "mains hum";
-    if (isInOtherRays)
-        words << "in other rays";
-    if (isSolar)
-        words << "interference: keeps solar time";
-    if (isFewDays)
-        words << "few days";
-    for (const Days::PulsarMatch &pulsar : pulsars)
-        words << pulsar.text();
-    return words;
 }
 
 SkySearch searchSky(const SkyStack &stack, const SkyPlan &plan, int threads,

@@ -18,7 +18,7 @@ struct Measured {
     double error = std::numeric_limits<double>::quiet_NaN(); ///< NaN: it cannot be told
 };
 
-struct SkyCandidate {
+struct SkyCandidate : Days::LineMarks {
     double barycentric = 0;      ///< Hz; not a number where the direction is unknown
     double telescope = 0;        ///< Hz, mean of the days
     Measured period;             ///< s, at the barycentre where that is known
@@ -31,23 +31,15 @@ struct SkyCandidate {
     double power = 0;            ///< mean per day and harmonic; noise has 1
     int harmonics = 1;
     int days = 0;
-    int cells = 1;                          ///< in which it stands above the threshold
-    int ray = 0;                            ///< indices in the plan of the best cell
-    int dispersionIndex = 0;                ///< the same
-    int start = 0;                          ///< the same
-    CellLine line;                          ///< in the stack of that cell
-    bool isFewDays = false;                 ///< not significant without the strongest days
-    bool isSolar = false;                   ///< keeps solar, not sidereal time
-    bool isHum = false;                     ///< mains hum or one of its multiples
-    bool isInOtherRays = false;             ///< three rays that are no neighbours have it
-    std::vector<Days::PulsarMatch> pulsars; ///< known ones, nearest first
-    int relatedTo = -1;                     ///< index of its base; -1: it is one itself
-    int relatedP = 1;                       ///< p / q times that frequency
-    int relatedQ = 1;
+    int cells = 1;           ///< in which it stands above the threshold
+    int ray = 0;             ///< indices in the plan of the best cell
+    int dispersionIndex = 0; ///< the same
+    int start = 0;           ///< the same
+    CellLine line;           ///< in the stack of that cell
     Verdict verdict = Verdict::None;
     QString note;
 
-    QStringList marks() const;
+    QStringList marks() const { return marksOf("candidate"); }
 };
 
 struct SkySearch {
@@ -61,7 +53,6 @@ struct SkySearch {
     QString problem; ///< why there is nothing; empty otherwise
 };
 
-/// @param leftOut  interference that a user knows
 /// The interference of the plan is left out.
 ///
 /// @param threads  0: Jobs::threadCount()

@@ -73,8 +73,8 @@ qint64 StackShape::bytes() const
 
 SkyStack::SkyStack(const QByteArray &request, const StackShape &shape)
     : asked(request), form(shape), sums(std::size_t(shape.bytes()) / sizeof(std::int32_t)),
-      counts(std::size_t(sunQuarters * shape.rays * shape.starts)),
-      ratios(std::size_t(shape.rays * shape.starts))
+      counts(std::size_t(sunQuarters) * std::size_t(shape.rays) * std::size_t(shape.starts)),
+      ratios(counts.size() / sunQuarters)
 {}
 
 std::size_t SkyStack::index(int layer, int ray, int dispersion, int start) const
@@ -87,6 +87,16 @@ std::size_t SkyStack::index(int layer, int ray, int dispersion, int start) const
     return cell * std::size_t(form.positions);
 }
 
+std::size_t SkyStack::rayStart(int ray, int start) const
+{
+    return std::size_t(ray) * std::size_t(form.starts) + std::size_t(start);
+}
+
+std::size_t SkyStack::countIndex(int quarter, int ray, int start) const
+{
+    return std::size_t(quarter) * ratios.size() + rayStart(ray, start);
+}
+
 int SkyStack::add(int ray, int dispersion, int start, int quarter, const std::vector<float> &values,
                   double clip)
 {
@@ -97,24 +107,23 @@ int SkyStack::add(int ray, int dispersion, int start, int quarter, const std::ve
 
 void SkyStack::count(int ray, int start, int quarter, double ratio)
 {
-    const auto cell = std::size_t(ray * form.starts + start);
-    ++counts[std::size_t(quarter) * std::size_t(form.rays * form.starts) + cell];
+    ++counts[countIndex(quarter, ray, start)];
     if (std::isfinite(ratio))
-        ratios[cell] += std::int64_t(std::llround(ratio / ratioUnit));
+        ratios[rayStart(ray, start)] += std::int64_t(std::llround(ratio / ratioUnit));
 }
 
 int SkyStack::days(int ray, int start) const
 {
     int sum = 0;
     for (int quarter = 0; quarter < sunQuarters; ++quarter)
-        sum += counts[std::size_t((quarter * form.rays + ray) * form.starts + start)];
+        sum += counts[countIndex(quarter, ray, start)];
     return sum;
 }
 
 CellStack SkyStack::quarterOf(int ray, int dispersion, int start, int quarter) const
 {
     CellStack cell;
-    cell.days = counts[std::size_t((quarter * form.rays + ray) * form.starts + start)];
+    cell.days = counts[countIndex(quarter, ray, start)];
     cell.sums.assign(std::size_t(form.positions), 0);
     addAll(sums.data() + index(quarter, ray, dispersion, start), cell.sums.size(), cell.sums);
     return cell;
@@ -136,7 +145,7 @@ CellStack SkyStack::cell(int ray, int dispersion, int start) const
 
 double SkyStack::ratio(int ray, int start) const
 {
-    const std::int64_t sum = ratios[std::size_t(ray * form.starts + start)];
+    const std::int64_t sum = ratios[rayStart(ray, start)];
     const int count = days(ray, start);
     return count > 0 && sum != 0 ? double(sum) * ratioUnit / count
                                  : std::numeric_limits<double>::quiet_NaN();
@@ -160,7 +169,7 @@ bool SkyStack::merge(const SkyStack &other)
 
 namespace {
 
-constexpr char formLine[] = "stack: sums over days of cells of the sky, form 1\n";
+constexpr char formLine[] = "stack: sums over days of cells of the sky, form 2\n";
 constexpr int longestLine = 1 << 20;
 
 QByteArray shapeText(const StackShape &shape)
@@ -247,6 +256,24 @@ bool readDay(const QList<QByteArray> &words, std::size_t units, StackHeader &hea
     return header.added.emplace(QString::fromUtf8(words[1]), one).second;
 }
 
+bool readNumber(const QList<QByteArray> &words, StackHeader &header)
+{
+    constexpr int mostOfHum = 1'000'000; // thousandths of a Hz
+    bool isFirst = false;
+    bool isSecond = true;
+    if (words[0] == "hum:" && words.size() == 3) {
+        const int from = words[1].toInt(&isFirst);
+        const int to = words[2].toInt(&isSecond);
+        header.hum.emplace(from, to);
+        return isFirst && isSecond && from >= 0 && from <= to && to <= mostOfHum;
+    }
+    if (words[0] == "cut_off:" && words.size() == 2)
+        header.cutOff = words[1].toLongLong(&isFirst);
+    else if (words[0] == "check:" && words.size() == 2)
+        header.check = words[1].toULongLong(&isFirst);
+    return isFirst;
+}
+
 // Reads a header behind its first line.
 bool readHeader(QFile &file, const QByteArray &request, const StackShape &shape,
                 StackHeader &header)
@@ -263,13 +290,7 @@ bool readHeader(QFile &file, const QByteArray &request, const StackShape &shape,
         if (words[0] == "day:") {
             if (!readDay(words, units, header))
                 return false;
-        } else if (words[0] == "hum:" && words.size() == 3) {
-            header.hum.emplace(words[1].toInt(), words[2].toInt());
-        } else if (words[0] == "cut_off:" && words.size() == 2) {
-            header.cutOff = words[1].toLongLong();
-        } else if (words[0] == "check:" && words.size() == 2) {
-            header.check = words[1].toULongLong();
-        } else {
+        } else if (!readNumber(words, header)) {
             return false;
         }
     }

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QString>
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <set>
 #include <vector>
@@ -24,6 +25,9 @@ inline constexpr int sunQuarters = 4;
 inline constexpr int layers = sunQuarters + 1;
 inline constexpr double valueUnit = 1.0 / 256;
 inline constexpr double mostValue = 2048; ///< of one day; stronger ones count as that
+/// Days of a cell whose sum fits, whatever their values are.
+inline constexpr int mostDays =
+    std::numeric_limits<std::int32_t>::max() / std::int32_t(mostValue / valueUnit);
 
 struct StackShape {
     int rays = 0;
@@ -67,7 +71,7 @@ public:
     /// @return values above mostValue, which count as that
     int add(int ray, int dispersion, int start, int quarter, const std::vector<float> &values,
             double clip);
-    /// Counts a day for all dispersions of a ray and start.
+    /// Counts a day, one of mostDays, for all dispersions of a ray and start.
     void count(int ray, int start, int quarter, double ratio);
     CellStack cell(int ray, int dispersion, int start) const;
     /// The sum of the days of a quarter of the Sun's day.
@@ -92,6 +96,8 @@ public:
 private:
     friend struct StackReading;
     std::size_t index(int layer, int ray, int dispersion, int start) const;
+    std::size_t rayStart(int ray, int start) const;
+    std::size_t countIndex(int quarter, int ray, int start) const;
 
     QByteArray asked;
     StackShape form;

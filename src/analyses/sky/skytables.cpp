@@ -102,6 +102,13 @@ int indexOfDispersion(const SkyPlan &plan, double dispersion)
     return -1;
 }
 
+// A number of a file as one that an integer holds; the least one where it is none.
+int countOf(double number, int least)
+{
+    constexpr double most = 1e6;
+    return number >= least && number <= most ? int(number) : least;
+}
+
 // The columns without which a row says nothing.
 struct NeededColumns {
     const Column *barycentric = nullptr;
@@ -152,9 +159,7 @@ void readMeasured(SkyCandidate &candidate, const std::vector<Column> &columns, i
                       number("alfa_error") / secondsPerRadian};
     candidate.delta = {Tools::declinationOf(text("delta")),
                        number("delta_error") / arcminutesPerRadian};
-    const double days = number("days");
-    constexpr double mostDays = 1e6;
-    candidate.days = days >= 0 && days <= mostDays ? int(days) : 0;
+    candidate.days = countOf(number("days"), 0);
 }
 
 SkyCandidate candidateAt(const NeededColumns &columns, int row, const SkyPlan &plan)
@@ -164,7 +169,7 @@ SkyCandidate candidateAt(const NeededColumns &columns, int row, const SkyPlan &p
     candidate.telescope = numberAt(*columns.telescope, row);
     candidate.period.value = numberAt(*columns.period, row);
     candidate.sigma = numberAt(*columns.sigma, row);
-    candidate.harmonics = int(std::clamp(numberAt(*columns.harmonics, row), 1.0, 1e6));
+    candidate.harmonics = countOf(numberAt(*columns.harmonics, row), 1);
     candidate.ray = indexOfRay(plan, numberAt(*columns.module, row), numberAt(*columns.ray, row));
     candidate.dispersionIndex = indexOfDispersion(plan, numberAt(*columns.dispersion, row));
     const double start = numberAt(*columns.start, row);

@@ -1,6 +1,7 @@
 #include "forms/days/daysview.h"
 
 #include "base/timetext.h"
+#include "picture/colourbar.h"
 #include "picture/compareplot.h"
 #include "picture/percentiles.h"
 #include "picture/plotgeometry.h"
@@ -9,6 +10,7 @@
 #include "picture/verticallines.h"
 #include "plot/handon.h"
 #include "plot/pulsargrafik.h"
+#include "results/reporttext.h"
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -20,7 +22,9 @@ namespace {
 
 constexpr int marginTop = 18;
 constexpr int marginBottom = 6;
-constexpr int barWidth = 8; // of the scale of colours
+constexpr int barWidth = 8;  // of the scale of colours
+constexpr int leastFont = 9; // pixels
+constexpr int mostFont = 15; // the margins hold no more
 const QColor harmonicsColour(230, 110, 0);
 const QColor markColour(255, 255, 255);
 
@@ -132,9 +136,7 @@ void DaysView::paintEvent(QPaintEvent * /*event*/)
     const QRect inner = area();
     if (inner.width() < 2 || inner.height() < 2)
         return;
-    QFont small = font();
-    small.setPixelSize(12);
-    painter.setFont(small);
+    painter.setFont(Plot::fontWithin(font(), leastFont, mostFont));
     if (!image.isNull())
         painter.drawImage(inner, image);
     painter.setPen(Qt::black);
@@ -239,17 +241,13 @@ void DaysView::paintScale(QPainter &painter) const
 {
     const QRect inner = area();
     const QRect bar(width() - Plot::marginRight + 5, inner.top(), barWidth, inner.height());
-    for (int y = 0; y < bar.height(); ++y) {
-        const double share = 1 - double(y) / std::max(1, bar.height() - 1);
-        const auto colour = std::size_t(std::lround(share * (Plot::colourCount - 1)));
-        painter.fillRect(bar.left(), bar.top() + y, bar.width(), 1, QColor(colours()[colour]));
-    }
+    Plot::paintColourBar(painter, bar, colours());
     painter.setPen(Qt::black);
     const QString scale =
         words.isGrey ? words.scale.arg(double(lowest), 0, 'f', 1).arg(double(highest), 0, 'f', 1)
                      : words.scale.arg(double(highest));
-    const QString title =
-        words.picture.arg(rows.empty() ? QString("the days") : QString("%1 days").arg(rows.size()));
+    const QString title = words.picture.arg(
+        rows.empty() ? QString("the days") : ReportText::counted(qint64(rows.size()), "day"));
     const QRect line(4, 0, width() - 8, marginTop);
     painter.drawText(line, Qt::AlignRight | Qt::AlignVCenter, scale);
     const int left = line.width() - painter.fontMetrics().horizontalAdvance(scale) - 2 * barWidth;

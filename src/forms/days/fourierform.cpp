@@ -1,65 +1,48 @@
 #include "forms/days/fourierform.h"
 
+#include "analyses/days/ffastack.h"
 #include "app/shell/centralwidget.h"
 #include "app/shell/errorbox.h"
 #include "app/shell/lastvalues.h"
+#include "app/shell/statusline.h"
 #include "data/truenumbers.h"
 #include "forms/days/daysmodel.h"
+#include "forms/days/foldfields.h"
 #include "forms/days/fouriergrafikinfo.h"
 #include "forms/days/placefields.h"
+#include "forms/days/savestack.h"
 #include "forms/days/sourcefield.h"
 #include "forms/days/spectrumview.h"
 #include "forms/days/stacktexts.h"
 #include "forms/fieldvalues.h"
+#include "forms/keeplines.h"
 #include "forms/sky/skypage.h"
 #include "results/reporttext.h"
 #include "ui_fourierform.h"
 
+#include <QDir>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QVBoxLayout>
 #include <algorithm>
-#include <cmath>
-
-// The inputs: what they hold, what is wrong with them, and which days they give.
 
 namespace {
 
 constexpr int inputDelay = 250; // ms
-constexpr int stackDelay = 150; // ms
-
-// The fields, with their labels, that other analyses read and this one does not.
-void hideFieldsOfOthers(QWidget *form, const Days::FourierDaysAnalysis &analysis)
-{
-    const auto isOwn = [&](const QWidget *widget) {
-        return std::any_of(analysis.fields.begin(), analysis.fields.end(),
-                           [&](const Days::FourierDaysField *field) {
-                               return FieldValues::find(form, *field) == widget;
-                           });
-    };
-    for (const Days::FourierDaysAnalysis &other : Days::fourierDaysAnalyses()) {
-        for (const Days::FourierDaysField *field : other.fields) {
-            QWidget *const widget = FieldValues::find(form, *field);
-            if (!widget || isOwn(widget))
-                continue;
-            widget->hide();
-            for (QLabel *const label : form->findChildren<QLabel *>()) {
-                if (label->buddy() == widget)
-                    label->hide();
-            }
-        }
-    }
-}
 
 } // namespace
 
 FourierForm::FourierForm(const QString &path, int ffa, int map, int search, QWidget *parent)
     : DirectoryForm(path, parent), analysis(*Days::findDayAnalysis({ffa != 0, false, false})),
       words(stackTexts(analysis.flags.ffa)), ui(new Ui::FourierForm),
-      days(new DaysModel(words, this))
+      days(new DaysModel(words, this)), interference(this),
+      stacking([this](StackRequest &request) { completeRequest(request); })
 {
     const SurveyFlags flags = {ffa != 0, map != 0, search != 0};
-    if (flags.map || flags.search) {
+    const bool isSky = flags.map || flags.search;
+    if (isSky || flags.ffa)
+        setProperty("helpKey", isSky ? "FourierForm sky" : "FourierForm folds");
+    if (isSky) {
         showSky(flags);
         return;
     }
@@ -67,8 +50,10 @@ FourierForm::FourierForm(const QString &path, int ffa, int map, int search, QWid
     ui->filePath->showDirectory(directory);
     ui->groupBox_spectrum->setTitle(words.group);
     ui->pushButton->setToolTip(words.computeTip);
-    hideFieldsOfOthers(this, analysis);
+    ui->foldFields->setVisible(analysis.flags.ffa);
+    FieldValues::hideFieldsOfOthers(this, analysis, Days::fourierDaysAnalyses());
     FieldValues::offerChoices(this, analysis);
+    keepLines(ui->daysText, 2);
     ui->days->showSorted(days);
     ui->days->sortByColumn(DaysModel::Date, Qt::AscendingOrder);
     ui->days->verticalHeader()->hide();
@@ -79,9 +64,7 @@ FourierForm::FourierForm(const QString &path, int ffa, int map, int search, QWid
 
     inputTimer.setSingleShot(true);
     inputTimer.setInterval(inputDelay);
-    stackTimer.setSingleShot(true);
-    stackTimer.setInterval(stackDelay);
-    readInterference();
+    interference.read();
     connectInputs();
     chooseStart();
     lastValues = std::make_unique<LastValues>(this);
@@ -119,17 +102,16 @@ void FourierForm::connectInputs()
     connect(ui->pushButton, &QPushButton::clicked, this, &FourierForm::compute);
     connect(ui->commandButton, &QPushButton::clicked, this, &FourierForm::copyCommand);
 
-    connect(&stackTimer, &QTimer::timeout, this, &FourierForm::restack);
-    connect(days, &DaysModel::switched, this, &FourierForm::switchDay);
-    connect(ui->allOn, &QPushButton::clicked, this, [this] { switchAll(true); });
-    connect(ui->allOff, &QPushButton::clicked, this, [this] { switchAll(false); });
-    connect(ui->asProposed, &QPushButton::clicked, this, [this] { switchAll({}); });
+    connect(days, &DaysModel::switched, &stacking, &DayStacking::decide);
+    connect(ui->allOn, &QPushButton::clicked, this, [this] { stacking.decideAll(true); });
+    connect(ui->allOff, &QPushButton::clicked, this, [this] { stacking.decideAll(false); });
+    connect(ui->asProposed, &QPushButton::clicked, this, [this] { stacking.decideAll({}); });
     connect(ui->days->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex &row) { view->markDay(ui->days->tableRow(row)); });
     connect(view, &SpectrumView::dayClicked, this,
             [this](int day) { ui->days->setCurrentIndex(ui->days->shownIndex(day)); });
     connect(view, &SpectrumView::cursorMoved, this, &FourierForm::showPowers);
-    connect(view, &SpectrumView::markedFrequencyChanged, &stackTimer, qOverload<>(&QTimer::start));
+    connect(view, &SpectrumView::markedFrequencyChanged, &stacking, &DayStacking::restackSoon);
     connect(view->panel(), &FourierGrafikInfo::leaveOutWanted, this, &FourierForm::leaveOut);
     connect(view, &SpectrumView::lineLeftOut, this, &FourierForm::leaveOut);
     connect(view, &SpectrumView::frequencyLeftOut, this, &FourierForm::leaveOutFrequency);
@@ -138,17 +120,16 @@ void FourierForm::connectInputs()
             &FourierForm::editInterference);
     connect(view->panel(), &FourierGrafikInfo::spectraWanted, this, &FourierForm::saveSpectra);
     connect(view->panel(), &FourierGrafikInfo::tablesWanted, this, &FourierForm::saveTables);
-    for (Jobs::Worker *const one : {&worker, &planner, &stacker}) {
-        connect(one, &Jobs::Worker::ended, this, [this](const Jobs::Ending &ending) {
+    const auto tell = [this](const QString &problem) { showError(window(), problem); };
+    for (Jobs::Worker *const one : {&worker, &planner}) {
+        connect(one, &Jobs::Worker::ended, this, [this, tell](const Jobs::Ending &ending) {
             if (recordings && ending.kind == Jobs::Ending::Failed)
-                showError(window(), ending.problem);
+                tell(ending.problem);
         });
     }
-    connect(&stacker, &Jobs::Worker::ended, this, [this] {
-        if (isStale)
-            stackTimer.start();
-    });
-    connect(&worker, &Jobs::Worker::ended, &stackTimer, qOverload<>(&QTimer::start));
+    connect(&stacking, &DayStacking::stacked, this, &FourierForm::showStack);
+    connect(&stacking, &DayStacking::failed, this, tell);
+    connect(&worker, &Jobs::Worker::ended, &stacking, &DayStacking::restackSoon);
 }
 
 void FourierForm::recordingsRead()
@@ -230,7 +211,7 @@ void FourierForm::plan()
         },
         [this](const Plan &made) { takePlan(*made); });
     // What needs no reading counts at once.
-    stackTimer.start();
+    stacking.restackSoon();
 }
 
 void FourierForm::takePlan(const Days::DayPlan &made)
@@ -239,9 +220,9 @@ void FourierForm::takePlan(const Days::DayPlan &made)
     showSource(made);
     if (!made.problems.empty())
         return;
-    ui->daysText->setText(planText(made));
+    ui->daysText->setText(planText(made, qint64(recordings->entries.size())));
     showSearch(made);
-    if (!spectra)
+    if (!stacking.spectra())
         listDays(made);
 }
 
@@ -263,42 +244,25 @@ void FourierForm::showSearch(const Days::DayPlan &made)
     std::vector<FieldProblem> problems;
     const Days::FourierDaysParameters given = readParameters(problems);
     const bool isKnown = given.isFfa && problems.empty() && made.header.tresolution > 0;
-    ui->estimate->setVisible(isKnown);
-    if (!isKnown)
+    if (!isKnown) {
+        ui->foldFields->tellSize({});
         return;
+    }
     const FfaParameters used = Days::usedParameters(given, made).ffa;
-    ui->period_min->setPlaceholderText(QString::number(used.period_min));
-    ui->period_max->setPlaceholderText(QString::number(used.period_max));
-    ui->rmed_width->setPlaceholderText(QString::number(used.rmed_width));
+    ui->foldFields->showUsed(used);
     const auto count = int(made.list.days.size());
     const FfaEstimate ofDay = Tools::estimateFfa(used, given.points, made.header.tresolution);
     constexpr double megabyte = 1e6;
     QStringList lines = {
-        QString("%1 trial periods from %2 s on, %3 widths; %4 s and %5 MB for %6 "
-                "days")
+        QString("%1 trial periods from %2 s on, %3 widths; %4 s and %5 MB for %6")
             .arg(ofDay.trials)
             .arg(used.period_min)
             .arg(ofDay.widths)
             .arg(ofDay.seconds * count * made.rays, 0, 'f', 1)
             .arg(double(analysis.bytes(given, made.header, count)) * made.rays / megabyte, 0, 'f',
                  0)
-            .arg(count)};
-    ui->estimate->setText((lines + made.remarks).join('\n'));
-}
-
-QString FourierForm::planText(const Days::DayPlan &made) const
-{
-    const auto usable = std::count_if(made.list.days.begin(), made.list.days.end(),
-                                      [](const Days::Day &day) { return day.reason.isEmpty(); });
-    QString text = QString("Recordings: %1, days: %2").arg(recordings->entries.size()).arg(usable);
-    const auto unusable = qint64(made.list.days.size()) - usable;
-    if (unusable > 0)
-        text += QString(", days that do not fit: %1").arg(unusable);
-    if (!made.list.leftOut.empty())
-        text += QString(", recordings left out: %1").arg(made.list.leftOut.size());
-    if (usable == 0)
-        text += ". The list says why";
-    return text;
+            .arg(ReportText::counted(count, "day"))};
+    ui->foldFields->tellSize((lines + made.remarks).join('\n'));
 }
 
 void FourierForm::fitToWindow()
@@ -325,7 +289,6 @@ void FourierForm::compute()
         return;
     }
     ui->placeFields->rememberClock();
-    arrived.clear();
     worker.start<SpectraNews>(
         [request](const Jobs::Control &control, const Jobs::Deliver<SpectraNews> &deliver) {
             readSpectra(request, control, deliver);
@@ -338,7 +301,161 @@ void FourierForm::keyPressEvent(QKeyEvent *event)
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
         compute();
     else if (event->key() == Qt::Key_Escape)
-        stacker.stop(); // while days are read, their progress takes the key
+        stacking.stop(); // while days are read, their progress takes the key
     else
         QWidget::keyPressEvent(event);
+}
+
+void FourierForm::takeNews(SpectraNews news)
+{
+    if (!news.begun) {
+        stacking.add(std::move(news));
+        return;
+    }
+    const Days::DayPlan &made = news.begun->plan;
+    if (!made.problems.empty()) {
+        showProblems(made.problems);
+        return;
+    }
+    stacking.begin(*news.begun);
+    listDays(made);
+    view->showMessage("Computing...");
+}
+
+// Inputs that cannot be used leave the stack as it was.
+void FourierForm::completeRequest(StackRequest &request) const
+{
+    std::vector<FieldProblem> problems;
+    const Days::FourierDaysParameters typed = readParameters(problems);
+    if (planProblems.empty() && problems.empty()) {
+        request.parameters.harmonics = typed.harmonics;
+        request.parameters.earthMotion = typed.earthMotion;
+        request.parameters.threshold = typed.threshold;
+        request.parameters.equalGains = typed.equalGains;
+    }
+    request.frequency = view->markedFrequency();
+    request.leftOut = interference.entries();
+}
+
+void FourierForm::showStack()
+{
+    const std::shared_ptr<const DaySpectra> spectra = stacking.spectra();
+    const StackOutcome &made = *stacking.outcome();
+    const QString used = usedText(directory, *spectra, made);
+    view->showStack({spectra, &spectra->days()}, made.choice.days, made.stack, used.split('\n'));
+    view->panel()->setUsed(used);
+    showDays();
+    showPowers();
+}
+
+// The days that can be used and those that cannot, then the recordings that give none.
+void FourierForm::listDays(const Days::DayPlan &made)
+{
+    std::vector<DayRow> rows;
+    for (const Days::Day &day : made.list.days) {
+        DayRow row;
+        row.begin = day.begin;
+        row.canCount = day.reason.isEmpty();
+        row.reason = day.reason;
+        rows.push_back(row);
+    }
+    for (const Days::LeftOut &left : made.list.leftOut) {
+        DayRow row;
+        row.name =
+            QDir(directory).relativeFilePath(recordings->entries[std::size_t(left.recording)].path);
+        row.canCount = false;
+        row.reason = left.reason;
+        rows.push_back(row);
+    }
+    days->setRows(std::move(rows));
+    constexpr int checkBoxWidth = 40;
+    ui->days->setColumnWidth(
+        DaysModel::Date, fontMetrics().horizontalAdvance("2015-04-01 12:00:00") + checkBoxWidth);
+    ui->days->setColumnWidth(DaysModel::Sigma, 6 * fontMetrics().averageCharWidth() + 12);
+    ui->days->setColumnWidth(DaysModel::Power, 6 * fontMetrics().averageCharWidth() + 6);
+}
+
+void FourierForm::showDays()
+{
+    const DaySpectra &spectra = *stacking.spectra();
+    const StackOutcome &outcome = *stacking.outcome();
+    std::vector<DayRow> rows = days->dayRows();
+    for (std::size_t i = 0; i < spectra.days().size(); ++i) {
+        const Days::FourierDay &day = spectra.days()[i];
+        DayRow &row = rows[i];
+        row.sigma = day.isWhole() ? day.sigma : 0;
+        row.canCount = row.canCount && day.problem.isEmpty();
+        row.isOn = day.isWhole() ? bool(outcome.choice.days[i])
+                                 : stacking.decided(int(i)).value_or(true) && row.canCount;
+        QStringList reasons = {day.isWhole() ? outcome.verdicts[i].reason : day.problem,
+                               day.remark};
+        if (!spectra.plan.list.days[i].reason.isEmpty())
+            continue;
+        reasons.removeAll({});
+        row.reason = reasons.join("; ");
+    }
+    days->updateRows(rows);
+}
+
+void FourierForm::showPowers()
+{
+    days->setPowers(view->powersUnderCursor(), view->frequencyUnderCursor());
+}
+
+void FourierForm::editInterference()
+{
+    if (interference.edit())
+        stacking.restack();
+}
+
+void FourierForm::leaveOut(int line)
+{
+    const StackOutcome *const made = stacking.outcome().get();
+    if (!made || line < 0 || line >= int(made->stack.lines.size()))
+        return;
+    const Days::FourierLine &found = made->stack.lines[std::size_t(line)];
+    if (interference.leaveOut(found.telescope, made->stack.binWidth, found.harmonics))
+        stacking.restack();
+}
+
+void FourierForm::leaveOutFrequency(double frequency)
+{
+    const StackOutcome *const made = stacking.outcome().get();
+    if (made && interference.leaveOut(frequency, made->stack.binWidth, 1))
+        stacking.restack();
+}
+
+void FourierForm::countAgain(double frequency, double tolerance)
+{
+    if (interference.countAgain(frequency, tolerance, analysis.flags.ffa ? Days::mostTurns : 1))
+        stacking.restack();
+}
+
+void FourierForm::copyCommand()
+{
+    if (sky) {
+        sky->copyCommand();
+        return;
+    }
+    std::vector<FieldProblem> problems;
+    const Days::FourierDaysParameters parameters = readParameters(problems);
+    showProblems(problems);
+    if (!problems.empty())
+        return;
+    const QString survey = Days::fourierDaysCommand(true, parameters, {}, {directory});
+    const QString stack =
+        Days::fourierDaysCommand(false, parameters, stacking.daysOff(), {directory});
+    StatusLine::copyCommand(survey + "\n" + stack + "\n");
+}
+
+void FourierForm::saveSpectra()
+{
+    if (const auto spectra = stacking.spectra())
+        SaveStack::saveSpectra(this, words, *spectra);
+}
+
+void FourierForm::saveTables()
+{
+    if (const auto outcome = stacking.outcome())
+        SaveStack::saveTables(this, words, {directory, stacking.spectra(), outcome, recordings});
 }

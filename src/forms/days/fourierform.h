@@ -1,12 +1,12 @@
 #pragma once
 
+#include "forms/days/daystacking.h"
 #include "forms/days/directoryform.h"
 #include "forms/days/fourierjobs.h"
-#include "results/resulttable.h"
+#include "forms/days/interferencekeeper.h"
 
 #include <QTimer>
 #include <memory>
-#include <optional>
 #include <vector>
 
 class DaysModel;
@@ -19,10 +19,9 @@ class FourierForm;
 }
 
 /// Spectra of one place of the sky on all days of a directory, or their periodograms of fast
-/// folding, and their stack: inputs and the list
-/// of days on the left, the pictures in the middle, what is told of them on the right. Recordings
-/// are read once; a day that is switched only changes the stack. Maps and searches have a page of
-/// their own.
+/// folding, and their stack: inputs and the list of days on the left, the pictures in the middle,
+/// what is told of them on the right. Recordings are read once; a day that is switched only changes
+/// the stack. Maps and searches have a page of their own.
 class FourierForm : public DirectoryForm {
     Q_OBJECT
 
@@ -63,29 +62,17 @@ private:
     void showSearch(const Days::DayPlan &plan);
 
     void takeNews(SpectraNews news);
-    void addArrived();
-    void restack();
-    void restackAnew();
-    void takeStack(const std::shared_ptr<const StackOutcome> &outcome);
+    void completeRequest(StackRequest &request) const;
+    void showStack();
     void listDays(const Days::DayPlan &plan);
     void showDays();
     void showPowers();
-    void switchDay(int row, bool isOn);
-    void switchAll(std::optional<bool> isOn);
     void leaveOut(int line);
     void leaveOutFrequency(double frequency);
-    void leaveOutEntry(double frequency, int harmonics);
     void countAgain(double frequency, double tolerance);
-    std::optional<std::vector<Days::Interference>> listedInterference();
-    void keepInterference(const std::vector<Days::Interference> &entries, const QString &done);
     void editInterference();
-    void readInterference();
-    QString planText(const Days::DayPlan &plan) const;
-    QString usedText() const;
-    QStringList daysOff() const;
     void saveSpectra();
     void saveTables();
-    std::vector<std::pair<QString, Results::ResultTable>> tables() const;
 
     SkyPage *sky = nullptr;                    // of maps and searches, in place of all that follows
     const Days::FourierDaysAnalysis &analysis; // whose stacks maps and searches look into, too
@@ -94,17 +81,10 @@ private:
     std::unique_ptr<LastValues> lastValues;
     SpectrumView *view = nullptr;
     DaysModel *const days;
-    std::vector<Days::Interference> leftOut; // of the program
 
-    std::vector<FieldProblem> planProblems;   // of the inputs as they stand
-    std::shared_ptr<DaySpectra> spectra;      // changes only while the stacker is idle
-    std::vector<SpectraNews> arrived;         // not in the spectra yet
-    std::vector<std::optional<bool>> decided; // by the user, one per day
-    std::shared_ptr<const StackOutcome> outcome;
-    bool isStale = false; // the stack is not that of what is known now
-
-    QTimer inputTimer{this}; // until numbers that are being typed are planned
-    QTimer stackTimer{this}; // collects days that come close together
+    std::vector<FieldProblem> planProblems; // of the inputs as they stand
+    QTimer inputTimer{this};                // until numbers that are being typed are planned
+    InterferenceKeeper interference;
+    DayStacking stacking;
     Jobs::Worker planner;
-    Jobs::Worker stacker;
 };

@@ -2,9 +2,9 @@
 
 #include "forms/days/linesmodel.h"
 #include "forms/days/stacktexts.h"
+#include "forms/keeplines.h"
 #include "ui_fouriergrafikinfo.h"
 
-#include <QEvent>
 #include <QHeaderView>
 #include <QScopedValueRollback>
 #include <cmath>
@@ -23,7 +23,7 @@ FourierGrafikInfo::FourierGrafikInfo(QWidget *parent)
     ui->lines->verticalHeader()->hide();
     ui->lines->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     ui->lines->horizontalHeader()->setStretchLastSection(true);
-    reserveCoordsHeight();
+    keepLines(ui->coords, coordsLines); // the panel must not move with what is pointed at
     connect(ui->lines->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] {
         describeLine();
         if (!isFilling && chosenLine() >= 0)
@@ -113,17 +113,4 @@ void FourierGrafikInfo::showOnlyLines()
 void FourierGrafikInfo::setCoords(const QString &text)
 {
     ui->coords->setText(text);
-}
-
-void FourierGrafikInfo::changeEvent(QEvent *event)
-{
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::FontChange)
-        reserveCoordsHeight();
-}
-
-// The panel must not move when the text under the pointer gets longer.
-void FourierGrafikInfo::reserveCoordsHeight()
-{
-    ui->coords->setMinimumHeight(coordsLines * ui->coords->fontMetrics().lineSpacing());
 }

@@ -44,12 +44,8 @@ signals:
     void spectraWanted();
     void tablesWanted();
 
-protected:
-    void changeEvent(QEvent *event) override;
-
 private:
     void describeLine();
-    void reserveCoordsHeight();
 
     const std::unique_ptr<Ui::FourierGrafikInfo> ui;
     LinesModel *const model;

@@ -2,12 +2,9 @@
 
 #include "base/systemmemory.h"
 #include "jobs/items.h"
+#include "results/reporttext.h"
 
 #include <stdexcept>
-
-namespace {
-
-constexpr double bytesPerMegabyte = 1e6;
 
 // Thrown, for the worker tells it like every other lack of memory.
 void checkMemory(const DaySpectra &spectra)
@@ -15,17 +12,17 @@ void checkMemory(const DaySpectra &spectra)
     const qint64 bytes = spectra.plan.rays * Days::analysisOf(spectra.parameters)
                                                  .bytes(spectra.parameters, spectra.plan.header,
                                                         int(spectra.plan.list.days.size()));
+    constexpr double bytesPerMegabyte = 1e6;
     if (hasMemoryFor(double(bytes)))
         return;
     throw std::runtime_error(
-        QString("The spectra of %1 days take %2 MB, more memory than there is. Take fewer points "
-                "or other rays, or average.")
-            .arg(spectra.plan.list.days.size())
+        QString("The %1 of %2 take %3 MB, more memory than there is. Take fewer points or other "
+                "rays, or average.")
+            .arg(spectra.parameters.isFfa ? "periodograms" : "spectra")
+            .arg(ReportText::counted(int(spectra.plan.list.days.size()), "day"))
             .arg(double(bytes) / bytesPerMegabyte, 0, 'f', 0)
             .toStdString());
 }
-
-} // namespace
 
 void readSpectra(const SpectraRequest &request, const Jobs::Control &control,
                  const std::function<void(SpectraNews news)> &deliver)

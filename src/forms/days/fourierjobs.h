@@ -27,6 +27,9 @@ struct SpectraNews {
     std::vector<Days::FourierDay> rays;
 };
 
+/// Throws where memory is too small for the products of all days.
+void checkMemory(const DaySpectra &spectra);
+
 /// Finds the days and makes their spectra, several side by side.
 void readSpectra(const SpectraRequest &request, const Jobs::Control &control,
                  const std::function<void(SpectraNews news)> &deliver);

@@ -1,6 +1,7 @@
 #include "forms/days/growthview.h"
 
 #include "picture/plotpainter.h"
+#include "results/reporttext.h"
 
 #include <QPainter>
 #include <QPolygonF>
@@ -62,7 +63,8 @@ void GrowthView::paintEvent(QPaintEvent * /*event*/)
     painter.drawText(QRect(0, frame.bottom() - line / 2, left - 3, line),
                      Qt::AlignRight | Qt::AlignVCenter, "0");
     painter.drawText(QRect(frame.left(), frame.bottom() + 1, frame.width(), line - 2),
-                     Qt::AlignRight | Qt::AlignVCenter, QString("%1 days").arg(growth.back().days));
+                     Qt::AlignRight | Qt::AlignVCenter,
+                     ReportText::counted(growth.back().days, "day"));
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(expectedColour, 1, Qt::DashLine));
     painter.drawPolyline(expected);

@@ -1,9 +1,12 @@
 #include "forms/days/interferencedialog.h"
 
+#include "fields/fieldstyles.h"
+
 #include <QDialogButtonBox>
 #include <QFile>
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 InterferenceDialog::InterferenceDialog(const QString &path, QWidget *parent)
@@ -17,7 +20,6 @@ InterferenceDialog::InterferenceDialog(const QString &path, QWidget *parent)
     problem->setObjectName("interferenceProblem");
     problem->setWordWrap(true);
     problem->setTextFormat(Qt::PlainText);
-    problem->setProperty("isLight", true);
     problem->hide();
     auto *const what =
         new QLabel("Frequencies or periods at the telescope that no stack counts, a line each: a "
@@ -41,14 +43,15 @@ InterferenceDialog::InterferenceDialog(const QString &path, QWidget *parent)
     lines->setPlainText(texts.join('\n'));
     if (list.problem.isEmpty())
         return;
-    // What stands in the file is shown as it is, so that it can be mended.
+    // What stands in the file is shown as it is, so that it can be mended. What cannot be shown
+    // whole must not be written over.
     QFile file(filePath);
     constexpr qint64 most = 1 << 20; // bytes
-    if (file.open(QIODevice::ReadOnly))
+    const bool isOpen = file.open(QIODevice::ReadOnly);
+    if (isOpen)
         lines->setPlainText(QString::fromUtf8(file.read(most)));
-    problem->setText(list.problem);
-    problem->setStyleSheet("background-color: #f4cccc; color: #000000;");
-    problem->show();
+    buttons->button(QDialogButtonBox::Ok)->setEnabled(isOpen && file.atEnd());
+    tell(list.problem);
 }
 
 void InterferenceDialog::accept()
@@ -61,8 +64,13 @@ void InterferenceDialog::accept()
         QDialog::accept();
         return;
     }
-    problem->setText(failure);
-    problem->setStyleSheet("background-color: #f4cccc; color: #000000;");
-    problem->show();
+    tell(failure);
     lines->setFocus();
+}
+
+void InterferenceDialog::tell(const QString &text)
+{
+    problem->setText(text);
+    FieldStyles::setStyle(problem, FieldStyles::failing);
+    problem->show();
 }

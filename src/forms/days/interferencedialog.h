@@ -9,7 +9,7 @@ class QPlainTextEdit;
 
 /// The list of frequencies and periods that are left out, a line each. It is written when the user
 /// accepts it; a line that cannot be read, or a file that cannot be written, keeps the dialog open
-/// with the reason.
+/// with the reason. A file that is not shown whole is never written over.
 class InterferenceDialog : public QDialog {
     Q_OBJECT
 
@@ -20,6 +20,8 @@ public:
     void accept() override;
 
 private:
+    void tell(const QString &text);
+
     const QString filePath;
     QPlainTextEdit *const lines;
     QLabel *const problem;

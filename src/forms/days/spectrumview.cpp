@@ -3,10 +3,10 @@
 #include "base/timetext.h"
 #include "forms/days/daysview.h"
 #include "forms/days/fouriergrafikinfo.h"
-#include "forms/days/stackplot.h"
 #include "forms/days/stacktexts.h"
 #include "forms/savefolder.h"
 #include "picture/periodmarks.h"
+#include "picture/stackplot.h"
 #include "plot/picturemenu.h"
 #include "plot/pulsargrafik.h"
 
@@ -81,7 +81,7 @@ void SpectrumView::showStack(const DayList &days, const std::vector<bool> &chose
     if (stack.sigma.empty())
         grafik->showMessage(stack.problem);
     else
-        grafik->setData(stackPlot(stack, source));
+        grafik->setData(Plot::stackPlot(stack, source));
     markPeriod();
     std::vector<DaysView::Row> rows;
     for (std::size_t i = 0; i < days->size(); ++i) {
@@ -103,6 +103,7 @@ void SpectrumView::showMessage(const QString &message)
     shownDays = nullptr;
     stack = {};
     cursorBin.reset();
+    cursorDay = -1;
     markedPeriod.reset();
     grafik->showMessage(message);
     picture->setRows({}, nullptr);
@@ -313,10 +314,18 @@ void SpectrumView::goTo(int line)
     const PulsarGrafik::VisibleRange shown = grafik->visibleRange();
     if (found.bin < shown.first || found.bin > shown.first + shown.points)
         grafik->setVisibleX(0, std::min(wanted, double(stack.sigma.size())));
-    cursorBin = std::round(found.bin);
-    info->setCoords(coordsText(*cursorBin, -1));
+    moveCursor(std::round(found.bin));
     grafik->setFundamental(stack.frequency(found.bin));
     emit cursorMoved();
+}
+
+// To a bin of the stack, wherever the pointer is.
+void SpectrumView::moveCursor(double bin)
+{
+    cursorIndex = bin;
+    cursorDay = -1;
+    cursorBin = bin;
+    info->setCoords(coordsText(bin, -1));
 }
 
 // A line out of sight comes into the middle of as much as was shown.
@@ -325,8 +334,7 @@ void SpectrumView::goToPeriod(const Days::FourierLine &line)
     const PulsarGrafik::VisibleRange shown = grafik->visibleRange();
     if (line.bin < shown.first || line.bin > shown.first + shown.points)
         grafik->setVisibleX(line.bin - shown.points / 2, shown.points);
-    cursorBin = line.bin;
-    info->setCoords(coordsText(*cursorBin, -1));
+    moveCursor(line.bin);
     markedPeriod = 1 / stack.frequency(line.bin);
     markPeriod();
     emit cursorMoved();

@@ -74,6 +74,7 @@ private:
     Bins binsAround(double index) const;
     std::optional<std::size_t> leftOutBin() const;
     void pointAt(double index, int day);
+    void moveCursor(double bin);
     void toggleLeftOut();
     double powerOf(int day, double bin) const;
     double ratioOf(const Days::FourierDay &day) const;

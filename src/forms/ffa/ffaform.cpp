@@ -87,6 +87,10 @@ void FfaForm::connectInputs()
     connect(results, &FfaResults::rowsChosen, this, &FfaForm::foldBands);
     connect(&worker, &Jobs::Worker::started, this, [this] { results->setBusy(true); });
     connect(&worker, &Jobs::Worker::ended, this, [this] { results->setBusy(false); });
+    connect(&bandWorker, &Jobs::Worker::ended, this, [this](const Jobs::Ending &ending) {
+        if (ending.kind == Jobs::Ending::Failed)
+            showError(window(), "The bands cannot be folded.", ending.problem);
+    });
 }
 
 void FfaForm::fillPresets()

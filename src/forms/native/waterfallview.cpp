@@ -1,6 +1,7 @@
 #include "forms/native/waterfallview.h"
 
 #include "picture/axislabels.h"
+#include "picture/colourbar.h"
 #include "picture/percentiles.h"
 #include "picture/plotpainter.h"
 #include "plot/handon.h"
@@ -180,11 +181,7 @@ void WaterfallView::paintScale(QPainter &painter) const
 {
     const QRect inner = area();
     const QRect bar(width() - Plot::marginRight + 5, inner.top(), barWidth, inner.height());
-    for (int y = 0; y < bar.height(); ++y) {
-        const double t = 1 - double(y) / std::max(1, bar.height() - 1);
-        painter.setPen(QColor(colours()[std::size_t(std::lround(t * (Plot::colourCount - 1)))]));
-        painter.drawLine(bar.left(), bar.top() + y, bar.right(), bar.top() + y);
-    }
+    Plot::paintColourBar(painter, bar, colours());
     painter.setPen(Qt::black);
     painter.drawRect(bar.adjusted(-1, -1, 0, 0));
     const auto number = [](float value) { return QString::number(double(value), 'g', 3); };

@@ -14,7 +14,7 @@
 #include "calc/pulsar/startpoint.h"
 #include "data/recordingtime.h"
 #include "fields/fieldstyles.h"
-#include "forms/pulsar/bandpicture.h"
+#include "forms/pulsar/bandview.h"
 #include "forms/savefolder.h"
 #include "picture/axistexts.h"
 #include "picture/resultplot.h"
@@ -60,7 +60,7 @@ PulsarForm::PulsarForm(const QString &filePath, QWidget *parent)
     auto *const layout = new QVBoxLayout(middle);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    bands = new BandPicture(grafik, middle);
+    bands = new BandView(grafik, middle);
     bands->setObjectName("bands");
     layout->addWidget(bands, 2);
     layout->addWidget(grafik, 3);

@@ -3,7 +3,7 @@
 #include "calc/pulsar/pulsarresult.h"
 #include "forms/recordingform.h"
 
-class BandPicture;
+class BandView;
 class PulsarGrafik;
 class PulsarGrafikInfo;
 namespace Ui {
@@ -68,7 +68,7 @@ private:
     void followLink(const QUrl &link);
 
     const std::unique_ptr<Ui::PulsarForm> ui;
-    BandPicture *bands = nullptr;
+    BandView *bands = nullptr;
     PulsarGrafik *grafik = nullptr;
     PulsarGrafikInfo *info = nullptr;
 

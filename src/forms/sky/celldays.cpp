@@ -1,12 +1,15 @@
 #include "forms/sky/celldays.h"
 
+#include "analyses/days/ffastack.h"
 #include "analyses/sky/fourierproduct.h"
 #include "analyses/sky/skyproduct.h"
 #include "calc/fold.h"
 #include "calc/significance.h"
-#include "forms/days/stackplot.h"
 #include "jobs/items.h"
+#include "picture/plotgeometry.h"
 #include "picture/resultplot.h"
+#include "picture/stackplot.h"
+#include "results/reporttext.h"
 
 #include <algorithm>
 #include <cmath>
@@ -44,6 +47,9 @@ Days::FourierDaysParameters parametersOf(const Sky::SkyPlan &plan, const SkyPlac
     parameters.harmonics = sky.harmonics;
     parameters.earthMotion = sky.earthMotion;
     parameters.threshold = lineThreshold;
+    parameters.isFfa = plan.trials != nullptr;
+    if (plan.trials)
+        parameters.ffa = plan.trials->ffa;
     return parameters;
 }
 
@@ -84,9 +90,15 @@ Days::FourierLine lineOf(const Sky::CellLine &line, const Sky::CellStack &stack,
     const Sky::SkyMethod &method = Sky::methodOf(plan.product);
     const double frequency = method.frequencyAt(plan, line.position);
     Days::FourierLine made;
-    made.bin = line.position / Sky::perBin(plan);
-    made.harmonics = line.harmonics;
-    made.power = line.power / std::max(1, stack.days * line.harmonics);
+    made.bin = line.position;
+    made.power = method.meanPower(plan, line, stack.days);
+    if (plan.trials) {
+        made.width = line.harmonics;
+        made.foldBins = plan.trials->foldBins[std::size_t(std::lround(line.position))];
+    } else {
+        made.bin /= Sky::perBin(plan);
+        made.harmonics = line.harmonics;
+    }
     made.sigma = made.sigmaAll =
         Tools::sigmaOfTail(Tools::logTailOfTrials(line.logTail, method.trials(plan)));
     const bool isTurned = method.isTurned(plan);
@@ -98,32 +110,30 @@ Days::FourierLine lineOf(const Sky::CellLine &line, const Sky::CellStack &stack,
 PlotData plotOf(const std::vector<float> &sigma, const Sky::SkyPlan &plan, int days,
                 const QStringList &source)
 {
-    const Sky::SkyMethod &method = Sky::methodOf(plan.product);
-    const double positions = method.positions(plan);
-    const auto axisAt = [&](double column) {
-        return method.axisAt(plan, column * positions / double(sigma.size()));
-    };
-    if (method.axisName(plan).startsWith("period")) {
-        std::vector<double> periods;
-        for (std::size_t i = 0; i < sigma.size(); ++i)
-            periods.push_back(axisAt(double(i)));
-        PlotData plot = Plot::periodPlot(periods, {sigma}, {QString("stack of %1 days").arg(days)});
+    if (plan.trials) {
+        PlotData plot = Plot::periodPlot(plan.trials->periods, {sigma},
+                                         {"stack of " + ReportText::counted(days, "day")});
         plot.yName = "significance";
         plot.yUnit = "sigma";
         plot.source = source;
         return plot;
     }
+    const Sky::SkyMethod &method = Sky::methodOf(plan.product);
+    const double perColumn = double(method.positions(plan)) / double(sigma.size());
     Days::FourierStack stack;
-    stack.binWidth = axisAt(1) - axisAt(0);
+    stack.binWidth = method.axisAt(plan, perColumn) - method.axisAt(plan, 0);
     stack.sigma = sigma;
     stack.days = stack.allDays = days;
-    PlotData plot = stackPlot(stack, source);
+    PlotData plot = Plot::stackPlot(stack, source);
     plot.yName = "significance of the best harmonic sum";
     return plot;
 }
 
-double powerAt(const Days::FourierDay &day, double frequency, int harmonics)
+// What a day shows at a frequency, by which days are compared.
+double strengthOf(const Days::FourierDay &day, double frequency, int harmonics)
 {
+    if (const Days::FfaTrials *const trials = day.periodogram.trials.get())
+        return double(day.periodogram.best[trials->nearestTo(1 / frequency)]);
     double sum = 0;
     for (int harmonic = 1; harmonic <= harmonics; ++harmonic) {
         const double bin = std::round(harmonic * frequency / day.binWidth);
@@ -213,15 +223,19 @@ double axisOf(const Sky::SkyPlan &plan, const Sky::SkyCandidate &candidate)
 {
     const Sky::SkyMethod &method = Sky::methodOf(plan.product);
     const double frequency = method.isTurned(plan) ? candidate.barycentric : candidate.telescope;
-    return method.axisName(plan).startsWith("period") ? 1 / frequency : frequency;
+    return plan.trials ? 1 / frequency : frequency;
 }
 
-double columnOf(const Sky::SkyMap &map, double axisValue)
+Plot::Range rangeAround(const PlotAxis &axis, double value)
 {
-    if (!map.axis.empty())
-        return double(std::lower_bound(map.axis.begin(), map.axis.end(), axisValue) -
-                      map.axis.begin());
-    return map.step == 0 ? 0 : (axisValue - map.first) / map.step;
+    constexpr double fewestColumns = 256;
+    constexpr double shownHarmonics = 4.8;
+    constexpr double shortestPeriod = 0.45; // so that half and triple are in sight
+    constexpr double longestPeriod = 3.2;
+    if (axis.values.empty())
+        return {0, std::max(fewestColumns, shownHarmonics * Plot::axisIndex(axis, value))};
+    return {Plot::axisIndex(axis, shortestPeriod * value),
+            Plot::axisIndex(axis, longestPeriod * value)};
 }
 
 CellDays readCellDays(const RecordingSet &set, const Sky::SkyPlan &plan, const SkyPlace &place,
@@ -231,6 +245,7 @@ CellDays readCellDays(const RecordingSet &set, const Sky::SkyPlan &plan, const S
     spectra->parameters = parametersOf(plan, place);
     spectra->plan = dayPlanOf(plan, place, spectra->parameters);
     const std::vector<Days::Day> &days = spectra->plan.list.days;
+    checkMemory(*spectra);
     spectra->rays.assign(1, std::vector<Days::FourierDay>(days.size()));
     Jobs::runItems(int(days.size()), 0, control, [&](int item, const Jobs::Control &own) {
         Days::FourierDay &day = spectra->rays[0][std::size_t(item)];
@@ -257,10 +272,12 @@ std::vector<Days::GrowthPoint> growthOf(const CellDays &days, double telescope, 
     if (!days.stacked)
         return {};
     const std::vector<Days::FourierDay> &all = days.spectra->days();
+    if (days.stacked->stack.ffa)
+        return Days::foldedLine(all, days.stacked->choice, telescope).growth;
     std::vector<double> powers;
     for (std::size_t i = 0; i < all.size(); ++i) {
         if (days.stacked->choice.days[i])
-            powers.push_back(powerAt(all[i], frequencyOn(all[i], days, telescope), harmonics));
+            powers.push_back(strengthOf(all[i], frequencyOn(all[i], days, telescope), harmonics));
     }
     const std::size_t every = std::max<std::size_t>(1, powers.size() / most);
     std::vector<Days::GrowthPoint> growth;
@@ -286,7 +303,8 @@ std::vector<DayProfile> bestProfiles(const RecordingSet &set, const CellDays &da
     std::vector<std::pair<double, std::size_t>> order;
     for (std::size_t i = 0; i < all.size(); ++i) {
         if (all[i].isWhole())
-            order.emplace_back(powerAt(all[i], frequencyOn(all[i], days, telescope), harmonics), i);
+            order.emplace_back(strengthOf(all[i], frequencyOn(all[i], days, telescope), harmonics),
+                               i);
     }
     std::sort(order.begin(), order.end(), std::greater<>());
     std::vector<DayProfile> profiles;

@@ -33,20 +33,24 @@ ShownCell cellOf(const Sky::SkyStack &stack, const Sky::SkyPlan &plan, const Sky
 /// Where a candidate stands on the axis of its stack.
 double axisOf(const Sky::SkyPlan &plan, const Sky::SkyCandidate &candidate);
 
-/// Where a place of a map's axis stands in the plot of a cell, an index with fraction.
-double columnOf(const Sky::SkyMap &map, double axisValue);
+/// The columns that show a signal with its harmonics, or its period with half and triple of it.
+///
+/// @param value  on that axis
+Plot::Range rangeAround(const PlotAxis &axis, double value);
 
-/// The days of a cell, each with its spectrum, and their stack.
+/// The days of a cell, each with its spectrum or periodogram, and their stack.
 struct CellDays {
     std::shared_ptr<const DaySpectra> spectra;
     std::shared_ptr<const StackOutcome> stacked; ///< null where no day could be read
 };
+/// Throws where memory is too small.
 CellDays readCellDays(const RecordingSet &set, const Sky::SkyPlan &plan, const SkyPlace &place,
                       const std::vector<Days::Interference> &leftOut, const Jobs::Control &control);
 
-/// How the significance of a harmonic sum grows with the days that count, one trial.
+/// How the significance of a harmonic sum, or of a fold, grows with the days that count, one trial.
 ///
 /// @param telescope  mean frequency of the days at the telescope, Hz
+/// @param harmonics  of folds any number
 std::vector<Days::GrowthPoint> growthOf(const CellDays &days, double telescope, int harmonics);
 
 /// The folded profile of one day.
@@ -56,7 +60,7 @@ struct DayProfile {
     double snr = 0;           ///< of the best boxcar
 };
 
-/// Profiles of the days with the highest power of a harmonic sum, highest first.
+/// Profiles of the days that show a harmonic sum, or a fold, most strongly, the strongest first.
 std::vector<DayProfile> bestProfiles(const RecordingSet &set, const CellDays &days,
                                      double telescope, int harmonics, int most,
                                      const Jobs::Control &control);

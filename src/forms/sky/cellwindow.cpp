@@ -3,13 +3,15 @@
 #include "forms/days/fouriergrafikinfo.h"
 #include "forms/days/spectrumview.h"
 #include "forms/days/stacktexts.h"
+#include "results/reporttext.h"
 
 #include <QLabel>
 #include <QVBoxLayout>
 
 CellWindow::CellWindow(const Request &wanted, QWidget *parent)
     : QWidget(parent, Qt::Window), request(wanted), told(new QLabel(this)),
-      view(new SpectrumView(stackTexts(false), this)), progress(worker, this)
+      view(new SpectrumView(stackTexts(wanted.plan->trials != nullptr), this)),
+      progress(worker, this)
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setObjectName("cellWindow");
@@ -49,7 +51,9 @@ void CellWindow::take(const CellDays &days)
     }
     const Days::FourierStack &stack = days.stacked->stack;
     QStringList used = placeText(*request.plan, request.place).split('\n');
-    used << QString("%1 of %2 days count, as a rule proposes").arg(stack.days).arg(stack.allDays);
+    used << QString("%1 of %2 count, as a rule proposes")
+                .arg(stack.days)
+                .arg(ReportText::counted(stack.allDays, "day"));
     used += stack.remarks;
     view->showStack(SpectrumView::DayList(days.spectra, &days.spectra->days()),
                     days.stacked->choice.days, stack, used);

@@ -1,15 +1,16 @@
 #include "forms/sky/mappage.h"
 
 #include "analyses/sky/skytables.h"
-#include "app/shell/errorbox.h"
-#include "app/shell/settings.h"
+#include "forms/days/stacktexts.h"
 #include "forms/savefolder.h"
 #include "forms/sky/cellwindow.h"
 #include "forms/sky/mappanel.h"
 #include "forms/sky/mapview.h"
+#include "picture/periodmarks.h"
 #include "plot/picturemenu.h"
 #include "plot/pulsargrafik.h"
 #include "plot/savedialog.h"
+#include "results/reporttext.h"
 
 #include <QScrollArea>
 #include <QSplitter>
@@ -25,7 +26,7 @@ constexpr int digits = 8;             // significant, of frequencies and periods
 MapPage::MapPage(const Sky::SkyAnalysis &skyAnalysis, const QString &path, Jobs::Worker &jobs,
                  QWidget *form)
     : SkyPage(skyAnalysis, path, jobs, form), splitter(new QSplitter(Qt::Horizontal)),
-      map(new MapView), grafik(new PulsarGrafik), panel(new MapPanel)
+      map(new MapView), grafik(new PulsarGrafik), panel(new MapPanel(skyAnalysis.flags.ffa))
 {
     splitter->setObjectName("splitter");
     splitter->setChildrenCollapsible(false);
@@ -71,14 +72,7 @@ void MapPage::connectViews()
         if (hasCell)
             point(place);
     });
-    connect(panel, &MapPanel::lineChosen, this, [this](double bin) {
-        const double frequency = Plot::axisValue(grafik->data().x, bin);
-        const PulsarGrafik::VisibleRange shown = grafik->visibleRange();
-        constexpr double ofRange = 4.8; // so that four harmonics are in sight
-        if (bin < shown.first || bin > shown.first + shown.points)
-            grafik->setVisibleX(0, bin * ofRange);
-        grafik->setFundamental(frequency);
-    });
+    connect(panel, &MapPanel::lineChosen, this, &MapPage::goToLine);
     connect(panel, &MapPanel::daysWanted, this, &MapPage::openDays);
     connect(panel, &MapPanel::mapWanted, this, &MapPage::saveMap);
     connect(panel, &MapPanel::pictureWanted, this, &MapPage::savePicture);
@@ -91,6 +85,33 @@ void MapPage::connectViews()
         showStacks();
     });
     connect(inputs(), &SkyInputs::pictureSizeChanged, this, &MapPage::fitToWindow);
+}
+
+// A line out of sight comes into it with its harmonics.
+void MapPage::goToLine(double bin)
+{
+    const double value = Plot::axisValue(grafik->data().x, bin);
+    const PulsarGrafik::VisibleRange shown = grafik->visibleRange();
+    if (bin < shown.first || bin > shown.first + shown.points) {
+        const Plot::Range wanted = rangeAround(grafik->data().x, value);
+        grafik->setVisibleX(wanted.min, wanted.extent());
+    }
+    if (!plan->trials) {
+        grafik->setFundamental(value);
+        return;
+    }
+    markedPeriod = value;
+    markPeriod();
+}
+
+void MapPage::markPeriod()
+{
+    if (!markedPeriod || grafik->data().messageMode)
+        return;
+    PlotData plot = grafik->data();
+    Plot::markPeriods(plot, *markedPeriod);
+    grafik->setData(std::move(plot));
+    map->update();
 }
 
 QWidget *MapPage::view() const
@@ -125,6 +146,7 @@ void MapPage::showMessage(const QString &message)
     mapper.stop();
     maps.clear();
     hasCell = false;
+    markedPeriod.reset();
     map->setPicture({});
     grafik->showMessage(message);
     panel->setCell("Click a cell of the map", {});
@@ -135,7 +157,9 @@ void MapPage::showMessage(const QString &message)
 // The maps of the stacks, which take seconds where the best of many dispersions is shown.
 void MapPage::showStacks()
 {
-    panel->setUsed(usedLines().join('\n'));
+    if (!hasCell)
+        grafik->showMessage("Making the map...");
+    panel->setUsed((usedLines() << stackTexts(analysis.flags.ffa).sees).join('\n'));
     mapper.start<SkyMaps>(
         [made = outcome, used = plan, choices = inputs()->shownMaps(*plan)](
             const Jobs::Control &control, const Jobs::Deliver<SkyMaps> &deliver) {
@@ -242,10 +266,11 @@ QString MapPage::coordsText(const Plot::MapPlace &place) const
                  : QString()};
     const float sigma =
         one.sigma[std::size_t(place.row) * std::size_t(one.columns) + std::size_t(place.column)];
-    lines << (std::isnan(sigma) ? QString("not ranked")
-                                : QString("%1 sigma, %2 days")
-                                      .arg(double(sigma), 0, 'f', 1)
-                                      .arg(one.rows[std::size_t(place.row)].days));
+    lines << (std::isnan(sigma)
+                  ? QString("not ranked")
+                  : QString("%1 sigma, %2")
+                        .arg(double(sigma), 0, 'f', 1)
+                        .arg(ReportText::counted(one.rows[std::size_t(place.row)].days, "day")));
     return lines.join('\n') + "\n" + placeText(*plan, placeOf(place));
 }
 
@@ -261,7 +286,9 @@ void MapPage::openCell(const Plot::MapPlace &place)
     const SkyPlace where = placeOf(chosen);
     ShownCell cell = cellOf(outcome->run.stack, *plan, where, usedLines());
     grafik->setData(std::move(cell.plot));
-    panel->setCell(QString("%1\n%2 days").arg(placeText(*plan, where)).arg(cell.days), cell.lines);
+    markPeriod();
+    panel->setCell(placeText(*plan, where) + "\n" + ReportText::counted(cell.days, "day"),
+                   cell.lines);
     panel->setCoords(coordsText(chosen));
 }
 
@@ -277,33 +304,26 @@ void MapPage::saveMap()
         return;
     const Sky::SkyMap &one = *maps[std::size_t(std::max(0, map->cell().panel))];
     const Sky::SkyRay &ray = plan->rays[std::size_t(one.choice.ray)];
-    const QString name = QString("m%1_r%2").arg(ray.module).arg(ray.ray);
-    const QString path =
-        Plot::askForPath(splitter, "Save map", startFolder(Settings::instance()->lastSavePath()),
-                         Sky::mapFileName(*plan, one, name), "Result file (*.txt)");
+    const QString name =
+        QString("m%1_r%2%3").arg(ray.module).arg(ray.ray).arg(plan->trials ? "-ffa" : "");
+    const QString path = askSavePath(splitter, "Save map", Sky::mapFileName(*plan, one, name),
+                                     "Result file (*.txt)");
     if (path.isEmpty())
         return;
     const Results::ResultTable table = skyTable(*recordings, *plan, outcome->run, requestLines(),
                                                 Sky::mapLines(one, *plan), Sky::mapColumns(one));
-    if (const WriteFailure failure = writeWhole(path, table.toBytes(Results::Format::Text)))
-        showError(splitter->window(), "The map was not saved.", failure.text());
-    else
-        Settings::instance()->setLastSavePath(directoryOf(path));
+    endSave(splitter, path, "The map was not saved.",
+            writeWhole(path, table.toBytes(Results::Format::Text)).text());
 }
 
 void MapPage::savePicture()
 {
     if (maps.empty())
         return;
-    const QString path = Plot::askForPath(splitter, "Save picture",
-                                          startFolder(Settings::instance()->lastSavePath()),
-                                          "map.png", Plot::pictureFilters);
+    const QString path = askSavePath(splitter, "Save picture", "map.png", Plot::pictureFilters);
     if (path.isEmpty())
         return;
-    const QString failure =
-        Plot::saveDrawing(path, Plot::mapDrawing(map->picture(), pictureSize(), Plot::printScale));
-    if (!failure.isEmpty())
-        showError(splitter->window(), "The picture was not saved.", failure);
-    else
-        Settings::instance()->setLastSavePath(directoryOf(path));
+    endSave(
+        splitter, path, "The picture was not saved.",
+        Plot::saveDrawing(path, Plot::mapDrawing(map->picture(), pictureSize(), Plot::printScale)));
 }

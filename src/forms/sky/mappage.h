@@ -4,6 +4,8 @@
 #include "forms/sky/skypage.h"
 #include "picture/mappicture.h"
 
+#include <optional>
+
 class MapPanel;
 class MapView;
 class PulsarGrafik;
@@ -37,6 +39,8 @@ private:
     SkyPlace placeOf(const Plot::MapPlace &place) const;
     QString coordsText(const Plot::MapPlace &place) const;
     void openCell(const Plot::MapPlace &place);
+    void goToLine(double bin);
+    void markPeriod();
     void openDays();
     QSize pictureSize() const;
     void saveMap();
@@ -48,5 +52,6 @@ private:
     MapPanel *const panel;
     SkyMaps maps;
     bool hasCell = false;
+    std::optional<double> markedPeriod; // s, of the line that was gone to
     Jobs::Worker mapper;
 };

@@ -1,9 +1,9 @@
 #include "forms/sky/mappanel.h"
 
 #include "forms/days/linesmodel.h"
+#include "forms/keeplines.h"
 #include "ui_mappanel.h"
 
-#include <QEvent>
 #include <QHeaderView>
 
 namespace {
@@ -12,16 +12,18 @@ constexpr int coordsLines = 7;
 
 } // namespace
 
-MapPanel::MapPanel(QWidget *parent)
+MapPanel::MapPanel(bool isFfa, QWidget *parent)
     : QWidget(parent), ui(new Ui::MapPanel), model(new LinesModel(this))
 {
     ui->setupUi(this);
+    model->setFfa(isFfa);
     ui->lines->showTable(model);
     ui->lines->setColumnHidden(LinesModel::Marks, true);
+    ui->lines->setColumnHidden(LinesModel::Frequency, isFfa); // the axis is that of periods
     ui->lines->verticalHeader()->hide();
     ui->lines->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     ui->lines->horizontalHeader()->setStretchLastSection(true);
-    reserveCoordsHeight();
+    keepLines(ui->coords, coordsLines); // the panel must not move with what is pointed at
     connect(ui->lines->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex &row) {
                 if (row.isValid())
@@ -56,17 +58,4 @@ void MapPanel::setCanSave(bool canSave)
 {
     ui->saveMap->setEnabled(canSave);
     ui->savePicture->setEnabled(canSave);
-}
-
-void MapPanel::changeEvent(QEvent *event)
-{
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::FontChange)
-        reserveCoordsHeight();
-}
-
-// The panel must not move when the text under the pointer gets longer.
-void MapPanel::reserveCoordsHeight()
-{
-    ui->coords->setMinimumHeight(coordsLines * ui->coords->fontMetrics().lineSpacing());
 }

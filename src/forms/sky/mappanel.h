@@ -16,7 +16,8 @@ class MapPanel : public QWidget {
     Q_OBJECT
 
 public:
-    explicit MapPanel(QWidget *parent = nullptr);
+    /// @param isFfa  the lines are those of folds
+    explicit MapPanel(bool isFfa, QWidget *parent = nullptr);
     ~MapPanel() override;
 
     void setCoords(const QString &text);
@@ -32,12 +33,7 @@ signals:
     void mapWanted();
     void pictureWanted();
 
-protected:
-    void changeEvent(QEvent *event) override;
-
 private:
-    void reserveCoordsHeight();
-
     const std::unique_ptr<Ui::MapPanel> ui;
     LinesModel *const model;
 };

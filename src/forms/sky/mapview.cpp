@@ -150,6 +150,7 @@ void MapView::paintOverlays(QPainter &painter) const
     if (shown.isEmpty())
         return;
     paintHarmonics(painter);
+    paintMarkers(painter);
     painter.setBrush(Qt::NoBrush);
     const Plot::MapPlace from{chosen.panel, chosen.row, std::floor(chosen.column)};
     const QRectF cell = Plot::mapPixels(shown, size(), from, from.column + 1);
@@ -175,7 +176,7 @@ void MapView::paintOverlays(QPainter &painter) const
 
 void MapView::paintHarmonics(QPainter &painter) const
 {
-    if (!plot || !plot->fundamental() || shown.map().step == 0)
+    if (!plot || !plot->fundamental() || shown.map().step == 0 || !shown.map().axis.empty())
         return;
     constexpr int most = 16;
     constexpr int opacity = 120;
@@ -189,6 +190,23 @@ void MapView::paintHarmonics(QPainter &painter) const
             QColor colour = harmonicsColour;
             colour.setAlpha(harmonic == 1 ? 255 : opacity);
             painter.setPen(colour);
+            const double x = area.left() + share * area.width();
+            painter.drawLine(QLineF(x, area.top(), x, area.bottom()));
+        }
+    }
+}
+
+// Those of the plot below, without their names.
+void MapView::paintMarkers(QPainter &painter) const
+{
+    if (!plot || plot->data().numPoints != shown.map().columns)
+        return;
+    painter.setPen(harmonicsColour);
+    for (const QRect &area : Plot::mapAreas(shown, size())) {
+        for (const int marker : plot->data().markers) {
+            const double share = (marker + 0.5 - shown.columns.min) / shown.columns.extent();
+            if (share < 0 || share > 1)
+                continue;
             const double x = area.left() + share * area.width();
             painter.drawLine(QLineF(x, area.top(), x, area.bottom()));
         }

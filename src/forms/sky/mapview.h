@@ -67,6 +67,7 @@ private:
     double plotPixel(const QPointF &pixel) const;
     void paintOverlays(QPainter &painter) const;
     void paintHarmonics(QPainter &painter) const;
+    void paintMarkers(QPainter &painter) const;
 
     PulsarGrafik *plot = nullptr;
     Plot::MapPicture shown;

@@ -11,35 +11,42 @@ constexpr double degree = std::numbers::pi / 180;
 constexpr double secondsPerRadian = 12 * 3600 / std::numbers::pi; // of right ascension
 constexpr int digits = 8;
 
+constexpr char untold[] = "-";
+
+// " +- 42 s"; the unit is left out with an error that is not told.
+QString errorText(double error, const QString &unit)
+{
+    return QString(" +- %1").arg(std::isfinite(error) ? QString::number(error, 'g', 2) + unit
+                                                      : QString(untold));
+}
+
 QString measuredText(const Sky::Measured &value)
 {
     if (!std::isfinite(value.value))
-        return "-";
+        return untold;
     return std::isfinite(value.error) && value.error > 0
                ? ReportText::withError(value.value, value.error)
-               : QString::number(value.value, 'g', digits);
+               : QString::number(value.value, 'g', digits) + errorText(value.error, {});
 }
 
 QString frequencyText(double frequency)
 {
-    return std::isfinite(frequency) ? QString::number(frequency, 'g', digits) : "-";
+    return std::isfinite(frequency) ? QString::number(frequency, 'g', digits) : untold;
 }
 
 // "05:34:31.2 +- 42 s"
 QString alfaText(const Sky::Measured &alfa)
 {
-    QString text = Tools::rightAscensionText(alfa.value);
-    if (std::isfinite(alfa.error))
-        text += QString(" +- %1 s").arg(alfa.error * secondsPerRadian, 0, 'g', 2);
-    return text;
+    return std::isfinite(alfa.value) ? Tools::rightAscensionText(alfa.value) +
+                                           errorText(alfa.error * secondsPerRadian, " s")
+                                     : untold;
 }
 
 QString deltaText(const Sky::Measured &delta)
 {
-    QString text = Tools::declinationText(delta.value);
-    if (std::isfinite(delta.error))
-        text += QString(" +- %1 deg").arg(delta.error / degree, 0, 'g', 2);
-    return text;
+    return std::isfinite(delta.value)
+               ? Tools::declinationText(delta.value) + errorText(delta.error / degree, " deg")
+               : untold;
 }
 
 QString textOf(const Sky::SkyCandidate &candidate, int column)
@@ -76,8 +83,13 @@ QString textOf(const Sky::SkyCandidate &candidate, int column)
 
 } // namespace
 
+SkyCandidatesModel::SkyCandidatesModel(bool isFfa, QObject *parent)
+    : TableModel(parent), areOfFfa(isFfa)
+{}
+
 TableModel::Column SkyCandidatesModel::column(int index) const
 {
+    static const Column width = {"Width", "Width of the pulse, phase bins", true};
     static const std::vector<Column> columns = {
         {"Verdict", "accept, reject or unsure: keys A, R and U"},
         {"Sigma", "Significance after all trials of the search", true},
@@ -91,7 +103,7 @@ TableModel::Column SkyCandidatesModel::column(int index) const
         {"Days", "Days in the stack", true},
         {"Marks", "Known pulsars, what it is related to, and what speaks against it"},
         {"Note", "F2 or a double click changes it"}};
-    return columns[std::size_t(index)];
+    return index == Harmonics && areOfFfa ? width : columns[std::size_t(index)];
 }
 
 QString SkyCandidatesModel::text(int row, int column) const
@@ -126,10 +138,38 @@ QVariant SkyCandidatesModel::sortValue(int row, int column) const
 
 QVariant SkyCandidatesModel::look(int row, int column, int role) const
 {
+    if (role == Qt::ToolTipRole) {
+        const QString reason = reasonOf(shown.candidates[std::size_t(row)], column);
+        if (!reason.isEmpty())
+            return reason;
+    }
     const bool isCut = column == Marks || column == Note; // where the column is narrow
     if (role == Qt::EditRole || (role == Qt::ToolTipRole && isCut))
         return text(row, column);
     return {};
+}
+
+// Why a place, or its error, is not told; empty where it is.
+QString SkyCandidatesModel::reasonOf(const Sky::SkyCandidate &candidate, int column) const
+{
+    const bool isPlace = column == Alfa || column == Delta;
+    if (!isPlace && column != Dispersion)
+        return {};
+    const Sky::Measured &value = column == Dispersion ? candidate.dispersion
+                                 : column == Alfa     ? candidate.alfa
+                                                      : candidate.delta;
+    if (isPlace && !std::isfinite(value.value))
+        return "Where the beam points is not known: neither the folder nor the names of the "
+               "recordings tell the site (N0 to N4)";
+    if (std::isfinite(value.error))
+        return {};
+    if (areOfFfa)
+        return "That of the strongest stack. Folds tell no error: where single days show a pulsar, "
+               "stacks a little off stand as high";
+    return QString("There is one %1 only, or its neighbours are too weak to tell the error")
+        .arg(column == Dispersion ? "dispersion"
+             : column == Alfa     ? "stretch"
+                                  : "ray");
 }
 
 void SkyCandidatesModel::setTable(Sky::CandidatesTable newTable)

@@ -25,7 +25,9 @@ public:
         PlaceCount
     };
 
-    using TableModel::TableModel;
+    /// @param isFfa  candidates are folds: they tell the width of pulses, not the number of
+    /// harmonics
+    explicit SkyCandidatesModel(bool isFfa, QObject *parent = nullptr);
 
     void setTable(Sky::CandidatesTable newTable);
     const Sky::CandidatesTable &table() const { return shown; }
@@ -51,6 +53,8 @@ protected:
 
 private:
     void decide(int row, Sky::Verdict verdict, const QString &note);
+    QString reasonOf(const Sky::SkyCandidate &candidate, int column) const;
 
+    const bool areOfFfa;
     Sky::CandidatesTable shown;
 };

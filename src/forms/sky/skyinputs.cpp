@@ -5,10 +5,13 @@
 #include "data/truenumbers.h"
 #include "fields/numberbox.h"
 #include "forms/days/daysmodel.h"
+#include "forms/days/foldfields.h"
 #include "forms/days/sourcefield.h"
 #include "forms/days/stacktexts.h"
 #include "forms/fieldvalues.h"
+#include "forms/keeplines.h"
 #include "forms/sky/skyjobs.h"
+#include "results/reporttext.h"
 #include "ui_skyinputs.h"
 
 #include <QDir>
@@ -22,7 +25,7 @@ constexpr int inputDelay = 250; // ms
 constexpr double bytesPerMegabyte = 1e6;
 constexpr double secondsPerMinute = 60;
 
-QString sizeText(qint64 bytes)
+QString bytesText(qint64 bytes)
 {
     return QString::number(double(bytes) / bytesPerMegabyte, 'f', bytes < 10000000 ? 1 : 0) + " MB";
 }
@@ -68,6 +71,9 @@ SkyInputs::SkyInputs(const Sky::SkyAnalysis &skyAnalysis, const QString &directo
     ui->filePath->showDirectory(directory);
     ui->groupBox_map->setVisible(analysis.flags.map);
     ui->groupBox_search->setVisible(analysis.flags.search);
+    ui->groupBox_spectrum->setTitle(stackTexts(analysis.flags.ffa).group);
+    ui->foldFields->setVisible(analysis.flags.ffa);
+    FieldValues::hideFieldsOfOthers(this, analysis, Sky::skyAnalyses());
     FieldValues::offerChoices(this, analysis);
     ui->days->showTable(days);
     for (const int column : {DaysModel::Sigma, DaysModel::Power})
@@ -82,6 +88,8 @@ SkyInputs::SkyInputs(const Sky::SkyAnalysis &skyAnalysis, const QString &directo
         if (field.name == "firstPoint")
             ui->placeFields->setPointToolTip(field.help);
     }
+    keepLines(ui->told, 3);
+    keepLines(ui->daysText, 2);
     inputTimer.setSingleShot(true);
     inputTimer.setInterval(inputDelay);
     connectInputs();
@@ -233,6 +241,10 @@ void SkyInputs::takePlan(const std::shared_ptr<const PlannedSky> &made)
     if (made->plan.problems.empty()) {
         latest = made;
         fillShown(made->plan);
+        if (made->plan.trials) {
+            ui->foldFields->showUsed(made->plan.trials->ffa);
+            ui->foldFields->tellSize(trialsText(*made->plan.trials));
+        }
         ui->told->setText(costText(*made));
     } else {
         ui->told->clear();
@@ -278,13 +290,18 @@ void SkyInputs::fillOther()
 
 QString SkyInputs::costText(const PlannedSky &made) const
 {
-    const Sky::SkyPlan &plan = made.plan;
-    return QString("%1 stretches x %2 rays x %3 dispersions\nReads %4, takes %5 of memory\n"
-                   "Arithmetic: %6 with all processors")
-        .arg(plan.starts)
-        .arg(plan.rays.size())
-        .arg(plan.dispersions.size())
-        .arg(sizeText(made.bytesRead), sizeText(made.memory), timeText(made.seconds));
+    return sizeText(made.plan) +
+           QString("\nReads %1, takes %2 of memory\n"
+                   "Arithmetic: %3 with all processors")
+               .arg(bytesText(made.bytesRead), bytesText(made.memory), timeText(made.seconds));
+}
+
+QString SkyInputs::sizeText(const Sky::SkyPlan &plan)
+{
+    return QString("%1 x %2 x %3")
+        .arg(ReportText::counted(plan.starts, "stretch", "es"),
+             ReportText::counted(plan.rayCount(), "ray"),
+             ReportText::counted(int(plan.dispersions.size()), "dispersion"));
 }
 
 std::vector<Sky::MapChoice> SkyInputs::shownMaps(const Sky::SkyPlan &plan) const
@@ -314,14 +331,18 @@ QSize SkyInputs::pictureSize() const
 
 void SkyInputs::showParameters(const std::vector<Results::HeaderLine> &header)
 {
-    Sky::SkyParameters parameters;
-    for (const Sky::SkyField &field : Sky::skyFields()) {
-        const QString text = Results::valueOf(header, field.key).section(' ', 0, 0);
-        QWidget *const widget = FieldValues::find(this, field);
+    Sky::SkyParameters parameters = analysis.presets;
+    for (const Sky::SkyField *field : analysis.fields) {
+        const QString text = Results::valueOf(header, field->key).section(' ', 0, 0);
+        QWidget *const widget = FieldValues::find(this, *field);
         if (text.isEmpty() || !widget)
             continue;
-        std::visit(FromText{text}, field.of(parameters));
-        FieldValues::show(widget, field, field.valueIn(parameters));
+        std::visit(FromText{text}, field->of(parameters));
+        const FieldValue value = field->valueIn(parameters);
+        if (field->isOptional && value == field->valueIn(analysis.presets))
+            FieldValues::show(widget, *field, QString());
+        else
+            FieldValues::show(widget, *field, value);
     }
     ui->points->setCurrentText(QString::number(parameters.points));
     ui->harmonics->setCurrentText(QString::number(parameters.harmonics));

@@ -53,6 +53,8 @@ public:
     void showParameters(const std::vector<Results::HeaderLine> &header);
     void showDays(const Sky::SkyPlan &plan, const Sky::SkyRun *run);
     void tell(const QString &text);
+    /// "4 stretches x 8 rays x 20 dispersions".
+    static QString sizeText(const Sky::SkyPlan &plan);
     void rememberClock();
 
 public slots:

@@ -1,75 +1,14 @@
 #include "forms/sky/skyjobs.h"
 
 #include "analyses/days/stacktables.h"
-#include "analyses/sky/skyproduct.h"
 #include "analyses/sky/skytables.h"
 #include "base/systemmemory.h"
-#include "jobs/items.h"
 
 #include <QElapsedTimer>
 #include <algorithm>
-#include <cmath>
-#include <random>
 #include <stdexcept>
 
 namespace {
-
-constexpr double nanosecond = 1e-9;
-
-std::vector<float> noiseOf(int points)
-{
-    std::minstd_rand random(1);
-    std::normal_distribution<float> normal;
-    std::vector<float> values(static_cast<std::size_t>(points));
-    for (float &value : values)
-        value = normal(random);
-    return values;
-}
-
-// Seconds that one stretch of one cell takes, once its sum is there.
-double secondsOfStretch(const Sky::SkyPlan &plan)
-{
-    const std::vector<float> noise = noiseOf(plan.parameters.points);
-    Sky::CellStretch stretch;
-    stretch.sums = stretch.backSums = noise.data();
-    stretch.points = plan.parameters.points;
-    stretch.tresolution = plan.header.tresolution;
-    const Sky::SkyMethod &method = Sky::methodOf(plan.product);
-    method.ofStretch(stretch, plan); // tables are made by the first one
-    QElapsedTimer timer;
-    timer.start();
-    method.ofStretch(stretch, plan);
-    return double(timer.nsecsElapsed()) * nanosecond;
-}
-
-// Seconds that the sum over the bands takes for as many points as a stretch has.
-double secondsOfSum(const Sky::SkyPlan &plan)
-{
-    const std::vector<float> band = noiseOf(plan.parameters.points);
-    std::vector<double> sum(band.size());
-    QElapsedTimer timer;
-    timer.start();
-    for (std::size_t count = 0; count < plan.header.fbands.size(); ++count) {
-        for (std::size_t i = 0; i < sum.size(); ++i)
-            sum[i] += double(band[i]);
-    }
-    return sum[0] == sum[0] ? double(timer.nsecsElapsed()) * nanosecond : 0;
-}
-
-double secondsOf(const Sky::SkyPlan &plan)
-{
-    double stretches = 0;
-    double points = 0;
-    for (const Sky::Passage &passage : plan.passages) {
-        stretches += double(std::count_if(passage.firstPoints.begin(), passage.firstPoints.end(),
-                                          [](int point) { return point >= 0; }));
-        points += passage.points();
-    }
-    const double series = double(plan.rays.size()) * double(plan.dispersions.size());
-    const double sums = points / plan.parameters.points;
-    return series * (stretches * secondsOfStretch(plan) + sums * secondsOfSum(plan)) /
-           Jobs::threadCount();
-}
 
 // Maps of a run that goes on, at most for a fifth of its time.
 class FillingIn {
@@ -116,7 +55,7 @@ PlannedSky plannedSky(const RecordingSet &set, const Sky::SkyParameters &paramet
         return made;
     made.memory = Sky::memoryOf(made.plan, 0);
     made.bytesRead = made.plan.bytesRead(set);
-    made.seconds = made.plan.passages.empty() ? 0 : secondsOf(made.plan);
+    made.seconds = made.plan.passages.empty() ? 0 : Sky::secondsOf(made.plan, 0);
     return made;
 }
 

@@ -3,10 +3,21 @@
 #include "analyses/sky/skytables.h"
 #include "app/shell/errorbox.h"
 #include "app/shell/statusline.h"
+#include "forms/days/stacktexts.h"
 #include "forms/sky/mappage.h"
 #include "forms/sky/searchpage.h"
+#include "results/reporttext.h"
 
 #include <utility>
+
+namespace {
+
+QString countedDays(const Sky::SkyPlan &plan)
+{
+    return ReportText::counted(int(plan.passages.size()), "day");
+}
+
+} // namespace
 
 SkyPage *SkyPage::make(const Sky::SkyAnalysis &analysis, const QString &directory,
                        Jobs::Worker &jobs, QWidget *form)
@@ -101,11 +112,11 @@ void SkyPage::reportOutcome()
 {
     const Sky::SkyRun &run = outcome->run;
     fields->showDays(*outcome->plan, &run);
-    const auto all = outcome->plan->passages.size();
-    QStringList lines = {QString("%1 of %2 days added, %3 of them kept from before")
+    QStringList lines = {QString("%1 of %2 added, %3 of them kept from before")
                              .arg(run.stack.added.size())
-                             .arg(all)
+                             .arg(countedDays(*outcome->plan))
                              .arg(run.keptPassages)};
+    lines << SkyInputs::sizeText(*outcome->plan);
     if (run.wasStopped)
         lines << "Stopped; Compute goes on from here";
     fields->tell(lines.join('\n'));
@@ -163,16 +174,19 @@ QStringList SkyPage::usedLines() const
 {
     const Sky::SkyRun &run = outcome->run;
     QStringList lines = {
-        directory, QString("%1 of %2 days").arg(run.stack.added.size()).arg(plan->passages.size()),
-        QString("%1 stretches of %2 points, step %3 s")
-            .arg(plan->starts)
+        directory, QString("%1 of %2").arg(run.stack.added.size()).arg(countedDays(*plan)),
+        QString("%1 of %2 points, step %3 s")
+            .arg(ReportText::counted(plan->starts, "stretch", "es"))
             .arg(plan->parameters.points)
             .arg(plan->header.tresolution),
-        QString("%1 rays, %2 dispersions").arg(plan->rays.size()).arg(plan->dispersions.size()),
+        QString("%1, %2").arg(ReportText::counted(plan->rayCount(), "ray"),
+                              ReportText::counted(int(plan->dispersions.size()), "dispersion")),
         QString("Stacks are kept in %1%2")
             .arg(outcome->kept.path, outcome->kept.isBesideData
                                          ? QString()
                                          : QString(", for the directory cannot be written"))};
+    if (plan->trials)
+        lines << trialsText(*plan->trials);
     if (!plan->interference.empty())
         lines << QString("%1 entries of the list of interference are left out")
                      .arg(plan->interference.size());

@@ -70,14 +70,42 @@ void SmallPlot::paintEvent(QPaintEvent * /*event*/)
     small.setPixelSize(11);
     painter.setFont(small);
     painter.setPen(Qt::black);
-    const QRect frame = rect().adjusted(left, top, -right, -bottom);
     const QString title = content.x.empty() ? message : content.title;
     painter.drawText(QRect(4, 0, width() - 8, top), Qt::AlignLeft | Qt::AlignVCenter,
                      painter.fontMetrics().elidedText(title, Qt::ElideRight, width() - 8));
-    if (content.x.empty() || frame.width() < 10 || frame.height() < 10)
+    if (content.x.empty())
         return;
+    const QRect frame = rect().adjusted(left, top + paintNames(painter), -right, -bottom);
+    if (frame.width() < 10 || frame.height() < 10)
+        return;
+    painter.setPen(Qt::black);
     paintFrame(painter, frame);
     paintCurves(painter, frame);
+}
+
+// Below the title and above the curves, in the colours of their curves.
+//
+// @return pixels that they take
+int SmallPlot::paintNames(QPainter &painter) const
+{
+    constexpr int gap = 10; // between two names
+    const int lineHeight = painter.fontMetrics().height();
+    int x = 4;
+    int y = 0;
+    for (std::size_t i = 0; i < content.curves.size(); ++i) {
+        const QString &name = content.curves[i].name;
+        const int wide = painter.fontMetrics().horizontalAdvance(name);
+        if (name.isEmpty())
+            continue;
+        if (y == 0 || x + wide > width() - 4) {
+            x = 4;
+            y += lineHeight;
+        }
+        painter.setPen(QColor(plotColour(int(i)).code));
+        painter.drawText(QRect(x, top + y - lineHeight, wide + 1, lineHeight), Qt::AlignLeft, name);
+        x += wide + gap;
+    }
+    return y;
 }
 
 void SmallPlot::paintFrame(QPainter &painter, const QRect &frame) const
@@ -119,7 +147,6 @@ void SmallPlot::paintCurves(QPainter &painter, const QRect &frame) const
         painter.drawLine(place(content.mark, y.min), place(content.mark, y.max));
     }
     painter.setRenderHint(QPainter::Antialiasing);
-    const int lineHeight = painter.fontMetrics().height();
     for (std::size_t i = 0; i < content.curves.size(); ++i) {
         const Curve &curve = content.curves[i];
         const QColor colour(plotColour(int(i)).code);
@@ -135,9 +162,5 @@ void SmallPlot::paintCurves(QPainter &painter, const QRect &frame) const
                 painter.drawEllipse(line.back(), 1.5, 1.5);
         }
         painter.drawPolyline(line);
-        const QRect text(frame.left(), frame.top() + int(i) * lineHeight, frame.width() - 4,
-                         lineHeight);
-        if (text.bottom() < frame.bottom())
-            painter.drawText(text, Qt::AlignRight | Qt::AlignVCenter, curve.name);
     }
 }

@@ -26,6 +26,7 @@ public:
     explicit SmallPlot(const QString &emptyTitle, QWidget *parent = nullptr);
 
     void setContent(Content next);
+    const Content &shown() const { return content; }
     /// A text in place of the curves.
     void showMessage(const QString &message);
 
@@ -36,6 +37,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    int paintNames(QPainter &painter) const;
     void paintFrame(QPainter &painter, const QRect &frame) const;
     void paintCurves(QPainter &painter, const QRect &frame) const;
 

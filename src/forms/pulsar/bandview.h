@@ -11,14 +11,14 @@ class PulsarGrafik;
 /// The folded bands as colours, phase against frequency with the highest frequency on top, above
 /// the plot of the fold of their sum, whose X axis, margins and zoom it shares. A tool tip tells
 /// what is under the pointer.
-class BandPicture : public QWidget {
+class BandView : public QWidget {
     Q_OBJECT
 
 public:
-    /// @param plotBelow  of the same width; outlives the picture
-    BandPicture(PulsarGrafik *plotBelow, QWidget *parent);
+    /// @param plotBelow  of the same width; outlives this view
+    BandView(PulsarGrafik *plotBelow, QWidget *parent);
 
-    /// Shows a fold; null hides the picture.
+    /// Shows a fold; null hides the view.
     void showFold(std::shared_ptr<const BandFold> newFold);
 
     QSize sizeHint() const override { return {800, 220}; }

@@ -1,7 +1,7 @@
-#include "forms/pulsar/bandpicture.h"
+#include "forms/pulsar/bandview.h"
 
 #include "forms/savefolder.h"
-#include "picture/colourmap.h"
+#include "picture/colourbar.h"
 #include "picture/plotgeometry.h"
 #include "picture/plotpainter.h"
 #include "picture/resultplot.h"
@@ -27,8 +27,7 @@ constexpr int barWidth = 8;  // of the scale of colours
 
 } // namespace
 
-BandPicture::BandPicture(PulsarGrafik *plotBelow, QWidget *parent)
-    : QWidget(parent), plot(plotBelow)
+BandView::BandView(PulsarGrafik *plotBelow, QWidget *parent) : QWidget(parent), plot(plotBelow)
 {
     setMouseTracking(true);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
@@ -44,7 +43,7 @@ BandPicture::BandPicture(PulsarGrafik *plotBelow, QWidget *parent)
     hide();
 }
 
-void BandPicture::showFold(std::shared_ptr<const BandFold> newFold)
+void BandView::showFold(std::shared_ptr<const BandFold> newFold)
 {
     fold = std::move(newFold);
     setVisible(fold != nullptr);
@@ -55,20 +54,20 @@ void BandPicture::showFold(std::shared_ptr<const BandFold> newFold)
     update();
 }
 
-QRect BandPicture::area() const
+QRect BandView::area() const
 {
     return {Plot::marginLeft, marginTop, width() - Plot::marginLeft - Plot::marginRight,
             height() - marginTop - marginBottom};
 }
 
 // The bin of the plot's axis at a pixel.
-double BandPicture::binAt(double x) const
+double BandView::binAt(double x) const
 {
     const PulsarGrafik::VisibleRange shown = plot->visibleRange();
     return shown.first + (x - area().left()) * shown.points / std::max(1, area().width());
 }
 
-QImage BandPicture::image() const
+QImage BandView::image() const
 {
     QImage colours(area().width(), fold->bands(), QImage::Format_RGB32);
     for (int row = 0; row < fold->bands() && !colours.isNull(); ++row) {
@@ -83,7 +82,7 @@ QImage BandPicture::image() const
     return colours;
 }
 
-void BandPicture::paintEvent(QPaintEvent * /*event*/)
+void BandView::paintEvent(QPaintEvent * /*event*/)
 {
     QPainter painter(this);
     painter.fillRect(rect(), Qt::white);
@@ -103,11 +102,8 @@ void BandPicture::paintEvent(QPaintEvent * /*event*/)
         painter.drawText(QRect(0, y - textHeight / 2, inner.left() - 4, textHeight),
                          Qt::AlignRight | Qt::AlignVCenter, QString::number(frequency, 'g', 6));
     }
-    for (int y = 0; y < inner.height(); ++y) {
-        const float value = high - (high - low) * float(y) / float(inner.height());
-        painter.fillRect(width() - Plot::marginRight + 5, inner.top() + y, barWidth, 1,
-                         QColor(Plot::colourOfValue(value, low, high)));
-    }
+    Plot::paintColourBar(painter,
+                         {width() - Plot::marginRight + 5, inner.top(), barWidth, inner.height()});
     const QRect line(4, 0, width() - 8, marginTop);
     painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter, "MHz");
     painter.drawText(
@@ -115,7 +111,7 @@ void BandPicture::paintEvent(QPaintEvent * /*event*/)
         QString("%1 to %2 sigma").arg(double(low), 0, 'f', 2).arg(double(high), 0, 'f', 2));
 }
 
-void BandPicture::mouseMoveEvent(QMouseEvent *event)
+void BandView::mouseMoveEvent(QMouseEvent *event)
 {
     Plot::handOn(*event, *plot, 1); // the cursors' keys need the place of the pointer
     const QRect inner = area();
@@ -138,7 +134,7 @@ void BandPicture::mouseMoveEvent(QMouseEvent *event)
                        this);
 }
 
-void BandPicture::wheelEvent(QWheelEvent *event)
+void BandView::wheelEvent(QWheelEvent *event)
 {
     Plot::handOn(*event, *plot);
 }

@@ -1,17 +1,20 @@
-#include "forms/days/stackplot.h"
+#include "picture/stackplot.h"
 
 #include "calc/pulsar/pulsarresult.h"
 #include "picture/resultplot.h"
+#include "results/reporttext.h"
 
 #include <algorithm>
 #include <limits>
 
+namespace Plot {
+
 namespace {
 
 // The bins one after the other, each from half a bin before to half a bin behind it.
-std::vector<Plot::Range> leftOutOf(const Days::FourierStack &stack)
+std::vector<Range> leftOutOf(const Days::FourierStack &stack)
 {
-    std::vector<Plot::Range> parts;
+    std::vector<Range> parts;
     for (auto from = stack.leftOut.begin(); from != stack.leftOut.end();) {
         from = std::find(from, stack.leftOut.end(), true);
         const auto to = std::find(from, stack.leftOut.end(), false);
@@ -26,12 +29,12 @@ std::vector<Plot::Range> leftOutOf(const Days::FourierStack &stack)
 QString nameOf(const Days::FourierStack &stack)
 {
     return stack.allDays == 1 ? QString(stack.ffa ? "periodogram" : "spectrum")
-                              : QString("stack of %1 days").arg(stack.days);
+                              : "stack of " + ReportText::counted(stack.days, "day");
 }
 
 PlotData ffaPlot(const Days::FourierStack &stack)
 {
-    PlotData plot = Plot::periodPlot(stack.ffa->periods, {stack.sigma}, {nameOf(stack)});
+    PlotData plot = periodPlot(stack.ffa->periods, {stack.sigma}, {nameOf(stack)});
     plot.colours = {plotColour(0).code};
     plot.yName = "significance of one trial";
     plot.yUnit = "sigma";
@@ -53,9 +56,8 @@ PlotData spectrumPlot(const Days::FourierStack &stack)
     PulsarAxis axis;
     axis.kind = PulsarAxis::Kind::Frequency;
     axis.step = stack.binWidth;
-    PlotData plot =
-        Plot::curvePlot(axis, {std::move(line), std::move(below)},
-                        {nameOf(stack), "not ranked: leftovers of the base line"}, {}, {});
+    PlotData plot = curvePlot(axis, {std::move(line), std::move(below)},
+                              {nameOf(stack), "not ranked: leftovers of the base line"}, {}, {});
     plot.colours = {plotColour(0).code, grey};
     plot.yName = "significance of one bin";
     plot.yUnit = "sigma";
@@ -72,3 +74,5 @@ PlotData stackPlot(const Days::FourierStack &stack, const QStringList &source)
     plot.source = source;
     return plot;
 }
+
+} // namespace Plot
