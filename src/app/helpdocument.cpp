@@ -37,6 +37,8 @@ HelpChapter helpOn(const QString &key)
                         {"FfaForm", {manual(), "the-ffa-form"}},
                         {"NativeGrafik", {manual(), "the-viewer-of-native-data"}},
                         {"FourierForm", {manual(), "spectra-of-many-days"}},
+                        {"NativeMultiForm", {manual(), "days-under-each-other"}},
+                        {"SearchNativeForm", {manual(), "days-under-each-other"}},
                         {"FourierForm folds", {manual(), "folds-of-many-days"}},
                         {"FourierForm sky", {manual(), "maps-and-searches-over-many-days"}},
                         {"ArraysForm", {manual(), "text-files-of-numbers"}},

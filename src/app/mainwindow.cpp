@@ -16,6 +16,8 @@
 #include "forms/calculator/calculatorform.h"
 #include "forms/days/fourierform.h"
 #include "forms/ffa/ffaform.h"
+#include "forms/multi/nativemultiform.h"
+#include "forms/multi/searchnativeform.h"
 #include "forms/native/nativegrafik.h"
 #include "forms/pulsar/pulsarform.h"
 #include "forms/test/testform.h"
@@ -320,6 +322,16 @@ void MainWindow::openDirSumFourier()
     openDays(0, 0, 0);
 }
 
+void MainWindow::openDirSumChannelsSimple()
+{
+    openDirectory<SearchNativeForm>("Pulsar directory", QString("native"));
+}
+
+void MainWindow::openDirSumChannels()
+{
+    openDirectory<NativeMultiForm>("Pulsar directory");
+}
+
 void MainWindow::openDirSumFourierMap()
 {
     openDays(0, 1, 0);
@@ -386,16 +398,6 @@ void MainWindow::openDirProfilesPeriods()
 void MainWindow::openDirProfilesDispersions()
 {
     sayNotBuilt("Average profiles - dispersions");
-}
-
-void MainWindow::openDirSumChannelsSimple()
-{
-    sayNotBuilt("Sum channels - simple");
-}
-
-void MainWindow::openDirSumChannels()
-{
-    sayNotBuilt("Sum channels");
 }
 
 void MainWindow::sayNotBuilt(const QString &command)

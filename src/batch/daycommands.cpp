@@ -1,3 +1,4 @@
+#include "batch/comparework.h"
 #include "batch/dayoptions.h"
 #include "batch/dayswork.h"
 #include "batch/fieldoptions.h"
@@ -5,7 +6,7 @@
 #include <memory>
 #include <tuple>
 
-// survey and stack: analyses over the days of folders.
+// survey, stack and days: analyses over the days of folders.
 
 namespace Batch {
 
@@ -113,12 +114,51 @@ void addStack(CLI::App &app, Chosen &chosen)
     });
 }
 
+struct CompareArguments : DayArguments {
+    FieldOptions<Compare::CompareParameters> options;
+    std::string daysOff;
+};
+
+CompareRequest requestOf(const CompareArguments &arguments)
+{
+    CompareRequest request;
+    request.parameters = arguments.options.parameters;
+    request.folders = foldersOf(arguments);
+    request.kept = textOf(arguments.kept);
+    request.daysOff = textOf(arguments.daysOff).split(',', Qt::SkipEmptyParts);
+    request.output = outputOptionsOf(arguments);
+    return request;
+}
+
+void addCompare(CLI::App &app, Chosen &chosen)
+{
+    const Compare::CompareAnalysis &analysis = Compare::compareAnalysis();
+    CLI::App *const command =
+        app.add_subcommand(analysis.command.toStdString(), analysis.manual.toStdString());
+    command->footer(analysis.examples.toStdString());
+    const auto arguments = std::make_shared<CompareArguments>();
+    for (const Compare::CompareField *field : analysis.fields)
+        arguments->options.add(*command, *field);
+    addKeptOption(*command, *arguments, "series");
+    addDaysOffOption(*command, arguments->daysOff);
+    addRunOptions(*command, *arguments, dayFoldersHelp, "DIR");
+    addOutputOptions(*command, *arguments);
+    command->callback([&chosen, arguments] {
+        arguments->options.takeOver();
+        chosen.paints = !arguments->picture.empty();
+        chosen.run = [arguments] {
+            return compareDays(requestOf(*arguments), runOptionsOf(*arguments));
+        };
+    });
+}
+
 } // namespace
 
 void addDayCommands(CLI::App &app, Chosen &chosen)
 {
     addSurvey(app, chosen, Days::fourierDaysAnalyses().front());
     addStack(app, chosen);
+    addCompare(app, chosen);
 }
 
 } // namespace Batch

@@ -65,6 +65,20 @@ QStringList remarksOn(const RecordingSet &set, const Days::DayList &list)
     return summaryOf(recordings, "recording") + summaryOf(days, "day");
 }
 
+QString stateOf(const RecordingSet &set)
+{
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    for (const RecordingEntry &entry : set.entries) {
+        const QFileInfo file(entry.path);
+        hash.addData(entry.path.toUtf8() + '\n' + QByteArray::number(file.size()) + ' ' +
+                     QByteArray::number(file.lastModified().toMSecsSinceEpoch()) + '\n');
+    }
+    constexpr int digits = 24;
+    return QString("%1 recordings, %2")
+        .arg(set.entries.size())
+        .arg(QString::fromLatin1(hash.result().toHex().left(digits)));
+}
+
 Failure readFolders(const QStringList &folders, RecordingSet &set)
 {
     for (const QString &folder : folders) {

@@ -37,6 +37,10 @@ struct FoundDays {
 /// @param isQuiet  the remarks are printed only where it fails
 FoundDays findDays(const DaysRequest &request, bool isQuiet);
 
+/// Number, sizes and times of change of all recordings, in few digits: the same files give the same
+/// result.
+QString stateOf(const RecordingSet &set);
+
 /// Reads the headers of the recordings of folders.
 Failure readFolders(const QStringList &folders, RecordingSet &set);
 

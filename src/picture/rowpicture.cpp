@@ -27,6 +27,11 @@ QRect areaOf(const QSize &size)
             std::max(2, size.height() - top - bottom)};
 }
 
+const ColourMap &mapOf(const RowPicture &picture)
+{
+    return picture.isGrey ? greyMap() : colourMap();
+}
+
 QImage imageOf(const RowPicture &picture)
 {
     QImage image(picture.columns, picture.rows, QImage::Format_RGB32);
@@ -34,7 +39,7 @@ QImage imageOf(const RowPicture &picture)
         const float *const values = picture.values.data() + qint64(row) * picture.columns;
         auto *const pixels = reinterpret_cast<QRgb *>(image.scanLine(row));
         for (int i = 0; i < picture.columns; ++i)
-            pixels[i] = colourOfValue(values[i], picture.low, picture.high);
+            pixels[i] = colourOfValue(values[i], picture.low, picture.high, mapOf(picture));
     }
     return image;
 }
@@ -68,7 +73,7 @@ void drawAxis(QPainter &painter, const RowPicture &picture, const QRect &area)
 void drawScale(QPainter &painter, const RowPicture &picture, const QRect &area)
 {
     const QRect bar(area.right() + 8, area.top(), barWidth, area.height());
-    paintColourBar(painter, bar);
+    paintColourBar(painter, bar, mapOf(picture));
     const QRect beside(bar.right() + 4, bar.top(), right, bar.height());
     painter.drawText(beside, Qt::AlignTop, QString::number(double(picture.high)));
     painter.drawText(beside, Qt::AlignBottom, QString::number(double(picture.low)));

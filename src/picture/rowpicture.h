@@ -26,8 +26,9 @@ struct RowPicture {
     QString xName;                          ///< with its unit
     std::function<QString(double x)> xText; ///< what stands at a place of X; none: the number
     QString scaleName;
-    float low = 0; ///< value of the darkest colour
+    float low = 0; ///< value of the first colour
     float high = 1;
+    bool isGrey = false; ///< from white to black in place of colours
     QString title;
     QString key; ///< kept in the file, for programs
 };

@@ -87,6 +87,10 @@ void TestDays::initTestCase()
     writeFile(path("strip/text.pnt"), "this is no recording\n");
     writeFile(path("wrong/text.pnt"), "this is no recording\n");
     writeFile(path("one/0.pnt"), dayBytes(0));
+    QDir().mkpath(path("apart"));
+    for (const char *const date : {"01.04.2015", "01.05.2015"})
+        writeFile(path(QString("apart/%1.pnt").arg(date)),
+                  dayBytes(0).replace("01.04.2015", date));
 }
 
 void TestDays::failures_data()
@@ -125,6 +129,13 @@ void TestDays::failures_data()
     QTest::newRow("few trials") << "stack --ffa --period-min 0.6 --period-max 0.62 --module 1 "
                                    "--ray 2 --count 1024 one"
                                 << 64 << "--period-max: These periods are";
+    QTest::newRow("days of no ray") << "days --count 1024 strip" << 64 << "--module: Give";
+    QTest::newRow("days from no date") << "days --module 1 --ray 2 --first-date soon one" << 64
+                                       << "--first-date: The date";
+    QTest::newRow("one day") << "days --module 1 --ray 2 --count 1024 one" << 65
+                             << "at least 4 days that count; there are 1";
+    QTest::newRow("days that share no sidereal time")
+        << "days --module 1 --ray 2 --count 1024 apart" << 65 << "Choose a sidereal time";
     QTest::newRow("part") << "survey --module 1 --ray 2 --part 3/2 one" << 64 << "2/12";
 }
 

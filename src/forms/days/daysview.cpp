@@ -2,6 +2,7 @@
 
 #include "base/timetext.h"
 #include "picture/colourbar.h"
+#include "picture/compareplot.h"
 #include "picture/percentiles.h"
 #include "picture/plotgeometry.h"
 #include "picture/plotmarks.h"
@@ -15,6 +16,7 @@
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 namespace {
 
@@ -94,17 +96,30 @@ void DaysView::renewImage()
         powers.push_back(row.powers);
     const std::vector<float> values =
         Plot::rowMaxima(powers, {shown.first, shown.first + shown.points}, size.width(), lines);
-    highest = highestShown(values, words.leastHighest);
+    findScale(values);
     image = QImage(size.width(), lines, QImage::Format_RGB32);
     for (int line = 0; line < lines; ++line) {
         const bool isOn = rows[std::size_t(qint64(line) * qint64(rows.size()) / lines)].isOn;
         const float *const from = values.data() + qint64(line) * size.width();
         auto *const pixels = reinterpret_cast<QRgb *>(image.scanLine(line));
         for (int i = 0; i < size.width(); ++i) {
-            const QRgb colour = Plot::colourOfValue(from[i], 0, highest);
+            const QRgb colour = Plot::colourOfValue(from[i], lowest, highest, colours());
             pixels[i] = isOn ? colour : paleOf(colour);
         }
     }
+}
+
+const Plot::ColourMap &DaysView::colours() const
+{
+    return words.isGrey ? Plot::greyMap() : Plot::colourMap();
+}
+
+void DaysView::findScale(const std::vector<float> &values)
+{
+    if (words.isGrey)
+        std::tie(lowest, highest) = Plot::greyRange(values);
+    else
+        highest = highestShown(values, words.leastHighest);
 }
 
 void DaysView::resizeEvent(QResizeEvent * /*event*/)
@@ -155,7 +170,7 @@ void DaysView::paintRows(QPainter &painter) const
     for (int row = 0; row < int(rows.size()); ++row) {
         if (rows[std::size_t(row)].day != markedDay)
             continue;
-        painter.setPen(QPen(markColour, 1));
+        painter.setPen(QPen(words.isGrey ? harmonicsColour : markColour, 1));
         painter.drawRect(QRectF(inner.left(), inner.top() + row * rowHeight, inner.width() - 1,
                                 std::max(2.0, rowHeight)));
     }
@@ -226,9 +241,11 @@ void DaysView::paintScale(QPainter &painter) const
 {
     const QRect inner = area();
     const QRect bar(width() - Plot::marginRight + 5, inner.top(), barWidth, inner.height());
-    Plot::paintColourBar(painter, bar);
+    Plot::paintColourBar(painter, bar, colours());
     painter.setPen(Qt::black);
-    const QString scale = words.scale.arg(double(highest));
+    const QString scale =
+        words.isGrey ? words.scale.arg(double(lowest), 0, 'f', 1).arg(double(highest), 0, 'f', 1)
+                     : words.scale.arg(double(highest));
     const QString title = words.picture.arg(
         rows.empty() ? QString("the days") : ReportText::counted(qint64(rows.size()), "day"));
     const QRect line(4, 0, width() - 8, marginTop);

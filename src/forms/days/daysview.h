@@ -2,6 +2,7 @@
 
 #include "analyses/days/fourierstack.h"
 #include "forms/days/stacktexts.h"
+#include "picture/colourmap.h"
 #include "picture/plotgeometry.h"
 #include "picture/rowmaxima.h"
 
@@ -59,6 +60,8 @@ private:
     QRect area() const;
     void renew();
     void renewImage();
+    void findScale(const std::vector<float> &values);
+    const Plot::ColourMap &colours() const;
     std::optional<int> rowAt(const QPoint &pixel) const;
     void paintRows(QPainter &painter) const;
     Plot::View view() const;
@@ -73,7 +76,8 @@ private:
     std::shared_ptr<const void> owner;
     QImage image; // of what is in sight, a pixel each
     bool imageIsStale = true;
-    float highest = 8; // power of the lightest colour; the darkest is that of 0
+    float lowest = 0;  // value of the first colour
+    float highest = 8; // of the last one
     int markedDay = -1;
     QPoint pressPoint;
 };

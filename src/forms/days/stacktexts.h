@@ -5,7 +5,7 @@
 
 #include <QString>
 
-/// What the form of days says of spectra, or of periodograms of fast folding.
+/// What a form of days says of spectra, of periodograms of fast folding or of sums.
 struct StackTexts {
     bool isFfa;
     QString group;        ///< title of the fields
@@ -19,6 +19,7 @@ struct StackTexts {
     QString saveProducts; ///< the button
     QString saveTables;   ///< title of the dialog
     QString sees;         ///< which pulsars such a stack sees, and the other does not
+    bool isGrey = false;  ///< greys in place of colours; `scale` has a %2: lowest and highest value
 };
 
 const StackTexts &stackTexts(bool isFfa);
