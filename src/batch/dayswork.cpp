@@ -112,20 +112,6 @@ Failure readInterference(const QString &choice, std::vector<Days::Interference> 
     return list.problem.isEmpty() ? Failure() : Failure{ExitCode::BadData, list.problem};
 }
 
-QString stateOf(const RecordingSet &set)
-{
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    for (const RecordingEntry &entry : set.entries) {
-        const QFileInfo file(entry.path);
-        hash.addData(entry.path.toUtf8() + '\n' + QByteArray::number(file.size()) + ' ' +
-                     QByteArray::number(file.lastModified().toMSecsSinceEpoch()) + '\n');
-    }
-    constexpr int digits = 24;
-    return QString("%1 recordings, %2")
-        .arg(set.entries.size())
-        .arg(QString::fromLatin1(hash.result().toHex().left(digits)));
-}
-
 void keepDates(const DaysRequest &request, Days::DayList &list)
 {
     const QDate first = QDate::fromString(request.firstDate, Qt::ISODate);

@@ -54,9 +54,6 @@ void keepDates(const DaysRequest &request, Days::DayList &list);
 Failure decideDays(const DaysRequest &request, const Days::DayList &list,
                    std::vector<std::optional<bool>> &decided);
 
-/// Size and time of all recordings in few digits: the same files give the same results.
-QString stateOf(const RecordingSet &set);
-
 /// The interference that is left out.
 ///
 /// @param choice  file of the list; "none"; empty: the user's own list

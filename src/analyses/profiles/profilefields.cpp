@@ -30,7 +30,8 @@ constexpr char manual[] =
 constexpr char examples[] =
     "Examples: a known pulsar; days whose begins are whole seconds, by template; a .par file:\n"
     "  zrt-batch profile --source B0329+54 --bins 32 --plot png -o results .\n"
-    "  zrt-batch profile --module 1 --ray 7 --point 1000 --period 0.7145 --dm 26.7 --align "
+    "  zrt-batch profile --module 1 --ray 7 --point 1000 --period 0.7145 --dm 26.7 --bins 32 "
+    "--align "
     "template .\n"
     "  zrt-batch profile --par J0332+5434.par --begin-error 0.001 -o results .";
 

@@ -27,7 +27,6 @@ const StackTexts &compareTexts()
                                                  "cursor, sigma",
                                      .saveProducts = {},
                                      .saveTables = "Save tables: mean day, differences and days",
-                                     .curve = "mean",
                                      .sees = {},
                                      .isGrey = true};
     return texts;
