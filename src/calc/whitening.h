@@ -5,6 +5,12 @@
 
 namespace Tools {
 
+/// Whether the values of a spectrum are independent.
+enum class Padding {
+    None,
+    Doubled, ///< the series was padded with as many zeros: neighbouring values go together
+};
+
 /// Powers of a spectrum as multiples of the noise around them.
 ///
 /// The power of a line is P = ln 2 (S / median)^2 with the median of the amplitudes in a window
@@ -14,14 +20,16 @@ namespace Tools {
 ///
 ///     P = sum of ln(1 + r / j), j from m to 2 m, m = (window - 1) / 2,
 ///
-/// which tends to r ln 2 for wide windows. So P of white noise has mean 1 and exceeds x with the
-/// probability exp(-x), exactly for r > 1 where the values are independent and within 4 % down to
-/// 1e-4 in the spectrum of a series padded to double its length. Beyond P = 30, where no noise is,
-/// P grows in proportion to the power.
+/// which tends to r ln 2 for wide windows. Below the median, where S itself is one of those that
+/// hold the median up, the sum begins at m + 1; the median itself gets the mean of both. So P of
+/// white noise exceeds x with the probability exp(-x), exactly where the values are independent: it
+/// has mean 1 and variance 1. In the spectrum of a padded series a high value raises its own median
+/// by way of its neighbours, and the median scatters more; what that changes was simulated and is
+/// taken off. Beyond P = 30, where no noise is, P grows in proportion to the power.
 class Whitening {
 public:
     /// @param window  values that give a median, odd, at least 3; 129 to 513 fit most spectra
-    explicit Whitening(int window);
+    explicit Whitening(int window, Padding padding = Padding::None);
 
     int window() const { return width; }
 
@@ -36,15 +44,9 @@ public:
 private:
     int width;
     double lastSlope = 0;
-    std::vector<double> table; // P at multiples of a small step of the ratio
+    // P at multiples of a small step of the ratio, up to the median and from there on
+    std::vector<double> below;
+    std::vector<double> above;
 };
-
-/// The sum of `shape` powers of noise that half of all such sums exceed. A single power is the
-/// median of its own window more often than any other value, and is then ln(2 + 1 / m): the law of
-/// an exponential tail would be 0.6 % low with a window of 257. Sums of more do not feel that.
-///
-/// @param shape   whole number of powers, or what a weighted sum counts as
-/// @param window  of their Whitening
-double medianWhitenedPower(double shape, int window);
 
 } // namespace Tools

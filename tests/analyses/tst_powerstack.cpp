@@ -21,7 +21,7 @@ std::vector<std::vector<float>> simulatedDays(int days, unsigned seed, double bi
     std::mt19937_64 random(seed);
     std::normal_distribution<double> law;
     std::uniform_real_distribution<double> phases(0, 2 * M_PI);
-    const Tools::Whitening whitening(257);
+    const Tools::Whitening whitening(257, Tools::Padding::Doubled);
     std::vector<std::vector<float>> all;
     for (int day = 0; day < days; ++day) {
         // A sine of amplitude a has the power a^2 N / 4 in units of white noise of deviation 1.

@@ -322,7 +322,7 @@ void TestSkyRun::damagedStacks_data()
     QTest::newRow("cut short") << QByteArray() << QByteArray() << 1000 << "cut short";
     QTest::newRow("cut within the header") << QByteArray() << QByteArray() << -1 << "header";
     QTest::newRow("another version")
-        << QByteArray("form 2") << QByteArray("form 9") << 0 << "another version";
+        << QByteArray("form 3") << QByteArray("form 9") << 0 << "another version";
     QTest::newRow("another shape")
         << QByteArray("shape: 3 ") << QByteArray("shape: 4 ") << 0 << "another request";
     QTest::newRow("a day of other files")

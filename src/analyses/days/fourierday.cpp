@@ -72,7 +72,7 @@ const Tools::Whitening &whiteningOf(int window)
     static std::mutex mutex;
     static std::map<int, Tools::Whitening> known;
     const std::lock_guard lock(mutex);
-    return known.try_emplace(window, window).first->second;
+    return known.try_emplace(window, window, Tools::Padding::Doubled).first->second;
 }
 
 } // namespace

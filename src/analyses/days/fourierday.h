@@ -108,7 +108,7 @@ struct DayRule {
 std::vector<DayVerdict> proposeDays(const std::vector<FourierDay> &days, const DayRule &rule = {});
 
 /// The form of the files that keep spectra; what another form has written is made anew.
-inline constexpr int spectraForm = 2;
+inline constexpr int spectraForm = 3;
 
 /// Name of such a file: the date of the first day, module and ray, a hash of all parameters, the
 /// number of days and the averaging.

@@ -3,7 +3,6 @@
 #include "analyses/days/daystacker.h"
 #include "analyses/days/sigmatable.h"
 #include "calc/significance.h"
-#include "calc/whitening.h"
 #include "coords/barycentre.h"
 
 #include <algorithm>
@@ -109,7 +108,7 @@ private:
     void levelDays()
     {
         const std::vector<double> weights = weightsOfChosen();
-        const double expected = weights.empty() ? Tools::medianWhitenedPower(shape, choice.window)
+        const double expected = weights.empty() ? Tools::medianPower(shape)
                                                 : Tools::medianWeightedPower(weights, 1);
         const int window = std::min(levelWindows * choice.window, bins - lowestBin) - 1;
         days.level = levelOfStack(sums, expected, window | 1, lowestBin);

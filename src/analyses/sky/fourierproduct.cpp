@@ -2,7 +2,6 @@
 #include "analyses/days/stackevidence.h"
 #include "analyses/sky/linemeasure.h"
 #include "calc/significance.h"
-#include "calc/whitening.h"
 
 #include <algorithm>
 #include <cmath>
@@ -151,8 +150,7 @@ FineStack fineStack(const std::vector<double> &sums, double shape, const SkyPlan
         atBins[bin] = sums[bin * std::size_t(each)];
     const int window = std::min(levelWindows * plan.parameters.window, bins - Days::lowestBin) - 1;
     stack.level =
-        Days::levelOfStack(atBins, Tools::medianWhitenedPower(shape, plan.parameters.window),
-                           window | 1, Days::lowestBin);
+        Days::levelOfStack(atBins, Tools::medianPower(shape), window | 1, Days::lowestBin);
     stack.search.shape = shape;
     stack.search.lowestBin = Days::lowestBin;
     stack.search.harmonics = plan.parameters.harmonics;

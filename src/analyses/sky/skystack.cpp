@@ -169,7 +169,7 @@ bool SkyStack::merge(const SkyStack &other)
 
 namespace {
 
-constexpr char formLine[] = "stack: sums over days of cells of the sky, form 2\n";
+constexpr char formLine[] = "stack: sums over days of cells of the sky, form 3\n";
 constexpr int longestLine = 1 << 20;
 
 QByteArray shapeText(const StackShape &shape)
