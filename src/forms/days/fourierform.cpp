@@ -17,6 +17,7 @@
 #include "forms/fieldvalues.h"
 #include "forms/keeplines.h"
 #include "forms/sky/skypage.h"
+#include "forms/sky/skypages.h"
 #include "results/reporttext.h"
 #include "ui_fourierform.h"
 
@@ -78,7 +79,7 @@ void FourierForm::showSky(const SurveyFlags &flags)
 {
     const Sky::SkyAnalysis *const shown = Sky::findSkyAnalysis(flags);
     Q_ASSERT(shown);
-    sky = SkyPage::make(*shown, directory, worker, this);
+    sky = makeSkyPage(*shown, directory, worker, this);
     auto *const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(sky->inputs());

@@ -4,8 +4,6 @@
 #include "app/shell/errorbox.h"
 #include "app/shell/statusline.h"
 #include "forms/days/stacktexts.h"
-#include "forms/sky/mappage.h"
-#include "forms/sky/searchpage.h"
 #include "results/reporttext.h"
 
 #include <utility>
@@ -18,14 +16,6 @@ QString countedDays(const Sky::SkyPlan &plan)
 }
 
 } // namespace
-
-SkyPage *SkyPage::make(const Sky::SkyAnalysis &analysis, const QString &directory,
-                       Jobs::Worker &jobs, QWidget *form)
-{
-    if (analysis.flags.map)
-        return new MapPage(analysis, directory, jobs, form);
-    return new SearchPage(analysis, directory, jobs, form);
-}
 
 SkyPage::SkyPage(const Sky::SkyAnalysis &skyAnalysis, const QString &path, Jobs::Worker &jobs,
                  QWidget *form)

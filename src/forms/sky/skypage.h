@@ -15,11 +15,6 @@ class SkyPage : public QObject {
     Q_OBJECT
 
 public:
-    /// The page of a map or of a search; the form owns it.
-    ///
-    /// @param jobs  of the form: all that reads recordings, stopped by Esc
-    static SkyPage *make(const Sky::SkyAnalysis &analysis, const QString &directory,
-                         Jobs::Worker &jobs, QWidget *form);
     ~SkyPage() override;
 
     SkyInputs *inputs() const { return fields; }
