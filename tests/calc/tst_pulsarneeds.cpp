@@ -16,9 +16,14 @@ constexpr int channels = 34;
 ObservationData recording()
 {
     static const Series values = noise(channels * npoints, 3, 5);
-    return makeRecording({npoints, 2, channels, 2}, [](int p, int m, int c, int r) {
-        return m == 1 && r == 0 ? float(100 + values[std::size_t(c * npoints + p)]) : 0;
-    });
+    ObservationData data = makeRecording({1, 2, channels, 2}, [](int, int, int, int) { return 0; });
+    data.npoints = npoints;
+    const auto block = SampleBlock::allocate(2, channels, 2, npoints);
+    for (int c = 0; c < channels; ++c)
+        std::transform(values.begin() + c * npoints, values.begin() + (c + 1) * npoints,
+                       block->ray(1, c, 0), [](double value) { return float(100 + value); });
+    data.samples = Samples(block);
+    return data;
 }
 
 // The samples of the noise, to be written in a recording that was made here.
