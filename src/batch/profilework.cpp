@@ -112,8 +112,8 @@ private:
         if (control.isStopped())
             return stopped();
         if (!outcome.stack.profile.empty())
-            outcome.arrivals =
-                Profiles::arrivalsOf(outcome.products, outcome.stack, outcome.choice.beginError);
+            outcome.arrivals = Profiles::arrivalsOf(outcome.products, outcome.stack, outcome.choice,
+                                                    found.plan.folding.dispersion);
         for (const QString &remark : outcome.stack.remarks)
             control.remark(remark);
         return files.write(outcome);

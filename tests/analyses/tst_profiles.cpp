@@ -315,19 +315,22 @@ void TestProfiles::arrivalTimes()
     std::vector<ProfileDay> days;
     for (int day = 0; day < 6; ++day)
         days.push_back(quickDay(random, 30, 0.25));
-    const ProfileStack stack = stackDays(days, {});
-    const std::vector<Arrival> arrivals = arrivalsOf(days, stack, 0.001);
+    StackChoice choice;
+    choice.beginError = 0.001;
+    const ProfileStack stack = stackDays(days, choice);
+    const std::vector<Arrival> arrivals = arrivalsOf(days, stack, choice, dispersion);
     QCOMPARE(arrivals.size(), std::size_t(6));
-    // Pulses at (n + 0.25) x 0.5 s of a stretch of 51.17 s from 12h on: nearest to its middle is
-    // 25.625 s.
+    // Pulses at (n + 0.25) x 0.5 s in the band of 111 MHz, of a stretch of 51.17 s from 12h on, and
+    // 0.18705 s later where the delay is half of that between 109 and 111 MHz: 25.81205 s is
+    // nearest to its middle.
     QCOMPARE(arrivals[2].utcDay, qint64(57113));
     const double seconds = (arrivals[2].utcPart - 0.5) * 86400;
-    QVERIFY2(std::abs(seconds - 25.625) < 4 * arrivals[2].error, QByteArray::number(seconds));
+    QVERIFY2(std::abs(seconds - 25.81205) < 4 * arrivals[2].error, QByteArray::number(seconds));
     QVERIFY(arrivals[2].error > 0.001 && arrivals[2].error < 0.01);
     const QList<QByteArray> lines =
         timBytes(arrivals, {"a", "b", "c", "d", "e", "f"}, "ZRT").split('\n');
     QCOMPARE(lines[0], QByteArray("FORMAT 1"));
-    QVERIFY2(lines[3].startsWith("c 111.0000 57113.50029") && lines[3].endsWith(" ZRT"), lines[3]);
+    QVERIFY2(lines[3].startsWith("c 109.9864 57113.50029") && lines[3].endsWith(" ZRT"), lines[3]);
 }
 
 void TestProfiles::parametersAreChecked_data()

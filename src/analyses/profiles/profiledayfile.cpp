@@ -20,7 +20,7 @@ Days::ProductKind kindOf(const ProfileDay &day, const Folding &folding, int poin
 {
     Days::ProductKind kind;
     kind.title = "profile: folded sub-integrations of bands 1 to " +
-                 QByteArray::number(Pulsar::sumBands) + ", form 1";
+                 QByteArray::number(Pulsar::sumBands) + ", form 2";
     kind.extension = "profile";
     kind.values = day.parts() * Pulsar::sumBands * day.bins + Pulsar::sumBands + numbersBehind;
     kind.lines = "stretch: " + QByteArray::number(points) + "\nnoise: " + folding.noise.toUtf8() +
