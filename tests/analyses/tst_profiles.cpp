@@ -219,6 +219,8 @@ void TestProfiles::pulseComesBack()
         request.mapSteps = 1;
         const ProfileScan scan = scanDays(products, choice, stack, request);
         QVERIFY(scan.periods.isInside && scan.dispersions.isInside);
+        const std::vector<double> &extremes = scan.periods.extremes;
+        QVERIFY(std::find(extremes.begin(), extremes.end(), scan.periods.best) != extremes.end());
         periods += std::abs(scan.periods.best - source.period) < 2 * scan.periods.error;
         dispersions +=
             std::abs(scan.dispersions.best - source.dispersion) < 2 * scan.dispersions.error;

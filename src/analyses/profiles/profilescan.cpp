@@ -61,11 +61,17 @@ public:
     const ProfileDay &example() const { return *days.front().product; }
 
     // Sums the bands of all days at a dispersion.
-    void takeDispersion(double more)
+    //
+    // @return false when stopped
+    bool takeDispersion(double more, const Jobs::Control &control)
     {
         parts.clear();
-        for (const ScannedDay &day : days)
+        for (const ScannedDay &day : days) {
+            if (control.isStopped())
+                return false;
             parts.push_back(partHarmonics(*day.product, choice.moreDispersion + more));
+        }
+        return true;
     }
 
     double snrAt(double moreFrequency)
@@ -148,6 +154,13 @@ std::pair<int, int> topOf(const std::vector<double> &snr)
     return {begin, end};
 }
 
+// Between the values of a scan.
+double valueAt(const std::vector<double> &values, double place)
+{
+    const auto node = std::min(values.size() - 2, std::size_t(place));
+    return values[node] + (place - double(node)) * (values[node + 1] - values[node]);
+}
+
 // Fits the cubic to the top of a curve and takes its maximum.
 void findBest(ScanCurve &curve)
 {
@@ -167,21 +180,17 @@ void findBest(ScanCurve &curve)
     curve.cubic.assign(curve.snr.size(), notANumber);
     std::copy(fitted.begin(), fitted.end(), curve.cubic.begin() + begin);
     const Approximation::Extrema &extrema = cubic.extrema();
-    const auto isWithin = [&](double position) {
-        return position > 0 && position < double(top.size() - 1);
-    };
-    double position = notANumber;
-    if (isWithin(extrema.firstPosition))
-        position = extrema.firstPosition;
-    if (isWithin(extrema.secondPosition) &&
-        !(std::isfinite(position) && extrema.firstValue > extrema.secondValue))
-        position = extrema.secondPosition;
-    if (!std::isfinite(position))
-        return;
-    const double place = begin + position;
-    const auto node = std::min(curve.values.size() - 2, std::size_t(place));
-    curve.best =
-        curve.values[node] + (place - double(node)) * (curve.values[node + 1] - curve.values[node]);
+    double highestOfCubic = -std::numeric_limits<double>::infinity();
+    for (const auto &[position, value] : {std::pair(extrema.firstPosition, extrema.firstValue),
+                                          std::pair(extrema.secondPosition, extrema.secondValue)}) {
+        if (!(position > 0 && position < double(top.size() - 1)))
+            continue;
+        curve.extremes.push_back(valueAt(curve.values, begin + position));
+        if (value >= highestOfCubic) {
+            curve.best = curve.extremes.back();
+            highestOfCubic = value;
+        }
+    }
 }
 
 // Root of the mean square of how far the sub-integrations lie from the middle, s.
@@ -255,7 +264,8 @@ private:
     {
         const Steps steps =
             stepsOf(scanner.example(), scanner.pulseWidth(), request.widths, request.steps);
-        scanner.takeDispersion(0);
+        if (!scanner.takeDispersion(0, control))
+            return;
         for (int i = request.steps; i >= -request.steps && !control.isStopped(); --i) {
             scan.periods.values.push_back(periodAt(i * steps.frequency));
             scan.periods.snr.push_back(scanner.snrAt(i * steps.frequency));
@@ -278,7 +288,8 @@ private:
         const Steps steps =
             stepsOf(scanner.example(), scanner.pulseWidth(), request.widths, request.steps);
         for (int i = -request.steps; i <= request.steps && !control.isStopped(); ++i) {
-            scanner.takeDispersion(i * steps.dispersion);
+            if (!scanner.takeDispersion(i * steps.dispersion, control))
+                return;
             scan.dispersions.values.push_back(dispersionAt(i * steps.dispersion));
             scan.dispersions.snr.push_back(scanner.snrAt(0));
             control.progress(20 + 40 * (i + request.steps) / (2 * request.steps));
@@ -286,7 +297,8 @@ private:
         if (control.isStopped())
             return;
         findBest(scan.dispersions);
-        scanner.takeDispersion(scan.dispersions.best - dispersionAt(0));
+        if (!scanner.takeDispersion(scan.dispersions.best - dispersionAt(0), control))
+            return;
         const double spread = spreadOfDelays(scanner.example()) * scanner.example().phase.frequency;
         scan.dispersions.error = spread > 0 ? scanner.phaseError(0) / spread : 0;
         scan.dispersions.isInside = scan.dispersions.isInside && spread > 0;
@@ -300,7 +312,8 @@ private:
             scan.mapPeriods.push_back(periodAt(column * steps.frequency));
         for (int row = -half; row <= half && !control.isStopped(); ++row) {
             scan.mapDispersions.push_back(dispersionAt(row * steps.dispersion));
-            scanner.takeDispersion(row * steps.dispersion);
+            if (!scanner.takeDispersion(row * steps.dispersion, control))
+                return;
             for (int column = half; column >= -half; --column)
                 scan.both.push_back(float(scanner.snrAt(column * steps.frequency)));
             control.progress(60 + 40 * (row + half) / std::max(1, 2 * half));

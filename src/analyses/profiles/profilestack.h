@@ -50,7 +50,8 @@ struct StackedDay {
                            ///< was not measured
     double shiftError = 0; ///< turns, without the begin error
     double weight = 0;     ///< share of the average
-    std::vector<float> profile; ///< as it was added up, in units of its noise
+    /// As it was added up; of a day that is out, as it was folded. In units of its noise.
+    std::vector<float> profile;
 };
 
 struct ProfileStack {
