@@ -71,7 +71,7 @@ QString Arrival::utcText() const
 }
 
 std::vector<Arrival> arrivalsOf(const std::vector<ProfileDay> &products, const ProfileStack &stack,
-                                const StackChoice &choice, double dispersion)
+                                const StackChoice &choice)
 {
     std::vector<Arrival> arrivals;
     for (std::size_t i = 0; i < products.size(); ++i) {
@@ -81,7 +81,7 @@ std::vector<Arrival> arrivalsOf(const std::vector<ProfileDay> &products, const P
         const ProfileDay &product = products[i];
         const DayPulse pulse = pulseOf(day, stack.pulse);
         const double frequency = product.phase.frequency + choice.moreFrequency;
-        const double delay = meanDelay(product, dispersion + choice.moreDispersion);
+        const double delay = meanDelay(product, product.dispersion + choice.moreDispersion);
         const double seconds = nearestToMiddle(product, pulse.phase, frequency, delay);
         Arrival arrival;
         arrival.day = int(i);

@@ -26,10 +26,9 @@ struct Arrival {
 /// average of the others; the pulse of the average has its middle at the arrival. Errors are those
 /// of days against each other: what the average's own middle may be off by is the same on all.
 ///
-/// @param stack       of the products by that choice, whose begin error is in the errors
-/// @param dispersion  pc/cm^3, of the fold
+/// @param stack  of the products by that choice, whose begin error is in the errors
 std::vector<Arrival> arrivalsOf(const std::vector<ProfileDay> &products, const ProfileStack &stack,
-                                const StackChoice &choice, double dispersion);
+                                const StackChoice &choice);
 
 /// A .tim file: "FORMAT 1", then name, MHz, MJD, error in microseconds, site.
 QByteArray timBytes(const std::vector<Arrival> &arrivals, const QStringList &names,

@@ -204,6 +204,7 @@ ProfileDay foldDay(const ObservationData &data, int first, int points, const Fol
     ProfileDay day;
     day.seconds = points * data.tresolution;
     day.phase = phase;
+    day.dispersion = folding.dispersion;
     day.bins = folding.bins;
     day.frequencies.assign(data.fbands.begin(), data.fbands.begin() + Pulsar::sumBands);
     const Tools::BandDelays delays = Pulsar::bandDelays(data, folding.dispersion);

@@ -28,6 +28,7 @@ struct ProfileDay {
     double seconds = 0;
     Tools::SkyPosition direction;
     DayPhase phase;
+    double dispersion = 0; ///< pc/cm^3, of the fold
     int bins = 0;
     std::vector<double> frequencies; ///< MHz, of the bands; the last one is the reference
     std::vector<bool> used;          ///< bands with noise; others count nowhere

@@ -62,6 +62,7 @@ ProfileDay placed(const Days::DayPlan &plan, const Days::Day &day, const Folding
     ProfileDay made;
     made.begin = day.begin;
     made.utc = day.begin.addMSecs(qint64(std::llround(-1000 * plan.choice.start.clockOffset)));
+    made.dispersion = folding.dispersion;
     made.bins = folding.bins;
     made.seconds = plan.choice.points * plan.list.tresolution;
     made.direction = Days::directionOf(plan, day.begin);

@@ -10,7 +10,6 @@ namespace Profiles {
 
 namespace {
 
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr double topShare = 0.9; // of the highest S/N, through which the cubic goes
 constexpr double leastSnr = 5;   // of a maximum that is told with an error
 
@@ -43,10 +42,10 @@ struct Trial {
 class Scanner {
 public:
     Scanner(const std::vector<ProfileDay> &products, const ProfileStack &stack,
-            const StackChoice &stackChoice)
+            const StackChoice &stackChoice, const Jobs::Control &control)
         : choice(stackChoice), isCoherent(stack.inAverage > 0)
     {
-        for (std::size_t i = 0; i < products.size(); ++i) {
+        for (std::size_t i = 0; i < products.size() && !control.isStopped(); ++i) {
             const StackedDay &day = stack.days[i];
             if (isCoherent ? day.use == DayUse::Out : !day.counts)
                 continue;
@@ -125,31 +124,26 @@ std::pair<int, int> topOf(const std::vector<double> &snr)
 
 // Fits the cubic to the top of a curve.
 //
-// @return index of its maximum, with a fraction; not a number where it has none
-double fitCubic(ScanCurve &curve)
+// @return indices of its extremes within that, with a fraction
+std::vector<double> fitCubic(ScanCurve &curve)
 {
     const auto [begin, end] = topOf(curve.snr);
     constexpr int fewest = 5;
     if (end - begin < fewest)
-        return notANumber;
+        return {};
     const std::vector<double> top(curve.snr.begin() + begin, curve.snr.begin() + end);
     std::vector<double> fitted(top.size());
     Approximation cubic(top.data(), fitted.data(), int(top.size()));
     if (!cubic.polynomial(3, true))
-        return notANumber;
-    curve.cubic.assign(curve.snr.size(), notANumber);
+        return {};
+    curve.cubic.assign(curve.snr.size(), std::numeric_limits<double>::quiet_NaN());
     std::copy(fitted.begin(), fitted.end(), curve.cubic.begin() + begin);
-    const Approximation::Extrema &extrema = cubic.extrema();
-    const auto isWithin = [&](double position) {
-        return position > 0 && position < double(top.size() - 1);
-    };
-    double position = notANumber;
-    if (isWithin(extrema.firstPosition))
-        position = extrema.firstPosition;
-    if (isWithin(extrema.secondPosition) &&
-        !(std::isfinite(position) && extrema.firstValue > extrema.secondValue))
-        position = extrema.secondPosition;
-    return begin + position;
+    std::vector<double> extremes;
+    for (const double position : {cubic.extrema().firstPosition, cubic.extrema().secondPosition}) {
+        if (position > 0 && position < double(top.size() - 1))
+            extremes.push_back(begin + position);
+    }
+    return extremes;
 }
 
 // Steps of a scan: a drift between both ends of the stretch, or of the bands, for each. Trials of
@@ -189,7 +183,7 @@ public:
             const ProfileStack &dayStack, const ScanRequest &scanRequest,
             const Jobs::Control &asked)
         : choice(stackChoice), stack(dayStack), request(scanRequest), control(asked),
-          scanner(products, dayStack, stackChoice)
+          scanner(products, dayStack, stackChoice, asked)
     {}
 
     ProfileScan run()
@@ -240,7 +234,8 @@ private:
             return;
         for (const double place : places)
             curve.values.push_back(valueAt(place));
-        curve.cubicBest = valueAt(places.front() + fitCubic(curve));
+        for (const double place : fitCubic(curve))
+            curve.extremes.push_back(valueAt(places.front() + place));
         Tools::LikelyValue found = Tools::likelyValue(places, curve.snr);
         const bool isSeen = scan.isCoherent
                                 ? *std::max_element(curve.snr.begin(), curve.snr.end()) >= leastSnr

@@ -99,6 +99,8 @@ void Stacker::measureDays()
         own.noise = product.noise;
         const std::vector<double> profile = Tools::profileOf(own.harmonics);
         day.snr = Tools::profileSnr(profile, own.noise, choice.harmonics);
+        for (const double bin : profile)
+            day.profile.push_back(float(bin / own.noise.sigma));
         const double sigma = product.noise.sigma * product.unit; // units of the recording
         const double factor = choice.normalises ? 1 / product.noise.sigma : product.unit;
         for (std::complex<double> &harmonic : own.harmonics)

@@ -52,7 +52,8 @@ struct StackedDay {
     double shiftError = 0; ///< turns, without the begin error; that of the others is in it
     double phaseError = 0; ///< turns, the same without that of the others: of the day alone
     double weight = 0;     ///< share of the average
-    std::vector<float> profile; ///< as it was added up, in units of its noise
+    /// As it was added up; of a day that is out, as it was folded. In units of its noise.
+    std::vector<float> profile;
 };
 
 struct ProfileStack {
