@@ -102,7 +102,7 @@ Failure ProfileFiles::addPictures(const Profiles::ProfileOutcome &outcome,
         plot.source = QStringList{input(), what};
         pictures.emplace_back(what, pictureOf(plot, output, key));
     };
-    addCurves("average", Plot::averagePlot(outcome.stack));
+    addCurves("average", Plot::averagePlot(outcome));
     addCurves("growth", Plot::growthPlot(outcome.stack));
     addCurves("snr", Plot::daysSnrPlot(outcome));
     addCurves("periods", Plot::scanPlot(outcome.scan, Plot::Scanned::Periods));

@@ -2,7 +2,6 @@
 
 #include "analyses/profiles/profilerun.h"
 #include "batch/profilefiles.h"
-#include "calc/pulsar/bandsum.h"
 #include "jobs/items.h"
 
 #include <algorithm>
@@ -68,26 +67,12 @@ public:
         made.command = "profile";
         made.outputs = [this](const QString &) { return files.paths(); };
         made.isDone = [this](const QString &) { return files.areDone(); };
-        made.memory = [this](const QString &) { return memory(); };
+        made.memory = [this](const QString &) { return Profiles::bytesOf(found.plan, options.jobs); };
         made.run = [this](const QString &, const Control &control) { return run(control); };
         return made;
     }
 
 private:
-    qint64 memory() const
-    {
-        constexpr int mostParts = 8;
-        const Days::DayChoice &choice = found.plan.days.choice;
-        const qint64 bins = found.plan.folding.bins;
-        const qint64 ofDay =
-            mostParts * bins * qint64(Pulsar::sumBands * sizeof(float) + sizeof(double));
-        const qint64 points = qint64(choice.points) + choice.pointsAfter + choice.pointsBefore;
-        const qint64 bands = qint64(found.plan.days.header.fbands.size()) + 1;
-        const int side = options.jobs > 0 ? options.jobs : Jobs::threadCount();
-        return qint64(found.plan.days.list.days.size()) * ofDay +
-               2 * side * points * bands * qint64(sizeof(double));
-    }
-
     Failure run(const Control &control) const
     {
         Profiles::StackChoice choice;

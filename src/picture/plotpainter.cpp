@@ -322,7 +322,14 @@ void paintLabels(QPainter &painter, const PlotData &data, const View &view, cons
     painter.setPen(QColor("black"));
     if (data.messageMode) {
         painter.setFont(QFont("Arial", 11));
-        paintLabel(painter, {QPoint(30, 60), data.message});
+        constexpr QPoint place(30, 60);
+        const int room = view.width - 2 * place.x();
+        if (painter.fontMetrics().horizontalAdvance(data.message) <= room)
+            paintLabel(painter, {place, data.message});
+        else
+            painter.drawText(QRect(place.x(), place.y() - painter.fontMetrics().ascent(), room,
+                                   view.height - place.y()),
+                             Qt::TextWordWrap, data.message);
         return;
     }
     painter.setFont(labelFont(view));

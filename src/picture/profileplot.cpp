@@ -52,11 +52,16 @@ void addCurve(PlotData &plot, const QString &name, const QString &colour, std::v
 
 } // namespace
 
-PlotData averagePlot(const ProfileStack &stack)
+PlotData averagePlot(const ProfileOutcome &outcome)
 {
-    if (stack.profile.empty())
-        return message(stack.problem);
+    const ProfileStack &stack = outcome.stack;
     PlotData plot;
+    if (stack.profile.empty()) {
+        plot = message((QStringList(stack.problem) + stack.remarks).join(' '));
+        for (const StackedDay &day : stack.days) // their picture has the same axis
+            plot.numPoints = day.profile.empty() ? plot.numPoints : int(day.profile.size());
+        return plot;
+    }
     const double error = std::sqrt(stack.noise.binVariance());
     if (!stack.firstHalf.empty()) {
         addCurve(plot, "first half of the time", plotColour(1).code, floatsOf(stack.firstHalf));
@@ -70,6 +75,7 @@ PlotData averagePlot(const ProfileStack &stack)
     plot.textX1 = [bins](int i) { return QString::number((i + 0.5) / bins, 'f', 3); };
     plot.rowNames << "phase";
     plot.yName = "average profile";
+    plot.yUnit = outcome.choice.normalises ? "noise of a day" : "";
     setRange(plot);
     return plot;
 }
@@ -251,6 +257,14 @@ RowPicture dayProfilesPicture(const ProfileOutcome &outcome, const QSize &size)
     return picture;
 }
 
+Range scanEdges(const std::vector<double> &values)
+{
+    if (values.size() < 2)
+        return {0, 1};
+    const double half = (values.back() - values.front()) / double(values.size() - 1) / 2;
+    return {values.front() - half, values.back() + half};
+}
+
 RowPicture scanPicture(const ProfileScan &scan, const QSize &size)
 {
     const std::size_t columns = scan.mapPeriods.size();
@@ -262,15 +276,13 @@ RowPicture scanPicture(const ProfileScan &scan, const QSize &size)
     }
     findScale(picture);
     picture.rowsName = "DM, pc/cm^3";
-    if (columns > 0) {
-        picture.firstX = scan.mapPeriods.front();
-        picture.lastX = scan.mapPeriods.back();
-    }
+    const Range edges = scanEdges(scan.mapPeriods);
+    picture.firstX = edges.min;
+    picture.lastX = edges.max;
     picture.xName = "period, s";
     picture.xText = [](double x) { return QString::number(x, 'g', 7); };
     picture.scaleName = "S/N";
-    picture.title = scan.isCoherent ? "S/N of the average over period and dispersion"
-                                    : "Root of the sum of squared S/N of the days";
+    picture.title = scan.isCoherent ? "S/N over period and DM" : "Sum of the days' S/N";
     return picture;
 }
 

@@ -12,7 +12,7 @@
 namespace Plot {
 
 /// The average profile over phase between the lines of its error, and the halves of the time.
-PlotData averagePlot(const Profiles::ProfileStack &stack);
+PlotData averagePlot(const Profiles::ProfileOutcome &outcome);
 
 /// S/N of each day over the days that have a profile, by time.
 PlotData daysSnrPlot(const Profiles::ProfileOutcome &outcome);
@@ -33,6 +33,10 @@ PlotData scanPlot(const Profiles::ProfileScan &scan, Scanned what);
 /// Days over phase, each in units of its noise, the first on top: those in the average, or all that
 /// have a profile where there is no average.
 RowPicture dayProfilesPicture(const Profiles::ProfileOutcome &outcome, const QSize &size);
+
+/// From the left edge of the first cell to the right edge of the last one, where values that were
+/// tried stand in the middles of equal cells.
+Range scanEdges(const std::vector<double> &values);
 
 /// S/N over period and dispersion, the highest dispersion on top.
 RowPicture scanPicture(const Profiles::ProfileScan &scan, const QSize &size);

@@ -15,7 +15,6 @@ namespace Profiles {
 
 namespace {
 
-constexpr int mostParts = 8;
 constexpr double periodsOfPart = 4;
 constexpr int mostNoiseParts = 64;
 
@@ -24,6 +23,13 @@ constexpr int mostNoiseParts = 64;
 int partsOf(double periods)
 {
     return std::clamp(int(periods / periodsOfPart), 1, mostParts);
+}
+
+const ProfileDay *firstWhole(const std::vector<ProfileDay> &days)
+{
+    const auto first =
+        std::find_if(days.begin(), days.end(), [](const ProfileDay &day) { return day.isWhole(); });
+    return first == days.end() ? nullptr : &*first;
 }
 
 int ProfileDay::usedBands() const

@@ -48,6 +48,11 @@ struct ProfileDay {
     int usedBands() const;
 };
 
+/// The first day that has a profile; null where there is none.
+const ProfileDay *firstWhole(const std::vector<ProfileDay> &days);
+
+inline constexpr int mostParts = 8; ///< sub-integrations of a stretch
+
 /// Sub-integrations of a stretch: 8, or fewer where each of them would have less than four periods,
 /// for then its bins differ in noise.
 int partsOf(double periods);

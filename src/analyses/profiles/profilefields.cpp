@@ -144,6 +144,11 @@ const std::vector<ProfileField> &profileFields()
         std::vector<ProfileField> fields = placeFields();
         for (const std::vector<ProfileField> &more : {foldFields(), stackFields()})
             fields.insert(fields.end(), more.begin(), more.end());
+        // Left empty in a form, these have their presets.
+        const QStringList optional = {"dispersion", "period", "frequency",   "derivative", "epoch",
+                                      "beginError", "sefd",   "temperature", "gain"};
+        for (ProfileField &one : fields)
+            one.isOptional = optional.contains(one.name);
         return fields;
     }();
     return all;

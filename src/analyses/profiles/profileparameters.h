@@ -54,7 +54,8 @@ struct ProfilePlan {
     Ephemeris ephemeris;
     Folding folding;
     QStringList remarks;
-    std::vector<FieldProblem> problems; ///< for which nothing of the above can be used
+    /// For which nothing can be folded; the days are told nevertheless where their place is.
+    std::vector<FieldProblem> problems;
 };
 ProfilePlan planProfiles(const RecordingSet &set, const ProfileParameters &parameters);
 

@@ -1,8 +1,7 @@
 #include "analyses/profiles/profilerun.h"
 
+#include "calc/pulsar/bandsum.h"
 #include "jobs/items.h"
-
-#include <algorithm>
 
 namespace Profiles {
 
@@ -26,6 +25,44 @@ std::vector<ProfileDay> foldDays(const RecordingSet &set, const ProfilePlan &pla
     return days;
 }
 
+qint64 bytesOf(const ProfilePlan &plan, int threads)
+{
+    const Days::DayChoice &choice = plan.days.choice;
+    const qint64 ofDay =
+        mostParts * plan.folding.bins * qint64(Pulsar::sumBands * sizeof(float) + sizeof(double));
+    const qint64 points = qint64(choice.points) + choice.pointsAfter + choice.pointsBefore;
+    const qint64 bands = qint64(plan.days.header.fbands.size()) + 1;
+    const int side = threads > 0 ? threads : Jobs::threadCount();
+    return qint64(plan.days.list.days.size()) * ofDay +
+           2 * side * points * bands * qint64(sizeof(double));
+}
+
+ProfileParameters withAverageOf(ProfileParameters folded, const ProfileParameters &asked)
+{
+    folded.align = asked.align;
+    folded.normalise = asked.normalise;
+    folded.weight = asked.weight;
+    folded.leastSnr = asked.leastSnr;
+    folded.harmonics = asked.harmonics;
+    folded.beginError = asked.beginError;
+    folded.sefd = asked.sefd;
+    folded.temperature = asked.temperature;
+    folded.gain = asked.gain;
+    folded.site = asked.site;
+    return folded;
+}
+
+StackChoice movedTo(double period, double dispersion, const std::vector<ProfileDay> &days,
+                    const ProfilePlan &plan, StackChoice choice)
+{
+    if (const ProfileDay *const first = firstWhole(days)) {
+        const double folded = barycentricPeriod(plan.ephemeris, *first);
+        choice.moreFrequency = first->phase.frequency * (folded / period - 1);
+        choice.moreDispersion = dispersion - plan.folding.dispersion;
+    }
+    return choice;
+}
+
 ProfileOutcome averageDays(const ProfileDays &days, const StackChoice &choice,
                            const Jobs::Control &control)
 {
@@ -41,15 +78,13 @@ ProfileOutcome averageDays(const ProfileDays &days, const StackChoice &choice,
 ProfileScan scanOf(const ProfileOutcome &outcome, const ProfilePlan &plan,
                    const Jobs::Control &control)
 {
-    const std::vector<ProfileDay> &days = outcome.days();
-    const auto first =
-        std::find_if(days.begin(), days.end(), [](const ProfileDay &day) { return day.isWhole(); });
-    if (first == days.end())
+    const ProfileDay *const first = firstWhole(outcome.days());
+    if (!first)
         return {};
     ScanRequest request;
     request.period = barycentricPeriod(plan.ephemeris, *first);
     request.dispersion = plan.folding.dispersion;
-    return scanDays(days, outcome.choice, outcome.stack, request, control);
+    return scanDays(outcome.days(), outcome.choice, outcome.stack, request, control);
 }
 
 } // namespace Profiles

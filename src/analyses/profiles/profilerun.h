@@ -14,6 +14,17 @@ std::vector<ProfileDay> foldDays(const RecordingSet &set, const ProfilePlan &pla
                                  const QString &kept, int threads,
                                  const Jobs::Control &control = {});
 
+/// Bytes that this takes at most.
+qint64 bytesOf(const ProfilePlan &plan, int threads);
+
+/// The parameters that days were folded by, with those of another request that need no folding.
+ProfileParameters withAverageOf(ProfileParameters folded, const ProfileParameters &asked);
+
+/// A choice that moves folded days to a period at the barycentre, s, and a dispersion, pc/cm^3,
+/// near by. The phases in the middles of the days stay.
+StackChoice movedTo(double period, double dispersion, const std::vector<ProfileDay> &days,
+                    const ProfilePlan &plan, StackChoice choice);
+
 /// The average and the arrival times of days, still without a scan. When stopped, the stack has no
 /// days.
 ProfileOutcome averageDays(const ProfileDays &days, const StackChoice &choice,

@@ -67,6 +67,8 @@ void addScan(const ProfileScan &scan, std::vector<HeaderLine> &lines)
                    : QString("not told: no maximum above S/N 5 inside the scan, or fewer "
                              "than 8 periods");
     };
+    if (scan.periods.values.empty())
+        return;
     lines.push_back({"scan_is", scan.isCoherent ? "S/N of the average"
                                                 : "root of the sum of squared S/N of the days"});
     lines.push_back({"best_period", text(scan.periods, "s")});
@@ -78,17 +80,13 @@ void addFlux(const ProfileOutcome &outcome, const ProfilePlan &plan, std::vector
 {
     const double sefd = sefdOf(plan.parameters);
     const Tools::BoxcarPeak &boxcar = outcome.stack.snr.boxcar;
-    if (!(sefd > 0) || boxcar.width == 0 || outcome.stack.profile.empty())
+    const ProfileDay *const first = firstWhole(outcome.days());
+    if (!(sefd > 0) || boxcar.width == 0 || outcome.stack.profile.empty() || !first)
         return;
-    for (const ProfileDay &product : outcome.days()) {
-        if (!product.isWhole())
-            continue;
-        const double width = double(boxcar.width) / product.bins;
-        const double flux = fluxDensity(boxcar.snr, sefd, width, bandwidthOf(product),
-                                        product.seconds * outcome.stack.effectiveDays);
-        lines.push_back({"flux_density", number(1000 * flux) + " mJy, for the middle of the beam"});
-        return;
-    }
+    const double width = double(boxcar.width) / first->bins;
+    const double flux = fluxDensity(boxcar.snr, sefd, width, bandwidthOf(*first),
+                                    first->seconds * outcome.stack.effectiveDays);
+    lines.push_back({"flux_density", number(1000 * flux) + " mJy, for the middle of the beam"});
 }
 
 // Middles of bins.
@@ -116,10 +114,9 @@ std::vector<HeaderLine> parameterLines(const ProfileParameters &parameters)
 std::vector<HeaderLine> outcomeLines(const ProfileOutcome &outcome, const ProfilePlan &plan)
 {
     const ProfileStack &stack = outcome.stack;
-    const auto whole = std::find_if(outcome.days().begin(), outcome.days().end(),
-                                    [](const ProfileDay &product) { return product.isWhole(); });
-    const double period = whole == outcome.days().end() ? 1 / plan.ephemeris.frequency
-                                                        : barycentricPeriod(plan.ephemeris, *whole);
+    const ProfileDay *const first = firstWhole(outcome.days());
+    const double period =
+        first ? barycentricPeriod(plan.ephemeris, *first) : 1 / plan.ephemeris.frequency;
     std::vector<HeaderLine> lines = {
         {"in_average", QString("%1 of %2 days").arg(stack.inAverage).arg(stack.days.size())},
         {"aligned_by_template", QString::number(stack.alignedByTemplate)},
@@ -129,6 +126,12 @@ std::vector<HeaderLine> outcomeLines(const ProfileOutcome &outcome, const Profil
         {"tresolution", numberText(plan.days.list.tresolution) + " s"},
         {"site_of_recordings",
          plan.days.beam.site.isEmpty() ? QString("unknown") : plan.days.beam.site}};
+    if (outcome.choice.moreFrequency != 0 || outcome.choice.moreDispersion != 0) {
+        constexpr int digits = 8;
+        lines.push_back({"moved_frequency", number(outcome.choice.moreFrequency, digits) + " Hz"});
+        lines.push_back(
+            {"moved_dispersion", number(outcome.choice.moreDispersion, digits) + " pc/cm^3"});
+    }
     if (!stack.profile.empty()) {
         addSnr(stack.snr, lines);
         addPulse(stack, period, lines);

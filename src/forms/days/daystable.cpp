@@ -18,7 +18,7 @@ void fitDayColumns(TableView *table)
 {
     const QFontMetrics font = table->fontMetrics();
     constexpr int checkBoxWidth = 40;
-    constexpr int margins = 8;
+    constexpr int margins = 14;
     table->setColumnWidth(DaysModel::Date,
                           font.horizontalAdvance("2015-04-01 12:00:00") + checkBoxWidth);
     table->setColumnWidth(DaysModel::Sigma, 6 * font.averageCharWidth() + margins);

@@ -155,6 +155,12 @@ void DaysView::paintRows(QPainter &painter) const
     const QRect inner = area();
     painter.setPen(Qt::black);
     const double rowHeight = double(inner.height()) / double(std::max<std::size_t>(1, rows.size()));
+    const int room = inner.left() - 4;
+    QFont fitting = painter.font();
+    while (fitting.pixelSize() > leastFont &&
+           QFontMetrics(fitting).horizontalAdvance("00.00.00") > room)
+        fitting.setPixelSize(fitting.pixelSize() - 1);
+    painter.setFont(fitting);
     const int high = painter.fontMetrics().height();
     int last = inner.top() - high;
     for (int row = 0; row < int(rows.size()); ++row) {
@@ -162,8 +168,7 @@ void DaysView::paintRows(QPainter &painter) const
         const int y = std::max(inner.top() + high / 2, middle);
         if (y - last < high)
             continue;
-        painter.drawText(QRect(0, y - high / 2, inner.left() - 4, high),
-                         Qt::AlignRight | Qt::AlignVCenter,
+        painter.drawText(QRect(0, y - high / 2, room, high), Qt::AlignRight | Qt::AlignVCenter,
                          textOfTime(rows[std::size_t(row)].begin, "dd.MM.yy"));
         last = y;
     }
