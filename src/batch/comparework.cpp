@@ -127,8 +127,12 @@ private:
             Compare::compareDays(products, counts, parameters.byChance, control);
         if (!comparison)
             return stopped();
-        if (!comparison->problem.isEmpty())
-            return {ExitCode::BadData, comparison->problem + reasonOf(products)};
+        // The days are told even where they are too few to be compared.
+        if (!comparison->problem.isEmpty()) {
+            if (comparison->days == 0)
+                return {ExitCode::BadData, comparison->problem + reasonOf(products)};
+            control.remark(comparison->problem + reasonOf(products));
+        }
         return write(products, *comparison, counts);
     }
 

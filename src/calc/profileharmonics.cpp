@@ -52,14 +52,21 @@ std::vector<double> profileOf(const Harmonics &harmonics)
 
 void addTurned(const Harmonics &harmonics, double turns, double weight, Harmonics &sum)
 {
-    const std::complex<double> step = std::polar(1.0, -2 * M_PI * turns);
+    // In parts, for products of complex numbers look for infinite ones.
+    const double stepRe = std::cos(2 * M_PI * turns);
+    const double stepIm = -std::sin(2 * M_PI * turns);
     const std::size_t last = harmonics.size() - 1;
-    std::complex<double> factor = weight;
+    double re = weight;
+    double im = 0;
     for (std::size_t k = 0; k < last; ++k) {
-        sum[k] += factor * harmonics[k];
-        factor *= step;
+        const double a = harmonics[k].real();
+        const double b = harmonics[k].imag();
+        sum[k] += std::complex<double>(re * a - im * b, re * b + im * a);
+        const double nextRe = re * stepRe - im * stepIm;
+        im = re * stepIm + im * stepRe;
+        re = nextRe;
     }
-    sum[last] += factor.real() * harmonics[last].real();
+    sum[last] += re * harmonics[last].real();
 }
 
 std::vector<double> turnedProfile(const std::vector<double> &profile, double turns)

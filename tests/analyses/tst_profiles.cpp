@@ -336,7 +336,7 @@ void TestProfiles::arrivalTimes()
     const QList<QByteArray> lines =
         timBytes(arrivals, {"a", "b", "c", "d", "e", "f"}, "ZRT").split('\n');
     QCOMPARE(lines[0], QByteArray("FORMAT 1"));
-    QVERIFY2(lines[3].startsWith("c 109.9864 57113.50029") && lines[3].endsWith(" ZRT"), lines[3]);
+    QVERIFY2(lines[3].startsWith("c 109.986364 57113.50029") && lines[3].endsWith(" ZRT"), lines[3]);
 }
 
 void TestProfiles::parametersAreChecked_data()

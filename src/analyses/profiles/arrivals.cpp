@@ -13,23 +13,6 @@ constexpr qint64 msPerDay = 86400000;
 constexpr qint64 mjdOfUnixEpoch = 40587;
 constexpr double microseconds = 1e6;
 
-// Phase of the pulse of a day and its error, turns.
-struct DayPulse {
-    double phase = 0;
-    double error = 0;
-};
-
-// The middle of the average's pulse lies where the weighted mean of its days has it. A day that
-// was moved to the others by its shift agrees with them; one that stayed differs from the average,
-// of which it is a part, by less than from the others.
-DayPulse pulseOf(const StackedDay &day, const Tools::GaussianPulse &average)
-{
-    if (!std::isfinite(day.shift)) // the only day
-        return {average.phase, average.phaseError};
-    const double share = day.use == DayUse::ByTemplate ? 1 : 1 - day.weight;
-    return {average.phase + share * day.shift, day.phaseError};
-}
-
 // s by which the pulse at the mean delay of the bands is later than in the reference band. There,
 // an error of the dispersion does not move the sum of the bands.
 double meanDelay(const ProfileDay &product, double dispersion)
@@ -76,13 +59,16 @@ std::vector<Arrival> arrivalsOf(const std::vector<ProfileDay> &products, const P
     std::vector<Arrival> arrivals;
     for (std::size_t i = 0; i < products.size(); ++i) {
         const StackedDay &day = stack.days[i];
-        if (day.use == DayUse::Out || day.snr.boxcar.snr < leastAlignedSnr)
+        const bool isAlone = stack.inAverage == 1;
+        if (day.use == DayUse::Out || day.snr.boxcar.snr < leastAlignedSnr ||
+            !(isAlone || std::isfinite(day.offset)))
             continue;
         const ProfileDay &product = products[i];
-        const DayPulse pulse = pulseOf(day, stack.pulse);
+        const double phase = stack.pulse.phase + (isAlone ? 0 : day.offset);
+        const double phaseError = isAlone ? stack.pulse.phaseError : day.offsetError;
         const double frequency = product.phase.frequency + choice.moreFrequency;
         const double delay = meanDelay(product, product.dispersion + choice.moreDispersion);
-        const double seconds = nearestToMiddle(product, pulse.phase, frequency, delay);
+        const double seconds = nearestToMiddle(product, phase, frequency, delay);
         Arrival arrival;
         arrival.day = int(i);
         const qint64 ms = product.utc.toMSecsSinceEpoch();
@@ -94,7 +80,7 @@ std::vector<Arrival> arrivalsOf(const std::vector<ProfileDay> &products, const P
             Tools::ownSite(), product.utc.addMSecs(qint64(std::llround(1000 * seconds))),
             product.direction);
         arrival.barycentric = double(arrival.utcDay) + arrival.utcPart + view.delay / secondsPerDay;
-        arrival.error = std::hypot(pulse.error / frequency, choice.beginError);
+        arrival.error = std::hypot(phaseError / frequency, choice.beginError);
         arrival.frequency = meanFrequency(product);
         arrival.snr = day.snr.boxcar.snr;
         arrivals.push_back(arrival);
@@ -107,7 +93,7 @@ QByteArray timBytes(const std::vector<Arrival> &arrivals, const QStringList &nam
 {
     QByteArray bytes = "FORMAT 1\n";
     for (const Arrival &arrival : arrivals)
-        bytes += names[arrival.day].toUtf8() + " " + QByteArray::number(arrival.frequency, 'f', 4) +
+        bytes += names[arrival.day].toUtf8() + " " + QByteArray::number(arrival.frequency, 'f', 6) +
                  " " + arrival.utcText().toUtf8() + " " +
                  QByteArray::number(arrival.error * microseconds, 'f', 1) + " " + site.toUtf8() +
                  "\n";

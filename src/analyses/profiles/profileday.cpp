@@ -5,9 +5,11 @@
 #include "calc/baseline.h"
 #include "calc/leveljumps.h"
 #include "calc/pulsar/bandsum.h"
+#include "calc/significance.h"
 #include "coords/barycentre.h"
 
 #include <algorithm>
+#include <boost/math/statistics/univariate_statistics.hpp>
 #include <cmath>
 #include <numeric>
 
@@ -95,9 +97,10 @@ Tools::FoldedProfile foldPiece(const std::vector<double> &samples, const Piece &
     return Tools::fold(samples.data() + piece.begin, count, period, bins, first + late);
 }
 
-// Noise of a sample in a sum of bands, from how the profiles of many pieces of the stretch differ:
-// what is slower than a bin and what bands have in common is in it, a steady pulse is not. Bins
-// with pulses that vary hardly count.
+// Noise of a sample in a sum of bands, from how the profiles of neighbouring pieces of the stretch
+// differ: what is slower than a bin and what bands have in common is in it; a steady pulse is not,
+// nor much of one that drifts because the period is a little wrong. Bins with pulses that vary
+// hardly count.
 double sampleNoise(const std::vector<double> &sum, const DayPhase &phase, int bins)
 {
     const int count = int(sum.size());
@@ -105,32 +108,23 @@ double sampleNoise(const std::vector<double> &sum, const DayPhase &phase, int bi
     const int pieces = std::clamp(int(periods / periodsOfPart), 1, mostNoiseParts);
     if (pieces < 2)
         return Tools::sigma(sum.data(), count);
-    std::vector<Tools::FoldedProfile> profiles;
-    for (int i = 0; i < pieces; ++i)
-        profiles.push_back(foldPiece(sum, Piece(count, i, pieces), phase, 0, bins));
-    std::vector<double> variances;
-    for (std::size_t bin = 0; bin < std::size_t(bins); ++bin) {
-        double weights = 0;
-        double mean = 0;
-        for (const Tools::FoldedProfile &profile : profiles) {
-            if (!(profile.variances[bin] > 0))
-                continue;
-            weights += 1 / profile.variances[bin];
-            mean += profile.bins[bin] / profile.variances[bin];
+    std::vector<double> variances(std::size_t(bins), 0.0);
+    Tools::FoldedProfile before;
+    for (int i = 0; i < pieces; ++i) {
+        Tools::FoldedProfile profile = foldPiece(sum, Piece(count, i, pieces), phase, 0, bins);
+        for (std::size_t bin = 0; bin < variances.size() && i > 0; ++bin) {
+            const double variance = before.variances[bin] + profile.variances[bin];
+            if (before.variances[bin] > 0 && profile.variances[bin] > 0)
+                variances[bin] +=
+                    std::pow(profile.bins[bin] - before.bins[bin], 2) / variance / (pieces - 1);
         }
-        double squares = 0;
-        for (const Tools::FoldedProfile &profile : profiles) {
-            if (profile.variances[bin] > 0)
-                squares += std::pow(profile.bins[bin] - mean / weights, 2) / profile.variances[bin];
-        }
-        variances.push_back(squares / (pieces - 1));
+        before = std::move(profile);
     }
-    const auto middle = variances.begin() + std::ptrdiff_t(variances.size() / 2);
-    std::nth_element(variances.begin(), middle, variances.end());
-    const double upper = *middle;
-    const double median = (upper + *std::max_element(variances.begin(), middle)) / 2;
-    // Median of chi squared over its degrees of freedom (Wilson & Hilferty 1931).
-    return std::sqrt(median / std::pow(1 - 2 / (9.0 * (pieces - 1)), 3));
+    // Such a mean of squared differences scatters as chi squared of so many degrees over them (von
+    // Neumann 1941, Ann. Math. Stat. 12, 367).
+    const double powers = std::pow(pieces - 1, 2) / (3.0 * pieces - 4); // half of the degrees
+    return std::sqrt(boost::math::statistics::median(variances) * powers /
+                     Tools::medianPower(powers));
 }
 
 // Puts the bands of a day into its product.
@@ -262,6 +256,7 @@ const float *rowOf(const ProfileDay &day, int part, int band)
 void addRows(const ProfileDay &day, const PhaseChange &change, double weight,
              std::vector<Tools::Harmonics> &rows)
 {
+    const double share = weight / day.usedBands();
     std::vector<double> row;
     for (int part = 0; part < day.parts(); ++part) {
         const double drift = change.moreFrequency * fromMiddle(day, part);
@@ -272,8 +267,7 @@ void addRows(const ProfileDay &day, const PhaseChange &change, double weight,
             row.assign(values, values + day.bins);
             const double late =
                 change.moreDispersion * delayPerDispersion(day, band) * day.phase.frequency;
-            Tools::addTurned(Tools::harmonicsOf(row), change.turns + drift - late,
-                             weight / day.usedBands(),
+            Tools::addTurned(Tools::harmonicsOf(row), change.turns + drift - late, share,
                              rows[std::size_t(part * day.bands() + band)]);
         }
     }
@@ -303,13 +297,14 @@ std::vector<Tools::Harmonics> partHarmonics(const ProfileDay &day, double moreDi
         return partHarmonics(day, rows, 0);
     }
     // Without turning, the bands are added before they are transformed.
+    const double share = 1.0 / day.usedBands();
     std::vector<Tools::Harmonics> parts;
     for (int part = 0; part < day.parts(); ++part) {
         std::vector<double> sum(std::size_t(day.bins));
         for (int band = 0; band < day.bands(); ++band) {
             const float *const values = rowOf(day, part, band);
             for (std::size_t bin = 0; bin < sum.size(); ++bin)
-                sum[bin] += double(values[bin]) / day.usedBands();
+                sum[bin] += share * double(values[bin]);
         }
         parts.push_back(Tools::harmonicsOf(sum));
     }

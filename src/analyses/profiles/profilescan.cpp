@@ -91,12 +91,13 @@ private:
     void addSquares(const std::vector<Trial> &trials, const BandSum &sum,
                     std::vector<double> &squares) const
     {
+        const Tools::TemplateMatcher matcher(sum.noise(), pulse);
         std::vector<Tools::Harmonics> parts;
         for (std::size_t i = 0; i < trials.size(); ++i) {
             if (i == 0 || trials[i].dispersion != trials[i - 1].dispersion)
                 parts = partHarmonics(example(), sum.rows, trials[i].dispersion);
             const Tools::Harmonics mean = dayHarmonics(example(), parts, trials[i].frequency);
-            squares[i] += std::pow(Tools::matchTemplate(mean, sum.noise(), pulse).snr, 2);
+            squares[i] += std::pow(matcher.match(mean).snr, 2);
         }
     }
 
@@ -242,7 +243,7 @@ private:
                                 : stack.incoherentSigma >= leastSnr;
         curve.isInside = isSeen && found.isInside;
         if (curve.isInside) {
-            const std::vector<double> near = Tools::valuesRound(found);
+            const std::vector<double> near = Tools::valuesRound(found.best, 2 * found.error);
             const std::vector<double> snr = snrAt(trialsOf(step, near), done + 20, done + 25);
             if (control.isStopped())
                 return;

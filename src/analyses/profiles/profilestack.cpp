@@ -87,7 +87,7 @@ void Stacker::measureDays()
     for (std::size_t i = 0; i < products.size() && !control.isStopped(); ++i) {
         const ProfileDay &product = products[i];
         StackedDay &day = stack.days[i];
-        day.shift = notANumber;
+        day.shift = day.offset = notANumber;
         control.progress(int(100 * i / products.size()));
         if (!product.isWhole()) {
             day.reason = product.problem;
@@ -195,11 +195,20 @@ void Stacker::align()
 // How much later a day is than others.
 void Stacker::compare(std::size_t day, const Sum &others)
 {
+    const Working &own = working[day];
     const Tools::TemplateMatch found = Tools::matchTemplate(
-        working[day].harmonics, working[day].noise, others.harmonics, std::sqrt(others.variances));
-    stack.days[day].shift = found.phase;
-    stack.days[day].shiftError = found.phaseError;
-    stack.days[day].phaseError = found.ownPhaseError;
+        own.harmonics, own.noise, others.harmonics, std::sqrt(others.variances));
+    StackedDay &told = stack.days[day];
+    if (!(found.snr > 0)) {
+        told.shift = told.offset = notANumber;
+        return;
+    }
+    told.shift = found.phase;
+    told.shiftError = found.phaseError;
+    // In the average it stands at what is left of the shift, beside the others.
+    const double height = own.weight * found.height; // of that of the others
+    told.offset = own.turn + (told.shift - own.turn) / (1 + height);
+    told.offsetError = found.ownPhaseError;
 }
 
 // The strongest day is the first template; then each day is compared with the sum of all others.
@@ -213,7 +222,8 @@ void Stacker::alignByTemplate(const std::vector<std::size_t> &aligned)
         });
     const auto match = [&](std::size_t day, const Sum &others) {
         compare(day, others);
-        working[day].turn = stack.days[day].shift;
+        if (std::isfinite(stack.days[day].shift))
+            working[day].turn = stack.days[day].shift;
     };
     const Sum first = sumOf({strongest});
     for (const std::size_t day : aligned) {
@@ -227,6 +237,13 @@ void Stacker::alignByTemplate(const std::vector<std::size_t> &aligned)
             add(day, -1, others);
             match(day, others);
         }
+    }
+    for (const std::size_t day : aligned) {
+        if (aligned.size() == 1 || std::isfinite(stack.days[day].shift))
+            continue;
+        stack.days[day].use = DayUse::Out;
+        stack.days[day].reason = "its pulse is not like that of the other days";
+        --stack.alignedByTemplate;
     }
 }
 

@@ -55,7 +55,12 @@ void addPulse(const ProfileStack &stack, double period, std::vector<HeaderLine> 
             {"w10", withError(pulse.widthAtTenth() * ms, pulse.widthAtTenthError() * ms, "ms")});
         lines.push_back({"duty_cycle", number(pulse.width)});
     } else {
-        lines.push_back({"w50", "below what the bins tell"});
+        constexpr double greatest = 0.5;
+        lines.push_back(
+            {"w50",
+             pulse.widthLimit < greatest
+                 ? QString("below %1 ms, in 39 of 40 cases").arg(number(pulse.widthLimit * ms, 3))
+                 : QString("not told: the pulse is too broad or too weak")});
     }
 }
 
