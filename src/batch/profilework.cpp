@@ -1,5 +1,6 @@
 #include "batch/profilework.h"
 
+#include "analyses/profiles/profilerun.h"
 #include "batch/profilefiles.h"
 #include "calc/pulsar/bandsum.h"
 #include "jobs/items.h"
@@ -89,31 +90,25 @@ private:
 
     Failure run(const Control &control) const
     {
-        Profiles::ProfileOutcome outcome;
-        if (Failure failure = choose(outcome.choice))
+        Profiles::StackChoice choice;
+        if (Failure failure = choose(choice))
             return failure;
-        if (Failure failure = readDays(control, outcome.products))
-            return failure;
+        Jobs::Control folding = control;
+        folding.progress = [&control](int percent) { control.progress(percent * 7 / 10); };
+        const auto days = std::make_shared<const std::vector<Profiles::ProfileDay>>(
+            Profiles::foldDays(found.set, found.plan, found.kept, options.jobs, folding));
+        if (control.isStopped())
+            return {ExitCode::TryLater, "Stopped; the days that were folded are kept."};
         Jobs::Control quiet = control;
         quiet.progress = [](int) {};
-        outcome.stack = Profiles::stackDays(outcome.products, outcome.choice, quiet);
+        Profiles::ProfileOutcome outcome = Profiles::averageDays(days, choice, quiet);
         if (control.isStopped())
             return stopped();
         if (outcome.stack.incoherentDays == 0)
             return {ExitCode::BadData, noDayLeft(outcome)};
-        const Profiles::ProfileDay &first =
-            *std::find_if(outcome.products.begin(), outcome.products.end(),
-                          [](const Profiles::ProfileDay &day) { return day.isWhole(); });
-        Profiles::ScanRequest scan;
-        scan.period = Profiles::barycentricPeriod(found.plan.ephemeris, first);
-        scan.dispersion = found.plan.folding.dispersion;
-        outcome.scan =
-            Profiles::scanDays(outcome.products, outcome.choice, outcome.stack, scan, quiet);
+        outcome.scan = Profiles::scanOf(outcome, found.plan, quiet);
         if (control.isStopped())
             return stopped();
-        if (!outcome.stack.profile.empty())
-            outcome.arrivals =
-                Profiles::arrivalsOf(outcome.products, outcome.stack, outcome.choice.beginError);
         for (const QString &remark : outcome.stack.remarks)
             control.remark(remark);
         return files.write(outcome);
@@ -127,28 +122,6 @@ private:
         choice = Profiles::choiceOf(found.plan.parameters);
         for (const std::optional<bool> isOn : decided)
             choice.days.push_back(isOn.value_or(true));
-        return {};
-    }
-
-    Failure readDays(const Control &control, std::vector<Profiles::ProfileDay> &products) const
-    {
-        const std::vector<Days::Day> &list = found.plan.days.list.days;
-        products.resize(list.size());
-        Jobs::Control whole = control;
-        whole.progress = [&control](int percent) { control.progress(percent * 7 / 10); };
-        const auto endings = Jobs::runItems(
-            int(list.size()), options.jobs, whole, [&](int item, const Jobs::Control &own) {
-                const auto at = std::size_t(item);
-                products[at] =
-                    Profiles::profileOfDay(found.set, found.plan.days, list[at], found.plan.folding,
-                                           found.plan.ephemeris, found.kept, own);
-            });
-        for (std::size_t i = 0; i < endings.size(); ++i) {
-            if (endings[i].kind == Jobs::Ending::Stopped || control.isStopped())
-                return {ExitCode::TryLater, "Stopped; the days that were folded are kept."};
-            if (endings[i].kind == Jobs::Ending::Failed)
-                products[i].problem = endings[i].problem;
-        }
         return {};
     }
 

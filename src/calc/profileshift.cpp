@@ -13,8 +13,9 @@ using Complex = std::complex<double>;
 class Correlation {
 public:
     Correlation(const Harmonics &profile, const ProfileNoise &noise, const Harmonics &pulse)
-        : bins(2 * (int(profile.size()) - 1))
     {
+        const int bins = 2 * (int(profile.size()) - 1);
+        std::size_t needed = 0;
         for (int k = 1; k < bins / 2; ++k) {
             const double weight = 2 / noise.harmonicVariance(k, bins);
             const auto at = std::size_t(k);
@@ -22,7 +23,10 @@ public:
             const double power = weight * std::norm(pulse[at]);
             norm += power;
             curvature += power * std::pow(2 * M_PI * k, 2);
+            if (power > leastPower * norm)
+                needed = at;
         }
+        terms.resize(needed);
     }
 
     double at(double turn) const { return sums(turn).value; }
@@ -30,7 +34,7 @@ public:
     // The highest, refined by Newton's steps from the best place of a grid.
     double best() const
     {
-        const int places = 2 * bins;
+        const int places = 4 * (int(terms.size()) + 1);
         double turn = 0;
         double highest = at(0);
         for (int i = 1; i < places; ++i) {
@@ -75,7 +79,9 @@ private:
         return all;
     }
 
-    int bins;
+    // Of all so far: harmonics beyond the last one that has so much tell nothing.
+    static constexpr double leastPower = 1e-9;
+
     std::vector<Complex> terms; // of harmonics 1 on
 };
 
@@ -97,7 +103,8 @@ TemplateMatch matchOf(const Correlation &correlation)
     match.snr = match.height * std::sqrt(correlation.norm);
     if (!(match.height > 0))
         return {};
-    match.phaseError = 1 / (match.height * std::sqrt(correlation.curvature));
+    match.ownPhaseError = 1 / (match.height * std::sqrt(correlation.curvature));
+    match.phaseError = match.ownPhaseError;
     return match;
 }
 
@@ -159,75 +166,116 @@ Harmonics gaussianTemplate(double width, int bins, double shared)
 
 namespace {
 
-// Standard deviation of the width where height and width are fitted together: by the powers of the
-// template and of its derivative by the width.
-double widthErrorOf(double width, double height, const ProfileNoise &noise, int bins)
-{
-    const double step = width / 100;
-    const Harmonics low = gaussianTemplate(width - step, bins, noise.shared);
-    const Harmonics here = gaussianTemplate(width, bins, noise.shared);
-    const Harmonics high = gaussianTemplate(width + step, bins, noise.shared);
-    double ofHeight = 0;
-    double ofWidth = 0;
-    double both = 0;
-    for (int k = 1; k < bins / 2; ++k) {
-        const auto at = std::size_t(k);
-        const double weight = 2 / noise.harmonicVariance(k, bins);
-        const Complex slope = (high[at] - low[at]) / (2 * step);
-        ofHeight += weight * std::norm(here[at]);
-        ofWidth += weight * std::norm(slope);
-        both += weight * (std::conj(here[at]) * slope).real();
+// S/N^2 of trial values and the parabola at their top.
+class Likelihood {
+public:
+    Likelihood(const std::vector<double> &trialValues, const std::vector<double> &trialSnr)
+        : values(trialValues), snr(trialSnr),
+          top(int(std::max_element(snr.begin(), snr.end()) - snr.begin())), highest(square(top))
+    {
+        if (top == 0 || top == last())
+            return;
+        const double slope = (square(top + 1) - square(top - 1)) / 2;
+        const double bend = (square(top + 1) + square(top - 1)) / 2 - highest;
+        if (!(bend < 0))
+            return;
+        vertex = -slope / (2 * bend);
+        highest -= slope * slope / (4 * bend);
     }
-    const double information = ofWidth - both * both / ofHeight;
-    return 1 / (height * std::sqrt(information));
-}
+
+    double best() const { return valueAt(top + vertex); }
+
+    // The value so many standard deviations away to one side, +1 or -1; the last one there where
+    // S/N^2 does not fall so far. Between trials, the root of what is missing grows evenly.
+    double away(double deviations, int side) const
+    {
+        double place = top + vertex;
+        double depth = 0;
+        for (int i = side * vertex < 0 ? top : top + side; i >= 0 && i <= last(); i += side) {
+            const double here = std::sqrt(std::max(0.0, highest - square(i)));
+            if (here >= deviations)
+                return valueAt(place + (i - place) * (deviations - depth) / (here - depth));
+            place = i;
+            depth = here;
+        }
+        return valueAt(place);
+    }
+
+private:
+    int last() const { return int(values.size()) - 1; }
+    double square(int i) const { return snr[std::size_t(i)] * snr[std::size_t(i)]; }
+    double valueAt(double place) const
+    {
+        return values.front() + place * (values.back() - values.front()) / last();
+    }
+
+    const std::vector<double> &values;
+    const std::vector<double> &snr;
+    int top;
+    double highest;
+    double vertex = 0; // in steps from the top
+};
 
 } // namespace
 
+LikelyValue likelyValue(const std::vector<double> &values, const std::vector<double> &snr)
+{
+    const Likelihood likelihood(values, snr);
+    LikelyValue found;
+    found.best = likelihood.best();
+    found.low = likelihood.away(1, -1);
+    found.high = likelihood.away(1, 1);
+    found.error = std::abs(found.high - found.low) / 2;
+    found.isInside = found.low != values.front() && found.high != values.back();
+    return found;
+}
+
+std::vector<double> valuesRound(const LikelyValue &coarse)
+{
+    constexpr int half = 8;
+    constexpr double deviations = 2;
+    std::vector<double> values;
+    const double step = (coarse.high - coarse.low) / 2 * deviations / half;
+    for (int i = -half; i <= half; ++i)
+        values.push_back(coarse.best + i * step);
+    return values;
+}
+
 GaussianPulse fitGaussian(const Harmonics &profile, const ProfileNoise &noise)
 {
-    const int bins = 2 * (int(profile.size()) - 1);
-    const double least = 0.25 / bins;
-    const double greatest = 0.5;
     if (!(noise.sigma > 0))
         return {};
+    const int bins = 2 * (int(profile.size()) - 1);
+    const double least = std::log(0.25 / bins);
+    const double greatest = std::log(0.5);
     const auto matchAt = [&](double logWidth) {
         return matchOf(
             Correlation(profile, noise, gaussianTemplate(std::exp(logWidth), bins, noise.shared)));
     };
+    const auto snrAt = [&](const std::vector<double> &logWidths) {
+        std::vector<double> snr;
+        for (const double logWidth : logWidths)
+            snr.push_back(matchAt(logWidth).snr);
+        return snr;
+    };
     constexpr int steps = 24;
-    const double step = std::log(greatest / least) / steps;
-    int best = 0;
-    double snr = -1;
-    for (int i = 0; i <= steps; ++i) {
-        const double here = matchAt(std::log(least) + i * step).snr;
-        if (here > snr) {
-            snr = here;
-            best = i;
-        }
-    }
-    // The golden section keeps the highest between its ends.
-    double low = std::log(least) + std::max(0, best - 1) * step;
-    double high = std::log(least) + std::min(steps, best + 1) * step;
-    const double section = (3 - std::sqrt(5.0)) / 2;
-    constexpr int halvings = 20;
-    for (int i = 0; i < halvings; ++i) {
-        const double a = low + section * (high - low);
-        const double b = high - section * (high - low);
-        if (matchAt(a).snr > matchAt(b).snr)
-            high = b;
-        else
-            low = a;
-    }
+    std::vector<double> coarse;
+    for (int i = 0; i <= steps; ++i)
+        coarse.push_back(least + i * (greatest - least) / steps);
+    const std::vector<double> coarseSnr = snrAt(coarse);
+    const LikelyValue first = likelyValue(coarse, coarseSnr);
+    const std::vector<double> fine = valuesRound(first);
+    const LikelyValue found = likelyValue(fine, snrAt(fine));
     GaussianPulse pulse;
-    pulse.width = std::exp((low + high) / 2);
-    const TemplateMatch match = matchAt(std::log(pulse.width));
+    pulse.width = std::exp(found.best);
+    pulse.widthError = (std::exp(found.high) - std::exp(found.low)) / 2;
+    pulse.widthLimit = std::exp(Likelihood(coarse, coarseSnr).away(2, 1));
+    pulse.isResolved = Likelihood(coarse, coarseSnr).away(2, -1) > least &&
+                       Likelihood(coarse, coarseSnr).away(2, 1) < greatest;
+    const TemplateMatch match = matchAt(found.best);
     pulse.phase = match.phase - std::floor(match.phase);
     pulse.phaseError = match.phaseError;
     pulse.snr = match.snr;
-    pulse.isResolved = pulse.width > least * 1.01 && pulse.width < greatest * 0.99;
-    if (match.height > 0)
-        pulse.widthError = widthErrorOf(pulse.width, match.height, noise, bins);
     return pulse;
 }
 

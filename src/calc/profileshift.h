@@ -11,8 +11,9 @@ namespace Tools {
 struct TemplateMatch {
     double phase = 0;      ///< turns by which the profile is later than the template, -0.5 to 0.5
     double phaseError = 0; ///< turns, one standard deviation
-    double height = 0;     ///< factor of the template
-    double snr = 0;        ///< height over its standard deviation; 0: there is nothing alike
+    double ownPhaseError = 0; ///< turns, by the noise of the profile alone
+    double height = 0;        ///< factor of the template
+    double snr = 0;           ///< height over its standard deviation; 0: there is nothing alike
 };
 
 /// Finds the turn and the height at which a template comes nearest to a profile:
@@ -28,6 +29,23 @@ struct TemplateMatch {
 TemplateMatch matchTemplate(const Harmonics &profile, const ProfileNoise &noise,
                             const Harmonics &pulse, double templateSigma = 0);
 
+/// What trial values tell by their S/N: each is exp(S/N^2 / 2) times as likely as noise alone, so
+/// that S/N^2 is one lower a standard deviation away from the best.
+struct LikelyValue {
+    double best = 0;       ///< vertex of a parabola through the highest S/N^2 and its neighbours
+    double error = 0;      ///< half of the distance between low and high
+    double low = 0;        ///< where S/N^2 is one lower than at the best; the first value where
+    double high = 0;       ///< it is nowhere; the same to the other side
+    bool isInside = false; ///< best, low and high lie between the ends
+};
+
+/// @param values  rising or falling by equal steps, at least three
+/// @param snr     of each, at least 0
+LikelyValue likelyValue(const std::vector<double> &values, const std::vector<double> &snr);
+
+/// Values round the best, close enough for a second and exact likelyValue().
+std::vector<double> valuesRound(const LikelyValue &coarse);
+
 /// A Gaussian pulse as it stands in a profile.
 struct GaussianPulse {
     double phase = 0;        ///< of its middle, 0 to 1
@@ -35,9 +53,10 @@ struct GaussianPulse {
     double width = 0;        ///< full width at half maximum, turns; what the samples and the bins
                              ///< add is taken off
     double widthError = 0;   ///< turns
+    double widthLimit = 0;   ///< turns, above it the width lies in one of 40 cases
     double snr = 0;          ///< of its height
-    bool isResolved = false; ///< its width is above the least that is tried, a quarter of a bin,
-                             ///< and below the greatest, half a turn
+    bool isResolved = false; ///< two standard errors of the width lie above the least that is
+                             ///< tried, a quarter of a bin, and below the greatest, half a turn
 
     double widthAtTenth() const { return width * 1.8226; } ///< root of ln 10 / ln 2
     double widthAtTenthError() const { return widthError * 1.8226; }

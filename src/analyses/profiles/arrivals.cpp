@@ -3,7 +3,6 @@
 #include "coords/barycentre.h"
 
 #include <cmath>
-#include <limits>
 
 namespace Profiles {
 
@@ -14,12 +13,53 @@ constexpr qint64 msPerDay = 86400000;
 constexpr qint64 mjdOfUnixEpoch = 40587;
 constexpr double microseconds = 1e6;
 
-// s from the begin of the stretch to the arrival nearest to its middle.
-double nearestToMiddle(const ProfileDay &product, double phase)
+// Phase of the pulse of a day and its error, turns.
+struct DayPulse {
+    double phase = 0;
+    double error = 0;
+};
+
+// The middle of the average's pulse lies where the weighted mean of its days has it. A day that
+// was moved to the others by its shift agrees with them; one that stayed differs from the average,
+// of which it is a part, by less than from the others.
+DayPulse pulseOf(const StackedDay &day, const Tools::GaussianPulse &average)
 {
-    const double middle = product.phase.at(0.5);
+    if (!std::isfinite(day.shift)) // the only day
+        return {average.phase, average.phaseError};
+    const double share = day.use == DayUse::ByTemplate ? 1 : 1 - day.weight;
+    return {average.phase + share * day.shift, day.phaseError};
+}
+
+// s by which the pulse at the mean delay of the bands is later than in the reference band. There,
+// an error of the dispersion does not move the sum of the bands.
+double meanDelay(const ProfileDay &product, double dispersion)
+{
+    double sum = 0;
+    for (int band = 0; band < product.bands(); ++band) {
+        if (product.used[std::size_t(band)])
+            sum += delayPerDispersion(product, band);
+    }
+    return dispersion * sum / product.usedBands();
+}
+
+// MHz of the same delay.
+double meanFrequency(const ProfileDay &product)
+{
+    double sum = 0;
+    for (int band = 0; band < product.bands(); ++band) {
+        if (product.used[std::size_t(band)])
+            sum += std::pow(product.frequencies[std::size_t(band)], -2);
+    }
+    return 1 / std::sqrt(sum / product.usedBands());
+}
+
+// s from the begin of the stretch to the arrival nearest to its middle, of pulses that come so much
+// later than in the reference band.
+double nearestToMiddle(const ProfileDay &product, double phase, double frequency, double delay)
+{
+    const double middle = product.phase.at(0.5) - delay * frequency; // of what arrives there
     const double turns = phase + std::round(middle - phase);
-    return product.seconds / 2 + (turns - middle) / product.phase.frequency;
+    return product.seconds / 2 + (turns - middle) / frequency;
 }
 
 } // namespace
@@ -31,7 +71,7 @@ QString Arrival::utcText() const
 }
 
 std::vector<Arrival> arrivalsOf(const std::vector<ProfileDay> &products, const ProfileStack &stack,
-                                double beginError)
+                                const StackChoice &choice)
 {
     std::vector<Arrival> arrivals;
     for (std::size_t i = 0; i < products.size(); ++i) {
@@ -39,25 +79,23 @@ std::vector<Arrival> arrivalsOf(const std::vector<ProfileDay> &products, const P
         if (day.use == DayUse::Out || day.snr.boxcar.snr < leastAlignedSnr)
             continue;
         const ProfileDay &product = products[i];
-        double phase = stack.pulse.phase + day.shift;
-        double phaseError = day.shiftError;
-        if (!std::isfinite(day.shift)) { // the only day with a pulse
-            phase = stack.pulse.phase;
-            phaseError = stack.pulse.phaseError;
-        }
+        const DayPulse pulse = pulseOf(day, stack.pulse);
+        const double frequency = product.phase.frequency + choice.moreFrequency;
+        const double delay = meanDelay(product, product.dispersion + choice.moreDispersion);
+        const double seconds = nearestToMiddle(product, pulse.phase, frequency, delay);
         Arrival arrival;
         arrival.day = int(i);
-        const double seconds = nearestToMiddle(product, phase);
         const qint64 ms = product.utc.toMSecsSinceEpoch();
         const qint64 midnight = ms / msPerDay - (ms % msPerDay < 0 ? 1 : 0);
         const double part = (double(ms - midnight * msPerDay) / 1000 + seconds) / secondsPerDay;
         arrival.utcDay = mjdOfUnixEpoch + midnight + qint64(std::floor(part));
         arrival.utcPart = part - std::floor(part);
-        arrival.barycentric = product.phase.isTurned ? double(arrival.utcDay) + arrival.utcPart +
-                                                           product.phase.delay / secondsPerDay
-                                                     : std::numeric_limits<double>::quiet_NaN();
-        arrival.error = std::hypot(phaseError / product.phase.frequency, beginError);
-        arrival.frequency = product.frequencies.back();
+        const Tools::BarycentricView view = Tools::barycentricView(
+            Tools::ownSite(), product.utc.addMSecs(qint64(std::llround(1000 * seconds))),
+            product.direction);
+        arrival.barycentric = double(arrival.utcDay) + arrival.utcPart + view.delay / secondsPerDay;
+        arrival.error = std::hypot(pulse.error / frequency, choice.beginError);
+        arrival.frequency = meanFrequency(product);
         arrival.snr = day.snr.boxcar.snr;
         arrivals.push_back(arrival);
     }

@@ -20,7 +20,7 @@ Days::ProductKind kindOf(const ProfileDay &day, const Folding &folding, int poin
 {
     Days::ProductKind kind;
     kind.title = "profile: folded sub-integrations of bands 1 to " +
-                 QByteArray::number(Pulsar::sumBands) + ", form 1";
+                 QByteArray::number(Pulsar::sumBands) + ", form 2";
     kind.extension = "profile";
     kind.values = day.parts() * Pulsar::sumBands * day.bins + Pulsar::sumBands + numbersBehind;
     kind.lines = "stretch: " + QByteArray::number(points) + "\nnoise: " + folding.noise.toUtf8() +
@@ -62,6 +62,7 @@ ProfileDay placed(const Days::DayPlan &plan, const Days::Day &day, const Folding
     ProfileDay made;
     made.begin = day.begin;
     made.utc = day.begin.addMSecs(qint64(std::llround(-1000 * plan.choice.start.clockOffset)));
+    made.dispersion = folding.dispersion;
     made.bins = folding.bins;
     made.seconds = plan.choice.points * plan.list.tresolution;
     made.direction = Days::directionOf(plan, day.begin);

@@ -99,6 +99,8 @@ void Stacker::measureDays()
         own.noise = product.noise;
         const std::vector<double> profile = Tools::profileOf(own.harmonics);
         day.snr = Tools::profileSnr(profile, own.noise, choice.harmonics);
+        for (const double bin : profile)
+            day.profile.push_back(float(bin / own.noise.sigma));
         const double sigma = product.noise.sigma * product.unit; // units of the recording
         const double factor = choice.normalises ? 1 / product.noise.sigma : product.unit;
         for (std::complex<double> &harmonic : own.harmonics)
@@ -123,8 +125,9 @@ void Stacker::measureDays()
 void Stacker::sumPowers()
 {
     double harmonics = 0;
-    for (const StackedDay &day : stack.days) {
-        if (!day.reason.isEmpty())
+    for (StackedDay &day : stack.days) {
+        day.counts = day.reason.isEmpty();
+        if (!day.counts)
             continue;
         ++stack.incoherentDays;
         stack.incoherent += day.snr.z2;
@@ -158,13 +161,12 @@ void Stacker::align()
 {
     const QString refusal = ephemerisRefusal(products, choice);
     const bool byTemplate = choice.alignment == Alignment::Template;
-    const auto counts = [](const StackedDay &day) { return day.reason.isEmpty(); };
-    const bool isAlone = std::count_if(stack.days.begin(), stack.days.end(), counts) == 1;
+    const bool isAlone = stack.incoherentDays == 1;
     std::vector<std::size_t> aligned;
     int left = 0;
     for (std::size_t i = 0; i < stack.days.size(); ++i) {
         StackedDay &day = stack.days[i];
-        if (!day.reason.isEmpty())
+        if (!day.counts)
             continue;
         if (isAlone) {
             day.use = DayUse::Alone;
@@ -197,6 +199,7 @@ void Stacker::compare(std::size_t day, const Sum &others)
         working[day].harmonics, working[day].noise, others.harmonics, std::sqrt(others.variances));
     stack.days[day].shift = found.phase;
     stack.days[day].shiftError = found.phaseError;
+    stack.days[day].phaseError = found.ownPhaseError;
 }
 
 // The strongest day is the first template; then each day is compared with the sum of all others.
