@@ -158,12 +158,6 @@ void DaysView::paintRows(QPainter &painter) const
     painter.save();
     painter.setFont(Plot::fontForWidth(painter.font(), "00.00.00", room, leastFont));
     const double rowHeight = double(inner.height()) / double(std::max<std::size_t>(1, rows.size()));
-    const int room = inner.left() - 4;
-    QFont fitting = painter.font();
-    while (fitting.pixelSize() > leastFont &&
-           QFontMetrics(fitting).horizontalAdvance("00.00.00") > room)
-        fitting.setPixelSize(fitting.pixelSize() - 1);
-    painter.setFont(fitting);
     const int high = painter.fontMetrics().height();
     int last = inner.top() - high;
     for (int row = 0; row < int(rows.size()); ++row) {
