@@ -203,7 +203,7 @@ PlotData scanPlot(const ProfileScan &scan, Scanned what)
         const auto at = std::size_t(std::clamp(i, 0, int(values.size()) - 1));
         return QString::number(values[at], 'g', digits);
     };
-    plot.rowNames << (isPeriods ? "period, s" : "DM, pc/cm^3");
+    plot.rowNames << (isPeriods ? "period, s" : "DM"); // longer ones run into the first number
     plot.yName = "S/N";
     setRange(plot);
     return plot;
