@@ -206,6 +206,15 @@ QFont fontWithin(const QFont &font, int least, int most)
     return fitting;
 }
 
+QFont fontForWidth(const QFont &font, const QString &text, int width, int least)
+{
+    QFont fitting = font;
+    int pixels = QFontInfo(font).pixelSize();
+    while (pixels > least && QFontMetrics(fitting).horizontalAdvance(text) > width)
+        fitting.setPixelSize(--pixels);
+    return fitting;
+}
+
 // The rows stand 15 pixels apart whatever size the application's font has.
 QFont labelFont()
 {
