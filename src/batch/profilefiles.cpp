@@ -82,12 +82,7 @@ std::vector<HeaderLine> ProfileFiles::requestLines() const
 
 bool ProfileFiles::areDone() const
 {
-    const QByteArray wanted = requestBytes(requestLines(), request.days.output.format);
-    QFile file(tablePath(daysTable));
-    const QStringList all = paths();
-    return std::all_of(all.begin(), all.end(),
-                       [](const QString &path) { return QFileInfo(path).isFile(); }) &&
-           file.open(QIODevice::ReadOnly) && file.read(wanted.size()) == wanted;
+    return areMade(paths(), tablePath(daysTable), requestLines(), request.days.output.format);
 }
 
 Failure ProfileFiles::addPictures(const Profiles::ProfileOutcome &outcome,

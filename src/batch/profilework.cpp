@@ -20,15 +20,6 @@ struct FoundProfiles {
     QStringList remarks;
 };
 
-QString optionOf(const QString &fieldName)
-{
-    for (const Profiles::ProfileField &field : Profiles::profileFields()) {
-        if (field.name == fieldName)
-            return field.option + ": ";
-    }
-    return {};
-}
-
 FoundProfiles lookedFor(const ProfileRequest &request)
 {
     FoundProfiles found;
@@ -37,8 +28,7 @@ FoundProfiles lookedFor(const ProfileRequest &request)
         return found;
     found.plan = Profiles::planProfiles(found.set, request.parameters);
     if (!found.plan.problems.empty()) {
-        const FieldProblem &problem = found.plan.problems.front();
-        found.failure = {ExitCode::Usage, optionOf(problem.field) + problem.text};
+        found.failure = refusalOf(found.plan.problems.front(), Profiles::profileAnalysis());
         return found;
     }
     Days::DayList &list = found.plan.days.list;
@@ -75,8 +65,8 @@ public:
 private:
     Failure run(const Control &control) const
     {
-        Profiles::StackChoice choice;
-        if (Failure failure = choose(choice))
+        Profiles::StackChoice choice = Profiles::choiceOf(found.plan.parameters);
+        if (Failure failure = countDays(request.days.daysOff, found.plan.days.list, choice.days))
             return failure;
         Jobs::Control folding = control;
         folding.progress = [&control](int percent) { control.progress(percent * 7 / 10); };
@@ -97,17 +87,6 @@ private:
         for (const QString &remark : outcome.stack.remarks)
             control.remark(remark);
         return files.write(outcome);
-    }
-
-    Failure choose(Profiles::StackChoice &choice) const
-    {
-        std::vector<std::optional<bool>> decided;
-        if (Failure failure = decideDays(request.days, found.plan.days.list, decided))
-            return failure;
-        choice = Profiles::choiceOf(found.plan.parameters);
-        for (const std::optional<bool> isOn : decided)
-            choice.days.push_back(isOn.value_or(true));
-        return {};
     }
 
     // Which reasons left no day, the first of them.
