@@ -67,6 +67,7 @@ ExitCode runOn(const Work &work, const RunArguments &arguments);
 void addDayCommands(CLI::App &app, Chosen &chosen);
 void addSkyCommands(CLI::App &app, Chosen &chosen);
 void addProfileCommands(CLI::App &app, Chosen &chosen);
+void addPeriodCommands(CLI::App &app, Chosen &chosen);
 void addPulsarCommands(CLI::App &app, Chosen &chosen);
 void addSearchCommands(CLI::App &app, Chosen &chosen);
 void addFileCommands(CLI::App &app, Chosen &chosen);

@@ -53,6 +53,7 @@ int run(int argc, char **argv)
     Batch::addDayCommands(app, chosen);
     Batch::addSkyCommands(app, chosen);
     Batch::addProfileCommands(app, chosen);
+    Batch::addPeriodCommands(app, chosen);
     Batch::addFileCommands(app, chosen);
     Batch::addCoordinateCommands(app, chosen);
 

@@ -2,9 +2,10 @@ zrt_add_test(batch/program unit zrt_batch zrt_reader)
 zrt_add_test(batch/recordings unit zrt_batch zrt_reader)
 zrt_add_test(batch/files unit zrt_batch)
 zrt_add_test(batch/days unit zrt_batch)
+zrt_add_test(batch/period unit zrt_batch)
 zrt_add_test(batch/profile unit zrt_batch)
 zrt_add_test(batch/sky unit zrt_batch)
-foreach(unit program recordings files days profile sky)
+foreach(unit program recordings files days period profile sky)
     add_dependencies(tst_batch_${unit} zrt-batch)
     target_compile_definitions(tst_batch_${unit} PRIVATE
         ZRT_BATCH="$<TARGET_FILE:zrt-batch>"
