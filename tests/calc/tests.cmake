@@ -1,4 +1,5 @@
 zrt_add_test(calc/banddelays unit zrt_calc)
+zrt_add_test(calc/boxcarsearch unit zrt_calc)
 zrt_add_test(calc/channelsum unit zrt_calc)
 zrt_add_test(calc/approximation unit zrt_calc)
 zrt_add_test(calc/fourier unit zrt_calc)

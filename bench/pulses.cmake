@@ -1,0 +1,1 @@
+zrt_add_bench(pulses zrt_calc)
