@@ -26,10 +26,11 @@ inline constexpr int fewestBandsToMask = 8; ///< fewer do not tell a pulse from 
 inline constexpr double maskSigmas = 7;
 
 /// Finds the blocks whose variance, excess kurtosis or correlation of neighbouring samples stands
-/// out by maskSigmas robust sigmas among the channel's other blocks, and as far beyond that of
-/// the neighbouring channels around the same time: what all channels have is no interference of
-/// one. Spectral kurtosis proper would need the true zero and the number of summed spectra, which
-/// recordings lack.
+/// out by maskSigmas robust sigmas among the channel's other blocks, and as far beyond twice that
+/// of the neighbouring channels around the same time: what all channels have is no interference of
+/// one. The strongest 64 of the 1024 points of a block do not count, so that no short pulse is
+/// masked. Spectral kurtosis proper would need the true zero and the number of summed spectra,
+/// which recordings lack.
 ///
 /// @param bands       of `count` finite samples each
 /// @param firstPoint  of the recording

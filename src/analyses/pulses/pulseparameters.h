@@ -6,6 +6,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <optional>
 #include <vector>
 
 /// Search for single pulses: what is asked for, and what a search of a recording will take.
@@ -40,6 +41,12 @@ const PulseAnalysis &pulseAnalysis();
 
 /// Everything that is wrong with parameters, whatever the recording is.
 std::vector<FieldProblem> problemsOf(const PulseParameters &parameters);
+
+inline constexpr std::size_t mostWidths = 64;
+inline constexpr int widestBoxcar = 20000; ///< points
+
+/// A list of numbers from 1 on, ascending, each once; nothing where the text is none.
+std::optional<std::vector<int>> numbersOf(const QString &text);
 
 /// The widths of parameters without problems, ascending, each once.
 std::vector<int> widthsOf(const PulseParameters &parameters);
