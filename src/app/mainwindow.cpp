@@ -21,6 +21,7 @@
 #include "forms/native/nativegrafik.h"
 #include "forms/pulsar/pulsarform.h"
 #include "forms/test/testform.h"
+#include "forms/transient/transientform.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -383,12 +384,12 @@ void MainWindow::readBinToText()
         recent->add(path, ui->actionReadBinToText);
 }
 
-// The commands below are disabled in the menus until their forms exist.
-
 void MainWindow::openFileTransients()
 {
-    sayNotBuilt("Transients");
+    openFile<TransientForm>();
 }
+
+// The commands below are disabled in the menus until their forms exist.
 
 void MainWindow::openDirProfilesPeriods()
 {

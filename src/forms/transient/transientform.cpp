@@ -35,6 +35,7 @@ TransientForm::TransientForm(const QString &filePath, QWidget *parent)
     const Pulses::PulseParameters presets = Pulses::pulseAnalysis().presets;
     for (const Pulses::PulseField *one : Pulses::pulseAnalysis().fields)
         showField(*one, one->valueIn(presets));
+    ui->widths->setCursorPosition(0);
     verdictsFile = Pulses::verdictsPath(path);
     install(makeMiddle(), nullptr);
     connectInputs();
@@ -243,15 +244,10 @@ void TransientForm::showFound(const Found &found)
         return;
     }
     QStringList lines = {counted};
-    int masked = 0;
-    for (const Pulses::RayPulses &ray : found.whole->rays) {
+    for (const Pulses::RayPulses &ray : found.whole->rays)
         lines << ray.remarks;
-        masked += int(ray.mask.blocks.size());
-    }
-    if (masked > 0)
-        lines << QString("%1 blocks of single channels are left out as interference.").arg(masked);
     lines.removeDuplicates();
-    constexpr int mostLines = 4;
+    constexpr int mostLines = 2; // the table needs the room; the tool tip tells all
     told->setText(lines.mid(0, mostLines).join('\n'));
     told->setToolTip(lines.join('\n'));
     table->setFocus();
