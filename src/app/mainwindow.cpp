@@ -19,6 +19,7 @@
 #include "forms/multi/nativemultiform.h"
 #include "forms/multi/searchnativeform.h"
 #include "forms/native/nativegrafik.h"
+#include "forms/profiles/profileform.h"
 #include "forms/pulsar/pulsarform.h"
 #include "forms/test/testform.h"
 #include "forms/transient/transientform.h"
@@ -333,6 +334,18 @@ void MainWindow::openDirSumChannels()
     openDirectory<NativeMultiForm>("Pulsar directory");
 }
 
+// The options of the form before go on through the settings.
+void MainWindow::openDirProfilesPeriods()
+{
+    if (const QString path = askForDirectory("Pulsar directory"); !path.isEmpty())
+        Settings::instance()->setCurrentProfileForm(new ProfileForm(path, "periods", this));
+}
+
+void MainWindow::openDirProfilesDispersions()
+{
+    openDirectory<ProfileForm>("Pulsar directory", QString("dispersions"));
+}
+
 void MainWindow::openDirSumFourierMap()
 {
     openDays(0, 1, 0);
@@ -387,23 +400,6 @@ void MainWindow::readBinToText()
 void MainWindow::openFileTransients()
 {
     openFile<TransientForm>();
-}
-
-// The commands below are disabled in the menus until their forms exist.
-
-void MainWindow::openDirProfilesPeriods()
-{
-    sayNotBuilt("Average profiles - periods");
-}
-
-void MainWindow::openDirProfilesDispersions()
-{
-    sayNotBuilt("Average profiles - dispersions");
-}
-
-void MainWindow::sayNotBuilt(const QString &command)
-{
-    StatusLine::show("\"" + command + "\" is not built yet.");
 }
 
 void MainWindow::showHelp()

@@ -22,15 +22,6 @@ using Compare::CompareProducts;
 using Results::HeaderLine;
 using Results::ResultTable;
 
-QString optionOf(const QString &fieldName)
-{
-    for (const Compare::CompareField *field : Compare::compareAnalysis().fields) {
-        if (field->name == fieldName)
-            return field->option + ": ";
-    }
-    return {};
-}
-
 class CompareWork {
 public:
     CompareWork(const CompareRequest &compareRequest, const RecordingSet &recordings,
@@ -97,12 +88,7 @@ private:
 
     bool areDone() const
     {
-        const QByteArray wanted = Results::requestBytes(requestLines(), request.output.format);
-        QFile file(tablePath("days"));
-        const QStringList all = paths();
-        return std::all_of(all.begin(), all.end(),
-                           [](const QString &path) { return QFileInfo(path).isFile(); }) &&
-               file.open(QIODevice::ReadOnly) && file.read(wanted.size()) == wanted;
+        return areMade(paths(), tablePath("days"), requestLines(), request.output.format);
     }
 
     qint64 memory() const
@@ -118,7 +104,7 @@ private:
     Failure run(const Control &control) const
     {
         std::vector<bool> counts;
-        if (Failure failure = chooseDays(counts))
+        if (Failure failure = countDays(request.daysOff, plan.days.list, counts))
             return failure;
         CompareProducts products = {parameters, plan, kept, {}};
         if (Failure failure = readDays(control, products))
@@ -127,25 +113,13 @@ private:
             Compare::compareDays(products, counts, parameters.byChance, control);
         if (!comparison)
             return stopped();
-        if (!comparison->problem.isEmpty())
-            return {ExitCode::BadData, comparison->problem + reasonOf(products)};
-        return write(products, *comparison, counts);
-    }
-
-    Failure chooseDays(std::vector<bool> &counts) const
-    {
-        QStringList unknown = request.daysOff;
-        for (const Days::Day &day : plan.days.list.days) {
-            const QString name = Days::dayName(day.begin);
-            const QString date = name.section('T', 0, 0);
-            counts.push_back(!request.daysOff.contains(name) && !request.daysOff.contains(date));
-            unknown.removeAll(name);
-            unknown.removeAll(date);
+        // The days are told even where they are too few to be compared.
+        if (!comparison->problem.isEmpty()) {
+            if (comparison->days == 0)
+                return {ExitCode::BadData, comparison->problem + reasonOf(products)};
+            control.remark(comparison->problem + reasonOf(products));
         }
-        if (unknown.isEmpty())
-            return {};
-        return {ExitCode::Usage,
-                "--days-off: there is no day " + unknown.join(", ") + " among those found."};
+        return write(products, *comparison, counts);
     }
 
     Failure readDays(const Control &control, CompareProducts &products) const
@@ -248,10 +222,8 @@ ExitCode compareDays(const CompareRequest &request, const RunOptions &options)
     if (const Failure failure = readFolders(request.folders, set))
         return failed(failure);
     const Compare::ComparePlan plan = Compare::planCompare(set, request.parameters);
-    if (!plan.days.problems.empty()) {
-        const FieldProblem &problem = plan.days.problems.front();
-        return failed({ExitCode::Usage, optionOf(problem.field) + problem.text});
-    }
+    if (!plan.days.problems.empty())
+        return failed(refusalOf(plan.days.problems.front(), Compare::compareAnalysis()));
     const std::vector<Days::Day> &days = plan.days.list.days;
     const bool hasDay = std::any_of(days.begin(), days.end(),
                                     [](const Days::Day &day) { return day.reason.isEmpty(); });

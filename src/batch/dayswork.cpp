@@ -21,18 +21,6 @@ namespace {
 
 constexpr int mostNamed = 3; // recordings or days of one reason
 
-// The option of the field that a refusal concerns.
-QString optionOf(const QString &fieldName)
-{
-    for (const Days::FourierDaysAnalysis &analysis : Days::fourierDaysAnalyses()) {
-        for (const Days::FourierDaysField *field : analysis.fields) {
-            if (field->name == fieldName)
-                return field->option + ": ";
-        }
-    }
-    return {};
-}
-
 // "12 recordings: reason: first, second, third and 9 more."
 QStringList summaryOf(const std::map<QString, QStringList> &byReason, const QString &what)
 {
@@ -123,24 +111,33 @@ void keepDates(const DaysRequest &request, Days::DayList &list)
     list.days.erase(std::remove_if(list.days.begin(), list.days.end(), isOutside), list.days.end());
 }
 
-Failure decideDays(const DaysRequest &request, const Days::DayList &list,
-                   std::vector<std::optional<bool>> &decided)
+Failure countDays(const QStringList &daysOff, const Days::DayList &list, std::vector<bool> &counts)
 {
-    QStringList unknown = request.daysOff;
+    QStringList unknown = daysOff;
     for (const Days::Day &day : list.days) {
         const QString name = Days::dayName(day.begin);
         const QString date = name.section('T', 0, 0);
-        const bool isOff = request.daysOff.contains(name) || request.daysOff.contains(date);
+        counts.push_back(!daysOff.contains(name) && !daysOff.contains(date));
         unknown.removeAll(name);
         unknown.removeAll(date);
-        decided.push_back(isOff             ? std::optional(false)
-                          : request.allDays ? std::optional(true)
-                                            : std::nullopt);
     }
     if (unknown.isEmpty())
         return {};
     return {ExitCode::Usage,
             "--days-off: there is no day " + unknown.join(", ") + " among those found."};
+}
+
+Failure decideDays(const DaysRequest &request, const Days::DayList &list,
+                   std::vector<std::optional<bool>> &decided)
+{
+    std::vector<bool> counts;
+    if (Failure failure = countDays(request.daysOff, list, counts))
+        return failure;
+    for (const bool isOn : counts)
+        decided.push_back(!isOn             ? std::optional(false)
+                          : request.allDays ? std::optional(true)
+                                            : std::nullopt);
+    return {};
 }
 
 namespace {
@@ -158,8 +155,8 @@ FoundDays lookedFor(const DaysRequest &request)
         return found;
     found.plan = Days::planDays(found.set, request.parameters);
     if (!found.plan.problems.empty()) {
-        const FieldProblem &problem = found.plan.problems.front();
-        found.failure = {ExitCode::Usage, optionOf(problem.field) + problem.text};
+        found.failure =
+            refusalOf(found.plan.problems.front(), Days::analysisOf(request.parameters));
         return found;
     }
     keepDates(request, found.plan.list);

@@ -3,6 +3,7 @@
 #include "analyses/days/fourierdays.h"
 #include "batch/tablework.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace Batch {
@@ -50,6 +51,9 @@ QStringList remarksOn(const RecordingSet &set, const Days::DayList &list);
 /// Leaves the days outside of the asked dates out of a list.
 void keepDates(const DaysRequest &request, Days::DayList &list);
 
+/// Which days count that daysOff does not name, one per day of the list.
+Failure countDays(const QStringList &daysOff, const Days::DayList &list, std::vector<bool> &counts);
+
 /// What the user says of each day by allDays and daysOff, one per day of the list.
 Failure decideDays(const DaysRequest &request, const Days::DayList &list,
                    std::vector<std::optional<bool>> &decided);
@@ -58,6 +62,18 @@ Failure decideDays(const DaysRequest &request, const Days::DayList &list,
 ///
 /// @param choice  file of the list; "none"; empty: the user's own list
 Failure readInterference(const QString &choice, std::vector<Days::Interference> &entries);
+
+/// What is wrong with a parameter, behind the option of the analysis that it was given by.
+template <typename Analysis>
+Failure refusalOf(const FieldProblem &problem, const Analysis &analysis)
+{
+    const auto &fields = analysis.fields;
+    const auto found = std::find_if(fields.begin(), fields.end(), [&](const auto *field) {
+        return field->name == problem.field;
+    });
+    const QString option = found == fields.end() ? QString() : (*found)->option + ": ";
+    return {ExitCode::Usage, option + problem.text};
+}
 
 /// Makes the series that are kept of each day: one item of work per day.
 ExitCode surveyDays(const DaysRequest &request, const RunOptions &options);

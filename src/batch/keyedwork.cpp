@@ -28,6 +28,16 @@ QByteArray bigEndian(const QString &text)
 
 } // namespace
 
+bool areMade(const QStringList &paths, const QString &table, const std::vector<HeaderLine> &request,
+             Format format)
+{
+    const QByteArray wanted = requestBytes(request, format);
+    QFile file(table);
+    return std::all_of(paths.begin(), paths.end(),
+                       [](const QString &path) { return QFileInfo(path).isFile(); }) &&
+           file.open(QIODevice::ReadOnly) && file.read(wanted.size()) == wanted;
+}
+
 bool holdsKey(const QString &path, const QString &key)
 {
     QFile file(path);

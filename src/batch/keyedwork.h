@@ -17,6 +17,10 @@ std::vector<Results::HeaderLine> requestOf(const QString &command, const QString
 /// plain text.
 QString requestKey(const std::vector<Results::HeaderLine> &request);
 
+/// Whether all of these files stand, and the table among them begins with the request.
+bool areMade(const QStringList &paths, const QString &table,
+             const std::vector<Results::HeaderLine> &request, Results::Format format);
+
 /// Whether the begin of a file, where all kinds of ours have it, holds a key.
 bool holdsKey(const QString &path, const QString &key);
 

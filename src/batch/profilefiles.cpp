@@ -1,11 +1,9 @@
 #include "batch/profilefiles.h"
 
-#include "analyses/days/fourierdays.h"
-#include "analyses/days/stacktables.h"
 #include "batch/keyedwork.h"
 #include "batch/outputfiles.h"
-#include "batch/profilepictures.h"
 #include "batch/programname.h"
+#include "picture/profileplot.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,9 +17,9 @@ using namespace Results;
 namespace {
 
 constexpr char daysTable[] = "days"; // the last one written; it tells what was asked
-constexpr char profileTable[] = "average";
-const QStringList curveTables = {profileTable, "growth", "periods", "dispersions"};
-const QStringList colourPictures = {"days", "both"};
+const QStringList tables = {"average",     "profiles", "growth", "periods",
+                            "dispersions", "arrivals", daysTable};
+const QStringList pictures = {"average", "growth", "snr", "periods", "dispersions", "days", "both"};
 
 } // namespace
 
@@ -49,11 +47,11 @@ QString ProfileFiles::tablePath(const QString &what) const
 QStringList ProfileFiles::paths() const
 {
     QStringList all;
-    for (const QString &what : curveTables)
+    for (const QString &what : tables)
         all << tablePath(what);
-    all << tablePath("arrivals") << pathOf("arrivals", "tim") << tablePath(daysTable);
+    all << pathOf("arrivals", "tim");
     if (!request.days.output.picture.isEmpty()) {
-        for (const QString &what : curveTables + colourPictures)
+        for (const QString &what : pictures)
             all << pathOf(what, request.days.output.picture);
     }
     return all;
@@ -84,38 +82,10 @@ std::vector<HeaderLine> ProfileFiles::requestLines() const
 
 bool ProfileFiles::areDone() const
 {
-    const QByteArray wanted = requestBytes(requestLines(), request.days.output.format);
-    QFile file(tablePath(daysTable));
-    const QStringList all = paths();
-    return std::all_of(all.begin(), all.end(),
-                       [](const QString &path) { return QFileInfo(path).isFile(); }) &&
-           file.open(QIODevice::ReadOnly) && file.read(wanted.size()) == wanted;
+    return areMade(paths(), tablePath(daysTable), requestLines(), request.days.output.format);
 }
 
-std::vector<std::pair<QString, ResultTable>>
-ProfileFiles::tablesOf(const Profiles::ProfileOutcome &outcome) const
-{
-    ResultTable table;
-    table.request = requestLines();
-    table.result = Profiles::outcomeLines(outcome, plan);
-    std::vector<std::pair<QString, ResultTable>> tables;
-    const auto add = [&](const QString &what, const std::vector<Column> &columns) {
-        tables.emplace_back(what, table);
-        tables.back().second.columns = columns;
-    };
-    add(profileTable, Profiles::profileColumns(outcome.stack));
-    add("growth", Profiles::growthColumns(outcome.stack));
-    add("periods", Profiles::scanColumns(outcome.scan.periods, "period", "s"));
-    add("dispersions", Profiles::scanColumns(outcome.scan.dispersions, "dispersion", "pc/cm^3"));
-    add("arrivals", Profiles::arrivalColumns(outcome, plan.parameters.site));
-    add(daysTable, Profiles::daysColumns(outcome));
-    for (const HeaderLine &line : Days::leftOutLines(set, plan.days.list))
-        tables.back().second.result.push_back(line);
-    return tables;
-}
-
-Failure ProfileFiles::addPictures(const std::vector<std::pair<QString, ResultTable>> &tables,
-                                  const Profiles::ProfileOutcome &outcome,
+Failure ProfileFiles::addPictures(const Profiles::ProfileOutcome &outcome,
                                   std::vector<FileContent> &files) const
 {
     const OutputOptions &output = request.days.output;
@@ -123,12 +93,23 @@ Failure ProfileFiles::addPictures(const std::vector<std::pair<QString, ResultTab
         return {};
     const QString key = requestKey(requestLines());
     std::vector<std::pair<QString, Plot::PictureBytes>> pictures;
-    for (const auto &[what, table] : tables) {
-        if (curveTables.contains(what))
-            pictures.emplace_back(what, profileCurves(table, what, input(), output, key));
-    }
-    pictures.emplace_back("days", profileRows(outcome, input(), output, key));
-    pictures.emplace_back("both", periodsAndDispersions(outcome, input(), output, key));
+    const auto addCurves = [&](const QString &what, PlotData plot) {
+        plot.source = QStringList{input(), what};
+        pictures.emplace_back(what, pictureOf(plot, output, key));
+    };
+    addCurves("average", Plot::averagePlot(outcome));
+    addCurves("growth", Plot::growthPlot(outcome.stack));
+    addCurves("snr", Plot::daysSnrPlot(outcome));
+    addCurves("periods", Plot::scanPlot(outcome.scan, Plot::Scanned::Periods));
+    addCurves("dispersions", Plot::scanPlot(outcome.scan, Plot::Scanned::Dispersions));
+    const auto addRows = [&](const QString &what, Plot::RowPicture picture) {
+        picture.key = key;
+        pictures.emplace_back(
+            what, Plot::drawingBytes(output.picture, Plot::drawingOf(picture, output.pictureSize,
+                                                                     output.pictureScale)));
+    };
+    addRows("days", Plot::dayProfilesPicture(outcome, output.pictureSize));
+    addRows("both", Plot::scanPicture(outcome.scan, output.pictureSize));
     for (const auto &[what, picture] : pictures) {
         const QString path = pathOf(what, output.picture);
         if (!picture.problem.isEmpty())
@@ -140,16 +121,11 @@ Failure ProfileFiles::addPictures(const std::vector<std::pair<QString, ResultTab
 
 Failure ProfileFiles::write(const Profiles::ProfileOutcome &outcome) const
 {
-    const auto tables = tablesOf(outcome);
     std::vector<FileContent> files;
-    if (Failure failure = addPictures(tables, outcome, files))
+    if (Failure failure = addPictures(outcome, files))
         return failure;
-    QStringList names;
-    for (const Profiles::ProfileDay &product : outcome.products)
-        names << Days::dayName(product.begin);
-    files.push_back({pathOf("arrivals", "tim"),
-                     Profiles::timBytes(outcome.arrivals, names, plan.parameters.site)});
-    for (const auto &[what, table] : tables)
+    files.push_back({pathOf("arrivals", "tim"), Profiles::timBytes(outcome, plan.parameters.site)});
+    for (const auto &[what, table] : Profiles::profileTables(requestLines(), outcome, plan, set))
         files.push_back({tablePath(what), table.toBytes(request.days.output.format)});
     return writeOutputs(files);
 }

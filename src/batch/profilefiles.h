@@ -26,10 +26,7 @@ private:
     QString pathOf(const QString &what, const QString &extension) const;
     QString tablePath(const QString &what) const;
     std::vector<Results::HeaderLine> requestLines() const;
-    std::vector<std::pair<QString, Results::ResultTable>>
-    tablesOf(const Profiles::ProfileOutcome &outcome) const;
-    Failure addPictures(const std::vector<std::pair<QString, Results::ResultTable>> &tables,
-                        const Profiles::ProfileOutcome &outcome,
+    Failure addPictures(const Profiles::ProfileOutcome &outcome,
                         std::vector<FileContent> &files) const;
 
     const ProfileRequest &request;

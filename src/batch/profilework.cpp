@@ -1,7 +1,7 @@
 #include "batch/profilework.h"
 
+#include "analyses/profiles/profilerun.h"
 #include "batch/profilefiles.h"
-#include "calc/pulsar/bandsum.h"
 #include "jobs/items.h"
 
 #include <algorithm>
@@ -20,15 +20,6 @@ struct FoundProfiles {
     QStringList remarks;
 };
 
-QString optionOf(const QString &fieldName)
-{
-    for (const Profiles::ProfileField &field : Profiles::profileFields()) {
-        if (field.name == fieldName)
-            return field.option + ": ";
-    }
-    return {};
-}
-
 FoundProfiles lookedFor(const ProfileRequest &request)
 {
     FoundProfiles found;
@@ -37,8 +28,7 @@ FoundProfiles lookedFor(const ProfileRequest &request)
         return found;
     found.plan = Profiles::planProfiles(found.set, request.parameters);
     if (!found.plan.problems.empty()) {
-        const FieldProblem &problem = found.plan.problems.front();
-        found.failure = {ExitCode::Usage, optionOf(problem.field) + problem.text};
+        found.failure = refusalOf(found.plan.problems.front(), Profiles::profileAnalysis());
         return found;
     }
     Days::DayList &list = found.plan.days.list;
@@ -67,89 +57,36 @@ public:
         made.command = "profile";
         made.outputs = [this](const QString &) { return files.paths(); };
         made.isDone = [this](const QString &) { return files.areDone(); };
-        made.memory = [this](const QString &) { return memory(); };
+        made.memory = [this](const QString &) { return Profiles::bytesOf(found.plan, options.jobs); };
         made.run = [this](const QString &, const Control &control) { return run(control); };
         return made;
     }
 
 private:
-    qint64 memory() const
-    {
-        constexpr int mostParts = 8;
-        const Days::DayChoice &choice = found.plan.days.choice;
-        const qint64 bins = found.plan.folding.bins;
-        const qint64 ofDay =
-            mostParts * bins * qint64(Pulsar::sumBands * sizeof(float) + sizeof(double));
-        const qint64 points = qint64(choice.points) + choice.pointsAfter + choice.pointsBefore;
-        const qint64 bands = qint64(found.plan.days.header.fbands.size()) + 1;
-        const int side = options.jobs > 0 ? options.jobs : Jobs::threadCount();
-        return qint64(found.plan.days.list.days.size()) * ofDay +
-               2 * side * points * bands * qint64(sizeof(double));
-    }
-
     Failure run(const Control &control) const
     {
-        Profiles::ProfileOutcome outcome;
-        if (Failure failure = choose(outcome.choice))
+        Profiles::StackChoice choice = Profiles::choiceOf(found.plan.parameters);
+        if (Failure failure = countDays(request.days.daysOff, found.plan.days.list, choice.days))
             return failure;
-        if (Failure failure = readDays(control, outcome.products))
-            return failure;
+        Jobs::Control folding = control;
+        folding.progress = [&control](int percent) { control.progress(percent * 7 / 10); };
+        const auto days = std::make_shared<const std::vector<Profiles::ProfileDay>>(
+            Profiles::foldDays(found.set, found.plan, found.kept, options.jobs, folding));
+        if (control.isStopped())
+            return {ExitCode::TryLater, "Stopped; the days that were folded are kept."};
         Jobs::Control quiet = control;
         quiet.progress = [](int) {};
-        outcome.stack = Profiles::stackDays(outcome.products, outcome.choice, quiet);
+        Profiles::ProfileOutcome outcome = Profiles::averageDays(days, choice, quiet);
         if (control.isStopped())
             return stopped();
         if (outcome.stack.incoherentDays == 0)
             return {ExitCode::BadData, noDayLeft(outcome)};
-        const Profiles::ProfileDay &first =
-            *std::find_if(outcome.products.begin(), outcome.products.end(),
-                          [](const Profiles::ProfileDay &day) { return day.isWhole(); });
-        Profiles::ScanRequest scan;
-        scan.period = Profiles::barycentricPeriod(found.plan.ephemeris, first);
-        scan.dispersion = found.plan.folding.dispersion;
-        outcome.scan =
-            Profiles::scanDays(outcome.products, outcome.choice, outcome.stack, scan, quiet);
+        outcome.scan = Profiles::scanOf(outcome, found.plan, quiet);
         if (control.isStopped())
             return stopped();
-        if (!outcome.stack.profile.empty())
-            outcome.arrivals =
-                Profiles::arrivalsOf(outcome.products, outcome.stack, outcome.choice.beginError);
         for (const QString &remark : outcome.stack.remarks)
             control.remark(remark);
         return files.write(outcome);
-    }
-
-    Failure choose(Profiles::StackChoice &choice) const
-    {
-        std::vector<std::optional<bool>> decided;
-        if (Failure failure = decideDays(request.days, found.plan.days.list, decided))
-            return failure;
-        choice = Profiles::choiceOf(found.plan.parameters);
-        for (const std::optional<bool> isOn : decided)
-            choice.days.push_back(isOn.value_or(true));
-        return {};
-    }
-
-    Failure readDays(const Control &control, std::vector<Profiles::ProfileDay> &products) const
-    {
-        const std::vector<Days::Day> &list = found.plan.days.list.days;
-        products.resize(list.size());
-        Jobs::Control whole = control;
-        whole.progress = [&control](int percent) { control.progress(percent * 7 / 10); };
-        const auto endings = Jobs::runItems(
-            int(list.size()), options.jobs, whole, [&](int item, const Jobs::Control &own) {
-                const auto at = std::size_t(item);
-                products[at] =
-                    Profiles::profileOfDay(found.set, found.plan.days, list[at], found.plan.folding,
-                                           found.plan.ephemeris, found.kept, own);
-            });
-        for (std::size_t i = 0; i < endings.size(); ++i) {
-            if (endings[i].kind == Jobs::Ending::Stopped || control.isStopped())
-                return {ExitCode::TryLater, "Stopped; the days that were folded are kept."};
-            if (endings[i].kind == Jobs::Ending::Failed)
-                products[i].problem = endings[i].problem;
-        }
-        return {};
     }
 
     // Which reasons left no day, the first of them.

@@ -147,12 +147,7 @@ private:
     {
         if (isPart())
             return false; // the run looks itself what its stack holds
-        const QByteArray wanted = requestBytes(requestLines(), request.output.format);
-        QFile file(tablePath());
-        const QStringList all = paths();
-        return std::all_of(all.begin(), all.end(),
-                           [](const QString &path) { return QFileInfo(path).isFile(); }) &&
-               file.open(QIODevice::ReadOnly) && file.read(wanted.size()) == wanted;
+        return areMade(paths(), tablePath(), requestLines(), request.output.format);
     }
 
     Failure run(const Control &control)
@@ -272,16 +267,6 @@ private:
     const RunOptions &options;
 };
 
-// The option of the field that a refusal concerns.
-QString optionOf(const QString &fieldName)
-{
-    for (const Sky::SkyField &field : Sky::skyFields()) {
-        if (field.name == fieldName)
-            return field.option + ": ";
-    }
-    return {};
-}
-
 // Why the request cannot be worked on at all.
 Failure refusal(const SkyRequest &request, const RecordingSet &set, const Sky::SkyPlan &plan)
 {
@@ -298,7 +283,7 @@ Failure refusal(const SkyRequest &request, const RecordingSet &set, const Sky::S
                                 "one."});
     if (problems.empty())
         return {};
-    return {ExitCode::Usage, optionOf(problems.front().field) + problems.front().text};
+    return refusalOf(problems.front(), *request.analysis);
 }
 
 } // namespace

@@ -75,12 +75,7 @@ std::vector<HeaderLine> StackFiles::requestLines() const
 
 bool StackFiles::areDone() const
 {
-    const QByteArray wanted = requestBytes(requestLines(), request.output.format);
-    QFile file(tablePath("days"));
-    const QStringList all = paths();
-    return std::all_of(all.begin(), all.end(),
-                       [](const QString &path) { return QFileInfo(path).isFile(); }) &&
-           file.open(QIODevice::ReadOnly) && file.read(wanted.size()) == wanted;
+    return areMade(paths(), tablePath("days"), requestLines(), request.output.format);
 }
 
 Failure StackFiles::addPictures(const Days::DaySpectra &spectra, const Days::StackOutcome &outcome,

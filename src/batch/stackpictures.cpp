@@ -11,12 +11,12 @@ namespace Batch {
 
 namespace {
 
-// A few bright points do not darken all others.
-float highestColour(std::vector<float> values)
+// A few bright points of a day, or days of storms, do not darken all others.
+float highestColour(const std::vector<float> &values, int columns)
 {
     constexpr float least = 12;
     constexpr double share = 0.999;
-    const std::vector<float> high = Plot::percentiles(std::move(values), {share});
+    const std::vector<float> high = Plot::percentilesOfRows(values, columns, {share});
     return high.empty() ? least : std::max(least, std::round(high[0]));
 }
 
@@ -57,7 +57,7 @@ Plot::PictureBytes daysPicture(const std::vector<Days::FourierDay> &days,
             return QString::number(stack.ffa->periodAt(trial), 'g', 5);
         };
     }
-    picture.high = highestColour(picture.values);
+    picture.high = highestColour(picture.values, picture.columns);
     picture.title = QString("%1, %2 days").arg(text.name).arg(picture.rows);
     picture.key = text.key;
     return Plot::drawingBytes(output.picture,

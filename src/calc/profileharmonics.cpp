@@ -6,19 +6,6 @@
 
 namespace Tools {
 
-namespace {
-
-// exp(2 pi i n / count) for n = 0 .. count - 1.
-Harmonics unitCircle(int count)
-{
-    Harmonics circle;
-    for (int n = 0; n < count; ++n)
-        circle.push_back(std::polar(1.0, 2 * M_PI * n / count));
-    return circle;
-}
-
-} // namespace
-
 double ProfileNoise::harmonicVariance(int k, int bins) const
 {
     return bins * sigma * sigma * (1 - shared * (1 - std::cos(2 * M_PI * k / bins)));
@@ -42,32 +29,44 @@ Harmonics harmonicsOf(const std::vector<double> &profile)
     return harmonicsOf(profile.data(), int(profile.size()));
 }
 
+// By the Hartley transform, which of real numbers is its own inverse: with R and I the parts of the
+// harmonics of r_k = Re c_k - Im c_k, p_i = (R_i - I_i) / N.
 std::vector<double> profileOf(const Harmonics &harmonics)
 {
     const std::size_t last = harmonics.size() - 1;
     const std::size_t bins = 2 * last;
-    const Harmonics circle = unitCircle(int(bins));
     std::vector<double> profile(bins);
-    for (std::size_t i = 0; i < bins; ++i) {
-        double sum = harmonics[0].real();
-        for (std::size_t k = 1; k < last; ++k)
-            sum += 2 * (harmonics[k] * circle[i * k % bins]).real();
-        sum += (i % 2 ? -1 : 1) * harmonics[last].real();
-        profile[i] = sum / double(bins);
+    for (std::size_t k = 0; k <= last; ++k)
+        profile[k] = harmonics[k].real();
+    for (std::size_t k = 1; k < last; ++k) {
+        profile[k] -= harmonics[k].imag();
+        profile[bins - k] = harmonics[k].real() + harmonics[k].imag();
     }
+    const Harmonics turned = harmonicsOf(profile);
+    for (std::size_t i = 0; i <= last; ++i)
+        profile[i] = (turned[i].real() - turned[i].imag()) / double(bins);
+    for (std::size_t i = 1; i < last; ++i)
+        profile[bins - i] = (turned[i].real() + turned[i].imag()) / double(bins);
     return profile;
 }
 
 void addTurned(const Harmonics &harmonics, double turns, double weight, Harmonics &sum)
 {
-    const std::complex<double> step = std::polar(1.0, -2 * M_PI * turns);
+    // In parts, for products of complex numbers look for infinite ones.
+    const double stepRe = std::cos(2 * M_PI * turns);
+    const double stepIm = -std::sin(2 * M_PI * turns);
     const std::size_t last = harmonics.size() - 1;
-    std::complex<double> factor = weight;
+    double re = weight;
+    double im = 0;
     for (std::size_t k = 0; k < last; ++k) {
-        sum[k] += factor * harmonics[k];
-        factor *= step;
+        const double a = harmonics[k].real();
+        const double b = harmonics[k].imag();
+        sum[k] += std::complex<double>(re * a - im * b, re * b + im * a);
+        const double nextRe = re * stepRe - im * stepIm;
+        im = re * stepIm + im * stepRe;
+        re = nextRe;
     }
-    sum[last] += factor.real() * harmonics[last].real();
+    sum[last] += re * harmonics[last].real();
 }
 
 std::vector<double> turnedProfile(const std::vector<double> &profile, double turns)

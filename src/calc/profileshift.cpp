@@ -1,7 +1,9 @@
 #include "calc/profileshift.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <optional>
 
 namespace Tools {
 
@@ -9,53 +11,42 @@ namespace {
 
 using Complex = std::complex<double>;
 
-// The correlation of a profile with a template and its derivatives by the turn.
+// The correlation of a profile with a template: sum of the real parts of t_k exp(2 pi i k turn).
 class Correlation {
 public:
-    Correlation(const Harmonics &profile, const ProfileNoise &noise, const Harmonics &pulse)
-        : bins(2 * (int(profile.size()) - 1))
+    // @param ofTemplate  what each harmonic of the profile is multiplied by, from the first on
+    Correlation(const Harmonics &profile, const Harmonics &ofTemplate)
     {
-        for (int k = 1; k < bins / 2; ++k) {
-            const double weight = 2 / noise.harmonicVariance(k, bins);
-            const auto at = std::size_t(k);
-            terms.push_back(weight * profile[at] * std::conj(pulse[at]));
-            const double power = weight * std::norm(pulse[at]);
-            norm += power;
-            curvature += power * std::pow(2 * M_PI * k, 2);
-        }
+        for (std::size_t i = 0; i < ofTemplate.size(); ++i)
+            terms.push_back(profile[i + 1] * ofTemplate[i]);
     }
 
     double at(double turn) const { return sums(turn).value; }
 
-    // The highest, refined by Newton's steps from the best place of a grid.
+    // The highest, refined by Newton's steps from the best place of a grid, which is that of the
+    // profile with these harmonics.
     double best() const
     {
-        const int places = 2 * bins;
-        double turn = 0;
-        double highest = at(0);
-        for (int i = 1; i < places; ++i) {
-            const double value = at(double(i) / places);
-            if (value > highest) {
-                highest = value;
-                turn = double(i) / places;
-            }
-        }
+        const std::size_t places = std::bit_ceil(4 * (terms.size() + 1));
+        Harmonics harmonics(places / 2 + 1);
+        std::copy(terms.begin(), terms.end(), harmonics.begin() + 1);
+        const std::vector<double> values = profileOf(harmonics);
+        const auto highest = std::max_element(values.begin(), values.end());
+        double turn = double(highest - values.begin()) / double(places);
+        const double most = 0.5 / double(places);
         constexpr int steps = 6;
         for (int i = 0; i < steps; ++i) {
             const Sums here = sums(turn);
             if (here.second < 0)
-                turn -= std::clamp(here.first / here.second, -0.5 / places, 0.5 / places);
+                turn -= std::clamp(here.first / here.second, -most, most);
         }
         return turn;
     }
 
-    double norm = 0;      // sum of the template's powers over their noise
-    double curvature = 0; // the same times (2 pi k)^2
-
 private:
     struct Sums {
         double value = 0;
-        double first = 0;
+        double first = 0; // derivatives by the turn
         double second = 0;
     };
 
@@ -75,8 +66,7 @@ private:
         return all;
     }
 
-    int bins;
-    std::vector<Complex> terms; // of harmonics 1 on
+    Harmonics terms;
 };
 
 double sinc(double x)
@@ -86,22 +76,54 @@ double sinc(double x)
 
 constexpr double fwhmPerSigma = 2.3548200450309493; // 2 sqrt(2 ln 2)
 
-TemplateMatch matchOf(const Correlation &correlation)
+// Errors follow from the highest S/N^2 of a noisy profile. It is higher by one for each number that
+// is fitted, so that they are so much too small.
+double excess(double square, int fitted)
 {
-    TemplateMatch match;
-    if (!(correlation.norm > 0))
-        return match;
-    const double turn = correlation.best();
-    match.phase = turn - std::round(turn);
-    match.height = correlation.at(turn) / correlation.norm;
-    match.snr = match.height * std::sqrt(correlation.norm);
-    if (!(match.height > 0))
-        return {};
-    match.phaseError = 1 / (match.height * std::sqrt(correlation.curvature));
-    return match;
+    return 1 + fitted / square;
 }
 
+// Height, phase, width, period and dispersion; and as much as they scatter more than their bound at
+// S/N 8 and 12, where it is near, in simulations.
+constexpr int fittedTogether = 5 + 7;
+
 } // namespace
+
+TemplateMatcher::TemplateMatcher(const ProfileNoise &noise, const Harmonics &pulse)
+{
+    // Of all so far: harmonics beyond the last one that has so much tell nothing.
+    constexpr double leastPower = 1e-9;
+    const int bins = 2 * (int(pulse.size()) - 1);
+    std::size_t needed = 0;
+    for (int k = 1; k < bins / 2; ++k) {
+        const double weight = 2 / noise.harmonicVariance(k, bins);
+        factors.push_back(weight * std::conj(pulse[std::size_t(k)]));
+        const double power = weight * std::norm(pulse[std::size_t(k)]);
+        norm += power;
+        curvature += power * std::pow(2 * M_PI * k, 2);
+        if (power > leastPower * norm)
+            needed = std::size_t(k);
+    }
+    factors.resize(needed);
+}
+
+TemplateMatch TemplateMatcher::match(const Harmonics &profile, int fitted) const
+{
+    if (!(norm > 0))
+        return {};
+    const Correlation correlation(profile, factors);
+    const double turn = correlation.best();
+    TemplateMatch match;
+    match.phase = turn - std::round(turn);
+    match.height = correlation.at(turn) / norm;
+    if (!(match.height > 0))
+        return {};
+    match.snr = match.height * std::sqrt(norm);
+    match.ownPhaseError =
+        std::sqrt(excess(match.snr * match.snr, fitted)) / (match.height * std::sqrt(curvature));
+    match.phaseError = match.ownPhaseError;
+    return match;
+}
 
 namespace {
 
@@ -132,10 +154,9 @@ Harmonics withoutNoise(const Harmonics &pulse, const ProfileNoise &noise)
 TemplateMatch matchTemplate(const Harmonics &profile, const ProfileNoise &noise,
                             const Harmonics &pulse, double templateSigma)
 {
-    if (!(templateSigma > 0))
-        return matchOf(Correlation(profile, noise, pulse));
-    const Harmonics clean = withoutNoise(pulse, {templateSigma, noise.shared});
-    TemplateMatch match = matchOf(Correlation(profile, noise, clean));
+    const Harmonics clean =
+        templateSigma > 0 ? withoutNoise(pulse, {templateSigma, noise.shared}) : pulse;
+    TemplateMatch match = TemplateMatcher(noise, clean).match(profile);
     const double ratio = match.height * templateSigma / noise.sigma;
     match.phaseError *= std::sqrt(1 + ratio * ratio);
     return match;
@@ -159,75 +180,119 @@ Harmonics gaussianTemplate(double width, int bins, double shared)
 
 namespace {
 
-// Standard deviation of the width where height and width are fitted together: by the powers of the
-// template and of its derivative by the width.
-double widthErrorOf(double width, double height, const ProfileNoise &noise, int bins)
-{
-    const double step = width / 100;
-    const Harmonics low = gaussianTemplate(width - step, bins, noise.shared);
-    const Harmonics here = gaussianTemplate(width, bins, noise.shared);
-    const Harmonics high = gaussianTemplate(width + step, bins, noise.shared);
-    double ofHeight = 0;
-    double ofWidth = 0;
-    double both = 0;
-    for (int k = 1; k < bins / 2; ++k) {
-        const auto at = std::size_t(k);
-        const double weight = 2 / noise.harmonicVariance(k, bins);
-        const Complex slope = (high[at] - low[at]) / (2 * step);
-        ofHeight += weight * std::norm(here[at]);
-        ofWidth += weight * std::norm(slope);
-        both += weight * (std::conj(here[at]) * slope).real();
+// S/N^2 of trial values and the parabola at their top.
+class Likelihood {
+public:
+    Likelihood(const std::vector<double> &trialValues, const std::vector<double> &trialSnr)
+        : values(trialValues), snr(trialSnr),
+          top(int(std::max_element(snr.begin(), snr.end()) - snr.begin())), highest(square(top))
+    {
+        if (top == 0 || top == last())
+            return;
+        const double slope = (square(top + 1) - square(top - 1)) / 2;
+        const double bend = (square(top + 1) + square(top - 1)) / 2 - highest;
+        if (!(bend < 0))
+            return;
+        vertex = -slope / (2 * bend);
+        highest -= slope * slope / (4 * bend);
     }
-    const double information = ofWidth - both * both / ofHeight;
-    return 1 / (height * std::sqrt(information));
-}
+
+    double best() const { return valueAt(top + vertex); }
+
+    // The value so many standard deviations away to one side, +1 or -1; none where S/N^2 does not
+    // fall so far. Between trials, the root of what is missing grows evenly.
+    std::optional<double> away(double deviations, int side) const
+    {
+        double place = top + vertex;
+        double depth = 0;
+        for (int i = side * vertex < 0 ? top : top + side; i >= 0 && i <= last(); i += side) {
+            const double here =
+                std::sqrt(std::max(0.0, highest - square(i)) / excess(highest, fittedTogether));
+            if (here >= deviations)
+                return valueAt(place + (i - place) * (deviations - depth) / (here - depth));
+            place = i;
+            depth = here;
+        }
+        return std::nullopt;
+    }
+
+private:
+    int last() const { return int(values.size()) - 1; }
+    double square(int i) const { return snr[std::size_t(i)] * snr[std::size_t(i)]; }
+    double valueAt(double place) const
+    {
+        return values.front() + place * (values.back() - values.front()) / last();
+    }
+
+    const std::vector<double> &values;
+    const std::vector<double> &snr;
+    int top;
+    double highest;
+    double vertex = 0; // in steps from the top
+};
 
 } // namespace
 
+LikelyValue likelyValue(const std::vector<double> &values, const std::vector<double> &snr)
+{
+    const Likelihood likelihood(values, snr);
+    const std::optional<double> low = likelihood.away(1, -1);
+    const std::optional<double> high = likelihood.away(1, 1);
+    LikelyValue found;
+    found.best = likelihood.best();
+    found.low = low.value_or(values.front());
+    found.high = high.value_or(values.back());
+    found.error = std::abs(found.high - found.low) / 2;
+    found.isInside = low && high;
+    return found;
+}
+
+std::vector<double> valuesRound(double centre, double half)
+{
+    constexpr int steps = 8;
+    std::vector<double> values;
+    for (int i = -steps; i <= steps; ++i)
+        values.push_back(centre + i * half / steps);
+    return values;
+}
+
 GaussianPulse fitGaussian(const Harmonics &profile, const ProfileNoise &noise)
 {
-    const int bins = 2 * (int(profile.size()) - 1);
-    const double least = 0.25 / bins;
-    const double greatest = 0.5;
     if (!(noise.sigma > 0))
         return {};
+    const int bins = 2 * (int(profile.size()) - 1);
     const auto matchAt = [&](double logWidth) {
-        return matchOf(
-            Correlation(profile, noise, gaussianTemplate(std::exp(logWidth), bins, noise.shared)));
+        const Harmonics pulse = gaussianTemplate(std::exp(logWidth), bins, noise.shared);
+        return TemplateMatcher(noise, pulse).match(profile, fittedTogether);
     };
+    const auto snrAt = [&](const std::vector<double> &logWidths) {
+        std::vector<double> snr;
+        for (const double logWidth : logWidths)
+            snr.push_back(matchAt(logWidth).snr);
+        return snr;
+    };
+    const double least = std::log(0.25 / bins);
+    const double greatest = std::log(0.75);
     constexpr int steps = 24;
-    const double step = std::log(greatest / least) / steps;
-    int best = 0;
-    double snr = -1;
-    for (int i = 0; i <= steps; ++i) {
-        const double here = matchAt(std::log(least) + i * step).snr;
-        if (here > snr) {
-            snr = here;
-            best = i;
-        }
-    }
-    // The golden section keeps the highest between its ends.
-    double low = std::log(least) + std::max(0, best - 1) * step;
-    double high = std::log(least) + std::min(steps, best + 1) * step;
-    const double section = (3 - std::sqrt(5.0)) / 2;
-    constexpr int halvings = 20;
-    for (int i = 0; i < halvings; ++i) {
-        const double a = low + section * (high - low);
-        const double b = high - section * (high - low);
-        if (matchAt(a).snr > matchAt(b).snr)
-            high = b;
-        else
-            low = a;
-    }
+    const double step = (greatest - least) / steps;
+    std::vector<double> widths;
+    for (int i = 0; i <= steps; ++i)
+        widths.push_back(least + i * step);
+    const std::vector<double> snr = snrAt(widths);
+    const Likelihood coarse(widths, snr);
+    const std::vector<double> near = valuesRound(coarse.best(), step);
+    const LikelyValue nearer = likelyValue(near, snrAt(near));
+    const std::vector<double> nearest = valuesRound(nearer.best, 2 * nearer.error);
+    const LikelyValue found = likelyValue(nearest, snrAt(nearest));
     GaussianPulse pulse;
-    pulse.width = std::exp((low + high) / 2);
+    pulse.width = (std::exp(found.low) + std::exp(found.high)) / 2;
+    pulse.widthError = (std::exp(found.high) - std::exp(found.low)) / 2;
+    pulse.widthLimit = std::exp(coarse.away(2, 1).value_or(greatest));
+    pulse.isResolved = coarse.away(2, -1) && coarse.away(1, 1);
     const TemplateMatch match = matchAt(std::log(pulse.width));
     pulse.phase = match.phase - std::floor(match.phase);
     pulse.phaseError = match.phaseError;
     pulse.snr = match.snr;
-    pulse.isResolved = pulse.width > least * 1.01 && pulse.width < greatest * 0.99;
-    if (match.height > 0)
-        pulse.widthError = widthErrorOf(pulse.width, match.height, noise, bins);
     return pulse;
 }
 

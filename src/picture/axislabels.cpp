@@ -58,6 +58,11 @@ YAxisLabels fitted(const std::vector<int> &baselines, const std::vector<double> 
     };
     if (hasRoom(fixed))
         return {beside(baselines, fixed, widthOf), {}};
+    const Texts rounded = textsOf(values, [&](double value) { return tickText(value, step); });
+    const bool isMixed = std::any_of(rounded.begin(), rounded.end(),
+                                     [](const QString &text) { return text.contains('e'); });
+    if (!isMixed && hasRoom(rounded))
+        return {beside(baselines, rounded, widthOf), {}};
     const Texts exponents =
         textsOf(values, [&](double value) { return exponentText(value, step); });
     if (hasRoom(exponents))

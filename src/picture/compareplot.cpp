@@ -27,10 +27,12 @@ PlotData meanDayPlot(const Compare::ComparePlan &plan, const Compare::Comparison
     return plot;
 }
 
-std::pair<float, float> greyRange(std::vector<float> shown)
+std::pair<float, float> greyRange(const std::vector<float> &shown, int columns)
 {
-    const std::vector<float> ends = percentiles(std::move(shown), {0.01, 0.995});
-    return ends.empty() ? std::pair(0.F, 1.F) : std::pair(ends[0], ends[1]);
+    const std::vector<float> ends = percentilesOfRows(shown, columns, {0.01, 0.995});
+    constexpr float darker = 1.5; // so that what differs stands out of noise
+    return ends.empty() ? std::pair(0.F, 1.F)
+                        : std::pair(ends[0], ends[0] + darker * (ends[1] - ends[0]));
 }
 
 RowPicture comparedDaysPicture(const Compare::CompareProducts &products,
@@ -48,7 +50,7 @@ RowPicture comparedDaysPicture(const Compare::CompareProducts &products,
         picture.rowNames << Days::dayName(plan.days.list.days[i].begin);
         ++picture.rows;
     }
-    std::tie(picture.low, picture.high) = greyRange(picture.values);
+    std::tie(picture.low, picture.high) = greyRange(picture.values, picture.columns);
     constexpr float steps = 10; // of a sigma
     picture.low = std::floor(picture.low * steps) / steps;
     picture.high = std::ceil(picture.high * steps) / steps;

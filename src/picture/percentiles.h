@@ -12,4 +12,13 @@ namespace Plot {
 /// @return empty where no value is finite
 std::vector<float> percentiles(std::vector<float> values, std::initializer_list<double> shares);
 
+/// The same of every row of a picture, and for each share the median of the rows: a few stormy days
+/// do not set the scale of all others.
+///
+/// @param values   row after row, as pixels have them
+/// @param columns  values of a row, at least 1
+/// @return empty where no value is finite
+std::vector<float> percentilesOfRows(const std::vector<float> &values, int columns,
+                                     std::initializer_list<double> shares);
+
 } // namespace Plot

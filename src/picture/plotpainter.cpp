@@ -206,6 +206,15 @@ QFont fontWithin(const QFont &font, int least, int most)
     return fitting;
 }
 
+QFont fontForWidth(const QFont &font, const QString &text, int width, int least)
+{
+    QFont fitting = font;
+    int pixels = QFontInfo(font).pixelSize();
+    while (pixels > least && QFontMetrics(fitting).horizontalAdvance(text) > width)
+        fitting.setPixelSize(--pixels);
+    return fitting;
+}
+
 // The rows stand 15 pixels apart whatever size the application's font has.
 QFont labelFont()
 {
@@ -322,7 +331,14 @@ void paintLabels(QPainter &painter, const PlotData &data, const View &view, cons
     painter.setPen(QColor("black"));
     if (data.messageMode) {
         painter.setFont(QFont("Arial", 11));
-        paintLabel(painter, {QPoint(30, 60), data.message});
+        constexpr QPoint place(30, 60);
+        const int room = view.width - 2 * place.x();
+        if (painter.fontMetrics().horizontalAdvance(data.message) <= room)
+            paintLabel(painter, {place, data.message});
+        else
+            painter.drawText(QRect(place.x(), place.y() - painter.fontMetrics().ascent(), room,
+                                   view.height - place.y()),
+                             Qt::TextWordWrap, data.message);
         return;
     }
     painter.setFont(labelFont(view));

@@ -71,6 +71,9 @@ void paintMarkers(QImage &picture, const PlotData &data, const View &view);
 /// A font as large as the user has it, but not below or above so many pixels.
 QFont fontWithin(const QFont &font, int least, int most);
 
+/// That font, or one as much smaller as a text needs to fit, but not below so many pixels.
+QFont fontForWidth(const QFont &font, const QString &text, int width, int least);
+
 /// The font of the texts of a plot that shows all.
 QFont labelFont();
 /// The font of the texts in a view: where it is zoomed the user's, as large as the margins allow.

@@ -21,12 +21,6 @@ constexpr int barWidth = 10;
 constexpr int labelHeight = 16;
 constexpr int labelEvery = 80; // pixels along X, at least
 
-QRect areaOf(const QSize &size)
-{
-    return {left, top, std::max(2, size.width() - left - right),
-            std::max(2, size.height() - top - bottom)};
-}
-
 const ColourMap &mapOf(const RowPicture &picture)
 {
     return picture.isGrey ? greyMap() : colourMap();
@@ -100,15 +94,21 @@ std::vector<float> columnMaxima(const std::vector<float> &values, int columns)
     return maxima;
 }
 
+QRect rowPictureArea(const QSize &size)
+{
+    return {left, top, std::max(2, size.width() - left - right),
+            std::max(2, size.height() - top - bottom)};
+}
+
 int columnsOf(const QSize &size)
 {
-    return areaOf(size).width();
+    return rowPictureArea(size).width();
 }
 
 Drawing drawingOf(const RowPicture &picture, const QSize &size, int pngScale)
 {
     const auto draw = [&picture, size](QPainter &painter) {
-        const QRect area = areaOf(size);
+        const QRect area = rowPictureArea(size);
         painter.fillRect(QRect(QPoint(0, 0), size), Qt::white);
         painter.drawImage(area, imageOf(picture));
         painter.setPen(Qt::black);

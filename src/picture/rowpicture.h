@@ -2,6 +2,7 @@
 
 #include "picture/plotexport.h"
 
+#include <QRect>
 #include <QStringList>
 #include <functional>
 #include <vector>
@@ -33,7 +34,9 @@ struct RowPicture {
     QString key; ///< kept in the file, for programs
 };
 
-/// Pixels between the margins of a picture of that size.
+/// Where the colours stand in a picture of that size, between its margins.
+QRect rowPictureArea(const QSize &size);
+/// Pixels across between them.
 int columnsOf(const QSize &size);
 
 /// The picture with its labels and its scale of colours; it must outlive the drawing.

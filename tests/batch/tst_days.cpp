@@ -55,6 +55,7 @@ private slots:
     void initTestCase();
     void failures_data();
     void failures();
+    void daysThatAreTooFewAreListed();
     void keptInPartsAndInOne();
     void stackIsThatOfTheLibrary_data();
     void stackIsThatOfTheLibrary();
@@ -89,8 +90,7 @@ void TestDays::initTestCase()
     writeFile(path("one/0.pnt"), dayBytes(0));
     QDir().mkpath(path("apart"));
     for (const char *const date : {"01.04.2015", "01.05.2015"})
-        writeFile(path(QString("apart/%1.pnt").arg(date)),
-                  dayBytes(0).replace("01.04.2015", date));
+        writeFile(path(QString("apart/%1.pnt").arg(date)), dayBytes(0).replace("01.04.2015", date));
 }
 
 void TestDays::failures_data()
@@ -130,12 +130,13 @@ void TestDays::failures_data()
                                    "--ray 2 --count 1024 one"
                                 << 64 << "--period-max: These periods are";
     QTest::newRow("days of no ray") << "days --count 1024 strip" << 64 << "--module: Give";
-    QTest::newRow("days from no date") << "days --module 1 --ray 2 --first-date soon one" << 64
-                                       << "--first-date: The date";
-    QTest::newRow("one day") << "days --module 1 --ray 2 --count 1024 one" << 65
-                             << "at least 4 days that count; there are 1";
+    QTest::newRow("days from no date")
+        << "days --module 1 --ray 2 --first-date soon one" << 64 << "--first-date: The date";
+    QTest::newRow("no day that counts")
+        << "days --module 1 --ray 2 --count 1024 --days-off 2015-04-01 one" << 65
+        << "at least 4 days that count; there are 0";
     QTest::newRow("days that share no sidereal time")
-        << "days --module 1 --ray 2 --count 1024 apart" << 65 << "Choose a sidereal time";
+        << "days --module 1 --ray 2 --count 1024 apart" << 0 << "Choose a sidereal time";
     QTest::newRow("part") << "survey --module 1 --ray 2 --part 3/2 one" << 64 << "2/12";
 }
 
@@ -147,6 +148,18 @@ void TestDays::failures()
     const Ended end = run(arguments);
     QCOMPARE(end.code, code);
     QVERIFY2((end.errors + end.out).contains(words), qPrintable(end.errors + end.out));
+}
+
+void TestDays::daysThatAreTooFewAreListed()
+{
+    const Ended end = run("days --module 1 --ray 2 --count 1024 -o few one");
+    QCOMPARE(end.code, 0);
+    QVERIFY2(end.errors.contains("at least 4 days that count; there are 1"),
+             qPrintable(end.errors));
+    const QByteArray list = contentOf(path("few/m1_r2.days.days.txt"));
+    QVERIFY2(list.contains("remark: Differences need at least 4 days") &&
+                 list.contains("\n2015-04-01T"),
+             list);
 }
 
 void TestDays::keptInPartsAndInOne()

@@ -69,8 +69,12 @@ void TestProfile::averagesAndGoesOn()
     const QByteArray stacked = "in_average: 6 of 6 days\naligned_by_template: 6\n";
     QVERIFY2(average.contains(stacked), average.left(1500));
     QCOMPARE(files["m1_r2.profile.arrivals.tim"].count('\n'), 7);
-    for (const char *const name : {"average", "growth", "periods", "dispersions", "days", "both"})
+    for (const char *const name :
+         {"average", "growth", "snr", "periods", "dispersions", "days", "both"})
         QVERIFY2(files[QString("m1_r2.profile.%1.png").arg(name)].startsWith("\x89PNG"), name);
+    const Results::ReadTable profiles = Results::readTable(files["m1_r2.profile.profiles.txt"]);
+    QCOMPARE(profiles.table.columns.size(), std::size_t(1 + days));
+    QCOMPARE(profiles.table.rows(), 32);
     QVERIFY(!average.contains("flux_density"));
     QVERIFY(average.contains("best_period: 0.5"));
     // What is done is skipped.

@@ -1,7 +1,6 @@
 #include "forms/days/fourierform.h"
 
 #include "analyses/days/interference.h"
-#include "app/mainwindow.h"
 #include "app/shell/settings.h"
 #include "forms/days/daysmodel.h"
 #include "forms/days/interferencedialog.h"
@@ -10,8 +9,8 @@
 #include "forms/days/sourcefield.h"
 #include "plot/pulsargrafik.h"
 #include "results/resulttable.h"
-#include "support/batchfolder.h"
 #include "support/dayfiles.h"
+#include "support/daysformtest.h"
 #include "support/messageboxcatcher.h"
 #include "support/testmain.h"
 
@@ -40,7 +39,7 @@ constexpr int waitMs = 20000;
 } // namespace
 
 /// The form over a directory of days, found and worked by the names of its fields.
-class TestFourierForm : public TestSupport::BatchFolder {
+class TestFourierForm : public TestSupport::DaysFormTest {
     Q_OBJECT
 
 private slots:
@@ -58,6 +57,7 @@ private slots:
     void listOfInterference_data();
     void listOfInterference();
     void tellsWhatDoesNotFit();
+    void plansWhatArrowsChoose();
     void refusesDirectories_data();
     void refusesDirectories();
     void refusesInputs_data();
@@ -70,29 +70,17 @@ private:
     void open(const QString &directory, bool isFfa = false);
     void compute();
     void waitForDays(int count);
-    template <typename Widget>
-    Widget *find(const char *name) const
-    {
-        Widget *const widget = window.findChild<Widget *>(name);
-        if (!widget)
-            qFatal("no widget %s", name);
-        return widget;
-    }
     DaysModel *days() const { return window.findChild<DaysModel *>(); }
     const std::vector<Days::FourierLine> &lines() const
     {
         return window.findChild<LinesModel *>()->lines();
     }
     QString used() const { return find<QLabel>("used")->text(); }
-
-    MainWindow window;
 };
 
 void TestFourierForm::initTestCase()
 {
-    qputenv("XDG_CONFIG_HOME", folder.path().toUtf8()); // of the batch program too
-    window.resize(1280, 720);
-    window.show();
+    showWindow();
     makeDays("days");
 }
 
@@ -362,6 +350,16 @@ void TestFourierForm::tellsWhatDoesNotFit()
              qPrintable(told[0]));
     QVERIFY2(told[1].startsWith("10.pnt|") && told[1].contains("99.9424 ms"), qPrintable(told[1]));
     QVERIFY2(told[2].startsWith("11.pnt|"), qPrintable(told[2]));
+}
+
+// The arrows of a field change its text without a word of the line in it.
+void TestFourierForm::plansWhatArrowsChoose()
+{
+    open(path("days"));
+    QTRY_COMPARE_WITH_TIMEOUT(days()->rowCount(), dayCount, waitMs);
+    find<QSpinBox>("ray")->setValue(3);
+    find<QSpinBox>("ray")->stepUp();
+    QTRY_VERIFY_WITH_TIMEOUT(days()->dayRows()[0].reason.contains("ray 4"), waitMs);
 }
 
 void TestFourierForm::refusesDirectories_data()

@@ -1,5 +1,4 @@
 #include "analyses/days/dayplace.h"
-#include "app/mainwindow.h"
 #include "app/shell/settings.h"
 #include "forms/days/daysmodel.h"
 #include "forms/days/fourierform.h"
@@ -9,8 +8,8 @@
 #include "forms/sky/smallplot.h"
 #include "plot/pulsargrafik.h"
 #include "results/resulttable.h"
-#include "support/batchfolder.h"
 #include "support/dayfiles.h"
+#include "support/daysformtest.h"
 #include "support/messageboxcatcher.h"
 #include "support/testmain.h"
 
@@ -43,11 +42,11 @@ bool isOfPulses(double frequency, bool isFfa)
 } // namespace
 
 /// The form over maps and searches, found and worked by the names of its fields.
-class TestSkyForm : public TestSupport::BatchFolder {
+class TestSkyForm : public TestSupport::DaysFormTest {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
+    void initTestCase() { showWindow(); }
     void cleanup();
 
     void mapsRaysAndOpensACell_data() { products(); }
@@ -73,27 +72,10 @@ private:
     QString makeDays(const QString &name);
     void open(const QString &directory, bool isSearch, bool isFfa = false);
     void compute(const QString &rays = "all");
-    template <typename Widget>
-    Widget *find(const char *name) const
-    {
-        Widget *const widget = window.findChild<Widget *>(name);
-        if (!widget)
-            qFatal("no widget %s", name);
-        return widget;
-    }
     MapView *map() const { return find<MapView>("map"); }
     SkyCandidatesModel *candidates() const { return window.findChild<SkyCandidatesModel *>(); }
     QString told() const { return find<QLabel>("told")->text(); }
-
-    MainWindow window;
 };
-
-void TestSkyForm::initTestCase()
-{
-    qputenv("XDG_CONFIG_HOME", folder.path().toUtf8()); // of the batch program too
-    window.resize(1280, 720);
-    window.show();
-}
 
 void TestSkyForm::cleanup()
 {

@@ -85,6 +85,8 @@ void TestAxisLabels::yFitsItsRoom()
     // six characters end before the plot only further left
     QCOMPARE(yTexts(0, 150, 3), QString("22 0.000; 15 50.000; 8 100.000; 8 150.000"));
     QCOMPARE(yTexts(0, 2.4e7, 0), QString("14 0; 14 8.0e6; 14 1.60e7; 14 2.40e7"));
+    // decimals go before exponents come
+    QCOMPARE(yTexts(3420, 4110, 3), QString("14 3420; 14 3650; 14 3880; 14 4110"));
     // values that differ in the last of many digits only
     QCOMPARE(yTexts(0, 1e9, 0, {{}, Plot::Range{5e8, 5e8 + 1500}}),
              QString("5.000000e8 +14 +0; 14 +500; 14 +1000; 14 +1500"));

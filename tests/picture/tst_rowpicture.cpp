@@ -1,4 +1,5 @@
 #include "picture/colourmap.h"
+#include "picture/percentiles.h"
 #include "picture/rowpicture.h"
 #include "support/testmain.h"
 
@@ -14,6 +15,7 @@ private slots:
     void narrowLinesStayInSight();
     void fewerValuesThanColumns();
     void colours();
+    void stormsDoNotSetTheScale();
 };
 
 void TestRowPicture::narrowLinesStayInSight()
@@ -53,6 +55,19 @@ void TestRowPicture::colours()
     QCOMPARE(image.pixel(540, 400), QRgb(map.back()));
     QCOMPARE(image.pixel(540, 100), QRgb(map.front()));
     QCOMPARE(image.pixel(200, 400), QRgb(map.front()));
+}
+
+void TestRowPicture::stormsDoNotSetTheScale()
+{
+    std::vector<float> values;
+    for (int row = 0; row < 9; ++row) {
+        for (int i = 0; i < 101; ++i)
+            values.push_back(row < 3 ? 1000.F : float(i + row)); // three storms in nine days
+    }
+    values[5 * 101] = std::numeric_limits<float>::infinity();
+    const std::vector<float> ends = Plot::percentilesOfRows(values, 101, {0.01, 0.99});
+    QCOMPARE(ends, (std::vector<float>{8, 106}));
+    QVERIFY(Plot::percentilesOfRows({}, 7, {0.5}).empty());
 }
 
 int main(int argc, char **argv)

@@ -1,6 +1,5 @@
 #include "analyses/compare/comparedays.h"
 
-#include "base/shellword.h"
 #include "calc/robuststatistics.h"
 #include "coords/skyclock.h"
 
@@ -314,14 +313,7 @@ std::shared_ptr<const Comparison> compareDays(const CompareProducts &products,
 QString compareCommand(const CompareParameters &parameters, const QStringList &daysOff,
                        const QStringList &folders)
 {
-    const CompareAnalysis &analysis = compareAnalysis();
-    QStringList words = {"zrt-batch", analysis.command};
-    words += Tools::optionWords(analysis, parameters);
-    if (!daysOff.isEmpty())
-        words << "--days-off" << shellWord(daysOff.join(','));
-    for (const QString &folder : folders)
-        words << shellWord(folder);
-    return words.join(' ');
+    return Days::commandOfDays(compareAnalysis(), parameters, daysOff, folders);
 }
 
 } // namespace Compare

@@ -1,4 +1,5 @@
 #include "analyses/compare/comparedays.h"
+#include "analyses/days/stretchfields.h"
 
 #include <algorithm>
 
@@ -31,19 +32,13 @@ constexpr char examples[] =
 
 CompareField field(const FieldText &text, FieldRef (*of)(P &))
 {
-    CompareField made{text, of};
-    made.recorded = Recorded::Always;
-    return made;
+    return Days::recordedField<P>(text, of);
 }
 
 // The place in the day and the sum are asked for as by the other analyses over days.
 CompareField sameField(const QString &option, FieldRef (*of)(P &))
 {
-    const std::vector<Days::FourierDaysField> &fields = Days::fourierDaysFields();
-    return field(
-        *std::find_if(fields.begin(), fields.end(),
-                      [&](const Days::FourierDaysField &one) { return one.option == option; }),
-        of);
+    return field(Days::fourierDaysField(option), of);
 }
 
 const std::vector<CompareField> &compareFields()

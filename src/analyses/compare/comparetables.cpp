@@ -49,9 +49,11 @@ std::vector<HeaderLine> comparisonLines(const CompareProducts &products,
         {"compared", QString("%1 of %2 days").arg(comparison.days).arg(plan.offsets.size())},
         {"tresolution", numberText(plan.days.list.tresolution) + " s"},
         {"sidereal_begin", siderealText(plan.siderealTime)},
-        {"limit", numberText(comparison.limit)},
-        {"differences", QString::number(comparison.found)},
         {"site", plan.days.beam.site.isEmpty() ? QString("unknown") : plan.days.beam.site}};
+    if (comparison.problem.isEmpty()) {
+        lines.push_back({"limit", numberText(comparison.limit)});
+        lines.push_back({"differences", QString::number(comparison.found)});
+    }
     for (const QString &remark : plan.days.remarks)
         lines.push_back({"remark", remark});
     if (!comparison.problem.isEmpty())

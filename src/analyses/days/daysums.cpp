@@ -132,33 +132,20 @@ DaySeries sumWithMedians(const RecordingSet &set, const Day &day, int points,
                          const SeriesRequest &request, const Jobs::Control &control)
 {
     DaySeries series;
-    const Reading reading = samplesOfDay(set, day, {request}, control);
-    const ObservationData *data = reading.whole();
-    if (!data) {
-        series.problem = reading.reason();
-        series.wasStopped = reading.end() == StretchEnd::Cancelled;
+    const FiniteDay finite = finiteSamplesOfDay(set, day, request, control);
+    series.problem = finite.problem;
+    series.wasStopped = finite.wasStopped;
+    if (!finite.isWhole)
         return series;
-    }
-    const Tools::FiniteSamples finite =
-        Tools::finiteSamples(*data, 0, 0, Tools::wholeChannels(*data, Pulsar::sumBands));
-    if (!finite.samples || !finite.empty.empty()) {
-        series.problem = data->filePath + ": " +
-                         (finite.samples ? Tools::noFiniteText(finite.empty) +
-                                               ". Choose another ray, or leave the day out."
-                                         : "there is not enough memory. Close other programs.");
-        return series;
-    }
-    ObservationData usable = *data;
-    usable.samples = finite.samples;
     PulsarParameters parameters;
     parameters.module = 1;
     parameters.ray = 1;
     parameters.firstPoint = day.before;
     std::vector<double> sums(static_cast<std::size_t>(points));
-    Pulsar::sumChannels(usable, parameters, sums.data(), points, request.dispersion,
+    Pulsar::sumChannels(finite.data, parameters, sums.data(), points, request.dispersion,
                         !request.isBackward);
     series.sums.assign(sums.begin(), sums.end());
-    series.remark = Tools::nonFiniteText(finite.replaced, data->point);
+    series.remark = finite.remark;
     return series;
 }
 
@@ -326,6 +313,33 @@ Reading samplesOfDay(const RecordingSet &set, const Day &day,
         parts.push_back(*data);
     }
     return joined(parts);
+}
+
+FiniteDay finiteSamplesOfDay(const RecordingSet &set, const Day &day, const SeriesRequest &request,
+                             const Jobs::Control &control)
+{
+    FiniteDay made;
+    const Reading reading = samplesOfDay(set, day, {request}, control);
+    const ObservationData *const data = reading.whole();
+    if (!data) {
+        made.problem = reading.reason();
+        made.wasStopped = reading.end() == StretchEnd::Cancelled;
+        return made;
+    }
+    const Tools::FiniteSamples finite =
+        Tools::finiteSamples(*data, 0, 0, Tools::wholeChannels(*data, Pulsar::sumBands));
+    if (!finite.samples || !finite.empty.empty()) {
+        made.problem = data->filePath + ": " +
+                       (finite.samples ? Tools::noFiniteText(finite.empty) +
+                                             ". Choose another ray, or leave the day out."
+                                       : "there is not enough memory. Close other programs.");
+        return made;
+    }
+    made.isWhole = true;
+    made.data = *data;
+    made.data.samples = finite.samples;
+    made.remark = Tools::nonFiniteText(finite.replaced, data->point);
+    return made;
 }
 
 } // namespace Days

@@ -20,4 +20,16 @@ StretchResult<ObservationData> samplesOfDay(const RecordingSet &set, const Day &
                                             const std::vector<SeriesRequest> &requests,
                                             const Jobs::Control &control);
 
+/// The samples of a day for one module and ray, those that are no finite numbers replaced by the
+/// median of their channel.
+struct FiniteDay {
+    ObservationData data;
+    QString remark;  ///< what was replaced
+    QString problem; ///< why it is not whole
+    bool wasStopped = false;
+    bool isWhole = false;
+};
+FiniteDay finiteSamplesOfDay(const RecordingSet &set, const Day &day, const SeriesRequest &request,
+                             const Jobs::Control &control);
+
 } // namespace Days

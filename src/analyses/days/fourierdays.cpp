@@ -359,11 +359,17 @@ QString fourierDaysCommand(bool isSurvey, const FourierDaysParameters &parameter
             std::remove_if(analysis.fields.begin(), analysis.fields.end(), isOther),
             analysis.fields.end());
     }
-    QStringList words = {"zrt-batch", analysis.command};
-    words += Tools::optionWords(analysis, parameters);
-    if (!isSurvey)
-        words << "--all-days";
-    if (!daysOff.isEmpty() && !isSurvey)
+    const QStringList own = isSurvey ? QStringList() : QStringList("--all-days");
+    return commandText(analysis.command, Tools::optionWords(analysis, parameters) + own,
+                       isSurvey ? QStringList() : daysOff, folders);
+}
+
+QString commandText(const QString &command, const QStringList &options, const QStringList &daysOff,
+                    const QStringList &folders)
+{
+    QStringList words = {"zrt-batch", command};
+    words += options;
+    if (!daysOff.isEmpty())
         words << "--days-off" << shellWord(daysOff.join(','));
     for (const QString &folder : folders)
         words << shellWord(folder);

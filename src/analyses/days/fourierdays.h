@@ -25,6 +25,9 @@ using FourierDaysAnalysis =
 /// The parameters of spectra, in the order of the help and of the headers of tables.
 const std::vector<FourierDaysField> &fourierDaysFields();
 
+/// What spectra call the parameter of an option, which others over days take too.
+const FieldText &fourierDaysField(const QString &option);
+
 /// Those of periodograms.
 const std::vector<FourierDaysField> &ffaDaysFields();
 
@@ -93,5 +96,20 @@ QString dayName(const QDateTime &begin);
 /// @param daysOff  names of days, or their dates, that do not count; all others do
 QString fourierDaysCommand(bool isSurvey, const FourierDaysParameters &parameters,
                            const QStringList &daysOff, const QStringList &folders);
+
+/// A call of the batch program for days of folders.
+///
+/// @param daysOff  names of days, or their dates, that do not count
+QString commandText(const QString &command, const QStringList &options, const QStringList &daysOff,
+                    const QStringList &folders);
+
+/// The same with the parameters of an analysis.
+template <typename Parameters>
+QString commandOfDays(const Analysis<Parameters> &analysis, const Parameters &parameters,
+                      const QStringList &daysOff, const QStringList &folders)
+{
+    return commandText(analysis.command, Tools::optionWords(analysis, parameters), daysOff,
+                       folders);
+}
 
 } // namespace Days

@@ -79,4 +79,11 @@ const std::vector<FourierDaysField> &fourierDaysFields()
     return all;
 }
 
+const FieldText &fourierDaysField(const QString &option)
+{
+    const std::vector<FourierDaysField> &all = fourierDaysFields();
+    return *std::find_if(all.begin(), all.end(),
+                         [&](const FourierDaysField &one) { return one.option == option; });
+}
+
 } // namespace Days

@@ -162,18 +162,11 @@ DayPhase phaseOfDay(const Ephemeris &ephemeris, const QDateTime &begin, double s
         const double after = seconds * part / parts;
         phase.turns.push_back(ephemeris.turnsAt(atBegin + after + delayAt(after)));
     }
-    phase.delay = delayAt(seconds / 2);
     const double whole = std::floor(phase.turns.front());
     for (double &turn : phase.turns)
         turn -= whole;
     phase.frequency = (phase.turns.back() - phase.turns.front()) / seconds;
     return phase;
-}
-
-double barycentricMjd(const QDateTime &utc, const Tools::SkyPosition &direction)
-{
-    return Tools::modifiedJulianDay(utc) +
-           Tools::barycentricView(Tools::ownSite(), utc, direction).delay / secondsPerDay;
 }
 
 } // namespace Profiles

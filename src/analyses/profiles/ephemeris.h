@@ -44,7 +44,6 @@ struct DayPhase {
     /// 0 to 1. Between them the phase runs evenly.
     std::vector<double> turns;
     double frequency = 0; ///< Hz, mean of the stretch at the telescope
-    double delay = 0;     ///< s from UTC at the telescope to TDB at the barycentre, in the middle
     bool isTurned = true; ///< false: the direction is unknown, all is as the telescope sees it
 
     double at(double part) const; ///< turns, at a part of the stretch from 0 to 1
@@ -56,8 +55,5 @@ struct DayPhase {
 /// @param direction  without numbers, the ephemeris is taken as that at the telescope
 DayPhase phaseOfDay(const Ephemeris &ephemeris, const QDateTime &begin, double seconds,
                     const Tools::SkyPosition &direction, int parts);
-
-/// MJD (TDB) at the barycentre of what a telescope receives at a moment of UTC.
-double barycentricMjd(const QDateTime &utc, const Tools::SkyPosition &direction);
 
 } // namespace Profiles

@@ -5,9 +5,11 @@
 #include "calc/baseline.h"
 #include "calc/leveljumps.h"
 #include "calc/pulsar/bandsum.h"
+#include "calc/significance.h"
 #include "coords/barycentre.h"
 
 #include <algorithm>
+#include <boost/math/statistics/univariate_statistics.hpp>
 #include <cmath>
 #include <numeric>
 
@@ -15,7 +17,6 @@ namespace Profiles {
 
 namespace {
 
-constexpr int mostParts = 8;
 constexpr double periodsOfPart = 4;
 constexpr int mostNoiseParts = 64;
 
@@ -24,6 +25,13 @@ constexpr int mostNoiseParts = 64;
 int partsOf(double periods)
 {
     return std::clamp(int(periods / periodsOfPart), 1, mostParts);
+}
+
+const ProfileDay *firstWhole(const std::vector<ProfileDay> &days)
+{
+    const auto first =
+        std::find_if(days.begin(), days.end(), [](const ProfileDay &day) { return day.isWhole(); });
+    return first == days.end() ? nullptr : &*first;
 }
 
 int ProfileDay::usedBands() const
@@ -62,18 +70,37 @@ BandSeries bandSeries(const float *first, int count, const Folding &folding,
     return series;
 }
 
-// Folds count samples whose phase runs from one turn to another.
-Tools::FoldedProfile foldPart(const double *samples, int count, double from, double to, double late,
-                              int bins)
+// A run of samples of a stretch of so many points.
+struct Piece {
+    int begin = 0;
+    int end = 0; // not included
+
+    Piece(int points, int index, int pieces)
+        : begin(int(qint64(points) * index / pieces)),
+          end(int(qint64(points) * (index + 1) / pieces))
+    {}
+};
+
+// Folds a piece of a stretch. The phase is taken where its samples begin and end, which is a part
+// of a sample before the bounds of the sub-integrations.
+//
+// @param late  samples by which the stretch is read too late
+Tools::FoldedProfile foldPiece(const std::vector<double> &samples, const Piece &piece,
+                               const DayPhase &phase, double late, int bins)
 {
+    const double points = double(samples.size());
+    const double from = phase.at(piece.begin / points);
+    const double to = phase.at(piece.end / points);
+    const int count = piece.end - piece.begin;
     const double period = count / (to - from); // samples
     const double first = (from - std::floor(from)) * period;
-    return Tools::fold(samples, count, period, bins, first + late);
+    return Tools::fold(samples.data() + piece.begin, count, period, bins, first + late);
 }
 
-// Noise of a sample in a sum of bands, from how the profiles of many pieces of the stretch differ:
-// what is slower than a bin and what bands have in common is in it, a steady pulse is not. Bins
-// with pulses that vary hardly count.
+// Noise of a sample in a sum of bands, from how the profiles of neighbouring pieces of the stretch
+// differ: what is slower than a bin and what bands have in common is in it; a steady pulse is not,
+// nor much of one that drifts because the period is a little wrong. Bins with pulses that vary
+// hardly count.
 double sampleNoise(const std::vector<double> &sum, const DayPhase &phase, int bins)
 {
     const int count = int(sum.size());
@@ -81,37 +108,23 @@ double sampleNoise(const std::vector<double> &sum, const DayPhase &phase, int bi
     const int pieces = std::clamp(int(periods / periodsOfPart), 1, mostNoiseParts);
     if (pieces < 2)
         return Tools::sigma(sum.data(), count);
-    std::vector<Tools::FoldedProfile> profiles;
+    std::vector<double> variances(std::size_t(bins), 0.0);
+    Tools::FoldedProfile before;
     for (int i = 0; i < pieces; ++i) {
-        const int begin = int(qint64(count) * i / pieces);
-        const int end = int(qint64(count) * (i + 1) / pieces);
-        profiles.push_back(foldPart(sum.data() + begin, end - begin,
-                                    phase.at(double(begin) / count), phase.at(double(end) / count),
-                                    0, bins));
-    }
-    std::vector<double> variances;
-    for (std::size_t bin = 0; bin < std::size_t(bins); ++bin) {
-        double weights = 0;
-        double mean = 0;
-        for (const Tools::FoldedProfile &profile : profiles) {
-            if (!(profile.variances[bin] > 0))
-                continue;
-            weights += 1 / profile.variances[bin];
-            mean += profile.bins[bin] / profile.variances[bin];
+        Tools::FoldedProfile profile = foldPiece(sum, Piece(count, i, pieces), phase, 0, bins);
+        for (std::size_t bin = 0; bin < variances.size() && i > 0; ++bin) {
+            const double variance = before.variances[bin] + profile.variances[bin];
+            if (before.variances[bin] > 0 && profile.variances[bin] > 0)
+                variances[bin] +=
+                    std::pow(profile.bins[bin] - before.bins[bin], 2) / variance / (pieces - 1);
         }
-        double squares = 0;
-        for (const Tools::FoldedProfile &profile : profiles) {
-            if (profile.variances[bin] > 0)
-                squares += std::pow(profile.bins[bin] - mean / weights, 2) / profile.variances[bin];
-        }
-        variances.push_back(squares / (pieces - 1));
+        before = std::move(profile);
     }
-    const auto middle = variances.begin() + std::ptrdiff_t(variances.size() / 2);
-    std::nth_element(variances.begin(), middle, variances.end());
-    const double upper = *middle;
-    const double median = (upper + *std::max_element(variances.begin(), middle)) / 2;
-    // Median of chi squared over its degrees of freedom (Wilson & Hilferty 1931).
-    return std::sqrt(median / std::pow(1 - 2 / (9.0 * (pieces - 1)), 3));
+    // Such a mean of squared differences scatters as chi squared of so many degrees over them (von
+    // Neumann 1941, Ann. Math. Stat. 12, 367).
+    const double powers = std::pow(pieces - 1, 2) / (3.0 * pieces - 4); // half of the degrees
+    return std::sqrt(boost::math::statistics::median(variances) * powers /
+                     Tools::medianPower(powers));
 }
 
 // Puts the bands of a day into its product.
@@ -165,14 +178,10 @@ public:
 private:
     void addPart(int band, int part, const std::vector<double> &samples, double late)
     {
-        const int begin = int(qint64(points) * part / day.parts());
-        const int end = int(qint64(points) * (part + 1) / day.parts());
-        const auto at = std::size_t(part);
         const Tools::FoldedProfile profile =
-            foldPart(samples.data() + begin, end - begin, day.phase.turns[at],
-                     day.phase.turns[at + 1], late, folding.bins);
-        const std::size_t row =
-            (at * day.frequencies.size() + std::size_t(band)) * std::size_t(folding.bins);
+            foldPiece(samples, Piece(points, part, day.parts()), day.phase, late, folding.bins);
+        const std::size_t row = (std::size_t(part) * day.frequencies.size() + std::size_t(band)) *
+                                std::size_t(folding.bins);
         for (std::size_t bin = 0; bin < profile.bins.size(); ++bin) {
             day.values[row + bin] = float(profile.bins[bin]);
             shared += 2 * profile.covariances[bin] * profile.weights[bin];
@@ -195,6 +204,7 @@ ProfileDay foldDay(const ObservationData &data, int first, int points, const Fol
     ProfileDay day;
     day.seconds = points * data.tresolution;
     day.phase = phase;
+    day.dispersion = folding.dispersion;
     day.bins = folding.bins;
     day.frequencies.assign(data.fbands.begin(), data.fbands.begin() + Pulsar::sumBands);
     const Tools::BandDelays delays = Pulsar::bandDelays(data, folding.dispersion);
@@ -228,31 +238,75 @@ double delayPerDispersion(const ProfileDay &day, int band)
            Tools::inverseSquares(day.frequencies[std::size_t(band)], day.frequencies.back());
 }
 
+namespace {
+
+// s from the middle of the stretch to that of a sub-integration.
+double fromMiddle(const ProfileDay &day, int part)
+{
+    return ((part + 0.5) / day.parts() - 0.5) * day.seconds;
+}
+
+const float *rowOf(const ProfileDay &day, int part, int band)
+{
+    return &day.values[std::size_t(part * day.bands() + band) * std::size_t(day.bins)];
+}
+
+} // namespace
+
+void addRows(const ProfileDay &day, const PhaseChange &change, double weight,
+             std::vector<Tools::Harmonics> &rows)
+{
+    const double share = weight / day.usedBands();
+    std::vector<double> row;
+    for (int part = 0; part < day.parts(); ++part) {
+        const double drift = change.moreFrequency * fromMiddle(day, part);
+        for (int band = 0; band < day.bands(); ++band) {
+            if (!day.used[std::size_t(band)])
+                continue;
+            const float *const values = rowOf(day, part, band);
+            row.assign(values, values + day.bins);
+            const double late =
+                change.moreDispersion * delayPerDispersion(day, band) * day.phase.frequency;
+            Tools::addTurned(Tools::harmonicsOf(row), change.turns + drift - late, share,
+                             rows[std::size_t(part * day.bands() + band)]);
+        }
+    }
+}
+
+std::vector<Tools::Harmonics> partHarmonics(const ProfileDay &day,
+                                            const std::vector<Tools::Harmonics> &rows,
+                                            double moreDispersion)
+{
+    std::vector<Tools::Harmonics> parts(std::size_t(day.parts()),
+                                        Tools::Harmonics(rows.front().size()));
+    for (int band = 0; band < day.bands(); ++band) {
+        const double late = moreDispersion * delayPerDispersion(day, band) * day.phase.frequency;
+        for (int part = 0; part < day.parts(); ++part)
+            Tools::addTurned(rows[std::size_t(part * day.bands() + band)], -late, 1,
+                             parts[std::size_t(part)]);
+    }
+    return parts;
+}
+
 std::vector<Tools::Harmonics> partHarmonics(const ProfileDay &day, double moreDispersion)
 {
-    const auto bins = std::size_t(day.bins);
-    std::vector<Tools::Harmonics> parts(std::size_t(day.parts()), Tools::Harmonics(bins / 2 + 1));
-    std::vector<double> row(bins);
-    const double weight = 1.0 / day.usedBands();
-    for (std::size_t part = 0; part < parts.size(); ++part) {
-        // Without turning, the bands are added before they are transformed.
-        std::vector<double> sum(bins);
-        for (std::size_t band = 0; band < day.frequencies.size(); ++band) {
-            if (!day.used[band])
-                continue;
-            const float *const values = &day.values[(part * day.frequencies.size() + band) * bins];
-            if (moreDispersion == 0) {
-                for (std::size_t bin = 0; bin < bins; ++bin)
-                    sum[bin] += double(values[bin]);
-                continue;
-            }
-            row.assign(values, values + bins);
-            const double late = moreDispersion * delayPerDispersion(day, int(band));
-            Tools::addTurned(Tools::harmonicsOf(row), -late * day.phase.frequency, weight,
-                             parts[part]);
+    if (moreDispersion != 0) {
+        std::vector<Tools::Harmonics> rows(std::size_t(day.parts() * day.bands()),
+                                           Tools::Harmonics(std::size_t(day.bins) / 2 + 1));
+        addRows(day, {0, moreDispersion, 0}, 1, rows);
+        return partHarmonics(day, rows, 0);
+    }
+    // Without turning, the bands are added before they are transformed.
+    const double share = 1.0 / day.usedBands();
+    std::vector<Tools::Harmonics> parts;
+    for (int part = 0; part < day.parts(); ++part) {
+        std::vector<double> sum(std::size_t(day.bins));
+        for (int band = 0; band < day.bands(); ++band) {
+            const float *const values = rowOf(day, part, band);
+            for (std::size_t bin = 0; bin < sum.size(); ++bin)
+                sum[bin] += share * double(values[bin]);
         }
-        if (moreDispersion == 0)
-            Tools::addTurned(Tools::harmonicsOf(sum), 0, weight, parts[part]);
+        parts.push_back(Tools::harmonicsOf(sum));
     }
     return parts;
 }
@@ -261,10 +315,9 @@ Tools::Harmonics dayHarmonics(const ProfileDay &day, const std::vector<Tools::Ha
                               double moreFrequency)
 {
     Tools::Harmonics sum(parts.front().size());
-    for (std::size_t part = 0; part < parts.size(); ++part) {
-        const double fromMiddle = ((double(part) + 0.5) / double(parts.size()) - 0.5) * day.seconds;
-        Tools::addTurned(parts[part], moreFrequency * fromMiddle, 1.0 / double(parts.size()), sum);
-    }
+    for (int part = 0; part < day.parts(); ++part)
+        Tools::addTurned(parts[std::size_t(part)], moreFrequency * fromMiddle(day, part),
+                         1.0 / day.parts(), sum);
     return sum;
 }
 

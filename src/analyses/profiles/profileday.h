@@ -28,6 +28,7 @@ struct ProfileDay {
     double seconds = 0;
     Tools::SkyPosition direction;
     DayPhase phase;
+    double dispersion = 0; ///< pc/cm^3, of the fold
     int bins = 0;
     std::vector<double> frequencies; ///< MHz, of the bands; the last one is the reference
     std::vector<bool> used;          ///< bands with noise; others count nowhere
@@ -46,6 +47,11 @@ struct ProfileDay {
     int bands() const { return int(frequencies.size()); }
     int usedBands() const;
 };
+
+/// The first day that has a profile; null where there is none.
+const ProfileDay *firstWhole(const std::vector<ProfileDay> &days);
+
+inline constexpr int mostParts = 8; ///< sub-integrations of a stretch
 
 /// Sub-integrations of a stretch: 8, or fewer where each of them would have less than four periods,
 /// for then its bins differ in noise.
@@ -66,9 +72,27 @@ ProfileDay profileOfDay(const RecordingSet &set, const Days::DayPlan &plan, cons
                         const Folding &folding, const Ephemeris &ephemeris, const QString &folder,
                         const Jobs::Control &control = {});
 
+/// What the phases of a day are changed by.
+struct PhaseChange {
+    double moreFrequency = 0;  ///< Hz; the phase in the middle of the stretch stays
+    double moreDispersion = 0; ///< pc/cm^3; that of the last band stays
+    double turns = 0;          ///< later
+};
+
 /// The harmonics of each sub-integration, the bands added up at the dispersion of the fold and so
 /// much more.
 std::vector<Tools::Harmonics> partHarmonics(const ProfileDay &day, double moreDispersion = 0);
+
+/// Adds `weight` times the harmonics of each sub-integration and band, [part][band], to rows. They
+/// are those at the dispersion and the frequency of the fold and so much more, moved later by so
+/// many turns. The sum over the bands is their mean.
+void addRows(const ProfileDay &day, const PhaseChange &change, double weight,
+             std::vector<Tools::Harmonics> &rows);
+
+/// The bands of such rows added up at so much more dispersion.
+std::vector<Tools::Harmonics> partHarmonics(const ProfileDay &day,
+                                            const std::vector<Tools::Harmonics> &rows,
+                                            double moreDispersion);
 
 /// The mean over the sub-integrations at the frequency of the fold and so much more; the phase in
 /// the middle of the stretch stays.

@@ -2,7 +2,6 @@
 #include "analyses/days/daysums.h"
 #include "analyses/profiles/profileday.h"
 #include "base/numbertext.h"
-#include "calc/finitesamples.h"
 #include "calc/pulsar/bandsum.h"
 
 #include <algorithm>
@@ -20,7 +19,7 @@ Days::ProductKind kindOf(const ProfileDay &day, const Folding &folding, int poin
 {
     Days::ProductKind kind;
     kind.title = "profile: folded sub-integrations of bands 1 to " +
-                 QByteArray::number(Pulsar::sumBands) + ", form 1";
+                 QByteArray::number(Pulsar::sumBands) + ", form 2";
     kind.extension = "profile";
     kind.values = day.parts() * Pulsar::sumBands * day.bins + Pulsar::sumBands + numbersBehind;
     kind.lines = "stretch: " + QByteArray::number(points) + "\nnoise: " + folding.noise.toUtf8() +
@@ -62,6 +61,7 @@ ProfileDay placed(const Days::DayPlan &plan, const Days::Day &day, const Folding
     ProfileDay made;
     made.begin = day.begin;
     made.utc = day.begin.addMSecs(qint64(std::llround(-1000 * plan.choice.start.clockOffset)));
+    made.dispersion = folding.dispersion;
     made.bins = folding.bins;
     made.seconds = plan.choice.points * plan.list.tresolution;
     made.direction = Days::directionOf(plan, day.begin);
@@ -80,29 +80,17 @@ ProfileDay foldedOf(const RecordingSet &set, const Days::DayPlan &plan, const Da
                     const Days::SeriesRequest &request, const Folding &folding,
                     const DayPhase &phase, const Jobs::Control &control)
 {
-    ProfileDay made;
-    const StretchResult<ObservationData> reading = Days::samplesOfDay(set, day, {request}, control);
-    const ObservationData *const data = reading.whole();
-    if (!data) {
-        made.problem = reading.reason();
-        made.wasStopped = reading.end() == StretchEnd::Cancelled;
-        return made;
+    const Days::FiniteDay finite = Days::finiteSamplesOfDay(set, day, request, control);
+    if (!finite.isWhole) {
+        ProfileDay none;
+        none.problem = finite.problem;
+        none.wasStopped = finite.wasStopped;
+        return none;
     }
-    const Tools::FiniteSamples finite =
-        Tools::finiteSamples(*data, 0, 0, Tools::wholeChannels(*data, Pulsar::sumBands));
-    if (!finite.samples || !finite.empty.empty()) {
-        made.problem = data->filePath + ": " +
-                       (finite.samples ? Tools::noFiniteText(finite.empty) +
-                                             ". Choose another ray, or leave the day out."
-                                       : "there is not enough memory. Close other programs.");
-        return made;
-    }
-    ObservationData usable = *data;
-    usable.samples = finite.samples;
-    made = foldDay(usable, day.before, plan.choice.points, folding, phase, control);
+    ProfileDay made = foldDay(finite.data, day.before, plan.choice.points, folding, phase, control);
     if (!made.problem.isEmpty())
-        made.problem = data->filePath + ": " + made.problem;
-    made.remark = Tools::nonFiniteText(finite.replaced, data->point);
+        made.problem = finite.data.filePath + ": " + made.problem;
+    made.remark = finite.remark;
     return made;
 }
 

@@ -1,6 +1,6 @@
 #include "analyses/days/fourierdays.h"
+#include "analyses/days/stretchfields.h"
 #include "analyses/profiles/profileparameters.h"
-#include "base/shellword.h"
 #include "calc/pulsar/pulsarfields.h"
 
 #include <algorithm>
@@ -37,19 +37,12 @@ constexpr char examples[] =
 
 ProfileField field(const FieldText &text, FieldRef (*of)(P &))
 {
-    ProfileField made{text, of};
-    made.recorded = Recorded::Always;
-    return made;
+    return Days::recordedField<P>(text, of);
 }
 
-// What the stacks of days call the same parameter.
 ProfileField dayField(const QString &option, FieldRef (*of)(P &))
 {
-    const auto &all = Days::fourierDaysFields();
-    const auto found = std::find_if(all.begin(), all.end(), [&](const Days::FourierDaysField &one) {
-        return one.option == option;
-    });
-    return field(*found, of);
+    return field(Days::fourierDaysField(option), of);
 }
 
 std::vector<ProfileField> placeFields()
@@ -85,7 +78,8 @@ std::vector<ProfileField> foldFields()
         field({"derivative", "--f1", "F1", "Its change, s^-2.", "f1", "s^-2"},
               refOf<&P::derivative>),
         field({"epoch", "--epoch", "MJD",
-               "Epoch of period and frequency; 0: the middle of the first day.", "epoch", "MJD"},
+               "Epoch of period and frequency; 0: midnight nearest to the first day.", "epoch",
+               "MJD"},
               refOf<&P::epoch>),
         field({"parFile", "--par", "FILE", "Ephemeris: a .par file with F0.", "par"},
               refOf<&P::parFile>),
@@ -144,6 +138,11 @@ const std::vector<ProfileField> &profileFields()
         std::vector<ProfileField> fields = placeFields();
         for (const std::vector<ProfileField> &more : {foldFields(), stackFields()})
             fields.insert(fields.end(), more.begin(), more.end());
+        // Left empty in a form, these have their presets.
+        const QStringList optional = {"dispersion", "period", "frequency",   "derivative", "epoch",
+                                      "beginError", "sefd",   "temperature", "gain"};
+        for (ProfileField &one : fields)
+            one.isOptional = optional.contains(one.name);
         return fields;
     }();
     return all;
@@ -168,13 +167,7 @@ const ProfileAnalysis &profileAnalysis()
 QString profileCommand(const ProfileParameters &parameters, const QStringList &daysOff,
                        const QStringList &folders)
 {
-    QStringList words = {"zrt-batch", profileAnalysis().command};
-    words += Tools::optionWords(profileAnalysis(), parameters);
-    if (!daysOff.isEmpty())
-        words << "--days-off" << shellWord(daysOff.join(','));
-    for (const QString &folder : folders)
-        words << shellWord(folder);
-    return words.join(' ');
+    return Days::commandOfDays(profileAnalysis(), parameters, daysOff, folders);
 }
 
 } // namespace Profiles

@@ -175,11 +175,8 @@ ProfilePlan planProfiles(const RecordingSet &set, const P &asked)
 {
     ProfilePlan plan;
     plan.problems = problemsOf(asked);
-    if (!plan.problems.empty())
-        return plan;
-    findEphemeris(asked, plan);
-    if (!plan.problems.empty())
-        return plan;
+    if (plan.problems.empty())
+        findEphemeris(asked, plan);
     P &parameters = plan.parameters = asked;
     parameters.dispersion = dispersionOf(asked, plan.ephemeris);
     parameters.beginError = beginErrorOf(asked, set);
@@ -190,7 +187,7 @@ ProfilePlan planProfiles(const RecordingSet &set, const P &asked)
     days.dispersion = parameters.dispersion;
     days.noise = parameters.noise;
     plan.days = Days::planDays(set, days);
-    plan.problems = plan.days.problems;
+    plan.problems.insert(plan.problems.end(), plan.days.problems.begin(), plan.days.problems.end());
     plan.remarks += plan.days.remarks;
     if (!plan.problems.empty() || plan.days.list.days.empty())
         return plan;

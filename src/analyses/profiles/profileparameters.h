@@ -18,7 +18,7 @@ struct ProfileParameters : Days::DayPlace {
     double period = 0;     ///< s, barycentric; 0: by the frequency, the file or the catalogue
     double frequency = 0;  ///< F0, Hz
     double derivative = 0; ///< F1, s^-2
-    double epoch = 0;      ///< MJD of both; 0: the middle of the first day
+    double epoch = 0;      ///< MJD of both; 0: the midnight nearest to the first day
     QString parFile;
     int bins = 64;
     QString align = "ephemeris"; ///< "ephemeris", "template" or "none"
@@ -54,7 +54,8 @@ struct ProfilePlan {
     Ephemeris ephemeris;
     Folding folding;
     QStringList remarks;
-    std::vector<FieldProblem> problems; ///< for which nothing of the above can be used
+    /// For which nothing can be folded; the days are told nevertheless where their place is.
+    std::vector<FieldProblem> problems;
 };
 ProfilePlan planProfiles(const RecordingSet &set, const ProfileParameters &parameters);
 

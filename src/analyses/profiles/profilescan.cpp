@@ -10,127 +10,102 @@ namespace Profiles {
 
 namespace {
 
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr double topShare = 0.9; // of the highest S/N, through which the cubic goes
 constexpr double leastSnr = 5;   // of a maximum that is told with an error
-// Periods of simulated pulses of S/N 8 to 20 scatter by so much more than the noise of their phase
-// tells.
-constexpr double periodScatter = 1.2;
 
-// The days that take part and what the scan needs of each.
-struct ScannedDay {
-    const ProfileDay *product = nullptr;
-    double weight = 0; // of the profile in units of its noise
-    double turn = 0;   // by which it is moved earlier
+// Harmonics of the sub-integrations and bands of a day, or of the sum of days.
+struct BandSum {
+    std::vector<Tools::Harmonics> rows;
+    double variances = 0;
+    double shared = 0; // weighted by variance
+
+    // Adds a day that is moved earlier by so many turns.
+    void add(const ProfileDay &day, const StackChoice &choice, double turn, double weight)
+    {
+        rows.resize(std::size_t(day.parts() * day.bands()),
+                    Tools::Harmonics(std::size_t(day.bins) / 2 + 1));
+        addRows(day, {choice.moreFrequency, choice.moreDispersion, -turn}, weight, rows);
+        const double variance = std::pow(weight * day.noise.sigma, 2);
+        variances += variance;
+        shared += variance * day.noise.shared;
+    }
+
+    Tools::ProfileNoise noise() const { return {std::sqrt(variances), shared / variances}; }
+};
+
+// What is tried, beside what the choice has.
+struct Trial {
+    double frequency = 0;  // Hz
+    double dispersion = 0; // pc/cm^3
 };
 
 class Scanner {
 public:
     Scanner(const std::vector<ProfileDay> &products, const ProfileStack &stack,
-            const StackChoice &stackChoice)
-        : choice(stackChoice)
+            const StackChoice &stackChoice, const Jobs::Control &control)
+        : choice(stackChoice), isCoherent(stack.inAverage > 0)
     {
-        isCoherent = stack.inAverage > 0;
-        for (std::size_t i = 0; i < products.size(); ++i) {
+        for (std::size_t i = 0; i < products.size() && !control.isStopped(); ++i) {
             const StackedDay &day = stack.days[i];
-            const bool takesPart =
-                isCoherent ? day.use != DayUse::Out
-                           : products[i].isWhole() && (choice.days.empty() || choice.days[i]);
-            if (!takesPart)
+            if (isCoherent ? day.use == DayUse::Out : !day.counts)
                 continue;
+            days.push_back(&products[i]);
             // Products are in units of a sample's noise.
             const double unit = choice.normalises ? 1 / products[i].noise.sigma : products[i].unit;
-            days.push_back({&products[i], isCoherent ? day.weight * unit : 1,
-                            std::isfinite(day.shift) ? day.shift : 0});
+            if (isCoherent)
+                sumOfAll.add(products[i], choice, day.use == DayUse::ByTemplate ? day.shift : 0,
+                             day.weight * unit);
         }
         if (days.empty())
             return;
-        bins = days.front().product->bins;
-        if (isCoherent)
-            shareNoise();
-        else
-            noise = {1, days.front().product->noise.shared};
-        const bool isSeen = stack.pulse.snr >= leastSnr && stack.pulse.isResolved;
-        width = isSeen ? stack.pulse.width : 2.0 / bins;
-        pulse = Tools::gaussianTemplate(width, bins, noise.shared);
+        const double least = 0.5 / example().bins;
+        width = stack.pulse.snr >= leastSnr ? std::max(stack.pulse.width, least) : 4 * least;
+        pulse = Tools::gaussianTemplate(width, example().bins, example().noise.shared);
     }
 
     bool isEmpty() const { return days.empty(); }
     bool coherent() const { return isCoherent; }
     double pulseWidth() const { return width; }
-    const ProfileDay &example() const { return *days.front().product; }
+    const ProfileDay &example() const { return *days.front(); }
 
-    // Sums the bands of all days at a dispersion.
-    void takeDispersion(double more)
+    // S/N of the trials; those of one dispersion one after the other. Empty where it was stopped.
+    std::vector<double> snrAt(const std::vector<Trial> &trials, const Jobs::Control &control) const
     {
-        parts.clear();
-        for (const ScannedDay &day : days)
-            parts.push_back(partHarmonics(*day.product, choice.moreDispersion + more));
-    }
-
-    double snrAt(double moreFrequency)
-    {
-        return isCoherent ? matchOfSum(moreFrequency).snr : sumOfDays(moreFrequency).snr;
-    }
-
-    // Standard error, turns, of the common phase of all days: what the slopes of phase over time
-    // and over frequency follow from.
-    double phaseError(double moreFrequency)
-    {
-        return isCoherent ? matchOfSum(moreFrequency).phaseError
-                          : sumOfDays(moreFrequency).phaseError;
+        std::vector<double> squares(trials.size());
+        if (isCoherent)
+            addSquares(trials, sumOfAll, squares);
+        for (std::size_t day = 0; day < days.size() && !isCoherent; ++day) {
+            if (control.isStopped())
+                return {};
+            BandSum sum;
+            sum.add(*days[day], choice, 0, 1);
+            addSquares(trials, sum, squares);
+            control.progress(int(100 * day / days.size()));
+        }
+        for (double &square : squares)
+            square = std::sqrt(square);
+        return squares;
     }
 
 private:
-    void shareNoise()
+    void addSquares(const std::vector<Trial> &trials, const BandSum &sum,
+                    std::vector<double> &squares) const
     {
-        double variances = 0;
-        double shared = 0;
-        for (const ScannedDay &day : days) {
-            const double variance = std::pow(day.weight * day.product->noise.sigma, 2);
-            variances += variance;
-            shared += variance * day.product->noise.shared;
+        const Tools::TemplateMatcher matcher(sum.noise(), pulse);
+        std::vector<Tools::Harmonics> parts;
+        for (std::size_t i = 0; i < trials.size(); ++i) {
+            if (i == 0 || trials[i].dispersion != trials[i - 1].dispersion)
+                parts = partHarmonics(example(), sum.rows, trials[i].dispersion);
+            const Tools::Harmonics mean = dayHarmonics(example(), parts, trials[i].frequency);
+            squares[i] += std::pow(matcher.match(mean).snr, 2);
         }
-        noise = {std::sqrt(variances), shared / variances};
-    }
-
-    Tools::Harmonics harmonicsAt(std::size_t i, double moreFrequency) const
-    {
-        return dayHarmonics(*days[i].product, parts[i], choice.moreFrequency + moreFrequency);
-    }
-
-    Tools::TemplateMatch matchOfSum(double moreFrequency) const
-    {
-        Tools::Harmonics sum(pulse.size());
-        for (std::size_t i = 0; i < days.size(); ++i)
-            Tools::addTurned(harmonicsAt(i, moreFrequency), -days[i].turn, days[i].weight, sum);
-        return Tools::matchTemplate(sum, noise, pulse);
-    }
-
-    Tools::TemplateMatch sumOfDays(double moreFrequency) const
-    {
-        double squares = 0;
-        double information = 0;
-        for (std::size_t i = 0; i < days.size(); ++i) {
-            const Tools::TemplateMatch match =
-                Tools::matchTemplate(harmonicsAt(i, moreFrequency), days[i].product->noise, pulse);
-            squares += match.snr * match.snr;
-            if (match.phaseError > 0)
-                information += 1 / (match.phaseError * match.phaseError);
-        }
-        Tools::TemplateMatch all;
-        all.snr = std::sqrt(squares);
-        all.phaseError = information > 0 ? 1 / std::sqrt(information) : 0;
-        return all;
     }
 
     const StackChoice &choice;
-    std::vector<ScannedDay> days;
-    std::vector<std::vector<Tools::Harmonics>> parts; // of each day
-    bool isCoherent = true;
-    int bins = 0;
+    const bool isCoherent;
+    std::vector<const ProfileDay *> days;
+    BandSum sumOfAll;
     double width = 0;
-    Tools::ProfileNoise noise;
     Tools::Harmonics pulse;
 };
 
@@ -148,84 +123,68 @@ std::pair<int, int> topOf(const std::vector<double> &snr)
     return {begin, end};
 }
 
-// Fits the cubic to the top of a curve and takes its maximum.
-void findBest(ScanCurve &curve)
+// Fits the cubic to the top of a curve.
+//
+// @return indices of its extremes within that, with a fraction
+std::vector<double> fitCubic(ScanCurve &curve)
 {
-    const auto highest = std::max_element(curve.snr.begin(), curve.snr.end());
-    const auto best = std::size_t(highest - curve.snr.begin());
-    curve.best = curve.values[best];
-    curve.isInside = best > 0 && best + 1 < curve.snr.size() && *highest >= leastSnr;
     const auto [begin, end] = topOf(curve.snr);
     constexpr int fewest = 5;
     if (end - begin < fewest)
-        return;
+        return {};
     const std::vector<double> top(curve.snr.begin() + begin, curve.snr.begin() + end);
     std::vector<double> fitted(top.size());
     Approximation cubic(top.data(), fitted.data(), int(top.size()));
     if (!cubic.polynomial(3, true))
-        return;
-    curve.cubic.assign(curve.snr.size(), notANumber);
+        return {};
+    curve.cubic.assign(curve.snr.size(), std::numeric_limits<double>::quiet_NaN());
     std::copy(fitted.begin(), fitted.end(), curve.cubic.begin() + begin);
-    const Approximation::Extrema &extrema = cubic.extrema();
-    const auto isWithin = [&](double position) {
-        return position > 0 && position < double(top.size() - 1);
-    };
-    double position = notANumber;
-    if (isWithin(extrema.firstPosition))
-        position = extrema.firstPosition;
-    if (isWithin(extrema.secondPosition) &&
-        !(std::isfinite(position) && extrema.firstValue > extrema.secondValue))
-        position = extrema.secondPosition;
-    if (!std::isfinite(position))
-        return;
-    const double place = begin + position;
-    const auto node = std::min(curve.values.size() - 2, std::size_t(place));
-    curve.best =
-        curve.values[node] + (place - double(node)) * (curve.values[node + 1] - curve.values[node]);
-}
-
-// Root of the mean square of how far the sub-integrations lie from the middle, s.
-double spreadOfTimes(const ProfileDay &day)
-{
-    const double parts = day.parts();
-    return day.seconds / parts * std::sqrt((parts * parts - 1) / 12);
-}
-
-// The same of the delays of the bands for a unit of dispersion, s.
-double spreadOfDelays(const ProfileDay &day)
-{
-    double sum = 0;
-    double squares = 0;
-    for (int band = 0; band < day.bands(); ++band) {
-        if (!day.used[std::size_t(band)])
-            continue;
-        const double delay = delayPerDispersion(day, band);
-        sum += delay;
-        squares += delay * delay;
+    std::vector<double> extremes;
+    for (const double position : {cubic.extrema().firstPosition, cubic.extrema().secondPosition}) {
+        if (position > 0 && position < double(top.size() - 1))
+            extremes.push_back(begin + position);
     }
-    const double count = day.usedBands();
-    return std::sqrt(std::max(0.0, squares / count - sum / count * sum / count));
+    return extremes;
 }
 
-// Steps of a scan: a drift between both ends of the stretch, or of the bands, for each.
+// Steps of a scan: a drift between both ends of the stretch, or of the bands, for each. Trials of
+// rising periods have falling frequencies.
 struct Steps {
-    double frequency = 0;  // Hz
-    double dispersion = 0; // pc/cm^3
+    Trial period;
+    Trial dispersion;
 };
 
 Steps stepsOf(const ProfileDay &day, double pulseWidth, double widths, int steps)
 {
-    const double drift = widths * std::max(pulseWidth, 1.0 / day.bins) + 1.0 / day.bins;
+    const double drift = (widths * std::max(pulseWidth, 1.0 / day.bins) + 1.0 / day.bins) / steps;
     const double delay = std::abs(delayPerDispersion(day, 0)) * day.phase.frequency;
-    return {drift / day.seconds / steps, delay > 0 ? drift / delay / steps : 0};
+    return {{-drift / day.seconds, 0}, {0, delay > 0 ? drift / delay : 0}};
+}
+
+std::vector<Trial> trialsOf(const Trial &step, const std::vector<double> &places)
+{
+    std::vector<Trial> trials;
+    for (const double place : places)
+        trials.push_back({place * step.frequency, place * step.dispersion});
+    return trials;
+}
+
+// -half .. half
+std::vector<double> placesOf(int half)
+{
+    std::vector<double> places;
+    for (int i = -half; i <= half; ++i)
+        places.push_back(i);
+    return places;
 }
 
 class ScanRun {
 public:
     ScanRun(const std::vector<ProfileDay> &products, const StackChoice &stackChoice,
-            const ProfileStack &stack, const ScanRequest &scanRequest, const Jobs::Control &asked)
-        : choice(stackChoice), request(scanRequest), control(asked),
-          scanner(products, stack, stackChoice)
+            const ProfileStack &dayStack, const ScanRequest &scanRequest,
+            const Jobs::Control &asked)
+        : choice(stackChoice), stack(dayStack), request(scanRequest), control(asked),
+          scanner(products, dayStack, stackChoice, asked)
     {}
 
     ProfileScan run()
@@ -233,8 +192,14 @@ public:
         if (scanner.isEmpty())
             return {};
         scan.isCoherent = scanner.coherent();
-        scanPeriods();
-        scanDispersions();
+        const Steps steps =
+            stepsOf(scanner.example(), scanner.pulseWidth(), request.widths, request.steps);
+        const auto period = [&](double place) { return periodAt(place * steps.period.frequency); };
+        const auto dispersion = [&](double place) {
+            return dispersionAt(place * steps.dispersion.dispersion);
+        };
+        scanCurve(steps.period, period, 0, scan.periods);
+        scanCurve(steps.dispersion, dispersion, 25, scan.dispersions);
         scanBoth();
         return control.isStopped() ? ProfileScan() : std::move(scan);
     }
@@ -251,63 +216,62 @@ private:
         return request.dispersion + choice.moreDispersion + more;
     }
 
-    void scanPeriods()
+    // Without stops, and with the progress of one of its parts.
+    std::vector<double> snrAt(const std::vector<Trial> &trials, int begin, int end) const
     {
-        const Steps steps =
-            stepsOf(scanner.example(), scanner.pulseWidth(), request.widths, request.steps);
-        scanner.takeDispersion(0);
-        for (int i = request.steps; i >= -request.steps && !control.isStopped(); --i) {
-            scan.periods.values.push_back(periodAt(i * steps.frequency));
-            scan.periods.snr.push_back(scanner.snrAt(i * steps.frequency));
-            control.progress(20 * (request.steps - i) / (2 * request.steps));
-        }
-        if (control.isStopped())
-            return;
-        findBest(scan.periods);
-        const double telescope = scanner.example().phase.frequency;
-        const double offset =
-            telescope * (request.period / scan.periods.best - 1) - choice.moreFrequency;
-        const double spread = spreadOfTimes(scanner.example());
-        const double error = spread > 0 ? scanner.phaseError(offset) / spread : 0; // Hz
-        scan.periods.error = periodScatter * error / telescope * scan.periods.best;
-        scan.periods.isInside = scan.periods.isInside && error > 0;
+        Jobs::Control part = control;
+        part.progress = [&](int percent) {
+            control.progress(begin + (end - begin) * percent / 100);
+        };
+        return scanner.snrAt(trials, part);
     }
 
-    void scanDispersions()
+    template <typename ValueAt>
+    void scanCurve(const Trial &step, ValueAt valueAt, int done, ScanCurve &curve)
     {
-        const Steps steps =
-            stepsOf(scanner.example(), scanner.pulseWidth(), request.widths, request.steps);
-        for (int i = -request.steps; i <= request.steps && !control.isStopped(); ++i) {
-            scanner.takeDispersion(i * steps.dispersion);
-            scan.dispersions.values.push_back(dispersionAt(i * steps.dispersion));
-            scan.dispersions.snr.push_back(scanner.snrAt(0));
-            control.progress(20 + 40 * (i + request.steps) / (2 * request.steps));
-        }
+        const std::vector<double> places = placesOf(request.steps);
+        curve.snr = snrAt(trialsOf(step, places), done, done + 20);
         if (control.isStopped())
             return;
-        findBest(scan.dispersions);
-        scanner.takeDispersion(scan.dispersions.best - dispersionAt(0));
-        const double spread = spreadOfDelays(scanner.example()) * scanner.example().phase.frequency;
-        scan.dispersions.error = spread > 0 ? scanner.phaseError(0) / spread : 0;
-        scan.dispersions.isInside = scan.dispersions.isInside && spread > 0;
+        for (const double place : places)
+            curve.values.push_back(valueAt(place));
+        for (const double place : fitCubic(curve))
+            curve.extremes.push_back(valueAt(places.front() + place));
+        Tools::LikelyValue found = Tools::likelyValue(places, curve.snr);
+        const bool isSeen = scan.isCoherent
+                                ? *std::max_element(curve.snr.begin(), curve.snr.end()) >= leastSnr
+                                : stack.incoherentSigma >= leastSnr;
+        curve.isInside = isSeen && found.isInside;
+        if (curve.isInside) {
+            const std::vector<double> near = Tools::valuesRound(found.best, 2 * found.error);
+            const std::vector<double> snr = snrAt(trialsOf(step, near), done + 20, done + 25);
+            if (control.isStopped())
+                return;
+            found = Tools::likelyValue(near, snr);
+        }
+        curve.best = valueAt(found.best);
+        curve.error = std::abs(valueAt(found.high) - valueAt(found.low)) / 2;
     }
 
     void scanBoth()
     {
-        const int half = request.mapSteps;
-        const Steps steps = stepsOf(scanner.example(), scanner.pulseWidth(), request.widths, half);
-        for (int column = half; column >= -half; --column)
-            scan.mapPeriods.push_back(periodAt(column * steps.frequency));
-        for (int row = -half; row <= half && !control.isStopped(); ++row) {
-            scan.mapDispersions.push_back(dispersionAt(row * steps.dispersion));
-            scanner.takeDispersion(row * steps.dispersion);
-            for (int column = half; column >= -half; --column)
-                scan.both.push_back(float(scanner.snrAt(column * steps.frequency)));
-            control.progress(60 + 40 * (row + half) / std::max(1, 2 * half));
+        const std::vector<double> places = placesOf(request.mapSteps);
+        const Steps steps = stepsOf(scanner.example(), scanner.pulseWidth(), request.widths,
+                                    std::max(1, request.mapSteps));
+        std::vector<Trial> trials;
+        for (const double row : places) {
+            scan.mapPeriods.push_back(periodAt(row * steps.period.frequency));
+            scan.mapDispersions.push_back(dispersionAt(row * steps.dispersion.dispersion));
+            for (const double column : places)
+                trials.push_back(
+                    {column * steps.period.frequency, row * steps.dispersion.dispersion});
         }
+        const std::vector<double> snr = snrAt(trials, 50, 100);
+        scan.both.assign(snr.begin(), snr.end());
     }
 
     const StackChoice &choice;
+    const ProfileStack &stack;
     const ScanRequest &request;
     const Jobs::Control &control;
     Scanner scanner;

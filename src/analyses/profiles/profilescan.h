@@ -12,8 +12,9 @@ struct ScanCurve {
     /// Cubic through the values above nine tenths of the highest S/N; of the same size, not a
     /// number elsewhere. Empty where there are too few of them.
     std::vector<double> cubic;
-    double best = 0;       ///< where the cubic is highest, else the highest value
-    double error = 0;      ///< one standard deviation
+    std::vector<double> extremes; ///< values where the cubic has extremes, those within its run
+    double best = 0;              ///< the likeliest value, see Tools::LikelyValue
+    double error = 0;             ///< one standard deviation
     bool isInside = false; ///< the highest lies between the ends, and the pulse is strong enough
 };
 

@@ -87,7 +87,7 @@ void Stacker::measureDays()
     for (std::size_t i = 0; i < products.size() && !control.isStopped(); ++i) {
         const ProfileDay &product = products[i];
         StackedDay &day = stack.days[i];
-        day.shift = notANumber;
+        day.shift = day.offset = notANumber;
         control.progress(int(100 * i / products.size()));
         if (!product.isWhole()) {
             day.reason = product.problem;
@@ -99,6 +99,8 @@ void Stacker::measureDays()
         own.noise = product.noise;
         const std::vector<double> profile = Tools::profileOf(own.harmonics);
         day.snr = Tools::profileSnr(profile, own.noise, choice.harmonics);
+        for (const double bin : profile)
+            day.profile.push_back(float(bin / own.noise.sigma));
         const double sigma = product.noise.sigma * product.unit; // units of the recording
         const double factor = choice.normalises ? 1 / product.noise.sigma : product.unit;
         for (std::complex<double> &harmonic : own.harmonics)
@@ -123,8 +125,9 @@ void Stacker::measureDays()
 void Stacker::sumPowers()
 {
     double harmonics = 0;
-    for (const StackedDay &day : stack.days) {
-        if (!day.reason.isEmpty())
+    for (StackedDay &day : stack.days) {
+        day.counts = day.reason.isEmpty();
+        if (!day.counts)
             continue;
         ++stack.incoherentDays;
         stack.incoherent += day.snr.z2;
@@ -158,13 +161,12 @@ void Stacker::align()
 {
     const QString refusal = ephemerisRefusal(products, choice);
     const bool byTemplate = choice.alignment == Alignment::Template;
-    const auto counts = [](const StackedDay &day) { return day.reason.isEmpty(); };
-    const bool isAlone = std::count_if(stack.days.begin(), stack.days.end(), counts) == 1;
+    const bool isAlone = stack.incoherentDays == 1;
     std::vector<std::size_t> aligned;
     int left = 0;
     for (std::size_t i = 0; i < stack.days.size(); ++i) {
         StackedDay &day = stack.days[i];
-        if (!day.reason.isEmpty())
+        if (!day.counts)
             continue;
         if (isAlone) {
             day.use = DayUse::Alone;
@@ -193,10 +195,20 @@ void Stacker::align()
 // How much later a day is than others.
 void Stacker::compare(std::size_t day, const Sum &others)
 {
+    const Working &own = working[day];
     const Tools::TemplateMatch found = Tools::matchTemplate(
-        working[day].harmonics, working[day].noise, others.harmonics, std::sqrt(others.variances));
-    stack.days[day].shift = found.phase;
-    stack.days[day].shiftError = found.phaseError;
+        own.harmonics, own.noise, others.harmonics, std::sqrt(others.variances));
+    StackedDay &told = stack.days[day];
+    if (!(found.snr > 0)) {
+        told.shift = told.offset = notANumber;
+        return;
+    }
+    told.shift = found.phase;
+    told.shiftError = found.phaseError;
+    // In the average it stands at what is left of the shift, beside the others.
+    const double height = own.weight * found.height; // of that of the others
+    told.offset = own.turn + (told.shift - own.turn) / (1 + height);
+    told.offsetError = found.ownPhaseError;
 }
 
 // The strongest day is the first template; then each day is compared with the sum of all others.
@@ -210,7 +222,8 @@ void Stacker::alignByTemplate(const std::vector<std::size_t> &aligned)
         });
     const auto match = [&](std::size_t day, const Sum &others) {
         compare(day, others);
-        working[day].turn = stack.days[day].shift;
+        if (std::isfinite(stack.days[day].shift))
+            working[day].turn = stack.days[day].shift;
     };
     const Sum first = sumOf({strongest});
     for (const std::size_t day : aligned) {
@@ -224,6 +237,13 @@ void Stacker::alignByTemplate(const std::vector<std::size_t> &aligned)
             add(day, -1, others);
             match(day, others);
         }
+    }
+    for (const std::size_t day : aligned) {
+        if (aligned.size() == 1 || std::isfinite(stack.days[day].shift))
+            continue;
+        stack.days[day].use = DayUse::Out;
+        stack.days[day].reason = "its pulse is not like that of the other days";
+        --stack.alignedByTemplate;
     }
 }
 

@@ -44,13 +44,18 @@ enum class DayUse {
 
 struct StackedDay {
     DayUse use = DayUse::Out;
-    QString reason;        ///< why it is out
-    Tools::ProfileSnr snr; ///< of the day alone
-    double shift = 0;      ///< turns by which it was later than the others; not a number where it
-                           ///< was not measured
-    double shiftError = 0; ///< turns, without the begin error
-    double weight = 0;     ///< share of the average
-    std::vector<float> profile; ///< as it was added up, in units of its noise
+    QString reason;         ///< why it is out
+    bool counts = false;    ///< it has a profile, is wanted and not below the least S/N
+    Tools::ProfileSnr snr;  ///< of the day alone
+    double shift = 0;       ///< turns by which it was later than the others; not a number where it
+                            ///< was not measured
+    double shiftError = 0;  ///< turns, without the begin error; that of the others is in it
+    double offset = 0;      ///< turns by which its pulse is later than that of the average, of
+                            ///< which it is a part; not a number where it was not measured
+    double offsetError = 0; ///< turns: of the day alone, without the begin error
+    double weight = 0;      ///< share of the average
+    /// As it was added up; of a day that is out, as it was folded. In units of its noise.
+    std::vector<float> profile;
 };
 
 struct ProfileStack {

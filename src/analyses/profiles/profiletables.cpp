@@ -1,6 +1,7 @@
 #include "analyses/profiles/profiletables.h"
 
 #include "analyses/days/fourierdays.h"
+#include "analyses/days/stacktables.h"
 
 #include <algorithm>
 #include <cmath>
@@ -54,7 +55,12 @@ void addPulse(const ProfileStack &stack, double period, std::vector<HeaderLine> 
             {"w10", withError(pulse.widthAtTenth() * ms, pulse.widthAtTenthError() * ms, "ms")});
         lines.push_back({"duty_cycle", number(pulse.width)});
     } else {
-        lines.push_back({"w50", "below what the bins tell"});
+        constexpr double greatest = 0.5;
+        lines.push_back(
+            {"w50",
+             pulse.widthLimit < greatest
+                 ? QString("below %1 ms, in 39 of 40 cases").arg(number(pulse.widthLimit * ms, 3))
+                 : QString("not told: the pulse is too broad or too weak")});
     }
 }
 
@@ -66,6 +72,8 @@ void addScan(const ProfileScan &scan, std::vector<HeaderLine> &lines)
                    : QString("not told: no maximum above S/N 5 inside the scan, or fewer "
                              "than 8 periods");
     };
+    if (scan.periods.values.empty())
+        return;
     lines.push_back({"scan_is", scan.isCoherent ? "S/N of the average"
                                                 : "root of the sum of squared S/N of the days"});
     lines.push_back({"best_period", text(scan.periods, "s")});
@@ -77,17 +85,22 @@ void addFlux(const ProfileOutcome &outcome, const ProfilePlan &plan, std::vector
 {
     const double sefd = sefdOf(plan.parameters);
     const Tools::BoxcarPeak &boxcar = outcome.stack.snr.boxcar;
-    if (!(sefd > 0) || boxcar.width == 0 || outcome.stack.profile.empty())
+    const ProfileDay *const first = firstWhole(outcome.days());
+    if (!(sefd > 0) || boxcar.width == 0 || outcome.stack.profile.empty() || !first)
         return;
-    for (const ProfileDay &product : outcome.products) {
-        if (!product.isWhole())
-            continue;
-        const double width = double(boxcar.width) / product.bins;
-        const double flux = fluxDensity(boxcar.snr, sefd, width, bandwidthOf(product),
-                                        product.seconds * outcome.stack.effectiveDays);
-        lines.push_back({"flux_density", number(1000 * flux) + " mJy, for the middle of the beam"});
-        return;
-    }
+    const double width = double(boxcar.width) / first->bins;
+    const double flux = fluxDensity(boxcar.snr, sefd, width, bandwidthOf(*first),
+                                    first->seconds * outcome.stack.effectiveDays);
+    lines.push_back({"flux_density", number(1000 * flux) + " mJy, for the middle of the beam"});
+}
+
+// Middles of bins.
+std::vector<double> phasesOf(std::size_t bins)
+{
+    std::vector<double> phases;
+    for (std::size_t i = 0; i < bins; ++i)
+        phases.push_back((double(i) + 0.5) / double(bins));
+    return phases;
 }
 
 } // namespace
@@ -106,11 +119,9 @@ std::vector<HeaderLine> parameterLines(const ProfileParameters &parameters)
 std::vector<HeaderLine> outcomeLines(const ProfileOutcome &outcome, const ProfilePlan &plan)
 {
     const ProfileStack &stack = outcome.stack;
-    const auto whole = std::find_if(outcome.products.begin(), outcome.products.end(),
-                                    [](const ProfileDay &product) { return product.isWhole(); });
-    const double period = whole == outcome.products.end()
-                              ? 1 / plan.ephemeris.frequency
-                              : barycentricPeriod(plan.ephemeris, *whole);
+    const ProfileDay *const first = firstWhole(outcome.days());
+    const double period =
+        first ? barycentricPeriod(plan.ephemeris, *first) : 1 / plan.ephemeris.frequency;
     std::vector<HeaderLine> lines = {
         {"in_average", QString("%1 of %2 days").arg(stack.inAverage).arg(stack.days.size())},
         {"aligned_by_template", QString::number(stack.alignedByTemplate)},
@@ -120,6 +131,12 @@ std::vector<HeaderLine> outcomeLines(const ProfileOutcome &outcome, const Profil
         {"tresolution", numberText(plan.days.list.tresolution) + " s"},
         {"site_of_recordings",
          plan.days.beam.site.isEmpty() ? QString("unknown") : plan.days.beam.site}};
+    if (outcome.choice.moreFrequency != 0 || outcome.choice.moreDispersion != 0) {
+        constexpr int digits = 8;
+        lines.push_back({"moved_frequency", number(outcome.choice.moreFrequency, digits) + " Hz"});
+        lines.push_back(
+            {"moved_dispersion", number(outcome.choice.moreDispersion, digits) + " pc/cm^3"});
+    }
     if (!stack.profile.empty()) {
         addSnr(stack.snr, lines);
         addPulse(stack, period, lines);
@@ -139,11 +156,8 @@ std::vector<HeaderLine> outcomeLines(const ProfileOutcome &outcome, const Profil
 std::vector<Column> profileColumns(const ProfileStack &stack)
 {
     const std::size_t bins = stack.profile.size();
-    std::vector<double> phases;
-    for (std::size_t i = 0; i < bins; ++i)
-        phases.push_back((double(i) + 0.5) / double(bins));
     const double error = std::sqrt(stack.noise.binVariance());
-    std::vector<Column> columns = {{"phase", "", phases},
+    std::vector<Column> columns = {{"phase", "", phasesOf(bins)},
                                    {"average", "", stack.profile},
                                    {"error", "", std::vector<double>(bins, error)}};
     if (!stack.firstHalf.empty()) {
@@ -161,21 +175,21 @@ std::vector<Column> daysColumns(const ProfileOutcome &outcome)
     QStringList uses;
     QStringList reasons;
     QStringList remarks;
-    for (std::size_t i = 0; i < outcome.products.size(); ++i) {
+    for (std::size_t i = 0; i < outcome.days().size(); ++i) {
         const StackedDay &day = outcome.stack.days[i];
-        names << Days::dayName(outcome.products[i].begin);
+        names << Days::dayName(outcome.days()[i].begin);
         uses << (day.use == DayUse::ByTemplate    ? "template"
                  : day.use == DayUse::ByEphemeris ? "ephemeris"
                  : day.use == DayUse::Alone       ? "alone"
                                                   : "out");
         reasons << day.reason;
-        remarks << outcome.products[i].remark;
+        remarks << outcome.days()[i].remark;
     }
     std::vector<Column> columns = {{"day", "", names}, {"aligned_by", "", uses}};
     const auto add = [&](const QString &name, const QString &unit, const auto &valueOf) {
         std::vector<double> values;
-        for (std::size_t i = 0; i < outcome.products.size(); ++i)
-            values.push_back(valueOf(outcome.products[i], outcome.stack.days[i]));
+        for (std::size_t i = 0; i < outcome.days().size(); ++i)
+            values.push_back(valueOf(outcome.days()[i], outcome.stack.days[i]));
         columns.push_back({name, unit, values});
     };
     using P = const ProfileDay &;
@@ -236,7 +250,7 @@ std::vector<Column> arrivalColumns(const ProfileOutcome &outcome, const QString 
     std::vector<double> errors;
     std::vector<double> snr;
     for (const Arrival &arrival : outcome.arrivals) {
-        names << Days::dayName(outcome.products[std::size_t(arrival.day)].begin);
+        names << Days::dayName(outcome.days()[std::size_t(arrival.day)].begin);
         times << arrival.utcText();
         barycentric.push_back(arrival.barycentric);
         errors.push_back(arrival.error);
@@ -251,6 +265,54 @@ std::vector<Column> arrivalColumns(const ProfileOutcome &outcome, const QString 
             {"error", "s", errors},
             {"snr", "", snr},
             {"site", "", sites}};
+}
+
+std::vector<Column> dayProfileColumns(const ProfileOutcome &outcome)
+{
+    std::vector<Column> columns;
+    for (std::size_t i = 0; i < outcome.days().size(); ++i) {
+        const std::vector<float> &profile = outcome.stack.days[i].profile;
+        if (profile.empty())
+            continue;
+        if (columns.empty())
+            columns.push_back({"phase", "", phasesOf(profile.size())});
+        columns.push_back({Days::dayName(outcome.days()[i].begin), "",
+                           std::vector<double>(profile.begin(), profile.end())});
+    }
+    return columns;
+}
+
+std::vector<std::pair<QString, ResultTable>> profileTables(const std::vector<HeaderLine> &request,
+                                                           const ProfileOutcome &outcome,
+                                                           const ProfilePlan &plan,
+                                                           const RecordingSet &set)
+{
+    ResultTable table;
+    table.request = request;
+    table.result = outcomeLines(outcome, plan);
+    std::vector<std::pair<QString, ResultTable>> tables;
+    const auto add = [&](const QString &what, const std::vector<Column> &columns) {
+        tables.emplace_back(what, table);
+        tables.back().second.columns = columns;
+    };
+    add("average", profileColumns(outcome.stack));
+    add("profiles", dayProfileColumns(outcome));
+    add("growth", growthColumns(outcome.stack));
+    add("periods", scanColumns(outcome.scan.periods, "period", "s"));
+    add("dispersions", scanColumns(outcome.scan.dispersions, "dispersion", "pc/cm^3"));
+    add("arrivals", arrivalColumns(outcome, plan.parameters.site));
+    add("days", daysColumns(outcome));
+    for (const HeaderLine &line : Days::leftOutLines(set, plan.days.list))
+        tables.back().second.result.push_back(line);
+    return tables;
+}
+
+QByteArray timBytes(const ProfileOutcome &outcome, const QString &site)
+{
+    QStringList names;
+    for (const ProfileDay &day : outcome.days())
+        names << Days::dayName(day.begin);
+    return timBytes(outcome.arrivals, names, site);
 }
 
 } // namespace Profiles

@@ -8,6 +8,7 @@
 #include <QString>
 
 class MainWindow;
+class ProfileForm;
 class QProgressBar;
 
 /// The one object of the process through which forms reach the main window, its widgets
@@ -45,6 +46,14 @@ public:
     QString graphWidth;
     QString graphHeight;
 
+    /// The last form of "Average profiles - periods", null when it has gone: it clears this itself
+    /// and leaves its options below for the next one.
+    ProfileForm *currentProfileForm() const { return profileForm; }
+    void setCurrentProfileForm(ProfileForm *form) { profileForm = form; }
+    bool profileAligns = true;
+    bool profileNormalises = true;
+    bool profileWeights = true;
+
     /// Where values live between runs.
     static QSettings store();
 
@@ -66,6 +75,7 @@ private:
     MainWindow *window = nullptr;
     Ui::MainWindow widgets = {};
     QProgressBar *bar = nullptr;
+    ProfileForm *profileForm = nullptr;
     ProgressDots dots;
     QString openFile;
     QString openPath;

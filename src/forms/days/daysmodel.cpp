@@ -110,7 +110,9 @@ QVariant DaysModel::sortValue(int row, int column) const
     const DayRow &day = days[std::size_t(row)];
     switch (column) {
     case Date:
-        return day.begin.isValid() ? QVariant(day.begin.toMSecsSinceEpoch()) : QVariant(day.name);
+        // Recordings that give no day follow the days.
+        return day.begin.isValid() ? textOfTime(day.begin, "yyyy-MM-dd hh:mm:ss.zzz")
+                                   : "recording " + day.name;
     case Sigma:
         return day.sigma;
     case Power:

@@ -35,10 +35,10 @@ QRgb paleOf(QRgb colour)
 }
 
 // Where a pixel stands for many bins, the greatest of them is high everywhere.
-float highestShown(std::vector<float> values, float leastHighest)
+float highestShown(const std::vector<float> &values, int columns, float leastHighest)
 {
     constexpr double share = 0.995;
-    const std::vector<float> high = Plot::percentiles(std::move(values), {share});
+    const std::vector<float> high = Plot::percentilesOfRows(values, columns, {share});
     return high.empty() ? leastHighest : std::max(leastHighest, std::ceil(high[0]));
 }
 
@@ -96,7 +96,7 @@ void DaysView::renewImage()
         powers.push_back(row.powers);
     const std::vector<float> values =
         Plot::rowMaxima(powers, {shown.first, shown.first + shown.points}, size.width(), lines);
-    findScale(values);
+    findScale(values, size.width());
     image = QImage(size.width(), lines, QImage::Format_RGB32);
     for (int line = 0; line < lines; ++line) {
         const bool isOn = rows[std::size_t(qint64(line) * qint64(rows.size()) / lines)].isOn;
@@ -114,12 +114,12 @@ const Plot::ColourMap &DaysView::colours() const
     return words.isGrey ? Plot::greyMap() : Plot::colourMap();
 }
 
-void DaysView::findScale(const std::vector<float> &values)
+void DaysView::findScale(const std::vector<float> &values, int columns)
 {
     if (words.isGrey)
-        std::tie(lowest, highest) = Plot::greyRange(values);
+        std::tie(lowest, highest) = Plot::greyRange(values, columns);
     else
-        highest = highestShown(values, words.leastHighest);
+        highest = highestShown(values, columns, words.leastHighest);
 }
 
 void DaysView::resizeEvent(QResizeEvent * /*event*/)
@@ -154,6 +154,9 @@ void DaysView::paintRows(QPainter &painter) const
 {
     const QRect inner = area();
     painter.setPen(Qt::black);
+    const int room = inner.left() - 4;
+    painter.save();
+    painter.setFont(Plot::fontForWidth(painter.font(), "00.00.00", room, leastFont));
     const double rowHeight = double(inner.height()) / double(std::max<std::size_t>(1, rows.size()));
     const int high = painter.fontMetrics().height();
     int last = inner.top() - high;
@@ -162,11 +165,11 @@ void DaysView::paintRows(QPainter &painter) const
         const int y = std::max(inner.top() + high / 2, middle);
         if (y - last < high)
             continue;
-        painter.drawText(QRect(0, y - high / 2, inner.left() - 4, high),
-                         Qt::AlignRight | Qt::AlignVCenter,
+        painter.drawText(QRect(0, y - high / 2, room, high), Qt::AlignRight | Qt::AlignVCenter,
                          textOfTime(rows[std::size_t(row)].begin, "dd.MM.yy"));
         last = y;
     }
+    painter.restore();
     for (int row = 0; row < int(rows.size()); ++row) {
         if (rows[std::size_t(row)].day != markedDay)
             continue;

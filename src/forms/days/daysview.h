@@ -60,7 +60,7 @@ private:
     QRect area() const;
     void renew();
     void renewImage();
-    void findScale(const std::vector<float> &values);
+    void findScale(const std::vector<float> &values, int columns);
     const Plot::ColourMap &colours() const;
     std::optional<int> rowAt(const QPoint &pixel) const;
     void paintRows(QPainter &painter) const;

@@ -6,12 +6,12 @@
 #include "app/shell/lastvalues.h"
 #include "app/shell/statusline.h"
 #include "data/truenumbers.h"
-#include "forms/days/daysmodel.h"
+#include "forms/days/daysinputs.h"
+#include "forms/days/daystable.h"
 #include "forms/days/foldfields.h"
 #include "forms/days/fouriergrafikinfo.h"
 #include "forms/days/placefields.h"
 #include "forms/days/savestack.h"
-#include "forms/days/sourcefield.h"
 #include "forms/days/spectrumview.h"
 #include "forms/days/stacktexts.h"
 #include "forms/fieldvalues.h"
@@ -20,17 +20,9 @@
 #include "results/reporttext.h"
 #include "ui_fourierform.h"
 
-#include <QDir>
-#include <QHeaderView>
 #include <QKeyEvent>
 #include <QVBoxLayout>
 #include <algorithm>
-
-namespace {
-
-constexpr int inputDelay = 250; // ms
-
-} // namespace
 
 FourierForm::FourierForm(const QString &path, int ffa, int map, int search, QWidget *parent)
     : DirectoryForm(path, parent), analysis(*Days::findDayAnalysis({ffa != 0, false, false})),
@@ -54,19 +46,14 @@ FourierForm::FourierForm(const QString &path, int ffa, int map, int search, QWid
     FieldValues::hideFieldsOfOthers(this, analysis, Days::fourierDaysAnalyses());
     FieldValues::offerChoices(this, analysis);
     keepLines(ui->daysText, 2);
-    ui->days->showSorted(days);
-    ui->days->sortByColumn(DaysModel::Date, Qt::AscendingOrder);
-    ui->days->verticalHeader()->hide();
-    ui->days->horizontalHeader()->setStretchLastSection(true);
+    showDaysByDate(ui->days, days);
     view = new SpectrumView(words);
     view->showMessage("Reading the headers of the recordings...");
     fillCentralWidget(this, view, nullptr);
 
-    inputTimer.setSingleShot(true);
-    inputTimer.setInterval(inputDelay);
     interference.read();
+    inputs = new DaysInputs(this);
     connectInputs();
-    chooseStart();
     lastValues = std::make_unique<LastValues>(this);
     ui->placeFields->setFocus();
     readRecordings();
@@ -89,16 +76,8 @@ void FourierForm::showSky(const SurveyFlags &flags)
 
 void FourierForm::connectInputs()
 {
-    for (const QLineEdit *field : findChildren<QLineEdit *>()) // those of spin boxes as well
-        connect(field, &QLineEdit::textChanged, this, &FourierForm::changeInput);
-    for (const QComboBox *field : findChildren<QComboBox *>())
-        connect(field, qOverload<int>(&QComboBox::currentIndexChanged), this,
-                &FourierForm::changeInput);
-    for (const QCheckBox *field : findChildren<QCheckBox *>())
-        connect(field, &QCheckBox::toggled, this, &FourierForm::changeInput);
-    connect(ui->placeFields, &PlaceFields::chosen, this, &FourierForm::chooseStart);
-    connect(ui->nearestBeam, &QCheckBox::toggled, this, &FourierForm::chooseStart);
-    connect(&inputTimer, &QTimer::timeout, this, &FourierForm::plan);
+    inputs->watch();
+    connect(inputs, &DaysInputs::changed, this, &FourierForm::plan);
     connect(ui->pushButton, &QPushButton::clicked, this, &FourierForm::compute);
     connect(ui->commandButton, &QPushButton::clicked, this, &FourierForm::copyCommand);
 
@@ -162,46 +141,16 @@ void FourierForm::fillPresets()
     ui->placeFields->chooseFirstPoint(0); // which every recording has
 }
 
-void FourierForm::chooseStart()
-{
-    const bool isSource = ui->placeFields->isSource();
-    const bool isNearest = isSource && ui->nearestBeam->isChecked();
-    ui->nearestBeam->setEnabled(isSource);
-    ui->module->setEnabled(!isNearest);
-    ui->ray->setEnabled(!isNearest);
-    changeInput();
-}
-
-void FourierForm::changeInput()
-{
-    if (recordings)
-        inputTimer.start();
-}
-
-Days::FourierDaysParameters FourierForm::readParameters(std::vector<FieldProblem> &problems) const
-{
-    const auto counts = [this](const QWidget *field) { return ui->placeFields->counts(field); };
-    const auto parameters = FieldValues::readAll(this, analysis, counts, problems);
-    ui->placeFields->addProblems(parameters, problems);
-    return parameters;
-}
-
-void FourierForm::showProblems(const std::vector<FieldProblem> &problems)
-{
-    FieldValues::showProblems(this, ui->problems, planProblems, problems);
-    planProblems = problems;
-}
-
 // Finds the days for what stands in the fields, beside the window.
 void FourierForm::plan()
 {
     if (!recordings)
         return;
     std::vector<FieldProblem> problems;
-    const Days::FourierDaysParameters parameters = readParameters(problems);
+    const Days::FourierDaysParameters parameters = inputs->read(analysis, problems);
     if (!problems.empty()) {
         planner.stop();
-        showProblems(problems);
+        inputs->showProblems(problems);
         return;
     }
     using Plan = std::shared_ptr<const Days::DayPlan>;
@@ -216,33 +165,19 @@ void FourierForm::plan()
 
 void FourierForm::takePlan(const Days::DayPlan &made)
 {
-    showProblems(made.problems);
-    showSource(made);
-    if (!made.problems.empty())
+    if (!inputs->showPlan(made, *recordings))
         return;
     ui->daysText->setText(planText(made, qint64(recordings->entries.size())));
     showSearch(made);
     if (!stacking.spectra())
-        listDays(made);
-}
-
-void FourierForm::showSource(const Days::DayPlan &made)
-{
-    const RecordingEntry &first = recordings->entries.front();
-    ui->placeFields->sourceField()->setSetting({Days::siteOf(first.path), first.begin.date(),
-                                                ui->points->currentText().toInt(),
-                                                first.header.tresolution});
-    if (!ui->module->isEnabled() && made.beam.module > 0) {
-        ui->module->setValue(made.beam.module);
-        ui->ray->setValue(made.beam.ray);
-    }
+        days->setRows(rowsOfDays(made.list, *recordings, directory));
 }
 
 // How large the search is, before it is made; what the empty fields stand for stands in them, grey.
 void FourierForm::showSearch(const Days::DayPlan &made)
 {
     std::vector<FieldProblem> problems;
-    const Days::FourierDaysParameters given = readParameters(problems);
+    const Days::FourierDaysParameters given = inputs->read(analysis, problems);
     const bool isKnown = given.isFfa && problems.empty() && made.header.tresolution > 0;
     if (!isKnown) {
         ui->foldFields->tellSize({});
@@ -279,15 +214,11 @@ void FourierForm::compute()
     }
     if (!recordings)
         return;
-    inputTimer.stop();
+    inputs->stopWaiting();
     std::vector<FieldProblem> problems;
-    SpectraRequest request = {recordings, directory, readParameters(problems)};
-    showProblems(problems);
-    if (!problems.empty()) {
-        if (QWidget *const field = FieldValues::find(this, problems.front().field))
-            field->setFocus();
+    SpectraRequest request = {recordings, directory, inputs->read(analysis, problems)};
+    if (!inputs->accept(problems))
         return;
-    }
     ui->placeFields->rememberClock();
     worker.start<SpectraNews>(
         [request](const Jobs::Control &control, const Jobs::Deliver<SpectraNews> &deliver) {
@@ -314,11 +245,11 @@ void FourierForm::takeNews(SpectraNews news)
     }
     const Days::DayPlan &made = news.begun->plan;
     if (!made.problems.empty()) {
-        showProblems(made.problems);
+        inputs->showProblems(made.problems);
         return;
     }
     stacking.begin(*news.begun);
-    listDays(made);
+    days->setRows(rowsOfDays(made.list, *recordings, directory));
     view->showMessage("Computing...");
 }
 
@@ -326,8 +257,8 @@ void FourierForm::takeNews(SpectraNews news)
 void FourierForm::completeRequest(StackRequest &request) const
 {
     std::vector<FieldProblem> problems;
-    const Days::FourierDaysParameters typed = readParameters(problems);
-    if (planProblems.empty() && problems.empty()) {
+    const Days::FourierDaysParameters typed = inputs->read(analysis, problems);
+    if (!inputs->hasProblems() && problems.empty()) {
         request.parameters.harmonics = typed.harmonics;
         request.parameters.earthMotion = typed.earthMotion;
         request.parameters.threshold = typed.threshold;
@@ -346,33 +277,6 @@ void FourierForm::showStack()
     view->panel()->setUsed(used);
     showDays();
     showPowers();
-}
-
-// The days that can be used and those that cannot, then the recordings that give none.
-void FourierForm::listDays(const Days::DayPlan &made)
-{
-    std::vector<DayRow> rows;
-    for (const Days::Day &day : made.list.days) {
-        DayRow row;
-        row.begin = day.begin;
-        row.canCount = day.reason.isEmpty();
-        row.reason = day.reason;
-        rows.push_back(row);
-    }
-    for (const Days::LeftOut &left : made.list.leftOut) {
-        DayRow row;
-        row.name =
-            QDir(directory).relativeFilePath(recordings->entries[std::size_t(left.recording)].path);
-        row.canCount = false;
-        row.reason = left.reason;
-        rows.push_back(row);
-    }
-    days->setRows(std::move(rows));
-    constexpr int checkBoxWidth = 40;
-    ui->days->setColumnWidth(
-        DaysModel::Date, fontMetrics().horizontalAdvance("2015-04-01 12:00:00") + checkBoxWidth);
-    ui->days->setColumnWidth(DaysModel::Sigma, 6 * fontMetrics().averageCharWidth() + 12);
-    ui->days->setColumnWidth(DaysModel::Power, 6 * fontMetrics().averageCharWidth() + 6);
 }
 
 void FourierForm::showDays()
@@ -438,9 +342,8 @@ void FourierForm::copyCommand()
         return;
     }
     std::vector<FieldProblem> problems;
-    const Days::FourierDaysParameters parameters = readParameters(problems);
-    showProblems(problems);
-    if (!problems.empty())
+    const Days::FourierDaysParameters parameters = inputs->read(analysis, problems);
+    if (!inputs->accept(problems))
         return;
     const QString survey = Days::fourierDaysCommand(true, parameters, {}, {directory});
     const QString stack =

@@ -5,10 +5,10 @@
 #include "forms/days/fourierjobs.h"
 #include "forms/days/interferencekeeper.h"
 
-#include <QTimer>
 #include <memory>
 #include <vector>
 
+class DaysInputs;
 class DaysModel;
 class LastValues;
 class SkyPage;
@@ -51,20 +51,14 @@ private:
     void showSky(const SurveyFlags &flags);
     void connectInputs();
     void fillPresets();
-    void chooseStart();
-    void changeInput();
-    bool counts(const QWidget *field) const;
     Days::FourierDaysParameters readParameters(std::vector<FieldProblem> &problems) const;
-    void showProblems(const std::vector<FieldProblem> &problems);
     void plan();
     void takePlan(const Days::DayPlan &plan);
-    void showSource(const Days::DayPlan &plan);
     void showSearch(const Days::DayPlan &plan);
 
     void takeNews(SpectraNews news);
     void completeRequest(StackRequest &request) const;
     void showStack();
-    void listDays(const Days::DayPlan &plan);
     void showDays();
     void showPowers();
     void leaveOut(int line);
@@ -79,11 +73,10 @@ private:
     const StackTexts &words;
     const std::unique_ptr<Ui::FourierForm> ui;
     std::unique_ptr<LastValues> lastValues;
+    DaysInputs *inputs = nullptr;
     SpectrumView *view = nullptr;
     DaysModel *const days;
 
-    std::vector<FieldProblem> planProblems; // of the inputs as they stand
-    QTimer inputTimer{this};                // until numbers that are being typed are planned
     InterferenceKeeper interference;
     DayStacking stacking;
     Jobs::Worker planner;

@@ -30,11 +30,8 @@ void GrowthView::paintEvent(QPaintEvent * /*event*/)
     painter.fillRect(rect(), Qt::white);
     const QString title = growth.empty() ? "Significance over days: choose a line"
                                          : "Sigma over the root of the days";
-    QFont fitting = Plot::fontWithin(font(), leastFont, mostFont);
-    while (fitting.pixelSize() > leastFont &&
-           QFontMetrics(fitting).horizontalAdvance(title) > width() - 8)
-        fitting.setPixelSize(fitting.pixelSize() - 1);
-    painter.setFont(fitting);
+    painter.setFont(Plot::fontForWidth(Plot::fontWithin(font(), leastFont, mostFont), title,
+                                       width() - 8, leastFont));
     painter.setPen(Qt::black);
     const int line = painter.fontMetrics().height() + 2;
     const int left = painter.fontMetrics().horizontalAdvance("100.0") + 4;

@@ -7,10 +7,10 @@
 #include "app/shell/lastvalues.h"
 #include "app/shell/statusline.h"
 #include "data/truenumbers.h"
-#include "forms/days/daysmodel.h"
+#include "forms/days/daysinputs.h"
+#include "forms/days/daystable.h"
 #include "forms/days/placefields.h"
 #include "forms/days/savetables.h"
-#include "forms/days/sourcefield.h"
 #include "forms/fieldvalues.h"
 #include "forms/multi/comparejobs.h"
 #include "forms/multi/comparepanel.h"
@@ -20,17 +20,9 @@
 #include "forms/showrecording.h"
 #include "ui_nativemultiform.h"
 
-#include <QDir>
-#include <QHeaderView>
 #include <QKeyEvent>
 #include <algorithm>
 #include <cmath>
-
-namespace {
-
-constexpr int inputDelay = 250; // ms
-
-} // namespace
 
 NativeMultiForm::NativeMultiForm(const QString &path, QWidget *parent)
     : DirectoryForm(path, parent), ui(new Ui::NativeMultiForm),
@@ -39,16 +31,12 @@ NativeMultiForm::NativeMultiForm(const QString &path, QWidget *parent)
     ui->setupUi(this);
     ui->filePath->showDirectory(directory);
     FieldValues::offerChoices(this, Compare::compareAnalysis());
-    ui->days->showSorted(days);
-    ui->days->sortByColumn(DaysModel::Date, Qt::AscendingOrder);
-    ui->days->verticalHeader()->hide();
-    ui->days->horizontalHeader()->setStretchLastSection(true);
+    showDaysByDate(ui->days, days);
     view = new CompareView;
     view->showMessage("Reading the headers of the recordings...");
     fillCentralWidget(this, view, nullptr);
 
-    inputTimer.setSingleShot(true);
-    inputTimer.setInterval(inputDelay);
+    inputs = new DaysInputs(this);
     connectInputs();
     lastValues = std::make_unique<LastValues>(this);
     ui->placeFields->setFocus();
@@ -59,18 +47,8 @@ NativeMultiForm::~NativeMultiForm() = default;
 
 void NativeMultiForm::connectInputs()
 {
-    for (const QLineEdit *field : findChildren<QLineEdit *>())
-        connect(field, &QLineEdit::textChanged, this, &NativeMultiForm::changeInput);
-    // Their arrows change the text without a word of the line edit.
-    for (const QSpinBox *field : findChildren<QSpinBox *>())
-        connect(field, qOverload<int>(&QSpinBox::valueChanged), this,
-                &NativeMultiForm::changeInput);
-    for (const QComboBox *field : findChildren<QComboBox *>())
-        connect(field, qOverload<int>(&QComboBox::currentIndexChanged), this,
-                &NativeMultiForm::changeInput);
-    connect(ui->placeFields, &PlaceFields::chosen, this, &NativeMultiForm::changeInput);
-    connect(ui->nearestBeam, &QCheckBox::toggled, this, &NativeMultiForm::changeInput);
-    connect(&inputTimer, &QTimer::timeout, this, &NativeMultiForm::plan);
+    inputs->watch({ui->showsDifferences});
+    connect(inputs, &DaysInputs::changed, this, &NativeMultiForm::plan);
     connect(ui->pushButton, &QPushButton::clicked, this, &NativeMultiForm::compute);
     connect(ui->commandButton, &QPushButton::clicked, this, &NativeMultiForm::copyCommand);
     connect(ui->showsDifferences, &QCheckBox::toggled, view, &CompareView::showDifferences);
@@ -119,42 +97,17 @@ void NativeMultiForm::fillPresets()
     ui->otherRays->setText(others.join(','));
 }
 
-void NativeMultiForm::changeInput()
-{
-    const bool isSource = ui->placeFields->isSource();
-    ui->nearestBeam->setEnabled(isSource);
-    ui->module->setEnabled(!isSource || !ui->nearestBeam->isChecked());
-    ui->ray->setEnabled(ui->module->isEnabled());
-    if (recordings)
-        inputTimer.start();
-}
-
-Compare::CompareParameters
-NativeMultiForm::readParameters(std::vector<FieldProblem> &problems) const
-{
-    const auto counted = [this](const QWidget *field) { return ui->placeFields->counts(field); };
-    const auto parameters =
-        FieldValues::readAll(this, Compare::compareAnalysis(), counted, problems);
-    ui->placeFields->addProblems(parameters, problems);
-    return parameters;
-}
-
-void NativeMultiForm::showProblems(const std::vector<FieldProblem> &problems)
-{
-    FieldValues::showProblems(this, ui->problems, planProblems, problems);
-    planProblems = problems;
-}
-
 // Finds the days for what stands in the fields, beside the window.
 void NativeMultiForm::plan()
 {
     if (!recordings)
         return;
     std::vector<FieldProblem> problems;
-    const Compare::CompareParameters parameters = readParameters(problems);
+    const Compare::CompareParameters parameters =
+        inputs->read(Compare::compareAnalysis(), problems);
     if (!problems.empty()) {
         planner.stop();
-        showProblems(problems);
+        inputs->showProblems(problems);
         return;
     }
     using Plan = std::shared_ptr<const Compare::ComparePlan>;
@@ -168,17 +121,8 @@ void NativeMultiForm::plan()
 
 void NativeMultiForm::takePlan(const Compare::ComparePlan &made)
 {
-    showProblems(made.days.problems);
-    const RecordingEntry &first = recordings->entries.front();
-    ui->placeFields->sourceField()->setSetting({Days::siteOf(first.path), first.begin.date(),
-                                                ui->points->currentText().toInt(),
-                                                first.header.tresolution});
-    if (!made.days.problems.empty())
+    if (!inputs->showPlan(made.days, *recordings))
         return;
-    if (!ui->module->isEnabled() && made.days.beam.module > 0) {
-        ui->module->setValue(made.days.beam.module);
-        ui->ray->setValue(made.days.beam.ray);
-    }
     const std::vector<Days::Day> &list = made.days.list.days;
     const auto usable = std::count_if(list.begin(), list.end(),
                                       [](const Days::Day &day) { return day.reason.isEmpty(); });
@@ -188,49 +132,19 @@ void NativeMultiForm::takePlan(const Compare::ComparePlan &made)
                              .arg(qint64(list.size()) - usable)};
     ui->daysText->setText((lines + made.days.remarks).join('\n'));
     if (!products)
-        listDays(made.days);
-}
-
-// The days, then the recordings that give none.
-void NativeMultiForm::listDays(const Days::DayPlan &made)
-{
-    std::vector<DayRow> rows;
-    for (const Days::Day &day : made.list.days) {
-        DayRow row;
-        row.begin = day.begin;
-        row.canCount = day.reason.isEmpty();
-        row.reason = day.reason;
-        rows.push_back(row);
-    }
-    for (const Days::LeftOut &left : made.list.leftOut) {
-        DayRow row;
-        row.name =
-            QDir(directory).relativeFilePath(recordings->entries[std::size_t(left.recording)].path);
-        row.canCount = false;
-        row.reason = left.reason;
-        rows.push_back(row);
-    }
-    days->setRows(std::move(rows));
-    constexpr int checkBoxWidth = 40;
-    ui->days->setColumnWidth(
-        DaysModel::Date, fontMetrics().horizontalAdvance("2015-04-01 12:00:00") + checkBoxWidth);
-    ui->days->setColumnWidth(DaysModel::Sigma, 6 * fontMetrics().averageCharWidth() + 12);
-    ui->days->setColumnWidth(DaysModel::Power, 7 * fontMetrics().averageCharWidth() + 6);
+        days->setRows(rowsOfDays(made.days.list, *recordings, directory));
 }
 
 void NativeMultiForm::compute()
 {
     if (!recordings)
         return;
-    inputTimer.stop();
+    inputs->stopWaiting();
     std::vector<FieldProblem> problems;
-    CompareReading reading = {recordings, directory, readParameters(problems)};
-    showProblems(problems);
-    if (!problems.empty()) {
-        if (QWidget *const field = FieldValues::find(this, problems.front().field))
-            field->setFocus();
+    CompareReading reading = {recordings, directory,
+                              inputs->read(Compare::compareAnalysis(), problems)};
+    if (!inputs->accept(problems))
         return;
-    }
     ui->placeFields->rememberClock();
     comparer.stop();
     products = nullptr;
@@ -247,12 +161,12 @@ void NativeMultiForm::compute()
 void NativeMultiForm::takeProducts(const Products &made)
 {
     if (!made->plan.days.problems.empty()) {
-        showProblems(made->plan.days.problems);
+        inputs->showProblems(made->plan.days.problems);
         view->showMessage(compareTexts().emptyPicture);
         return;
     }
     products = made;
-    listDays(products->plan.days);
+    days->setRows(rowsOfDays(products->plan.days.list, *recordings, directory));
     counts.assign(products->days().size(), true);
     showDays();
     compare();
@@ -331,9 +245,9 @@ QStringList NativeMultiForm::daysOff() const
 void NativeMultiForm::copyCommand()
 {
     std::vector<FieldProblem> problems;
-    const Compare::CompareParameters parameters = readParameters(problems);
-    showProblems(problems);
-    if (problems.empty())
+    const Compare::CompareParameters parameters =
+        inputs->read(Compare::compareAnalysis(), problems);
+    if (inputs->accept(problems))
         StatusLine::copyCommand(Compare::compareCommand(parameters, daysOff(), {directory}) + "\n");
 }
 

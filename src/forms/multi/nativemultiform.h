@@ -3,11 +3,11 @@
 #include "analyses/compare/comparedays.h"
 #include "forms/days/directoryform.h"
 
-#include <QTimer>
 #include <memory>
 #include <vector>
 
 class CompareView;
+class DaysInputs;
 class DaysModel;
 class LastValues;
 namespace Ui {
@@ -43,12 +43,8 @@ private:
 
     void connectInputs();
     void fillPresets();
-    void changeInput();
-    Compare::CompareParameters readParameters(std::vector<FieldProblem> &problems) const;
-    void showProblems(const std::vector<FieldProblem> &problems);
     void plan();
     void takePlan(const Compare::ComparePlan &plan);
-    void listDays(const Days::DayPlan &plan);
     void takeProducts(const Products &made);
     void compare();
     void takeComparison(const Compared &made, const std::vector<bool> &counts);
@@ -61,16 +57,15 @@ private:
 
     const std::unique_ptr<Ui::NativeMultiForm> ui;
     std::unique_ptr<LastValues> lastValues;
+    DaysInputs *inputs = nullptr;
     CompareView *view = nullptr;
     DaysModel *const days;
 
-    std::vector<FieldProblem> planProblems; // of the inputs as they stand
     Products products;
     Compared comparison;
     std::vector<bool> counts;   // of each day, as the user wants
     std::vector<bool> compared; // of each day, as the comparison has it
 
-    QTimer inputTimer{this}; // until numbers that are being typed are planned
     Jobs::Worker planner;
     Jobs::Worker comparer;
 };

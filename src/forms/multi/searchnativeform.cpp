@@ -4,8 +4,8 @@
 #include "app/shell/errorbox.h"
 #include "app/shell/lastvalues.h"
 #include "base/timetext.h"
+#include "forms/days/daysinputs.h"
 #include "forms/days/placefields.h"
-#include "forms/days/sourcefield.h"
 #include "forms/fieldvalues.h"
 #include "forms/multi/comparepresets.h"
 #include "forms/multi/dateview.h"
@@ -15,8 +15,7 @@
 
 namespace {
 
-constexpr int inputDelay = 250; // ms
-constexpr int readAhead = 2;    // dates on either side
+constexpr int readAhead = 2; // dates on either side
 
 } // namespace
 
@@ -29,8 +28,7 @@ SearchNativeForm::SearchNativeForm(const QString &path, const QString & /*mode*/
     view = new DateView;
     view->showMessage("Reading the headers of the recordings...");
     fillCentralWidget(this, view, nullptr);
-    inputTimer.setSingleShot(true);
-    inputTimer.setInterval(inputDelay);
+    inputs = new DaysInputs(this);
     connectInputs();
     lastValues = std::make_unique<LastValues>(this);
     ui->dates->setFocus();
@@ -41,18 +39,8 @@ SearchNativeForm::~SearchNativeForm() = default;
 
 void SearchNativeForm::connectInputs()
 {
-    for (const QLineEdit *field : findChildren<QLineEdit *>())
-        connect(field, &QLineEdit::textChanged, this, &SearchNativeForm::changeInput);
-    // Their arrows change the text without a word of the line edit.
-    for (const QSpinBox *field : findChildren<QSpinBox *>())
-        connect(field, qOverload<int>(&QSpinBox::valueChanged), this,
-                &SearchNativeForm::changeInput);
-    for (const QComboBox *field : findChildren<QComboBox *>())
-        connect(field, qOverload<int>(&QComboBox::currentIndexChanged), this,
-                &SearchNativeForm::changeInput);
-    connect(ui->placeFields, &PlaceFields::chosen, this, &SearchNativeForm::changeInput);
-    connect(ui->nearestBeam, &QCheckBox::toggled, this, &SearchNativeForm::changeInput);
-    connect(&inputTimer, &QTimer::timeout, this, &SearchNativeForm::makePlan);
+    inputs->watch();
+    connect(inputs, &DaysInputs::changed, this, &SearchNativeForm::makePlan);
     connect(ui->dates, &DateList::wanted, this, &SearchNativeForm::showDate);
     connect(ui->dates, &DateList::markWanted, this, &SearchNativeForm::toggleMark);
     connect(ui->markButton, &QPushButton::clicked, this, &SearchNativeForm::toggleMark);
@@ -70,33 +58,15 @@ void SearchNativeForm::recordingsRead()
     makePlan();
 }
 
-void SearchNativeForm::changeInput()
-{
-    const bool isSource = ui->placeFields->isSource();
-    ui->nearestBeam->setEnabled(isSource);
-    ui->module->setEnabled(!isSource || !ui->nearestBeam->isChecked());
-    ui->ray->setEnabled(ui->module->isEnabled());
-    if (recordings)
-        inputTimer.start();
-}
-
-void SearchNativeForm::showProblems(const std::vector<FieldProblem> &problems)
-{
-    FieldValues::showProblems(this, ui->problems, planProblems, problems);
-    planProblems = problems;
-}
-
 // Finds the days for what stands in the fields, beside the window.
 void SearchNativeForm::makePlan()
 {
     if (!recordings)
         return;
-    inputTimer.stop();
+    inputs->stopWaiting();
     std::vector<FieldProblem> problems;
-    const auto counted = [this](const QWidget *field) { return ui->placeFields->counts(field); };
-    const auto typed = FieldValues::readAll(this, Compare::compareAnalysis(), counted, problems);
-    ui->placeFields->addProblems(typed, problems);
-    showProblems(problems);
+    const auto typed = inputs->read(Compare::compareAnalysis(), problems);
+    inputs->showProblems(problems);
     if (!problems.empty()) {
         planner.stop();
         return;
@@ -111,17 +81,8 @@ void SearchNativeForm::makePlan()
 
 void SearchNativeForm::takePlan(const Plan &made, const Compare::CompareParameters &typed)
 {
-    showProblems(made->problems);
-    const RecordingEntry &first = recordings->entries.front();
-    ui->placeFields->sourceField()->setSetting({Days::siteOf(first.path), first.begin.date(),
-                                                ui->points->currentText().toInt(),
-                                                first.header.tresolution});
-    if (!made->problems.empty())
+    if (!inputs->showPlan(*made, *recordings))
         return;
-    if (!ui->module->isEnabled() && made->beam.module > 0) {
-        ui->module->setValue(made->beam.module);
-        ui->ray->setValue(made->beam.ray);
-    }
     ui->placeFields->rememberClock();
     reader.stop();
     read.clear();

@@ -4,11 +4,11 @@
 #include "forms/multi/datemarks.h"
 #include "forms/multi/datereading.h"
 
-#include <QTimer>
 #include <map>
 #include <memory>
 
 class DateView;
+class DaysInputs;
 class LastValues;
 namespace Ui {
 class SearchNativeForm;
@@ -38,10 +38,8 @@ private:
     using Plan = std::shared_ptr<const Days::DayPlan>;
 
     void connectInputs();
-    void changeInput();
     void makePlan();
     void takePlan(const Plan &made, const Compare::CompareParameters &parameters);
-    void showProblems(const std::vector<FieldProblem> &problems);
     void readDates();
     void take(const std::shared_ptr<const DateStretch> &stretch);
     void showCurrent();
@@ -50,15 +48,14 @@ private:
 
     const std::unique_ptr<Ui::SearchNativeForm> ui;
     std::unique_ptr<LastValues> lastValues;
+    DaysInputs *inputs = nullptr;
     DateView *view = nullptr;
     DateMarks marks;
-    std::vector<FieldProblem> planProblems; // of the inputs as they stand
-    Plan plan;                              // null until the days are found
-    Compare::CompareParameters parameters;  // of the plan
+    Plan plan;                             // null until the days are found
+    Compare::CompareParameters parameters; // of the plan
     QString keptIn;
     std::map<int, std::shared_ptr<const DateStretch>> read; // the date that is shown and those near
 
-    QTimer inputTimer{this}; // until numbers that are being typed are planned
     Jobs::Worker planner;
     Jobs::Worker reader;
 };

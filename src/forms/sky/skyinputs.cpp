@@ -4,7 +4,8 @@
 #include "app/shell/settings.h"
 #include "data/truenumbers.h"
 #include "fields/numberbox.h"
-#include "forms/days/daysmodel.h"
+#include "forms/days/daysinputs.h"
+#include "forms/days/daystable.h"
 #include "forms/days/foldfields.h"
 #include "forms/days/sourcefield.h"
 #include "forms/days/stacktexts.h"
@@ -14,14 +15,12 @@
 #include "results/reporttext.h"
 #include "ui_skyinputs.h"
 
-#include <QDir>
 #include <QHeaderView>
 #include <QScopedValueRollback>
 #include <algorithm>
 
 namespace {
 
-constexpr int inputDelay = 250; // ms
 constexpr double bytesPerMegabyte = 1e6;
 constexpr double secondsPerMinute = 60;
 
@@ -90,8 +89,7 @@ SkyInputs::SkyInputs(const Sky::SkyAnalysis &skyAnalysis, const QString &directo
     }
     keepLines(ui->told, 3);
     keepLines(ui->daysText, 2);
-    inputTimer.setSingleShot(true);
-    inputTimer.setInterval(inputDelay);
+    fields = new DaysInputs(this);
     connectInputs();
     lastValues = std::make_unique<LastValues>(this);
     setFocusProxy(ui->dispersions);
@@ -101,23 +99,7 @@ SkyInputs::~SkyInputs() = default;
 
 void SkyInputs::connectInputs()
 {
-    const QWidgetList ofPicture = {ui->graphWidth, ui->graphHeight};
-    const QWidgetList ofMap = {ui->over, ui->shownRay, ui->shownOther};
-    const auto start = [this] {
-        if (recordings && !isFilling)
-            inputTimer.start();
-    };
-    for (QLineEdit *field : findChildren<QLineEdit *>()) { // those of spin boxes as well
-        if (!ofPicture.contains(field))
-            connect(field, &QLineEdit::textChanged, this, start);
-    }
-    for (QComboBox *field : findChildren<QComboBox *>()) {
-        if (!ofMap.contains(field))
-            connect(field, qOverload<int>(&QComboBox::currentIndexChanged), this, start);
-    }
-    for (const QCheckBox *field : findChildren<QCheckBox *>())
-        connect(field, &QCheckBox::toggled, this, start);
-    connect(ui->placeFields, &PlaceFields::chosen, this, start);
+    fields->watch({ui->graphWidth, ui->graphHeight, ui->over, ui->shownRay, ui->shownOther});
     connect(ui->over, qOverload<int>(&QComboBox::currentIndexChanged), this, [this] {
         fillOther();
         emit shownChanged();
@@ -135,7 +117,7 @@ void SkyInputs::connectInputs()
             emit pictureSizeChanged();
         });
     }
-    connect(&inputTimer, &QTimer::timeout, this, &SkyInputs::plan);
+    connect(fields, &DaysInputs::changed, this, &SkyInputs::plan);
     connect(&planner, &Jobs::Worker::ended, this, [this](const Jobs::Ending &ending) {
         if (ending.kind == Jobs::Ending::Failed)
             ui->told->setText(ending.problem);
@@ -165,9 +147,7 @@ void SkyInputs::setRecordings(const std::shared_ptr<const RecordingSet> &set)
 
 Sky::SkyParameters SkyInputs::read(std::vector<FieldProblem> &problems) const
 {
-    const auto counts = [this](const QWidget *field) { return ui->placeFields->counts(field); };
-    auto parameters = FieldValues::readAll(this, analysis, counts, problems);
-    ui->placeFields->addProblems(parameters, problems);
+    auto parameters = fields->read(analysis, problems);
     readShown(parameters);
     return parameters;
 }
@@ -196,23 +176,14 @@ void SkyInputs::readShown(Sky::SkyParameters &parameters) const
 
 std::optional<Sky::SkyParameters> SkyInputs::parameters()
 {
-    inputTimer.stop();
+    fields->stopWaiting();
     std::vector<FieldProblem> problems;
     const Sky::SkyParameters typed = read(problems);
     for (const FieldProblem &problem : Sky::problemsOf(typed))
         problems.push_back(problem);
-    showProblems(problems);
-    if (problems.empty())
-        return typed;
-    if (QWidget *const field = FieldValues::find(this, problems.front().field))
-        field->setFocus();
-    return {};
-}
-
-void SkyInputs::showProblems(const std::vector<FieldProblem> &problems)
-{
-    FieldValues::showProblems(this, ui->problems, shownProblems, problems);
-    shownProblems = problems;
+    if (!fields->accept(problems))
+        return {};
+    return typed;
 }
 
 void SkyInputs::plan()
@@ -223,7 +194,7 @@ void SkyInputs::plan()
     const Sky::SkyParameters typed = read(problems);
     if (!problems.empty()) {
         planner.stop();
-        showProblems(problems);
+        fields->showProblems(problems);
         return;
     }
     using Made = std::shared_ptr<const PlannedSky>;
@@ -237,7 +208,7 @@ void SkyInputs::plan()
 
 void SkyInputs::takePlan(const std::shared_ptr<const PlannedSky> &made)
 {
-    showProblems(made->plan.problems);
+    fields->showProblems(made->plan.problems);
     if (made->plan.problems.empty()) {
         latest = made;
         fillShown(made->plan);
@@ -373,14 +344,7 @@ void SkyInputs::showDays(const Sky::SkyPlan &plan, const Sky::SkyRun *run)
         }
         rows.push_back(row);
     }
-    for (const Days::LeftOut &left : plan.leftOut) {
-        DayRow row;
-        row.name =
-            QDir(directory).relativeFilePath(recordings->entries[std::size_t(left.recording)].path);
-        row.canCount = false;
-        row.reason = left.reason;
-        rows.push_back(row);
-    }
+    appendLeftOut(rows, plan.leftOut, *recordings, directory);
     days->updateRows(rows);
     QString text = QString("Recordings: %1, days: %2")
                        .arg(recordings->entries.size())

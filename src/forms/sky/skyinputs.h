@@ -5,12 +5,12 @@
 #include "jobs/worker.h"
 #include "results/resulttable.h"
 
-#include <QTimer>
 #include <QWidget>
 #include <memory>
 #include <optional>
 #include <vector>
 
+class DaysInputs;
 class DaysModel;
 class LastValues;
 class QAbstractItemModel;
@@ -72,7 +72,6 @@ signals:
 private:
     void connectInputs();
     Sky::SkyParameters read(std::vector<FieldProblem> &problems) const;
-    void showProblems(const std::vector<FieldProblem> &problems);
     void takePlan(const std::shared_ptr<const PlannedSky> &made);
     void fillShown(const Sky::SkyPlan &plan);
     void fillOther();
@@ -83,10 +82,9 @@ private:
     const std::unique_ptr<Ui::SkyInputs> ui;
     std::unique_ptr<LastValues> lastValues;
     DaysModel *const days;
+    DaysInputs *fields = nullptr;
     std::shared_ptr<const RecordingSet> recordings;
     std::shared_ptr<const PlannedSky> latest;
-    std::vector<FieldProblem> shownProblems;
     bool isFilling = false;
-    QTimer inputTimer{this}; // until what is being typed is planned
     Jobs::Worker planner;
 };
