@@ -35,6 +35,7 @@ HelpChapter helpOn(const QString &key)
     };
     const Row rows[] = {{"PulsarForm", {manual(), "the-pulsar-form"}},
                         {"FfaForm", {manual(), "the-ffa-form"}},
+                        {"TransientForm", {manual(), "the-transients-form"}},
                         {"NativeGrafik", {manual(), "the-viewer-of-native-data"}},
                         {"FourierForm", {manual(), "spectra-of-many-days"}},
                         {"NativeMultiForm", {manual(), "days-under-each-other"}},

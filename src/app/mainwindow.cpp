@@ -22,6 +22,7 @@
 #include "forms/profiles/profileform.h"
 #include "forms/pulsar/pulsarform.h"
 #include "forms/test/testform.h"
+#include "forms/transient/transientform.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -396,16 +397,9 @@ void MainWindow::readBinToText()
         recent->add(path, ui->actionReadBinToText);
 }
 
-// The command below is disabled in the menus until its form exists.
-
 void MainWindow::openFileTransients()
 {
-    sayNotBuilt("Transients");
-}
-
-void MainWindow::sayNotBuilt(const QString &command)
-{
-    StatusLine::show("\"" + command + "\" is not built yet.");
+    openFile<TransientForm>();
 }
 
 void MainWindow::showHelp()

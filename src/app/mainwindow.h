@@ -97,7 +97,6 @@ private:
     void rememberForm();
     void showChapter();
     void showDocument(const QString &fileName, const QString &chapter = {});
-    void sayNotBuilt(const QString &command);
 
     const std::unique_ptr<Ui::MainWindow> ui;
     QProgressBar *progressBar = nullptr;

@@ -37,17 +37,10 @@ std::vector<HeaderLine> allLines(const ResultTable &table)
     return lines;
 }
 
-const Column *columnNamed(const ResultTable &table, const QString &name)
-{
-    const auto column = std::find_if(table.columns.begin(), table.columns.end(),
-                                     [&](const Column &other) { return other.name == name; });
-    return column == table.columns.end() ? nullptr : &*column;
-}
-
 // Numbers of a column; empty where it has none.
 std::vector<double> numbersOf(const ResultTable &table, const QString &name)
 {
-    const Column *const column = columnNamed(table, name);
+    const Column *const column = columnNamed(table.columns, name);
     const auto *const numbers =
         column ? std::get_if<std::vector<double>>(&column->values) : nullptr;
     return numbers ? *numbers : std::vector<double>();
@@ -55,8 +48,8 @@ std::vector<double> numbersOf(const ResultTable &table, const QString &name)
 
 bool holdsCandidates(const ResultTable &table)
 {
-    return columnNamed(table, "snr") && columnNamed(table, "period") &&
-           columnNamed(table, "remark");
+    return columnNamed(table.columns, "snr") && columnNamed(table.columns, "period") &&
+           columnNamed(table.columns, "remark");
 }
 
 // Rows of a table have texts among them, curves only numbers.
@@ -133,7 +126,7 @@ PlotData candidatePlot(const ResultTable &table, const std::vector<HeaderLine> &
     for (int i = 0; i < positions; ++i)
         grid.push_back(low * std::pow(high / low, double(i) / (positions - 1)));
     std::vector<std::vector<float>> curves(2, std::vector<float>(std::size_t(positions), 0.0F));
-    const auto *const remarks = std::get_if<QStringList>(&columnNamed(table, "remark")->values);
+    const auto *const remarks = std::get_if<QStringList>(&columnNamed(table.columns, "remark")->values);
     for (std::size_t row = 0; row < periods.size(); ++row) {
         if (!isPeriod(periods[row]))
             continue;

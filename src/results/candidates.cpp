@@ -37,13 +37,6 @@ bool isStronger(const Candidate &a, const Candidate &b)
     return rest(a) < rest(b);
 }
 
-const Column *columnNamed(const std::vector<Column> &columns, const QString &name)
-{
-    const auto column = std::find_if(columns.begin(), columns.end(),
-                                     [&](const Column &other) { return other.name == name; });
-    return column == columns.end() ? nullptr : &*column;
-}
-
 double numberAt(const Column *column, int row)
 {
     const auto *numbers = column ? std::get_if<std::vector<double>>(&column->values) : nullptr;

@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cmath>
 #include <iterator>
+#include <limits>
 
 namespace Results {
 
@@ -140,6 +141,33 @@ int Column::size() const
 QString Column::title() const
 {
     return unit.isEmpty() ? name : name + " [" + unit + "]";
+}
+
+double Column::numberAt(int row) const
+{
+    if (const auto *texts = std::get_if<QStringList>(&values)) {
+        bool isNumber = false;
+        const double value = texts->at(row).toDouble(&isNumber);
+        return isNumber ? value : std::numeric_limits<double>::quiet_NaN();
+    }
+    const auto at = std::size_t(row);
+    if (const auto *floats = std::get_if<std::vector<float>>(&values))
+        return double((*floats)[at]);
+    return std::get<std::vector<double>>(values)[at];
+}
+
+QString Column::textAt(int row) const
+{
+    if (const auto *texts = std::get_if<QStringList>(&values))
+        return texts->at(row);
+    return numberText(numberAt(row));
+}
+
+const Column *columnNamed(const std::vector<Column> &columns, const QString &name)
+{
+    const auto column = std::find_if(columns.begin(), columns.end(),
+                                     [&](const Column &one) { return one.name == name; });
+    return column == columns.end() ? nullptr : &*column;
 }
 
 QByteArray jsonText(const QString &text)

@@ -35,7 +35,14 @@ struct Column {
 
     int size() const;
     QString title() const; ///< "name [unit]"
+    /// The value of a row; not a number where it is a text that is none.
+    double numberAt(int row) const;
+    /// The value of a row with as many digits as bring it back.
+    QString textAt(int row) const;
 };
+
+/// The column of that name; null where there is none.
+const Column *columnNamed(const std::vector<Column> &columns, const QString &name);
 
 /// The numbers of a result with all that is needed to make them again.
 ///

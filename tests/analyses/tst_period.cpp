@@ -63,7 +63,7 @@ const QByteArray pulseTable =
     "59607.25\t0.002\t26\t23:59:59\t+10:00:00\tcandidate\n"
     "59607.375\t0.003\t26\t00:00:01\t+10:10:00\tcandidate\n"
     "59607.4\t0.003\t26\t00:00:01\t+10:10:00\tin many rays\n"
-    "59607.5\t0.004\t26\t00:00:03\t+10:20:00\taccepted\n";
+    "59607.5\t0.004\t26\t00:00:03\t+10:20:00\taccept\n";
 
 } // namespace
 

@@ -22,6 +22,7 @@ target_compile_definitions(tst_forms_skyform PRIVATE ZRT_BATCH="$<TARGET_FILE:zr
 zrt_add_test(forms/multiforms gui zrt_window zrt_forms zrt_test_support_gui)
 add_dependencies(tst_forms_multiforms zrt-batch)
 target_compile_definitions(tst_forms_multiforms PRIVATE ZRT_BATCH="$<TARGET_FILE:zrt-batch>")
+zrt_add_test(forms/transientform gui zrt_test_support_forms)
 zrt_add_test(forms/profileform gui zrt_window zrt_forms zrt_test_support_gui)
 add_dependencies(tst_forms_profileform zrt-batch)
 target_compile_definitions(tst_forms_profileform PRIVATE ZRT_BATCH="$<TARGET_FILE:zrt-batch>")

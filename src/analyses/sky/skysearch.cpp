@@ -363,6 +363,15 @@ QString verdictName(Verdict verdict)
     return "-";
 }
 
+Verdict verdictOf(const QString &name)
+{
+    for (const Verdict verdict : {Verdict::Accept, Verdict::Reject, Verdict::Unsure}) {
+        if (name == verdictName(verdict))
+            return verdict;
+    }
+    return Verdict::None;
+}
+
 SkySearch searchSky(const SkyStack &stack, const SkyPlan &plan, int threads,
                     const Jobs::Control &control)
 {

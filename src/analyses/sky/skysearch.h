@@ -12,6 +12,7 @@ namespace Sky {
 enum class Verdict { None, Accept, Reject, Unsure };
 
 QString verdictName(Verdict verdict); ///< "accept", "reject", "unsure"; "-" for none
+Verdict verdictOf(const QString &name); ///< the other way; none for any other text
 
 struct Measured {
     double value = std::numeric_limits<double>::quiet_NaN();

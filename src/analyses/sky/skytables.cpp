@@ -54,13 +54,6 @@ QString oneLine(const QString &note)
     return note.simplified();
 }
 
-const Column *columnNamed(const std::vector<Column> &columns, const QString &name)
-{
-    const auto column = std::find_if(columns.begin(), columns.end(),
-                                     [&](const Column &one) { return one.name == name; });
-    return column == columns.end() ? nullptr : &*column;
-}
-
 double numberAt(const Column &column, int row)
 {
     const auto *const values = std::get_if<std::vector<double>>(&column.values);
@@ -73,15 +66,6 @@ QString textAt(const Column &column, int row)
     if (const auto *const values = std::get_if<QStringList>(&column.values))
         return (*values)[row] == none ? QString() : (*values)[row];
     return numberText(numberAt(column, row));
-}
-
-Verdict verdictOf(const QString &name)
-{
-    for (const Verdict verdict : {Verdict::Accept, Verdict::Reject, Verdict::Unsure}) {
-        if (name == verdictName(verdict))
-            return verdict;
-    }
-    return Verdict::None;
 }
 
 int indexOfRay(const SkyPlan &plan, double module, double ray)

@@ -40,25 +40,6 @@ ArrivalTime timeOfMjd(const QString &text, double mjd, double error)
                      error);
 }
 
-QString textAt(const Column &column, int row)
-{
-    const auto at = std::size_t(row);
-    if (const auto *texts = std::get_if<QStringList>(&column.values))
-        return texts->at(row);
-    if (const auto *numbers = std::get_if<std::vector<double>>(&column.values))
-        return QString::number((*numbers)[at], 'f', 12);
-    return QString::number(double(std::get<std::vector<float>>(column.values)[at]), 'f', 12);
-}
-
-const Column *columnNamed(const ResultTable &table, const QString &name)
-{
-    for (const Column &column : table.columns) {
-        if (column.name == name)
-            return &column;
-    }
-    return nullptr;
-}
-
 bool isNumberText(const QString &text)
 {
     bool isNumber = false;
@@ -66,35 +47,13 @@ bool isNumberText(const QString &text)
     return isNumber && std::isfinite(value);
 }
 
-// Pulses that the search or a user holds for something else.
+// Pulses that the search or a person holds for something else.
 bool isAgainst(const ResultTable &table, int row)
 {
-    const Column *const verdict = columnNamed(table, "verdict");
-    const QString text = verdict ? textAt(*verdict, row) : QString();
-    return verdict && !text.isEmpty() && text != "candidate" && text != "accepted";
-}
-
-// The mean direction of the rows that are used; nothing where one of them tells none.
-std::optional<Tools::SkyPosition> positionOf(const ResultTable &table, const std::vector<int> &rows)
-{
-    const Column *const ra = columnNamed(table, "ra");
-    const Column *const dec = columnNamed(table, "dec");
-    if (!ra || !dec)
-        return std::nullopt;
-    Tools::SkyPosition first;
-    double alfa = 0;
-    double delta = 0;
-    for (const int row : rows) {
-        const Tools::SkyPosition place = {Tools::rightAscensionOf(textAt(*ra, row)),
-                                          Tools::declinationOf(textAt(*dec, row))};
-        if (!place.isNumber())
-            return std::nullopt;
-        if (row == rows.front())
-            first = place;
-        alfa += std::remainder(place.alfa - first.alfa, 2 * M_PI) / double(rows.size());
-        delta += place.delta / double(rows.size());
-    }
-    return Tools::SkyPosition{std::fmod(first.alfa + alfa + 2 * M_PI, 2 * M_PI), delta};
+    const Column *const verdict = columnNamed(table.columns, "verdict");
+    const QString text = verdict ? verdict->textAt(row) : QString();
+    static const QStringList notAgainst = {"", "-", "candidate", "accept", "unsure"};
+    return !notAgainst.contains(text);
 }
 
 // Rows of a column with a time each.
@@ -102,7 +61,7 @@ std::vector<int> usableRows(const ResultTable &table, const Column &column)
 {
     std::vector<int> rows;
     for (int row = 0; row < table.rows(); ++row) {
-        if (isNumberText(textAt(column, row)) && !isAgainst(table, row))
+        if (isNumberText(column.textAt(row)) && !isAgainst(table, row))
             rows.push_back(row);
     }
     return rows;
@@ -111,32 +70,37 @@ std::vector<int> usableRows(const ResultTable &table, const Column &column)
 ArrivalTimes timesOfTable(const ResultTable &table)
 {
     ArrivalTimes times;
-    const Column *column = columnNamed(table, "arrival_barycentric");
+    const Column *column = columnNamed(table.columns, "arrival_barycentric");
     times.scale = TimeScale::Barycentric;
     if (!column || int(usableRows(table, *column).size()) < table.rows()) {
         times.scale = TimeScale::Utc;
-        column = columnNamed(table, "arrival");
+        column = columnNamed(table.columns, "arrival");
         if (!column)
-            column = columnNamed(table, "mjd");
+            column = columnNamed(table.columns, "mjd");
     }
     if (!column) {
         times.problem = "the table has no arrival times: no column \"arrival\" or \"mjd\". Give "
                         "the table of pulses or of arrival times.";
         return times;
     }
-    const Column *error = columnNamed(table, "error");
+    const Column *error = columnNamed(table.columns, "error");
     if (!error)
-        error = columnNamed(table, "mjd_error");
+        error = columnNamed(table.columns, "mjd_error");
     const std::vector<int> rows = usableRows(table, *column);
     for (const int row : rows)
-        times.times.push_back(
-            timeOfMjd(textAt(*column, row), 0, error ? textAt(*error, row).toDouble() : 0));
+        times.times.push_back(timeOfMjd(column->textAt(row), 0, error ? error->numberAt(row) : 0));
     if (int(rows.size()) < table.rows())
         times.remarks << QString("%1 of %2 rows are not used: they have a verdict against them or "
                                  "no time.")
                              .arg(table.rows() - int(rows.size()))
                              .arg(table.rows());
-    times.position = positionOf(table, rows);
+    const Column *const ra = columnNamed(table.columns, "ra");
+    const Column *const dec = columnNamed(table.columns, "dec");
+    std::vector<Tools::SkyPosition> places;
+    for (const int row : ra &&dec ? rows : std::vector<int>())
+        places.push_back(
+            {Tools::rightAscensionOf(ra->textAt(row)), Tools::declinationOf(dec->textAt(row))});
+    times.position = meanPosition(places);
     return times;
 }
 
@@ -284,6 +248,37 @@ bool isBefore(const ArrivalTime &a, const ArrivalTime &b)
     return std::tie(a.day, a.second) < std::tie(b.day, b.second);
 }
 
+bool looksLikeTable(const QByteArray &text)
+{
+    const QByteArray begin = text.left(4096).trimmed();
+    return begin.startsWith('{') || begin.startsWith("program:") || begin.startsWith("# program:");
+}
+
+} // namespace
+
+QString ArrivalTime::text() const
+{
+    constexpr int digits = 13;
+    if (day == 0)
+        return QString::number(second, 'g', 15);
+    return QString::number(day) + QString::number(second / secondsPerDay, 'f', digits).mid(1);
+}
+
+std::optional<Tools::SkyPosition> meanPosition(const std::vector<Tools::SkyPosition> &places)
+{
+    double alfa = 0;
+    double delta = 0;
+    for (const Tools::SkyPosition &place : places) {
+        if (!place.isNumber())
+            return std::nullopt;
+        alfa += std::remainder(place.alfa - places.front().alfa, 2 * M_PI) / double(places.size());
+        delta += place.delta / double(places.size());
+    }
+    if (places.empty())
+        return std::nullopt;
+    return Tools::SkyPosition{std::fmod(places.front().alfa + alfa + 2 * M_PI, 2 * M_PI), delta};
+}
+
 void sortTimes(ArrivalTimes &times)
 {
     std::vector<ArrivalTime> &all = times.times;
@@ -300,22 +295,6 @@ void sortTimes(ArrivalTimes &times)
     if (all.size() < before)
         times.remarks << QString("%1 of the times stand there twice and count once.")
                              .arg(before - all.size());
-}
-
-bool looksLikeTable(const QByteArray &text)
-{
-    const QByteArray begin = text.left(4096).trimmed();
-    return begin.startsWith('{') || begin.startsWith("program:") || begin.startsWith("# program:");
-}
-
-} // namespace
-
-QString ArrivalTime::text() const
-{
-    constexpr int digits = 13;
-    if (day == 0)
-        return QString::number(second, 'g', 15);
-    return QString::number(day) + QString::number(second / secondsPerDay, 'f', digits).mid(1);
 }
 
 ArrivalTimes parseTimes(const QByteArray &text, const QString &unit, double mjd)

@@ -54,6 +54,12 @@ ArrivalTimes parseTimes(const QByteArray &text, const QString &unit = automatic,
 /// Times of UTC become those at which the same pulses pass the barycentre.
 void turnToBarycentre(ArrivalTimes &times, const Tools::SkyPosition &position);
 
+/// The mean direction; nothing where there is none, or one is not known.
+std::optional<Tools::SkyPosition> meanPosition(const std::vector<Tools::SkyPosition> &places);
+
+/// Brings times into their order, each once, and remarks on that.
+void sortTimes(ArrivalTimes &times);
+
 /// Seconds since the midnight before the first of the times.
 std::vector<double> secondsOf(const ArrivalTimes &times);
 

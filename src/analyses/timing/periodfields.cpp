@@ -168,11 +168,8 @@ std::optional<Tools::SkyPosition> directionOf(const P &parameters)
     return Days::sourceOf(placeOf(parameters));
 }
 
-ArrivalTimes timesFor(const P &parameters, const QByteArray &file)
+ArrivalTimes turnedTimes(ArrivalTimes times, const P &parameters)
 {
-    const QByteArray typed = parameters.times.toUtf8().replace(',', '\n').replace(';', '\n');
-    ArrivalTimes times =
-        parseTimes(typed.isEmpty() ? file : typed, parameters.unit, parameters.mjd);
     if (!times.problem.isEmpty() || times.scale != TimeScale::Utc || !parameters.earthMotion)
         return times;
     std::optional<Tools::SkyPosition> direction = directionOf(parameters);
@@ -183,6 +180,13 @@ ArrivalTimes timesFor(const P &parameters, const QByteArray &file)
     else
         times.remarks << "The direction is not known: times and period are those at the telescope.";
     return times;
+}
+
+ArrivalTimes timesFor(const P &parameters, const QByteArray &file)
+{
+    const QByteArray typed = parameters.times.toUtf8().replace(',', '\n').replace(';', '\n');
+    return turnedTimes(parseTimes(typed.isEmpty() ? file : typed, parameters.unit, parameters.mjd),
+                       parameters);
 }
 
 QString periodCommand(const P &parameters, const QString &file)

@@ -39,6 +39,10 @@ std::vector<FieldProblem> problemsOf(const PeriodParameters &parameters);
 /// The direction that was asked for; nothing where none was.
 std::optional<Tools::SkyPosition> directionOf(const PeriodParameters &parameters);
 
+/// Times of UTC at the barycentre, where the parameters want that and they or the times tell the
+/// direction; a remark says so where nothing does.
+ArrivalTimes turnedTimes(ArrivalTimes times, const PeriodParameters &parameters);
+
 /// Times of parameters, typed or the text of a file, as the search takes them.
 ArrivalTimes timesFor(const PeriodParameters &parameters, const QByteArray &file);
 

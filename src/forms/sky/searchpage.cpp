@@ -7,6 +7,7 @@
 #include "forms/days/stacktexts.h"
 #include "forms/savefolder.h"
 #include "forms/sky/candidateview.h"
+#include "forms/verdictbar.h"
 #include "picture/periodmarks.h"
 #include "plot/pulsargrafik.h"
 
@@ -15,8 +16,6 @@
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QLabel>
-#include <QPushButton>
-#include <QShortcut>
 #include <QSplitter>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -83,45 +82,14 @@ QWidget *SearchPage::makeTable()
     return part;
 }
 
-void SearchPage::addButton(QLayout *layout, const QString &text, const QString &toolTip,
-                           const QKeySequence &key, const std::function<void()> &action)
-{
-    auto *const button = new QPushButton(text);
-    button->setObjectName(text.toLower().section(' ', 0, 0).remove('.'));
-    button->setToolTip(key.isEmpty() ? toolTip
-                                     : QString("%1: key %2").arg(toolTip, key.toString()));
-    button->setMinimumWidth(button->fontMetrics().horizontalAdvance(text) + 14);
-    button->setFocusPolicy(Qt::TabFocus); // the table keeps the keys
-    connect(button, &QPushButton::clicked, this, action);
-    layout->addWidget(button);
-    needRow.push_back(button);
-    if (!key.isEmpty()) {
-        auto *const shortcut = new QShortcut(key, splitter);
-        shortcut->setContext(Qt::WidgetWithChildrenShortcut);
-        connect(shortcut, &QShortcut::activated, this, action);
-    }
-}
-
 QWidget *SearchPage::makeButtons()
 {
-    auto *const part = new QWidget;
-    auto *const layout = new QHBoxLayout(part);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(2);
-    addButton(layout, "Previous", "The candidate above", QKeySequence("P"), [this] { step(-1); });
-    addButton(layout, "Next", "The candidate below", QKeySequence("N"), [this] { step(1); });
-    addButton(layout, "Accept", "Accepts the candidate and goes to the next", QKeySequence("A"),
-              [this] { decide(Sky::Verdict::Accept); });
-    addButton(layout, "Reject", "Rejects the candidate and goes to the next", QKeySequence("R"),
-              [this] { decide(Sky::Verdict::Reject); });
-    addButton(layout, "Unsure", "Leaves the candidate open and goes to the next", QKeySequence("U"),
-              [this] { decide(Sky::Verdict::Unsure); });
-    addButton(layout, "Note...", "Writes a note on the candidate", QKeySequence("F2"),
-              [this] { writeNote(); });
-    addButton(layout, "Save table...", "Writes the table with verdicts and notes to another place",
-              {}, [this] { saveTableAs(); });
-    layout->addStretch(1);
-    return part;
+    buttons = new VerdictBar(splitter);
+    connect(buttons, &VerdictBar::stepped, this, &SearchPage::step);
+    connect(buttons, &VerdictBar::decided, this, &SearchPage::decide);
+    connect(buttons, &VerdictBar::noteWanted, this, &SearchPage::writeNote);
+    connect(buttons, &VerdictBar::saveWanted, this, &SearchPage::saveTableAs);
+    return buttons;
 }
 
 void SearchPage::showMessage(const QString &message)
@@ -258,8 +226,7 @@ void SearchPage::writeNote()
 void SearchPage::showCandidate()
 {
     const int row = chosenRow();
-    for (QWidget *const button : needRow)
-        button->setEnabled(row >= 0);
+    buttons->setHasCandidate(row >= 0);
     if (row < 0) {
         clearDetails(model->rowCount() > 0 ? "Choose a candidate" : "No candidates");
         return;

@@ -4,14 +4,12 @@
 #include "forms/sky/skycandidatesmodel.h"
 #include "forms/sky/skypage.h"
 
-#include <functional>
-
 class CandidateView;
 class PulsarGrafik;
 class QLabel;
-class QLayout;
 class QSplitter;
 class TableView;
+class VerdictBar;
 
 /// The candidates of a search: their table, and of the chosen one its stack, its place on the map,
 /// its significance against dispersion and days, and its folded profile. Verdicts and notes are
@@ -34,8 +32,6 @@ protected:
 private:
     QWidget *makeTable();
     QWidget *makeButtons();
-    void addButton(QLayout *layout, const QString &text, const QString &toolTip,
-                   const QKeySequence &key, const std::function<void()> &action);
     void takeFound(const SearchFound &found);
     void showTable(Sky::CandidatesTable next, const QString &kept);
     void restoreTable();
@@ -54,9 +50,9 @@ private:
     QLabel *told = nullptr;
     PulsarGrafik *grafik = nullptr;
     CandidateView *details = nullptr;
-    std::vector<QWidget *> needRow; // switched off without a candidate
-    QString keptPath;               // of the table that is shown; empty: it was not written
-    bool hasStacks = false;         // of the candidates that are shown
-    bool wasRestored = false;       // what an earlier run left was looked for
+    VerdictBar *buttons = nullptr;
+    QString keptPath;         // of the table that is shown; empty: it was not written
+    bool hasStacks = false;   // of the candidates that are shown
+    bool wasRestored = false; // what an earlier run left was looked for
     Jobs::Worker searcher;
 };

@@ -3,6 +3,7 @@
 #include "picture/plotdata.h"
 #include "picture/ticks.h"
 
+#include <QMouseEvent>
 #include <QPainter>
 #include <QPolygonF>
 #include <algorithm>
@@ -15,6 +16,7 @@ constexpr int right = 8;
 constexpr int top = 17;
 constexpr int bottom = 17;
 const QColor markColour(230, 110, 0);
+const QColor pointerColour(0, 128, 0);
 
 Plot::Range rangeOf(const std::vector<SmallPlot::Curve> &curves)
 {
@@ -46,6 +48,7 @@ SmallPlot::SmallPlot(const QString &emptyTitle, QWidget *parent)
     : QWidget(parent), message(emptyTitle)
 {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    setMouseTracking(true);
 }
 
 void SmallPlot::setContent(Content next)
@@ -60,6 +63,28 @@ void SmallPlot::showMessage(const QString &text)
     content = {};
     message = text;
     update();
+}
+
+void SmallPlot::setPointer(std::optional<double> x)
+{
+    pointer = x;
+    update();
+}
+
+void SmallPlot::mouseMoveEvent(QMouseEvent *event)
+{
+    if (content.x.empty() || !lastFrame.contains(event->pos())) {
+        emit pointed(std::nullopt);
+        return;
+    }
+    const Plot::Range x = widthOf(content);
+    emit pointed(x.min + (event->x() - lastFrame.left()) * x.extent() / lastFrame.width());
+}
+
+void SmallPlot::leaveEvent(QEvent *event)
+{
+    emit pointed(std::nullopt);
+    QWidget::leaveEvent(event);
 }
 
 void SmallPlot::paintEvent(QPaintEvent * /*event*/)
@@ -78,6 +103,7 @@ void SmallPlot::paintEvent(QPaintEvent * /*event*/)
     const QRect frame = rect().adjusted(left, top + paintNames(painter), -right, -bottom);
     if (frame.width() < 10 || frame.height() < 10)
         return;
+    lastFrame = frame;
     painter.setPen(Qt::black);
     paintFrame(painter, frame);
     paintCurves(painter, frame);
@@ -145,6 +171,10 @@ void SmallPlot::paintCurves(QPainter &painter, const QRect &frame) const
     if (content.hasMark) {
         painter.setPen(markColour);
         painter.drawLine(place(content.mark, y.min), place(content.mark, y.max));
+    }
+    if (pointer && *pointer >= x.min && *pointer <= x.max) {
+        painter.setPen(pointerColour);
+        painter.drawLine(place(*pointer, y.min), place(*pointer, y.max));
     }
     painter.setRenderHint(QPainter::Antialiasing);
     for (std::size_t i = 0; i < content.curves.size(); ++i) {

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QWidget>
+#include <optional>
 #include <vector>
 
 /// A small plot of a few curves that share their X axis, for the details of a candidate.
@@ -29,12 +30,20 @@ public:
     const Content &shown() const { return content; }
     /// A text in place of the curves.
     void showMessage(const QString &message);
+    /// A vertical line at a value of X; nothing: none.
+    void setPointer(std::optional<double> x);
 
     QSize sizeHint() const override { return {260, 130}; }
     QSize minimumSizeHint() const override { return {140, 70}; }
 
+signals:
+    /// The pointer is over this value of X; nothing: it has left the curves.
+    void pointed(std::optional<double> x);
+
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void leaveEvent(QEvent *event) override;
 
 private:
     int paintNames(QPainter &painter) const;
@@ -43,4 +52,6 @@ private:
 
     Content content;
     QString message;
+    QRect lastFrame; // as it was painted
+    std::optional<double> pointer;
 };
