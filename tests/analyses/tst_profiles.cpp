@@ -20,12 +20,12 @@ constexpr int bins = 32;
 constexpr double dispersion = 30;
 
 // A stretch whose phase runs evenly.
-DayPhase evenPhase(double frequency, int parts)
+DayPhase evenPhase(double frequency, int parts, int length = points)
 {
     DayPhase phase;
     phase.frequency = frequency;
     for (int part = 0; part <= parts; ++part)
-        phase.turns.push_back(frequency * points * step * part / parts);
+        phase.turns.push_back(frequency * length * step * part / parts);
     return phase;
 }
 
@@ -61,10 +61,10 @@ ObservationData recordingOf(const DaySource &source)
     return data;
 }
 
-ProfileDay dayOf(const DaySource &source)
+ProfileDay dayOf(const DaySource &source, int length = points)
 {
-    ProfileDay day = foldDay(recordingOf(source), 0, points, {dispersion, "without", false, bins},
-                             evenPhase(1 / period, 8));
+    ProfileDay day = foldDay(recordingOf(source), 0, length, {dispersion, "without", false, bins},
+                             evenPhase(1 / period, 8, length));
     day.begin = day.utc = QDateTime({2015, 4, 1}, {12, 0}, Qt::UTC);
     day.direction = {1, 0.5};
     return day;
@@ -108,6 +108,8 @@ private slots:
     void parFiles();
     void phaseFollowsTheEarth();
     void noiseOfADay();
+    void driftIsNoNoise();
+    void partsBeginWithTheirSamples();
     void pulseComesBack();
     void noiseIsNeverAligned();
     void templateAlignsWhatEphemerisCannot();
@@ -194,6 +196,27 @@ void TestProfiles::noiseOfADay()
     QVERIFY(std::abs(day.noise.shared * 3 * samplesOfBin - 1) < 0.05);
     QVERIFY(std::abs(day.unit - 2) < 0.02);
     QVERIFY(std::abs(day.chiSquared.reduced - 1) < 4 * std::sqrt(2.0 / 31));
+}
+
+void TestProfiles::driftIsNoNoise()
+{
+    DaySource source;
+    source.height = 0.3;
+    source.width = 0.3;
+    source.period = period * (1 + 2e-3); // 0.2 turns over the stretch
+    const double ratio = dayOf(source).noise.sigma * std::sqrt(32.0 * points / bins);
+    QVERIFY2(std::abs(ratio - 1) < 0.1, QByteArray::number(ratio));
+}
+
+// Eighths of this stretch begin within samples.
+void TestProfiles::partsBeginWithTheirSamples()
+{
+    DaySource source;
+    source.height = 5;
+    const ProfileStack stack = stackDays({dayOf(source, points - 4)}, {});
+    const double off = stack.pulse.phase - source.phase;
+    QVERIFY2(std::abs(off) < 5 * stack.pulse.phaseError && std::abs(off) < 1e-3,
+             QByteArray::number(off));
 }
 
 // Folded at a period and a dispersion that are a little off, the pulse gives its own ones.
@@ -336,7 +359,8 @@ void TestProfiles::arrivalTimes()
     const QList<QByteArray> lines =
         timBytes(arrivals, {"a", "b", "c", "d", "e", "f"}, "ZRT").split('\n');
     QCOMPARE(lines[0], QByteArray("FORMAT 1"));
-    QVERIFY2(lines[3].startsWith("c 109.986364 57113.50029") && lines[3].endsWith(" ZRT"), lines[3]);
+    QVERIFY2(lines[3].startsWith("c 109.986364 57113.50029") && lines[3].endsWith(" ZRT"),
+             lines[3]);
 }
 
 void TestProfiles::parametersAreChecked_data()

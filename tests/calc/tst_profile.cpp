@@ -80,13 +80,15 @@ class TestProfile : public QObject {
 private slots:
     void turnsByBins();
     void turningKeepsTheNoise();
-    void maximaAreGaussianSigma();
-    void energyHasItsLaw();
+    void noiseHasTheLawsOfItsNames_data();
+    void noiseHasTheLawsOfItsNames();
     void measuresOfABox();
     void chiSquaredOfOwnBins();
     void pulseIsFoundWithinItsErrors_data();
     void pulseIsFoundWithinItsErrors();
     void templateOfNoiseIsDamped();
+    void likelyValueOfAParabola();
+    void narrowPulsesHaveALimit();
 };
 
 void TestProfile::turnsByBins()
@@ -115,36 +117,35 @@ void TestProfile::turningKeepsTheNoise()
     QVERIFY(std::abs(sum / bins / bins - noise.binVariance()) < 1e-12);
 }
 
-void TestProfile::maximaAreGaussianSigma()
+void TestProfile::noiseHasTheLawsOfItsNames_data()
 {
-    constexpr int count = 4000;
+    QTest::addColumn<double>("shared");
+    QTest::newRow("apart") << 0.0;
+    QTest::newRow("of two samples") << 1 / 6.0;
+    QTest::newRow("of one sample") << 1 / 3.0;
+}
+
+void TestProfile::noiseHasTheLawsOfItsNames()
+{
+    QFETCH(double, shared);
+    constexpr int count = 2500;
+    constexpr double tenth = 1.2816;
+    const ProfileNoise noise = {3, shared};
     std::mt19937 random(2);
     int peaks = 0;
     int boxcars = 0;
-    for (int i = 0; i < count; ++i) {
-        const ProfileNoise noise = {3, 0.25};
-        const ProfileSnr snr = profileSnr(noiseProfile(random, noise), noise, 10);
-        peaks += snr.peakSigma > 1.2816;
-        boxcars += snr.boxcarSigma > 1.2816;
-    }
-    // A tenth of all: 19 is one standard deviation.
-    QVERIFY2(std::abs(peaks - 400) < 57, QByteArray::number(peaks));
-    QVERIFY2(std::abs(boxcars - 400) < 57, QByteArray::number(boxcars));
-}
-
-void TestProfile::energyHasItsLaw()
-{
-    constexpr int count = 4000;
-    std::mt19937 random(3);
     int energies = 0;
     double sum = 0;
     for (int i = 0; i < count; ++i) {
-        const ProfileNoise noise = {1, 0.33};
         const ProfileSnr snr = profileSnr(noiseProfile(random, noise), noise, 10);
-        energies += snr.z2Sigma > 1.2816;
+        peaks += snr.peakSigma > tenth;
+        boxcars += snr.boxcarSigma > tenth;
+        energies += snr.z2Sigma > tenth;
         sum += snr.z2;
     }
-    QVERIFY2(std::abs(energies - 400) < 57, QByteArray::number(energies));
+    for (const int above : {peaks, boxcars, energies})
+        QVERIFY2(std::abs(above - count / 10) < 3 * std::sqrt(0.09 * count),
+                 QByteArray::number(above));
     // Chi squared of 20 degrees: one has the standard deviation root of 40.
     QVERIFY(std::abs(sum / count - 20) < 3 * std::sqrt(40.0 / count));
 }
@@ -241,6 +242,39 @@ void TestProfile::templateOfNoiseIsDamped()
         shift.add(match.phase, 0, match.phaseError);
     }
     QVERIFY2(shift.isTrue(), shift.text());
+}
+
+void TestProfile::likelyValueOfAParabola()
+{
+    // S/N^2 = 1000^2 - ((x - 4.3) / 2.5)^2: the standard deviation is 2.5.
+    std::vector<double> values;
+    std::vector<double> snr;
+    for (int x = -10; x <= 20; ++x) {
+        values.push_back(x);
+        snr.push_back(std::sqrt(1e6 - std::pow((x - 4.3) / 2.5, 2)));
+    }
+    const LikelyValue found = likelyValue(values, snr);
+    QVERIFY(found.isInside);
+    QVERIFY(std::abs(found.best - 4.3) < 1e-6);
+    QVERIFY(std::abs(found.error - 2.5) < 1e-4);
+    // Cut off before one side has fallen.
+    values.resize(16);
+    snr.resize(16);
+    QVERIFY(!likelyValue(values, snr).isInside);
+}
+
+void TestProfile::narrowPulsesHaveALimit()
+{
+    std::mt19937 random(7);
+    int below = 0;
+    for (int i = 0; i < 100; ++i) {
+        const Injection injection = {{0.5, 0.2}, 0.1 / bins, 15, 0};
+        const GaussianPulse pulse =
+            fitGaussian(harmonicsOf(injection.profile(random)), injection.noise);
+        below += !pulse.isResolved && pulse.widthLimit > injection.width &&
+                 pulse.widthLimit < 2.0 / bins;
+    }
+    QVERIFY2(below > 90, QByteArray::number(below));
 }
 
 ZRT_UNIT_TEST_MAIN(TestProfile)
