@@ -40,6 +40,7 @@ HelpChapter helpOn(const QString &key)
                         {"FourierForm", {manual(), "spectra-of-many-days"}},
                         {"NativeMultiForm", {manual(), "days-under-each-other"}},
                         {"SearchNativeForm", {manual(), "days-under-each-other"}},
+                        {"ProfileForm", {manual(), "average-profiles-of-many-days"}},
                         {"FourierForm folds", {manual(), "folds-of-many-days"}},
                         {"FourierForm sky", {manual(), "maps-and-searches-over-many-days"}},
                         {"ArraysForm", {manual(), "text-files-of-numbers"}},

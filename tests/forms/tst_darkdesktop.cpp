@@ -6,6 +6,7 @@
 #include "forms/days/fourierform.h"
 #include "forms/ffa/ffaform.h"
 #include "forms/native/nativegrafik.h"
+#include "forms/profiles/profileform.h"
 #include "forms/pulsar/pulsarform.h"
 #include "support/formtest.h"
 #include "support/testmain.h"
@@ -185,7 +186,7 @@ void TestDarkDesktop::readable_data()
     QTest::addColumn<QString>("form");
     for (const bool isDark : {true, false}) {
         for (const char *form :
-             {"pulsar", "ffa", "native", "days", "arrays", "directory", "calculator"})
+             {"pulsar", "ffa", "native", "days", "profiles", "arrays", "directory", "calculator"})
             QTest::newRow(qPrintable(QString(isDark ? "dark %1" : "light %1").arg(form)))
                 << isDark << form;
     }
@@ -207,6 +208,9 @@ void TestDarkDesktop::open(const QString &form)
     } else if (form == "days") {
         new FourierForm(folder->path(), 0, 0, 0, window.get());
         QTRY_VERIFY(window->findChild<QWidget *>("groupBox_place"));
+    } else if (form == "profiles") {
+        new ProfileForm(folder->path(), "periods", window.get());
+        QTRY_VERIFY(window->findChild<QWidget *>("groupBox_average"));
     } else if (form == "arrays") {
         new ArraysForm(numbers, window.get());
     } else if (form == "directory") {

@@ -55,6 +55,8 @@ private slots:
     void addsUpWithoutReading_data();
     void addsUpWithoutReading();
     void takesValues();
+    void takesADispersion();
+    void stops();
     void optionsGoOn();
     void saves();
     void remembersTheFlux();
@@ -290,6 +292,31 @@ void TestProfileForm::takesValues()
     click("takeBack");
     QTRY_VERIFY_WITH_TIMEOUT(!text("used").contains("moved"), waitMs);
     QTRY_COMPARE_WITH_TIMEOUT(text("boxcarAverage").section(' ', 0, 0).toDouble(), before, waitMs);
+}
+
+// A dispersion alone leaves the ephemeris as it was typed.
+void TestProfileForm::takesADispersion()
+{
+    open(path("days"), "dispersions");
+    find<QLineEdit>("period")->clear();
+    find<QLineEdit>("frequency")->setText("1.42857142857");
+    find<QLineEdit>("dispersion")->setText("1");
+    compute();
+    click("takeBest");
+    QVERIFY(std::abs(find<QLineEdit>("dispersion")->text().toDouble()) < 0.6);
+    QCOMPARE(find<QLineEdit>("frequency")->text(), QString("1.42857142857"));
+    QCOMPARE(find<QLineEdit>("period")->text(), QString());
+    QTRY_VERIFY_WITH_TIMEOUT(text("used").contains("moved dispersion: -"), waitMs);
+}
+
+void TestProfileForm::stops()
+{
+    open(path("days"));
+    QDir(path("days/zrt-days")).removeRecursively(); // folding takes a moment
+    click("pushButton");
+    QTest::keyClick(&window, Qt::Key_Escape);
+    QTRY_VERIFY_WITH_TIMEOUT(plot("grafik").message.startsWith("Stopped"), waitMs);
+    compute();
 }
 
 // From one form of periods to the next, with another form between, and to no other form.

@@ -117,6 +117,10 @@ void ProfileForm::connectJobs()
         if (ending.kind == Jobs::Ending::Stopped && !products)
             view->showMessage("Stopped. Days that were folded are kept: Compute goes on.");
     });
+    connect(&adder, &Jobs::Worker::ended, this, [this](const Jobs::Ending &ending) {
+        if (ending.kind == Jobs::Ending::Stopped)
+            view->stopTrials();
+    });
 }
 
 void ProfileForm::recordingsRead()
@@ -230,6 +234,7 @@ void ProfileForm::takeProducts(const Products &made)
     counts.assign(products->days->size(), true);
     showDays();
     average();
+    plan(); // what was changed under "Average" while the days were folded
 }
 
 Profiles::StackChoice ProfileForm::choice() const
@@ -310,26 +315,33 @@ void ProfileForm::switchAll(bool isOn)
     average();
 }
 
-// Moves the days there at once, and makes the fields ask for it: the period then is typed, with the
-// other numbers of the ephemeris that it takes the place of.
+// Moves the days there at once, and makes the fields ask for it.
 void ProfileForm::takeValues(const OptimiseView::Place &place)
 {
     const Profiles::ProfileDay *const first = Profiles::firstWhole(*products->days);
     if (!first)
         return;
-    constexpr int periodDigits = 10;
-    const QString period = QString::number(place.period, 'g', periodDigits);
     const QString dispersion = QString::number(place.dispersion, 'f', 3);
-    taken = {period.toDouble(), dispersion.toDouble()};
-    ui->period->setText(period);
     ui->dispersion->setText(dispersion);
+    taken = {place.period, dispersion.toDouble()};
+    if (choice().moreFrequency != 0)
+        takePeriod(place.period, *first);
+    average();
+}
+
+// The period is typed then, with the other numbers of the ephemeris that it takes the place of.
+void ProfileForm::takePeriod(double period, const Profiles::ProfileDay &first)
+{
+    constexpr int periodDigits = 10;
+    const QString text = QString::number(period, 'g', periodDigits);
+    taken->period = text.toDouble();
+    ui->period->setText(text);
     ui->frequency->clear();
     ui->parFile->clear();
     const Profiles::Ephemeris &ephemeris = products->plan.ephemeris;
     ui->derivative->setText(ephemeris.derivative != 0 ? exactText(ephemeris.derivative)
                                                       : QString());
-    ui->epoch->setText(exactText(std::round(Tools::modifiedJulianDay(first->utc))));
-    average();
+    ui->epoch->setText(exactText(std::round(Tools::modifiedJulianDay(first.utc))));
 }
 
 void ProfileForm::takeBack()

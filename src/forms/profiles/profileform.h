@@ -60,6 +60,7 @@ private:
     void switchDay(int row, bool isOn);
     void switchAll(bool isOn);
     void takeValues(const OptimiseView::Place &place);
+    void takePeriod(double period, const Profiles::ProfileDay &first);
     void takeBack();
     QStringList daysOff() const;
     void saveTables();

@@ -173,17 +173,26 @@ void ProfileView::showScan()
     const Profiles::ScanCurve &curve =
         scanned == Plot::Scanned::Periods ? scan.periods : scan.dispersions;
     info->setTaking(isThere && curve.isInside, isMoved);
-    if (isThere)
-        trials->setData(Plot::scanPlot(scan, scanned));
-    else
-        trials->showMessage(outcome->stack.incoherentDays > 0 ? "Trying..."
-                                                              : outcome->stack.problem);
-    if (!both)
+    if (!isThere) {
+        showTrialsMessage(outcome->stack.incoherentDays > 0 ? "Trying..." : outcome->stack.problem);
         return;
-    if (isThere)
+    }
+    trials->setData(Plot::scanPlot(scan, scanned));
+    if (both)
         both->setScan(std::make_shared<const Profiles::ProfileScan>(scan), placeNow());
-    else
-        both->showMessage(outcome->stack.incoherentDays > 0 ? "Trying..." : outcome->stack.problem);
+}
+
+void ProfileView::showTrialsMessage(const QString &message)
+{
+    trials->showMessage(message);
+    if (both)
+        both->showMessage(message);
+}
+
+void ProfileView::stopTrials()
+{
+    if (outcome && outcome->scan.both.empty())
+        showTrialsMessage("Stopped. Any change of the average tries again.");
 }
 
 void ProfileView::showMessage(const QString &message)
@@ -192,10 +201,9 @@ void ProfileView::showMessage(const QString &message)
     outcome = nullptr;
     currentDay = -1;
     picture->setRows({}, nullptr);
-    for (PulsarGrafik *const plot : {grafik, byDay, growth, trials})
+    for (PulsarGrafik *const plot : {grafik, byDay, growth})
         plot->showMessage(message);
-    if (both)
-        both->showMessage(message);
+    showTrialsMessage(message);
     arrivalsModel->clear();
     info->setAverage(nullptr);
     info->clearDay();
@@ -231,7 +239,6 @@ void ProfileView::setDay(int day)
         return;
     currentDay = day;
     showDay();
-    emit dayPointed(day);
 }
 
 void ProfileView::showDay()
@@ -301,14 +308,18 @@ void ProfileView::pointAtPhase(double index, int day)
     QStringList lines;
     if (currentDay >= 0)
         lines << dayText(*outcome, currentDay);
+    // Behind the last bin comes the first again.
+    const auto binIn = [&](const auto &profile) {
+        const auto bins = int(profile.size());
+        return std::size_t(std::clamp(int(std::lround(index)), 0, bins) % bins);
+    };
     const auto valueIn = [&](const auto &profile) {
-        const int bin = std::clamp(int(std::lround(index)), 0, int(profile.size()) - 1);
-        return number(double(profile[std::size_t(bin)]));
+        return number(double(profile[binIn(profile)]));
     };
     const std::vector<double> &average = outcome->stack.profile;
     if (!average.empty())
         lines << QString("Phase %1, average %2")
-                     .arg((std::lround(index) + 0.5) / double(average.size()), 0, 'f', 3)
+                     .arg((double(binIn(average)) + 0.5) / double(average.size()), 0, 'f', 3)
                      .arg(valueIn(average));
     if (currentDay >= 0 && !outcome->stack.days[std::size_t(currentDay)].profile.empty())
         lines << "Day " + valueIn(outcome->stack.days[std::size_t(currentDay)].profile) +

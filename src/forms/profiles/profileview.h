@@ -31,14 +31,14 @@ public:
     void showOutcome(const Products &products, const Outcome &outcome,
                      const Profiles::ProfilePlan &plan);
     void showMessage(const QString &message);
+    /// The trials have no result: the user has stopped them.
+    void stopTrials();
     /// Marks a day in all views; -1: none.
     void setDay(int day);
 
     ProfilePanel *panel() const { return info; }
 
 signals:
-    /// The pointer is on another day, or none: -1.
-    void dayPointed(int day);
     void dayClicked(int day);
     /// The user takes these values for all days.
     void valuesTaken(const OptimiseView::Place &place);
@@ -50,6 +50,7 @@ private:
     void pointAtPhase(double index, int day);
     void showRows();
     void showScan();
+    void showTrialsMessage(const QString &message);
     void showDay();
     void mark(PulsarGrafik *plot, std::optional<double> index) const;
     void takeBest();
