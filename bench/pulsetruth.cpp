@@ -110,9 +110,9 @@ double matchedSnr(double fwhmPoints, double height, int bands)
     double squares = 0;
     const int reach = int(6 * sigma) + 2;
     for (int i = -reach; i <= reach; ++i) {
-        const double mean = sigma * std::sqrt(M_PI / 2) *
-                            (std::erf((i + 0.5) / sigma / M_SQRT2) -
-                             std::erf((i - 0.5) / sigma / M_SQRT2));
+        const double mean =
+            sigma * std::sqrt(M_PI / 2) *
+            (std::erf((i + 0.5) / sigma / M_SQRT2) - std::erf((i - 0.5) / sigma / M_SQRT2));
         squares += mean * mean;
     }
     return height * std::sqrt(bands * squares);
@@ -197,7 +197,7 @@ void found(int recordings, quint32 seed)
     double ideal[7] = {};
     double kept = 0;
     int number = 0;
-    Shares dispersion, time, width, infinite;
+    Shares dispersion[2], time[2], width[2], infinite[2]; // below S/N 10, and above
     for (int r = 0; r < recordings; ++r) {
         Case c = injected(seed + quint32(r));
         const ObservationData data = Simulator::makeRecording(c.simulation);
@@ -219,22 +219,27 @@ void found(int recordings, quint32 seed)
             ++number;
             if (!best)
                 continue;
-            dispersion.add((best->dispersion.value - one.dispersion) / best->dispersion.error);
-            time.add((best->point.value - one.point) / best->point.error);
-            width.add((best->fwhm.value - one.fwhm) / best->fwhm.error);
+            const int strong = one.snr > 10;
+            dispersion[strong].add((best->dispersion.value - one.dispersion) /
+                                   best->dispersion.error);
+            time[strong].add((best->point.value - one.point) / best->point.error);
+            width[strong].add((best->fwhm.value - one.fwhm) / best->fwhm.error);
             const double trueInfinite =
                 one.point - 4148.8 / std::pow(data.fbands.back(), 2) / step * one.dispersion;
-            infinite.add((best->infinitePoint - trueInfinite) * step / best->infiniteError);
+            infinite[strong].add((best->infinitePoint - trueInfinite) * step / best->infiniteError);
         }
     }
     std::printf("%d pulses, S/N kept by grid, widths and sampling: %.4f\n", number, kept / number);
     for (int bin = 0; bin < 7; ++bin)
         std::printf("S/N %d to %d: found %.3f, ideal %.3f of %d\n", 6 + 2 * bin, 8 + 2 * bin,
                     double(hits[bin]) / all[bin], ideal[bin] / all[bin], all[bin]);
-    dispersion.print("dispersion");
-    time.print("time");
-    width.print("width");
-    infinite.print("time at infinite frequency");
+    for (int strong = 0; strong < 2; ++strong) {
+        std::printf("%s S/N 10:\n", strong ? "above" : "below");
+        dispersion[strong].print("dispersion");
+        time[strong].print("time");
+        width[strong].print("width");
+        infinite[strong].print("time at infinite frequency");
+    }
 }
 
 } // namespace

@@ -111,7 +111,7 @@ void addTableOptions(CLI::App &command, TableArguments &arguments)
     addOutputOptions(command, arguments);
 }
 
-void addOutputOptions(CLI::App &command, TableArguments &arguments)
+void addFolderOptions(CLI::App &command, TableArguments &arguments)
 {
     command
         .add_option("-o,--output", arguments.folder,
@@ -125,6 +125,11 @@ void addOutputOptions(CLI::App &command, TableArguments &arguments)
             return text.find('/') == std::string::npos ? std::string() : "a tag has no slash";
         });
     addFormatOption(command, arguments.format);
+}
+
+void addOutputOptions(CLI::App &command, TableArguments &arguments)
+{
+    addFolderOptions(command, arguments);
     command.add_option("--plot", arguments.picture, "Add the picture: png, svg or pdf.")
         ->type_name("KIND")
         ->check(CLI::IsMember({"png", "svg", "pdf"}));

@@ -47,7 +47,9 @@ QString textOf(const std::string &text);
 
 void addRunOptions(CLI::App &command, RunArguments &arguments, const std::string &inputHelp,
                    const std::string &inputName = "FILE");
-/// --output, --tag and --format, then those of pictures.
+/// --output, --tag and --format.
+void addFolderOptions(CLI::App &command, TableArguments &arguments);
+/// The same, then those of pictures.
 void addOutputOptions(CLI::App &command, TableArguments &arguments);
 void addTableOptions(CLI::App &command, TableArguments &arguments);
 /// --module and --ray, by place, and --module-number and --ray-number.
@@ -69,6 +71,7 @@ void addSkyCommands(CLI::App &app, Chosen &chosen);
 void addProfileCommands(CLI::App &app, Chosen &chosen);
 void addPeriodCommands(CLI::App &app, Chosen &chosen);
 void addPulsarCommands(CLI::App &app, Chosen &chosen);
+void addPulsesCommands(CLI::App &app, Chosen &chosen);
 void addSearchCommands(CLI::App &app, Chosen &chosen);
 void addFileCommands(CLI::App &app, Chosen &chosen);
 void addCoordinateCommands(CLI::App &app, Chosen &chosen);

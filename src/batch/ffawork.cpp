@@ -21,9 +21,6 @@ using namespace Results;
 
 namespace {
 
-// A recording stands in the file point by point, so that every reading passes through all of it:
-// as many rays are read at once as take this much memory.
-constexpr qint64 memoryAtOnce = qint64(1) << 30;
 // Far more than any telescope has; a passport that says more is damaged.
 constexpr qint64 mostRays = 100000;
 
@@ -44,24 +41,6 @@ std::vector<int> chosenOrAll(std::vector<int> chosen, int count)
     std::sort(chosen.begin(), chosen.end());
     chosen.erase(std::unique(chosen.begin(), chosen.end()), chosen.end());
     return chosen;
-}
-
-// The rays of all searches in groups that are read at once.
-std::vector<RaySelection> groupsOf(const RaySelection &all, qint64 bytesOfRay)
-{
-    const qint64 most = std::max<qint64>(1, memoryAtOnce / std::max<qint64>(1, bytesOfRay));
-    if (all.count() <= most)
-        return {all};
-    std::vector<RaySelection> groups;
-    for (const int module : all.modules) {
-        for (std::size_t ray = 0; ray < all.rays.size(); ray += std::size_t(most)) {
-            const std::size_t end = std::min(all.rays.size(), ray + std::size_t(most));
-            groups.push_back(
-                {{module},
-                 {all.rays.begin() + std::ptrdiff_t(ray), all.rays.begin() + std::ptrdiff_t(end)}});
-        }
-    }
-    return groups;
 }
 
 // Asked before lists of them are made.

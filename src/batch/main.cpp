@@ -50,6 +50,7 @@ int run(int argc, char **argv)
     Batch::Chosen chosen;
     Batch::addPulsarCommands(app, chosen);
     Batch::addSearchCommands(app, chosen);
+    Batch::addPulsesCommands(app, chosen);
     Batch::addDayCommands(app, chosen);
     Batch::addSkyCommands(app, chosen);
     Batch::addProfileCommands(app, chosen);

@@ -151,6 +151,24 @@ qint64 memoryOfRay(const RecordingFile &file, qint64 points)
                     bytesOf(std::clamp<qint64>(points, 1, all)) + 2 * hugePage * data.channels);
 }
 
+std::vector<RaySelection> groupsOf(const RaySelection &all, qint64 bytesOfRay)
+{
+    constexpr qint64 memoryAtOnce = qint64(1) << 30;
+    const qint64 most = std::max<qint64>(1, memoryAtOnce / std::max<qint64>(1, bytesOfRay));
+    if (all.count() <= most)
+        return {all};
+    std::vector<RaySelection> groups;
+    for (const int module : all.modules) {
+        for (std::size_t ray = 0; ray < all.rays.size(); ray += std::size_t(most)) {
+            const std::size_t end = std::min(all.rays.size(), ray + std::size_t(most));
+            groups.push_back(
+                {{module},
+                 {all.rays.begin() + std::ptrdiff_t(ray), all.rays.begin() + std::ptrdiff_t(end)}});
+        }
+    }
+    return groups;
+}
+
 std::vector<HeaderLine> inputHeader(const QString &command, const QString &path)
 {
     const QFileInfo info(path);

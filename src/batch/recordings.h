@@ -50,6 +50,12 @@ Failure failureOf(StretchEnd end, const QString &reason);
 /// Bytes that readRays() takes for one ray and so many points.
 qint64 memoryOfRay(const RecordingFile &file, qint64 points);
 
+/// The rays in groups that are read at once: a recording stands in the file point by point, so that
+/// every reading passes through all of it.
+///
+/// @param bytesOfRay  of memory
+std::vector<RaySelection> groupsOf(const RaySelection &all, qint64 bytesOfRay);
+
 /// Which program, which command, which file with its size and its time of change (UTC).
 std::vector<Results::HeaderLine> inputHeader(const QString &command, const QString &path);
 

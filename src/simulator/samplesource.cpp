@@ -11,6 +11,8 @@ namespace {
 
 constexpr double widthPerSigma = 2.3548200450309493; // full width at half maximum of a Gaussian
 constexpr double rootOfTwoPi = 2.5066282746310002;
+constexpr double reachInTails = 18; // beyond it a tail is below 2e-8
+constexpr double leastShare = 1e-4; // of a pulse that a far ray still has
 constexpr double reachInSigmas = 6; // beyond it a pulse is below 2e-8 of its peak
 
 // Generators beside that of the noise: what they draw must not move the noise.
@@ -31,7 +33,7 @@ double symmetricDraw(std::mt19937 &generator)
 } // namespace
 
 SampleSource::SampleSource(const Simulation &s)
-    : simulation(s), bands(int(s.fbands.size())), stride(floatsPerPoint(s)),
+    : simulation(s), drawn(drawPulses(s)), bands(int(s.fbands.size())), stride(floatsPerPoint(s)),
       step(s.msPerPoint / 1000), generator(s.seed)
 {
     driftKnots.resize(std::size_t(s.modules) * std::size_t(s.rays));
@@ -65,6 +67,13 @@ void SampleSource::read(float *block, int count)
         addEverywhere(block, count, train);
     for (const SinglePulse &pulse : simulation.pulses)
         addSingle(block, count, pulse);
+    for (const SinglePulse &pulse : drawn.ofRays)
+        addSingle(block, count, pulse);
+    for (const SinglePulse &pulse : drawn.everywhere) {
+        for (int module = 1; module <= simulation.modules; ++module)
+            for (int ray = 1; ray <= simulation.rays; ++ray)
+                addSingle(block, count, pulse, module, ray, 1);
+    }
     for (const PulseSeries &series : simulation.pulseSeries)
         addSeries(block, count, series);
     for (const NarrowBandLine &line : simulation.lines)
@@ -154,10 +163,56 @@ void SampleSource::addEverywhere(float *block, int count, const PulseTrain &trai
 
 void SampleSource::addSingle(float *block, int count, const SinglePulse &pulse) const
 {
-    for (int band = 0; band < bands; ++band)
-        addPulse(row(block, pulse.module, pulse.ray) + band, stride, count,
-                 pulse.time + lag(simulation, band, pulse.dispersion), pulse.width,
-                 pulse.strength * simulation.sigma);
+    addSingle(block, count, pulse, pulse.module, pulse.ray, 1);
+    for (int ray = 1; pulse.beam > 0 && ray <= simulation.rays; ++ray) {
+        const double halves = 2 * (ray - pulse.ray) / pulse.beam;
+        const double share = std::exp2(-halves * halves);
+        if (ray != pulse.ray && share > leastShare)
+            addSingle(block, count, pulse, pulse.module, ray, share);
+    }
+}
+
+void SampleSource::addSingle(float *block, int count, const SinglePulse &pulse, int module, int ray,
+                             double share) const
+{
+    const double height = share * pulse.strength * simulation.sigma;
+    const double reference = simulation.fbands.back();
+    for (int band = 0; band < bands; ++band) {
+        const double frequency = simulation.fbands[std::size_t(band)];
+        const double swept = pulse.sweep == 0 ? 0 : (frequency - reference) / pulse.sweep;
+        const double time = pulse.time + lag(simulation, band, pulse.dispersion) + swept;
+        float *const out = row(block, module, ray) + band;
+        if (pulse.scattering <= 0) {
+            addPulse(out, stride, count, time, pulse.width, height);
+            continue;
+        }
+        const double ratio = reference / frequency;
+        addScattered(out, stride, count, time, pulse, height,
+                     pulse.scattering * ratio * ratio * ratio * ratio);
+    }
+}
+
+// A pulse whose samples each decay by e within the tail; their sum stays the same.
+void SampleSource::addScattered(float *firstPoint, qint64 apart, int count, double time,
+                                const SinglePulse &pulse, double height, double tail) const
+{
+    const double reach = reachInSigmas * pulse.width / widthPerSigma + step;
+    const double decay = std::exp(-step / tail);
+    const qint64 first = qint64(std::floor((time - reach) / step));
+    const qint64 end = qint64(std::ceil((time + reach + reachInTails * tail) / step));
+    if (end < nextPoint || first >= qint64(nextPoint) + count)
+        return;
+    const double sigma = pulse.width / widthPerSigma / step; // points
+    const double area = height * sigma * rootOfTwoPi;
+    double below = normalDistribution((double(first) - 0.5 - time / step) / sigma);
+    double value = 0;
+    for (qint64 point = first; point < std::min(end, qint64(nextPoint) + count); ++point) {
+        const double above = normalDistribution((double(point) + 0.5 - time / step) / sigma);
+        value = decay * value + (1 - decay) * area * (above - below);
+        below = above;
+        if (point >= nextPoint)
+            firstPoint[(point - nextPoint) * apart] += float(value);
+    }
 }
 
 void SampleSource::addSeries(float *block, int count, const PulseSeries &series) const

@@ -30,6 +30,10 @@ private:
     void addTrain(float *block, int count, const PulseTrain &train) const;
     void addEverywhere(float *block, int count, const PulseTrain &train) const;
     void addSingle(float *block, int count, const SinglePulse &pulse) const;
+    void addSingle(float *block, int count, const SinglePulse &pulse, int module, int ray,
+                   double share) const;
+    void addScattered(float *first, qint64 apart, int count, double time, const SinglePulse &pulse,
+                      double height, double tail) const;
     void addSeries(float *block, int count, const PulseSeries &series) const;
     void addPulse(float *first, qint64 apart, int count, double time, double width,
                   double height) const;
@@ -39,6 +43,7 @@ private:
     void fillMeanChannel(float *block, int count) const;
 
     const Simulation simulation;
+    const DrawnPulses drawn;
     const int bands;
     const qint64 stride; // floats from one point to the next
     const double step;   // s

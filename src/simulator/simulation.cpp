@@ -168,7 +168,41 @@ QString refusedSource(const Simulation &s, const SinglePulse &pulse)
 {
     if (!std::isfinite(pulse.time))
         return "Pulse: the time must be a number.";
-    return refusedShape(s, pulse, "Pulse");
+    const QString what = "Pulse";
+    if (!(pulse.scattering >= 0) || pulse.scattering > longestLag)
+        return QString("%1: the scattering must lie between 0 and %2 s, but is %3 s.")
+            .arg(what)
+            .arg(longestLag)
+            .arg(pulse.scattering);
+    if (!(pulse.beam >= 0) || !std::isfinite(pulse.sweep))
+        return what + ": beam and sweep must be numbers, the beam not below 0.";
+    return refusedShape(s, pulse, what);
+}
+
+QString refusedSource(const Simulation &s, const Rrat &rrat)
+{
+    const double step = s.msPerPoint / 1000;
+    if (!(rrat.period >= 2 * step) || !std::isfinite(rrat.period))
+        return QString("Transient: the period must be at least two steps (%1 s), not %2 s.")
+            .arg(2 * step)
+            .arg(rrat.period);
+    if (!(rrat.share >= 0 && rrat.share <= 1 && rrat.scatter >= 0 && rrat.scatter <= 1))
+        return "Transient: share and scatter must lie between 0 and 1.";
+    if (QString text = refusedPlace(s, rrat.pulse, "Transient"); !text.isEmpty())
+        return text;
+    return refusedSource(s, rrat.pulse);
+}
+
+QString refusedSource(const Simulation &s, const Lightning &lightning)
+{
+    if (lightning.count < 0 || lightning.count > s.npoints)
+        return QString("Lightning: its number must lie between 0 and the %1 points, but is %2.")
+            .arg(s.npoints)
+            .arg(lightning.count);
+    SinglePulse pulse;
+    pulse.width = lightning.width;
+    pulse.strength = lightning.strength;
+    return refusedShape(s, pulse, "Lightning");
 }
 
 QString refusedSource(const Simulation &s, const PulseSeries &series)
@@ -251,10 +285,14 @@ QString refusal(const Simulation &s)
     for (const QString &text :
          {refusedCounts(s), refusedReceiver(s), refusedAmong(s, s.pulseTrains, "Pulsar"),
           refusedAmong(s, s.trainsEverywhere, "Pulses in all rays"),
-          refusedAmong(s, s.pulses, "Pulse"), refusedAmong(s, s.pulseSeries, "Pulses"),
-          refusedAmong(s, s.lines, "Line"), refusedAmong(s, s.impulses, "Impulses"),
-          refusedAmong(s, s.gainSteps, "Gain step")}) {
+          refusedAmong(s, s.pulses, "Pulse"), refusedAmong(s, s.lightning, "Lightning"),
+          refusedAmong(s, s.pulseSeries, "Pulses"), refusedAmong(s, s.lines, "Line"),
+          refusedAmong(s, s.impulses, "Impulses"), refusedAmong(s, s.gainSteps, "Gain step")}) {
         if (!text.isEmpty())
+            return text;
+    }
+    for (const Rrat &rrat : s.rrats) {
+        if (QString text = refusedSource(s, rrat); !text.isEmpty())
             return text;
     }
     return {};

@@ -26,6 +26,28 @@ struct SinglePulse {
     double width = 0.05;   ///< s, full width at half maximum
     double dispersion = 0; ///< pc/cm^3
     double strength = 1;   ///< peak height in units of the noise sigma of one band
+    double scattering = 0; ///< s in which the tail falls by e in the last band; in others as f^-4
+    double beam = 0; ///< rays, full width at half maximum of the beam: rays of the same module next
+                     ///< to the own one have it too, weaker; 0: the own one alone
+    double sweep = 0; ///< MHz/s by which a transmitter moves through the bands; 0: all at once, but
+                      ///< for the dispersion
+};
+
+/// A rotating radio transient: a pulsar of which few turns give a pulse.
+struct Rrat {
+    SinglePulse pulse;    ///< of mean strength; its time is that of a turn
+    double period = 4;    ///< s, at least two steps
+    double share = 0.05;  ///< of the turns that have one
+    double scatter = 0.5; ///< part of the strength by which pulses differ either way at most
+};
+
+/// Lightning, seen by all rays: pulses at dispersion 0 at random times.
+struct Lightning {
+    int module = 1; ///< not used, as the ray
+    int ray = 1;
+    int count = 0;
+    double strength = 5; ///< of the strongest, units of the noise sigma; others from a third on
+    double width = 0.02; ///< s
 };
 
 /// Pulses of one shape at given times.
@@ -96,6 +118,8 @@ struct Simulation {
     /// The same in all bands of all rays; their module, ray and dispersion are not used.
     std::vector<PulseTrain> trainsEverywhere;
     std::vector<SinglePulse> pulses;
+    std::vector<Rrat> rrats;
+    std::vector<Lightning> lightning;
     std::vector<PulseSeries> pulseSeries;
     std::vector<NarrowBandLine> lines;
     std::vector<Impulses> impulses;
@@ -113,6 +137,14 @@ qint64 floatsPerPoint(const Simulation &simulation);
 
 /// Size of the samples in a file, bytes. Only of a simulation not refused.
 qint64 sampleBytes(const Simulation &simulation);
+
+/// The pulses that transients and lightning give, drawn with the simulation's seed. Pulses of
+/// lightning reach all rays.
+struct DrawnPulses {
+    std::vector<SinglePulse> ofRays;
+    std::vector<SinglePulse> everywhere;
+};
+DrawnPulses drawPulses(const Simulation &simulation);
 
 /// The demonstration recording: 17 minutes of 8 rays, begun at 11:58:47 UTC. Ray 7 holds a
 /// pulsar of period 3.032 s and dispersion 26.2 pc/cm^3, the presets of the pulsar form; ray 3 a

@@ -29,7 +29,44 @@ QString readSource(const QString &text, SinglePulse &pulse)
                        {"time", &pulse.time},
                        {"width", &pulse.width},
                        {"dm", &pulse.dispersion},
-                       {"strength", &pulse.strength}});
+                       {"strength", &pulse.strength},
+                       {"scattering", &pulse.scattering},
+                       {"beam", &pulse.beam},
+                       {"sweep", &pulse.sweep}});
+}
+
+QString readSource(const QString &text, Rrat &rrat)
+{
+    return readFields("rrat", text,
+                      {{"module", &rrat.pulse.module},
+                       {"ray", &rrat.pulse.ray},
+                       {"time", &rrat.pulse.time},
+                       {"width", &rrat.pulse.width},
+                       {"dm", &rrat.pulse.dispersion},
+                       {"strength", &rrat.pulse.strength},
+                       {"scattering", &rrat.pulse.scattering},
+                       {"beam", &rrat.pulse.beam},
+                       {"period", &rrat.period},
+                       {"share", &rrat.share},
+                       {"scatter", &rrat.scatter}});
+}
+
+QString readSource(const QString &text, Lightning &lightning)
+{
+    return readFields("lightning", text,
+                      {{"count", &lightning.count},
+                       {"strength", &lightning.strength},
+                       {"width", &lightning.width}});
+}
+
+// A train in all rays; its module, ray and dispersion are not used.
+QString readRadar(const QString &text, PulseTrain &train)
+{
+    return readFields("radar", text,
+                      {{"period", &train.period},
+                       {"width", &train.width},
+                       {"strength", &train.strength},
+                       {"phase", &train.phase}});
 }
 
 QString readSource(const QString &text, NarrowBandLine &line)
@@ -133,7 +170,23 @@ void addOptions(QCommandLineParser &parser)
          "key=number,..."},
         {"pulse",
          "A single pulse: time (s from the begin to the peak in the last band, 0), width "
-         "(0.05 s), dm (0), strength (1), module, ray. May be repeated.",
+         "(0.05 s), dm (0), strength (1), scattering (s in the last band, 0), beam (full width in "
+         "rays: the next ones have it too; 0), sweep (MHz/s, of a transmitter that moves through "
+         "the bands; 0), module, ray. May be repeated.",
+         "key=number,..."},
+        {"rrat",
+         "A rotating transient: period (4 s), share (of the turns that have a pulse, 0.05), "
+         "scatter "
+         "(part by which strengths differ, 0.5), and time, width, dm, strength, scattering, beam, "
+         "module, ray as of a pulse. May be repeated.",
+         "key=number,..."},
+        {"lightning",
+         "Pulses at random times in all bands of all rays: count (0), strength (of the strongest, "
+         "5), width (0.02 s). May be repeated.",
+         "key=number,..."},
+        {"radar",
+         "Pulses in all bands of all rays: period (1 s), width (0.05 s), strength (1), phase (0). "
+         "May be repeated.",
          "key=number,..."},
         {"line",
          "A narrow-band transmitter: band (from 1), strength (1), begin and end (s; the "
@@ -170,6 +223,9 @@ QString readOptions(const QCommandLineParser &parser, Simulation &s)
         readOption(parser, "drift-time", &s.driftTime),
         readSources(parser.values("pulsar"), s.pulseTrains, readOne),
         readSources(parser.values("pulse"), s.pulses, readOne),
+        readSources(parser.values("rrat"), s.rrats, readOne),
+        readSources(parser.values("lightning"), s.lightning, readOne),
+        readSources(parser.values("radar"), s.trainsEverywhere, readRadar),
         readSources(parser.values("line"), s.lines, readOne),
         readSources(parser.values("impulses"), s.impulses, readOne),
         readSources(parser.values("gain-step"), s.gainSteps, readOne),

@@ -1,4 +1,4 @@
-#include "analyses/pulses/pulsesearch.h"
+#include "analyses/pulses/repeating.h"
 #include "calc/boxcargroups.h"
 #include "calc/pulsetrials.h"
 #include "data/recordingfile.h"
@@ -89,6 +89,7 @@ private slots:
     void noiseThreshold();
     void levelsMakeNoPulses();
     void stopped();
+    void tablesAndRepeatingSources();
     void burst();
 };
 
@@ -164,8 +165,8 @@ void TestPulses::refusals_data()
     const auto row = [](const char *name, const char *field, const Spoil &spoil) {
         QTest::newRow(name) << field << spoil;
     };
-    row("all channels off", "channelsOff", [](auto &, auto &p) { p.channelsOff = "1,2,3,4"; });
-    row("no such channel", "channelsOff", [](auto &, auto &p) { p.channelsOff = "5"; });
+    row("all channels off", "leaveOutChannels", [](auto &, auto &p) { p.channelsOff = "1,2,3,4"; });
+    row("no such channel", "leaveOutChannels", [](auto &, auto &p) { p.channelsOff = "5"; });
     row("no such ray", "rays", [](auto &, auto &p) { p.rays = "3"; });
     row("no list", "rays", [](auto &, auto &p) { p.rays = "1;2"; });
     row("no widths", "widths", [](auto &, auto &p) { p.widths = ""; });
@@ -350,6 +351,51 @@ void TestPulses::stopped()
         search(Simulator::makeRecording(recordingOf(5000, 2)), upTo(50), control);
     QVERIFY(result.wasStopped);
     QVERIFY(result.pulses.empty());
+}
+
+// Two dates a sidereal day apart with a pulse of one source, and one of another; four minutes of
+// the first recording's sidereal time are searched, all six of the second.
+void TestPulses::tablesAndRepeatingSources()
+{
+    std::vector<PulseTable> tables;
+    for (int date = 0; date < 2; ++date) {
+        Simulation s = recordingOf(date == 0 ? 19211 : 28817, 2, quint32(date));
+        s.beginTime = s.beginTime.addSecs(date * 86164);
+        s.pulses = {pulseAt(1, 10000 + 40 * date, 4, 80, 3)};
+        if (date == 0)
+            s.pulses.push_back(pulseAt(2, 15000, 4, 20, 3));
+        const ObservationData data = Simulator::makeRecording(s);
+        PulseParameters parameters = upTo(160);
+        parameters.threshold = 10;
+        const PulseResult result = search(data, parameters);
+        Results::ResultTable table;
+        table.request = {{"program", "zrt-batch"}, {"file", QString("date%1.pnt").arg(date)}};
+        table.result = searchLines(data, result.plan, result.rays, result.pulses);
+        table.columns = pulseColumns(result.pulses, data.tresolution);
+        const auto format = date == 0 ? Results::Format::Text : Results::Format::Csv;
+        tables.push_back(readPulseTable(table.toBytes(format)));
+        QCOMPARE(tables.back().problem, QString());
+        QCOMPARE(tables.back().file, table.request.back().value);
+        QCOMPARE(tables.back().pulses.size(), result.pulses.size());
+        QCOMPARE(tables.back().rays.size(), std::size_t(2));
+        QVERIFY(std::abs(tables.back().pulses.front().mjd - result.pulses.front().infiniteMjd) <
+                1e-9);
+    }
+    const std::vector<RepeatingSource> sources = repeatingSources(tables, {});
+    QCOMPARE(sources.size(), std::size_t(1));
+    const RepeatingSource &source = sources.front();
+    QCOMPARE(source.dates, (std::set<QString>{"2015-04-01", "2015-04-02"}));
+    QVERIFY(std::abs(source.dispersion - 80) < 4 * source.dispersionError);
+    // The source is in the middle of the first 125 s: 4 minutes of 4, 6 of 6 but for the begin.
+    const double hours = (240 + 360) / 3600.0;
+    QVERIFY2(std::abs(source.hours - hours) < 0.01, qPrintable(QString::number(source.hours)));
+    QVERIFY(std::abs(source.rate - 2 / source.hours) < 1e-9);
+    QVERIFY(std::abs(source.rateError - std::sqrt(2.0) / source.hours) < 1e-9);
+    QCOMPARE(joinedColumns(tables).front().size(), 3);
+    RepeatingParameters single;
+    single.dates = 1;
+    QCOMPARE(repeatingSources(tables, single).size(), std::size_t(2));
+    QVERIFY(!readPulseTable("points: 1\n").problem.isEmpty());
 }
 
 void TestPulses::burst()

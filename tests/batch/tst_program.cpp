@@ -385,7 +385,7 @@ void TestProgram::examples_data()
         if (name != "days")
             QTest::addRow("%s", qPrintable(name)) << commandsIn(run(name + " --help").out);
     }
-    QCOMPARE(count, 23);
+    QCOMPARE(count, 25);
     QTest::newRow("README") << commandsIn(QString::fromUtf8(contentOf(ZRT_SOURCE "/README.md")));
 }
 

@@ -17,6 +17,7 @@ zrt_add_test(calc/significance unit zrt_calc)
 zrt_add_test(calc/mainshum unit zrt_calc)
 zrt_add_test(calc/notch unit zrt_calc)
 zrt_add_test(calc/phasemaximum unit zrt_calc)
+zrt_add_test(calc/pulsefit unit zrt_calc)
 zrt_add_test(calc/profile unit zrt_calc)
 zrt_add_test(calc/whitening unit zrt_calc)
 

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <csignal>
+#include <numeric>
 
 using namespace Simulator;
 
@@ -50,6 +51,7 @@ private slots:
     void sameBytesEverywhere();
     void fileEqualsMemory();
     void pulseArrival();
+    void transients();
     void refusals();
     void stoppedRunsLeaveNothing();
     void signalsLeaveNothing();
@@ -159,6 +161,53 @@ void TestSimulator::pulseArrival()
     }
 }
 
+// Samples of 10 ms, two bands of 60 and 120 MHz, sigma 2.
+void TestSimulator::transients()
+{
+    const auto row = [](const ObservationData &data, int band, int ray) {
+        const float *samples = data.samples[0][band][ray - 1];
+        return std::vector<double>(samples, samples + data.npoints);
+    };
+    const auto sum = [](const std::vector<double> &samples) {
+        return std::accumulate(samples.begin(), samples.end(), 0.0);
+    };
+    const auto peak = [](const std::vector<double> &samples) {
+        return std::max_element(samples.begin(), samples.end()) - samples.begin();
+    };
+    // A tail keeps the area; from 100 ms to 200 ms behind the pulse it falls by e in the last band,
+    // in the first one it is 16 times as long.
+    const QString pulse = silence + "--pulse ray=1,time=10,width=0.02,strength=50";
+    const ObservationData sharp = makeRecording(simulation(pulse));
+    const ObservationData tail = makeRecording(simulation(pulse + ",scattering=0.1"));
+    for (const int band : {0, 1})
+        QVERIFY(std::abs(sum(row(tail, band, 1)) / sum(row(sharp, band, 1)) - 1) < 1e-4);
+    const std::vector<double> last = row(tail, 1, 1);
+    const std::vector<double> first = row(tail, 0, 1);
+    QVERIFY(std::abs(last[1020] / last[1010] - std::exp(-1.0)) < 1e-4);
+    QVERIFY(std::abs(first[1170] / first[1010] - std::exp(-1.0)) < 1e-4);
+    // The next ray of a beam two rays wide has half of it; a transmitter at -20 MHz/s needs 3 s.
+    const ObservationData beam = makeRecording(simulation(pulse + ",beam=2,sweep=-20"));
+    QVERIFY(std::abs(sum(row(beam, 1, 2)) / sum(row(beam, 1, 1)) - 0.5) < 1e-4);
+    QCOMPARE(peak(row(beam, 0, 1)) - peak(row(beam, 1, 1)), std::ptrdiff_t(300));
+    // Of 400 turns of 0.1 s about a quarter have a pulse, none of them between the turns.
+    const std::vector<double> train =
+        row(makeRecording(simulation(
+                silence + "--rrat period=0.1,share=0.25,width=0.01,scatter=0.2,time=0.05")),
+            1, 1);
+    int pulses = 0;
+    for (int i = 0; i < 400; ++i) {
+        pulses += train[std::size_t(10 * i + 5)] > 1;
+        QVERIFY(train[std::size_t(10 * i)] < 1e-6);
+    }
+    QVERIFY2(pulses > 65 && pulses < 135, qPrintable(QString::number(pulses)));
+    // Lightning and radar are the same in all bands and rays.
+    for (const char *const option : {"--lightning count=5", "--radar period=7"}) {
+        const ObservationData data = makeRecording(simulation(silence + QString(option)));
+        QVERIFY(sum(row(data, 0, 1)) > 1);
+        QCOMPARE(row(data, 0, 1), row(data, 1, 2));
+    }
+}
+
 void TestSimulator::refusals()
 {
     const struct {
@@ -172,6 +221,10 @@ void TestSimulator::refusals()
         {"--step nan", "step must be 1e-06 to 1e+08 ms, not nan"},
         {"--step 1e-300", "not 1e-300 ms"},
         {"--sigma 0", "Sigma must be above 0"},
+        {"--rrat period=0", "period must be at least two steps"},
+        {"--rrat ray=9", "Transient: ray 9 is not among 1 to 8"},
+        {"--pulse scattering=-1", "scattering must lie between 0"},
+        {"--lightning count=-1", "must lie between 0 and the 40000 points, but is -1"},
         {"--pulsar ray=9", "ray 9 is not among 1 to 8"},
         {"--pulsar period=0.0249", "at least two steps"},
         {"--pulse dm=1e12", "more than 1e+06 s away"},

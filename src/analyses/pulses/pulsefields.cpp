@@ -20,14 +20,13 @@ constexpr char manual[] =
     "which follows from the allowed false alarms, is joined to pulses over time, dispersion, "
     "width\n"
     "and rays. Of each are told: dispersion, time, width with errors, position, the known pulsar\n"
-    "if any, and a verdict with its reason; nothing is left out. Several recordings give a table\n"
-    "each; with --merge all are joined to one list, and sources that repeat at one sidereal time\n"
-    "and dispersion are told in a second one, with their rate.";
+    "if any, and a verdict with its reason; nothing is left out. A table of each recording. For\n"
+    "pulses of many dates under each other, and sources that repeat, see repeats.";
 
 constexpr char examples[] =
-    "Examples: all rays of a recording; a survey of a folder with its repeating sources:\n"
+    "Examples: all rays of a recording; two rays up to 100 pc/cm^3, as CSV:\n"
     "  zrt-batch pulses demo.pnt\n"
-    "  zrt-batch pulses --dm-max 100 --merge survey.txt -o results .";
+    "  zrt-batch pulses --rays 3,7 --dm-max 100 --format csv -o results demo.pnt";
 
 constexpr double mostDispersion = 100000; // pc/cm^3
 

@@ -165,12 +165,13 @@ PulsePlan planPulses(const ObservationData &header, const PulseParameters &param
     if (!parameters.channelsOff.isEmpty()) {
         const auto off = channelsOff(parameters.channelsOff, plan.bands);
         if (!off)
-            plan.problems.push_back({"channelsOff", QString("\"%1\" is no list of channels from 1 "
-                                                            "to %2, as 4,21.")
-                                                        .arg(parameters.channelsOff)
-                                                        .arg(plan.bands)});
+            plan.problems.push_back(
+                {"leaveOutChannels", QString("\"%1\" is no list of channels from 1 "
+                                             "to %2, as 4,21.")
+                                         .arg(parameters.channelsOff)
+                                         .arg(plan.bands)});
         else if (std::all_of(off->begin(), off->end(), [](bool is) { return is; }))
-            plan.problems.push_back({"channelsOff", "All channels are off."});
+            plan.problems.push_back({"leaveOutChannels", "All channels are off."});
     }
     chooseRays(header, parameters, plan);
     chooseStretch(header, parameters, plan);

@@ -12,8 +12,9 @@ namespace Pulses {
 namespace {
 
 constexpr double mostOfOneChannel = 0.5;
-// No pulsar is known below it; what is weaker there may well be of the Earth.
+// No pulsar is known below it: what is lower is of the Earth.
 constexpr double leastSourceDispersion = 2; // pc/cm^3
+constexpr double lowSigmas = 2;
 
 Verdict verdictOf(const Pulse &pulse, const PulsePlan &plan, const PulseParameters &parameters)
 {
@@ -22,10 +23,12 @@ Verdict verdictOf(const Pulse &pulse, const PulsePlan &plan, const PulseParamete
             VerdictKind::OneChannel,
             QString("One channel carries %1 % of it.").arg(100 * pulse.channelShare, 0, 'f', 0)};
     // Where the bands hardly tell dispersions apart, 0 is no evidence.
-    const double error = std::isfinite(pulse.dispersion.error) ? pulse.dispersion.error : 0;
-    const bool isTold = pulse.dispersion.value + error < leastSourceDispersion ||
-                        pulse.dispersion.value - error > 0;
-    if (plan.isDispersionKnown && !parameters.zeroDm && isTold && pulse.snrAtZero >= pulse.snr)
+    const Measured &dispersion = pulse.dispersion;
+    const double error = std::isfinite(dispersion.error) ? dispersion.error : 0;
+    const bool isLow = dispersion.value + lowSigmas * error < leastSourceDispersion;
+    const bool isTold = isLow || dispersion.value - error > 0;
+    const bool isAsStrong = pulse.snrAtZero >= pulse.snr && isTold;
+    if (plan.isDispersionKnown && !parameters.zeroDm && (isAsStrong || isLow))
         return {VerdictKind::NotDispersed,
                 QString("S/N %1 at dispersion 0, %2 at %3 +- %4 pc/cm^3.")
                     .arg(pulse.snrAtZero, 0, 'f', 1)
