@@ -98,8 +98,8 @@ std::vector<ProfileField> stackFields()
     ProfileField align =
         field({"align", "--align", "HOW", "How the phases of days come together.", "align"},
               refOf<&P::align>);
-    align.choices = {{"ephemeris", "alignEphemeris", "Ephemeris"},
-                     {"template", "alignTemplate", "Template"},
+    align.choices = {{"template", "alignTemplate", "Template"},
+                     {"ephemeris", "alignEphemeris", "Ephemeris"},
                      {"none", "alignNone", "None"}};
     return {
         align,

@@ -21,7 +21,7 @@ struct ProfileParameters : Days::DayPlace {
     double epoch = 0;      ///< MJD of both; 0: the midnight nearest to the first day
     QString parFile;
     int bins = 64;
-    QString align = "ephemeris"; ///< "ephemeris", "template" or "none"
+    QString align = "template"; ///< "template", "ephemeris" or "none"
     bool normalise = true;
     bool weight = true;
     double leastSnr = 0;
