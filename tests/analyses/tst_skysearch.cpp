@@ -273,7 +273,6 @@ void TestSkySearch::candidates()
     }
 }
 
-// The threshold is that which noise reaches once a search: three searches have more than ten alarms
 void TestSkySearch::order_data()
 {
     QTest::addColumn<bool>("fewDays"); // of the stronger of the two
@@ -307,6 +306,7 @@ void TestSkySearch::order()
     QTEST(bins.join(' '), "order");
 }
 
+// The threshold is that which noise reaches once a search: three searches have more than ten alarms
 // in one of three thousand cases.
 void TestSkySearch::noiseGivesOneAlarm()
 {
