@@ -225,6 +225,7 @@ PeriodFamily familyOf(const PeriodSearch &search, const TurnSolution &solution, 
             times.push_back({time, solution.turns[times.size()], int(group), errors[times.size()]});
     }
     const Tools::TurnFit fit = Tools::fitTurns(times, false);
+    family.period = fit.period; // errors count
     family.error = fit.error;
     family.error95 = fit.error95;
     return family;

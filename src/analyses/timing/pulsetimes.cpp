@@ -2,7 +2,9 @@
 
 #include "calc/banddelays.h"
 
+#include <algorithm>
 #include <cmath>
+#include <tuple>
 
 namespace Timing {
 
@@ -64,6 +66,10 @@ ArrivalTimes timesOfPulses(const std::vector<Pulses::Pulse> &pulses, const Obser
     if (times.times.size() < pulses.size())
         times.remarks << "The recording tells no begin: its pulses have no times.";
     times.position = meanPosition(places);
+    std::sort(times.times.begin(), times.times.end(), // the strongest came first
+              [](const ArrivalTime &a, const ArrivalTime &b) {
+                  return std::tie(a.day, a.second) < std::tie(b.day, b.second);
+              });
     sortTimes(times);
     return times;
 }
