@@ -26,15 +26,18 @@ bool areErrorsKnown(const ArrivalTimes &times)
                        [](const ArrivalTime &time) { return time.error > 0; });
 }
 
-// Root mean square of the errors and of what the last digit leaves open, s.
+// Median of the errors, with what the last digit leaves open, s.
 double typicalError(const ArrivalTimes &times)
 {
-    double squares = times.resolution * times.resolution / 12;
-    if (areErrorsKnown(times)) {
-        for (const ArrivalTime &time : times.times)
-            squares += time.error * time.error / double(times.times.size());
-    }
-    return std::sqrt(squares);
+    const double digit = times.resolution / std::sqrt(12.0);
+    if (times.times.empty() || !areErrorsKnown(times))
+        return digit;
+    std::vector<double> errors;
+    for (const ArrivalTime &time : times.times)
+        errors.push_back(time.error);
+    const auto middle = errors.begin() + std::ptrdiff_t(errors.size() / 2);
+    std::nth_element(errors.begin(), middle, errors.end());
+    return std::hypot(digit, *middle);
 }
 
 void joinNearTimes(double nearest, PeriodSearch &search)
@@ -222,6 +225,7 @@ PeriodFamily familyOf(const PeriodSearch &search, const TurnSolution &solution, 
             times.push_back({time, solution.turns[times.size()], int(group), errors[times.size()]});
     }
     const Tools::TurnFit fit = Tools::fitTurns(times, false);
+    family.period = fit.period; // errors count
     family.error = fit.error;
     family.error95 = fit.error95;
     return family;

@@ -1,7 +1,7 @@
 #include "forms/sky/smallplot.h"
 
+#include "forms/smallaxis.h"
 #include "picture/plotdata.h"
-#include "picture/ticks.h"
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -136,7 +136,6 @@ int SmallPlot::paintNames(QPainter &painter) const
 
 void SmallPlot::paintFrame(QPainter &painter, const QRect &frame) const
 {
-    constexpr int tickDistance = 60; // pixels
     const Plot::Range y = rangeOf(content.curves);
     const Plot::Range x = widthOf(content);
     painter.drawRect(frame);
@@ -145,19 +144,7 @@ void SmallPlot::paintFrame(QPainter &painter, const QRect &frame) const
                      number(y.max));
     painter.drawText(QRect(0, frame.bottom() - 8, left - 3, 16), Qt::AlignRight | Qt::AlignVCenter,
                      number(y.min));
-    const int nameWidth = painter.fontMetrics().horizontalAdvance(content.xName);
-    painter.drawText(QRect(frame.left(), frame.bottom() + 1, frame.width(), bottom - 2),
-                     Qt::AlignRight | Qt::AlignVCenter, content.xName);
-    const Plot::Ticks ticks =
-        Plot::roundTicks(x.min, x.max, x.extent() / std::max(1, frame.width() / tickDistance));
-    for (const double tick : ticks.values) {
-        const QString text = Plot::tickText(tick, ticks.step);
-        const int width = painter.fontMetrics().horizontalAdvance(text);
-        const int place = frame.left() + int((tick - x.min) / x.extent() * frame.width());
-        painter.drawLine(place, frame.bottom(), place, frame.bottom() + 3);
-        if (place + width / 2 < frame.right() - nameWidth - 6)
-            painter.drawText(place - width / 2, frame.bottom() + bottom - 4, text);
-    }
+    paintSmallAxis(painter, frame, x, content.xName, bottom);
 }
 
 void SmallPlot::paintCurves(QPainter &painter, const QRect &frame) const

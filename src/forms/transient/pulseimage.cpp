@@ -1,8 +1,8 @@
 #include "forms/transient/pulseimage.h"
 
+#include "forms/smallaxis.h"
 #include "picture/colourmap.h"
 #include "picture/percentiles.h"
-#include "picture/ticks.h"
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -99,7 +99,6 @@ void PulseImage::paintEvent(QPaintEvent * /*event*/)
 
 void PulseImage::paintFrame(QPainter &painter, const QRect &place) const
 {
-    constexpr int tickDistance = 60; // pixels
     const Pulses::PulseRows &rows = content.rows;
     painter.setPen(Qt::black);
     painter.drawRect(place);
@@ -109,22 +108,8 @@ void PulseImage::paintFrame(QPainter &painter, const QRect &place) const
     painter.drawText(texts, Qt::AlignRight | Qt::AlignBottom, number(rows.rows.front()));
     if (place.height() > 4 * painter.fontMetrics().height())
         painter.drawText(texts, Qt::AlignRight | Qt::AlignVCenter, content.rowName);
-    const double first = msPerSecond * rows.firstTime;
-    const double last = msPerSecond * rows.lastTime();
-    const Plot::Ticks ticks =
-        Plot::roundTicks(first, last, (last - first) / std::max(1, place.width() / tickDistance));
-    const QString unit = "ms";
-    const int room = place.right() - painter.fontMetrics().horizontalAdvance(unit) - 6;
-    painter.drawText(QRect(place.left(), place.bottom() + 1, place.width(), bottom - 2),
-                     Qt::AlignRight | Qt::AlignVCenter, unit);
-    for (const double tick : ticks.values) {
-        const QString text = Plot::tickText(tick, ticks.step);
-        const int wide = painter.fontMetrics().horizontalAdvance(text);
-        const int x = place.left() + int((tick - first) / (last - first) * place.width());
-        painter.drawLine(x, place.bottom(), x, place.bottom() + 3);
-        if (x + wide / 2 < room)
-            painter.drawText(x - wide / 2, place.bottom() + bottom - 4, text);
-    }
+    paintSmallAxis(painter, place, {msPerSecond * rows.firstTime, msPerSecond * rows.lastTime()},
+                   "ms", bottom);
 }
 
 void PulseImage::paintCurve(QPainter &painter, const QRect &place) const

@@ -386,5 +386,5 @@ Timing::ArrivalTimes TransientForm::arrivalTimes() const
         if (pulse.verdict.isCandidate() && model->verdict(row) != Sky::Verdict::Reject)
             candidates.push_back(pulse);
     }
-    return Timing::timesOfPulses(accepted.empty() ? candidates : accepted);
+    return Timing::timesOfPulses(accepted.empty() ? candidates : accepted, data);
 }
