@@ -7,6 +7,7 @@
 #include "forms/ffa/ffaform.h"
 #include "forms/native/nativegrafik.h"
 #include "forms/pulsar/pulsarform.h"
+#include "forms/transient/transientform.h"
 #include "support/formtest.h"
 #include "support/testmain.h"
 
@@ -185,7 +186,7 @@ void TestDarkDesktop::readable_data()
     QTest::addColumn<QString>("form");
     for (const bool isDark : {true, false}) {
         for (const char *form :
-             {"pulsar", "ffa", "native", "days", "arrays", "directory", "calculator"})
+             {"pulsar", "ffa", "native", "days", "arrays", "directory", "calculator", "transients"})
             QTest::newRow(qPrintable(QString(isDark ? "dark %1" : "light %1").arg(form)))
                 << isDark << form;
     }
@@ -202,6 +203,8 @@ void TestDarkDesktop::open(const QString &form)
         new PulsarForm(recording, window.get());
     } else if (form == "ffa") {
         new FfaForm(recording, window.get());
+    } else if (form == "transients") {
+        new TransientForm(recording, window.get());
     } else if (form == "native") {
         new NativeGrafik(recording, 0, window.get());
     } else if (form == "days") {
