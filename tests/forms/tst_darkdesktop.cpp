@@ -8,6 +8,7 @@
 #include "forms/native/nativegrafik.h"
 #include "forms/profiles/profileform.h"
 #include "forms/pulsar/pulsarform.h"
+#include "forms/transient/transientform.h"
 #include "support/formtest.h"
 #include "support/testmain.h"
 
@@ -185,8 +186,8 @@ void TestDarkDesktop::readable_data()
     QTest::addColumn<bool>("isDark");
     QTest::addColumn<QString>("form");
     for (const bool isDark : {true, false}) {
-        for (const char *form :
-             {"pulsar", "ffa", "native", "days", "profiles", "arrays", "directory", "calculator"})
+        for (const char *form : {"pulsar", "ffa", "native", "days", "profiles", "arrays",
+                                 "directory", "calculator", "transients"})
             QTest::newRow(qPrintable(QString(isDark ? "dark %1" : "light %1").arg(form)))
                 << isDark << form;
     }
@@ -203,6 +204,8 @@ void TestDarkDesktop::open(const QString &form)
         new PulsarForm(recording, window.get());
     } else if (form == "ffa") {
         new FfaForm(recording, window.get());
+    } else if (form == "transients") {
+        new TransientForm(recording, window.get());
     } else if (form == "native") {
         new NativeGrafik(recording, 0, window.get());
     } else if (form == "days") {
