@@ -87,6 +87,7 @@ private slots:
     void raysOfOnePulse();
     void groups();
     void noiseThreshold();
+    void noneIsToldTwice();
     void levelsMakeNoPulses();
     void stopped();
     void tablesAndRepeatingSources();
@@ -332,6 +333,16 @@ void TestPulses::noiseThreshold()
     }
     QVERIFY2(std::abs(found - expected) < 4 * std::sqrt(expected) + 0.25 * expected,
              qPrintable(QString("%1 found, %2 expected").arg(found).arg(expected)));
+}
+
+// This noise stands above the threshold at two dispersions and below it between them.
+void TestPulses::noneIsToldTwice()
+{
+    Simulation s = recordingOf(20000, 1, 3);
+    s.pulses = {pulseAt(1, 110 / step, 0.01 / step, 0, 4)};
+    const PulseResult result = search(Simulator::makeRecording(s), PulseParameters());
+    QCOMPARE(result.pulses.size(), std::size_t(2));
+    QVERIFY(std::abs(result.pulses[0].point.value - result.pulses[1].point.value) > 100);
 }
 
 void TestPulses::levelsMakeNoPulses()

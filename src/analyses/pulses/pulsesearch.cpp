@@ -49,6 +49,32 @@ RayPulses withPlace(const RayPlace &place, const PreparedBands &bands)
     return found;
 }
 
+// Whether the samples tell the same of both.
+bool isSameFit(const Pulse &a, const Pulse &b)
+{
+    const double apart = std::abs(a.point.value - b.point.value);
+    const double dispersions = std::abs(a.dispersion.value - b.dispersion.value);
+    return apart <= (a.fwhm.value + b.fwhm.value) / 4 &&
+           dispersions <= std::hypot(a.dispersion.error, b.dispersion.error);
+}
+
+// A weak pulse can stand above the threshold at dispersions far apart and below it between them.
+// Where a fit of all samples comes to the same pulse, the weaker one goes into the stronger.
+void joinSameFits(std::vector<Pulse> &pulses)
+{
+    std::vector<Pulse> kept;
+    for (Pulse &pulse : pulses) {
+        const auto same = std::find_if(kept.begin(), kept.end(), [&](const Pulse &stronger) {
+            return isSameFit(stronger, pulse);
+        });
+        if (same == kept.end())
+            kept.push_back(std::move(pulse));
+        else
+            same->eventCount += pulse.eventCount;
+    }
+    pulses = std::move(kept);
+}
+
 } // namespace
 
 RayPulses searchRay(const ObservationData &data, const RayPlace &place, const PulsePlan &plan,
@@ -71,6 +97,7 @@ RayPulses searchRay(const ObservationData &data, const RayPlace &place, const Pu
         found.pulses.push_back(std::move(pulse));
     }
     sortPulses(found.pulses);
+    joinSameFits(found.pulses);
     return found;
 }
 
