@@ -57,16 +57,16 @@ const Case &sample()
     return made;
 }
 
-float highestOf(const std::vector<Tools::BoxcarPeak> &peaks)
+float highestOf(const std::vector<Tools::BoxcarEvent> &peaks)
 {
     float highest = 0;
-    for (const Tools::BoxcarPeak &peak : peaks)
+    for (const Tools::BoxcarEvent &peak : peaks)
         highest = std::max(highest, peak.snr);
     return highest;
 }
 
 // Rows, noise and boxcars: all that is done with a ray whose bands have level 0.
-std::vector<Tools::BoxcarPeak> fastPeaks()
+std::vector<Tools::BoxcarEvent> fastPeaks()
 {
     const Case &c = sample();
     Tools::DispersionTree tree(c.data, bands, c.dispersions);
@@ -80,7 +80,7 @@ std::vector<Tools::BoxcarPeak> fastPeaks()
 void search(benchmark::State &state)
 {
     sample();
-    std::vector<Tools::BoxcarPeak> peaks;
+    std::vector<Tools::BoxcarEvent> peaks;
     for (auto _ : state)
         peaks = fastPeaks();
     state.counters["events"] = double(peaks.size());

@@ -168,7 +168,7 @@ void measureLoss(Case &c, const PulsePlan &plan)
     for (std::size_t i = 0; i < plan.dispersions.size(); ++i)
         for (const int width : plan.widths)
             scales.push_back(float(1 / std::sqrt(32.0 * width)));
-    for (const Tools::BoxcarPeak &peak : Tools::findBoxcars(rows, tree, plan.widths, scales, 3)) {
+    for (const Tools::BoxcarEvent &peak : Tools::findBoxcars(rows, tree, plan.widths, scales, 3)) {
         for (Injected &one : c.pulses) {
             if (std::abs(peak.first - one.point) < 1500)
                 one.kept = std::max(one.kept, double(peak.snr) / one.snr);

@@ -15,11 +15,11 @@ constexpr float prominentShare = 0.2F;
 
 class Joining {
 public:
-    explicit Joining(const std::vector<BoxcarPeak> &boxcars)
+    explicit Joining(const std::vector<BoxcarEvent> &boxcars)
         : peaks(boxcars), root(boxcars.size()), isTaken(boxcars.size(), false)
     {
         std::iota(root.begin(), root.end(), 0);
-        for (const BoxcarPeak &peak : peaks) {
+        for (const BoxcarEvent &peak : peaks) {
             trials = std::max(trials, peak.trial + 1);
             widest = std::max(widest, peak.width);
         }
@@ -32,7 +32,7 @@ public:
             });
     }
 
-    const BoxcarPeak &at(int i) const { return peaks[std::size_t(i)]; }
+    const BoxcarEvent &at(int i) const { return peaks[std::size_t(i)]; }
 
     bool isStronger(int a, int b) const
     {
@@ -51,7 +51,7 @@ public:
 
     void take(int i)
     {
-        const BoxcarPeak &own = at(i);
+        const BoxcarEvent &own = at(i);
         isTaken[std::size_t(i)] = true;
         const int lowest = std::max(0, own.trial - trialsApart);
         const int highest = std::min(trials - 1, own.trial + trialsApart);
@@ -69,7 +69,7 @@ public:
     }
 
 private:
-    static bool areFriends(const BoxcarPeak &a, const BoxcarPeak &b)
+    static bool areFriends(const BoxcarEvent &a, const BoxcarEvent &b)
     {
         const int reach = std::max(pointsApart, std::min(a.width, b.width) / 2);
         return a.first <= b.first + b.width + reach && b.first <= a.first + a.width + reach;
@@ -90,7 +90,7 @@ private:
         root[std::size_t(weaker)] = stronger;
     }
 
-    const std::vector<BoxcarPeak> &peaks;
+    const std::vector<BoxcarEvent> &peaks;
     std::vector<std::vector<int>> ofTrial; // by first point
     std::vector<int> root;
     std::vector<bool> isTaken;
@@ -100,7 +100,7 @@ private:
 
 } // namespace
 
-std::vector<std::vector<int>> groupsOfBoxcars(const std::vector<BoxcarPeak> &peaks)
+std::vector<std::vector<int>> groupsOfBoxcars(const std::vector<BoxcarEvent> &peaks)
 {
     Joining joining(peaks);
     std::vector<int> order(peaks.size());

@@ -14,6 +14,6 @@ namespace Tools {
 /// boxcars reach over several of them.
 ///
 /// @return the indices of each group, the strongest first, the group with the strongest first
-std::vector<std::vector<int>> groupsOfBoxcars(const std::vector<BoxcarPeak> &peaks);
+std::vector<std::vector<int>> groupsOfBoxcars(const std::vector<BoxcarEvent> &peaks);
 
 } // namespace Tools

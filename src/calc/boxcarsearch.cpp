@@ -148,7 +148,7 @@ public:
 
     // Takes the sums of the points `first` on; boxcars begin up to the widest one earlier.
     void take(int trial, const float *block, int first, int count, int last,
-              std::vector<BoxcarPeak> &peaks)
+              std::vector<BoxcarEvent> &peaks)
     {
         float *const tail = tails.data() + std::ptrdiff_t(trial) * widest;
         std::copy_n(tail, widest, samples.begin());
@@ -170,7 +170,7 @@ public:
 
 private:
     void addPeaks(int trial, int begin, int place, int places, const float *ofTrial,
-                  std::vector<BoxcarPeak> &peaks) const
+                  std::vector<BoxcarEvent> &peaks) const
     {
         for (int i = 0; i < places; ++i) {
             if (best[std::size_t(i)] < threshold)
@@ -259,12 +259,12 @@ std::vector<float> boxcarScales(const BandRows &rows, DispersionTree &tree,
     return scales;
 }
 
-std::vector<BoxcarPeak> findBoxcars(const BandRows &rows, DispersionTree &tree,
-                                    const std::vector<int> &widths,
-                                    const std::vector<float> &scales, float threshold,
-                                    const std::function<bool()> &isStopped)
+std::vector<BoxcarEvent> findBoxcars(const BandRows &rows, DispersionTree &tree,
+                                     const std::vector<int> &widths,
+                                     const std::vector<float> &scales, float threshold,
+                                     const std::function<bool()> &isStopped)
 {
-    std::vector<BoxcarPeak> peaks;
+    std::vector<BoxcarEvent> peaks;
     BoxcarBlocks blocks(tree, widths, scales, threshold);
     const int count = rows.count();
     // Behind the last point there are zeros, so that boxcars that begin near it are looked at.

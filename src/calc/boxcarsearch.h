@@ -28,7 +28,7 @@ std::vector<float> boxcarScales(const BandRows &rows, DispersionTree &tree,
                                 const std::vector<int> &widths);
 
 /// A boxcar above the threshold, the best of a run of neighbouring places.
-struct BoxcarPeak {
+struct BoxcarEvent {
     int trial = 0;
     int first = 0; ///< point
     int width = 1; ///< points
@@ -42,10 +42,10 @@ struct BoxcarPeak {
 /// @param scales     [trial][width], of boxcarScales()
 /// @param isStopped  asked every block
 /// @return by block of time, trial and place; none when stopped
-std::vector<BoxcarPeak> findBoxcars(const BandRows &rows, DispersionTree &tree,
-                                    const std::vector<int> &widths,
-                                    const std::vector<float> &scales, float threshold,
-                                    const std::function<bool()> &isStopped = {});
+std::vector<BoxcarEvent> findBoxcars(const BandRows &rows, DispersionTree &tree,
+                                     const std::vector<int> &widths,
+                                     const std::vector<float> &scales, float threshold,
+                                     const std::function<bool()> &isStopped = {});
 
 /// Rows of zeros with the room around that findBoxcars() needs.
 BandRows rowsFor(const DispersionTree &tree, int bands, int count, const std::vector<int> &widths);

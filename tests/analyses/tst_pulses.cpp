@@ -293,7 +293,7 @@ void TestPulses::raysOfOnePulse()
 // Pulses 20 points apart stay single, though a wide boxcar holds several; the parts of one do not.
 void TestPulses::groups()
 {
-    std::vector<Tools::BoxcarPeak> peaks;
+    std::vector<Tools::BoxcarEvent> peaks;
     for (int pulse = 0; pulse < 4; ++pulse) {
         for (int trial = 8; trial < 13; ++trial)
             peaks.push_back(

@@ -133,11 +133,11 @@ void TestBoxcarSearch::boxcars()
     std::vector<float> scales;
     for (std::size_t i = 0; i < grid.size() * widths.size(); ++i)
         scales.push_back(float(1 / std::sqrt(double(bands) * widths[i % widths.size()])));
-    const std::vector<Tools::BoxcarPeak> peaks =
+    const std::vector<Tools::BoxcarEvent> peaks =
         Tools::findBoxcars(rows, tree, widths, scales, 2.5F);
     for (int trial = 0; trial < trials; ++trial) {
         const std::vector<double> sums = straightSums(header, rows, grid[std::size_t(trial)]);
-        Tools::BoxcarPeak best;
+        Tools::BoxcarEvent best;
         for (const int width : widths) {
             for (int i = 0; i < rows.count(); ++i) {
                 double sum = 0;

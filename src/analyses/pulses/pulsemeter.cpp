@@ -54,7 +54,7 @@ float PulseMeter::scaleOf(int trial, int width) const
                   std::size_t(index - plan.widths.begin())];
 }
 
-PulseMeter::Stretch PulseMeter::stretchAround(const Tools::BoxcarPeak &best) const
+PulseMeter::Stretch PulseMeter::stretchAround(const Tools::BoxcarEvent &best) const
 {
     Stretch stretch;
     // At dispersion 0 the pulse lies within its delay over the bands.
@@ -81,7 +81,7 @@ PulseMeter::Stretch PulseMeter::stretchAround(const Tools::BoxcarPeak &best) con
 }
 
 // S/N in double: of the pulse, and the best at dispersion 0 around it.
-void PulseMeter::addSnr(const Stretch &stretch, const Tools::BoxcarPeak &best, Pulse &pulse) const
+void PulseMeter::addSnr(const Stretch &stretch, const Tools::BoxcarEvent &best, Pulse &pulse) const
 {
     const double dispersion = plan.dispersions[std::size_t(best.trial)];
     const std::vector<double> sums = Tools::sumChannels(stretch.data, dispersion, 0, 0);
@@ -115,7 +115,7 @@ void PulseMeter::addSnr(const Stretch &stretch, const Tools::BoxcarPeak &best, P
     }
 }
 
-void PulseMeter::addFit(const Tools::BoxcarPeak &best, Pulse &pulse) const
+void PulseMeter::addFit(const Tools::BoxcarEvent &best, Pulse &pulse) const
 {
     const double fwhm = std::max(1.0, best.width / boxcarPerWidth);
     Tools::PulseShape shape;
@@ -188,10 +188,10 @@ void PulseMeter::addSource(Pulse &pulse) const
     }
 }
 
-Pulse PulseMeter::measure(const std::vector<Tools::BoxcarPeak> &peaks,
+Pulse PulseMeter::measure(const std::vector<Tools::BoxcarEvent> &peaks,
                           const std::vector<int> &group) const
 {
-    const Tools::BoxcarPeak &best = peaks[std::size_t(group.front())];
+    const Tools::BoxcarEvent &best = peaks[std::size_t(group.front())];
     Pulse pulse;
     pulse.module = place.moduleNumber;
     pulse.ray = place.rayNumber;
@@ -199,7 +199,7 @@ Pulse PulseMeter::measure(const std::vector<Tools::BoxcarPeak> &peaks,
     pulse.width = best.width;
     pulse.eventCount = int(group.size());
     for (std::size_t i = 0; i < std::min<std::size_t>(group.size(), mostEvents); ++i) {
-        const Tools::BoxcarPeak &peak = peaks[std::size_t(group[i])];
+        const Tools::BoxcarEvent &peak = peaks[std::size_t(group[i])];
         pulse.events.push_back({plan.firstPoint + peak.first, peak.width, peak.trial, peak.snr});
     }
     const Stretch stretch = stretchAround(best);

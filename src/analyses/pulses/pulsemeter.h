@@ -21,13 +21,14 @@ public:
     ///
     /// @param peaks  all of the ray
     /// @param group  indices of the pulse, the strongest first
-    Pulse measure(const std::vector<Tools::BoxcarPeak> &peaks, const std::vector<int> &group) const;
+    Pulse measure(const std::vector<Tools::BoxcarEvent> &peaks,
+                  const std::vector<int> &group) const;
 
 private:
     struct Stretch;
-    Stretch stretchAround(const Tools::BoxcarPeak &best) const;
-    void addSnr(const Stretch &stretch, const Tools::BoxcarPeak &best, Pulse &pulse) const;
-    void addFit(const Tools::BoxcarPeak &best, Pulse &pulse) const;
+    Stretch stretchAround(const Tools::BoxcarEvent &best) const;
+    void addSnr(const Stretch &stretch, const Tools::BoxcarEvent &best, Pulse &pulse) const;
+    void addFit(const Tools::BoxcarEvent &best, Pulse &pulse) const;
     void addTimes(Pulse &pulse) const;
     void addSource(Pulse &pulse) const;
     float scaleOf(int trial, int width) const;

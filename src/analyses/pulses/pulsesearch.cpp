@@ -86,7 +86,7 @@ RayPulses searchRay(const ObservationData &data, const RayPlace &place, const Pu
     if (!bands.problem.isEmpty() || control.isStopped())
         return found;
     const std::vector<float> scales = Tools::boxcarScales(bands.rows, tree, plan.widths);
-    const std::vector<Tools::BoxcarPeak> peaks = Tools::findBoxcars(
+    const std::vector<Tools::BoxcarEvent> peaks = Tools::findBoxcars(
         bands.rows, tree, plan.widths, scales, float(plan.threshold), control.isStopped);
     const PulseMeter meter(data, place, plan, parameters, bands, tree, scales);
     for (const std::vector<int> &group : Tools::groupsOfBoxcars(peaks)) {
